@@ -1,0 +1,121 @@
+// Vector lanes: the voices of a layer travel side by side, lane = voice index. Every recursive loop
+// (filter, distortion, output stage) is one struct template over its number type; with float it serves
+// one voice, with Lanes<float, N> it serves N at once, and every lane gets the same bits as float would.
+//
+// The functions here carry the same names for both, so that a loop is written once.
+#pragma once
+
+#include <cmath>
+#include <experimental/simd>
+
+#include "base/engine_state.h"
+
+namespace vantoric {
+
+namespace stdx = std::experimental;
+
+template <class Scalar, int N>
+using Lanes = stdx::fixed_size_simd<Scalar, N>;
+
+inline constexpr int laneGroup = 4;  // lanes are switched on and off in groups of this size
+
+// The scalar behind a number type: float for float and for Lanes<float, N>.
+template <class T>
+struct LaneTraits {
+    using Scalar = T;
+    using Mask = bool;
+    static constexpr int size = 1;
+};
+template <class S, class Abi>
+struct LaneTraits<stdx::simd<S, Abi>> {
+    using Scalar = S;
+    using Mask = stdx::simd_mask<S, Abi>;
+    static constexpr int size = static_cast<int>(stdx::simd<S, Abi>::size());
+};
+template <class T>
+using ScalarOf = typename LaneTraits<T>::Scalar;
+template <class T>
+using MaskOf = typename LaneTraits<T>::Mask;
+
+// a where the mask is true, else b. Both sides are evaluated.
+template <class T>
+inline T select(bool mask, T a, T b) {
+    return mask ? a : b;
+}
+template <class S, class Abi>
+inline stdx::simd<S, Abi> select(const stdx::simd_mask<S, Abi>& mask, stdx::simd<S, Abi> a, stdx::simd<S, Abi> b) {
+    stdx::where(mask, b) = a;
+    return b;
+}
+
+inline bool anyOf(bool mask) { return mask; }
+inline bool allOf(bool mask) { return mask; }
+template <class S, class Abi>
+inline bool anyOf(const stdx::simd_mask<S, Abi>& mask) {
+    return stdx::any_of(mask);
+}
+template <class S, class Abi>
+inline bool allOf(const stdx::simd_mask<S, Abi>& mask) {
+    return stdx::all_of(mask);
+}
+
+// |x|
+template <class T>
+inline T absolute(T x) {
+    return select(x < T(0), -x, x);
+}
+// Smaller and larger of two; where x is NaN the bound.
+template <class T>
+inline T minimum(T x, T bound) {
+    return select(x < bound, x, bound);
+}
+template <class T>
+inline T maximum(T x, T bound) {
+    return select(x > bound, x, bound);
+}
+// Clamps to [low, high]; NaN reads as low.
+template <class T>
+inline T limit(T x, T low, T high) {
+    return minimum(maximum(x, low), high);
+}
+
+// Truncation towards zero, for values inside the range of a 32-bit integer; beyond it x itself.
+template <class T>
+inline T truncated(T x) {
+    if constexpr (LaneTraits<T>::size == 1) {
+        constexpr T edge = T(2147483000);
+        return (x < edge && x > -edge) ? static_cast<T>(static_cast<std::int32_t>(x)) : x;
+    } else {
+        using S = ScalarOf<T>;
+        using Int = stdx::fixed_size_simd<std::int32_t, LaneTraits<T>::size>;
+        const T edge = T(S(2147483000));
+        const auto inside = (x < edge) && (x > -edge);
+        const T safe = select(inside, x, T(0));
+        return select(inside, stdx::static_simd_cast<T>(stdx::static_simd_cast<Int>(safe)), x);
+    }
+}
+// Largest whole number not above x, same range.
+template <class T>
+inline T floored(T x) {
+    const T whole = truncated(x);
+    return select(whole > x, whole - T(1), whole);
+}
+
+// Square root, exact in either form.
+inline float squareRoot(float x) { return std::sqrt(x); }
+inline double squareRoot(double x) { return std::sqrt(x); }
+template <class S, class Abi>
+inline stdx::simd<S, Abi> squareRoot(const stdx::simd<S, Abi>& x) {
+    return stdx::sqrt(x);
+}
+
+// Converts between float and double lanes of the same number.
+template <class To, class From>
+inline To lanesTo(const From& x) {
+    if constexpr (LaneTraits<From>::size == 1)
+        return static_cast<To>(x);
+    else
+        return stdx::static_simd_cast<To>(x);
+}
+
+}  // namespace vantoric

@@ -1,0 +1,45 @@
+// The instrument's two sources of chance. Each engine owns one pair, so that two instances in one
+// process do not disturb one another and a render can be repeated sample for sample.
+#pragma once
+
+#include <cstdint>
+
+namespace vantoric {
+
+// 32-bit linear congruence. Step first, then use.
+struct LinearCongruence {
+    std::uint32_t state = 0;
+
+    // Steps and returns the new state.
+    constexpr std::uint32_t next() {
+        state = state * 196314165u + 907633515u;
+        return state;
+    }
+    // Steps and returns a float from 0 to 1.
+    constexpr float unit() { return static_cast<float>(next()) * 2.33e-10f; }
+};
+
+// Counter hashed through an integer mixer: neighbouring draws are independent.
+struct HashNoise {
+    std::uint32_t counter = 0;
+    std::uint32_t seed = 0x5eed1234u;
+
+    static constexpr std::uint32_t mix(std::uint32_t v) {
+        v = (v ^ (v >> 17)) * 0xed5ad4bbu;
+        v = (v ^ (v >> 11)) * 0xac4c1b51u;
+        v = (v ^ (v >> 15)) * 0x31848babu;
+        return v ^ (v >> 14);
+    }
+    // Hashes the counter, then increments it.
+    constexpr std::uint32_t next() { return mix(counter++ ^ seed); }
+    // A float from 0 to 1.
+    constexpr float unit() { return static_cast<float>(next()) * 2.3283064e-10f; }
+};
+
+// What an engine hands to its voices and effects. Only the audio thread draws from it.
+struct RandomSources {
+    LinearCongruence congruence;
+    HashNoise hash;
+};
+
+}  // namespace vantoric

@@ -1,0 +1,76 @@
+#include <gtest/gtest.h>
+
+#include "base/lane_bank.h"
+#include "base/random.h"
+#include "base/shapes.h"
+
+namespace vantoric {
+namespace {
+
+// A loop with everything that loops use: feedback, division, a select, rounding, a sine.
+template <class T>
+struct Probe {
+    T gain, memory, previous;
+    T step(T x) {
+        memory += gain * (x - memory / (T(1) + absolute(previous)));
+        previous = select(memory > T(0.25f), floored(memory * T(8)) * T(0.125f), polynomialSine(memory * T(3)));
+        return memory + squareRoot(absolute(previous));
+    }
+};
+
+TEST(Lanes, GiveEveryVoiceTheBitsOfTheScalarLoop) {
+    for (const LaneMask mask : {0x8000, 0xc000, 0x0800, 0x8008, 0xff00, 0xfff0, 0xffff}) {
+        LaneBank<Probe> bank;
+        std::array<Probe<float>, voiceCount> scalar;
+        for (int v = 0; v < voiceCount; ++v) {
+            scalar[v] = {0.05f + 0.03f * v, 0.1f * v, 0.0f};
+            bank.put(v, scalar[v]);
+        }
+        LinearCongruence random{3};
+        static LaneBuffer buffer;
+        for (float& x : buffer) x = random.unit() * 4.0f - 2.0f;
+        std::vector<float> input(std::begin(buffer), std::end(buffer));
+        runBank(bank, buffer, 96, mask);
+        for (int v = 0; v < voiceCount; ++v) {
+            const bool active = (mask >> v & 1) != 0;
+            Probe<float> before = scalar[v];
+            for (int i = 0; i < 96; ++i) {
+                const float y = scalar[v].step(input[i * voiceCount + v]);
+                if (active) ASSERT_EQ(buffer[i * voiceCount + v], y) << "voice " << v << " sample " << i;
+            }
+            // A silent voice keeps its memories.
+            EXPECT_EQ(bank.get(v).memory, active ? scalar[v].memory : before.memory);
+        }
+    }
+}
+
+TEST(Lanes, SpansCoverTheSoundingGroups) {
+    EXPECT_EQ(spanOf(0).count, 0);
+    EXPECT_EQ(spanOf(0x8000).first, 12);
+    EXPECT_EQ(spanOf(0x8000).count, 4);
+    EXPECT_EQ(spanOf(0x8001).count, 16);
+    EXPECT_EQ(spanOf(0x0010).first, 4);
+}
+
+TEST(Lanes, FloorAndTruncateAsTheLibraryDoes) {
+    for (float x = -5.0f; x < 5.0f; x += 0.125f) {
+        EXPECT_EQ(floored(x), std::floor(x));
+        EXPECT_EQ(truncated(x), std::trunc(x));
+        EXPECT_EQ((floored(Lanes<float, 4>(x))[2]), std::floor(x));
+        EXPECT_EQ((truncated(Lanes<float, 4>(x))[1]), std::trunc(x));
+    }
+    EXPECT_EQ(truncated(1e20f), 1e20f);
+}
+
+TEST(Lanes, LimitsReadNaNAsTheLowerBound) {
+    EXPECT_EQ(limit(NAN, -1.0f, 1.0f), -1.0f);
+    EXPECT_EQ((limit(Lanes<float, 4>(NAN), Lanes<float, 4>(-1.0f), Lanes<float, 4>(1.0f))[3]), -1.0f);
+}
+
+TEST(Shapes, ThePolynomialSineIsCloseToTheSine) {
+    for (float x = -100.0f; x < 100.0f; x += 0.01f) EXPECT_NEAR(polynomialSine(x), std::sin(x), 2e-5f);
+    for (double x = -10.0; x < 10.0; x += 0.001) EXPECT_NEAR(polynomialSine(x), std::sin(x), 4e-6);
+}
+
+}  // namespace
+}  // namespace vantoric
