@@ -87,7 +87,7 @@ public:
         for (int lane = 0; lane < N; ++lane) wanted[lane] = ((mask >> (first + lane)) & 1) != 0;
         for (int k = 0; k < fieldCount; ++k) {
             Vector value;
-            std::memcpy(&value, bytes + k * sizeof(Vector), sizeof value);
+            std::memcpy(static_cast<void*>(&value), bytes + k * sizeof(Vector), sizeof value);
             Vector row(&rows_[k][first], stdx::element_aligned);
             stdx::where(wanted, row) = value;
             row.copy_to(&rows_[k][first], stdx::element_aligned);
