@@ -1,0 +1,45 @@
+// Files and folders. Nothing here throws, shows anything or belongs on the audio thread; every function
+// may be called from any other thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vantoric::platform {
+
+inline constexpr std::size_t defaultReadLimit = std::size_t{1} << 30;  // bytes
+
+// Reads a whole regular file. False, with `bytes` empty, if there is none, it cannot be read (a folder, a
+// device, missing rights, gone or failing while being read) or it holds more than `limit` bytes.
+bool readFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit = defaultReadLimit);
+
+// Writes a whole file: beside its place first, then renamed, so that a reader sees the old or the new one.
+// An existing file keeps its access rights; a symbolic link stays, and its target is replaced. False, with
+// the old file as it was, if it is write protected or a folder, or the folder is missing or cannot be
+// written. `bytes` may be null if `size` is 0.
+bool writeFile(const std::string& path, const void* bytes, std::size_t size);
+
+struct FolderEntry {
+    std::string name;  // without its folder
+    bool isFolder;     // after following a symbolic link
+};
+
+// All entries of a folder but "." and "..", in no certain order. False, with `entries` empty, if it
+// cannot be listed.
+bool listFolder(const std::string& folder, std::vector<FolderEntry>& entries);
+
+// Whether a file or folder of that name exists.
+bool exists(const std::string& path);
+
+// Whether it is a folder.
+bool isFolder(const std::string& path);
+
+// Removes a file (no folder). False if there was none or it stays.
+bool removeFile(const std::string& path);
+
+// Makes a folder and those above it. True if it is there afterwards.
+bool makeFolder(const std::string& path);
+
+}  // namespace vantoric::platform

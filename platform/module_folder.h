@@ -1,0 +1,40 @@
+// Where the installation lies: everything the instrument reads stands beside its module file. There is no
+// search and no other place.
+#pragma once
+
+#include <string>
+
+namespace vantoric::platform {
+
+#ifdef _WIN32
+inline constexpr char pathSeparator = '\\';
+#else
+inline constexpr char pathSeparator = '/';
+#endif
+
+// Longest module path in characters; a longer one is cut, and then nothing below it opens.
+inline constexpr int modulePathLimit = 255;
+
+// The part of `path` up to and with its last separator, after a cut to `modulePathLimit` characters;
+// empty if no separator is left.
+std::string folderOfModulePath(const std::string& path);
+
+// Folder of the shared library or program that holds this code, with its trailing separator. Asks the
+// system at each call. Empty if the system does not tell. Any thread but the audio thread.
+std::string moduleFolder();
+
+// Makes `dataFolder` answer `folder` (a trailing separator is added if missing) in place of the module's
+// own; an empty text undoes it. For programs and tests that run beside no installation. Call it while no
+// engine exists: it is not guarded against concurrent readers.
+void setDataFolder(const std::string& folder);
+
+// Root of all files below, with a trailing separator: the module's folder unless `setDataFolder` said
+// otherwise. Nothing is cached. The folders after it end in a separator too.
+std::string dataFolder();
+std::string bankFolder();        // Vantoric_data: wave banks, configuration files, templates
+std::string soundsFolder();      // Vantoric_sounds: one folder per patch category
+std::string userFolder();        // Vantoric_sounds, User
+std::string favouritesFolder();  // Vantoric_sounds, Favourites
+std::string wavetableFolder();   // Vantoric_wavetables
+
+}  // namespace vantoric::platform

@@ -1,0 +1,102 @@
+#include "platform/settings.h"
+
+#ifndef _WIN32
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/files.h"
+
+namespace vantoric::platform {
+
+namespace {
+
+constexpr std::size_t settingsLimit = 65536;
+
+std::string& chosenFolder() {
+    static std::string folder;
+    return folder;
+}
+
+std::string environmentFolder(const char* name) {
+    const char* text = std::getenv(name);
+    return text != nullptr && text[0] == '/' ? text : "";
+}
+
+std::string settingsFolder() {
+    std::string root = chosenFolder();
+    if (root.empty()) root = environmentFolder("XDG_CONFIG_HOME");
+    if (root.empty() && !environmentFolder("HOME").empty()) root = environmentFolder("HOME") + "/.config";
+    return root.empty() ? root : root + "/Orvix/Vantoric";
+}
+
+// Values may be any text: line breaks and backslashes are written as \n and \\.
+std::string escaped(const std::string& text) {
+    std::string out;
+    for (const char c : text) {
+        if (c == '\n')
+            out += "\\n";
+        else if (c == '\\')
+            out += "\\\\";
+        else
+            out += c;
+    }
+    return out;
+}
+
+std::string unescaped(const std::string& text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool marked = text[i] == '\\' && i + 1 < text.size();
+        if (marked) ++i;
+        out += marked && text[i] == 'n' ? '\n' : text[i];
+    }
+    return out;
+}
+
+using Settings = std::map<std::string, std::string>;
+
+Settings load(const std::string& path) {
+    Settings settings;
+    std::vector<std::uint8_t> bytes;
+    readFile(path, bytes, settingsLimit);
+    const std::string text(bytes.begin(), bytes.end());
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        const std::string line = text.substr(at, end - at);
+        if (const std::size_t equals = line.find('='); equals != std::string::npos)
+            settings[line.substr(0, equals)] = unescaped(line.substr(equals + 1));
+        at = end + 1;
+    }
+    return settings;
+}
+
+}  // namespace
+
+void setSettingsFolder(const std::string& folder) { chosenFolder() = folder; }
+
+std::string readSetting(const std::string& name) {
+    const std::string folder = settingsFolder();
+    if (folder.empty()) return {};
+    const Settings settings = load(folder + "/settings");
+    const auto found = settings.find(name);
+    return found == settings.end() ? std::string() : found->second;
+}
+
+bool writeSetting(const std::string& name, const std::string& value) {
+    const std::string folder = settingsFolder();
+    if (folder.empty() || name.find_first_of("=\n") != std::string::npos || !makeFolder(folder)) return false;
+    Settings settings = load(folder + "/settings");
+    settings[name] = value;
+    std::string text;
+    for (const auto& [key, stored] : settings) text += key + "=" + escaped(stored) + "\n";
+    return writeFile(folder + "/settings", text.data(), text.size());
+}
+
+}  // namespace vantoric::platform
+
+#endif
