@@ -5,17 +5,18 @@
 
 namespace vantoric {
 
-// A byte that threads set, clear and poll. Loads and stores only, never a read-modify-write: it
-// compiles to plain byte moves. A set or clear publishes what was written before it.
+// A byte that threads set, clear and poll. Loads and stores only, never a read-modify-write. A set or clear
+// publishes what was written before it. Two threads that each set a flag of their own and then look at the
+// other's cannot both miss it: the set is sequentially consistent.
 class Flag {
 public:
     Flag() = default;
     Flag(const Flag&) = delete;
     Flag& operator=(const Flag&) = delete;
 
-    void set() { value_.store(1, std::memory_order_release); }
+    void set() { value_.store(1, std::memory_order_seq_cst); }
     void clear() { value_.store(0, std::memory_order_release); }
-    bool isSet() const { return value_.load(std::memory_order_acquire) != 0; }
+    bool isSet() const { return value_.load(std::memory_order_seq_cst) != 0; }
 
 private:
     std::atomic<unsigned char> value_{0};

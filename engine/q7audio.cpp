@@ -1,0 +1,362 @@
+#include "engine/q7audio.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "base/numbers.h"
+#include "base/parameters.h"
+#include "engine/config_files.h"
+#include "engine/denormals.h"
+#include "engine/rates.h"
+#include "engine/wave_library.h"
+#include "platform/files.h"
+#include "platform/module_folder.h"
+#include "platform/thread.h"
+
+namespace vantoric {
+
+namespace {
+
+namespace par = parameter;
+
+constexpr char effectName[] = "Vantoric";
+constexpr char vendor[] = "vantoric.example";
+constexpr std::int32_t vendorVersion = 3300;
+constexpr std::int32_t uniqueId = ('Q' << 24) | ('7' << 16) | ('D' << 8) | 'I';
+constexpr int trancegateType = 17;  // not to be had in the master slot
+
+constexpr float smoothTake = 0.02f, smoothKeep = 0.98f;
+
+float smoothed(float target, float value) { return target * smoothTake + value * smoothKeep; }
+
+void writeText(char* text, const std::string& source) { copyText(text, source.c_str(), textBufferSize - 1); }
+
+}  // namespace
+
+// ---- start and stop -----------------------------------------------------------------------------------------
+
+Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
+    : AudioEffectX(host, 1, parameterCount),
+      dialogs_(dialogs),
+      instanceNumber_(WaveLibrary::shared().addInstance()),
+      midi_(state_, parameters_, controllerMap_, *this),
+      program_(dialogs),
+      layers_{std::make_unique<Layer>(0, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
+              std::make_unique<Layer>(1, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
+              std::make_unique<Layer>(2, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
+              std::make_unique<Layer>(3, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds)},
+      master_(random_),
+      patchChunk_(state_, parameters_, program_, patchWaves(), *this, dialogs, platform::sleepMilliseconds),
+      patchFiles_(patchChunk_, program_, *this, dialogs),
+      worker_(state_.flags, WaveLibrary::shared(), dialogs, allOscillators()) {
+    state_.flags.audioMuted.set();
+    describeToHost();
+    for (auto* pair : {&internal_, &widened_})
+        for (auto& side : *pair) side.assign(bufferSamples, 0.0f);
+    setSampleRate(hostRate_);
+    controllerMap_.load(controllerMapPath());
+
+    worker_.start();
+    // Custom waves are only taken once the worker has started.
+    waitUntilClear(state_.flags.bootPending, 1000, 1, platform::sleepMilliseconds, false);
+    const std::string welcome = welcomePatchPath();
+    if (!platform::exists(welcome)) dialogs_.message("Error", "The factory sounds are missing. Please reinstall the software.");
+    patchFiles_.loadPatchFile(welcome);
+
+    resetEngine();
+    resume();
+}
+
+Q7Audio::~Q7Audio() {
+    state_.flags.editorClosing.set();
+    controllerMap_.save(controllerMapPath());
+    storeInstallPath();
+    worker_.stop();
+    for (auto& layer : layers_) layer.reset();
+    WaveLibrary::shared().removeInstance();
+}
+
+void Q7Audio::describeToHost() {
+    setNumInputs(0);
+    setNumOutputs(2);
+    setUniqueID(uniqueId);
+    setVersion(vendorVersion);
+    canProcessReplacing();
+    canDoubleReplacing();
+    programsAreChunks();
+    isSynth();
+}
+
+AllOscillators Q7Audio::allOscillators() {
+    AllOscillators all;
+    for (int i = 0; i < layerCount * oscillatorCount; ++i) {
+        Layer& layer = *layers_[i / oscillatorCount];
+        all[i] = {&layer.sample(i % oscillatorCount), &layer.customWave(i % oscillatorCount)};
+    }
+    return all;
+}
+
+PatchWaves Q7Audio::patchWaves() {
+    PatchWaves waves;
+    const AllOscillators all = allOscillators();
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        waves.samples[i] = all[i].sample;
+        waves.customWaves[i] = all[i].customWave->samples.data();
+    }
+    return waves;
+}
+
+// ---- rates, suspend and resume ------------------------------------------------------------------------------
+
+void Q7Audio::setSampleRate(float rate) {
+    AudioEffectX::setSampleRate(rate);
+    hostRate_ = rate;
+    setRates(state_, rate);
+    stage_.setSampleRate(state_.internalRateExact);
+    equalizer_.setSampleRate(state_.internalRateExact);
+}
+
+float Q7Audio::getSampleRate() {
+    state_.oversampled = runsOversampled(hostRate_);
+    return internalRateOf(hostRate_);
+}
+
+void Q7Audio::suspend() {
+    readParameters();
+    for (auto& layer : layers_)
+        if (layer->layerOn) layer->clearArpeggiator();
+    allNotesOff();
+    midi_.resetPedal();
+    loadSmoothedControllers();
+    for (auto& layer : layers_)
+        if (layer->layerOn) layer->reset();
+    master_.clearState();
+    stage_.reset();
+    song_.reset(state_);
+}
+
+void Q7Audio::resume() {
+    justResumed_ = true;
+    song_.reset(state_);
+    wantEvents();
+}
+
+void Q7Audio::allNotesOff() { midi_.allNotesOff(); }
+
+void Q7Audio::resetEngine() {
+    readParameters();
+    midi_.resetPedal();
+    loadSmoothedControllers();
+    for (auto& layer : layers_) layer->reset();
+    master_.clearState();
+    stage_.reset();
+    song_.reset(state_);
+    justResumed_ = true;
+    decimator_.reset();
+}
+
+// ---- the block ----------------------------------------------------------------------------------------------
+
+void Q7Audio::processReplacing(float**, float** outputs, std::int32_t frames) {
+    const DenormalsOff denormalsOff;
+    getSampleRate();
+    const int longest = state_.oversampled ? bufferSamples / 2 : bufferSamples;
+    int done = 0;
+    do {
+        const int piece = std::min(frames - done, longest);
+        renderPiece(outputs[0] + done, outputs[1] + done, piece, done);
+        done += piece;
+    } while (done < frames);
+}
+
+void Q7Audio::processDoubleReplacing(double** inputs, double** outputs, std::int32_t frames) {
+    static_cast<void>(inputs);
+    const DenormalsOff denormalsOff;
+    getSampleRate();
+    const int longest = state_.oversampled ? bufferSamples / 2 : bufferSamples;
+    int done = 0;
+    do {
+        const int piece = std::min(frames - done, longest);
+        renderPiece(widened_[0].data(), widened_[1].data(), piece, done);
+        for (int side = 0; side < 2; ++side) std::copy_n(widened_[side].begin(), piece, outputs[side] + done);
+        done += piece;
+    } while (done < frames);
+}
+
+// `firstFrame` is the place of the piece in the host's block, from which events count their offsets.
+void Q7Audio::renderPiece(float* left, float* right, int frames, int firstFrame) {
+    if (!state_.oversampled) return renderAudioBlock(left, right, frames, firstFrame);
+    renderAudioBlock(internal_[0].data(), internal_[1].data(), 2 * frames, firstFrame);
+    decimator_.process(internal_[0].data(), internal_[1].data(), 2 * frames, left, right);
+}
+
+void Q7Audio::renderAudioBlock(float* left, float* right, int count, int firstFrame) {
+    std::fill_n(left, count, 0.0f);
+    std::fill_n(right, count, 0.0f);
+    EngineFlags& flags = state_.flags;
+    flags.audioRunning.set();
+    if (flags.editorClosing.isSet() || flags.audioMuted.isSet() || flags.engineLocked.isSet()) return flags.audioRunning.clear();
+    if (flags.bootPending.isSet()) return;  // the next waiter or the next block clears the mark
+    if (state_.tickSamples == 0) return flags.audioRunning.clear();
+    clock_.run(
+        count, state_,
+        [&](int length, int pos) {
+            for (auto& layer : layers_) layer->renderBlock(left + pos, right + pos, length);
+        },
+        [&](int eventPos) { tick(firstFrame + eventPos); });
+    runMasterChain(left, right, count);
+    flags.audioRunning.clear();
+}
+
+void Q7Audio::runMasterChain(float* left, float* right, int count) {
+    equalizer_.setLowGain(parameters_.getParameter(par::EqLow));
+    equalizer_.setMidGain(parameters_.getParameter(par::EqMid));
+    equalizer_.setHighGain(parameters_.getParameter(par::EqHigh));
+    equalizer_.process(left, right, count);
+
+    const int type = parameters_.getListIndex(par::FxMaType);
+    master_.setType(type == trancegateType ? 0 : type);
+    for (int k = 0; k < 5; ++k) master_.setParameter(k, parameters_.getParameter(par::FxMaMix + k));
+    master_.setSampleRate(state_.internalRate);
+    master_.setTempo(static_cast<float>(state_.tempoBpm), state_.songPosition);
+    master_.process(left, right, count);
+
+    stage_.setMode(parameters_.getListIndex(par::SoundMod));
+    stage_.setTargetGain(SoundModeStage::gainOfVolume(parameters_.getParameter(par::Volume)));
+    stage_.process(left, right, count);
+}
+
+// ---- the tick -----------------------------------------------------------------------------------------------
+
+void Q7Audio::tick(int eventPos) {
+    readParameters();
+    midi_.drainMidiQueue(eventPos);
+    smoothControllers();
+    readHostTime();
+    if (state_.flags.bootPending.isSet()) return;
+    for (auto& layer : layers_) layer->tick();
+}
+
+// One reading of every parameter a tick: whatever other threads write meanwhile, notes and voices of this
+// tick see the same values.
+void Q7Audio::readParameters() {
+    state_.quality = parameters_.getListIndex(par::Quality);
+    state_.soundMode = parameters_.getListIndex(par::SoundMod);
+    state_.microtuning = parameters_.getListIndex(par::Microtun);
+    for (int i = 0; i < layerCount; ++i) {
+        parameters_.snapshotLayer(i, layers_[i]->block().data());
+        layers_[i]->block()[par::Layer1On + i] = parameters_.getParameter(par::Layer1On + i);
+        layers_[i]->blockChanged();
+    }
+}
+
+void Q7Audio::smoothControllers() {
+    state_.modwheelSmoothed = smoothed(parameters_.getParameter(par::Modwheel), state_.modwheelSmoothed);
+    state_.pitchWheelSmoothed = smoothed(midi_.pitchWheel(), state_.pitchWheelSmoothed);
+    state_.channelPressureSmoothed = smoothed(midi_.channelPressure(), state_.channelPressureSmoothed);
+}
+
+void Q7Audio::loadSmoothedControllers() {
+    state_.modwheelSmoothed = parameters_.getParameter(par::Modwheel);
+    state_.pitchWheelSmoothed = midi_.pitchWheel();
+    state_.channelPressureSmoothed = midi_.channelPressure();
+}
+
+void Q7Audio::readHostTime() {
+    const VstTimeInfo* info = getTimeInfo(timeTempoValid | timePpqPosValid);
+    if (info == nullptr) return song_.tick(state_, nullptr);
+    const HostTime time{info->tempo, info->ppqPos};
+    song_.tick(state_, &time);
+}
+
+// ---- events, programs, texts --------------------------------------------------------------------------------
+
+std::int32_t Q7Audio::processEvents(VstEvents* events) {
+    for (int i = 0; i < events->numEvents; ++i) {
+        if (events->events[i]->type != midiEventType) continue;
+        auto* event = reinterpret_cast<VstMidiEvent*>(events->events[i]);
+        auto* bytes = reinterpret_cast<std::uint8_t*>(event->midiData);
+        midi_.receive(bytes[0], bytes[1], bytes[2], event->deltaFrames);
+    }
+    return 1;
+}
+
+void Q7Audio::programPending(int number) {
+    if (EditorLink* link = parameters_.editorLink()) link->programPending(number);
+}
+
+void Q7Audio::refreshAll() {
+    if (EditorLink* link = parameters_.editorLink()) link->refreshAll();
+}
+
+void Q7Audio::lookUpPatchName() {
+    if (EditorLink* link = parameters_.editorLink()) link->patchLoaded(program_.getProgramName());
+}
+
+void Q7Audio::setParameter(std::int32_t index, float value) { parameters_.setParameter(index, value); }
+float Q7Audio::getParameter(std::int32_t index) { return parameters_.getParameter(index); }
+void Q7Audio::getParameterLabel(std::int32_t index, char* text) { parameters_.getParameterLabel(index, text); }
+void Q7Audio::getParameterDisplay(std::int32_t index, char* text) { parameters_.getParameterDisplay(index, text); }
+void Q7Audio::getParameterName(std::int32_t index, char* text) { parameters_.getParameterName(index, text); }
+
+bool Q7Audio::canParameterBeAutomated(std::int32_t index) {
+    char product[textBufferSize] = {};
+    getHostProductString(product);
+    return ParameterModel::canParameterBeAutomated(index, product);
+}
+
+void Q7Audio::setProgram(std::int32_t index) { program_.setProgram(index); }
+std::int32_t Q7Audio::getProgram() { return program_.getProgram(); }
+void Q7Audio::setProgramName(const char* text) { program_.setProgramName(text); }
+void Q7Audio::getProgramName(char* text) { writeText(text, program_.getProgramName()); }
+
+bool Q7Audio::getProgramNameIndexed(std::int32_t category, std::int32_t index, char* text) {
+    std::string name;
+    if (!program_.getProgramNameIndexed(category, index, name)) return false;
+    writeText(text, name);
+    return true;
+}
+
+std::int32_t Q7Audio::getChunk(void** data, bool) {
+    const ChunkBytes bytes = patchChunk_.getChunk();
+    if (bytes.size <= 0) return 0;
+    *data = std::malloc(static_cast<std::size_t>(bytes.size));
+    if (*data == nullptr) return 0;
+    std::memcpy(*data, bytes.data.get(), static_cast<std::size_t>(bytes.size));
+    return bytes.size;
+}
+
+std::int32_t Q7Audio::setChunk(void* data, std::int32_t size, bool) {
+    return patchChunk_.setChunk(static_cast<const std::uint8_t*>(data), size);
+}
+
+bool Q7Audio::getOutputProperties(std::int32_t index, VstPinProperties* properties) {
+    if (index < 0 || index > 1) return false;
+    std::snprintf(properties->label, sizeof properties->label, "Vantoric Out %1d", index + 1);
+    std::snprintf(properties->shortLabel, sizeof properties->shortLabel, "%s", effectName);
+    properties->flags = pinIsActive | pinIsStereo;
+    return true;
+}
+
+bool Q7Audio::getEffectName(char* text) {
+    writeText(text, effectName);
+    return true;
+}
+bool Q7Audio::getVendorString(char* text) {
+    writeText(text, vendor);
+    return true;
+}
+bool Q7Audio::getProductString(char* text) { return getEffectName(text); }
+std::int32_t Q7Audio::getVendorVersion() { return vendorVersion; }
+PlugCategory Q7Audio::getPlugCategory() { return categorySynth; }
+
+std::int32_t Q7Audio::canDo(const char* text) {
+    for (const char* known : {"receiveVstEvents", "receiveVstMidiEvent", "midiProgramNames", "receiveVstTimeInfo"})
+        if (std::strcmp(text, known) == 0) return 1;
+    return -1;
+}
+
+}  // namespace vantoric

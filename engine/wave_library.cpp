@@ -1,0 +1,39 @@
+#include "engine/wave_library.h"
+
+#include "platform/thread.h"
+
+namespace vantoric {
+
+WaveLibrary& WaveLibrary::shared() {
+    static WaveLibrary library;
+    return library;
+}
+
+int WaveLibrary::addInstance() { return instances_.fetch_add(1) + 1; }
+
+void WaveLibrary::removeInstance() {
+    if (instances_.fetch_sub(1) != 1) return;
+    store_.clear();
+    stage_.store(Stage::empty, std::memory_order_release);
+}
+
+bool WaveLibrary::load(const std::string& folder, platform::Dialogs& dialogs, const Flag& stop) {
+    while (!loaded()) {
+        Stage expected = Stage::empty;
+        if (stage_.compare_exchange_strong(expected, Stage::loading)) {
+            const bool complete = loadAll(folder, dialogs, stop);
+            stage_.store(complete ? Stage::loaded : Stage::empty, std::memory_order_release);
+        } else {
+            platform::sleepMilliseconds(1);
+        }
+        if (stop.isSet()) return false;
+    }
+    return true;
+}
+
+bool WaveLibrary::loadAll(const std::string& folder, platform::Dialogs& dialogs, const Flag& stop) {
+    if (store_.loadBanks(folder, stop) == WaveLoad::outOfMemory) dialogs.message("Error WtoOs", "Not enought memory.");
+    return !stop.isSet();
+}
+
+}  // namespace vantoric

@@ -1,0 +1,77 @@
+#include "engine/wave_worker.h"
+
+#include "engine/wave_library.h"
+#include "platform/module_folder.h"
+#include "platform/thread.h"
+
+namespace vantoric {
+
+namespace {
+constexpr int pollMilliseconds = 10;
+constexpr int stopTries = 350, stopPause = 100;
+}  // namespace
+
+WaveWorker::WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const AllOscillators& oscillators)
+    : flags_(flags), library_(library), dialogs_(dialogs), oscillators_(oscillators) {}
+
+WaveWorker::~WaveWorker() { stop(); }
+
+void WaveWorker::start() {
+    flags_.rebuildRequested.clear();
+    flags_.rebuildCancel.clear();
+    flags_.rebuildRunning.clear();
+    flags_.workerStop.clear();
+    flags_.workerStopped.clear();
+    flags_.bootPending.set();
+    thread_ = std::thread([this] { run(); });
+}
+
+void WaveWorker::stop() {
+    if (!thread_.joinable()) return;
+    flags_.workerStop.set();
+    flags_.rebuildCancel.set();
+    flags_.rebuildRequested.clear();
+    for (int i = 0; i < stopTries && !flags_.workerStopped.isSet(); ++i) platform::sleepMilliseconds(i < 20 ? 5 : stopPause);
+    thread_.join();
+}
+
+void WaveWorker::run() {
+    platform::setLowestPriority();
+    flags_.bootPending.clear();
+    if (library_.load(platform::bankFolder(), dialogs_, flags_.workerStop)) flags_.audioMuted.clear();
+    while (!flags_.workerStop.isSet()) {
+        if (flags_.rebuildRequested.isSet()) {
+            flags_.rebuildRunning.set();
+            flags_.rebuildRequested.clear();
+            rebuild();
+            flags_.rebuildCancel.clear();
+            flags_.rebuildRunning.clear();
+        } else {
+            flags_.rebuildCancel.clear();  // a cancel that met no rebuild must not stop the next one
+        }
+        platform::sleepMilliseconds(pollMilliseconds);
+    }
+    flags_.workerStopped.set();
+}
+
+void WaveWorker::rebuild() {
+    const Flag& cancel = flags_.rebuildCancel;
+    // Frame 0 is compared as it was given: rebuilding levels rewrites it.
+    for (const OscillatorMemory& oscillator : oscillators_) {
+        if (cancel.isSet()) return;
+        spreadFirstFrame(*oscillator.customWave);
+    }
+    const CustomWave* before = nullptr;
+    bool copyOfBefore[layerCount * oscillatorCount] = {};
+    for (std::size_t i = 0; i < oscillators_.size(); ++i) {
+        copyOfBefore[i] = before != nullptr && sameFirstFrame(*before, *oscillators_[i].customWave);
+        before = oscillators_[i].customWave;
+    }
+    for (std::size_t i = 0; i < oscillators_.size(); ++i) {
+        if (cancel.isSet()) return;
+        if (copyOfBefore[i]) copyMips(*oscillators_[i - 1].customWave, *oscillators_[i].customWave);
+        else if (!makeCustomMips(*oscillators_[i].customWave, cancel)) return;
+    }
+}
+
+}  // namespace vantoric

@@ -1,0 +1,49 @@
+// The thread of an instance that does all slow work on waves: it loads the banks as the instance starts and
+// rebuilds the levels of samples and custom waves when asked.
+#pragma once
+
+#include <array>
+#include <thread>
+
+#include "base/engine_state.h"
+#include "platform/dialogs.h"
+#include "samples/sample.h"
+#include "sound/custom_wave.h"
+
+namespace vantoric {
+
+class WaveLibrary;
+
+// What the worker rebuilds: the twelve oscillators in the order of layers, then oscillators.
+struct OscillatorMemory {
+    Sample* sample;
+    CustomWave* customWave;
+};
+using AllOscillators = std::array<OscillatorMemory, layerCount * oscillatorCount>;
+
+class WaveWorker {
+public:
+    WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const AllOscillators& oscillators);
+    ~WaveWorker();
+
+    // Starts the thread at the lowest priority. `bootPending` is set before and falls with its first step;
+    // `audioMuted` falls when the banks are there.
+    void start();
+    // Asks it to end and waits for `workerStopped`, at most 350 sleeps of 100 ms.
+    void stop();
+
+    // One rebuild of all levels, as the thread does it; gives up when `rebuildCancel` is set. For tests also
+    // without a thread.
+    void rebuild();
+
+private:
+    void run();
+
+    EngineFlags& flags_;
+    WaveLibrary& library_;
+    platform::Dialogs& dialogs_;
+    AllOscillators oscillators_;
+    std::thread thread_;
+};
+
+}  // namespace vantoric

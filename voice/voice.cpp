@@ -1,0 +1,348 @@
+#include "voice/voice.h"
+
+#include <algorithm>
+
+#include "base/numbers.h"
+#include "base/parameters.h"
+#include "sound/kernels.h"
+#include "sound/oscillator_control.h"
+#include "voice/layer.h"
+
+namespace vantoric {
+
+namespace {
+
+namespace par = parameter;
+
+constexpr int ticksPerRefresh = 100;
+constexpr float audible = 0.005f;      // volume or FM depth below which an oscillator does nothing
+constexpr float clickAttack = 0.02f;   // attacks below it start at full gain
+constexpr float freeStart = 0.99f;     // start points above it are random
+
+// Volume, filter, aux 1, aux 2 stand side by side in every family of envelope parameters.
+static_assert(par::AttAux2 - par::AttVol == auxEnvelope2 && par::ShapAux2 - par::ShapVol == auxEnvelope2);
+
+}  // namespace
+
+Voice::Voice(Layer& layer, int index) : layer_(layer), index_(index) {
+    for (int i = 0; i < oscillatorCount; ++i) {
+        oscillators[i].oscillatorIndex = static_cast<std::uint8_t>(i);
+        kernels_[i] = kernels::silent;
+    }
+}
+
+// ---- note-on ------------------------------------------------------------------------------------------------
+
+void Voice::noteOn(int newNote, int newVelocity) {
+    const EngineState& engine = layer_.engine();
+    if (engine.flags.engineLocked.isSet()) return;
+    tuneFactor = 1.0;
+    velocity = static_cast<std::int8_t>(newVelocity);
+    note = static_cast<std::int8_t>(newNote);
+    age = 0;
+    ticksToRefresh = 0;
+    flipFlop = layer_.flipFlop;
+    std::copy_n(layer_.block().begin() + globalParameterCount, 299, mod.begin() + globalParameterCount);
+    startEnvelopes();
+    randomValue = layer_.random().congruence.unit();
+    layer_.bank().output.clearLevels(index_);
+    firstTick_ = true;
+    impulse = decayA = decayB = decayC = decayD = 1.0f;
+    voiceNumber = static_cast<float>(layer_.activeVoiceCount()) / static_cast<float>(layer_.limit());
+    for (int i = 0; i < lfoCount; ++i) startLfo(i);
+    startStepLfo();
+    for (int i = 0; i < filterCount; ++i) {
+        layer_.bank().filters[i].reset(index_);
+        layer_.bank().distortions[i].setType(index_, listAt(par::DisType1 + i));
+        layer_.bank().distortions[i].setSampleRate(engine.internalRate);
+    }
+    drift_ = Drift::forMicrotuning(engine.microtuning);
+    analogMode = false;
+    for (int i = 0; i < oscillatorCount; ++i) startOscillator(i);
+    layer_.bank().setAnalog(index_, analogMode);
+}
+
+void Voice::startEnvelopes() {
+    for (int which = 0; which < envelopeCount; ++which) {
+        envelopes[which].start();
+        setUpEnvelope(which);
+    }
+}
+
+void Voice::setUpEnvelope(int which) {
+    envelopes[which].setup(mod[par::AttVol + which], mod[par::HoldVol + which], mod[par::DecVol + which], mod[par::SusVol + which],
+                           mod[par::RelVol + which], mod[par::ShapVol + which]);
+}
+
+Lfo::Start Voice::lfoStart(int which) const {
+    const EngineState& engine = layer_.engine();
+    return {.wave = listAt(par::LfoWave1 + which),
+            .speed = mod[par::LfoSpd1 + which],
+            .startPhase = mod[par::LfoPhas1 + which],
+            .note = note,
+            .fade = mod[par::LfoFade1 + which],
+            .tempo = engine.tempoBpm,
+            .songPosition = engine.songPosition,
+            .tickRate = engine.ticksPerSecond};
+}
+
+void Voice::startLfo(int which) {
+    const int oldest = layer_.oldestActiveVoice();
+    lfos[which].noteOn(listAt(par::LfoMode1 + which), lfoStart(which), layer_.activeVoiceCount(),
+                       oldest < 0 ? nullptr : &layer_.voice(oldest).lfos[which]);
+}
+
+void Voice::startStepLfo() {
+    const EngineState& engine = layer_.engine();
+    const int oldest = layer_.oldestActiveVoice();
+    stepLfo.copySteps(&mod[par::Step1]);
+    stepLfo.noteOn(listAt(par::StepMode),
+                   {.shape = listAt(par::StepShap),
+                    .speed = mod[par::StepSped],
+                    .steps = mod[par::Steps],
+                    .tempo = engine.tempoBpm,
+                    .songPosition = engine.songPosition,
+                    .tickRate = engine.ticksPerSecond},
+                   layer_.activeVoiceCount(), oldest < 0 ? nullptr : &layer_.voice(oldest).stepLfo);
+}
+
+void Voice::startOscillator(int i) {
+    RandomSources& random = layer_.random();
+    OscillatorPitch& osc = pitch[i];
+    osc.target = keyTarget(layer_.engine().keyIncrement, note, mod[par::KeyFol1 + i]);
+    osc.tuning = 1.0;
+    kernels_[i] = kernels::silent;
+    oscillatorOn[i] = oscillatorActive(i);
+    if (!oscillatorOn[i]) return;
+
+    OscillatorState& state = oscillators[i];
+    state = OscillatorState();
+    state.oscillatorIndex = static_cast<std::uint8_t>(i);
+    toneState_[i] = 0;
+    drawStartPhases(state, random.congruence);
+    osc.startDrift(drift_, random.congruence);
+    state.synced = i > 0 && syncedBy(mod[par::Sync1 + i - 1]);
+    const int synType = listAt(par::SynType1 + i);
+    prepareOscillator(state,
+                      {.synType = synType,
+                       .wtWave = listAt(par::WTWave1 + i),
+                       .ssWave = listAt(par::SSWave1 + i),
+                       .noiWave = listAt(par::NoiWave1 + i),
+                       .anaWave = listAt(par::AnaWave1 + i),
+                       .customWave = layer_.customWave(i).samples.data()},
+                      layer_.waves());
+    chooseKernelOf(i);
+    if (synType == analogType) {
+        analogMode = true;
+        osc.tuning = drawAnalogTuning(i, i > 0 ? pitch[i - 1].tuning : 1.0, random.congruence);
+    }
+}
+
+void Voice::chooseKernelOf(int i) {
+    kernels_[i] = chooseKernel({.synType = listAt(par::SynType1 + i),
+                                .quality = layer_.engine().quality,
+                                .modulated = oscillatorModulated(i),
+                                .internalRate = layer_.engine().internalRate,
+                                .ssWave = listAt(par::SSWave1 + i),
+                                .noiWave = listAt(par::NoiWave1 + i),
+                                .hasSample = layer_.sample(i).length != 0,
+                                .anaWave = listAt(par::AnaWave1 + i)},
+                               SampleKernels{});
+}
+
+bool Voice::oscillatorActive(int i) const {
+    if (!(mod[par::On1 + i] >= 0.5f)) return false;
+    if (note < listAt(par::KeyStar1 + i) || note > listAt(par::KeyEnd1 + i)) return false;
+    if (listAt(par::SynType1 + i) == sampleType && layer_.sample(i).length == 0) return false;
+    if (mod[par::Vol1 + i] > audible || layer_.matrix().targets(par::Vol1 + i)) return true;
+    if (i + 1 >= oscillatorCount) return false;
+    return mod[par::Fm1 + i] > audible || switchOn(mod[par::Sync1 + i]) || layer_.matrix().targets(par::Fm1 + i);
+}
+
+bool Voice::oscillatorModulated(int i) const {
+    if (i == 0) return false;
+    const int fm = par::Fm1 + i - 1;
+    return vantoric::oscillatorModulated(i, mod[par::On1 + i - 1], mod[fm], mod[par::Sync1 + i - 1], layer_.matrix().targets(fm));
+}
+
+void Voice::refreshKernels() {
+    for (int i = 0; i < filterCount; ++i) layer_.bank().distortions[i].setType(index_, listAt(par::DisType1 + i));
+    for (int i = 0; i < oscillatorCount; ++i) {
+        oscillatorOn[i] = oscillatorActive(i);
+        if (i > 0) oscillators[i].synced = syncedBy(mod[par::Sync1 + i - 1]);
+        chooseKernelOf(i);
+    }
+}
+
+// ---- changes of a sounding note -----------------------------------------------------------------------------
+
+void Voice::noteOff() {
+    for (Envelope& envelope : envelopes) envelope.noteOff();
+}
+
+void Voice::retrigger() {
+    for (Envelope& envelope : envelopes) envelope.retrigger();
+    impulse = decayA = decayB = decayC = decayD = 1.0f;
+    for (int i = 0; i < lfoCount; ++i) lfos[i].retrigger(listAt(par::LfoMode1 + i), lfoStart(i));
+    constexpr int single = 0;
+    for (int i = 0; i < oscillatorCount; ++i)
+        if (listAt(par::SynType1 + i) == sampleType && listAt(par::LoopMod1 + i) == single) restartSample(i);
+}
+
+void Voice::restartSample(int i) {
+    float start = mod[par::Start1 + i];
+    if (start > freeStart) start = layer_.random().congruence.unit();
+    const auto cycle = static_cast<std::uint32_t>(truncateTo(start * 16777216.0, 0, 16777216));
+    oscillators[i].phase = (cycle >> 11) * static_cast<std::uint32_t>(layer_.sample(i).length);
+}
+
+void Voice::jumpToNote(int newNote) {
+    smoothedNote = newNote;
+    for (int i = 0; i < oscillatorCount; ++i)
+        pitch[i].jump(keyTargetOfMove(layer_.engine().keyIncrement, newNote, layer_.block()[par::KeyFol1 + i]));
+}
+
+void Voice::cut() { envelopes[volumeEnvelope].silence(); }
+
+void Voice::reset() {
+    for (Envelope& envelope : envelopes) envelope.silence();
+    for (int i = 0; i < oscillatorCount; ++i) {
+        oscillators[i] = OscillatorState();
+        oscillators[i].oscillatorIndex = static_cast<std::uint8_t>(i);
+        pitch[i] = OscillatorPitch();
+        kernels_[i] = kernels::silent;
+        oscillatorOn[i] = false;
+        toneState_[i] = 0;
+        buffers_[i].fill(0);
+    }
+    smoothedNote = 60.0;
+    tuneOffset = 0.0;
+    tuneFactor = 1.0;
+    layer_.bank().reset(index_);
+    std::copy(layer_.block().begin(), layer_.block().end(), mod.begin());
+    std::fill(std::begin(mix_), std::end(mix_), MixGains());
+    analogMode = false;
+    firstTick_ = true;
+    age = neverPlayedAge;
+}
+
+// ---- the control tick ---------------------------------------------------------------------------------------
+
+void Voice::tick() {
+    ++age;
+    if (ticksToRefresh < 1) {
+        ticksToRefresh = ticksPerRefresh;
+        refreshKernels();
+    }
+    --ticksToRefresh;
+    stepModulators();
+    evaluateMatrix();
+    impulse = 0.0f;
+    decayA *= 0.99980015f;
+    decayB *= 0.99920034f;
+    decayC *= 0.9872804f;
+    decayD *= 0.9026593f;
+    tickOscillators();
+    tickFilters();
+    tickOutput();
+}
+
+void Voice::stepModulators() {
+    // Envelopes and speeds still see what the matrix left on the tick before.
+    for (int which = 0; which < envelopeCount; ++which) {
+        setUpEnvelope(which);
+        envelopes[which].step();
+    }
+    for (int i = 0; i < lfoCount; ++i) {
+        lfos[i].setSpeed(mod[par::LfoSpd1 + i]);
+        lfos[i].step();
+    }
+    stepLfo.copySteps(&layer_.block()[par::Step1]);
+    stepLfo.shape = layer_.listAt(par::StepShap);
+    stepLfo.advance();
+}
+
+void Voice::tickOscillators() {
+    const EngineState& engine = layer_.engine();
+    const float glide = glideFactor(layer_.block()[par::GlideSpd]);
+    smoothedNote = smoothNote(smoothedNote, note, glide);
+    const double shared =
+        voicePitchFactor(mod[par::Pitch], mod[par::Fine], layer_.arpeggiator().slideFactor(), tuneFactor, engine.pitchBendFactor);
+    for (int i = 0; i < oscillatorCount; ++i) {
+        mix_[i] = mixGains(oscillatorOn[i], mod[par::Vol1 + i], mod[par::FiltMix1 + i]);
+        if (!oscillatorOn[i]) continue;
+        OscillatorState& state = oscillators[i];
+        OscillatorPitch& osc = pitch[i];
+        if (state.phaseInit != 0) {
+            setupFirstTickPhases(state, mod[par::Start1 + i], mod[par::Pw1 + i], listAt(par::SSWave1 + i), listAt(par::SynType1 + i),
+                                 static_cast<std::uint32_t>(layer_.sample(i).length), layer_.random().congruence);
+            state.phaseInit = 0;
+        }
+        const double drift = osc.stepDrift(drift_, layer_.random().congruence);
+        osc.stepGlide(glide);
+        const double d = oscillatorIncrement(osc,
+                                             {.oct = mod[par::Oct1 + i],
+                                              .interv = mod[par::Interv1 + i],
+                                              .semi = mod[par::Semi1 + i],
+                                              .detune = mod[par::Detune1 + i],
+                                              .pitch = mod[par::Pitch1 + i],
+                                              .pitchOct = mod[par::PitchOct1 + i]},
+                                             drift, shared);
+        state.increment = increment24(d);
+        state.scanIncrement = scanIncrement(d, mod[par::Pw1 + i]);
+        setPosition(state, mod[par::Pw1 + i]);
+        if (i > 0) state.fmDepthStep = fmDepthStep(fmDepthTarget(mod[par::Fm1 + i - 1]), state.fmDepth, engine.tickSamples);
+        toneCoefficient_[i] = toneCoefficient(d);
+        tone_[i] = toneGains(mod[par::Timbre1 + i]);
+    }
+}
+
+void Voice::tickFilters() {
+    const EngineState& engine = layer_.engine();
+    const float e = envelopes[filterEnvelope].clampLevel();
+    VoiceBank& bank = layer_.bank();
+    for (int i = 0; i < filterCount; ++i) {
+        const float key = static_cast<float>((smoothedNote - 64.0) * (mod[par::FilKey1 + i] - 0.5) * 0.0195);
+        bank.filters[i].setup(index_, {.sampleRate = engine.internalRate,
+                                       .tickSamples = engine.tickSamples,
+                                       .type = listAt(par::FilType1 + i),
+                                       .cutoff = key + (mod[par::FilEnv1 + i] - 0.5f) * 2.0f * e + mod[par::Cutoff1 + i],
+                                       .resonance = mod[par::Reso1 + i],
+                                       .analog = mod[par::FilAnalo]});
+        bank.distortions[i].setDrive(index_, mod[par::Drive1 + i]);
+    }
+    bank.setSerial(index_, switchOn(mod[par::FilSerial]));
+}
+
+void Voice::tickOutput() {
+    const OutputTargets targets = outputTargets({.envelope = envelopes[volumeEnvelope].clampLevel(),
+                                                 .layerVolume = mod[par::LayerVol],
+                                                 .pan1 = mod[par::FilPan1],
+                                                 .pan2 = mod[par::FilPan1 + 1],
+                                                 .volume1 = mod[par::FilVol1],
+                                                 .volume2 = mod[par::FilVol1 + 1],
+                                                 .ringmod = mod[par::Ringmod]});
+    layer_.bank().output.setTargets(index_, targets, layer_.engine().tickSamples, firstTick_ && mod[par::AttVol] < clickAttack);
+    firstTick_ = false;
+}
+
+void Voice::evaluateMatrix() {
+    MatrixInputs inputs = matrixInputs();
+    runMatrix(layer_.matrix(), layer_.modBase().data(), inputs, mod.data());
+}
+
+// ---- audio --------------------------------------------------------------------------------------------------
+
+void Voice::renderOscillators(int count) {
+    for (int i = 0; i < oscillatorCount; ++i) {
+        if (!oscillatorOn[i]) continue;
+        const KernelContext context{layer_.engine(), layer_.waves(), layer_.random(), &layer_.sample(i)};
+        const auto& previous = buffers_[(i + oscillatorCount - 1) % oscillatorCount];
+        kernels_[i](context, buffers_[i].data(), count, oscillators[i], previous.data());
+        if (tone_[i].isHeard()) toneStage(buffers_[i].data(), count, toneState_[i], toneCoefficient_[i], tone_[i]);
+    }
+    mixToLanes(buffers_[0].data(), buffers_[1].data(), buffers_[2].data(), mix_, count, layer_.bank().input1(index_),
+               layer_.bank().input2(index_));
+}
+
+}  // namespace vantoric
