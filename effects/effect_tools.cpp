@@ -1,0 +1,41 @@
+#include "effects/effect_tools.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace vantoric {
+
+std::array<float, 16> shaperFilter(double cutoff, double factor) {
+    constexpr double roundPi = 3.14159;
+    std::array<double, 16> taps;
+    double sum = 0.0;
+    for (int i = 0; i < 16; ++i) {
+        const int k = i - 8;
+        taps[i] = math::sin(roundPi * i / 16) * (k == 0 ? 1.0 : math::sin(cutoff * k) * factor / k);
+        sum += taps[i];
+    }
+    std::array<float, 16> filter;
+    for (int i = 0; i < 16; ++i) filter[i] = static_cast<float>(taps[i] / sum);
+    return filter;
+}
+
+namespace {
+
+// The exponent of a float is all ones for infinities and NaN.
+std::uint32_t nonFinite(const float* buffer, int count) {
+    std::uint32_t found = 0;
+    for (int i = 0; i < count; ++i) {
+        std::uint32_t bits;
+        std::memcpy(&bits, buffer + i, sizeof bits);
+        found |= (bits & 0x7f800000u) == 0x7f800000u ? 1u : 0u;
+    }
+    return found;
+}
+
+}  // namespace
+
+bool allFinite(const float* left, const float* right, int count) {
+    return (nonFinite(left, count) | nonFinite(right, count)) == 0;
+}
+
+}  // namespace vantoric

@@ -1,0 +1,162 @@
+// Small tools that the effect families share: control curves, interpolated reads, one-poles. All are
+// inline arithmetic without state of their own but for the two little filters.
+#pragma once
+
+#include <algorithm>
+#include <array>
+
+#include "base/lanes.h"
+#include "base/math.h"
+#include "base/numbers.h"
+
+namespace vantoric {
+
+// The five values of an effect: the mix, then parameters 1 to 4, each 0 to 1.
+struct EffectParameters {
+    std::array<float, 5> values{0.5f, 0.5f, 0.5f, 0.5f, 0.5f};
+
+    // Stores a value; indices outside 0 to 4 are ignored.
+    void set(int index, float value) {
+        if (index >= 0 && index < 5) values[index] = value;
+    }
+    float mix() const { return values[0]; }
+    // Parameter 1 to 4.
+    float operator[](int index) const { return values[index]; }
+};
+
+// The part of x after the point, keeping the sign. |x| below 2^31.
+template <class T>
+inline T fraction(T x) {
+    return x - static_cast<T>(static_cast<int>(x));
+}
+
+// Steps a phase of 0 to 1 by `increment` and returns the new phase.
+template <class T>
+inline T stepPhase(T& phase, T increment) {
+    phase = fraction(phase + increment);
+    return phase;
+}
+
+// Triangle over a cycle: 0 at phase 0, 1 at 0.5.
+template <class T>
+inline T triangle(T phase) {
+    return phase > T(0.5) ? T(2) - T(2) * phase : T(2) * phase;
+}
+
+// Two parabolas close to a sine: 0.5, 1, 0.5, 0, 0.5 over a cycle.
+template <class T>
+inline T bump(T phase) {
+    return phase < T(0.5) ? (T(4) - T(8) * phase) * phase + T(0.5) : T(8) * phase * phase - T(12) * phase + T(4.5);
+}
+
+// Fifth-order curve through four neighbouring points with continuous first and second derivative: b at
+// t = 0, c at t = 1.
+template <class T>
+inline T fourPointCurve(T t, T a, T b, T c, T d) {
+    return (((((d - a) * T(5) + (b - c) * T(15) + ((a - d) * T(2) + (c - b) * T(6)) * t) * t + (a - d) * T(3) + (c - b) * T(9)) * t + c -
+             T(2) * b + a) *
+                t +
+            c - a) *
+               t * T(0.5) +
+           b;
+}
+
+// Fifth-order curve through the samples y0 to y5 between y3 (f = 0) and y2 (f = 1).
+inline double sixPointCurve(double f, double y0, double y1, double y2, double y3, double y4, double y5) {
+    return (((((y3 * 126 - y2 * 124 + y1 * 61 - y4 * 64 - y0 * 12 + y5 * 13 + ((y2 - y3) * 50 + (y4 - y1) * 25 + (y0 - y5) * 5) * f) * f +
+               (y2 * 66 - y3 * 70 - y1 * 33 + y4 * 39 + y0 * 7 - y5 * 9)) *
+                  f +
+              ((y4 + y2) * 16 - y5 - y3 * 30 - y1)) *
+                 f +
+             (y5 - y1) + (y5 - y1) + (y2 - y4) * 16) *
+            f) *
+               0.04166666666 +
+           y3;
+}
+
+// Reads of a ring `delay` samples (0 or more, with a fraction) behind `position`, on two and on four points.
+// The ring's operator[] wraps.
+template <class R, class T>
+inline T linearTap(const R& ring, int position, T delay) {
+    const int whole = static_cast<int>(delay);
+    const T f = delay - static_cast<T>(whole);
+    return f * ring[position - static_cast<int>(delay + T(1))] + (T(1) - f) * ring[position - whole];
+}
+template <class R, class T>
+inline T cubicTap(const R& ring, int position, T delay) {
+    return fourPointCurve<T>(T(1) - fraction(delay), ring[position - static_cast<int>(delay + T(3))],
+                             ring[position - static_cast<int>(delay + T(2))], ring[position - static_cast<int>(delay + T(1))],
+                             ring[position - static_cast<int>(delay)]);
+}
+// Four points around an index; the fraction (0 to 1) moves the read towards older samples.
+template <class R, class T>
+inline T indexRead(const R& ring, int index, T f) {
+    return fourPointCurve<T>(T(1) - f, ring[index - 2], ring[index - 1], ring[index], ring[index + 1]);
+}
+// Six points, index - 4 to index + 1, for the reverb tanks.
+template <class R>
+inline double sixPointRead(const R& ring, int index, double f) {
+    return sixPointCurve(f, ring[index - 4], ring[index - 3], ring[index - 2], ring[index - 1], ring[index], ring[index + 1]);
+}
+
+// Coefficient of the one-pole low-pass y = (1 - k) y + x k for a frequency in Hz, at most 1: with the
+// instrument's quick exponential, and with the true one.
+inline float quickDamping(float frequency, float sampleRate) {
+    return static_cast<float>(std::min(1.0 - fastExp(-6.28f * frequency / sampleRate), 1.0));
+}
+inline double trueDamping(double frequency, double sampleRate) {
+    return std::min(1.0 - math::exp(-6.28 * frequency / sampleRate), 1.0);
+}
+
+// One-pole low-pass; step returns the new state. `offset` keeps a decaying state from denormal numbers.
+template <class T>
+struct OnePole {
+    T state = T(0);
+
+    T low(T x, T k, T offset = T(0)) {
+        state = (T(1) - k) * state + x * k + offset;
+        return state;
+    }
+    // What the low-pass leaves: x less the new state.
+    T cut(T x, T k, T offset = T(0)) { return x - low(x, k, offset); }
+};
+
+// First-order allpass: y = (y - x) c + previous x.
+template <class T>
+struct AllpassStage {
+    T output = T(0), input = T(0);
+
+    T step(T x, T c) {
+        output = (output - x) * c + input;
+        input = x;
+        return output;
+    }
+};
+
+// Soft curve: straight to 0.5, parabolas to 1.5, then +-1. For numbers and for lanes.
+template <class T>
+inline T softCurve(T v) {
+    using S = ScalarOf<T>;
+    T y = select(v > T(S(0.5)), T(S(1.5)) * v - T(S(0.5)) * v * v - T(S(0.125)), v);
+    y = select(v < T(S(-0.5)), (T(S(0.5)) * v + T(S(1.5))) * v + T(S(0.125)), y);
+    return select(v > T(S(1.5)), T(S(1)), select(v < T(S(-1.5)), T(S(-1)), y));
+}
+
+// One cycle of a parabola wave for each whole step of v: 0, 1, 0, -1, 0. For numbers and for lanes.
+template <class T>
+inline T sineShape(T v) {
+    using S = ScalarOf<T>;
+    const T u = v - floored(v);
+    const T w = u - T(S(0.5));
+    return select(u < T(S(0.5)), (T(S(8)) - T(S(16)) * u) * u, T(S(16)) * w * w - T(S(8)) * w);
+}
+
+// The short low-passes of the four-times oversampled shapers: a windowed sinc of sixteen taps, normalised
+// to the sum 1. cutoff, factor: 1.570795 and 0.6366203 for the half band, 0.7853975 and 1.2732406 for the
+// quarter band.
+std::array<float, 16> shaperFilter(double cutoff, double factor);
+
+// True if every sample of both buffers is a finite number.
+bool allFinite(const float* left, const float* right, int count);
+
+}  // namespace vantoric
