@@ -17,13 +17,14 @@ using Names = const char* const*;
 
 constexpr const char* notes[] = {"1/8", "3/16", "1/4", "1/3", "3/8", "1/2", "2/3", "3/4", "1", "4/3", "3/2", "2"};
 constexpr const char* tapTimes[] = {"1/8", "1/4", "1/2", "1", "2"};
-constexpr const char* tapPatterns[] = {"C_C_",     "C_R_C_L_", "C_CC",           "C_LR",           "CCC_",    "CLR_",  "C__C",
-                                       "L__R",     "Dotted 1", "Dotted 2",       "Fall",           "Fall LR", "Fall and raise",
-                                       "Raise and fall", "Reverse", "Pan 1",      "Pan 2",          "Pingpong echo1",
-                                       "Pingpong echo2", "Chaos"};
-constexpr const char* gatePatterns[] = {"Tremolo",  "Trance 1", "Trance 2",   "Trance 3",   "Metal",      "Football",   "Dotted",    "La cucaracha",
-                                        "2 Step 1", "2 Step 2", "2 Step 3",   "Echo 1",     "Echo 2",     "Echo 3",     "Echo 4",    "Echo 5",
-                                        "Echo 6",   "Scramble 1", "Scramble 2", "Scramble 3", "Scramble 4", "Scramble 5"};
+constexpr const char* tapPatterns[] = {"C_C_",  "C_R_C_L_", "C_CC",           "C_LR",           "CCC_",
+                                       "CLR_",  "C__C",     "L__R",           "Dotted 1",       "Dotted 2",
+                                       "Fall",  "Fall LR",  "Fall and raise", "Raise and fall", "Reverse",
+                                       "Pan 1", "Pan 2",    "Pingpong echo1", "Pingpong echo2", "Chaos"};
+constexpr const char* gatePatterns[] = {"Tremolo",    "Trance 1",     "Trance 2",   "Trance 3",  "Metal",    "Football",
+                                        "Dotted",     "La cucaracha", "2 Step 1",   "2 Step 2",  "2 Step 3", "Echo 1",
+                                        "Echo 2",     "Echo 3",       "Echo 4",     "Echo 5",    "Echo 6",   "Scramble 1",
+                                        "Scramble 2", "Scramble 3",   "Scramble 4", "Scramble 5"};
 constexpr const char* gateSpeeds[] = {"1/2", "3/4", "1", "3/2", "2"};
 constexpr const char* places[] = {"Back", "Rear left", "Left", "Center", "Right", "Rear right", "Back"};
 constexpr const char* sides[] = {"Left", "Right"};
@@ -83,7 +84,8 @@ constexpr Row reverbRows[] = {
 };
 
 constexpr Row delayRows[] = {
-    list(of(3), 1, "Time %s", [](float p) { return p * 4.99f; }, tapTimes),
+    list(
+        of(3), 1, "Time %s", [](float p) { return p * 4.99f; }, tapTimes),
     {of(4), 1, "Left %dms", milliseconds},
     list(of(5), 1, "Left %s", noteIndex, notes),
     {of(8), 1, "Time %dms", milliseconds},
@@ -98,7 +100,8 @@ constexpr Row delayRows[] = {
     {all, 2, "Feedback %d%%", percent},
     {of(0, 1, 4, 5, 6, 10), 3, "Damp %d%%", percent},
     {of(2), 3, "Frequency %d%%", percent},
-    list(of(3), 3, "%s", [](float p) { return p * 19.99f; }, tapPatterns),
+    list(
+        of(3), 3, "%s", [](float p) { return p * 19.99f; }, tapPatterns),
     {of(7), 3, "Noise %d%%", percent},
     {of(8), 3, "High Damp %d%%", percent},
     {of(9), 3, "Low Damp %d%%", percent},
@@ -122,7 +125,8 @@ constexpr Row modulationRows[] = {
     {of(13), 2, "Detune %d%%", percent},
     {of(16, 17), 2, "", percent},
     {of(19), 2, "Unison %d", [](float p) { return static_cast<float>(3 + 2 * static_cast<int>(p * 3.999f)); }},
-    list(of(20), 2, "%s", [](float p) { return p < 0.5f ? 0.0f : 1.0f; }, sides),
+    list(
+        of(20), 2, "%s", [](float p) { return p < 0.5f ? 0.0f : 1.0f; }, sides),
     {all, 2, "Depth %d%%", percent},
     {of(2, 12, 13), 3, "Feedback %d%%", percent},
     {of(3), 3, "Modspeed %d%%", percent},
@@ -144,11 +148,14 @@ constexpr Row dynamicsRows[] = {
     {of(0), 2, "Attack %dms", envelopeTime},
     {of(0), 3, "Release %dms", envelopeTime},
     {of(0), 4, "Ratio 1:%d", ratio},
-    list(of(1), 1, "%s", [](float p) { return p * 21.99f; }, gatePatterns),
-    list(of(1), 2, "Speed %s", [](float p) { return p * 4.99f; }, gateSpeeds),
+    list(
+        of(1), 1, "%s", [](float p) { return p * 21.99f; }, gatePatterns),
+    list(
+        of(1), 2, "Speed %s", [](float p) { return p * 4.99f; }, gateSpeeds),
     {of(1), 3, "Smooth %d%%", percent},
     {of(1), 4, "Offset %d", [](float p) { return p * 3.99f; }},
-    list(of(2), 1, "%s", [](float p) { return p * 6.99f; }, places),
+    list(
+        of(2), 1, "%s", [](float p) { return p * 6.99f; }, places),
     {of(3), 1, "Speed %.2fHz", [](float p) { return p * p * 23.0f + 0.0625f; }},
     {of(4), 1, "Width %d%%", [](float p) { return p * 200.0f; }},
 };

@@ -53,8 +53,9 @@ inline T bump(T phase) {
 // t = 0, c at t = 1.
 template <class T>
 inline T fourPointCurve(T t, T a, T b, T c, T d) {
-    return (((((d - a) * T(5) + (b - c) * T(15) + ((a - d) * T(2) + (c - b) * T(6)) * t) * t + (a - d) * T(3) + (c - b) * T(9)) * t + c -
-             T(2) * b + a) *
+    return (((((d - a) * T(5) + (b - c) * T(15) + ((a - d) * T(2) + (c - b) * T(6)) * t) * t + (a - d) * T(3) + (c - b) * T(9)) *
+                 t +
+             c - T(2) * b + a) *
                 t +
             c - a) *
                t * T(0.5) +
@@ -63,7 +64,9 @@ inline T fourPointCurve(T t, T a, T b, T c, T d) {
 
 // Fifth-order curve through the samples y0 to y5 between y3 (f = 0) and y2 (f = 1).
 inline double sixPointCurve(double f, double y0, double y1, double y2, double y3, double y4, double y5) {
-    return (((((y3 * 126 - y2 * 124 + y1 * 61 - y4 * 64 - y0 * 12 + y5 * 13 + ((y2 - y3) * 50 + (y4 - y1) * 25 + (y0 - y5) * 5) * f) * f +
+    return (((((y3 * 126 - y2 * 124 + y1 * 61 - y4 * 64 - y0 * 12 + y5 * 13 +
+                ((y2 - y3) * 50 + (y4 - y1) * 25 + (y0 - y5) * 5) * f) *
+                   f +
                (y2 * 66 - y3 * 70 - y1 * 33 + y4 * 39 + y0 * 7 - y5 * 9)) *
                   f +
               ((y4 + y2) * 16 - y5 - y3 * 30 - y1)) *

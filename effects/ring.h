@@ -68,8 +68,8 @@ private:
     };
     using Buffer = std::unique_ptr<T[], Free>;
 
-    static constexpr int wipeRate = 8;                              // samples wiped for each one written
-    static constexpr int shortExtent = std::min(size / 8, 2048);    // wiped at once
+    static constexpr int wipeRate = 8;                            // samples wiped for each one written
+    static constexpr int shortExtent = std::min(size / 8, 2048);  // wiped at once
 
     static Buffer allocate() {
         T* memory = static_cast<T*>(std::calloc(size, sizeof(T)));

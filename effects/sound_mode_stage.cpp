@@ -48,7 +48,8 @@ Coefficients fromFeedback(const BiquadCoefficients& c) { return {c.b0, c.b1, c.b
 // Low shelf of the audio EQ cookbook, gain in dB.
 Coefficients lowShelf(double frequency, double slope, double gain, double sampleRate) {
     const double a = math::exp(gain * 0.025 * 2.302585092994046);
-    const double b = std::sqrt((math::exp(gain * 0.05 * 2.302585092994046) + 1.0) / std::max(slope, 0.01) - (a - 1.0) * (a - 1.0));
+    const double b =
+        std::sqrt((math::exp(gain * 0.05 * 2.302585092994046) + 1.0) / std::max(slope, 0.01) - (a - 1.0) * (a - 1.0));
     const double angle = 2.0 * roundPi * frequency / sampleRate;
     const double s = math::sin(angle), c = math::cos(angle);
     const double d = (a + 1.0) + (a - 1.0) * c + b * s;

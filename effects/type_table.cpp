@@ -86,8 +86,6 @@ constexpr std::array<EffectType, effectTypeCount> table = {{
     /* 76 */ {"Haas Effect", EffectFamily::modulation, 20, {1.0f, 0.5f, 0.0f, 0.5f, 0.5f}},
 }};
 
-constexpr int trancegate = 17;
-
 }  // namespace
 
 int legalEffectType(int type) { return type >= 0 && type < effectTypeCount ? type : 0; }
@@ -98,7 +96,7 @@ int typeFromValue(float value) { return legalEffectType(listIndex(value)); }
 
 int masterTypeFromValue(float value) {
     const int type = typeFromValue(value);
-    return type == trancegate ? 0 : type;
+    return type == trancegateType ? 0 : type;
 }
 
 float extremeValue(float base, float lowest, float highest) {

@@ -4,6 +4,8 @@
 
 #include <array>
 
+#include "effects/type_labels.h"
+
 namespace vantoric {
 
 enum class EffectFamily : int {
@@ -25,8 +27,6 @@ struct EffectType {
     int variant;
     std::array<float, 5> defaults;  // mix, parameters 1 to 4, each 0 to 1
 };
-
-inline constexpr int effectTypeCount = 77;
 
 // The type itself for 0 to 76, else 0.
 int legalEffectType(int type);

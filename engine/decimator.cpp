@@ -17,7 +17,7 @@ constexpr std::array<double, 31> taps = {
     0.0003398183252755,    -0.001029268385205196, 0.000174050972255973,  0.000300317973555159,  -0.000187577494702256,
     0.000035814574650719};
 
-constexpr int chunk = 256;         // internal samples laid out at a time
+constexpr int chunk = 256;  // internal samples laid out at a time
 constexpr double offset = 0.00001;
 
 using Pair = Lanes<double, 2>;  // left, right
