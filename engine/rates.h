@@ -1,6 +1,9 @@
-// The rates that follow from what the host asks for.
+// What follows from the host's sample rate.
 #pragma once
 
+#include <limits>
+
+#include "base/engine_state.h"
 #include "base/numbers.h"
 
 namespace vantoric {
@@ -11,11 +14,18 @@ struct Rates {
     int tickSamples;     // samples of a control tick, about 1 ms; the fraction is dropped
 };
 
-// hostRate in Hz. No rate is refused; below 500 the tick has no samples. Any thread.
+// hostRate in Hz; any value is taken. Below 500 the tick has no samples, which silences the engine; what is
+// not a finite number of at least 1 counts as 1 Hz. A tick is never longer than the voices' buffers of
+// 256 samples, so above 257 kHz it is shorter than a millisecond. Any thread.
 constexpr Rates ratesOf(float hostRate) {
-    const bool oversampled = !(hostRate > 48000.0f);
-    const float internalRate = oversampled ? 2.0f * hostRate : hostRate;
-    return {internalRate, oversampled, truncateTo(internalRate * 0.001f, 0, 1 << 24)};
+    const float usable = hostRate >= 1.0f && hostRate <= std::numeric_limits<float>::max() ? hostRate : 1.0f;
+    const bool oversampled = !(usable > 48000.0f);
+    const float internalRate = oversampled ? 2.0f * usable : usable;
+    return {internalRate, oversampled, truncateTo(internalRate * 0.001f, 0, maxTickSamples)};
 }
+
+// Fills the rate fields and the key increments of `state` from the host's rate in Hz. While the tick has no
+// samples its reciprocal and `ticksPerSecond` are those of a tick of one. Not while a block runs.
+void setRates(EngineState& state, float hostRate);
 
 }  // namespace vantoric
