@@ -55,9 +55,9 @@ void readSamples(const std::uint8_t* from, std::int16_t* to, std::int64_t count)
 void writeSamples(std::uint8_t* to, const std::int16_t* from, std::int64_t count);
 
 struct SampleHeader {
-    std::int32_t length = 0;     // samples
-    std::int32_t loopStart = 0;  // samples
-    std::int32_t loopEnd = 0;    // samples
+    std::int32_t length = 0;           // samples
+    std::int32_t loopStart = 0;        // samples
+    std::int32_t loopEnd = 0;          // samples
     std::uint32_t sampleRate = 44100;  // Hz
 };
 

@@ -24,9 +24,8 @@ struct Conversion {
     float value;
 };
 constexpr Conversion conversions[] = {
-    {3, parameter::AnaWave1, 3, 0.0f},          {6, parameter::FxIn2Type, 1, 0.0f},
-    {6, parameter::FxIn2Mix, 5, 0.5f},          {6, parameter::MatSrc1 + 10, 5, 0.0f},
-    {6, parameter::MatDst1 + 10, 5, 0.0f},      {6, parameter::MatVal1 + 10, 5, 0.5f},
+    {3, parameter::AnaWave1, 3, 0.0f},     {6, parameter::FxIn2Type, 1, 0.0f},    {6, parameter::FxIn2Mix, 5, 0.5f},
+    {6, parameter::MatSrc1 + 10, 5, 0.0f}, {6, parameter::MatDst1 + 10, 5, 0.0f}, {6, parameter::MatVal1 + 10, 5, 0.5f},
 };
 
 chunk::SampleHeader headerOf(const Sample& sample) {
@@ -37,13 +36,7 @@ chunk::SampleHeader headerOf(const Sample& sample) {
 
 PatchChunk::PatchChunk(EngineState& state, ParameterModel& parameters, ProgramSlot& program, const PatchWaves& waves,
                        PatchHost& host, platform::Dialogs& dialogs, SleepFunction sleep)
-    : state_(state),
-      parameters_(parameters),
-      program_(program),
-      waves_(waves),
-      host_(host),
-      dialogs_(dialogs),
-      sleep_(sleep) {}
+    : state_(state), parameters_(parameters), program_(program), waves_(waves), host_(host), dialogs_(dialogs), sleep_(sleep) {}
 
 // Writing.
 
@@ -74,7 +67,8 @@ ChunkBytes PatchChunk::getChunk() {
     data[chunk::versionOffset] = chunk::formatVersion;
     const std::string name = program_.getProgramName();
     std::memcpy(data + chunk::nameOffset, name.data(), std::min<std::size_t>(name.size(), chunk::nameWritten));
-    for (int i = 0; i < parameterCount; ++i) chunk::writeBigFloat(data + chunk::parameterOffset + 4 * i, parameters_.getParameter(i));
+    for (int i = 0; i < parameterCount; ++i)
+        chunk::writeBigFloat(data + chunk::parameterOffset + 4 * i, parameters_.getParameter(i));
 
     std::uint8_t* end = data + chunk::sampleDataOffset;
     for (int index = 0; index < chunk::waveCount; ++index) {

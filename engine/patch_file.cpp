@@ -104,8 +104,8 @@ bool PatchFiles::savePatchFile(const std::string& path) {
     std::copy(header.begin(), header.end(), file.get());
     std::copy_n(chunk.data.get(), chunk.size, file.get() + patchHeaderBytes);
     if (platform::writeFile(path, file.get(), size)) return true;
-    dialogs_.message(
-        path, "File write error. File is write protected, opened by another application or the path does not exist.");
+    dialogs_.message(path,
+                     "File write error. File is write protected, opened by another application or the path does not exist.");
     return false;
 }
 

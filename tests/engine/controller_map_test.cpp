@@ -13,8 +13,7 @@ namespace {
 
 class ControllerMapFile : public ::testing::Test {
 protected:
-    ControllerMapFile()
-        : path(::testing::TempDir() + ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".cfg") {}
+    ControllerMapFile() : path(::testing::TempDir() + ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".cfg") {}
     ~ControllerMapFile() override { std::filesystem::remove(path); }
     void put(const std::vector<std::uint8_t>& bytes) { ASSERT_TRUE(platform::writeFile(path, bytes.data(), bytes.size())); }
     std::string path;

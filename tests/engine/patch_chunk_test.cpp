@@ -34,9 +34,7 @@ struct Patch : ::testing::Test, PatchBench {
     ~Patch() override { failingAllocation = 0; }
 
     float value(int number, int layer = 0) const { return parameters.getParameter(hostIndex(number, layer)); }
-    void sampleMode(int index) {
-        parameters.writeRaw(hostIndex(parameter::SynType1 + index % 3, index / 3), listValue(3));
-    }
+    void sampleMode(int index) { parameters.writeRaw(hostIndex(parameter::SynType1 + index % 3, index / 3), listValue(3)); }
     // A patch in force that a failing load must leave alone.
     void holdPatchNamedBefore() {
         program.setProgramName("Before");
@@ -106,9 +104,11 @@ TEST_F(Patch, WritesSamplesOfSampleOscillatorsOnly) {
 }
 
 TEST_F(Patch, InvalidSamplesAreEmptiedWithABox) {
-    const struct { std::int32_t length, loopStart, loopEnd; std::uint32_t rate; } rows[] = {
-        {-1, 0, 0, 44100},  {16777217, 0, 0, 44100}, {10, 11, 0, 44100}, {10, -1, 0, 44100},
-        {10, 0, 11, 44100}, {10, 0, -1, 44100},      {10, 0, 0, 384001}};
+    const struct {
+        std::int32_t length, loopStart, loopEnd;
+        std::uint32_t rate;
+    } rows[] = {{-1, 0, 0, 44100},  {16777217, 0, 0, 44100}, {10, 11, 0, 44100}, {10, -1, 0, 44100},
+                {10, 0, 11, 44100}, {10, 0, -1, 44100},      {10, 0, 0, 384001}};
     for (const auto& row : rows) {
         dialogs.clear();
         putSample(0, 10, row.loopStart, row.loopEnd, row.rate, 1);
@@ -181,7 +181,8 @@ TEST_F(Patch, OneByteShortLoadsNothingAndStaysSilent) {
 TEST_F(Patch, OfNoSizeAtAllIsLikeAShortOne) {
     holdPatchNamedBefore();
     const std::uint8_t byte = 0;
-    for (const std::int32_t size : {0, -1, std::numeric_limits<std::int32_t>::min(), 1}) EXPECT_EQ(chunk->setChunk(&byte, size), 1);
+    for (const std::int32_t size : {0, -1, std::numeric_limits<std::int32_t>::min(), 1})
+        EXPECT_EQ(chunk->setChunk(&byte, size), 1);
     EXPECT_EQ(chunk->setChunk(nullptr, 55169), 1);
     expectHeldAndSilent();
 }

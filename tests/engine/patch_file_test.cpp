@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "platform/files.h"
@@ -34,8 +35,8 @@ struct PatchFile : ::testing::Test, PatchBench {
     }
     static Bytes file(const Bytes& patch) {
         const PatchHeader header = makePatchHeader("Stored name", static_cast<std::int32_t>(patch.size()));
-        Bytes bytes(header.begin(), header.end());
-        bytes.insert(bytes.end(), patch.begin(), patch.end());
+        Bytes bytes(header.size() + patch.size());
+        std::copy(patch.begin(), patch.end(), std::copy(header.begin(), header.end(), bytes.begin()));
         return bytes;
     }
     static Bytes readBack(const std::string& path) {
@@ -136,11 +137,12 @@ TEST_F(PatchFile, ThatIsNotThereIsPassedOverInSilence) {
 
 TEST_F(PatchFile, CutAnywhereNeverReadsBeyondItsEnd) {
     const Bytes whole = file(HandMadeChunk().header(0, {20, 0, 20, 44100}).data(20, 3).bytes);
-    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{2}, std::size_t{19}, std::size_t{20}, std::size_t{59},
-                                   std::size_t{60}, std::size_t{61}, std::size_t{5000}, std::size_t{60 + 55168},
-                                   std::size_t{60 + 55169}, whole.size() - 1}) {
+    for (const std::size_t size :
+         {std::size_t{0}, std::size_t{1}, std::size_t{2}, std::size_t{19}, std::size_t{20}, std::size_t{59}, std::size_t{60},
+          std::size_t{61}, std::size_t{5000}, std::size_t{60 + 55168}, std::size_t{60 + 55169}, whole.size() - 1}) {
         PatchBench bench;
-        const bool handedOn = bench.files->loadPatchFile(put("cut.fxp", {whole.begin(), whole.begin() + static_cast<long>(size)}));
+        const bool handedOn =
+            bench.files->loadPatchFile(put("cut.fxp", {whole.begin(), whole.begin() + static_cast<long>(size)}));
         EXPECT_EQ(handedOn, size >= 20) << size;
         EXPECT_EQ(bench.state.flags.engineLocked.isSet(), handedOn) << size;
     }

@@ -19,7 +19,10 @@ TEST(Rates, FortyEightThousandIsTheHighestOversampledRate) {
 }
 
 TEST(Rates, TickIsAMillisecondWithoutItsFraction) {
-    const struct { float hostRate; int samples; } rows[] = {{44100, 88}, {48000, 96}, {96000, 96}, {192000, 192}, {500, 1}, {499, 0}};
+    const struct {
+        float hostRate;
+        int samples;
+    } rows[] = {{44100, 88}, {48000, 96}, {96000, 96}, {192000, 192}, {500, 1}, {499, 0}};
     for (const auto& row : rows) {
         EngineState state;
         setRates(state, row.hostRate);

@@ -16,8 +16,12 @@ struct Walk {
     void block(int samples) {
         subBlocks.clear();
         ticks.clear();
-        clock.run(samples, state, [&](int count, int pos) { subBlocks.push_back({count, pos}); },
-                  [&](int eventPos) { ticks.push_back(eventPos); });
+        clock.run(
+            samples, state,
+            [&](int count, int pos) {
+                subBlocks.push_back({count, pos});
+            },
+            [&](int eventPos) { ticks.push_back(eventPos); });
     }
     EngineState state;
     TickClock clock;
