@@ -24,6 +24,9 @@ constexpr Rates ratesOf(float hostRate) {
     return {internalRate, oversampled, truncateTo(internalRate * 0.001f, 0, maxTickSamples)};
 }
 
+constexpr bool runsOversampled(float hostRate) { return ratesOf(hostRate).oversampled; }
+constexpr float internalRateOf(float hostRate) { return ratesOf(hostRate).internalRate; }
+
 // Fills the rate fields and the key increments of `state` from the host's rate in Hz. While the tick has no
 // samples its reciprocal and `ticksPerSecond` are those of a tick of one. Not while a block runs.
 void setRates(EngineState& state, float hostRate);
