@@ -34,9 +34,9 @@ inline std::vector<double> exactSignal(const json& s, int count, double sampleRa
             value = amp * (state / 2147483648.0 - 1.0);
         }
     } else if (kind == "sum") {
-        for (const json& part : s.at("of")) {
+        for (const json& part : s.at("of")) {  // each part is rounded to single precision
             const std::vector<double> y = exactSignal(part, count, sampleRate);
-            for (std::size_t i = 0; i < x.size(); ++i) x[i] += y[i];
+            for (std::size_t i = 0; i < x.size(); ++i) x[i] += static_cast<float>(y[i]);
         }
     } else if (kind == "levels") {
         x = exactSignal(s.at("of"), count, sampleRate);
