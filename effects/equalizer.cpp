@@ -86,7 +86,7 @@ void Equalizer::update() {
 // One pass for all bands that act: each rounds to float for the next, as passes of their own would.
 template <bool Low, bool High, bool Mid>
 void Equalizer::run(float* left, float* right, int count) {
-    auto section = [](Memory& m, const BiquadCoefficients& c, Pair in) {
+    auto section = [](Memory& m, const BiquadCoefficients& c, const Pair& in) {
         const Pair x = in + 0.00001;
         const Pair y = c.b0 * x + m.s1 + m.s3;
         m.s3 = m.s2;

@@ -1,7 +1,7 @@
 #include "effects/multieffect.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstdio>
 
 #include "effects/effect_tools.h"
 
@@ -136,7 +136,7 @@ void Multieffect::process(float* left, float* right, int count) {
 }
 
 void Multieffect::getTypeName(char* text) const {
-    std::strcpy(text, type_ > lastNamedType ? "Illegal type" : effectType(type_).name);
+    std::snprintf(text, effectTextSize, "%s", type_ > lastNamedType ? "Illegal type" : effectType(type_).name);
 }
 
 void Multieffect::getParameterName(int index, char* text) const { effectParameterName(index, text); }
