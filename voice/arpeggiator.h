@@ -50,12 +50,13 @@ private:
     void rebuildChord(int root, int chord);
     void beginSequence(int type, bool trigger);
     void placeWalk(int type);
-    bool passedEnd(std::int64_t step, ArpeggiatorTarget& target);
+    float sequencePosition(const float* layerBlock, const EngineState& engine, bool trigger) const;
+    bool isNewStep(int step, int type);
     void playStep(int step, int type, bool anyKey, ArpeggiatorTarget& target);
     void walk(int type, int offset, ArpeggiatorTarget& target);
     void walkUp(bool wrap);
     void walkDown(bool wrap);
-    void walkAlternating(bool wrap, int counterStepDirection, int lonelyKey);
+    void walkAlternating(bool wrap, int octaveDirection, int lonelyKey);
     void walkPedal(bool upward, bool wrap);
     void playChord(int type, int offset, ArpeggiatorTarget& target);
     void play(int key, int type, int offset, ArpeggiatorTarget& target) const;
