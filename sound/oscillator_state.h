@@ -47,6 +47,7 @@ struct OscillatorState {
     std::int32_t previousRead = 0;
     std::int16_t hiss = 0;                  // noise floor of the analog kernels
     std::int8_t phaseDirection = 1;
+    std::uint8_t alternate = 0;             // which group of voices the alternating stack steps next
 };
 
 // What a kernel sees of the world. One per voice and oscillator.

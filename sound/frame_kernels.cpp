@@ -1,0 +1,165 @@
+// Kernels that read the frame of a wave that Pw chooses.
+#include <algorithm>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include "sound/fm_loop.h"
+#include "sound/kernel_reads.h"
+#include "sound/kernels.h"
+
+namespace vantoric::kernels {
+
+namespace {
+
+constexpr int group = 8;                          // samples that are read at once where no wrap is near
+constexpr std::uint32_t lastPair = 2047u << 13;   // from here on the right neighbour is sample 0
+
+bool isReady(const OscillatorState& state) { return state.table != nullptr && state.frame >= 0; }
+
+#if defined(__SSE2__)
+
+// The sample at a phase and its right neighbour, as the low and high half of a word.
+int samplePair(const std::int16_t* cycle, std::uint32_t phase) {
+    int pair;
+    std::memcpy(&pair, cycle + (phase >> 13), sizeof pair);
+    return pair;
+}
+
+// The weights 8192 - frac and frac of four phases, in the same halves.
+__m128i linearWeights(__m128i phase) {
+    const __m128i frac = _mm_and_si128(phase, _mm_set1_epi32(0x1fff));
+    return _mm_add_epi32(_mm_set1_epi32(8192), _mm_sub_epi32(_mm_slli_epi32(frac, 16), frac));
+}
+
+__m128i fourPairs(const std::int16_t* cycle, std::uint32_t phase, std::uint32_t increment) {
+    return _mm_setr_epi32(samplePair(cycle, phase), samplePair(cycle, phase + increment), samplePair(cycle, phase + 2 * increment),
+                          samplePair(cycle, phase + 3 * increment));
+}
+
+__m128i fourPhases(std::uint32_t phase, std::uint32_t increment) {
+    return _mm_setr_epi32(static_cast<int>(phase), static_cast<int>(phase + increment), static_cast<int>(phase + 2 * increment),
+                          static_cast<int>(phase + 3 * increment));
+}
+
+__m128i fourLinear(__m128i pairs, __m128i phases) { return _mm_srai_epi32(_mm_madd_epi16(pairs, linearWeights(phases)), 14); }
+
+// Eight linear reads from `phase` on; none of them reaches the last pair.
+void linearGroup(const std::int16_t* cycle, std::int16_t* out, std::uint32_t phase, std::uint32_t increment) {
+    const std::uint32_t half = phase + 4 * increment;
+    const __m128i low = fourLinear(fourPairs(cycle, phase, increment), fourPhases(phase, increment));
+    const __m128i high = fourLinear(fourPairs(cycle, half, increment), fourPhases(half, increment));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_packs_epi32(low, high));
+}
+
+#else
+
+void linearGroup(const std::int16_t* cycle, std::int16_t* out, std::uint32_t phase, std::uint32_t increment) {
+    for (int k = 0; k < group; ++k, phase += increment) out[k] = static_cast<std::int16_t>(linearRead(cycle, phase));
+}
+
+#endif
+
+// Two frames crossfaded by a 16-bit blend, sample by sample, then read linearly.
+int blendRead(const std::int16_t* near, const std::int16_t* far, int blend, std::uint32_t phase) {
+    const std::uint32_t i = phase >> 13, next = (i + 1) & 2047;
+    const int left = (near[i] * (65535 - blend) + far[i] * blend) >> 16;
+    const int right = (near[next] * (65535 - blend) + far[next] * blend) >> 16;
+    return linearSum(left, right, phase) >> 14;
+}
+
+}  // namespace
+
+void silent(const KernelContext&, std::int16_t* out, int count, OscillatorState&, const std::int16_t*) { std::fill_n(out, count, 0); }
+
+void frameNearest(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
+    if (state.table == nullptr || state.framePending < 0) return;
+    const std::int16_t* cycle = WaveView(state).cycle(levelOf(state.increment), state.framePending);
+    const std::uint32_t increment = state.increment;
+    std::uint32_t phase = state.phase;
+    for (int i = 0; i < count; ++i) {
+        phase = (phase + increment) & phaseMask;
+        out[i] = static_cast<std::int16_t>(nearestRead(cycle, phase));
+    }
+    state.phase = phase;
+}
+
+void frameLinear(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
+    if (!isReady(state)) return;
+    const WaveView wave(state);
+    const int level = levelOf(state.increment);
+    const std::int16_t* cycle = wave.cycle(level, state.frame);
+    const std::uint32_t increment = state.increment & phaseMask;
+    std::uint32_t phase = state.phase;
+    for (int i = 0; i < count;) {
+        for (; count - i >= group && phase + group * increment < lastPair; i += group, phase += group * increment)
+            linearGroup(cycle, out + i, phase + increment, increment);
+        for (const int end = std::min(count, i + group); i < end; ++i) {
+            phase += increment;
+            if (phase > phaseMask) {
+                phase &= phaseMask;
+                state.frame = state.framePending;
+                cycle = wave.cycle(level, state.frame);
+            }
+            out[i] = static_cast<std::int16_t>(linearRead(cycle, phase));
+        }
+    }
+    state.phase = phase;
+}
+
+void frameBlend(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
+    if (!isReady(state)) return;
+    const WaveView wave(state);
+    const int level = levelOf(state.increment);
+    const std::int16_t *near = nullptr, *far = nullptr;
+    const auto latch = [&] {
+        near = wave.cycle(level, state.frame);
+        far = wave.cycle(level, std::min(state.frame + 1, wave.frames - 1));
+    };
+    latch();
+    const std::uint32_t increment = state.increment & phaseMask;
+    std::uint32_t phase = state.phase;
+    int blend = state.blend;
+    for (int i = 0; i < count; ++i) {
+        phase += increment;
+        if (phase > phaseMask) {
+            phase &= phaseMask;
+            state.frame = state.framePending;
+            state.blend = state.blendPending;
+            blend = state.blend;
+            latch();
+        }
+        out[i] = static_cast<std::int16_t>(blendRead(near, far, blend, phase));
+    }
+    state.phase = phase;
+}
+
+void frameFmNearest(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    if (!isReady(state)) return;
+    const std::int16_t* cycle = WaveView(state).cycle(levelOf(state.increment), state.frame);
+    std::uint32_t step = state.increment;
+    runModulated(
+        state, out, count, in, step, [] {}, [](std::uint32_t& phase, int, int) { phase = 0; },
+        [&](const FmSample& sample) { return nearestRead(cycle, sample.phase); });
+}
+
+void frameFmLinear(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    if (!isReady(state)) return;
+    const WaveView wave(state);
+    const std::int64_t increment = static_cast<std::int32_t>(state.increment);
+    std::uint32_t step = state.increment;
+    // The crossing falls between two input samples; the phase starts where a straight line puts it.
+    const auto restart = [increment](std::uint32_t& phase, int x, int last) {
+        phase = x == last ? 0 : static_cast<std::uint32_t>(increment + increment * last / (x - last)) & phaseMask;
+    };
+    runModulated(
+        state, out, count, in, step, [] {}, restart,
+        [&](const FmSample& sample) {
+            if (sample.wrapped) state.frame = state.framePending;
+            return modulatedRead([&](int level) { return wave.cycle(level, state.frame); }, sample.phase, sample.step);
+        });
+}
+
+}  // namespace vantoric::kernels

@@ -1,0 +1,65 @@
+// What a control tick derives for an oscillator, its tone stage, and the mix of three oscillators.
+#pragma once
+
+#include <cstdint>
+
+#include "sound/oscillator_state.h"
+
+namespace vantoric {
+
+// Below, d is a frequency in cycles per sample of the internal rate; control values are as the matrix left
+// them and may leave 0 to 1. Results that would pass 32 bits are held there; NaN reads as the lowest value.
+
+// The 24-bit phase increment: d x 16777216.
+std::uint32_t increment24(double d);
+
+// Coefficient of the tone stage: 268624 d up to d = 0.1, 26862 above.
+int toneCoefficient(double d);
+
+// Increment of the frame scan, growing with the square of Pw.
+std::uint32_t scanIncrement(double d, float pw);
+
+// Pw as a position in `frameCount` frames; frame is below frameCount, blend the 16-bit fraction towards the next.
+struct WavePosition {
+    std::int32_t frame;
+    std::uint16_t blend;
+};
+WavePosition wavePosition(int frameCount, float pw);
+// Hands the position to the state; on the first tick of a note (frame not yet set) the kernel starts on it.
+void setPosition(OscillatorState& state, float pw);
+
+// FM depth for Fm1 or Fm2, 0 to 131070, and the step per sample that reaches it in `tickSamples` (above 0).
+std::int32_t fmDepthTarget(float fm);
+std::int32_t fmDepthStep(std::int32_t target, std::int32_t present, int tickSamples);
+
+// Weights of the tone stage from Timbre: below the middle it crossfades to its low-pass, above it subtracts it.
+struct ToneGains {
+    std::int16_t wet, dry;
+
+    // Around the middle the stage is skipped.
+    bool isHeard() const { return wet >= 20 || wet <= -20; }
+};
+ToneGains toneGains(float timbre);
+
+// Runs the tone stage over `count` samples in place; toneState is its memory. Results wrap at 16 bits.
+void toneStage(std::int16_t* buffer, int count, std::int32_t& toneState, int coefficient, const ToneGains& gains);
+
+// Gains of an oscillator into the two filters from Vol and FiltMix, up to 32767; 0 and 0 if inactive.
+struct MixGains {
+    std::int32_t toFilter1 = 0, toFilter2 = 0;
+};
+MixGains mixGains(bool active, float vol, float filtMix);
+
+// Mixes three oscillator buffers of `count` samples into one lane of each filter's input: sample i of the
+// voice goes to f1[i * 16] and f2[i * 16]. Sums wrap at 32 bits, as a full mix may.
+void mixToLanes(const std::int16_t* b1, const std::int16_t* b2, const std::int16_t* b3, const MixGains (&gains)[oscillatorCount],
+                int count, float* f1, float* f2);
+
+// Whether FM or sync is heard on an oscillator (index 0 to 2), so that it takes its modulated kernel.
+// previousOn: `On` of the oscillator before; fmIsDestination: a matrix slot aims at this Fm.
+bool oscillatorModulated(int oscillatorIndex, float previousOn, float fm, float sync, bool fmIsDestination);
+
+// `synced` of oscillators 2 and 3: any value of Sync but 0.
+inline bool syncedBy(float sync) { return sync != 0.0f; }
+
+}  // namespace vantoric
