@@ -92,7 +92,8 @@ void analogFm(const KernelContext& context, std::int16_t* out, int count, Oscill
     runModulated(
         state, out, count, in, step, [] {}, turn,
         [&](const FmSample& sample) {
-            const auto v = static_cast<std::int16_t>(modulatedRead([&](int level) { return cycles[level]; }, sample.phase, sample.step));
+            const auto v =
+                static_cast<std::int16_t>(modulatedRead([&](int level) { return cycles[level]; }, sample.phase, sample.step));
             return signedSample(stage.step(v * 32768, v, random.unit()), polarity);
         });
     context.random.congruence = random;

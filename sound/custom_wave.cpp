@@ -19,7 +19,8 @@ bool CycleBandlimiter::run(const double* cycle, std::int16_t* const levels[mipLe
         std::copy(real_.begin() + 1, real_.begin() + limit, cutReal_.begin() + 1);
         std::copy(imaginary_.begin() + 1, imaginary_.begin() + limit, cutImaginary_.begin() + 1);
         fft_.inverse(cutReal_.data(), cutImaginary_.data(), signal_.data());
-        for (int i = 0; i < cycleSamples; ++i) levels[level][i] = static_cast<std::int16_t>(clampTo(signal_[i], -1.0, 1.0) * 32767);
+        for (int i = 0; i < cycleSamples; ++i)
+            levels[level][i] = static_cast<std::int16_t>(clampTo(signal_[i], -1.0, 1.0) * 32767);
     }
     return true;
 }

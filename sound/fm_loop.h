@@ -44,7 +44,8 @@ inline void runModulated(OscillatorState& state, std::int16_t* out, int count, c
         depth = static_cast<std::int32_t>(static_cast<std::uint32_t>(depth) + static_cast<std::uint32_t>(depthStep));
         const auto total = static_cast<std::int32_t>(phase) + offset;
         const auto effective = static_cast<std::uint32_t>(std::llabs(increment - lastOffset + offset) >> 13);
-        out[i] = static_cast<std::int16_t>(read(FmSample{static_cast<std::uint32_t>(total) & phaseMask, effective, total < lastTotal}));
+        out[i] = static_cast<std::int16_t>(
+            read(FmSample{static_cast<std::uint32_t>(total) & phaseMask, effective, total < lastTotal}));
         lastOffset = offset;
         lastTotal = total;
     }

@@ -14,8 +14,8 @@ namespace vantoric::kernels {
 
 namespace {
 
-constexpr int group = 8;                          // samples that are read at once where no wrap is near
-constexpr std::uint32_t lastPair = 2047u << 13;   // from here on the right neighbour is sample 0
+constexpr int group = 8;                         // samples that are read at once where no wrap is near
+constexpr std::uint32_t lastPair = 2047u << 13;  // from here on the right neighbour is sample 0
 
 bool isReady(const OscillatorState& state) { return state.table != nullptr && state.frame >= 0; }
 
@@ -35,8 +35,8 @@ __m128i linearWeights(__m128i phase) {
 }
 
 __m128i fourPairs(const std::int16_t* cycle, std::uint32_t phase, std::uint32_t increment) {
-    return _mm_setr_epi32(samplePair(cycle, phase), samplePair(cycle, phase + increment), samplePair(cycle, phase + 2 * increment),
-                          samplePair(cycle, phase + 3 * increment));
+    return _mm_setr_epi32(samplePair(cycle, phase), samplePair(cycle, phase + increment),
+                          samplePair(cycle, phase + 2 * increment), samplePair(cycle, phase + 3 * increment));
 }
 
 __m128i fourPhases(std::uint32_t phase, std::uint32_t increment) {
@@ -72,7 +72,9 @@ int blendRead(const std::int16_t* near, const std::int16_t* far, int blend, std:
 
 }  // namespace
 
-void silent(const KernelContext&, std::int16_t* out, int count, OscillatorState&, const std::int16_t*) { std::fill_n(out, count, 0); }
+void silent(const KernelContext&, std::int16_t* out, int count, OscillatorState&, const std::int16_t*) {
+    std::fill_n(out, count, 0);
+}
 
 void frameNearest(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
     if (state.table == nullptr || state.framePending < 0) return;

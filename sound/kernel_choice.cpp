@@ -8,14 +8,14 @@
 namespace vantoric {
 
 const std::array<Kernel, stackWaveEnd - stackWaveFirst> stackKernels = {
-    kernels::hypersaw3,    kernels::hypersaw5,   kernels::hypersaw7,  kernels::hypersaw9,     kernels::hypersquare9,
+    kernels::hypersaw3,   kernels::hypersaw5,  kernels::hypersaw7,     kernels::hypersaw9,  kernels::hypersquare9,
     kernels::hypernoise9, kernels::supersawJp, kernels::supersawClean, kernels::supernoise,
 };
 
 const std::array<Kernel, noiseKernelCount> noiseKernels = {
-    kernels::noiseWhite,     kernels::noiseLowpass, kernels::noiseBandpass, kernels::noiseRandom, kernels::noiseRandomRamp,
-    kernels::noiseDigital,   kernels::noiseBandlimit, kernels::noiseSynced, kernels::fractal1,    kernels::fractal2,
-    kernels::fractal3,       kernels::fractal4,     kernels::noisePink,     kernels::noise8Bit,
+    kernels::noiseWhite,   kernels::noiseLowpass,   kernels::noiseBandpass, kernels::noiseRandom, kernels::noiseRandomRamp,
+    kernels::noiseDigital, kernels::noiseBandlimit, kernels::noiseSynced,   kernels::fractal1,    kernels::fractal2,
+    kernels::fractal3,     kernels::fractal4,       kernels::noisePink,     kernels::noise8Bit,
 };
 
 namespace {
@@ -81,7 +81,9 @@ std::uint32_t phaseOf(double cycles) {
     return static_cast<std::uint32_t>(static_cast<std::int64_t>(scaled)) & phaseMask;
 }
 
-std::uint32_t randomPhase(LinearCongruence& random) { return static_cast<std::uint32_t>(random.next() * 0.003909091) & phaseMask; }
+std::uint32_t randomPhase(LinearCongruence& random) {
+    return static_cast<std::uint32_t>(random.next() * 0.003909091) & phaseMask;
+}
 
 void lineUpStack(OscillatorState& state, const LineUp& lineUp, double start, float pw) {
     const double width = clampUnit(pw);
@@ -115,11 +117,14 @@ void prepareAnalog(OscillatorState& state, int anaWave) {
 
 Kernel chooseKernel(const KernelChoice& choice, const SampleKernels& sample) {
     const int quality = std::clamp(choice.quality, 0, 2);
-    const auto from = [&](const PlainAndModulated(&table)[3]) { return choice.modulated ? table[quality].modulated : table[quality].plain; };
+    const auto from = [&](const PlainAndModulated(&table)[3]) {
+        return choice.modulated ? table[quality].modulated : table[quality].plain;
+    };
     switch (choice.synType) {
         case wavetableType: return from(wavetableKernels);
         case hypersawType: return hypersawKernel(choice, quality);
-        case noiseType: return choice.noiWave < noiseKernelCount ? noiseKernels[static_cast<std::size_t>(choice.noiWave)] : kernels::silent;
+        case noiseType:
+            return choice.noiWave < noiseKernelCount ? noiseKernels[static_cast<std::size_t>(choice.noiWave)] : kernels::silent;
         case sampleType: return sampleKernel(choice, quality, sample);
         case customWaveType: return from(customWaveKernels);
         case analogType: return analogKernel(choice);

@@ -14,7 +14,8 @@ namespace vantoric {
 // below half the sample rate up to level 7.
 inline constexpr std::array<std::uint8_t, cycleSamples> mipMap = [] {
     std::array<std::uint8_t, cycleSamples> map{};
-    for (unsigned step = 0; step < map.size(); ++step) map[step] = static_cast<std::uint8_t>(step >= 64 ? 7 : std::bit_width(step));
+    for (unsigned step = 0; step < map.size(); ++step)
+        map[step] = static_cast<std::uint8_t>(step >= 64 ? 7 : std::bit_width(step));
     return map;
 }();
 

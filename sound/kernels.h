@@ -15,16 +15,16 @@ enum SynthesisType : int { wavetableType, hypersawType, noiseType, sampleType, c
 enum QualityGrade : int { lowCpu, highQuality, crossblendPw };
 
 inline constexpr int noiseKernelCount = 14;
-inline constexpr int stackWaveFirst = 3;   // SSWave entries from here on have kernels of their own
+inline constexpr int stackWaveFirst = 3;  // SSWave entries from here on have kernels of their own
 inline constexpr int stackWaveEnd = 12;
-inline constexpr int pulseWidthRow = 7;    // of the analog rows: "Pulse PW"
+inline constexpr int pulseWidthRow = 7;  // of the analog rows: "Pulse PW"
 
 #define VANTORIC_KERNEL(name) \
     void name(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in)
 
 namespace kernels {
 
-VANTORIC_KERNEL(silent);          // zeros
+VANTORIC_KERNEL(silent);  // zeros
 
 // A wave's frames, chosen by Pw.
 VANTORIC_KERNEL(frameNearest);    // nearest sample, frame as pending at the call
@@ -36,13 +36,13 @@ VANTORIC_KERNEL(frameFmLinear);   // FM and exact sync, level per sample
 // A wave's frames, scanned.
 VANTORIC_KERNEL(scanNearest);
 VANTORIC_KERNEL(scanLinear);
-VANTORIC_KERNEL(scanDouble);      // two half steps a sample, for low internal rates
-VANTORIC_KERNEL(scanFmLinear);    // FM and plain sync
+VANTORIC_KERNEL(scanDouble);    // two half steps a sample, for low internal rates
+VANTORIC_KERNEL(scanFmLinear);  // FM and plain sync
 
 // Single cycles through a model of an analog output stage.
 VANTORIC_KERNEL(analogPlain);
-VANTORIC_KERNEL(analogFm);        // FM and reverse sync
-VANTORIC_KERNEL(analogPulse);     // pulse of variable width from two reads of the saw
+VANTORIC_KERNEL(analogFm);     // FM and reverse sync
+VANTORIC_KERNEL(analogPulse);  // pulse of variable width from two reads of the saw
 
 // Detuned stacks.
 VANTORIC_KERNEL(hypersaw3);
@@ -68,10 +68,10 @@ VANTORIC_KERNEL(noisePink);
 VANTORIC_KERNEL(noise8Bit);
 
 // Chaos.
-VANTORIC_KERNEL(fractal1);        // Lorenz
-VANTORIC_KERNEL(fractal2);        // Rossler
-VANTORIC_KERNEL(fractal3);        // Chua
-VANTORIC_KERNEL(fractal4);        // Henon
+VANTORIC_KERNEL(fractal1);  // Lorenz
+VANTORIC_KERNEL(fractal2);  // Rossler
+VANTORIC_KERNEL(fractal3);  // Chua
+VANTORIC_KERNEL(fractal4);  // Henon
 
 }  // namespace kernels
 

@@ -150,8 +150,10 @@ void noiseSynced(const KernelContext& context, std::int16_t* out, int count, Osc
     for (int i = 0; i < count; ++i) {
         if (advance(phase, step)) generator.state = pattern << 16;
         const float a = unsignedValue(generator.next());
-        if (advance(phase, step)) generator.state = pattern * 0x84350000u;
-        else generator.next();
+        if (advance(phase, step))
+            generator.state = pattern * 0x84350000u;
+        else
+            generator.next();
         const float b = unsignedValue(generator.state);
         out[i] = truncateToSample(a * scale - middle + b * scale - middle);
     }

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <limits>
 
-
 #include "base/numbers.h"
 
 namespace vantoric {
@@ -23,9 +22,7 @@ std::uint32_t product(std::int32_t a, std::int32_t b) { return static_cast<std::
 
 std::uint32_t increment24(double d) { return static_cast<std::uint32_t>(truncated32(d * 16777216.0)); }
 
-int toneCoefficient(double d) {
-    return truncateTo((std::fabs(d) - std::fabs(d - 0.1)) * 134312.0 + 13431.2, -32768, 32767);
-}
+int toneCoefficient(double d) { return truncateTo((std::fabs(d) - std::fabs(d - 0.1)) * 134312.0 + 13431.2, -32768, 32767); }
 
 std::uint32_t scanIncrement(double d, float pw) {
     const double p = pw;
@@ -62,6 +59,7 @@ ToneGains toneGains(float timbre) {
 }
 
 void toneStage(std::int16_t* buffer, int count, std::int32_t& toneState, int coefficient, const ToneGains& gains) {
+    if (!gains.isHeard()) return;
     std::int32_t s = toneState;
     const std::int64_t pole = coefficient;
     const std::int32_t wet = gains.wet, dry = gains.dry;
@@ -82,7 +80,8 @@ MixGains mixGains(bool active, float vol, float filtMix) {
 void mixToLanes(const std::int16_t* b1, const std::int16_t* b2, const std::int16_t* b3, const MixGains (&gains)[oscillatorCount],
                 int count, float* f1, float* f2) {
     const auto mixed = [&](int i, std::int32_t MixGains::*side) {
-        const std::uint32_t sum = product(b1[i], gains[0].*side) + product(b2[i], gains[1].*side) + product(b3[i], gains[2].*side);
+        const std::uint32_t sum =
+            product(b1[i], gains[0].*side) + product(b2[i], gains[1].*side) + product(b3[i], gains[2].*side);
         return static_cast<float>(static_cast<std::int32_t>(sum)) / mixScale;
     };
     for (int i = 0; i < count; ++i) {

@@ -41,7 +41,8 @@ struct ToneGains {
 };
 ToneGains toneGains(float timbre);
 
-// Runs the tone stage over `count` samples in place; toneState is its memory. Results wrap at 16 bits.
+// Runs the tone stage over `count` samples in place, unless its gains skip it; toneState is its memory.
+// Results wrap at 16 bits.
 void toneStage(std::int16_t* buffer, int count, std::int32_t& toneState, int coefficient, const ToneGains& gains);
 
 // Gains of an oscillator into the two filters from Vol and FiltMix, up to 32767; 0 and 0 if inactive.

@@ -15,9 +15,8 @@ struct PairedStack {
     double offset[4];
     double lowering;
 };
-constexpr PairedStack stackOf9 = {4,
-                                  {2.910383e-12, 5.820766e-12, 8.7311495e-12, 1.1641532e-11},
-                                  6.776264e-24 + 1.694066e-24 + 1.5246594e-23 + 2.7105056e-23};
+constexpr PairedStack stackOf9 = {
+    4, {2.910383e-12, 5.820766e-12, 8.7311495e-12, 1.1641532e-11}, 6.776264e-24 + 1.694066e-24 + 1.5246594e-23 + 2.7105056e-23};
 constexpr PairedStack pairedStacks[] = {
     {1, {1.1641532e-11}, 6.776264e-23},
     {2, {5.820766e-12, 1.1641532e-11}, 4.5175095e-23 + 1.1293774e-23},

@@ -40,7 +40,7 @@ enum BuiltInWave : int {
 // A row of the AnaWave list: one frame of one wave, its noise floor and its sign.
 struct AnalogRow {
     std::string_view label;
-    int wave;   // of the WTWave list
+    int wave;  // of the WTWave list
     int frame;
     int hiss;
     int polarity;  // +1 or -1

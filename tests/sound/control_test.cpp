@@ -1,0 +1,109 @@
+#include <limits>
+
+#include "kernel_fixture.h"
+#include "sound/analog_clip.h"
+#include "sound/oscillator_control.h"
+
+using namespace vantoric;
+
+TEST(ToneStage, TheMiddleOfTimbreIsSkipped) {
+    Samples buffer{1000, -2000, 30000};
+    std::int32_t state = 77;
+    for (const float timbre : {0.491f, 0.5f, 0.509f}) {
+        const ToneGains gains = toneGains(timbre);
+        EXPECT_FALSE(gains.isHeard());
+        toneStage(buffer.data(), 3, state, 10000, gains);
+    }
+    EXPECT_EQ(buffer, (Samples{1000, -2000, 30000}));
+    EXPECT_EQ(state, 77);
+    EXPECT_TRUE(toneGains(0.52f).isHeard());
+    EXPECT_TRUE(toneGains(0.48f).isHeard());
+}
+
+TEST(ToneStage, BelowTheMiddleItCrossfadesToItsLowpass) {
+    const ToneGains gains = toneGains(0.0f);
+    EXPECT_EQ(gains.wet, 1023);
+    EXPECT_EQ(gains.dry, 0);
+    Samples buffer(4000, 10000);
+    std::int32_t state = 0;
+    toneStage(buffer.data(), 4000, state, 500, gains);
+    EXPECT_LT(buffer[0], 1000);
+    EXPECT_NEAR(buffer.back(), 9990, 60);
+}
+
+TEST(ToneStage, TheCornerFollowsThePitchUpToATenthOfTheRate) {
+    EXPECT_EQ(toneCoefficient(0.01), 2686);
+    EXPECT_EQ(toneCoefficient(0.3), 26862);
+    EXPECT_EQ(toneCoefficient(0.0), 0);
+    EXPECT_EQ(toneCoefficient(1e300), 13431);
+}
+
+TEST(Control, NonsenseIsHeldWithinItsType) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(increment24(infinity), 0x7fffffffu);
+    EXPECT_EQ(scanIncrement(infinity, 1.0f), 0x7fffffffu);
+    EXPECT_EQ(fmDepthTarget(std::nanf("")), 0);
+    EXPECT_EQ(toneGains(std::nanf("")).wet, 1023);
+    const MixGains gains = mixGains(true, 1.0f, 1e30f);
+    EXPECT_EQ(gains.toFilter2, std::numeric_limits<std::int32_t>::max());
+}
+
+TEST(Control, FmDepthRunsToItsTargetWithinATick) {
+    const std::int32_t target = fmDepthTarget(0.5f);
+    EXPECT_EQ(target, 32767);
+    const std::int32_t step = fmDepthStep(target, 1000, 96);
+    EXPECT_NEAR(1000 + 96 * step, target, 96);
+    EXPECT_EQ(fmDepthTarget(2.0f), 131070);
+    EXPECT_EQ(fmDepthStep(0, 1000, 96), -10);
+}
+
+TEST(Control, TheFirstTickSetsTheFrameAndLaterOnesWait) {
+    OscillatorState state;
+    state.frameCount = 64;
+    setPosition(state, 0.5f);
+    EXPECT_EQ(state.frame, 31);
+    EXPECT_EQ(state.frame, state.framePending);
+    EXPECT_EQ(state.blend, state.blendPending);
+    setPosition(state, 1.0f);
+    EXPECT_EQ(state.frame, 31);
+    EXPECT_EQ(state.framePending, 63);
+}
+
+TEST(Mix, AnInactiveOscillatorHasNoGain) {
+    const MixGains gains = mixGains(false, 1.0f, 0.5f);
+    EXPECT_EQ(gains.toFilter1, 0);
+    EXPECT_EQ(gains.toFilter2, 0);
+}
+
+TEST(Mix, GoesIntoItsLanesOnly) {
+    const Samples a{1000, -32768}, b{2000, -32768}, c{-500, -32768};
+    const MixGains gains[3] = {{100, 32767}, {200, 32767}, {400, 32767}};
+    std::vector<float> f1(2 * voiceCount, 9.0f), f2(2 * voiceCount, 9.0f);
+    mixToLanes(a.data(), b.data(), c.data(), gains, 2, &f1[5], &f2[5]);
+    EXPECT_FLOAT_EQ(f1[5], 300000.0f / 2097152000.0f);
+    EXPECT_FLOAT_EQ(f2[5], 2500.0f * 32767.0f / 2097152000.0f);
+    // Three full-scale oscillators pass 32 bits and wrap.
+    const std::int64_t sum = 3ll * -32768 * 32767;
+    EXPECT_FLOAT_EQ(f2[5 + voiceCount], static_cast<float>(sum + (1ll << 32)) / 2097152000.0f);
+    for (int i = 0; i < 2 * voiceCount; ++i)
+        if (i % voiceCount != 5) {
+            EXPECT_EQ(f1[static_cast<std::size_t>(i)], 9.0f);
+        }
+}
+
+TEST(AnalogClip, SaturatesAtOneHalfOnceItPassesOneQuarter) {
+    EXPECT_EQ(analogSoftClip(0.25f), 0.5f);
+    EXPECT_EQ(analogSoftClip(7.0f), 0.5f);
+    EXPECT_EQ(analogSoftClip(-7.0f), -0.5f);
+    EXPECT_FLOAT_EQ(analogSoftClip(0.05f), 0.15f);
+}
+
+TEST(AnalogClip, LanesGetTheBitsOfTheScalarForm) {
+    using Vector = Lanes<float, 8>;
+    for (int k = 0; k < 100; ++k) {
+        float x[8];
+        for (int lane = 0; lane < 8; ++lane) x[lane] = 0.007f * static_cast<float>(k - 50) + 0.03f * static_cast<float>(lane - 4);
+        const Vector y = analogSoftClip(Vector(x, stdx::element_aligned));
+        for (int lane = 0; lane < 8; ++lane) EXPECT_EQ(y[lane], analogSoftClip(x[lane]));
+    }
+}
