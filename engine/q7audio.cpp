@@ -26,7 +26,6 @@ constexpr char effectName[] = "Vantoric";
 constexpr char vendor[] = "vantoric.example";
 constexpr std::int32_t vendorVersion = 3300;
 constexpr std::int32_t uniqueId = ('Q' << 24) | ('7' << 16) | ('D' << 8) | 'I';
-constexpr int trancegateType = 17;  // not to be had in the master slot
 
 constexpr float smoothTake = 0.02f, smoothKeep = 0.98f;
 
@@ -217,8 +216,7 @@ void Q7Audio::runMasterChain(float* left, float* right, int count) {
     equalizer_.setHighGain(parameters_.getParameter(par::EqHigh));
     equalizer_.process(left, right, count);
 
-    const int type = parameters_.getListIndex(par::FxMaType);
-    master_.setType(type == trancegateType ? 0 : type);
+    master_.setType(masterTypeFromValue(parameters_.getParameter(par::FxMaType)));
     for (int k = 0; k < 5; ++k) master_.setParameter(k, parameters_.getParameter(par::FxMaMix + k));
     master_.setSampleRate(state_.internalRate);
     master_.setTempo(static_cast<float>(state_.tempoBpm), state_.songPosition);

@@ -43,7 +43,11 @@ Layer::Layer(int index, const EngineState& engine, RandomSources& random, const 
     : index_(index), engine_(engine), random_(random), waves_(waves), sleep_(sleep), bank_(std::make_unique<VoiceBank>(random)) {
     for (auto& insert : inserts_) insert = std::make_unique<Multieffect>(random);
     for (auto& wave : customWaves_) wave = std::make_unique<CustomWave>();
-    for (int i = 0; i < voiceCount; ++i) voices_[i] = std::make_unique<Voice>(*this, i);
+    for (int i = 0; i < voiceCount; ++i) {
+        voices_[i] = std::make_unique<Voice>(*this, i);
+        Voice& voice = *voices_[i];
+        tuned_[i] = {&voice.note, &voice.envelopes[volumeEnvelope], &voice.tuneOffset, &voice.tuneFactor};
+    }
 }
 
 // ---- what a layer is told -----------------------------------------------------------------------------------
@@ -53,11 +57,11 @@ bool Layer::passes(int note, int velocity) const {
 }
 
 void Layer::noteOn(int note, int velocity) {
-    if (passes(note, velocity)) arpeggiator_.noteOn(note, velocity, block_.data(), engine_, *this);
+    if (passes(note, velocity)) arpeggiator_.noteOn(note, velocity, block_.data(), *this);
 }
 
 void Layer::noteOff(int note) {
-    if (keyPasses(listAt(par::Split), note)) arpeggiator_.noteOff(note, block_.data(), engine_, *this);
+    if (keyPasses(listAt(par::Split), note)) arpeggiator_.noteOff(note, block_.data(), *this);
 }
 
 void Layer::releaseAllEnvelopes() {
@@ -261,14 +265,7 @@ void Layer::feedInserts() {
     finish(second);
 }
 
-void Layer::retune() {
-    std::array<TunedVoice, voiceCount> tuned;
-    for (int i = 0; i < voiceCount; ++i) {
-        Voice& v = *voices_[i];
-        tuned[i] = {&v.note, v.state(), v.envelopes[volumeEnvelope].phase, &v.tuneOffset, &v.tuneFactor};
-    }
-    retuner_.retune(tuned, engine_.microtuning, oneVoiceMode());
-}
+void Layer::retune() { retuner_.retune(tuned_, engine_.microtuning, oneVoiceMode()); }
 
 // ---- audio --------------------------------------------------------------------------------------------------
 

@@ -120,6 +120,7 @@ private:
     MatrixSlots matrix_;
     Arpeggiator arpeggiator_;
     Retuner retuner_;
+    std::array<TunedVoice, voiceCount> tuned_;
     std::unique_ptr<VoiceBank> bank_;
     std::array<std::unique_ptr<Multieffect>, 2> inserts_;
     std::array<std::unique_ptr<Voice>, voiceCount> voices_;

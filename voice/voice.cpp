@@ -47,7 +47,8 @@ void Voice::noteOn(int newNote, int newVelocity) {
     randomValue = layer_.random().congruence.unit();
     layer_.bank().output.clearLevels(index_);
     firstTick_ = true;
-    impulse = decayA = decayB = decayC = decayD = 1.0f;
+    impulse = 1.0f;
+    decays.restart();
     voiceNumber = static_cast<float>(layer_.activeVoiceCount()) / static_cast<float>(layer_.limit());
     for (int i = 0; i < lfoCount; ++i) startLfo(i);
     startStepLfo();
@@ -95,11 +96,11 @@ void Voice::startLfo(int which) {
 void Voice::startStepLfo() {
     const EngineState& engine = layer_.engine();
     const int oldest = layer_.oldestActiveVoice();
-    stepLfo.copySteps(&mod[par::Step1]);
+    std::copy_n(&mod[par::Step1], stepLfo.steps.size(), stepLfo.steps.begin());
     stepLfo.noteOn(listAt(par::StepMode),
                    {.shape = listAt(par::StepShap),
                     .speed = mod[par::StepSped],
-                    .steps = mod[par::Steps],
+                    .stepCount = mod[par::Steps],
                     .tempo = engine.tempoBpm,
                     .songPosition = engine.songPosition,
                     .tickRate = engine.ticksPerSecond},
@@ -182,7 +183,8 @@ void Voice::noteOff() {
 
 void Voice::retrigger() {
     for (Envelope& envelope : envelopes) envelope.retrigger();
-    impulse = decayA = decayB = decayC = decayD = 1.0f;
+    impulse = 1.0f;
+    decays.restart();
     for (int i = 0; i < lfoCount; ++i) lfos[i].retrigger(listAt(par::LfoMode1 + i), lfoStart(i));
     constexpr int single = 0;
     for (int i = 0; i < oscillatorCount; ++i)
@@ -238,10 +240,7 @@ void Voice::tick() {
     stepModulators();
     evaluateMatrix();
     impulse = 0.0f;
-    decayA *= 0.99980015f;
-    decayB *= 0.99920034f;
-    decayC *= 0.9872804f;
-    decayD *= 0.9026593f;
+    decays.step();
     tickOscillators();
     tickFilters();
     tickOutput();
@@ -257,7 +256,7 @@ void Voice::stepModulators() {
         lfos[i].setSpeed(mod[par::LfoSpd1 + i]);
         lfos[i].step();
     }
-    stepLfo.copySteps(&layer_.block()[par::Step1]);
+    std::copy_n(&layer_.block()[par::Step1], stepLfo.steps.size(), stepLfo.steps.begin());
     stepLfo.shape = layer_.listAt(par::StepShap);
     stepLfo.advance();
 }
@@ -327,7 +326,19 @@ void Voice::tickOutput() {
 }
 
 void Voice::evaluateMatrix() {
-    MatrixInputs inputs = matrixInputs();
+    auto stepValue = [this] { return stepLfo.value(layer_.random().congruence); };
+    const MatrixInputs inputs{.lfo = {lfos[0].output, lfos[1].output, lfos[2].output},
+                              .stepLfo = stepValue,
+                              .envelopes = envelopes,
+                              .decays = decays,
+                              .impulse = impulse,
+                              .randomValue = randomValue,
+                              .flipFlop = flipFlop,
+                              .note = note,
+                              .velocity = velocity,
+                              .voiceNumber = voiceNumber,
+                              .limit = layer_.limit(),
+                              .random = layer_.random()};
     runMatrix(layer_.matrix(), layer_.modBase().data(), inputs, mod.data());
 }
 

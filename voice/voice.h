@@ -75,7 +75,7 @@ public:
 
     // Matrix sources of their own.
     float impulse = 0.0f;
-    float decayA = 0.0f, decayB = 0.0f, decayC = 0.0f, decayD = 0.0f;
+    DecayGenerators decays;
     float flipFlop = 1.0f;
     float randomValue = 0.0f;
     float voiceNumber = 0.0f;
