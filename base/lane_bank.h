@@ -29,6 +29,14 @@ constexpr LaneSpan spanOf(LaneMask mask) {
     return {first, last - first + laneGroup};
 }
 
+// The lanes of `mask` from lane `first` on, as a mask of the vector type.
+template <class Vector>
+inline typename Vector::mask_type maskOf(LaneMask mask, int first) {
+    bool wanted[Vector::size()];
+    for (std::size_t lane = 0; lane < Vector::size(); ++lane) wanted[lane] = ((mask >> (first + static_cast<int>(lane))) & 1) != 0;
+    return typename Vector::mask_type(wanted, stdx::element_aligned);
+}
+
 // Calls function(std::integral_constant<int, width>) for the width of a span, 4 to 16.
 template <class Function>
 inline void withLaneWidth(int width, Function&& function) {
@@ -83,8 +91,7 @@ public:
     void store(int first, const Topology<Lanes<Scalar, N>>& topology, LaneMask mask) {
         using Vector = Lanes<Scalar, N>;
         const auto* bytes = reinterpret_cast<const unsigned char*>(&topology);
-        typename Vector::mask_type wanted;
-        for (int lane = 0; lane < N; ++lane) wanted[lane] = ((mask >> (first + lane)) & 1) != 0;
+        const auto wanted = maskOf<Vector>(mask, first);
         for (int k = 0; k < fieldCount; ++k) {
             Vector value;
             std::memcpy(static_cast<void*>(&value), bytes + k * sizeof(Vector), sizeof value);

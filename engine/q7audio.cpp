@@ -333,8 +333,8 @@ std::int32_t Q7Audio::setChunk(void* data, std::int32_t size, bool) {
 
 bool Q7Audio::getOutputProperties(std::int32_t index, VstPinProperties* properties) {
     if (index < 0 || index > 1) return false;
-    std::snprintf(properties->label, sizeof properties->label, "Vantoric Out %1d", index + 1);
-    std::snprintf(properties->shortLabel, sizeof properties->shortLabel, "%s", effectName);
+    copyText(properties->label, index == 0 ? "Vantoric Out 1" : "Vantoric Out 2", sizeof properties->label - 1);
+    copyText(properties->shortLabel, effectName, sizeof properties->shortLabel - 1);
     properties->flags = pinIsActive | pinIsStereo;
     return true;
 }

@@ -87,8 +87,7 @@ OutputTargets OutputStage::gains(int voice) const {
 
 template <bool withBass, bool withTransient>
 void OutputStage::renderGroup(const float* f1, const float* f2, int count, LaneMask mask, int first) {
-    Quad::mask_type active;
-    for (int lane = 0; lane < laneGroup; ++lane) active[lane] = ((mask >> (first + lane)) & 1) != 0;
+    const auto active = maskOf<Quad>(mask, first);
     const Quad zero(0.0);
     std::array<Quad, gainCount> gain, step;
     for (int k = 0; k < gainCount; ++k) {

@@ -22,30 +22,6 @@ double pick(const double (&table)[count], double value, double scale) {
 
 }  // namespace
 
-KeyIncrements makeKeyIncrements(double internalRate) {
-    KeyIncrements table;
-    double ratio = 1.0;
-    for (float& increment : table) {
-        increment = static_cast<float>(523.2511306 * ratio * 0.0078125 / internalRate);
-        ratio *= 1.059463094359;
-    }
-    return table;
-}
-
-double pitchWheelPosition(int lsb, int msb) {
-    const double w = lsb * 6.1035156e-5 + msb * 0.0078125;
-    if (w > 0.99) return 1.0;
-    if (w < 0.01) return 0.0;
-    if (w > 0.49 && w < 0.51) return 0.5;
-    return w;
-}
-
-double pitchBendFactor(double position, int wheelIndex) {
-    static constexpr double semitones[] = {0, 1, 2, 3, 4, 7, 12, 24};
-    const double range = wheelIndex >= 0 && wheelIndex < 8 ? semitones[wheelIndex] : 0.0;
-    return expOrOne(range * (0.1155245 * position - 0.05776225));
-}
-
 double keyTargetOfMove(const KeyIncrements& keyIncrement, int note, float keyFollow) {
     return static_cast<double>(keyIncrement[fixedKey(keyFollow) ? middleKey : note & 0xff]);
 }

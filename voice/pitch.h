@@ -9,15 +9,8 @@
 
 namespace vantoric {
 
+// Cycles per sample of each key at octave 0, as the engine keeps them.
 using KeyIncrements = std::array<float, 256>;
-
-// Equal temperament: cycles per sample of each key at octave 0, where key 60 is 130.81 Hz. internalRate: Hz, above 0.
-KeyIncrements makeKeyIncrements(double internalRate);
-
-// Frequency factor of the pitch wheel. lsb and msb: 0 to 127. wheelIndex: list index of `PitchWhl`, rows beyond
-// its eight bend by nothing. pitchWheelPosition is the wheel from 0 to 1 with its dead zones at the ends and the centre.
-double pitchWheelPosition(int lsb, int msb);
-double pitchBendFactor(double position, int wheelIndex);
 
 // Glide target of an oscillator at a voice's note-on. note: 0 to 127; keyFollow: its `KeyFol`. Around the
 // middle of the knob the pitch is that of key 60; below 0.98 the key is tracked in part, reversed at 0.

@@ -16,8 +16,7 @@ void onLanes(float* buffer, int count, LaneMask mask, Function&& function) {
     using Quad = Lanes<float, laneGroup>;
     for (int first = 0; first < voiceCount; first += laneGroup) {
         if (((mask >> first) & 15) == 0) continue;
-        Quad::mask_type wanted;
-        for (int lane = 0; lane < laneGroup; ++lane) wanted[lane] = ((mask >> (first + lane)) & 1) != 0;
+        const auto wanted = maskOf<Quad>(mask, first);
         for (int i = 0; i < count; ++i) {
             float* at = buffer + i * voiceCount + first;
             const Quad x(at, stdx::element_aligned);

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "bindings/modulation_law.h"
+#include "engine/rates.h"
 #include "golden_runner/golden.h"
 #include "voice/pitch.h"
 
@@ -10,8 +11,9 @@ using golden::json;
 using namespace vantoric;
 
 KeyIncrements keysFor(const json& hostRate) {
-    const double rate = hostRate.get<double>();
-    return makeKeyIncrements(rate > 48000.0 ? rate : 2.0 * rate);
+    EngineState state;
+    setRates(state, golden::asFloat(hostRate));
+    return state.keyIncrement;
 }
 
 json keyTargets(const golden::Case& c) {
