@@ -42,7 +42,7 @@ inline void runModulated(OscillatorState& state, std::int16_t* out, int count, c
         }
         const auto offset = static_cast<std::int32_t>((static_cast<std::int64_t>(x) * depth) >> 4);
         depth = static_cast<std::int32_t>(static_cast<std::uint32_t>(depth) + static_cast<std::uint32_t>(depthStep));
-        const auto total = static_cast<std::int32_t>(phase) + offset;
+        const auto total = static_cast<std::int32_t>(phase + static_cast<std::uint32_t>(offset));
         const auto effective = static_cast<std::uint32_t>(std::llabs(increment - lastOffset + offset) >> 13);
         out[i] = static_cast<std::int16_t>(
             read(FmSample{static_cast<std::uint32_t>(total) & phaseMask, effective, total < lastTotal}));

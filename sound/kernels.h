@@ -19,63 +19,58 @@ inline constexpr int stackWaveFirst = 3;  // SSWave entries from here on have ke
 inline constexpr int stackWaveEnd = 12;
 inline constexpr int pulseWidthRow = 7;  // of the analog rows: "Pulse PW"
 
-#define VANTORIC_KERNEL(name) \
-    void name(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in)
-
 namespace kernels {
 
-VANTORIC_KERNEL(silent);  // zeros
+KernelFunction silent;  // zeros
 
 // A wave's frames, chosen by Pw.
-VANTORIC_KERNEL(frameNearest);    // nearest sample, frame as pending at the call
-VANTORIC_KERNEL(frameLinear);     // linear, frame latched at a wrap
-VANTORIC_KERNEL(frameBlend);      // linear, crossfade to the next frame
-VANTORIC_KERNEL(frameFmNearest);  // FM and plain sync, fixed frame and level
-VANTORIC_KERNEL(frameFmLinear);   // FM and exact sync, level per sample
+KernelFunction frameNearest;    // nearest sample, frame as pending at the call
+KernelFunction frameLinear;     // linear, frame latched at a wrap
+KernelFunction frameBlend;      // linear, crossfade to the next frame
+KernelFunction frameFmNearest;  // FM and plain sync, fixed frame and level
+KernelFunction frameFmLinear;   // FM and exact sync, level per sample
 
 // A wave's frames, scanned.
-VANTORIC_KERNEL(scanNearest);
-VANTORIC_KERNEL(scanLinear);
-VANTORIC_KERNEL(scanDouble);    // two half steps a sample, for low internal rates
-VANTORIC_KERNEL(scanFmLinear);  // FM and plain sync
+KernelFunction scanNearest;
+KernelFunction scanLinear;
+KernelFunction scanDouble;    // two half steps a sample, for low internal rates
+KernelFunction scanFmLinear;  // FM and plain sync
 
 // Single cycles through a model of an analog output stage.
-VANTORIC_KERNEL(analogPlain);
-VANTORIC_KERNEL(analogFm);     // FM and reverse sync
-VANTORIC_KERNEL(analogPulse);  // pulse of variable width from two reads of the saw
+KernelFunction analogPlain;
+KernelFunction analogFm;     // FM and reverse sync
+KernelFunction analogPulse;  // pulse of variable width from two reads of the saw
 
 // Detuned stacks.
-VANTORIC_KERNEL(hypersaw3);
-VANTORIC_KERNEL(hypersaw5);
-VANTORIC_KERNEL(hypersaw7);
-VANTORIC_KERNEL(hypersaw9);
-VANTORIC_KERNEL(hypersquare9);
-VANTORIC_KERNEL(hypernoise9);
-VANTORIC_KERNEL(supersawJp);
-VANTORIC_KERNEL(supersawClean);
-VANTORIC_KERNEL(supernoise);
+KernelFunction hypersaw3;
+KernelFunction hypersaw5;
+KernelFunction hypersaw7;
+KernelFunction hypersaw9;
+KernelFunction hypersquare9;
+KernelFunction hypernoise9;
+KernelFunction supersawJp;
+KernelFunction supersawClean;
+KernelFunction supernoise;
 
 // Noise.
-VANTORIC_KERNEL(noiseWhite);
-VANTORIC_KERNEL(noiseLowpass);
-VANTORIC_KERNEL(noiseBandpass);
-VANTORIC_KERNEL(noiseRandom);
-VANTORIC_KERNEL(noiseRandomRamp);
-VANTORIC_KERNEL(noiseDigital);
-VANTORIC_KERNEL(noiseBandlimit);
-VANTORIC_KERNEL(noiseSynced);
-VANTORIC_KERNEL(noisePink);
-VANTORIC_KERNEL(noise8Bit);
+KernelFunction noiseWhite;
+KernelFunction noiseLowpass;
+KernelFunction noiseBandpass;
+KernelFunction noiseRandom;
+KernelFunction noiseRandomRamp;
+KernelFunction noiseDigital;
+KernelFunction noiseBandlimit;
+KernelFunction noiseSynced;
+KernelFunction noisePink;
+KernelFunction noise8Bit;
 
 // Chaos.
-VANTORIC_KERNEL(fractal1);  // Lorenz
-VANTORIC_KERNEL(fractal2);  // Rossler
-VANTORIC_KERNEL(fractal3);  // Chua
-VANTORIC_KERNEL(fractal4);  // Henon
+KernelFunction fractal1;  // Lorenz
+KernelFunction fractal2;  // Rossler
+KernelFunction fractal3;  // Chua
+KernelFunction fractal4;  // Henon
 
 }  // namespace kernels
-
-#undef VANTORIC_KERNEL
 
 // The kernels of SSWave 3 to 11 and of NoiWave 0 to 13.
 extern const std::array<Kernel, stackWaveEnd - stackWaveFirst> stackKernels;

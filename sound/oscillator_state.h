@@ -61,7 +61,8 @@ struct KernelContext {
 // Fills `out` with `count` (1 to 256) samples. `in` is the buffer of the previous oscillator, as long as
 // `out`; kernels without FM and sync ignore it. Audio thread only; allocates nothing, cannot fail: without
 // a wave it leaves `out` as it stands.
-using Kernel = void (*)(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state,
-                        const std::int16_t* in);
+using KernelFunction = void(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state,
+                            const std::int16_t* in);
+using Kernel = KernelFunction*;
 
 }  // namespace vantoric

@@ -71,23 +71,23 @@ inline std::string nameOf(Kernel kernel) {
 }
 
 // A test table, level-major.
-inline std::vector<std::int16_t> makeTable(const json& spec) {
+inline std::vector<std::int16_t> makeTable(const json& recipe) {
     using namespace vantoric;
-    const int frames = spec.at("frames");
-    const std::string kind = spec.at("kind");
+    const int frames = recipe.at("frames");
+    const std::string kind = recipe.at("kind");
     std::vector<std::int16_t> table(static_cast<std::size_t>(frames) * mipLevels * cycleSamples);
-    LinearCongruence congruence{kind == "congruence" ? spec.at("seed").get<std::uint32_t>() : 0};
+    LinearCongruence congruence{kind == "congruence" ? recipe.at("seed").get<std::uint32_t>() : 0};
     std::size_t at = 0;
     for (int level = 0; level < mipLevels; ++level)
         for (int frame = 0; frame < frames; ++frame)
             for (int i = 0; i < cycleSamples; ++i) {
                 int value = 0;
                 if (kind == "congruence")
-                    value = static_cast<std::int16_t>(congruence.next() >> 16) & spec.at("mask").get<int>();
+                    value = static_cast<std::int16_t>(congruence.next() >> 16) & recipe.at("mask").get<int>();
                 else if (kind == "saw")
                     value = ((2 * i - 2047) * (15 - level) * (128 - (frame & 63))) >> 7;
                 else if (kind == "constant")
-                    value = spec.contains("value") ? spec.at("value").get<int>() : spec.at("k").get<int>();
+                    value = recipe.contains("value") ? recipe.at("value").get<int>() : recipe.at("k").get<int>();
                 else if (kind == "parabola") {
                     const int j = i & 1023;
                     const int h = (j * (1024 - j)) >> 3;
@@ -105,8 +105,8 @@ inline int waveIndex(const std::string& stem) {
     throw std::runtime_error("no wave " + stem);
 }
 
-inline void fillStore(WaveStore& store, const json& spec) {
-    for (const auto& [stem, table] : spec.items()) {
+inline void fillStore(WaveStore& store, const json& recipe) {
+    for (const auto& [stem, table] : recipe.items()) {
         const auto samples = makeTable(table);
         store.setWave(waveIndex(stem), false, samples.data(), table.at("frames"));
     }

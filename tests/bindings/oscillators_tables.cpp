@@ -254,19 +254,19 @@ Outcome startPhases(const Case& c) {
     return compare(c.expected, got, c.tolerance);
 }
 
-int waveSample(const json& spec, LinearCongruence& random, int i) {
-    const std::string kind = spec.at("kind");
-    if (kind == "saw") return (2 * i - 2047) * spec.at("k").get<int>();
-    if (kind == "constant") return spec.at("k");
-    if (kind == "square") return i < 1024 ? spec.at("k").get<int>() : -spec.at("k").get<int>();
-    if (kind == "noise") return static_cast<std::int32_t>(random.next()) >> spec.at("shift").get<int>();
+int waveSample(const json& recipe, LinearCongruence& random, int i) {
+    const std::string kind = recipe.at("kind");
+    if (kind == "saw") return (2 * i - 2047) * recipe.at("k").get<int>();
+    if (kind == "constant") return recipe.at("k");
+    if (kind == "square") return i < 1024 ? recipe.at("k").get<int>() : -recipe.at("k").get<int>();
+    if (kind == "noise") return static_cast<std::int32_t>(random.next()) >> recipe.at("shift").get<int>();
     throw std::runtime_error("no wave kind " + kind);
 }
 
-std::unique_ptr<CustomWave> firstCycle(const json& spec) {
+std::unique_ptr<CustomWave> firstCycle(const json& recipe) {
     auto wave = std::make_unique<CustomWave>();
-    LinearCongruence random{spec.value("seed", 0u)};
-    for (int i = 0; i < cycleSamples; ++i) wave->frame(0, 0)[i] = static_cast<std::int16_t>(waveSample(spec, random, i));
+    LinearCongruence random{recipe.value("seed", 0u)};
+    for (int i = 0; i < cycleSamples; ++i) wave->frame(0, 0)[i] = static_cast<std::int16_t>(waveSample(recipe, random, i));
     return wave;
 }
 

@@ -1,10 +1,12 @@
 #include "sound/wave_store.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <fstream>
 #include <string>
+#include <thread>
 
 #include "base/random.h"
 #include "sound/kernel_reads.h"
@@ -183,3 +185,39 @@ TEST_F(Banks, ClearingEmptiesEveryEntryAndRow) {
     EXPECT_EQ(store.wave(vaTriangleSaw), nullptr);
     EXPECT_EQ(store.rowCycle(0, 0), nullptr);
 }
+
+TEST_F(Banks, AWaveIsWholeAsSoonAsItIsSeen) {
+    std::thread loader([&] {
+        for (int frames = 1; frames <= 40; ++frames) {
+            const std::vector<std::int16_t> samples(cycleOffset(frames, 0, mipLevels), static_cast<std::int16_t>(frames));
+            store.setWave(vaTriangleSaw, false, samples.data(), frames);
+            store.buildWaveRows();
+        }
+    });
+    for (int seen = 0; seen < 40;) {
+        const BankWave* wave = store.wave(vaTriangleSaw);
+        if (wave == nullptr) continue;
+        EXPECT_GE(wave->frames, seen);
+        seen = wave->frames;
+        EXPECT_EQ(wave->samples[cycleOffset(seen, 0, mipLevels) - 1], seen);
+    }
+    loader.join();
+    EXPECT_EQ(store.rowCycle(0, 7)[2047], 40);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(Banks, AWaveThatDoesNotFitIntoMemoryIsReported) {
+    Bytes header = bankOf(1);
+    header.resize(44);
+    put32(header, 40, 0xffff8000u);
+    fs::resize_file(write("VA_Triangle_Saw.va", header), 0xffff8000ull + 44);  // almost all of it a hole
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    const rlimit tight{std::min<rlim_t>(before.rlim_max, 2u << 30), before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &tight), 0);
+    const Flag stop;
+    EXPECT_EQ(store.loadBanks(folder, stop), WaveLoad::outOfMemory);
+    setrlimit(RLIMIT_AS, &before);
+    EXPECT_EQ(store.wave(vaTriangleSaw), nullptr);
+}
+#endif
