@@ -1,0 +1,186 @@
+// vantoric-render SONG.mid [OUT.wav]: plays a song into a VST 2.4 instrument and writes what comes out.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "apps/render/patch_file.h"
+#include "apps/render/render.h"
+#include "apps/render/report.h"
+#include "apps/render/settings.h"
+#include "apps/render/settle.h"
+#include "apps/render/wave_output.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace vantoric;
+using namespace vantoric::render;
+
+enum Exit { done = 0, renderTrouble = 1, wrongUse = 2, fileTrouble = 3 };
+
+struct Options {
+    std::string song, output, plugin, patch, block = "512", format = "16";
+    std::vector<std::string> settings;
+    RenderSettings render;
+    int rate = 44100;
+    double gainDecibels = 0.0, settle = 20.0;
+    bool listParameters = false, failOnSilence = false, quiet = false;
+};
+
+int complain(Exit code, const std::string& what, const std::string& why) {
+    std::fprintf(stderr, "vantoric-render: %s: %s\n", what.c_str(), why.c_str());
+    return code;
+}
+
+void describe(CLI::App& app, Options& options) {
+    app.add_option("SONG", options.song, "Standard MIDI File to play");
+    app.add_option("OUT", options.output, "WAV file to write (default: the song's name with .wav, in the current folder)");
+    app.add_option("--plugin", options.plugin, "plug-in module (default: Vantoric.so beside this program or in ../Vantoric)");
+    app.add_option("--patch", options.patch, "patch file (.fxp) to load");
+    app.add_option("--set", options.settings,
+                   "set a parameter: [LAYER:]NAME=VALUE, value 0..1, #row of a list or what its display shows")
+        ->allow_extra_args(false)
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_flag("--list-parameters", options.listParameters, "print index, name, display and label of every parameter");
+    app.add_option("--rate", options.rate, "sample rate in Hz")->check(CLI::Range(8000, 192000))->capture_default_str();
+    app.add_option("--block", options.block, "frames a block, 1 to 32768, or \"random\"")->capture_default_str();
+    app.add_option("--format", options.format, "samples of the WAV file")
+        ->check(CLI::IsMember({"16", "24", "32f"}))
+        ->capture_default_str();
+    app.add_option("--gain", options.gainDecibels, "gain in dB")->check(CLI::Range(-120.0, 60.0));
+    app.add_option("--start", options.render.start, "begin at this second of the song")->check(CLI::Range(0.0, 1e6));
+    app.add_option("--end", options.render.end, "let go of all notes at this second of the song")->check(CLI::Range(0.0, 1e6));
+    app.add_option("--tail", options.render.tail,
+                   "seconds to render after the last note (default: until it is silent, at most 10)")
+        ->check(CLI::Range(0.0, 600.0));
+    app.add_option("--settle", options.settle, "seconds to wait at most until the plug-in has loaded its data")
+        ->check(CLI::Range(0.0, 600.0))
+        ->capture_default_str();
+    app.add_flag("--fail-on-silence", options.failOnSilence, "fail if nothing louder than -80 dB comes out");
+    app.add_flag("--quiet", options.quiet, "print nothing but problems");
+}
+
+// What the option parser cannot test by itself. Empty if all is well.
+std::string completeOptions(Options& options) {
+    if (options.block == "random") {
+        options.render.randomBlocks = true;
+        options.render.block = 4096;
+    } else {
+        char* end = nullptr;
+        const long frames = std::strtol(options.block.c_str(), &end, 10);
+        if (options.block.empty() || *end || frames < 1 || frames > 32768) return "--block: should be 1 to 32768 or \"random\"";
+        options.render.block = static_cast<int>(frames);
+    }
+    if (options.song.empty() && !options.listParameters) return "which song? Give a MIDI file, or --help";
+    if (options.render.end <= options.render.start) return "--end: should be after --start";
+    if (options.output.empty()) options.output = fs::path(options.song).stem().string() + ".wav";
+    options.render.rate = options.rate;
+    options.render.gain = std::pow(10.0, options.gainDecibels / 20.0);
+    return "";
+}
+
+std::string defaultPlugin() {
+    std::error_code ignored;
+    const fs::path here = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+    for (const fs::path& folder : {here, here / "../Vantoric"})
+        if (fs::exists(folder / "Vantoric.so", ignored)) return (folder / "Vantoric.so").lexically_normal();
+    return here / "Vantoric.so";
+}
+
+void listParameters(PluginHost& plugin) {
+    for (int i = 0; i < plugin.parameters(); ++i)
+        std::printf("%5d  %-10s %-12s %s\n", i, plugin.parameterName(i).c_str(), plugin.parameterDisplay(i).c_str(),
+                    plugin.parameterLabel(i).c_str());
+}
+
+// Loads patch and settings. Returns an exit code, `done` if all went well.
+int dress(PluginHost& plugin, const Options& options) {
+    std::string problem;
+    if (!options.patch.empty()) {
+        std::vector<std::uint8_t> chunk;
+        if (!loadPatch(options.patch, chunk, problem)) return complain(fileTrouble, options.patch, problem);
+        // A plug-in that is still loading its data may overwrite a chunk that comes too early.
+        waitUntilSettled(options.settle);
+        if (!plugin.setChunk(chunk)) return complain(renderTrouble, options.patch, "the plug-in takes no chunks");
+    }
+    for (const std::string& setting : options.settings)
+        if (!applySetting(plugin, setting, problem)) return complain(wrongUse, "--set " + setting, problem);
+    return done;
+}
+
+void report(const Options& options, const Song& song, const RenderResult& result, const Meter& meter) {
+    const double seconds = static_cast<double>(result.frames) / options.render.rate;
+    std::printf("%s\n", options.output.c_str());
+    std::printf("  length    %s at %d Hz (%d notes)\n", clockText(seconds).c_str(), options.rate, song.notes());
+    std::printf("  peak      %s\n", levelText(meter.peakDecibels(), "dBFS").c_str());
+    std::printf("  loudness  %s\n", levelText(meter.loudness(), "LUFS").c_str());
+    std::printf("  speed     %.1f times real time\n", seconds / std::max(1e-9, result.seconds));
+}
+
+int play(PluginHost& plugin, const Song& song, const Options& options) {
+    std::string problem;
+    const auto format = options.format == "16"   ? SampleFormat::pcm16
+                        : options.format == "24" ? SampleFormat::pcm24
+                                                 : SampleFormat::float32;
+    const auto output = WaveOutput::create(options.output, options.rate, format, problem);
+    if (!output) return complain(fileTrouble, options.output, problem);
+    Meter meter(options.render.rate);
+    RenderResult result;
+    {
+        ProgressLine line(!options.quiet);
+        result = render::render(
+            plugin, song, options.render, options.settle,
+            [&](const float* samples, int frames) {
+                meter.hear(samples, frames);
+                return output->write(samples, frames);
+            },
+            [&line](std::int64_t position, std::int64_t expected) { line.update(position, expected); });
+    }
+    if (!output->close() || !result.written) return complain(fileTrouble, options.output, "cannot be written whole");
+    if (!options.quiet) report(options, song, result, meter);
+    if (result.badSamples > 0)
+        return complain(renderTrouble, options.output, std::to_string(result.badSamples) + " samples were not finite");
+    if (options.failOnSilence && meter.peak() < silence) return complain(renderTrouble, options.output, "silence");
+    if (meter.peak() > 1.0 && options.format != "32f" && !options.quiet)
+        std::fprintf(stderr, "vantoric-render: %s: clipped; try --gain %.0f\n", options.output.c_str(),
+                     -std::ceil(meter.peakDecibels()));
+    return done;
+}
+
+int run(Options& options) {
+    std::string problem;
+    midi::File file;
+    if (!options.song.empty()) {
+        if (!midi::load(options.song, file, problem)) return complain(fileTrouble, options.song, problem);
+        if (!problem.empty()) complain(done, options.song, problem);
+    }
+    if (options.plugin.empty()) options.plugin = defaultPlugin();
+    const auto plugin = PluginHost::load(options.plugin, problem);
+    if (!plugin) return complain(fileTrouble, options.plugin, problem);
+    if (const int code = dress(*plugin, options)) return code;
+    if (options.listParameters) listParameters(*plugin);
+    return options.song.empty() ? done : play(*plugin, Song(std::move(file)), options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    CLI::App app("Plays a MIDI file into a VST 2.4 instrument and writes a WAV file.", "vantoric-render");
+    describe(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? done : wrongUse;
+    }
+    if (const std::string wrong = completeOptions(options); !wrong.empty()) {
+        std::fprintf(stderr, "vantoric-render: %s\n", wrong.c_str());
+        return wrongUse;
+    }
+    return run(options);
+}

@@ -1,0 +1,12 @@
+// Waiting for a plug-in's own threads.
+#pragma once
+
+namespace vantoric::render {
+
+// A plug-in may load its data on a thread of its own and stay silent meanwhile, and it has no way to tell a host
+// that it is done. A render starts when the other threads of this process have slept for a quarter of a second,
+// or after `limit` seconds. A thread that wakes now and then to look for work counts as asleep.
+// Returns false if the limit was reached. Where threads cannot be watched it sleeps for one second.
+bool waitUntilSettled(double limit);
+
+}  // namespace vantoric::render

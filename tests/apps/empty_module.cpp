@@ -1,0 +1,2 @@
+// A module that is no plug-in.
+extern "C" __attribute__((visibility("default"))) int somethingElse() { return 0; }
