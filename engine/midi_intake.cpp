@@ -2,7 +2,7 @@
 
 #include "base/numbers.h"
 #include "base/parameters.h"
-#include "engine/pitch_wheel.h"
+#include "voice/pitch.h"
 
 namespace vantoric {
 
@@ -84,12 +84,15 @@ void MidiIntake::act(const MidiMessage& message) {
         case kindController: actOnController(message.data1, message.data2); break;
         case kindProgram: listener_.programPending(message.data1); break;
         case kindPressure: channelPressure_ = static_cast<float>(message.data1) / 128.0f; break;
-        case kindWheel:
-            pitchWheel_ = pitchWheelPosition(message.data1, message.data2);
-            state_.pitchBendFactor = pitchBendFactorOf(pitchWheel_, parameters_.getParameter(parameter::PitchWhl));
-            break;
+        case kindWheel: turnWheel(message.data1, message.data2); break;
         default: break;
     }
+}
+
+void MidiIntake::turnWheel(int lsb, int msb) {
+    const double position = pitchWheelPosition(lsb, msb);
+    pitchWheel_ = static_cast<float>(position);
+    state_.pitchBendFactor = static_cast<float>(pitchBendFactor(position, parameters_.getListIndex(parameter::PitchWhl)));
 }
 
 void MidiIntake::actOnKeyRelease(int key, int channel) {

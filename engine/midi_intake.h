@@ -88,6 +88,7 @@ private:
     static MidiMessage unpacked(Word word);
 
     void act(const MidiMessage& message);
+    void turnWheel(int lsb, int msb);
     void actOnKeyRelease(int key, int channel);
     void actOnController(int number, int value);
     void releasePedal();

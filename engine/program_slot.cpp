@@ -1,7 +1,5 @@
 #include "engine/program_slot.h"
 
-#include "base/random.h"
-
 namespace vantoric {
 
 void ProgramSlot::setProgramName(const std::string& text) {
@@ -21,10 +19,14 @@ bool ProgramSlot::getProgramNameIndexed(int, int index, std::string& text) const
     return true;
 }
 
-std::string nextInitName() {
-    static LinearCongruence seed;
+std::string nextInitName(LinearCongruence& seed) {
     const int number = static_cast<int>(static_cast<float>(seed.next()) * 0.000000023067f);
     return "Init " + std::to_string(number);
+}
+
+std::string nextInitName() {
+    static LinearCongruence seed;
+    return nextInitName(seed);
 }
 
 }  // namespace vantoric

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "base/random.h"
 #include "platform/dialogs.h"
 
 namespace vantoric {
@@ -31,8 +32,9 @@ private:
     std::string name_ = "000";
 };
 
-// The name of a patch after "Reset all": "Init" and a number of at most two digits, which changes each
-// time throughout the process. Editor thread.
+// The name of a patch after "Reset all": "Init" and a number of at most two digits. Steps `seed`; the
+// second form uses the seed of the process, so that the name changes each time. Editor thread.
+std::string nextInitName(LinearCongruence& seed);
 std::string nextInitName();
 
 }  // namespace vantoric

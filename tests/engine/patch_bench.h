@@ -140,7 +140,7 @@ public:
         for (int k = 0; k < chunk::waveCount; ++k) header(k, {});
     }
     HandMadeChunk& name(const std::string& text) {
-        for (std::size_t k = 0; k < text.size(); ++k) bytes[1 + k] = static_cast<std::uint8_t>(text[k]);
+        for (std::size_t k = 0; k < chunk::nameRead; ++k) bytes[1 + k] = k < text.size() ? static_cast<std::uint8_t>(text[k]) : 0;
         return *this;
     }
     HandMadeChunk& parameter(int index, float value) {

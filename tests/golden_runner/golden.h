@@ -16,6 +16,7 @@ struct Case {
     std::string stem;       // the file's name without a trailing _1, _2 or _partN and without its ending
     json input, expected, tolerance;
     json whole;             // the case as it stands in the file
+    std::string folder;     // of the file, for cases that refer to another file
 };
 
 // What a case came to. `worst` is the largest ratio of a deviation to its allowance: above 1 fails.

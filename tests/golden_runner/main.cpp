@@ -73,6 +73,7 @@ void runFile(const fs::path& path, const std::string& area, const std::string& o
         c.expected = j.value("expected", json::object());
         c.tolerance = j.value("tolerance", json::object());
         c.whole = j;
+        c.folder = path.parent_path().string();
         report(path.filename().string(), c.name, runCase(check, c), quiet, totals);
     }
 }

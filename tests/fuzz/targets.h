@@ -1,0 +1,26 @@
+// The readers of foreign bytes, each as a function of any bytes. A target aborts if a promise of its reader
+// is broken; memory errors are the sanitizers' to find.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace vantoric::fuzz {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// Inputs below 1000 bytes are scripts of changes to a sound chunk or file, so that few bytes reach deep;
+// longer ones are the bytes themselves.
+void chunk(const std::uint8_t* data, std::size_t size);
+void patchFile(const std::uint8_t* data, std::size_t size);
+void controllerMap(const std::uint8_t* data, std::size_t size);
+void sizeFile(const std::uint8_t* data, std::size_t size);
+
+// Inputs to begin with, sound ones and nearly sound ones.
+std::vector<Bytes> chunkSeeds();
+std::vector<Bytes> patchFileSeeds();
+std::vector<Bytes> controllerMapSeeds();
+std::vector<Bytes> sizeFileSeeds();
+
+}  // namespace vantoric::fuzz
