@@ -2,7 +2,7 @@
 
 #include "base/numbers.h"
 #include "base/parameters.h"
-#include "voice/pitch.h"
+#include "engine/pitch_wheel.h"
 
 namespace vantoric {
 
@@ -90,9 +90,8 @@ void MidiIntake::act(const MidiMessage& message) {
 }
 
 void MidiIntake::turnWheel(int lsb, int msb) {
-    const double position = pitchWheelPosition(lsb, msb);
-    pitchWheel_ = static_cast<float>(position);
-    state_.pitchBendFactor = static_cast<float>(pitchBendFactor(position, parameters_.getListIndex(parameter::PitchWhl)));
+    pitchWheel_ = pitchWheelPosition(lsb, msb);
+    state_.pitchBendFactor = pitchBendFactorOf(pitchWheel_, parameters_.getParameter(parameter::PitchWhl));
 }
 
 void MidiIntake::actOnKeyRelease(int key, int channel) {
