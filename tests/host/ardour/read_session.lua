@@ -1,0 +1,11 @@
+-- ardour7-lua read_session.lua SCRIPTS FOLDER PLUGIN PARAMETER: loads the session "check" and tells the parameter's value.
+dofile (arg[1] .. "/common.lua")
+local folder, name, parameter = arg[2], arg[3], tonumber (arg[4])
+start_backend ()
+local session = load_session (folder, "check")
+assert (session, "no session")
+local processor = find_plugin (session, name)
+assert (processor, "the plug-in is not in the session")
+print ("value", string.format ("%.6f", (ARDOUR.LuaAPI.get_processor_param (processor, parameter))))
+close_session ()
+quit ()
