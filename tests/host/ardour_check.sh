@@ -21,19 +21,18 @@ for tool in ardour7-lua ardour7-export; do
 done
 library=$(dirname "$(readlink -f "$(command -v ardour7-export)")")/..
 
-# Everything that Ardour writes goes to a folder of its own, also its settings. The module stays where it is, since
-# its data folders lie beside it; a link keeps the scan to this one file.
+# Everything that Ardour writes goes to a folder of its own, also its settings. The module is taken from where it is,
+# since its data folders lie beside it.
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export HOME=$work/home XDG_RUNTIME_DIR=$work/run
 unset XDG_CONFIG_HOME XDG_CACHE_HOME DISPLAY
 settings=$HOME/.config/ardour7
-mkdir -p "$settings/scripts" "$XDG_RUNTIME_DIR" "$work/vst"
+mkdir -p "$settings/scripts" "$XDG_RUNTIME_DIR"
 chmod 700 "$XDG_RUNTIME_DIR"
 cp "$scripts/notes.lua" "$settings/scripts/"
-ln -s "$module" "$work/vst/$(basename "$module")"
 cat > "$settings/config" << XML
-<Ardour><Config><Option name="plugin-path-lxvst" value="$work/vst"/></Config></Ardour>
+<Ardour><Config><Option name="plugin-path-lxvst" value="$(dirname "$module")"/></Config></Ardour>
 XML
 
 # Runs a tool with its output in the log; the log is shown if it fails.
@@ -48,7 +47,7 @@ run() {
 # The word after `key` in the log.
 told() { sed -n "s/^$1[[:space:]]*//p" "$log" | tail -1; }
 
-run 120 env LD_LIBRARY_PATH="$library" "$library/ardour-vst-scanner" -f "$work/vst/$(basename "$module")"
+run 120 env LD_LIBRARY_PATH="$library" "$library/ardour-vst-scanner" -f "$module"
 found=$(sed -n "s/.*Found Plugin: '....' //p" "$log" | head -1)
 [ -n "$found" ] || { cat "$log"; fail "the scanner found no plug-in"; }
 say "scanned: $found"

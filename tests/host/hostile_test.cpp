@@ -34,7 +34,22 @@ std::string pluginPath() {
     return path ? path : DEFAULT_PLUGIN;
 }
 
-// Holds a chord until it is heard; false if it is not within half a minute.
+// How far samples may differ between block sizes, for a module whose current sound has parts that move by the block.
+// By default not at all, to the bit.
+float blockTolerance() {
+    const char* const text = std::getenv("VANTORIC_BLOCK_TOLERANCE");
+    return text ? std::strtof(text, nullptr) : 0.0f;
+}
+
+float largestDifference(const Sound& a, const Sound& b) {
+    if (a.left.size() != b.left.size()) return infinite;
+    float largest = 0.0f;
+    for (std::size_t i = 0; i < a.left.size(); ++i)
+        largest = std::max({largest, std::fabs(a.left[i] - b.left[i]), std::fabs(a.right[i] - b.right[i])});
+    return largest;
+}
+
+// Holds a note until it is heard; false if it is not within half a minute.
 bool awaitSound(PluginHost& host) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (std::chrono::steady_clock::now() < end) {
@@ -491,6 +506,7 @@ TEST_F(Sounding, SoundReturnsAfterNonsense) {
 
 TEST_F(Sounding, TheSameSoundWhateverTheBlockSize) {
     constexpr int frames = 30000;
+    const float tolerance = blockTolerance();
     Sound reference;
     for (int blockSize : {512, 1, 64, 333, 1024, frames}) {
         const auto host = fresh();
@@ -499,7 +515,10 @@ TEST_F(Sounding, TheSameSoundWhateverTheBlockSize) {
         const Sound sound = host->renderLong(frames, blockSize);
         EXPECT_GT(sound.peak(), audible);
         if (reference.left.empty()) reference = sound;
-        EXPECT_TRUE(sound == reference) << "blocks of " << blockSize;
+        if (tolerance > 0.0f)
+            EXPECT_LE(largestDifference(sound, reference), tolerance) << "blocks of " << blockSize;
+        else
+            EXPECT_TRUE(sound == reference) << "blocks of " << blockSize;
     }
 }
 

@@ -9,7 +9,7 @@ assert (session, "no session")
 local info = ARDOUR.LuaAPI.new_plugin_info (name, ARDOUR.PluginType.LXVST)
 assert (not info:isnil (), "not in the list of plug-ins: " .. name)
 local track = session:new_midi_track (ARDOUR.ChanCount (ARDOUR.DataType ("midi"), 1),
-  ARDOUR.ChanCount (ARDOUR.DataType ("audio"), 2), true, info, nil, nil, 1, "instrument",
+  ARDOUR.ChanCount (ARDOUR.DataType ("audio"), 2), false, info, nil, nil, 1, "instrument",
   ARDOUR.PresentationInfo.max_order, ARDOUR.TrackMode.Normal, true):front ()
 local notes = ARDOUR.LuaAPI.new_luaproc (session, "Vantoric test notes")
 assert (not notes:isnil (), "no source of notes")
