@@ -1,4 +1,4 @@
-#include <cmath>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -21,6 +21,7 @@ void require(bool holds, const char* promise) {
 // A script: records of 7 bytes, what and where to change, and a 32-bit value.
 Bytes chunkByScript(const std::uint8_t* data, std::size_t size) {
     HandMadeChunk made;
+    std::size_t dropped = 0;  // at the end, when all is written
     for (; size >= 7; data += 7, size -= 7) {
         const int place = data[1] | data[2] << 8;
         const std::uint32_t value = chunk::readLong(data + 3);
@@ -30,12 +31,11 @@ Bytes chunkByScript(const std::uint8_t* data, std::size_t size) {
             case 2: made.bytes[chunk::nameOffset + place % chunk::nameRead] = data[3]; break;
             case 3: chunk::writeBigLong(&made.bytes[chunk::parameterOffset + place % parameterCount * 4], value); break;
             case 4: made.data(place, value); break;
-            default: {
-                const std::size_t dropped = value % 64 + (data[1] == 0 ? 55000 : 0);
-                if (made.bytes.size() - chunk::fixedSize >= dropped) made.bytes.resize(made.bytes.size() - dropped);
-            }
+            default: dropped += value % 64 + (data[1] == 0 ? 55000 : 0); break;
         }
     }
+    const std::size_t kept = made.bytes.size() - std::min(made.bytes.size(), dropped);
+    made.bytes.erase(made.bytes.begin() + static_cast<std::ptrdiff_t>(kept), made.bytes.end());
     return made.bytes;
 }
 
