@@ -30,13 +30,13 @@ public:
         bool operator==(const Call&) const = default;
     };
 
-    PatchBench() {
+    explicit PatchBench(SleepFunction sleep = fakeSleep) {
         PatchWaves waves;
         for (int k = 0; k < chunk::waveCount; ++k) {
             waves.samples[k] = &samples[k];
             waves.customWaves[k] = customWaves[k].data();
         }
-        chunk = std::make_unique<PatchChunk>(state, parameters, program, waves, *this, dialogs, fakeSleep);
+        chunk = std::make_unique<PatchChunk>(state, parameters, program, waves, *this, dialogs, sleep);
         files = std::make_unique<PatchFiles>(*chunk, program, *this, dialogs);
         sleptMilliseconds() = 0;
     }
