@@ -148,7 +148,7 @@ int play(PluginHost& plugin, const Song& song, const Options& options) {
     if (options.failOnSilence && meter.peak() < silence) return complain(renderTrouble, options.output, "silence");
     if (meter.peak() > 1.0 && options.format != "32f" && !options.quiet)
         std::fprintf(stderr, "vantoric-render: %s: clipped; try --gain %.0f\n", options.output.c_str(),
-                     -std::ceil(meter.peakDecibels()));
+                     std::floor(options.gainDecibels - meter.peakDecibels()));
     return done;
 }
 

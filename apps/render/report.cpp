@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <utility>
 
 namespace vantoric::render {
 
@@ -42,8 +43,7 @@ std::string levelText(double decibels, const char* unit) {
     return text;
 }
 
-ProgressLine::ProgressLine(bool wanted)
-    : wanted_(wanted), terminal_(isatty(STDERR_FILENO) != 0), next_(start_ + std::chrono::seconds(2)) {}
+ProgressLine::ProgressLine(bool wanted) : wanted_(wanted), terminal_(isatty(STDERR_FILENO) != 0) {}
 
 ProgressLine::~ProgressLine() {
     if (shown_ && terminal_) std::fprintf(stderr, "\r%60s\r", "");
@@ -51,6 +51,10 @@ ProgressLine::~ProgressLine() {
 
 void ProgressLine::update(std::int64_t done, std::int64_t expected) {
     const auto now = Clock::now();
+    if (!std::exchange(started_, true)) {
+        start_ = now;
+        next_ = now + std::chrono::seconds(2);
+    }
     if (!wanted_ || now < next_) return;
     next_ = now + (terminal_ ? std::chrono::milliseconds(200) : std::chrono::milliseconds(5000));
     shown_ = true;

@@ -33,8 +33,8 @@ std::string clockText(double seconds);
 // "-3.2 dBFS", "silence"
 std::string levelText(double decibels, const char* unit);
 
-// Shows on standard error how far a render is, once it has lasted two seconds: on a terminal as one line that
-// changes, elsewhere as a line every five seconds.
+// Shows on standard error how far a render is, once it has lasted two seconds from the first update: on a terminal as one line
+// that changes, elsewhere as a line every five seconds.
 class ProgressLine {
 public:
     explicit ProgressLine(bool wanted);
@@ -44,9 +44,8 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
     const bool wanted_, terminal_;
-    const Clock::time_point start_ = Clock::now();
-    Clock::time_point next_;
-    bool shown_ = false;
+    Clock::time_point start_, next_;  // of the first update
+    bool started_ = false, shown_ = false;
 };
 
 }  // namespace vantoric::render

@@ -5,11 +5,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <thread>
 
 #include "apps/render/patch_file.h"
 #include "apps/render/render.h"
@@ -353,6 +355,29 @@ TEST(Report, WritesTimesAndLevels) {
     EXPECT_EQ(levelText(-INFINITY, "dBFS"), "silence");
 }
 
+TEST(Report, ShowsProgressOnlyOfALongRender) {
+    testing::internal::CaptureStderr();
+    {
+        ProgressLine line(true);
+        for (int i = 0; i < 1000; ++i) line.update(i, 1000);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(Report, ShowsTheTimeLeftAfterTwoSeconds) {
+    testing::internal::CaptureStderr();
+    {
+        ProgressLine line(true), unwanted(false);
+        line.update(0, 1000);
+        unwanted.update(0, 1000);
+        std::this_thread::sleep_for(std::chrono::milliseconds(2010));
+        line.update(500, 1000);
+        line.update(501, 1000);
+        unwanted.update(500, 1000);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "rendering:  50%, 0:02.0 left\n");
+}
+
 TEST(WaveOutput, WritesAllThreeFormats) {
     const Folder folder;
     const float samples[] = {0.5f, -0.5f, 2.0f, -2.0f};
@@ -420,6 +445,13 @@ TEST_F(Program, LoadsPatchesAndSettings) {
     EXPECT_NE(output.find("peak      -0.0 dBFS"), std::string::npos) << output;
     EXPECT_EQ(run(song() + " " + wave + plugin() + "--set Volume=0.25 --gain -6"), 0) << errors;
     EXPECT_NE(output.find("peak      -18.0 dBFS"), std::string::npos) << output;
+}
+
+TEST_F(Program, TellsWhichGainWouldNotClip) {
+    EXPECT_EQ(run(song() + " " + wave + plugin() + "--set Volume=1 --gain 12.5"), 0);
+    EXPECT_NE(errors.find("clipped; try --gain 0"), std::string::npos) << errors;
+    EXPECT_EQ(run(song() + " " + wave + plugin() + "--set Volume=1 --gain 12.5 --format 32f --tail 0"), 0);
+    EXPECT_EQ(errors, "");
 }
 
 TEST_F(Program, ListsParametersWithoutASong) {
