@@ -86,6 +86,20 @@ public:
         }
         return topology;
     }
+    // The same with the voices outside `mask` all zero, whatever they hold: their lanes stay harmless.
+    template <int N>
+    Topology<Lanes<Scalar, N>> load(int first, LaneMask mask) const {
+        using Vector = Lanes<Scalar, N>;
+        Topology<Vector> topology;
+        auto* bytes = reinterpret_cast<unsigned char*>(&topology);
+        const auto idle = !maskOf<Vector>(mask, first);
+        for (int k = 0; k < fieldCount; ++k) {
+            Vector value(&rows_[k][first], stdx::element_aligned);
+            stdx::where(idle, value) = Vector(Scalar(0));
+            std::memcpy(bytes + k * sizeof(Vector), &value, sizeof value);
+        }
+        return topology;
+    }
     // Stores back the lanes of `mask` only: a silent voice keeps its memories.
     template <int N>
     void store(int first, const Topology<Lanes<Scalar, N>>& topology, LaneMask mask) {

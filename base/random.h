@@ -17,6 +17,15 @@ struct LinearCongruence {
     }
     // Steps and returns a float from 0 to 1.
     constexpr float unit() { return static_cast<float>(next()) * 2.33e-10f; }
+    // Passes over so many values, in a time that grows with the logarithm of their number.
+    constexpr void skip(std::uint32_t steps) {
+        std::uint32_t factor = 196314165u, addend = 907633515u;
+        for (; steps != 0; steps >>= 1) {
+            if ((steps & 1u) != 0) state = state * factor + addend;
+            addend *= factor + 1u;
+            factor *= factor;
+        }
+    }
 };
 
 // Counter hashed through an integer mixer: neighbouring draws are independent.

@@ -6,37 +6,39 @@
 #include "base/engine_state.h"
 #include "base/lane_bank.h"
 #include "base/random.h"
+#include "sound/filter_settings.h"
+#include "sound/filters/filter_slot.h"
 
 namespace vantoric {
-
-// What a voice's tick hands to its filter.
-struct FilterSettings {
-    float sampleRate = 88200.0f;  // Hz
-    int tickSamples = 88;         // samples until the next setup
-    int type = 0;                 // index into the list of filter types
-    float cutoff = 0.5f;          // 0 to 1; clamped
-    float resonance = 0.5f;       // 0 to 1; clamped
-    float analog = 0.0f;          // not clamped
-};
 
 // Audio thread only. Nothing here allocates after construction.
 class FilterBank {
 public:
+    // `random` must outlive the bank. Throws std::bad_alloc if memory is short.
     explicit FilterBank(RandomSources& random) : random_(random) {}
 
-    // Takes the settings of one voice (0 to 15) for the samples up to its next setup.
-    void setup(int voice, const FilterSettings& settings) { type_[voice] = settings.type; }
-    // Clears what a voice's filter remembers between notes, as its type asks for.
-    void reset(int) {}
+    // Takes the settings of one voice (0 to 15) for the samples up to its next setup. A new type clears the
+    // voice's memories; unchanged settings cost nothing.
+    void setup(int voice, const FilterSettings& settings) { slots_[voice].setup(memory_, voice, settings); }
+    // Clears what a voice's filter remembers between notes; its coefficients stay.
+    void reset(int voice) { slots_[voice].reset(memory_, voice); }
     // Clears a voice's filter altogether and sets it to pass audio through.
-    void clear(int voice) { type_[voice] = 0; }
+    void clear(int voice) { slots_[voice] = {}; }
     // Filters `count` samples (up to maxTickSamples) of the voices in `mask`, in place; sample i of voice v
-    // stands at i * 16 + v.
-    void run(float*, int, LaneMask) {}
+    // stands at i * 16 + v. Voices outside the mask keep their memories; their samples in the groups that the
+    // mask touches are left with some finite value. A voice whose memory is no longer finite is cleared and
+    // silent for this run.
+    void run(float* buffer, int count, LaneMask mask);
 
 private:
+    filters::DrawStarts takeDraws(int count, LaneMask mask);
+    LaneMask runGroup(const filters::Loop<voiceCount>& loop, const filters::DrawStarts& starts, float* buffer, int count,
+                      LaneMask group, LaneMask mask);
+
     RandomSources& random_;
-    std::array<int, voiceCount> type_{};
+    filters::FilterMemory<voiceCount> memory_;
+    std::array<filters::FilterSlot<voiceCount>, voiceCount> slots_;
+    alignas(64) LaneBuffer scratch_ = {};
 };
 
 }  // namespace vantoric

@@ -1,0 +1,65 @@
+#include "sound/filter_bank.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace vantoric {
+
+namespace {
+
+// Copies the samples of some voices from one interleaved buffer to another.
+void copyVoices(const float* from, float* to, int count, LaneMask mask) {
+    for (LaneMask rest = mask; rest != 0; rest &= static_cast<LaneMask>(rest - 1)) {
+        const int voice = std::countr_zero(rest);
+        for (int i = voice; i < count * voiceCount; i += voiceCount) to[i] = from[i];
+    }
+}
+
+}  // namespace
+
+void FilterBank::run(float* buffer, int count, LaneMask mask) {
+    const filters::DrawStarts starts = takeDraws(count, mask);
+    LaneMask rest = mask;
+    while (rest != 0) {
+        const filters::Loop<voiceCount>* loop = slots_[std::countr_zero(rest)].loop();
+        LaneMask group = 0;
+        for (int v = 0; v < voiceCount; ++v)
+            if ((rest >> v & 1) != 0 && slots_[v].loop() == loop) group |= static_cast<LaneMask>(1u << v);
+        rest &= static_cast<LaneMask>(~group);
+        if (loop == nullptr) continue;
+        LaneMask broken = runGroup(*loop, starts, buffer, count, group, mask);
+        for (; broken != 0; broken &= static_cast<LaneMask>(broken - 1)) {
+            const int voice = std::countr_zero(broken);
+            reset(voice);
+            for (int i = voice; i < count * voiceCount; i += voiceCount) buffer[i] = 0.0f;
+        }
+    }
+}
+
+// A loop overwrites all lanes of its span: where voices of another loop sound among them, it works on a copy.
+LaneMask FilterBank::runGroup(const filters::Loop<voiceCount>& loop, const filters::DrawStarts& starts, float* buffer, int count,
+                              LaneMask group, LaneMask mask) {
+    if (group == mask) return loop.run(memory_, starts, buffer, count, group);
+    copyVoices(buffer, scratch_, count, group);
+    const LaneMask broken = loop.run(memory_, starts, scratch_, count, group);
+    copyVoices(scratch_, buffer, count, group);
+    return broken;
+}
+
+// Deals out the random numbers of a run as if the voices ran one after the other.
+filters::DrawStarts FilterBank::takeDraws(int count, LaneMask mask) {
+    filters::DrawStarts starts;
+    starts.hashSeed = random_.hash.seed;
+    for (LaneMask rest = mask; rest != 0; rest &= static_cast<LaneMask>(rest - 1)) {
+        const int voice = std::countr_zero(rest);
+        const filters::Loop<voiceCount>* loop = slots_[voice].loop();
+        if (loop == nullptr) continue;
+        starts.congruence[voice] = random_.congruence.state;
+        starts.hash[voice] = random_.hash.counter;
+        random_.congruence.skip(static_cast<std::uint32_t>(loop->draws.congruence * count));
+        random_.hash.counter += static_cast<std::uint32_t>(loop->draws.hash * count);
+    }
+    return starts;
+}
+
+}  // namespace vantoric

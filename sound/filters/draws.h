@@ -1,0 +1,90 @@
+// Random numbers for sample loops, for one voice or for lanes. Each voice starts where the voices before
+// it leave off, so that the lanes draw what voices rendered one after the other would draw.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "base/engine_state.h"
+#include "base/lanes.h"
+#include "base/random.h"
+
+namespace vantoric::filters {
+
+// How many numbers a loop takes from each source for one sample.
+struct DrawCounts {
+    int congruence = 0;
+    int hash = 0;
+};
+
+// Where each voice's draws begin.
+struct DrawStarts {
+    std::array<std::uint32_t, voiceCount> congruence{};
+    std::array<std::uint32_t, voiceCount> hash{};
+    std::uint32_t hashSeed = 0;
+};
+
+template <class T>
+struct BitsOf {
+    using Type = stdx::fixed_size_simd<std::uint32_t, LaneTraits<T>::size>;
+};
+template <>
+struct BitsOf<float> {
+    using Type = std::uint32_t;
+};
+template <>
+struct BitsOf<double> {
+    using Type = std::uint32_t;
+};
+
+// An unsigned 32-bit number as T, rounded once.
+template <class T>
+inline T fromUnsigned(typename BitsOf<T>::Type u) {
+    if constexpr (LaneTraits<T>::size == 1) {
+        return static_cast<T>(u);
+    } else {
+        using S = ScalarOf<T>;
+        using Signed = stdx::fixed_size_simd<std::int32_t, LaneTraits<T>::size>;
+        const T high = stdx::static_simd_cast<T>(stdx::static_simd_cast<Signed>(u >> 16));
+        const T low = stdx::static_simd_cast<T>(stdx::static_simd_cast<Signed>(u & 0xffffu));
+        return high * T(S(65536)) + low;
+    }
+}
+
+// The draws of the voices `first` on.
+template <class T>
+class Draws {
+    using Bits = typename BitsOf<T>::Type;
+
+public:
+    Draws(const DrawStarts& starts, int first) : seed_(starts.hashSeed) {
+        if constexpr (LaneTraits<T>::size == 1) {
+            congruence_ = starts.congruence[first];
+            counter_ = starts.hash[first];
+        } else {
+            congruence_.copy_from(&starts.congruence[first], stdx::element_aligned);
+            counter_.copy_from(&starts.hash[first], stdx::element_aligned);
+        }
+    }
+
+    // The next value of the linear congruence, 0 to 2^32 - 1.
+    T congruence() {
+        congruence_ = congruence_ * Bits(196314165u) + Bits(907633515u);
+        return fromUnsigned<T>(congruence_);
+    }
+    // The next value of the hash generator, 0 to 2^32 - 1.
+    T hash() {
+        Bits v = counter_ ^ Bits(seed_);
+        v = (v ^ (v >> 17)) * Bits(0xed5ad4bbu);
+        v = (v ^ (v >> 11)) * Bits(0xac4c1b51u);
+        v = (v ^ (v >> 15)) * Bits(0x31848babu);
+        counter_ = counter_ + Bits(1u);
+        return fromUnsigned<T>(v ^ (v >> 14));
+    }
+
+private:
+    Bits congruence_, counter_;
+    std::uint32_t seed_;
+};
+
+}  // namespace vantoric::filters

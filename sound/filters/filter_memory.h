@@ -1,0 +1,79 @@
+// The coefficients and memories of a filter of any type, for one voice or for the sixteen of a layer.
+#pragma once
+
+#include <array>
+#include <tuple>
+
+#include "base/lane_bank.h"
+#include "sound/filters/biquad.h"
+#include "sound/filters/delays.h"
+#include "sound/filters/fractal.h"
+#include "sound/filters/ladders.h"
+#include "sound/filters/modulated.h"
+#include "sound/filters/phasers.h"
+#include "sound/filters/svf.h"
+
+namespace vantoric::filters {
+
+// The number type of a topology: float, but for the one that solves in double precision.
+template <template <class> class Topology>
+struct ScalarFor {
+    using Type = float;
+};
+template <>
+struct ScalarFor<Ms20> {
+    using Type = double;
+};
+template <template <class> class Topology>
+using TopologyScalar = typename ScalarFor<Topology>::Type;
+
+// The loop of a single voice, with the interface of a LaneBank.
+template <template <class> class Topology, class Scalar>
+class SingleCell {
+public:
+    const Topology<Scalar>& get(int) const { return loop_; }
+    void put(int, const Topology<Scalar>& loop) { loop_ = loop; }
+
+private:
+    Topology<Scalar> loop_{};
+};
+
+template <int Voices, template <class> class Topology>
+struct CellsOf {
+    using Type = LaneBank<Topology, TopologyScalar<Topology>>;
+};
+template <template <class> class Topology>
+struct CellsOf<1, Topology> {
+    using Type = SingleCell<Topology, TopologyScalar<Topology>>;
+};
+
+// Voices: 1 or 16.
+template <int Voices>
+class FilterMemory {
+public:
+    FilterMemory() : lineMemory_(allocateLines(Voices)) {
+        for (int v = 0; v < Voices; ++v) lines_[v] = DelayLine(lineMemory_.get() + v * DelayLine::size);
+    }
+
+    template <template <class> class Topology>
+    auto& cells() {
+        return std::get<typename CellsOf<Voices, Topology>::Type>(cells_);
+    }
+    template <template <class> class Topology>
+    const auto& cells() const {
+        return std::get<typename CellsOf<Voices, Topology>::Type>(cells_);
+    }
+    DelayLine& line(int voice) { return lines_[voice]; }
+
+private:
+    template <template <class> class... Topologies>
+    using AllCells = std::tuple<typename CellsOf<Voices, Topologies>::Type...>;
+
+    AllCells<Svf12, Svf18, Svf24, SvfShaped, BiquadOne, BiquadTwo, BiquadAm, Ladder, Orvix, Butter, Ms20, Fractal, Phaser,
+             FeedbackPhaser, LpFm, VocalAm, Ringmod, Aliaser, Comb, Phys>
+        cells_;
+    LineMemory lineMemory_;
+    std::array<DelayLine, Voices> lines_;
+};
+
+}  // namespace vantoric::filters
