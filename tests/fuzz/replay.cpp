@@ -23,8 +23,8 @@ struct Target {
     int mutations;  // of each input
 };
 const Target targets[] = {
-    {"chunk", vantoric::fuzz::chunk, vantoric::fuzz::chunkSeeds, 150},
-    {"patch_file", vantoric::fuzz::patchFile, vantoric::fuzz::patchFileSeeds, 100},
+    {"chunk", vantoric::fuzz::chunk, vantoric::fuzz::chunkSeeds, 60},
+    {"patch_file", vantoric::fuzz::patchFile, vantoric::fuzz::patchFileSeeds, 40},
     {"controller_map", vantoric::fuzz::controllerMap, vantoric::fuzz::controllerMapSeeds, 200},
     {"size_file", vantoric::fuzz::sizeFile, vantoric::fuzz::sizeFileSeeds, 50},
 };
