@@ -35,6 +35,18 @@ void writeText(char* text, const std::string& source) { copyText(text, source.c_
 
 }  // namespace
 
+MasterControls masterControls(const ParameterModel& parameters) {
+    MasterControls controls{parameters.getParameter(par::EqLow),
+                            parameters.getParameter(par::EqMid),
+                            parameters.getParameter(par::EqHigh),
+                            masterTypeFromValue(parameters.getParameter(par::FxMaType)),
+                            {},
+                            parameters.getListIndex(par::SoundMod),
+                            SoundModeStage::gainOfVolume(parameters.getParameter(par::Volume))};
+    for (int k = 0; k < 5; ++k) controls.effect[k] = parameters.getParameter(par::FxMaMix + k);
+    return controls;
+}
+
 // ---- start and stop -----------------------------------------------------------------------------------------
 
 Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
@@ -189,10 +201,12 @@ void Q7Audio::processDoubleReplacing(double** inputs, double** outputs, std::int
 void Q7Audio::renderPiece(float* left, float* right, int frames, int firstFrame) {
     if (!state_.oversampled) return renderAudioBlock(left, right, frames, firstFrame);
     renderAudioBlock(internal_[0].data(), internal_[1].data(), 2 * frames, firstFrame);
+    observe(BlockStep::decimator, 2 * frames);
     decimator_.process(internal_[0].data(), internal_[1].data(), 2 * frames, left, right);
 }
 
 void Q7Audio::renderAudioBlock(float* left, float* right, int count, int firstFrame) {
+    observe(BlockStep::clearOutputs, count);
     std::fill_n(left, count, 0.0f);
     std::fill_n(right, count, 0.0f);
     EngineFlags& flags = state_.flags;
@@ -203,6 +217,7 @@ void Q7Audio::renderAudioBlock(float* left, float* right, int count, int firstFr
     clock_.run(
         count, state_,
         [&](int length, int pos) {
+            observe(BlockStep::renderSubBlock, length, pos);
             for (auto& layer : layers_) layer->renderBlock(left + pos, right + pos, length);
         },
         [&](int eventPos) { tick(firstFrame + eventPos); });
@@ -211,19 +226,23 @@ void Q7Audio::renderAudioBlock(float* left, float* right, int count, int firstFr
 }
 
 void Q7Audio::runMasterChain(float* left, float* right, int count) {
-    equalizer_.setLowGain(parameters_.getParameter(par::EqLow));
-    equalizer_.setMidGain(parameters_.getParameter(par::EqMid));
-    equalizer_.setHighGain(parameters_.getParameter(par::EqHigh));
+    const MasterControls controls = masterControls(parameters_);
+    observe(BlockStep::equalizer, count);
+    equalizer_.setLowGain(controls.eqLow);
+    equalizer_.setMidGain(controls.eqMid);
+    equalizer_.setHighGain(controls.eqHigh);
     equalizer_.process(left, right, count);
 
-    master_.setType(masterTypeFromValue(parameters_.getParameter(par::FxMaType)));
-    for (int k = 0; k < 5; ++k) master_.setParameter(k, parameters_.getParameter(par::FxMaMix + k));
+    observe(BlockStep::masterEffect, count);
+    master_.setType(controls.effectType);
+    for (int k = 0; k < 5; ++k) master_.setParameter(k, controls.effect[k]);
     master_.setSampleRate(state_.internalRate);
     master_.setTempo(static_cast<float>(state_.tempoBpm), state_.songPosition);
     master_.process(left, right, count);
 
-    stage_.setMode(parameters_.getListIndex(par::SoundMod));
-    stage_.setTargetGain(SoundModeStage::gainOfVolume(parameters_.getParameter(par::Volume)));
+    observe(BlockStep::finalStage, count);
+    stage_.setMode(controls.soundMode);
+    stage_.setTargetGain(controls.gain);
     stage_.process(left, right, count);
 }
 
@@ -231,11 +250,17 @@ void Q7Audio::runMasterChain(float* left, float* right, int count) {
 
 void Q7Audio::tick(int eventPos) {
     readParameters();
+    observe(BlockStep::drainMidiQueue, eventPos);
     midi_.drainMidiQueue(eventPos);
+    observe(BlockStep::smoothControllers);
     smoothControllers();
+    observe(BlockStep::tempoAndPosition);
     readHostTime();
     if (state_.flags.bootPending.isSet()) return;
-    for (auto& layer : layers_) layer->tick();
+    for (int i = 0; i < layerCount; ++i) {
+        observe(BlockStep::layerTick, i);
+        layers_[i]->tick();
+    }
 }
 
 // One reading of every parameter a tick: whatever other threads write meanwhile, notes and voices of this

@@ -11,6 +11,7 @@
 #include "effects/equalizer.h"
 #include "effects/multieffect.h"
 #include "effects/sound_mode_stage.h"
+#include "engine/block_observer.h"
 #include "engine/controller_map.h"
 #include "engine/decimator.h"
 #include "engine/midi_intake.h"
@@ -26,6 +27,16 @@
 #include "vst/audio_effect.h"
 
 namespace vantoric {
+
+// What a block hands to the master chain.
+struct MasterControls {
+    float eqLow, eqMid, eqHigh;     // 0 to 1
+    int effectType;                 // of the slot, 0 to 127; the insert type that no master slot runs reads as 0
+    std::array<float, 5> effect;    // mix and the four parameters, 0 to 1
+    int soundMode;                  // list index
+    float gain;                     // of `Volume`, 0 to 4
+};
+MasterControls masterControls(const ParameterModel& parameters);
 
 class Q7Audio final : public AudioEffectX, private MidiListener, private PatchHost {
 public:
@@ -82,6 +93,10 @@ public:
     Multieffect& masterEffect() { return master_; }
     RandomSources& random() { return random_; }
     int instanceNumber() const { return instanceNumber_; }
+    float samplesToTick() const { return clock_.samplesToTick(); }
+    double lastPpqPos() const { return song_.lastPpqPos(); }
+    // Null for none. While no block runs.
+    void setBlockObserver(BlockObserver* observer) { observer_ = observer; }
 
 private:
     // Blocks are rendered in pieces of at most this many internal samples.
@@ -105,6 +120,9 @@ private:
     void smoothControllers();
     void loadSmoothedControllers();
     void readHostTime();
+    void observe(BlockStep step, int first = 0, int second = 0) {
+        if (observer_ != nullptr) observer_->onStep(step, first, second);
+    }
     AllOscillators allOscillators();
     PatchWaves patchWaves();
 
@@ -127,6 +145,7 @@ private:
     PatchFiles patchFiles_;
     WaveWorker worker_;
     float hostRate_ = 44100.0f;
+    BlockObserver* observer_ = nullptr;
     bool justResumed_ = true;  // kept for the host's start and stop; nothing reads it
     StereoBuffer internal_, widened_;
 };

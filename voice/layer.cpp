@@ -28,8 +28,6 @@ bool inRange(const std::array<Range, 9>& ranges, int row, int value) {
 
 constexpr float glideThreshold = 0.01f;  // glide above it starts a voice for keys that no oscillator covers
 
-// The middle band of `KeyFol`, where a knob means a fixed pitch, is the pitch room's own affair.
-
 constexpr float slewKeep = 0.96f, slewTake = 0.04f, slewSnap = 0.001f;
 
 }  // namespace
@@ -107,8 +105,13 @@ void Layer::startOneVoice(int note, int velocity) {
         if (held >= 1) moveMonoVoice(note, held == 1 || !legato);
         first.velocity = static_cast<std::int8_t>(velocity);
     } else {
-        first.noteOn(note, velocity);
+        startVoice(0, note, velocity);
     }
+}
+
+void Layer::startVoice(int voice, int note, int velocity) {
+    voices_[voice]->noteOn(note, velocity);
+    if (observer_ != nullptr) observer_->onVoiceStarted(index_, voice);
 }
 
 void Layer::moveMonoVoice(int note, bool retrigger) {
@@ -119,6 +122,7 @@ void Layer::moveMonoVoice(int note, bool retrigger) {
     voice.randomValue = random_.congruence.unit();
     if (retrigger) voice.retrigger();
     voice.note = static_cast<std::int8_t>(note);
+    if (observer_ != nullptr) observer_->onVoiceMoved(index_, note, retrigger);
 }
 
 void Layer::startPolyphonic(int note, int velocity) {
@@ -126,8 +130,8 @@ void Layer::startPolyphonic(int note, int velocity) {
     // High indices first and voice 0 as the blind fallback: this decides which voice cuts when all sound.
     int chosen = voiceCount - 1;
     while (chosen > 0 && voices_[chosen]->sounding()) --chosen;
+    startVoice(chosen, note, velocity);
     Voice& voice = *voices_[chosen];
-    voice.noteOn(note, velocity);
     for (int i = 0; i < oscillatorCount; ++i) voice.pitch[i].position = engine_.keyIncrement[std::clamp(currentNote, 0, 255)];
     voice.smoothedNote = currentNote;
     currentNote = note;

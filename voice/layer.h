@@ -14,6 +14,7 @@
 #include "sound/wave_store.h"
 #include "voice/arpeggiator.h"
 #include "voice/matrix.h"
+#include "voice/note_observer.h"
 #include "voice/tuning.h"
 #include "voice/voice.h"
 #include "voice/voice_bank.h"
@@ -86,6 +87,9 @@ public:
     CustomWave& customWave(int oscillator) { return *customWaves_[oscillator]; }
     const CustomWave& customWave(int oscillator) const { return *customWaves_[oscillator]; }
 
+    // Null for none. While nothing plays.
+    void setNoteObserver(NoteObserver* observer) { observer_ = observer; }
+
     std::int32_t currentNote = 60;
     float flipFlop = 1.0f;
     bool layerOn = true;             // ran on the previous tick
@@ -95,6 +99,7 @@ private:
     bool passes(int note, int velocity) const;
     int countPassingHeldKeys(int velocity) const;
     bool covered(int note) const;
+    void startVoice(int voice, int note, int velocity);
     void startOneVoice(int note, int velocity);
     void startPolyphonic(int note, int velocity);
     void stealVoices();
@@ -112,6 +117,7 @@ private:
     RandomSources& random_;
     const WaveStore& waves_;
     SleepFunction sleep_;
+    NoteObserver* observer_ = nullptr;
     Flag busy_;  // a render is in progress
 
     std::array<float, layerParameterEnd> block_{};

@@ -108,35 +108,36 @@ void Voice::startStepLfo() {
 }
 
 void Voice::startOscillator(int i) {
-    RandomSources& random = layer_.random();
-    OscillatorPitch& osc = pitch[i];
-    osc.target = keyTarget(layer_.engine().keyIncrement, note, mod[par::KeyFol1 + i]);
-    osc.tuning = 1.0;
+    pitch[i].target = keyTarget(layer_.engine().keyIncrement, note, mod[par::KeyFol1 + i]);
+    pitch[i].tuning = 1.0;
     kernels_[i] = kernels::silent;
-    oscillatorOn[i] = oscillatorActive(i);
+    oscillatorOn[i] = prepared_[i] = oscillatorActive(i);
     if (!oscillatorOn[i]) return;
+    prepareOscillatorState(i);
+    chooseKernelOf(i);
+    if (listAt(par::SynType1 + i) == analogType) analogMode = true;
+}
 
+// What an oscillator needs before its first sample: at the note-on, or when it comes into a sounding note.
+void Voice::prepareOscillatorState(int i) {
+    RandomSources& random = layer_.random();
     OscillatorState& state = oscillators[i];
     state = OscillatorState();
     state.oscillatorIndex = static_cast<std::uint8_t>(i);
     toneState_[i] = 0;
     drawStartPhases(state, random.congruence);
-    osc.startDrift(drift_, random.congruence);
+    pitch[i].startDrift(drift_, random.congruence);
     state.synced = i > 0 && syncedBy(mod[par::Sync1 + i - 1]);
     const int synType = listAt(par::SynType1 + i);
-    prepareOscillator(state,
-                      {.synType = synType,
-                       .wtWave = listAt(par::WTWave1 + i),
-                       .ssWave = listAt(par::SSWave1 + i),
-                       .noiWave = listAt(par::NoiWave1 + i),
-                       .anaWave = listAt(par::AnaWave1 + i),
-                       .customWave = layer_.customWave(i).samples.data()},
-                      layer_.waves());
-    chooseKernelOf(i);
-    if (synType == analogType) {
-        analogMode = true;
-        osc.tuning = drawAnalogTuning(i, i > 0 ? pitch[i - 1].tuning : 1.0, random.congruence);
-    }
+    vantoric::prepareOscillator(state,
+                                {.synType = synType,
+                                 .wtWave = listAt(par::WTWave1 + i),
+                                 .ssWave = listAt(par::SSWave1 + i),
+                                 .noiWave = listAt(par::NoiWave1 + i),
+                                 .anaWave = listAt(par::AnaWave1 + i),
+                                 .customWave = layer_.customWave(i).samples.data()},
+                                layer_.waves());
+    if (synType == analogType) pitch[i].tuning = drawAnalogTuning(i, i > 0 ? pitch[i - 1].tuning : 1.0, random.congruence);
 }
 
 void Voice::chooseKernelOf(int i) {
@@ -170,6 +171,10 @@ void Voice::refreshKernels() {
     for (int i = 0; i < filterCount; ++i) layer_.bank().distortions[i].setType(index_, listAt(par::DisType1 + i));
     for (int i = 0; i < oscillatorCount; ++i) {
         oscillatorOn[i] = oscillatorActive(i);
+        if (oscillatorOn[i] && !prepared_[i]) {
+            prepareOscillatorState(i);
+            prepared_[i] = true;
+        }
         if (i > 0) oscillators[i].synced = syncedBy(mod[par::Sync1 + i - 1]);
         chooseKernelOf(i);
     }
@@ -213,7 +218,7 @@ void Voice::reset() {
         oscillators[i].oscillatorIndex = static_cast<std::uint8_t>(i);
         pitch[i] = OscillatorPitch();
         kernels_[i] = kernels::silent;
-        oscillatorOn[i] = false;
+        oscillatorOn[i] = prepared_[i] = false;
         toneState_[i] = 0;
         buffers_[i].fill(0);
     }

@@ -95,6 +95,7 @@ private:
     void startLfo(int which);
     void startStepLfo();
     void startOscillator(int oscillator);
+    void prepareOscillatorState(int oscillator);
     void chooseKernelOf(int oscillator);
     void stepModulators();
     void evaluateMatrix();
@@ -107,6 +108,7 @@ private:
     Layer& layer_;
     int index_;
     bool firstTick_ = true;
+    std::array<bool, oscillatorCount> prepared_{};  // its wave and phases are those of this note
     std::array<Kernel, oscillatorCount> kernels_{};
     MixGains mix_[oscillatorCount];
     std::array<ToneGains, oscillatorCount> tone_{};
