@@ -5,16 +5,16 @@
 namespace vantoric {
 
 enum class BlockStep {
-    clearOutputs,      // samples
-    drainMidiQueue,    // position in host frames up to which events are taken
+    clearOutputs,    // samples
+    drainMidiQueue,  // position in host frames up to which events are taken
     smoothControllers,
     tempoAndPosition,
-    layerTick,         // layer
-    renderSubBlock,    // samples, position
-    equalizer,         // samples
-    masterEffect,      // samples
-    finalStage,        // samples
-    decimator,         // samples before decimation
+    layerTick,       // layer
+    renderSubBlock,  // samples, position
+    equalizer,       // samples
+    masterEffect,    // samples
+    finalStage,      // samples
+    decimator,       // samples before decimation
 };
 
 // Called on the audio thread right before each step; sample counts are internal ones.

@@ -47,6 +47,12 @@ MasterControls masterControls(const ParameterModel& parameters) {
     return controls;
 }
 
+void smoothControllers(EngineState& state, float modwheel, float pitchWheel, float channelPressure) {
+    state.modwheelSmoothed = smoothed(modwheel, state.modwheelSmoothed);
+    state.pitchWheelSmoothed = smoothed(pitchWheel, state.pitchWheelSmoothed);
+    state.channelPressureSmoothed = smoothed(channelPressure, state.channelPressureSmoothed);
+}
+
 // ---- start and stop -----------------------------------------------------------------------------------------
 
 Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
@@ -253,7 +259,7 @@ void Q7Audio::tick(int eventPos) {
     observe(BlockStep::drainMidiQueue, eventPos);
     midi_.drainMidiQueue(eventPos);
     observe(BlockStep::smoothControllers);
-    smoothControllers();
+    smoothControllers(state_, parameters_.getParameter(par::Modwheel), midi_.pitchWheel(), midi_.channelPressure());
     observe(BlockStep::tempoAndPosition);
     readHostTime();
     if (state_.flags.bootPending.isSet()) return;
@@ -274,12 +280,6 @@ void Q7Audio::readParameters() {
         layers_[i]->block()[par::Layer1On + i] = parameters_.getParameter(par::Layer1On + i);
         layers_[i]->blockChanged();
     }
-}
-
-void Q7Audio::smoothControllers() {
-    state_.modwheelSmoothed = smoothed(parameters_.getParameter(par::Modwheel), state_.modwheelSmoothed);
-    state_.pitchWheelSmoothed = smoothed(midi_.pitchWheel(), state_.pitchWheelSmoothed);
-    state_.channelPressureSmoothed = smoothed(midi_.channelPressure(), state_.channelPressureSmoothed);
 }
 
 void Q7Audio::loadSmoothedControllers() {
@@ -359,7 +359,9 @@ std::int32_t Q7Audio::setChunk(void* data, std::int32_t size, bool) {
 bool Q7Audio::getOutputProperties(std::int32_t index, VstPinProperties* properties) {
     if (index < 0 || index > 1) return false;
     copyText(properties->label, index == 0 ? "Vantoric Out 1" : "Vantoric Out 2", sizeof properties->label - 1);
-    copyText(properties->shortLabel, effectName, sizeof properties->shortLabel - 1);
+    // Fills its eight bytes; the cleared ones behind it end it.
+    static_assert(sizeof effectName - 1 == sizeof properties->shortLabel);
+    std::memcpy(properties->shortLabel, effectName, sizeof properties->shortLabel);
     properties->flags = pinIsActive | pinIsStereo;
     return true;
 }

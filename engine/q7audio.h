@@ -30,13 +30,16 @@ namespace vantoric {
 
 // What a block hands to the master chain.
 struct MasterControls {
-    float eqLow, eqMid, eqHigh;     // 0 to 1
-    int effectType;                 // of the slot, 0 to 127; the insert type that no master slot runs reads as 0
-    std::array<float, 5> effect;    // mix and the four parameters, 0 to 1
-    int soundMode;                  // list index
-    float gain;                     // of `Volume`, 0 to 4
+    float eqLow, eqMid, eqHigh;   // 0 to 1
+    int effectType;               // of the slot, 0 to 127; the insert type that no master slot runs reads as 0
+    std::array<float, 5> effect;  // mix and the four parameters, 0 to 1
+    int soundMode;                // list index
+    float gain;                   // of `Volume`, 0 to 4
 };
 MasterControls masterControls(const ParameterModel& parameters);
+
+// One tick of the smoothed wheels: each goes a fiftieth of its way. Arguments 0 to 1.
+void smoothControllers(EngineState& state, float modwheel, float pitchWheel, float channelPressure);
 
 class Q7Audio final : public AudioEffectX, private MidiListener, private PatchHost {
 public:
@@ -117,7 +120,6 @@ private:
     void runMasterChain(float* left, float* right, int count);
     void tick(int eventPos);
     void readParameters();
-    void smoothControllers();
     void loadSmoothedControllers();
     void readHostTime();
     void observe(BlockStep step, int first = 0, int second = 0) {

@@ -18,8 +18,10 @@ constexpr int modeMonophonic = 0, modeLegato = 1, modePolyphonic1 = 13;
 struct Range {
     int low, high;
 };
-constexpr std::array<Range, 9> keyRanges = {{{0, 127}, {0, 127}, {0, 59}, {60, 127}, {0, 127}, {0, 47}, {48, 59}, {60, 71}, {72, 127}}};
-constexpr std::array<Range, 9> velocityRanges = {{{0, 127}, {0, 127}, {0, 63}, {64, 127}, {0, 127}, {0, 31}, {32, 63}, {64, 95}, {96, 127}}};
+constexpr std::array<Range, 9> keyRanges = {
+    {{0, 127}, {0, 127}, {0, 59}, {60, 127}, {0, 127}, {0, 47}, {48, 59}, {60, 71}, {72, 127}}};
+constexpr std::array<Range, 9> velocityRanges = {
+    {{0, 127}, {0, 127}, {0, 63}, {64, 127}, {0, 127}, {0, 31}, {32, 63}, {64, 95}, {96, 127}}};
 
 bool inRange(const std::array<Range, 9>& ranges, int row, int value) {
     if (row < 0 || row >= static_cast<int>(ranges.size())) return true;
@@ -79,8 +81,10 @@ void Layer::startNote(int note, int velocity) {
     ticksSinceNote = 0;
     note = std::max(note, 0);
     flipFlop = flipFlop == 0.0f ? 1.0f : 0.0f;
-    if (oneVoiceMode()) startOneVoice(note, velocity);
-    else startPolyphonic(note, velocity);
+    if (oneVoiceMode())
+        startOneVoice(note, velocity);
+    else
+        startPolyphonic(note, velocity);
 }
 
 int Layer::countPassingHeldKeys(int velocity) const {
@@ -312,7 +316,8 @@ int Layer::activeVoiceCount() const {
 }
 
 int Layer::heldKeyCount() const {
-    return static_cast<int>(std::count_if(engine_.heldNote.begin(), engine_.heldNote.end(), [](std::uint8_t held) { return held != 0; }));
+    return static_cast<int>(
+        std::count_if(engine_.heldNote.begin(), engine_.heldNote.end(), [](std::uint8_t held) { return held != 0; }));
 }
 
 int Layer::oldestActiveVoice() const { return oldestVoice(false); }

@@ -92,7 +92,7 @@ public:
 
     std::int32_t currentNote = 60;
     float flipFlop = 1.0f;
-    bool layerOn = true;             // ran on the previous tick
+    bool layerOn = true;  // ran on the previous tick
     std::int32_t ticksSinceNote = 0;
 
 private:

@@ -129,8 +129,10 @@ void OutputStage::renderGroup(const float* f1, const float* f2, int count, LaneM
         (Quad(sumRight, stdx::element_aligned) + right).copy_to(sumRight, stdx::element_aligned);
     }
 
-    for (int k = 0; k < gainCount; ++k) select(active, gain[k], quadAt(gain_[k], first)).copy_to(&gain_[k][first], stdx::element_aligned);
-    for (int k = 0; k < 6; ++k) select(active, memory[k], quadAt(memory_[k], first)).copy_to(&memory_[k][first], stdx::element_aligned);
+    for (int k = 0; k < gainCount; ++k)
+        select(active, gain[k], quadAt(gain_[k], first)).copy_to(&gain_[k][first], stdx::element_aligned);
+    for (int k = 0; k < 6; ++k)
+        select(active, memory[k], quadAt(memory_[k], first)).copy_to(&memory_[k][first], stdx::element_aligned);
 }
 
 void OutputStage::render(const float* f1, const float* f2, int count, LaneMask mask, float* left, float* right) {
@@ -138,10 +140,14 @@ void OutputStage::render(const float* f1, const float* f2, int count, LaneMask m
     std::fill_n(sumRight_.begin(), count * laneGroup, 0.0);
     for (int first = 0; first < voiceCount; first += laneGroup) {
         if (((mask >> first) & 15) == 0) continue;
-        if (bassOn_ && transientOn_) renderGroup<true, true>(f1, f2, count, mask, first);
-        else if (bassOn_) renderGroup<true, false>(f1, f2, count, mask, first);
-        else if (transientOn_) renderGroup<false, true>(f1, f2, count, mask, first);
-        else renderGroup<false, false>(f1, f2, count, mask, first);
+        if (bassOn_ && transientOn_)
+            renderGroup<true, true>(f1, f2, count, mask, first);
+        else if (bassOn_)
+            renderGroup<true, false>(f1, f2, count, mask, first);
+        else if (transientOn_)
+            renderGroup<false, true>(f1, f2, count, mask, first);
+        else
+            renderGroup<false, false>(f1, f2, count, mask, first);
     }
     for (int i = 0; i < count; ++i) {
         const double* l = &sumLeft_[i * laneGroup];

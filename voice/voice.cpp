@@ -15,9 +15,9 @@ namespace {
 namespace par = parameter;
 
 constexpr int ticksPerRefresh = 100;
-constexpr float audible = 0.005f;      // volume or FM depth below which an oscillator does nothing
-constexpr float clickAttack = 0.02f;   // attacks below it start at full gain
-constexpr float freeStart = 0.99f;     // start points above it are random
+constexpr float audible = 0.005f;     // volume or FM depth below which an oscillator does nothing
+constexpr float clickAttack = 0.02f;  // attacks below it start at full gain
+constexpr float freeStart = 0.99f;    // start points above it are random
 
 // Volume, filter, aux 1, aux 2 stand side by side in every family of envelope parameters.
 static_assert(par::AttAux2 - par::AttVol == auxEnvelope2 && par::ShapAux2 - par::ShapVol == auxEnvelope2);
@@ -71,8 +71,8 @@ void Voice::startEnvelopes() {
 }
 
 void Voice::setUpEnvelope(int which) {
-    envelopes[which].setup(mod[par::AttVol + which], mod[par::HoldVol + which], mod[par::DecVol + which], mod[par::SusVol + which],
-                           mod[par::RelVol + which], mod[par::ShapVol + which]);
+    envelopes[which].setup(mod[par::AttVol + which], mod[par::HoldVol + which], mod[par::DecVol + which],
+                           mod[par::SusVol + which], mod[par::RelVol + which], mod[par::ShapVol + which]);
 }
 
 Lfo::Start Voice::lfoStart(int which) const {
@@ -278,8 +278,9 @@ void Voice::tickOscillators() {
         OscillatorState& state = oscillators[i];
         OscillatorPitch& osc = pitch[i];
         if (state.phaseInit != 0) {
-            setupFirstTickPhases(state, mod[par::Start1 + i], mod[par::Pw1 + i], listAt(par::SSWave1 + i), listAt(par::SynType1 + i),
-                                 static_cast<std::uint32_t>(layer_.sample(i).length), layer_.random().congruence);
+            setupFirstTickPhases(state, mod[par::Start1 + i], mod[par::Pw1 + i], listAt(par::SSWave1 + i),
+                                 listAt(par::SynType1 + i), static_cast<std::uint32_t>(layer_.sample(i).length),
+                                 layer_.random().congruence);
             state.phaseInit = 0;
         }
         const double drift = osc.stepDrift(drift_, layer_.random().congruence);
@@ -292,6 +293,7 @@ void Voice::tickOscillators() {
                                               .pitch = mod[par::Pitch1 + i],
                                               .pitchOct = mod[par::PitchOct1 + i]},
                                              drift, shared);
+        frequency[i] = d;
         state.increment = increment24(d);
         state.scanIncrement = scanIncrement(d, mod[par::Pw1 + i]);
         setPosition(state, mod[par::Pw1 + i]);

@@ -72,6 +72,7 @@ public:
     std::array<OscillatorState, oscillatorCount> oscillators;
     std::array<OscillatorPitch, oscillatorCount> pitch;
     std::array<bool, oscillatorCount> oscillatorOn{};  // sounds in this note
+    std::array<double, oscillatorCount> frequency{};   // cycles per sample, as of the last tick
 
     // Matrix sources of their own.
     float impulse = 0.0f;
