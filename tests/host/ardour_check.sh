@@ -82,7 +82,7 @@ run 300 ardour7-export -b 16 -o "$wave" "$work/session" check
 
 data=$(LC_ALL=C grep -abo -m1 data "$wave" | head -1 | cut -d: -f1)
 read -r samples peak < <(od -An -v -t d2 -w2 -j $((data + 8)) "$wave" |
-    awk '{ x = $1 < 0 ? -$1 : $1; if (x > peak) peak = x; n++ } END { print n, peak }')
+    awk '{ x = $1 < 0 ? -$1 : $1; if (x > peak) peak = x; n++ } END { print n + 0, peak + 0 }')
 say "exported: $samples samples, peak $peak of 32768"
 [ "$samples" -ge $((2 * 48000 * (seconds - 1))) ] || fail "the export is too short"
 [ "$peak" -ge 100 ] || fail "the export is silent"
