@@ -28,6 +28,28 @@ struct LinearCongruence {
     }
 };
 
+// `count` steps of the congruence at once, for loops that give each lane a stretch of the sequence. Made in
+// as many rounds as `count` has bits (F. Brown, "Random Number Generation with Arbitrary Strides", 1994).
+class CongruenceJump {
+public:
+    constexpr explicit CongruenceJump(std::uint32_t count) {
+        std::uint32_t factor = 196314165u, addend = 907633515u;
+        for (; count != 0; count >>= 1) {
+            if ((count & 1) != 0) {
+                factor_ *= factor;
+                addend_ = addend_ * factor + addend;
+            }
+            addend *= factor + 1;
+            factor *= factor;
+        }
+    }
+    // The state `count` steps after `state`.
+    constexpr std::uint32_t operator()(std::uint32_t state) const { return state * factor_ + addend_; }
+
+private:
+    std::uint32_t factor_ = 1, addend_ = 0;
+};
+
 // Counter hashed through an integer mixer: neighbouring draws are independent.
 struct HashNoise {
     std::uint32_t counter = 0;

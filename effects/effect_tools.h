@@ -50,15 +50,16 @@ inline T bump(T phase) {
 }
 
 // Fifth-order curve through four neighbouring points with continuous first and second derivative: b at
-// t = 0, c at t = 1.
+// t = 0, c at t = 1. For numbers and for lanes.
 template <class T>
 inline T fourPointCurve(T t, T a, T b, T c, T d) {
+    using S = ScalarOf<T>;
     return (((((d - a) * T(5) + (b - c) * T(15) + ((a - d) * T(2) + (c - b) * T(6)) * t) * t + (a - d) * T(3) + (c - b) * T(9)) *
                  t +
              c - T(2) * b + a) *
                 t +
             c - a) *
-               t * T(0.5) +
+               t * T(S(0.5)) +
            b;
 }
 
