@@ -2,6 +2,12 @@
 
 namespace vantoric {
 
+namespace {
+
+constexpr double roundPi = 3.14159;
+
+}  // namespace
+
 const ShaperTaps& halfBand() {
     static const ShaperTaps taps = shaperFilter(1.570795, 0.6366203);
     return taps;
@@ -16,7 +22,7 @@ const ShaperTaps& rampTable() {
     static const ShaperTaps table = [] {
         ShaperTaps ramp;
         for (int i = 0; i < shaperTaps; ++i)
-            ramp[i] = static_cast<float>((1.0 - math::cos(2.0 * math::pi * i / shaperTaps)) / shaperTaps);
+            ramp[i] = static_cast<float>((1.0 - math::cos(2.0 * roundPi * i / shaperTaps)) / shaperTaps);
         return ramp;
     }();
     return table;
