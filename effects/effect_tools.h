@@ -24,6 +24,12 @@ struct EffectParameters {
     float operator[](int index) const { return values[index]; }
 };
 
+// The usual blend of an effect: all `in` at mix 0, all `wet` at 1.
+template <class T>
+inline T dryWet(T in, T wet, T mix) {
+    return wet * mix + in * (T(1) - mix);
+}
+
 // The part of x after the point, keeping the sign. |x| below 2^31.
 template <class T>
 inline T fraction(T x) {
