@@ -11,7 +11,17 @@ constexpr float walkerDraw = 0.000000000104850004f;   // 0.8 to 1.25 over the ge
 constexpr float ensembleDraw = 0.00000000009320001f;  // 0.8 to 1.2
 
 float square(float x) { return x * x; }
-float cube(float x) { return x * x * x; }
+template <class T>
+T cube(T x) {
+    return x * x * x;
+}
+
+// The rotors turn for minutes at one speed: their increments stay in double, only the phase is stored in single
+// precision.
+float stepRotor(float& phase, double increment) {
+    phase = static_cast<float>(fraction(phase + increment));
+    return phase;
+}
 
 }  // namespace
 
@@ -98,10 +108,12 @@ void Chorus::rotary(float* left, float* right, int count) {
     ringC_.beginBlock(position_, count);
     ringD_.beginBlock(position_, count);
     const float mix = parameters_.mix(), level = parameters_[2];
-    const float slow = stepPhase(phase3_, (cube(parameters_[3]) * 0.999f + 0.001f) * static_cast<float>(count) / sampleRate_);
-    const float sweep = slow > 0.5f ? 1.0f - slow : slow;
-    const float speed = static_cast<float>(fastExp(((sweep - 0.25f) * parameters_[4] + parameters_[1]) * 4.0f));
-    const float increment1 = 0.625f * speed / sampleRate_, increment2 = 0.90625f * speed / sampleRate_;
+    const double rate = sampleRate_;
+    const double drift = (cube(static_cast<double>(parameters_[3])) * 0.999 + 0.001) * count / rate;
+    const double slow = stepRotor(phase3_, drift);
+    const double sweep = slow > 0.5 ? 1.0 - slow : slow;
+    const double speed = fastExp(((sweep - 0.25) * parameters_[4] + parameters_[1]) * 4.0);
+    const double increment1 = 0.625 * speed / rate, increment2 = 0.90625 * speed / rate;
     const float k1 = sampleRate_ * 0.0008f, k2 = sampleRate_ * 0.0005f / 0.90625f;
     const float c = 6174.0f / sampleRate_;
 
@@ -111,8 +123,8 @@ void Chorus::rotary(float* left, float* right, int count) {
         highs[position_] = in - low;
     };
     for (int n = 0; n < count; ++n, advance()) {
-        const float b1 = bump(stepPhase(phase1_, increment1));
-        const float b2 = bump(stepPhase(phase2_, increment2));
+        const float b1 = bump(stepRotor(phase1_, increment1));
+        const float b2 = bump(stepRotor(phase2_, increment2));
         split(ringA_, ringC_, lowLeft_, left[n]);
         split(ringB_, ringD_, lowRight_, right[n]);
         const float wetLeft = linearTap(ringC_, position_, (b2 + 1.0f) * k2) * (level * b2 + 1.0f - level) +
