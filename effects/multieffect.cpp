@@ -13,7 +13,7 @@ constexpr int lastNamedType = 73;
 
 }  // namespace
 
-Multieffect::Multieffect(RandomSources& random) : modulation_(random), drive_(random) {
+Multieffect::Multieffect(RandomSources& random) : delay_(random), modulation_(random), drive_(random) {
     parameters_.fill(0.5f);
     for (int index = 0; index < 5; ++index) setParameter(index, 0.5f);
     degrade_.setVariant(2);
