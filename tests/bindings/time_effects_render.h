@@ -22,26 +22,28 @@ struct StereoSignal {
     std::vector<float> left, right;
 };
 
-// `count` samples of a signal {"kind", ...}, silence from there to `length`.
+// `count` samples of a signal {"kind", ...}, which sounds from sample "from" up to "to", and silence from there
+// to `length`.
 inline std::vector<float> timeSignal(const json& s, int count, double sampleRate, int length) {
     std::vector<float> x(static_cast<std::size_t>(std::max(count, length)), 0.0f);
     const std::string kind = s.at("kind");
     const double amplitude = s.value("amplitude", 1.0);
+    const int from = std::max(s.value("from", 0), 0), to = std::min(s.value("to", count), count);
+    const auto fill = [&](auto value) {
+        for (int i = from; i < to; ++i) x[static_cast<std::size_t>(i)] = static_cast<float>(value(i));
+    };
     if (kind == "impulse") {
         const int at = s.value("at", 0);
         if (at >= 0 && at < count) x[static_cast<std::size_t>(at)] = static_cast<float>(amplitude);
     } else if (kind == "noise") {
         vantoric::LinearCongruence generator{s.at("seed").get<std::uint32_t>()};
-        const int to = std::min(s.value("to", count), count);
-        for (int i = std::max(s.value("from", 0), 0); i < to; ++i)
-            x[static_cast<std::size_t>(i)] = static_cast<float>((generator.next() / 2147483648.0 - 1.0) * amplitude);
+        fill([&](int) { return (generator.next() / 2147483648.0 - 1.0) * amplitude; });
     } else if (kind == "sine") {
         const double turn = 2.0 * M_PI * s.at("frequency").get<double>();
-        for (int i = 0; i < count; ++i)
-            x[static_cast<std::size_t>(i)] = static_cast<float>(amplitude * std::sin(turn * i / sampleRate));
+        fill([&](int i) { return amplitude * std::sin(turn * i / sampleRate); });
     } else if (kind == "constant") {
         const double level = s.contains("value") ? s["value"].get<double>() : amplitude;
-        std::fill_n(x.begin(), count, static_cast<float>(level));
+        fill([&](int) { return level; });
     } else if (kind != "silence") {
         throw std::runtime_error("unknown signal " + kind);
     }
