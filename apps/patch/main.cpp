@@ -1,0 +1,182 @@
+// vantoric-patch: compiles readable patches, and turns patch files into such texts, compares and describes them.
+#include <unistd.h>
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "apps/patch/compare.h"
+#include "apps/patch/patch_text.h"
+#include "apps/patch/wave_text.h"
+#include "platform/files.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace vantoric;
+using namespace vantoric::patch;
+
+enum Exit { done = 0, different = 1, wrongUse = 2, fileTrouble = 3 };
+
+bool isText(const fs::path& path) { return path.extension() == ".json"; }
+
+std::vector<std::uint8_t> readWhole(const fs::path& path) {
+    std::vector<std::uint8_t> bytes;
+    if (!platform::readFile(path.string(), bytes)) throw PatchError("", "cannot be read");
+    return bytes;
+}
+
+void writeWhole(const fs::path& path, const void* bytes, std::size_t size) {
+    if (!path.parent_path().empty() && !platform::makeFolder(path.parent_path().string()))
+        throw PatchError(path.parent_path().string(), "this folder cannot be made");
+    if (!platform::writeFile(path.string(), bytes, size)) throw PatchError(path.string(), "cannot be written");
+}
+
+// A patch file or a text, by its name. Returns the size of the file.
+std::size_t load(const fs::path& path, Patch& patch) {
+    const std::vector<std::uint8_t> bytes = readWhole(path);
+    if (isText(path)) {
+        const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        readText(text, (path.parent_path() / "").string(), path.stem().string(), patch);
+    } else {
+        fromPatchFile(bytes, patch);
+    }
+    return bytes.size();
+}
+
+int complain(const fs::path& path, const PatchError& error) {
+    std::fprintf(stderr, "vantoric-patch: %s: %s\n", path.c_str(), error.what());
+    return fileTrouble;
+}
+
+int compileFile(const fs::path& from, const fs::path& to) {
+    try {
+        Patch patch;
+        load(from, patch);
+        const std::vector<std::uint8_t> file = toPatchFile(patch);
+        writeWhole(to, file.data(), file.size());
+        return done;
+    } catch (const PatchError& error) {
+        return complain(from, error);
+    }
+}
+
+// Every text below a folder goes to the same place below the other one.
+int compileFolder(const fs::path& from, const fs::path& to) {
+    std::vector<fs::path> texts;
+    std::error_code error;
+    for (fs::recursive_directory_iterator entry(from, error), end; !error && entry != end; entry.increment(error))
+        if (isText(entry->path()) && entry->is_regular_file()) texts.push_back(entry->path());
+    if (error) return complain(from, PatchError("", "this folder cannot be read"));
+    std::sort(texts.begin(), texts.end());
+    const bool terminal = isatty(STDERR_FILENO) != 0;
+    int code = done;
+    std::size_t good = 0;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        const fs::path below = texts[i].lexically_relative(from);
+        if (terminal) std::fprintf(stderr, "\r\033[K%zu of %zu: %s", i + 1, texts.size(), below.c_str());
+        if (terminal && i + 1 == texts.size()) std::fprintf(stderr, "\r\033[K");
+        const int result = compileFile(texts[i], to / fs::path(below).replace_extension(".fxp"));
+        good += result == done;
+        code = std::max(code, result);
+    }
+    std::printf("%zu of %zu patches compiled to %s\n", good, texts.size(), to.c_str());
+    return code;
+}
+
+struct Options {
+    std::string in, out;
+    bool noSamples = false;
+};
+
+int compile(const Options& options) {
+    if (fs::is_directory(options.in)) return compileFolder(options.in, options.out);
+    return compileFile(options.in, options.out);
+}
+
+int decompile(const Options& options) {
+    try {
+        Patch patch;
+        load(options.in, patch);
+        const fs::path out = options.out;
+        bool left = false;
+        const auto saveSample = [&](int wave) {
+            if (options.noSamples || options.out.empty()) {
+                left = true;
+                return std::string();
+            }
+            const std::string file = out.stem().string() + "-layer" + std::to_string(wave / oscillatorCount + 1) + "-osc" +
+                                     std::to_string(wave % oscillatorCount + 1) + ".wav";
+            writeSampleFile((out.parent_path() / file).string(), patch.samples[static_cast<std::size_t>(wave)]);
+            return file;
+        };
+        const std::string text = writeText(patch, saveSample);
+        if (left && !options.noSamples)
+            std::fprintf(stderr, "vantoric-patch: the samples are left out; name an output file to keep them\n");
+        if (options.out.empty())
+            std::fwrite(text.data(), 1, text.size(), stdout);
+        else
+            writeWhole(out, text.data(), text.size());
+        return done;
+    } catch (const PatchError& error) {
+        return complain(options.in, error);
+    }
+}
+
+int compare(const Options& options) {
+    Patch patches[2];
+    const std::string* paths[2] = {&options.in, &options.out};
+    for (int i = 0; i < 2; ++i) {
+        try {
+            load(*paths[i], patches[i]);
+        } catch (const PatchError& error) {
+            return complain(*paths[i], error);
+        }
+    }
+    const std::vector<std::string> lines = differences(patches[0], patches[1]);
+    for (const std::string& line : lines) std::printf("%s\n", line.c_str());
+    return lines.empty() ? done : different;
+}
+
+int info(const Options& options) {
+    try {
+        Patch patch;
+        const std::size_t size = load(options.in, patch);
+        std::fputs(describe(patch, size).c_str(), stdout);
+        return done;
+    } catch (const PatchError& error) {
+        return complain(options.in, error);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Turns readable patches (.json) into patch files (.fxp) and back.", "vantoric-patch");
+    app.require_subcommand(1);
+    app.footer("Exit codes: 0 done or equal, 1 different, 2 wrong use, 3 a file that cannot be read, understood or written.");
+    Options options;
+    CLI::App* compiling = app.add_subcommand("compile", "compile a text, or all texts of a folder with its folders");
+    compiling->add_option("IN", options.in, "patch text or folder")->required();
+    compiling->add_option("OUT", options.out, "patch file or folder")->required();
+    CLI::App* decompiling = app.add_subcommand("decompile", "write a patch file as text; samples become WAV files beside it");
+    decompiling->add_option("IN", options.in, "patch file")->required();
+    decompiling->add_option("OUT", options.out, "patch text (default: standard output)");
+    decompiling->add_flag("--no-samples", options.noSamples, "leave the samples out");
+    CLI::App* comparing = app.add_subcommand("compare", "list what differs between two patches, files or texts");
+    comparing->add_option("A", options.in, "patch file or text")->required();
+    comparing->add_option("B", options.out, "patch file or text")->required();
+    CLI::App* describing = app.add_subcommand("info", "tell what a patch is made of");
+    describing->add_option("IN", options.in, "patch file or text")->required();
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? done : wrongUse;
+    }
+    if (compiling->parsed()) return compile(options);
+    if (decompiling->parsed()) return decompile(options);
+    return comparing->parsed() ? compare(options) : info(options);
+}

@@ -1,0 +1,283 @@
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <optional>
+#include <set>
+
+#include "apps/patch/patch_text.h"
+#include "apps/patch/value_text.h"
+#include "apps/patch/wave_text.h"
+#include "base/numbers.h"
+#include "engine/parameter_table.h"
+#include "engine/parameter_text.h"
+
+namespace vantoric::patch {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// The JSON of a text; a key that stands twice in an object is an error too.
+Json parse(std::string_view text) {
+    std::vector<std::set<std::string>> open;
+    const auto callback = [&open](int, Json::parse_event_t event, Json& parsed) {
+        if (event == Json::parse_event_t::object_start) open.emplace_back();
+        if (event == Json::parse_event_t::object_end) open.pop_back();
+        if (event == Json::parse_event_t::key && !open.back().insert(parsed.get<std::string>()).second)
+            throw PatchError(parsed.get<std::string>(), "stands twice in the same object");
+        return true;
+    };
+    try {
+        return Json::parse(text, callback);
+    } catch (const Json::parse_error& error) {
+        std::string what = error.what();
+        if (const auto at = what.find("line "); at != what.npos) what = what.substr(at);
+        throw PatchError("", what);
+    }
+}
+
+std::string shown(const Json& value) {
+    std::string text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return text.size() > 40 ? text.substr(0, 40) + "..." : text;
+}
+
+// One key of the text, with the way to it.
+struct Node {
+    const Json& json;
+    std::string where;
+
+    [[noreturn]] void refuse(const std::string& what) const { throw PatchError(where, what); }
+    Node at(const std::string& key) const { return {json.at(key), where.empty() ? key : where + "." + key}; }
+    Node at(std::size_t index) const { return {json.at(index), where + "[" + std::to_string(index + 1) + "]"}; }
+    bool has(const std::string& key) const { return json.contains(key); }
+
+    void expectObject() const {
+        if (!json.is_object()) refuse("should be an object, {...}, and is " + shown(json));
+    }
+    void expectList(std::size_t most) const {
+        if (!json.is_array()) refuse("should be a list, [...], and is " + shown(json));
+        if (json.size() > most)
+            refuse("has " + std::to_string(json.size()) + " entries, at most " + std::to_string(most) + " are possible");
+    }
+    std::string text() const {
+        if (!json.is_string()) refuse("should be a text, and is " + shown(json));
+        return json.get<std::string>();
+    }
+    double number() const {
+        if (!json.is_number()) refuse("should be a number, and is " + shown(json));
+        return json.get<double>();
+    }
+    int whole(int low, int high) const {
+        const double value = number();
+        if (value < low || value > high || value != static_cast<int>(value))
+            refuse("should be a whole number from " + std::to_string(low) + " to " + std::to_string(high) + ", and is " +
+                   shown(json));
+        return static_cast<int>(value);
+    }
+    // Every key of an object must be known.
+    void expectKeys(const std::vector<std::string>& keys) const {
+        expectObject();
+        for (const auto& item : json.items())
+            if (std::find(keys.begin(), keys.end(), item.key()) == keys.end())
+                at(item.key()).refuse("unknown key; did you mean \"" + nearestText(item.key(), keys) + "\"?");
+    }
+};
+
+class Reader {
+public:
+    Reader(const std::string& folder, Patch& patch) : folder_(folder), patch_(patch) {}
+
+    void readTop(const Node& top, const std::string& stem) {
+        top.expectKeys({"format", "name", "author", "about", "global", "master", "layers"});
+        if (!top.has("format")) top.refuse("\"format\": " + std::to_string(textFormat) + " is missing");
+        if (const Node format = top.at("format"); format.number() != textFormat)
+            format.refuse("should be " + std::to_string(textFormat) + ", and is " + shown(format.json));
+        patch_.name = top.has("name") ? top.at("name").text() : stem;
+        if (patch_.name.empty() || patch_.name.size() > longestName)
+            throw PatchError("name", "\"" + patch_.name + "\" should have 1 to " + std::to_string(longestName) + " characters");
+        if (top.has("author")) patch_.author = top.at("author").text();
+        if (top.has("about")) patch_.about = top.at("about").text();
+        if (top.has("global")) readGlobal(top.at("global"));
+        if (top.has("master")) readSlot(top.at("master"), masterSlot);
+        if (top.has("layers")) readLayers(top.at("layers"));
+        cleanMatrix(patch_);
+    }
+
+private:
+    void set(int n, const Node& node) {
+        float value = 0.0f;
+        try {
+            if (node.json.is_number())
+                value = readValue(n, node.json.get<double>());
+            else if (node.json.is_boolean() && parameterInfo(n).kind == ControlKind::Switch)
+                value = node.json.get<bool>() ? 1.0f : 0.0f;
+            else
+                value = readValue(n, node.text());
+        } catch (const PatchError& error) {
+            if (node.json.is_string() || node.json.is_number()) node.refuse(error.what());
+            throw;
+        }
+        const int index = n < globalParameterCount ? n : hostIndex(n, layer_);
+        patch_.parameters.setParameterQuiet(index, value);
+        if (patch_.parameters.getParameter(index) != value)
+            node.refuse("\"" + shown(node.json) + "\" lies beyond the end of its list");
+    }
+
+    void readGlobal(const Node& global) {
+        global.expectObject();
+        for (const auto& item : global.json.items()) {
+            const Node node = global.at(item.key());
+            const int n = parameterIndex(item.key(), 0);
+            if (n >= parameter::Layer1On && n <= parameter::Layer4On) node.refuse("say \"on\" in the layer instead");
+            if (n >= globalParameterCount) node.refuse("belongs into a layer");
+            if (n < 0) node.refuse("no global parameter has this name; did you mean \"" + nearestName(item.key(), true) + "\"?");
+            set(n, node);
+        }
+    }
+
+    // A layer that is written is on unless it says otherwise.
+    void readLayers(const Node& layers) {
+        layers.expectList(layerCount);
+        patch_.parameters.setParameterQuiet(parameter::Layer1On, 0.0f);
+        for (std::size_t i = 0; i < layers.json.size(); ++i) {
+            layer_ = static_cast<int>(i);
+            const Node layer = layers.at(i);
+            layer.expectObject();
+            patch_.parameters.setParameterQuiet(parameter::Layer1On + layer_, 1.0f);
+            if (layer.has("on")) set(parameter::Layer1On + layer_, layer.at("on"));
+            readLayer(layer);
+        }
+    }
+
+    void readLayer(const Node& layer) {
+        for (const auto& item : layer.json.items()) {
+            const Node node = layer.at(item.key());
+            if (item.key() == "on") continue;
+            if (readGroup(item.key(), node)) continue;
+            const int index = parameterIndex(item.key(), layer_);
+            if (index >= 0 && index < globalParameterCount) node.refuse("belongs into \"global\"");
+            if (index < 0)
+                node.refuse("no parameter of a layer has this name; did you mean \"" + nearestName(item.key(), false) + "\"?");
+            set(numberOfParameter(index), node);
+        }
+    }
+
+    bool readGroup(const std::string& key, const Node& node) {
+        for (const SlotKeys& slot : insertSlots)
+            if (key == slot.key) return readSlot(node, slot), true;
+        for (int oscillator = 0; oscillator < oscillatorCount; ++oscillator) {
+            const int index = layer_ * oscillatorCount + oscillator;
+            const std::string number = std::to_string(oscillator + 1);
+            if (key == "customWave" + number) return readCustomWave(node, index), true;
+            if (key == "sample" + number) return readSample(node, index), true;
+        }
+        if (key == "matrix") return readMatrix(node), true;
+        if (key == "arp") return readArp(node), true;
+        if (key == "steps") return readSteps(node), true;
+        return false;
+    }
+
+    void readSlot(const Node& slot, const SlotKeys& keys) {
+        slot.expectKeys({"type", "mix", "par1", "par2", "par3", "par4"});
+        const auto percent = [this, &slot](const char* key, int n) {
+            if (!slot.has(key)) return;
+            const Node node = slot.at(key);
+            if (!node.json.is_number()) return set(n, node);
+            const float value = readPercent(node.number(), false);
+            if (!(value >= 0.0f && value <= 1.0f))
+                node.refuse("should be a percentage from 0 to 100, and is " + shown(node.json));
+            patch_.parameters.setParameterQuiet(n < globalParameterCount ? n : hostIndex(n, layer_), value);
+        };
+        if (slot.has("type")) set(keys.type, slot.at("type"));
+        percent("mix", keys.mix);
+        for (int k = 0; k < slotParameters; ++k) percent(("par" + std::to_string(k + 1)).c_str(), keys.first + k);
+    }
+
+    // Rows follow each other unless they say which "slot" they are.
+    void readMatrix(const Node& matrix) {
+        matrix.expectList(matrixRows);
+        int row = -1;
+        for (std::size_t i = 0; i < matrix.json.size(); ++i) {
+            const Node node = matrix.at(i);
+            node.expectKeys({"slot", "source", "destination", "amount"});
+            row = node.has("slot") ? node.at("slot").whole(row + 2, matrixRows) - 1 : row + 1;
+            if (row >= matrixRows) node.refuse("there are only " + std::to_string(matrixRows) + " slots");
+            for (const char* key : {"source", "destination", "amount"})
+                if (!node.has(key)) node.refuse("\"" + std::string(key) + "\" is missing");
+            set(parameter::MatSrc1 + row, node.at("source"));
+            set(parameter::MatDst1 + row, node.at("destination"));
+            set(parameter::MatVal1 + row, node.at("amount"));
+        }
+    }
+
+    void readArp(const Node& arp) {
+        arp.expectList(arpSteps);
+        int step = -1;
+        for (std::size_t i = 0; i < arp.json.size(); ++i) {
+            const Node node = arp.at(i);
+            node.expectKeys({"step", "note", "velocity"});
+            step = node.has("step") ? node.at("step").whole(step + 2, arpSteps) - 1 : step + 1;
+            if (step >= arpSteps) node.refuse("there are only " + std::to_string(arpSteps) + " steps");
+            if (node.has("note")) set(parameter::ArpStp1 + step, node.at("note"));
+            if (node.has("velocity")) set(parameter::ArpVol1 + step, node.at("velocity"));
+        }
+    }
+
+    void readSteps(const Node& steps) {
+        steps.expectList(stepCount);
+        for (std::size_t i = 0; i < steps.json.size(); ++i) set(parameter::Step1 + static_cast<int>(i), steps.at(i));
+    }
+
+    void readCustomWave(const Node& wave, int index) {
+        wave.expectKeys({"harmonics", "base64"});
+        if (wave.json.size() != 1) wave.refuse("should have either \"harmonics\" or \"base64\"");
+        Cycle& cycle = patch_.customWaves[static_cast<std::size_t>(index)];
+        if (wave.has("harmonics")) {
+            const Node list = wave.at("harmonics");
+            list.expectList(chunk::waveSamples / 2);
+            std::vector<double> amplitudes;
+            for (std::size_t i = 0; i < list.json.size(); ++i) amplitudes.push_back(list.at(i).number());
+            cycle = cycleOfHarmonics(amplitudes);
+            return;
+        }
+        const Node node = wave.at("base64");
+        try {
+            cycle = readCycle(node.text());
+        } catch (const PatchError& error) {
+            node.refuse(error.what());
+        }
+    }
+
+    void readSample(const Node& node, int index) {
+        node.expectKeys({"file", "loop", "rate"});
+        if (!node.has("file")) node.refuse("\"file\" is missing");
+        const std::string path = node.at("file").text();
+        try {
+            const SampleFile file = readSampleFile(path.starts_with('/') ? path : folder_ + path);
+            int loop[2] = {0, 0};
+            if (node.has("loop")) {
+                const Node range = node.at("loop");
+                if (!range.json.is_array() || range.json.size() != 2) range.refuse("should be [start, end] in samples");
+                for (std::size_t k = 0; k < 2; ++k) loop[k] = range.at(k).whole(0, maxSampleLength);
+            }
+            const std::uint32_t rate =
+                node.has("rate") ? static_cast<std::uint32_t>(node.at("rate").whole(0, maxSampleRate)) : file.rate;
+            setSample(patch_, index, file.frames, rate, loop[0], loop[1]);
+        } catch (const PatchError& error) {
+            node.refuse(error.what());
+        }
+    }
+
+    std::string folder_;
+    Patch& patch_;
+    int layer_ = 0;
+};
+
+}  // namespace
+
+void readText(std::string_view text, const std::string& folder, const std::string& stem, Patch& patch) {
+    const Json json = parse(text);
+    Reader(folder, patch).readTop({json, ""}, stem);
+}
+
+}  // namespace vantoric::patch

@@ -1,0 +1,158 @@
+#include "factory/patches/studio.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+
+#include "apps/render/report.h"
+#include "base/math.h"
+#include "platform/module_folder.h"
+#include "platform/thread.h"
+
+namespace vantoric::factory {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int block = 512;
+constexpr double silentLevel = 0.00025;  // -72 dBFS
+constexpr int noteOn = 0x90, noteOff = 0x80;
+
+// An installation in a folder of its own: the banks are links, so that configuration files of the instrument end
+// here and go with it.
+std::string makeInstallation() {
+    char name[] = "/tmp/vantoric-studio-XXXXXX";
+    const char* made = mkdtemp(name);
+    if (made == nullptr) return {};
+    const fs::path folder = made;
+    setenv("XDG_CONFIG_HOME", made, 1);
+    fs::create_directory(folder / "Vantoric_data");
+    fs::create_directory_symlink(fs::path(MADE_FOLDER) / "Vantoric_sounds", folder / "Vantoric_sounds");
+    for (const auto& bank : fs::directory_iterator(fs::path(MADE_FOLDER) / "Vantoric_data"))
+        if (bank.path().extension() == ".va") fs::create_symlink(bank.path(), folder / "Vantoric_data" / bank.path().filename());
+    return folder.string();
+}
+
+}  // namespace
+
+Studio::Studio() : folder_(makeInstallation()) {
+    platform::setDataFolder(folder_);
+    engine_ = std::make_unique<Q7Audio>(nullptr, dialogs_);
+    engine_->setSampleRate(studioRate);
+    engine_->resume();
+    waitForWaves();
+}
+
+Studio::~Studio() {
+    engine_.reset();
+    platform::setDataFolder("");
+    std::error_code ignored;
+    if (!folder_.empty()) fs::remove_all(folder_, ignored);
+}
+
+// The worker takes up a request within some milliseconds; the first one waits for the banks as well.
+void Studio::waitForWaves() {
+    EngineFlags& flags = engine_->flags();
+    for (int i = 0; i < 20000; ++i) {
+        if (!flags.bootPending.isSet() && !flags.audioMuted.isSet() && !flags.rebuildRequested.isSet() &&
+            !flags.rebuildRunning.isSet())
+            break;
+        platform::sleepMilliseconds(1);
+    }
+}
+
+bool Studio::load(const std::string& path) {
+    const bool taken = engine_->patchFiles().loadPatchFile(path);
+    waitForWaves();
+    return taken;
+}
+
+void Studio::send(int status, int data1, int data2) {
+    VstMidiEvent event{};
+    event.type = 1;
+    event.byteSize = sizeof event;
+    const int bytes[] = {status, data1, data2};
+    for (int i = 0; i < 3; ++i) event.midiData[i] = static_cast<char>(bytes[i]);
+    VstEvents events{};
+    events.numEvents = 1;
+    events.events[0] = reinterpret_cast<VstEvent*>(&event);
+    engine_->processEvents(&events);
+}
+
+void Studio::render(Take& take, double seconds) {
+    for (auto frames = static_cast<std::size_t>(seconds * studioRate / block); frames > 0; --frames) {
+        const std::size_t at = take.left.size();
+        take.left.resize(at + block);
+        take.right.resize(at + block);
+        float* outputs[] = {take.left.data() + at, take.right.data() + at};
+        engine_->processReplacing(nullptr, outputs, block);
+    }
+}
+
+Take Studio::play(const std::vector<int>& keys, int velocity, double held, double tail) {
+    engine_->suspend();
+    engine_->resume();
+    Take take;
+    for (const int key : keys) {
+        send(noteOn, key, velocity);
+        Take gap;
+        render(gap, 0.0);
+    }
+    render(take, held);
+    const std::size_t released = take.left.size();
+    for (const int key : keys) send(noteOff, key, 0);
+    render(take, tail);
+
+    render::Meter meter(studioRate);
+    double sums[2] = {0.0, 0.0};
+    const std::size_t end = take.left.size(), last = end - studioRate / 2;
+    std::size_t heard = released;
+    for (std::size_t i = 0; i < end; ++i) {
+        const float pair[] = {take.left[i], take.right[i]};
+        take.finite = take.finite && std::isfinite(pair[0]) && std::isfinite(pair[1]);
+        const double size = std::max(std::fabs(pair[0]), std::fabs(pair[1]));
+        take.peak = std::max(take.peak, size);
+        if (size > silentLevel) heard = std::max(heard, i);
+        if (i >= last) take.endPeak = std::max(take.endPeak, size);
+        if (i >= released) continue;
+        meter.hear(pair, 1);
+        for (int side = 0; side < 2; ++side) sums[side] += static_cast<double>(pair[side]);
+    }
+    take.loudness = std::max(-100.0, meter.loudness());
+    take.offset = std::max(std::fabs(sums[0]), std::fabs(sums[1])) / static_cast<double>(std::max<std::size_t>(1, released));
+    take.tailSeconds = static_cast<double>(heard - released) / studioRate;
+    return take;
+}
+
+// Power of a windowed stretch at single frequencies; the best is refined by ever smaller steps.
+double fundamental(const std::vector<float>& samples, double start, double seconds, double expected) {
+    const auto first = static_cast<std::size_t>(start * studioRate);
+    const auto count = static_cast<std::size_t>(seconds * studioRate);
+    if (first + count > samples.size()) return 0.0;
+    const auto power = [&](double hertz) {
+        double re = 0.0, im = 0.0;
+        for (std::size_t i = 0; i < count; ++i) {
+            const double window = 0.5 - 0.5 * math::cos(2.0 * math::pi * static_cast<double>(i) / static_cast<double>(count));
+            const double angle = 2.0 * math::pi * hertz * static_cast<double>(i) / studioRate;
+            const double x = window * static_cast<double>(samples[first + i]);
+            re += x * math::cos(angle);
+            im += x * math::sin(angle);
+        }
+        return re * re + im * im;
+    };
+    double best = expected, strongest = power(expected);
+    for (double step = 25.0; step >= 0.5; step *= 0.5) {  // cents
+        const double centre = best;
+        for (int k = -4; k <= 4; ++k) {
+            const double hertz = centre * math::exp(k * step / 1731.234);
+            if (const double here = power(hertz); here > strongest) strongest = here, best = hertz;
+        }
+    }
+    return strongest > 1e-9 * static_cast<double>(count) * static_cast<double>(count) ? best : 0.0;
+}
+
+}  // namespace vantoric::factory

@@ -1,0 +1,54 @@
+// An engine with the made wave banks, on which patches are played and measured.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/q7audio.h"
+#include "platform/recorded_dialogs.h"
+
+namespace vantoric::factory {
+
+inline constexpr int studioRate = 44100;  // Hz
+
+struct Take {
+    double peak = 0.0;         // of full scale, over all
+    double loudness = -100.0;  // LUFS while the keys are held
+    double offset = 0.0;       // mean while the keys are held, the larger of the two channels
+    double tailSeconds = 0.0;  // from the release to the last sample above -72 dBFS
+    double endPeak = 0.0;      // of the last half second
+    bool finite = true;
+    std::vector<float> left, right;
+};
+
+// Plays one instance of the instrument; installs nothing and leaves nothing behind.
+class Studio {
+public:
+    Studio();
+    ~Studio();
+
+    // Loads a patch file and waits until its waves are made. False if it was not taken.
+    bool load(const std::string& path);
+
+    // Holds the keys for `held` seconds, then lets go and listens for `tail` seconds. Starts from silence.
+    Take play(const std::vector<int>& keys, int velocity, double held, double tail);
+
+    // Boxes that the instrument has shown since the start.
+    std::vector<platform::RecordedDialogs::Box> boxes() const { return dialogs_.boxes(); }
+
+private:
+    void send(int status, int data1, int data2);
+    void render(Take& take, double seconds);
+    void waitForWaves();
+
+    std::string folder_;
+    platform::RecordedDialogs dialogs_;
+    std::unique_ptr<Q7Audio> engine_;
+};
+
+// Hz of the strongest fundamental near `expected` (within a semitone) in the recording from `start` seconds on,
+// to a cent or so; 0 if there is no such tone.
+double fundamental(const std::vector<float>& samples, double start, double seconds, double expected);
+
+}  // namespace vantoric::factory
