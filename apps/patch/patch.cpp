@@ -128,9 +128,10 @@ std::vector<std::uint8_t> toPatchFile(Patch& patch) {
     bench.program().setProgramName(patch.name);
     const ChunkBytes chunk = bench.chunk().getChunk();
     if (chunk.size == 0) throw PatchError("", bench.complaint());
+    std::vector<std::uint8_t> file(static_cast<std::size_t>(patchHeaderBytes) + static_cast<std::size_t>(chunk.size));
     const PatchHeader header = makePatchHeader(patch.name, chunk.size);
-    std::vector<std::uint8_t> file(header.begin(), header.end());
-    file.insert(file.end(), chunk.data.get(), chunk.data.get() + chunk.size);
+    std::copy_n(header.data(), header.size(), file.data());
+    std::copy_n(chunk.data.get(), chunk.size, file.data() + patchHeaderBytes);
     return file;
 }
 
