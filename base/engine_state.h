@@ -31,28 +31,28 @@ struct EngineFlags {
 
 struct EngineState {
     // Rates. Everything renders at the internal rate: the host's above 48 kHz, else twice the host's.
-    float internalRate = 88200.0f;            // Hz
-    double internalRateExact = 88200.0;       // Hz
-    float reciprocalRate = 1.0f / 88200.0f;   // seconds
-    float rateTo44100 = 0.5f;                 // 44100 / internal rate
-    int tickSamples = 88;                     // samples of a control tick; 0 silences the engine
+    float internalRate = 88200.0f;           // Hz
+    double internalRateExact = 88200.0;      // Hz
+    float reciprocalRate = 1.0f / 88200.0f;  // seconds
+    float rateTo44100 = 0.5f;                // 44100 / internal rate
+    int tickSamples = 88;                    // samples of a control tick; 0 silences the engine
     float reciprocalTickSamples = 1.0f / 88;
     double ticksPerSecond = 88200.0 / 88;
-    bool oversampled = true;                  // the host runs at half the internal rate
-    std::array<float, 256> keyIncrement{};    // cycles per sample of each key at octave 0
+    bool oversampled = true;                // the host runs at half the internal rate
+    std::array<float, 256> keyIncrement{};  // cycles per sample of each key at octave 0
 
     // Time.
     double tempoBpm = 120.0;
-    double songPosition = 0.0;                // quarter notes
+    double songPosition = 0.0;  // quarter notes
 
     // Controllers.
-    float modwheelSmoothed = 0.0f;            // 0 to 1
-    float pitchWheelSmoothed = 0.5f;          // 0 to 1, 0.5 is the centre
-    float channelPressureSmoothed = 0.0f;     // 0 to 1
-    float pitchBendFactor = 1.0f;             // frequency factor
-    std::array<float, 128> ccValue{};         // value / 128
-    std::array<std::uint8_t, 128> heldNote{}; // 1 while the key is held
-    bool pedalRelease = false;                // deferred note-offs are being dealt out
+    float modwheelSmoothed = 0.0f;             // 0 to 1
+    float pitchWheelSmoothed = 0.5f;           // 0 to 1, 0.5 is the centre
+    float channelPressureSmoothed = 0.0f;      // 0 to 1
+    float pitchBendFactor = 1.0f;              // frequency factor
+    std::array<float, 128> ccValue{};          // value / 128
+    std::array<std::uint8_t, 128> heldNote{};  // 1 while the key is held
+    bool pedalRelease = false;                 // deferred note-offs are being dealt out
 
     // Global parameters as list indices.
     int quality = 0;

@@ -33,7 +33,8 @@ constexpr LaneSpan spanOf(LaneMask mask) {
 template <class Vector>
 inline typename Vector::mask_type maskOf(LaneMask mask, int first) {
     bool wanted[Vector::size()];
-    for (std::size_t lane = 0; lane < Vector::size(); ++lane) wanted[lane] = ((mask >> (first + static_cast<int>(lane))) & 1) != 0;
+    for (std::size_t lane = 0; lane < Vector::size(); ++lane)
+        wanted[lane] = ((mask >> (first + static_cast<int>(lane))) & 1) != 0;
     return typename Vector::mask_type(wanted, stdx::element_aligned);
 }
 

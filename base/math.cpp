@@ -30,20 +30,20 @@ double roundToWhole(double x) {
 
 // sin(r) and cos(r) for |r| up to pi / 4, from their power series in r^2.
 double sinePart(double r) {
-    static constexpr double c[] = {1.0,           -1.0 / 6,          1.0 / 120,          -1.0 / 5040,         1.0 / 362880,
-                                   -1.0 / 39916800, 1.0 / 6227020800, -1.0 / 1307674368000, 1.0 / 355687428096000};
+    static constexpr double c[] = {1.0,
+                                   -1.0 / 6,
+                                   1.0 / 120,
+                                   -1.0 / 5040,
+                                   1.0 / 362880,
+                                   -1.0 / 39916800,
+                                   1.0 / 6227020800,
+                                   -1.0 / 1307674368000,
+                                   1.0 / 355687428096000};
     return r * polynomial(c, r * r);
 }
 double cosinePart(double r) {
-    static constexpr double c[] = {1.0,
-                                   -0.5,
-                                   1.0 / 24,
-                                   -1.0 / 720,
-                                   1.0 / 40320,
-                                   -1.0 / 3628800,
-                                   1.0 / 479001600,
-                                   -1.0 / 87178291200,
-                                   1.0 / 20922789888000};
+    static constexpr double c[] = {
+        1.0, -0.5, 1.0 / 24, -1.0 / 720, 1.0 / 40320, -1.0 / 3628800, 1.0 / 479001600, -1.0 / 87178291200, 1.0 / 20922789888000};
     return polynomial(c, r * r);
 }
 
@@ -63,8 +63,9 @@ int reduceQuarter(double x, double& r) {
 }  // namespace
 
 double exp(double x) {
-    static constexpr double c[] = {1.0,         1.0,          1.0 / 2,       1.0 / 6,        1.0 / 24,        1.0 / 120,       1.0 / 720,
-                                   1.0 / 5040, 1.0 / 40320, 1.0 / 362880, 1.0 / 3628800, 1.0 / 39916800, 1.0 / 479001600, 1.0 / 6227020800};
+    static constexpr double c[] = {
+        1.0,        1.0,         1.0 / 2,      1.0 / 6,       1.0 / 24,       1.0 / 120,       1.0 / 720,
+        1.0 / 5040, 1.0 / 40320, 1.0 / 362880, 1.0 / 3628800, 1.0 / 39916800, 1.0 / 479001600, 1.0 / 6227020800};
     x = clampTo(x, -708.0, 709.0);
     const double n = roundToWhole(x * log2e);
     const double r = (x - n * ln2High) - n * ln2Low;

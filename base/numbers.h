@@ -49,9 +49,7 @@ constexpr T shapeCurve(T x, T k) {
 }
 
 // List parameters store index / 128. Returns the index, 0 to 127, of a stored value.
-constexpr int listIndex(float value) {
-    return static_cast<int>(clampTo(value * 128.0f + 0.00001f, 0.0f, 127.0f));
-}
+constexpr int listIndex(float value) { return static_cast<int>(clampTo(value * 128.0f + 0.00001f, 0.0f, 127.0f)); }
 
 // The stored value of a list index.
 constexpr float listValue(int index) { return static_cast<float>(index) * 0.0078125f; }

@@ -69,8 +69,10 @@ void WaveWorker::rebuild() {
     }
     for (std::size_t i = 0; i < oscillators_.size(); ++i) {
         if (cancel.isSet()) return;
-        if (copyOfBefore[i]) copyMips(*oscillators_[i - 1].customWave, *oscillators_[i].customWave);
-        else if (!makeCustomMips(*oscillators_[i].customWave, cancel)) return;
+        if (copyOfBefore[i])
+            copyMips(*oscillators_[i - 1].customWave, *oscillators_[i].customWave);
+        else if (!makeCustomMips(*oscillators_[i].customWave, cancel))
+            return;
     }
 }
 

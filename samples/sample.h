@@ -6,15 +6,15 @@
 
 namespace vantoric {
 
-inline constexpr int sampleLevels = 5;             // the recording and four filtered copies
-inline constexpr int sampleGuard = 2032;           // words allocated beyond the length
+inline constexpr int sampleLevels = 5;    // the recording and four filtered copies
+inline constexpr int sampleGuard = 2032;  // words allocated beyond the length
 inline constexpr std::int32_t maxSampleLength = 16777216;
 inline constexpr std::uint32_t maxSampleRate = 384000;
 
 struct Sample {
-    std::int32_t length = 0;       // samples; 0: none
-    std::int32_t loopStart = 0;    // samples
-    std::int32_t loopEnd = 0;      // samples
+    std::int32_t length = 0;           // samples; 0: none
+    std::int32_t loopStart = 0;        // samples
+    std::int32_t loopEnd = 0;          // samples
     std::uint32_t sampleRate = 44100;  // Hz
     std::unique_ptr<std::int16_t[]> levels[sampleLevels];
 

@@ -1,7 +1,7 @@
 # Sourced by ./play and ./check: sees to the Debian packages that a build needs.
 
 build_packages=(g++ cmake ninja-build ccache git ca-certificates
-    libcli11-dev libsmf-dev libglib2.0-dev libsndfile1-dev libebur128-dev libpng-dev nlohmann-json3-dev pkg-config)
+    libcli11-dev libsndfile1-dev libebur128-dev libpng-dev nlohmann-json3-dev pkg-config)
 check_packages=(libgtest-dev libbenchmark-dev clang clang-format clang-tidy sox)
 
 say() { printf '\033[1m%s\033[0m\n' "$*"; }

@@ -36,7 +36,9 @@ TEST(Lanes, GiveEveryVoiceTheBitsOfTheScalarLoop) {
             Probe<float> before = scalar[v];
             for (int i = 0; i < 96; ++i) {
                 const float y = scalar[v].step(input[i * voiceCount + v]);
-                if (active) { ASSERT_EQ(buffer[i * voiceCount + v], y) << "voice " << v << " sample " << i; }
+                if (active) {
+                    ASSERT_EQ(buffer[i * voiceCount + v], y) << "voice " << v << " sample " << i;
+                }
             }
             // A silent voice keeps its memories.
             EXPECT_EQ(bank.get(v).memory, active ? scalar[v].memory : before.memory);

@@ -16,7 +16,8 @@ double spread(LinearCongruence& random, double low, double high) {
 TEST(Math, StaysWithinAUnitInTheLastPlaceOfTheTrueFunctions) {
     LinearCongruence random{1};
     for (int i = 0; i < 200000; ++i) {
-        const double x = spread(random, -40, 40), angle = spread(random, -1e6, 1e6), positive = std::exp(spread(random, -300, 300));
+        const double x = spread(random, -40, 40), angle = spread(random, -1e6, 1e6),
+                     positive = std::exp(spread(random, -300, 300));
         EXPECT_NEAR(math::exp(x) / std::exp(x), 1.0, 5e-16);
         EXPECT_NEAR(math::log(positive), std::log(positive), 5e-16 * std::fabs(std::log(positive)) + 1e-16);
         EXPECT_NEAR(math::sin(angle), std::sin(angle), 3e-16);

@@ -55,8 +55,9 @@ void Outcome::number(double got, double expected, double abs, double rel, const 
     if (got == expected) return;
     const double ratio = allowed > 0 ? deviation / allowed : 1e300;
     if (!(ratio <= worst)) worst = std::isfinite(ratio) ? ratio : 1e300;
-    if (!(deviation <= allowed)) fail(where + ": got " + std::to_string(got) + ", expected " + std::to_string(expected) +
-                                      " (off by " + json(deviation).dump() + ", allowed " + json(allowed).dump() + ")");
+    if (!(deviation <= allowed))
+        fail(where + ": got " + std::to_string(got) + ", expected " + std::to_string(expected) + " (off by " +
+             json(deviation).dump() + ", allowed " + json(allowed).dump() + ")");
 }
 
 void compareInto(Outcome& outcome, const json& expected, const json& got, const json& tolerance, const std::string& where) {
@@ -72,7 +73,8 @@ void compareInto(Outcome& outcome, const json& expected, const json& got, const 
         }
     } else if (expected.is_array()) {
         if (!got.is_array() || got.size() != expected.size())
-            return outcome.fail(where + ": got " + std::to_string(got.size()) + " values, expected " + std::to_string(expected.size()));
+            return outcome.fail(where + ": got " + std::to_string(got.size()) + " values, expected " +
+                                std::to_string(expected.size()));
         for (std::size_t i = 0; i < expected.size(); ++i)
             compareInto(outcome, expected[i], got[i], tolerance, where + "[" + std::to_string(i) + "]");
     } else if (expected.is_number()) {

@@ -12,11 +12,11 @@ namespace golden {
 using json = nlohmann::json;
 
 struct Case {
-    std::string name;       // "kind/name" or whatever the file calls it
-    std::string stem;       // the file's name without a trailing _1, _2 or _partN and without its ending
+    std::string name;  // "kind/name" or whatever the file calls it
+    std::string stem;  // the file's name without a trailing _1, _2 or _partN and without its ending
     json input, expected, tolerance;
-    json whole;             // the case as it stands in the file
-    std::string folder;     // of the file, for cases that refer to another file
+    json whole;          // the case as it stands in the file
+    std::string folder;  // of the file, for cases that refer to another file
 };
 
 // What a case came to. `worst` is the largest ratio of a deviation to its allowance: above 1 fails.

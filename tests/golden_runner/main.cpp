@@ -19,8 +19,8 @@ struct Totals {
 void report(const std::string& file, const std::string& name, const golden::Outcome& outcome, bool quiet, Totals& totals) {
     (outcome.passed ? totals.passed : totals.failed)++;
     if (outcome.passed && quiet) return;
-    std::printf("%s %s: %s, worst %.3g of its allowance%s%s\n", file.c_str(), name.c_str(), outcome.passed ? "pass" : "FAIL", outcome.worst,
-                outcome.message.empty() ? "" : "; ", outcome.message.c_str());
+    std::printf("%s %s: %s, worst %.3g of its allowance%s%s\n", file.c_str(), name.c_str(), outcome.passed ? "pass" : "FAIL",
+                outcome.worst, outcome.message.empty() ? "" : "; ", outcome.message.c_str());
 }
 
 std::string areaOf(const fs::path& folder) {
@@ -51,7 +51,8 @@ void runFile(const fs::path& path, const std::string& area, const std::string& o
     std::string stem = full;
     golden::Check check = golden::findCheck(area, stem);
     const std::string cut = std::regex_replace(full, tail, "");
-    if (golden::Check other = golden::findCheck(area, cut); check == nullptr || (other != nullptr && cut != full && check == other)) {
+    if (golden::Check other = golden::findCheck(area, cut);
+        check == nullptr || (other != nullptr && cut != full && check == other)) {
         check = other;
         stem = cut;
     }
@@ -86,9 +87,12 @@ int main(int argc, char** argv) {
     std::vector<fs::path> folders;
     for (int i = 1; i < argc; ++i) {
         const std::string word = argv[i];
-        if (word == "--quiet") quiet = true;
-        else if (word == "--only" && i + 1 < argc) only = argv[++i];
-        else folders.emplace_back(word);
+        if (word == "--quiet")
+            quiet = true;
+        else if (word == "--only" && i + 1 < argc)
+            only = argv[++i];
+        else
+            folders.emplace_back(word);
     }
     if (folders.empty()) {
         std::fprintf(stderr, "usage: vantoric-golden [--quiet] [--only TEXT] DIR...\n");
