@@ -491,6 +491,23 @@ Delay2::GatedTaps Delay2::gatedTaps() const {
     return taps;
 }
 
+// Forty allpasses in series. Four at a time go over the whole chunk, so that their states stay in registers
+// and successive samples overlap.
+void Delay2::disperse(Chunk& x, int count, float c) {
+    constexpr int group = 4;
+    const SideLanes coefficient = c;
+    for (std::size_t first = 0; first < dispersion_.size(); first += group) {
+        std::array<AllpassStage<SideLanes>, group> stages;
+        std::copy_n(dispersion_.begin() + first, group, stages.begin());
+        for (int n = 0; n < count; ++n) {
+            SideLanes y(x.samples[n].data(), stdx::element_aligned);
+            for (AllpassStage<SideLanes>& stage : stages) y = stage.step(y, coefficient);
+            y.copy_to(x.samples[n].data(), stdx::element_aligned);
+        }
+        std::copy_n(stages.begin(), group, dispersion_.begin() + first);
+    }
+}
+
 // A cloud of taps, dispersed and diffused, without feedback: it ends where its last tap ends. The reverse
 // type grows towards that end.
 void Delay2::reverbGated(Sides io, int count) {
@@ -504,21 +521,28 @@ void Delay2::reverbGated(Sides io, int count) {
     for (const int side : {0, 1})
         for (int i = 1; i <= taps.count; ++i)
             weight[side][i] =
-                variant_ == 14 ? tapSigns[side][i] * static_cast<float>(i) / static_cast<float>(taps.count) : tapSigns[side][i];
+                tapSigns[side][i] * (variant_ == 14 ? static_cast<float>(i) / static_cast<float>(taps.count) : 1.0f);
 
-    for (int n = 0; n < count; ++n, advance()) {
-        for (const int side : {0, 1}) {
-            SideState& state = state_[side];
-            float& sample = io[side][n];
-            const Line& ring = line(side);
-            float sum = 0.0f;
-            for (int i = 1; i <= taps.count; ++i) sum += weight[side][i] * ring[position_ - taps.distance[side][i]];
-            float x = state.cut.cut(state.low.low(sum, h, antiDenormal), l, antiDenormal);
-            for (AllpassStage<float>& stage : dispersion_[side]) x = stage.step(x, c);
-            line(side)[position_] = sample + antiDenormal;
-            sample = sample * (1.0f - mix) + diffuser.step(*this, side, x) * wet * mix;
+    Chunk x;
+    for (int done = 0; done < count; done += chunk) {
+        const int length = std::min(chunk, count - done);
+        for (int n = 0; n < length; ++n, advance())
+            for (const int side : {0, 1}) {
+                SideState& state = state_[side];
+                Line& ring = line(side);
+                float sum = 0.0f;
+                for (int i = 1; i <= taps.count; ++i) sum += weight[side][i] * ring[position_ - taps.distance[side][i]];
+                x.samples[n][side] = state.cut.cut(state.low.low(sum, h, antiDenormal), l, antiDenormal);
+                ring[position_] = io[side][done + n] + antiDenormal;
+            }
+        disperse(x, length, c);
+        for (int n = 0; n < length; ++n) {
+            for (const int side : {0, 1}) {
+                float& sample = io[side][done + n];
+                sample = sample * (1.0f - mix) + diffuser.step(*this, side, x.samples[n][side]) * wet * mix;
+            }
+            position2_ = (position2_ + 1) & SmallLine::mask;
         }
-        position2_ = (position2_ + 1) & SmallLine::mask;
     }
 }
 

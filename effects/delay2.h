@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "base/lanes.h"
 #include "base/random.h"
 #include "effects/effect_tools.h"
 #include "effects/ring.h"
@@ -54,6 +55,13 @@ private:
     using Line = Ring<float, 18>;
     using SmallLine = Ring<float, 16>;
     using Sides = std::array<float*, 2>;  // left, right
+    using SideLanes = Lanes<float, 4>;    // left, right, two idle lanes
+
+    // A piece of a block on its way through the gated types.
+    static constexpr int chunk = 64;
+    struct alignas(16) Chunk {
+        std::array<std::array<float, 4>, chunk> samples{};
+    };
 
     // What one side of a delay remembers besides its line.
     struct SideState {
@@ -88,6 +96,7 @@ private:
     float sweptDamping(float p) const;
     float lineDamping() const;
     void announceDiffuser(int count);
+    void disperse(Chunk& x, int count, float c);
     void advance() { position_ = (position_ + 1) & Line::mask; }
 
     EffectParameters parameters_;
@@ -99,7 +108,7 @@ private:
     int position_ = 0, position2_ = 0;
     std::array<SideState, 2> state_;
     std::array<float, 8> lfoPhase_{};
-    std::array<std::array<AllpassStage<float>, 40>, 2> dispersion_{};
+    std::array<AllpassStage<SideLanes>, 40> dispersion_{};
     RandomSources& random_;
 };
 

@@ -1,0 +1,107 @@
+// Cost of the effect slot: every type at 88.2 kHz in blocks of a tick, the memory of a slot, and the time that
+// a change of type and a clear take.
+#include <malloc.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include "effects/multieffect.h"
+#include "engine/denormals.h"
+
+namespace {
+
+using namespace vantoric;
+using Clock = std::chrono::steady_clock;
+
+constexpr float rate = 88200.0f;
+constexpr int block = 88;
+constexpr int typeCount = 77;
+
+double nanoseconds(Clock::duration time) { return std::chrono::duration<double, std::nano>(time).count(); }
+
+std::size_t heapBytes() {
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+void feed(Multieffect& slot, int type) {
+    slot.setSampleRate(rate);
+    slot.setTempo(120.0f, 0.0);
+    slot.setType(type);
+    for (int i = 0; i < 5; ++i) slot.setParameter(i, effectType(type).defaults[static_cast<std::size_t>(i)]);
+}
+
+class Noise {
+public:
+    void fill(std::vector<float>& samples) {
+        for (float& sample : samples) sample = generator_.unit() - 0.5f;
+    }
+
+private:
+    LinearCongruence generator_;
+};
+
+// The best of several runs, in ns a stereo sample. The input is written afresh for each block and its cost is
+// left out.
+double costOf(Multieffect& slot, int type) {
+    feed(slot, type);
+    Noise noise;
+    std::vector<float> left(block), right(block);
+    double best = 1e9;
+    for (int run = 0; run < 6; ++run) {
+        Clock::duration spent{};
+        constexpr int blocks = 200;
+        for (int i = 0; i < blocks; ++i) {
+            noise.fill(left);
+            noise.fill(right);
+            const auto start = Clock::now();
+            slot.process(left.data(), right.data(), block);
+            spent += Clock::now() - start;
+        }
+        best = std::min(best, nanoseconds(spent) / (blocks * block));
+    }
+    return best;
+}
+
+// The longest time that `action` takes after a run of sound in `type`, in microseconds.
+template <class Action>
+double longest(Multieffect& slot, int type, Action action) {
+    std::vector<float> left(block, 0.25f), right(block, -0.25f);
+    double worst = 0.0;
+    for (int run = 0; run < 4; ++run) {
+        feed(slot, type);
+        for (int i = 0; i < 1000; ++i) slot.process(left.data(), right.data(), block);
+        const auto start = Clock::now();
+        action();
+        worst = std::max(worst, nanoseconds(Clock::now() - start) / 1000.0);
+    }
+    return worst;
+}
+
+}  // namespace
+
+int main() {
+    const DenormalsOff denormalsOff;
+    RandomSources random;
+    const std::size_t before = heapBytes();
+    const auto slot = std::make_unique<Multieffect>(random);
+    std::printf("a slot: %zu bytes, of them %zu in the object\n\n", heapBytes() - before, sizeof(Multieffect));
+
+    std::printf("%4s  %-24s %8s %12s\n", "type", "name", "ns", "change us");
+    for (int type = 0; type < typeCount; ++type) {
+        const EffectType& row = effectType(type);
+        if (row.family == EffectFamily::separator) continue;
+        const double cost = costOf(*slot, type);
+        const double change = longest(*slot, type, [&] {
+            slot->setType(0);
+            slot->setType(type);
+        });
+        std::printf("%4d  %-24s %8.1f %12.1f\n", type, row.name, cost, change);
+    }
+    double all = 0.0;
+    for (const int type : {3, 9, 15, 71}) all = std::max(all, longest(*slot, type, [&] { slot->clearAll(); }));
+    std::printf("\nclearAll: %.1f us at most\n", all);
+}
