@@ -1,0 +1,314 @@
+#include "engine/q7audio.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "tests/engine/engine_rig.h"
+
+namespace vantoric {
+namespace {
+
+namespace par = parameter;
+using test::EngineRig;
+
+struct StepCount final : BlockObserver {
+    int ticks = 0, stages = 0, stageSamples = -1;
+    void onStep(BlockStep step, int first, int) override {
+        if (step == BlockStep::drainMidiQueue) ++ticks;
+        if (step == BlockStep::finalStage) {
+            ++stages;
+            stageSamples = first;
+        }
+    }
+};
+
+TEST(Q7Audio, TellsTheHostWhatItIs) {
+    EngineRig rig;
+    const AEffect& effect = *rig.audio.getAeffect();
+    EXPECT_EQ(effect.numPrograms, 1);
+    EXPECT_EQ(effect.numParams, 1224);
+    EXPECT_EQ(effect.numInputs, 0);
+    EXPECT_EQ(effect.numOutputs, 2);
+    EXPECT_EQ(effect.uniqueID, fourCharacters('Q', '7', 'D', 'I'));
+    EXPECT_TRUE(effect.flags & effectCanReplacing);
+    EXPECT_TRUE(effect.flags & effectProgramChunks);
+    EXPECT_TRUE(effect.flags & effectIsSynth);
+    EXPECT_EQ(rig.audio.getVendorVersion(), 3300);
+    EXPECT_EQ(rig.audio.getPlugCategory(), categorySynth);
+    char text[textBufferSize] = {};
+    EXPECT_TRUE(rig.audio.getProductString(text));
+    EXPECT_STREQ(text, "Vantoric");
+}
+
+TEST(Q7Audio, ThirdOutputDoesNotExist) {
+    EngineRig rig;
+    VstPinProperties pin{};
+    EXPECT_FALSE(rig.audio.getOutputProperties(2, &pin));
+    EXPECT_FALSE(rig.audio.getOutputProperties(-1, &pin));
+    EXPECT_TRUE(rig.audio.getOutputProperties(1, &pin));
+    EXPECT_STREQ(pin.label, "Vantoric Out 2");
+    EXPECT_STREQ(std::string(pin.shortLabel, 8).c_str(), "Vantoric");
+    EXPECT_EQ(pin.flags, 3);
+}
+
+TEST(Q7Audio, MissingFactorySoundsAreReportedAndTheEngineGoesOn) {
+    EngineRig rig;
+    ASSERT_FALSE(rig.dialogs.boxes().empty());
+    EXPECT_EQ(rig.dialogs.boxes()[0].title, "Error");
+    EXPECT_EQ(rig.dialogs.boxes()[0].text, "The factory sounds are missing. Please reinstall the software.");
+    rig.block(64);
+    EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());
+}
+
+TEST(Q7Audio, BlockOfNoFramesRunsNoTickAndTheStagesWithNoSamples) {
+    EngineRig rig;
+    StepCount steps;
+    rig.audio.setBlockObserver(&steps);
+    rig.block(0);
+    EXPECT_EQ(steps.ticks, 0);
+    EXPECT_EQ(steps.stages, 1);
+    EXPECT_EQ(steps.stageSamples, 0);
+    rig.audio.setBlockObserver(nullptr);
+}
+
+TEST(Q7Audio, BlockShorterThanATickOnlyLowersTheCount) {
+    EngineRig rig;
+    rig.block(1);
+    StepCount steps;
+    rig.audio.setBlockObserver(&steps);
+    const float before = rig.audio.samplesToTick();
+    rig.block(10);
+    EXPECT_EQ(steps.ticks, 0);
+    EXPECT_EQ(rig.audio.samplesToTick(), before - 20.0f);
+    rig.block(48);
+    EXPECT_EQ(steps.ticks, 1);
+    rig.audio.setBlockObserver(nullptr);
+}
+
+TEST(Q7Audio, SongRunsOnUnderAHostThatStandsStill) {
+    EngineRig rig;
+    rig.host.tell(90.0, 4.0);
+    for (int i = 0; i < 1001; ++i) rig.tick();
+    EXPECT_NEAR(rig.audio.state().songPosition, 4.0 + 90.0 / 60.0, 1e-6);
+}
+
+TEST(Q7Audio, SongStandsUnderAHostThatDoesNotAnswer) {
+    EngineRig rig;
+    rig.host.tell(90.0, 4.0);
+    rig.tick();
+    rig.host.answers = false;
+    for (int i = 0; i < 100; ++i) rig.tick();
+    EXPECT_EQ(rig.audio.state().songPosition, 4.0);
+    EXPECT_EQ(rig.audio.state().tempoBpm, 120.0);
+}
+
+TEST(Q7Audio, NonsenseTempoReadsAs120) {
+    EngineRig rig;
+    for (const double tempo : {0.0, -20.0, 10000.5, std::nan("")}) {
+        rig.host.tell(tempo, 1.0);
+        rig.tick();
+        EXPECT_EQ(rig.audio.state().tempoBpm, 120.0) << tempo;
+    }
+    rig.host.tell(10000.0, 1.0);
+    rig.tick();
+    EXPECT_EQ(rig.audio.state().tempoBpm, 10000.0);
+}
+
+TEST(Q7Audio, InsertThatIsNoMasterEffectBehavesAsOff) {
+    ParameterModel parameters;
+    parameters.writeRaw(par::FxMaType, listValue(17));
+    EXPECT_EQ(masterControls(parameters).effectType, 0);
+    parameters.writeRaw(par::FxMaType, listValue(18));
+    EXPECT_EQ(masterControls(parameters).effectType, 18);
+}
+
+TEST(Q7Audio, VolumeIsAGainOfOneInTheMiddleAndFourAtTheTop) {
+    ParameterModel parameters;
+    const std::pair<float, float> gains[] = {{0.0f, 0.0f}, {0.5f, 1.0f}, {1.0f, 4.0f}};
+    for (const auto& [volume, gain] : gains) {
+        parameters.writeRaw(par::Volume, volume);
+        EXPECT_EQ(masterControls(parameters).gain, gain);
+    }
+}
+
+TEST(Q7Audio, SilenceAtVolumeZero) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.set(par::Volume, 0.0f);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    for (int i = 0; i < 20; ++i) rig.block(256);
+    const std::size_t from = rig.left.size();
+    for (int i = 0; i < 20; ++i) rig.block(256);
+    EXPECT_LT(rig.peak(from), 1e-4f);  // but for the decimator's offset
+}
+
+TEST(Q7Audio, SilenceLeavesTheDecimatorsOffset) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.audio.resetEngine();
+    rig.block(256);
+    EXPECT_NEAR(rig.left.back(), 0.00001f, 2e-7f);
+}
+
+TEST(Q7Audio, MasterTailRunsOnWithAllLayersOff) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::FxMaType, 6);  // a delay
+    rig.set(par::FxMaMix, 1.0f);
+    for (int k = 0; k < 4; ++k) rig.set(par::FxMaPar1 + k, 0.7f);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    for (int i = 0; i < 40; ++i) rig.block(256);
+    rig.set(par::Layer1On, 0.0f);
+    for (int i = 0; i < 10; ++i) rig.block(256);
+    const std::size_t from = rig.left.size();
+    for (int i = 0; i < 40; ++i) rig.block(256);
+    EXPECT_GT(rig.peak(from), 1e-3f);
+    EXPECT_FALSE(rig.audio.layer(0).layerOn);
+}
+
+TEST(Q7Audio, AllLayersOffAreSilent) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.set(par::Layer1On, 0.0f);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    for (int i = 0; i < 20; ++i) rig.block(256);
+    EXPECT_LT(rig.peak(), 1e-4f);
+}
+
+TEST(Q7Audio, PedalHoldsNotesAndItsReleaseEndsThem) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}, {0xb0, 64, 127}});
+    rig.tick();
+    rig.send({{0x80, 60, 0}});
+    rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).voice(15).state(), Envelope::Decay);
+    rig.send({{0xb0, 64, 0}});
+    rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).voice(15).state(), Envelope::Release);
+}
+
+TEST(Q7Audio, PedalReleaseEndsAMonoVoiceInsteadOfMovingIt) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::PlayMode, 0);
+    rig.audio.resetEngine();
+    rig.send({{0xb0, 64, 127}, {0x90, 60, 100}});
+    rig.tick();
+    rig.send({{0x90, 67, 100}});
+    rig.tick();
+    rig.send({{0x80, 67, 0}, {0x80, 60, 0}});
+    rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).voice(0).note, 67);
+    rig.send({{0xb0, 64, 0}});
+    rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).voice(0).note, 67);
+    EXPECT_EQ(rig.audio.layer(0).voice(0).state(), Envelope::Release);
+}
+
+TEST(Q7Audio, SuspendLeavesSwitchedOffLayersAlone) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer(0);
+    rig.plainLayer(1);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    rig.tick();
+    rig.set(par::Layer2On, 0.0f);
+    rig.tick();
+    rig.audio.suspend();
+    EXPECT_FALSE(rig.audio.layer(0).voice(15).sounding());
+    EXPECT_TRUE(rig.audio.layer(1).voice(15).sounding());
+    EXPECT_EQ(rig.audio.state().songPosition, 0.0);
+}
+
+TEST(Q7Audio, MutedEngineIsSilentAndKeepsItsEvents) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    for (Flag* flag : {&rig.audio.flags().audioMuted, &rig.audio.flags().engineLocked, &rig.audio.flags().editorClosing}) {
+        flag->set();
+        rig.send({{0x90, 60, 100}});
+        rig.block(16);  // what the decimator still holds
+        const std::size_t from = rig.left.size();
+        rig.block(256);
+        EXPECT_LT(rig.peak(from), 1e-4f);
+        EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());
+        EXPECT_EQ(rig.audio.midi().queued(0).data1, 60);
+        flag->clear();
+        rig.block(256);
+        EXPECT_EQ(rig.audio.midi().queued(0).status, 0);
+    }
+}
+
+TEST(Q7Audio, DoublesAreTheWidenedFloats) {
+    EngineRig narrow, wide;
+    for (EngineRig* rig : {&narrow, &wide}) {
+        rig->clearParameters();
+        rig->plainLayer();
+        rig->audio.resetEngine();
+        rig->send({{0x90, 60, 100}});
+    }
+    narrow.block(1000);
+    std::vector<double> left(1000), right(1000);
+    double* outputs[2] = {left.data(), right.data()};
+    wide.audio.processDoubleReplacing(nullptr, outputs, 1000);
+    EXPECT_GT(narrow.peak(), 0.001f);
+    for (int i = 0; i < 1000; ++i) {
+        ASSERT_EQ(left[i], static_cast<double>(narrow.left[i]));
+        ASSERT_EQ(right[i], static_cast<double>(narrow.right[i]));
+    }
+}
+
+TEST(Q7Audio, EventsOtherThanMidiAreIgnored) {
+    EngineRig rig;
+    VstEvent sysex{};
+    sysex.type = sysexEventType;
+    VstEvents list{};
+    list.numEvents = 1;
+    list.events[0] = &sysex;
+    EXPECT_EQ(rig.audio.processEvents(&list), 1);
+    EXPECT_EQ(rig.audio.midi().queued(0).status, 0);
+}
+
+TEST(Q7Audio, ChunkBringsThePatchBack) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.setParameter(par::Cutoff1, 0.375f);
+    rig.audio.setProgramName("Mine");
+    void* data = nullptr;
+    const std::int32_t size = rig.audio.getChunk(&data, false);
+    ASSERT_GT(size, 0);
+    rig.audio.setParameter(par::Cutoff1, 0.5f);
+    rig.audio.setProgramName("Other");
+    EXPECT_EQ(rig.audio.setChunk(data, size, false), 1);
+    EXPECT_EQ(rig.audio.getParameter(par::Cutoff1), 0.375f);
+    char name[textBufferSize] = {};
+    rig.audio.getProgramName(name);
+    EXPECT_STREQ(name, "Mine");
+    std::free(data);
+}
+
+TEST(Q7Audio, LayersFollowTheParametersAtTheNextTick) {
+    EngineRig rig;
+    rig.tick();
+    rig.audio.setParameter(hostIndex(par::Reso1, 2), 0.625f);
+    EXPECT_NE(rig.audio.layer(2).block()[par::Reso1], 0.625f);
+    rig.tick();
+    EXPECT_EQ(rig.audio.layer(2).block()[par::Reso1], 0.625f);
+}
+
+}  // namespace
+}  // namespace vantoric

@@ -1,0 +1,388 @@
+#include <gtest/gtest.h>
+
+#include "tests/voice/layer_bench.h"
+
+namespace vantoric {
+namespace {
+
+namespace par = parameter;
+using test::LayerBench;
+
+constexpr int monophonic = 0, legato = 1, polyphonic64 = 12, polyphonic1 = 13;
+
+struct LayerTest : ::testing::Test, LayerBench {};
+
+// ---- polyphonic allocation ------------------------------------------------------------------------------------
+
+TEST_F(LayerTest, NotesFillTheVoicesFromTheTopDown) {
+    for (int i = 0; i < 4; ++i) {
+        press(60 + i);
+        EXPECT_EQ(voice(15 - i).note, 60 + i);
+        tick();
+    }
+    EXPECT_EQ(layer->activeVoiceCount(), 4);
+}
+
+TEST_F(LayerTest, SixteenthNoteOfPolyphonic64AlreadyFadesTheOldest) {
+    setList(par::PlayMode, polyphonic64);
+    for (int i = 0; i < 15; ++i) {
+        press(40 + i);
+        tick();
+    }
+    EXPECT_EQ(layer->activeVoiceCount(), 15);
+    press(60);
+    EXPECT_EQ(voice(0).note, 60);
+    EXPECT_EQ(voice(15).state(), 6);
+    EXPECT_EQ(layer->activeVoiceCount(), 15);
+}
+
+TEST_F(LayerTest, SeventeenthNoteOfPolyphonic64TakesVoiceZeroWhileNoneIsIdle) {
+    setList(par::PlayMode, polyphonic64);
+    for (int i = 0; i < 17; ++i) {
+        press(40 + i);
+        tick();
+    }
+    EXPECT_EQ(sounding(), 16);
+    EXPECT_EQ(voice(0).note, 56);
+    EXPECT_EQ(voice(15).state(), 6);
+    EXPECT_LE(layer->activeVoiceCount(), 15);
+}
+
+TEST_F(LayerTest, SeventeenthNoteOfPolyphonic64TakesTheHighestIdleVoice) {
+    setList(par::PlayMode, polyphonic64);
+    for (int i = 0; i < 16; ++i) {
+        press(40 + i);
+        tick();
+    }
+    tick(60);  // the fade of the first has ended
+    ASSERT_FALSE(voice(15).sounding());
+    press(70);
+    EXPECT_EQ(voice(15).note, 70);
+    EXPECT_EQ(voice(14).state(), 6);  // the oldest begins to fade at the same note-on
+}
+
+TEST_F(LayerTest, Polyphonic1FadesTheOlderOfTwoKeysWithinFiftyTicks) {
+    setList(par::PlayMode, polyphonic1);
+    press(60);
+    tick(5);
+    press(64);
+    EXPECT_EQ(voice(15).state(), 6);
+    EXPECT_EQ(voice(14).note, 64);
+    tick();
+    EXPECT_EQ(sounding(), 2);
+    tick(50);
+    EXPECT_EQ(sounding(), 1);
+    EXPECT_EQ(voice(14).state(), Envelope::Sustain);
+    EXPECT_EQ(layer->currentNote, 64);
+}
+
+TEST_F(LayerTest, OfTwoVoicesOfOneAgeTheLowerIndexFadesFirst) {
+    setList(par::PlayMode, 2);  // two voices
+    press(60);
+    press(62);
+    tick();
+    press(64);
+    EXPECT_EQ(voice(14).state(), 6);
+    EXPECT_TRUE(voice(15).active());
+}
+
+TEST_F(LayerTest, ReleasedVoicesFadeBeforeHeldOnes) {
+    setList(par::PlayMode, 3);
+    set(par::RelVol, 0.9f);
+    press(60);
+    tick();
+    press(62);
+    tick();
+    release(62);
+    tick();
+    press(64);
+    tick();
+    press(65);
+    EXPECT_EQ(voice(14).state(), 6);
+    EXPECT_TRUE(voice(15).active());
+}
+
+TEST_F(LayerTest, VoicesOfThisTickFallBackToVoiceZero) {
+    setList(par::PlayMode, 2);
+    for (int i = 0; i < 3; ++i) press(60 + i);  // none is older than 0 ticks
+    EXPECT_EQ(voice(0).state(), 6);
+    EXPECT_EQ(layer->activeVoiceCount(), 3);
+}
+
+TEST_F(LayerTest, KeyAboveAllOscillatorsStartsNothing) {
+    for (int i = 0; i < oscillatorCount; ++i) setList(par::KeyEnd1 + i, 50);
+    press(60);
+    EXPECT_EQ(sounding(), 0);
+    EXPECT_EQ(layer->flipFlop, 0.0f);  // the event itself was taken
+}
+
+TEST_F(LayerTest, KeyAboveAllOscillatorsStartsASilentVoiceUnderGlide) {
+    for (int i = 0; i < oscillatorCount; ++i) setList(par::KeyEnd1 + i, 50);
+    set(par::GlideSpd, 0.011f);
+    press(60);
+    EXPECT_EQ(sounding(), 1);
+    for (const bool on : voice(15).oscillatorOn) EXPECT_FALSE(on);
+    play(20);
+    EXPECT_LT(peak(), 1e-4f);
+}
+
+TEST_F(LayerTest, StolenVoiceStillTakesALaterNoteOffOfItsKey) {
+    setList(par::PlayMode, 2);
+    for (const int key : {60, 62, 64}) {
+        press(key);
+        tick();
+    }
+    ASSERT_EQ(voice(15).state(), 6);
+    release(60);
+    EXPECT_EQ(voice(15).state(), 6);
+    EXPECT_EQ(voice(15).envelopes[filterEnvelope].state, Envelope::Release);
+}
+
+TEST_F(LayerTest, NoteOffWithoutAVoiceDoesNothing) {
+    press(60);
+    tick();
+    release(61);
+    tick();
+    EXPECT_TRUE(voice(15).active());
+    EXPECT_NE(voice(15).state(), Envelope::Release);
+}
+
+TEST_F(LayerTest, NewVoiceGlidesFromTheNoteBefore) {
+    set(par::GlideSpd, 0.5f);
+    press(48);
+    tick();
+    press(60);
+    EXPECT_EQ(voice(14).pitch[0].position, static_cast<double>(engine.keyIncrement[48]));
+    EXPECT_EQ(voice(14).smoothedNote, 48.0);
+    tick(3000);
+    EXPECT_NEAR(voice(14).smoothedNote, 60.0, 0.01);
+}
+
+// ---- one-voice modes ------------------------------------------------------------------------------------------
+
+TEST_F(LayerTest, HalfKeyFollowPlaysAMonoLineAtThePitchOfKeySixty) {
+    setList(par::PlayMode, monophonic);
+    set(par::KeyFol1, 0.5f);
+    for (const int key : {40, 72, 90}) {
+        press(key);
+        tick();
+        EXPECT_EQ(voice(0).pitch[0].target, static_cast<double>(engine.keyIncrement[60])) << key;
+    }
+}
+
+TEST_F(LayerTest, LegatoMovesThePitchAndLeavesTheEnvelopesAlone) {
+    setList(par::PlayMode, legato);
+    set(par::AttVol, 0.7f);
+    press(60);
+    tick(40);
+    const float before = voice(0).envelopes[volumeEnvelope].phase;
+    press(67);
+    EXPECT_EQ(voice(0).note, 67);
+    EXPECT_EQ(voice(0).envelopes[volumeEnvelope].phase, before);
+    tick();
+    release(67);
+    EXPECT_EQ(voice(0).note, 60);
+    EXPECT_EQ(voice(0).state(), Envelope::Attack);
+    EXPECT_LT(voice(0).envelopes[volumeEnvelope].phase, before);
+    EXPECT_EQ(sounding(), 1);
+}
+
+TEST_F(LayerTest, MonophonicRetriggersFromThePresentLevelAtBothKeys) {
+    setList(par::PlayMode, monophonic);
+    set(par::SusVol, 0.6f);
+    press(60);
+    tick(10);
+    ASSERT_EQ(voice(0).state(), Envelope::Sustain);
+    press(67);
+    EXPECT_EQ(voice(0).state(), Envelope::Attack);
+    EXPECT_NEAR(voice(0).envelopes[volumeEnvelope].phase, 0.4f, 1e-6f);
+    tick(10);
+    release(67);
+    EXPECT_EQ(voice(0).note, 60);
+    EXPECT_EQ(voice(0).state(), Envelope::Attack);
+    EXPECT_NEAR(voice(0).envelopes[volumeEnvelope].phase, 0.4f, 1e-6f);
+}
+
+TEST_F(LayerTest, OneVoiceLineFallsBackToTheHighestHeldKey) {
+    setList(par::PlayMode, monophonic);
+    for (const int key : {60, 72, 65, 64}) {
+        press(key);
+        tick();
+    }
+    release(64);
+    EXPECT_EQ(voice(0).note, 72);
+}
+
+TEST_F(LayerTest, PedalFlushReleasesAMonoVoiceInsteadOfMovingIt) {
+    setList(par::PlayMode, monophonic);
+    press(60);
+    tick();
+    press(67);
+    tick(3);
+    engine.pedalRelease = true;
+    release(67);
+    engine.pedalRelease = false;
+    EXPECT_EQ(voice(0).note, 67);  // key 60 is still held, and is not fallen back to
+    engine.pedalRelease = true;
+    release(60);
+    engine.pedalRelease = false;
+    EXPECT_EQ(voice(0).state(), Envelope::Release);
+}
+
+TEST_F(LayerTest, EnteringAOneVoiceModeCutsTheOtherVoices) {
+    for (const int key : {60, 64, 67}) press(key);
+    tick();
+    setList(par::PlayMode, legato);
+    press(72);
+    EXPECT_EQ(sounding(), 1);
+    EXPECT_EQ(voice(0).note, 72);
+}
+
+TEST_F(LayerTest, FirstNoteOfALegatoPhraseNeverGlides) {
+    setList(par::PlayMode, legato);
+    set(par::GlideSpd, 0.8f);
+    press(40);
+    tick(5);
+    release(40);
+    tick(5);
+    press(70);
+    EXPECT_EQ(voice(0).smoothedNote, 70.0);
+    EXPECT_EQ(voice(0).pitch[0].position, voice(0).pitch[0].target);
+}
+
+// ---- filter in front, switch, slewing -------------------------------------------------------------------------
+
+TEST_F(LayerTest, SeparatorsAndRowsWithoutARuleAcceptAll) {
+    for (const int row : {1, 4, 9, 127})
+        for (const int value : {0, 63, 127}) {
+            EXPECT_TRUE(keyPasses(row, value));
+            EXPECT_TRUE(velocityPasses(row, value));
+        }
+}
+
+TEST_F(LayerTest, NoteOffSkipsTheVelocityTest) {
+    setList(par::VelRange, 3);  // from 64
+    press(60, 63);
+    EXPECT_EQ(sounding(), 0);
+    press(60, 64);
+    tick();
+    release(60);
+    EXPECT_EQ(voice(15).state(), Envelope::Release);
+}
+
+TEST_F(LayerTest, SwitchedOffLayerStandsStillAndItsSwitchOnResetsIt) {
+    press(60);
+    play(10);
+    set(par::Layer1On, 0.0f);
+    tick();
+    EXPECT_FALSE(layer->layerOn);
+    EXPECT_TRUE(voice(15).sounding());  // where it was
+    const std::size_t from = left.size();
+    render(96);
+    EXPECT_EQ(peak(from), 0.0f);
+    press(64);
+    EXPECT_EQ(sounding(), 1);  // an absent layer takes no notes
+
+    set(par::Cutoff1, 0.25f);
+    set(par::Layer1On, 1.0f);
+    tick();
+    EXPECT_EQ(sounding(), 0);
+    EXPECT_EQ(layer->smoothed()[par::Cutoff1], 0.25f);
+    EXPECT_EQ(layer->currentNote, 60);
+    EXPECT_EQ(layer->flipFlop, 1.0f);
+}
+
+TEST_F(LayerTest, JumpAcrossTheRangeIsSlewedOverSome170Ticks) {
+    set(par::Cutoff1, 0.0f);
+    tick(300);
+    ASSERT_EQ(layer->smoothed()[par::Cutoff1], 0.0f);
+    set(par::Cutoff1, 1.0f);
+    int ticks = 0;
+    for (; layer->smoothed()[par::Cutoff1] != 1.0f; ++ticks) tick();
+    EXPECT_NEAR(ticks, 170, 2);
+}
+
+TEST_F(LayerTest, LockedEngineStopsTheTickButNotTheSwitch) {
+    press(60);
+    tick();
+    engine.flags.engineLocked.set();
+    const int age = voice(15).age;
+    tick();
+    EXPECT_EQ(voice(15).age, age);
+    press(64);
+    EXPECT_EQ(sounding(), 1);  // no voice starts while a patch is loaded
+    engine.flags.engineLocked.clear();
+}
+
+TEST_F(LayerTest, ResetVoiceLooksOlderThanAnyRealOne) {
+    EXPECT_EQ(voice(3).age, 1410065407);
+    EXPECT_EQ(layer->oldestActiveVoice(), -1);
+}
+
+TEST_F(LayerTest, TicksSinceTheLastNoteAreCounted) {
+    press(60);
+    EXPECT_EQ(layer->ticksSinceNote, 0);
+    tick(7);
+    EXPECT_EQ(layer->ticksSinceNote, 7);
+}
+
+// ---- sound ----------------------------------------------------------------------------------------------------
+
+TEST_F(LayerTest, VelocityAloneIsNotHeard) {
+    LayerBench soft;
+    soft.press(60, 1);
+    press(60, 127);
+    soft.play(50);
+    play(50);
+    EXPECT_GT(peak(), 0.01f);
+    EXPECT_EQ(left, soft.left);
+    EXPECT_EQ(right, soft.right);
+}
+
+TEST_F(LayerTest, VelocitySpeaksThroughAMatrixSlot) {
+    constexpr int sourceVelocity = 18;
+    LayerBench soft;
+    for (LayerBench* bench : {&soft, static_cast<LayerBench*>(this)}) {
+        int row = 0;  // the destination list row of the layer's volume
+        while (destinationNumber(row) != par::LayerVol) ++row;
+        bench->setList(par::MatDst1, row);
+        bench->setList(par::MatSrc1, sourceVelocity);
+        bench->set(par::MatVal1, 1.0f);
+    }
+    soft.press(60, 1);
+    press(60, 127);
+    soft.play(50);
+    play(50);
+    EXPECT_GT(peak(), 1.2f * soft.peak());
+}
+
+TEST_F(LayerTest, StretchMayBeRenderedInPieces) {
+    LayerBench pieces;
+    press(60);
+    pieces.press(60);
+    for (int i = 0; i < 30; ++i) {
+        play();
+        pieces.tick();
+        for (const int count : {1, 30, 0, 64, 1}) pieces.render(count);
+    }
+    EXPECT_EQ(left, pieces.left);
+    EXPECT_EQ(right, pieces.right);
+}
+
+TEST_F(LayerTest, NegativeCountDoesNothing) {
+    press(60);
+    tick();
+    layer->renderBlock(nullptr, nullptr, -1);
+}
+
+TEST_F(LayerTest, ResetLeavesNothingSounding) {
+    for (int key = 40; key < 56; ++key) press(key);
+    play(10);
+    layer->reset();
+    const std::size_t from = left.size();
+    play(10);
+    EXPECT_EQ(peak(from), 0.0f);
+}
+
+}  // namespace
+}  // namespace vantoric
