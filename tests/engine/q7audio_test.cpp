@@ -166,7 +166,7 @@ TEST(Q7Audio, MasterTailRunsOnWithAllLayersOff) {
     rig.set(par::Layer1On, 0.0f);
     for (int i = 0; i < 10; ++i) rig.block(256);
     const std::size_t from = rig.left.size();
-    for (int i = 0; i < 40; ++i) rig.block(256);
+    for (int i = 0; i < 400; ++i) rig.block(256);
     EXPECT_GT(rig.peak(from), 1e-3f);
     EXPECT_FALSE(rig.audio.layer(0).layerOn);
 }
