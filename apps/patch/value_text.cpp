@@ -63,6 +63,8 @@ std::optional<Number> wholeNumber(std::string_view text) {
 std::optional<float> invert(Law law, double quantity) {
     constexpr double slack = 0.005;
     if (!(quantity >= law(0.0f) * (1.0 - slack) && quantity <= law(1.0f) * (1.0 + slack))) return {};
+    if (quantity <= law(0.0f)) return 0.0f;
+    if (quantity >= law(1.0f)) return 1.0f;
     double low = 0.0, high = 1.0;
     for (int round = 0; round < 60; ++round) {
         const double middle = 0.5 * (low + high);
@@ -152,7 +154,7 @@ float withinUnit(const ParameterInfo& info, std::optional<float> value, std::str
 }
 
 // As a number with a unit, if that takes few digits.
-std::string quantityText(int n, const Quantity& quantity, float value) {
+std::string quantityText(const Quantity& quantity, float value) {
     for (std::size_t u = 0; u < quantity.units.size(); ++u) {
         const Unit& unit = quantity.units[u];
         const double number = quantity.law(value) / unit.factor;
@@ -165,7 +167,6 @@ std::string quantityText(int n, const Quantity& quantity, float value) {
         }
         break;
     }
-    static_cast<void>(n);
     return {};
 }
 
@@ -231,7 +232,7 @@ std::string writeValue(int n, float value, int lfoMode) {
     std::string shown = parameterText(n, value, lfoMode);
     if (counted) shown += " BPM";
     if (info.knobText != KnobText::StageTime && reads(shown) && !hasLabels(info)) return shown;
-    if (const std::string text = quantityText(n, quantityOf(info), value); reads(text)) return text;
+    if (const std::string text = quantityText(quantityOf(info), value); reads(text)) return text;
     if (const std::string text = parameterValueText(n, value); text.find('.') == std::string::npos && reads(text)) return text;
     if (reads(shown)) return shown;
     char exact[64];

@@ -37,6 +37,20 @@ std::string makeInstallation() {
     return folder.string();
 }
 
+double loudest(const Take& take) {
+    constexpr std::size_t window = studioRate * 2 / 5, step = studioRate / 10;
+    double highest = -100.0;
+    for (std::size_t at = 0; at + window <= take.left.size(); at += step) {
+        render::Meter meter(studioRate);
+        for (std::size_t i = at; i < at + window; ++i) {
+            const float pair[] = {take.left[i], take.right[i]};
+            meter.hear(pair, 1);
+        }
+        highest = std::max(highest, meter.loudness());
+    }
+    return highest;
+}
+
 }  // namespace
 
 Studio::Studio() : folder_(makeInstallation()) {
@@ -97,17 +111,13 @@ Take Studio::play(const std::vector<int>& keys, int velocity, double held, doubl
     engine_->suspend();
     engine_->resume();
     Take take;
-    for (const int key : keys) {
-        send(noteOn, key, velocity);
-        Take gap;
-        render(gap, 0.0);
-    }
+    for (const int key : keys) send(noteOn, key, velocity);
     render(take, held);
     const std::size_t released = take.left.size();
     for (const int key : keys) send(noteOff, key, 0);
     render(take, tail);
 
-    render::Meter meter(studioRate);
+    take.loudness = loudest(take);
     double sums[2] = {0.0, 0.0};
     const std::size_t end = take.left.size(), last = end - studioRate / 2;
     std::size_t heard = released;
@@ -119,10 +129,8 @@ Take Studio::play(const std::vector<int>& keys, int velocity, double held, doubl
         if (size > silentLevel) heard = std::max(heard, i);
         if (i >= last) take.endPeak = std::max(take.endPeak, size);
         if (i >= released) continue;
-        meter.hear(pair, 1);
         for (int side = 0; side < 2; ++side) sums[side] += static_cast<double>(pair[side]);
     }
-    take.loudness = std::max(-100.0, meter.loudness());
     take.offset = std::max(std::fabs(sums[0]), std::fabs(sums[1])) / static_cast<double>(std::max<std::size_t>(1, released));
     take.tailSeconds = static_cast<double>(heard - released) / studioRate;
     return take;

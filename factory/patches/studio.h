@@ -14,7 +14,7 @@ inline constexpr int studioRate = 44100;  // Hz
 
 struct Take {
     double peak = 0.0;         // of full scale, over all
-    double loudness = -100.0;  // LUFS while the keys are held
+    double loudness = -100.0;  // LUFS of the loudest 0.4 s
     double offset = 0.0;       // mean while the keys are held, the larger of the two channels
     double tailSeconds = 0.0;  // from the release to the last sample above -72 dBFS
     double endPeak = 0.0;      // of the last half second
