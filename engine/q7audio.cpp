@@ -27,6 +27,8 @@ constexpr char vendor[] = "vantoric.example";
 constexpr std::int32_t vendorVersion = 3300;
 constexpr std::int32_t uniqueId = ('Q' << 24) | ('7' << 16) | ('D' << 8) | 'I';
 
+constexpr int bankTries = 500, bankPause = 10;  // milliseconds that a start may wait for the wave banks
+
 constexpr float smoothTake = 0.02f, smoothKeep = 0.98f;
 
 float smoothed(float target, float value) { return target * smoothTake + value * smoothKeep; }
@@ -83,6 +85,8 @@ Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
     if (!platform::exists(welcome)) dialogs_.message("Error", "The factory sounds are missing. Please reinstall the software.");
     patchFiles_.loadPatchFile(welcome);
 
+    // A host may render faster than time as soon as it has the instance, so the banks are to be there first.
+    waitUntilClear(state_.flags.audioMuted, bankTries, bankPause, platform::sleepMilliseconds, false);
     resetEngine();
     resume();
 }
@@ -151,7 +155,7 @@ void Q7Audio::suspend() {
     for (auto& layer : layers_)
         if (layer->layerOn) layer->reset();
     master_.clearState();
-    stage_.reset();
+    resetStage();
     song_.reset(state_);
 }
 
@@ -159,6 +163,13 @@ void Q7Audio::resume() {
     justResumed_ = true;
     song_.reset(state_);
     wantEvents();
+}
+
+// Everything is silent here, so the volume may stand where it is wanted at once: the first block does not
+// ramp towards it, and sounds the same whatever its length.
+void Q7Audio::resetStage() {
+    stage_.setTargetGain(SoundModeStage::gainOfVolume(parameters_.getParameter(par::Volume)));
+    stage_.reset();
 }
 
 void Q7Audio::allNotesOff() { midi_.allNotesOff(); }
@@ -169,7 +180,7 @@ void Q7Audio::resetEngine() {
     loadSmoothedControllers();
     for (auto& layer : layers_) layer->reset();
     master_.clearState();
-    stage_.reset();
+    resetStage();
     song_.reset(state_);
     justResumed_ = true;
     decimator_.reset();

@@ -121,6 +121,7 @@ private:
     void tick(int eventPos);
     void readParameters();
     void loadSmoothedControllers();
+    void resetStage();
     void readHostTime();
     void observe(BlockStep step, int first = 0, int second = 0) {
         if (observer_ != nullptr) observer_->onStep(step, first, second);

@@ -36,9 +36,10 @@ void WaveWorker::stop() {
 }
 
 void WaveWorker::run() {
-    platform::setLowestPriority();
     flags_.bootPending.clear();
+    // Everybody waits for the banks; what comes later nobody does.
     if (library_.load(platform::bankFolder(), dialogs_, flags_.workerStop)) flags_.audioMuted.clear();
+    platform::setLowestPriority();
     while (!flags_.workerStop.isSet()) {
         if (flags_.rebuildRequested.isSet()) {
             flags_.rebuildRunning.set();
