@@ -49,10 +49,12 @@ inline T triangle(T phase) {
     return phase > T(0.5) ? T(2) - T(2) * phase : T(2) * phase;
 }
 
-// Two parabolas close to a sine: 0.5, 1, 0.5, 0, 0.5 over a cycle.
+// Two parabolas close to a sine: 0.5, 1, 0.5, 0, 0.5 over a cycle. Held to 0 to 1 against rounding: a delay
+// must not slip below 0.
 template <class T>
 inline T bump(T phase) {
-    return phase < T(0.5) ? (T(4) - T(8) * phase) * phase + T(0.5) : T(8) * phase * phase - T(12) * phase + T(4.5);
+    const T curve = phase < T(0.5) ? (T(4) - T(8) * phase) * phase + T(0.5) : T(8) * phase * phase - T(12) * phase + T(4.5);
+    return clampTo(curve, T(0), T(1));
 }
 
 // Fifth-order curve through four neighbouring points with continuous first and second derivative: b at
