@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <type_traits>
 
 #include "base/lanes.h"
 #include "base/math.h"
@@ -71,18 +72,20 @@ inline T fourPointCurve(T t, T a, T b, T c, T d) {
            b;
 }
 
-// Fifth-order curve through the samples y0 to y5 between y3 (f = 0) and y2 (f = 1).
-inline double sixPointCurve(double f, double y0, double y1, double y2, double y3, double y4, double y5) {
-    return (((((y3 * 126 - y2 * 124 + y1 * 61 - y4 * 64 - y0 * 12 + y5 * 13 +
-                ((y2 - y3) * 50 + (y4 - y1) * 25 + (y0 - y5) * 5) * f) *
+// Fifth-order curve through the samples y0 to y5 between y3 (f = 0) and y2 (f = 1). For double and for its lanes.
+template <class T>
+inline T sixPointCurve(T f, std::type_identity_t<T> y0, std::type_identity_t<T> y1, std::type_identity_t<T> y2,
+                       std::type_identity_t<T> y3, std::type_identity_t<T> y4, std::type_identity_t<T> y5) {
+    return (((((y3 * T(126) - y2 * T(124) + y1 * T(61) - y4 * T(64) - y0 * T(12) + y5 * T(13) +
+                ((y2 - y3) * T(50) + (y4 - y1) * T(25) + (y0 - y5) * T(5)) * f) *
                    f +
-               (y2 * 66 - y3 * 70 - y1 * 33 + y4 * 39 + y0 * 7 - y5 * 9)) *
+               (y2 * T(66) - y3 * T(70) - y1 * T(33) + y4 * T(39) + y0 * T(7) - y5 * T(9))) *
                   f +
-              ((y4 + y2) * 16 - y5 - y3 * 30 - y1)) *
+              ((y4 + y2) * T(16) - y5 - y3 * T(30) - y1)) *
                  f +
-             (y5 - y1) + (y5 - y1) + (y2 - y4) * 16) *
+             (y5 - y1) + (y5 - y1) + (y2 - y4) * T(16)) *
             f) *
-               0.04166666666 +
+               T(0.04166666666) +
            y3;
 }
 
@@ -108,7 +111,7 @@ inline T indexRead(const R& ring, int index, T f) {
 // Six points, index - 4 to index + 1, for the reverb tanks.
 template <class R>
 inline double sixPointRead(const R& ring, int index, double f) {
-    return sixPointCurve(f, ring[index - 4], ring[index - 3], ring[index - 2], ring[index - 1], ring[index], ring[index + 1]);
+    return sixPointCurve<double>(f, ring[index - 4], ring[index - 3], ring[index - 2], ring[index - 1], ring[index], ring[index + 1]);
 }
 
 // Coefficient of the one-pole low-pass y = (1 - k) y + x k for a frequency in Hz, at most 1: with the
