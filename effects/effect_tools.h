@@ -111,7 +111,8 @@ inline T indexRead(const R& ring, int index, T f) {
 // Six points, index - 4 to index + 1, for the reverb tanks.
 template <class R>
 inline double sixPointRead(const R& ring, int index, double f) {
-    return sixPointCurve<double>(f, ring[index - 4], ring[index - 3], ring[index - 2], ring[index - 1], ring[index], ring[index + 1]);
+    return sixPointCurve<double>(f, ring[index - 4], ring[index - 3], ring[index - 2], ring[index - 1], ring[index],
+                                 ring[index + 1]);
 }
 
 // Coefficient of the one-pole low-pass y = (1 - k) y + x k for a frequency in Hz, at most 1: with the

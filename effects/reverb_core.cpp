@@ -14,6 +14,10 @@ Sides sides(double first, double second) {
     return Sides([&](auto side) { return side == 0 ? first : second; });
 }
 
+// The values of single precision. As lanes throughout: GCC 12 forgets the rounding where two rounded
+// numbers are put together to a pair.
+Sides inSingle(Sides x) { return lanesTo<Sides>(lanesTo<Lanes<float, 2>>(x)); }
+
 // One step of a triangle a side, and its value.
 Sides stepTriangle(Sides& phase, Sides increment) {
     const Sides next = phase + increment;
@@ -62,7 +66,7 @@ void runAllpasses(AllpassStage<Sides>* stages, Sides* signal, int count, Sides c
         Sides x = signal[n];
         for (AllpassStage<Sides>& stage : s) {
             x = stage.step(x, c);
-            if constexpr (rounded) x = lanesTo<Sides>(lanesTo<Lanes<float, 2>>(x));
+            if constexpr (rounded) x = inSingle(x);
         }
         signal[n] = x;
     }
@@ -140,8 +144,13 @@ void ReverbCore::runChain(const ChainPlan& plan, float* left, float* right, int 
         Line &leftLine = lines_[2 * s], &rightLine = lines_[2 * s + 1];
         leftLine.beginBlock(position_, count);
         rightLine.beginBlock(position_, count);
-        stages[s] = {leftLine.data(), rightLine.data(), stage.length[0], stage.length[1], sides(stage.increment[0], stage.increment[1]),
-                     sides(stage.excursion[0], stage.excursion[1]), sides(stage.feedback[0], stage.feedback[1])};
+        stages[s] = {leftLine.data(),
+                     rightLine.data(),
+                     stage.length[0],
+                     stage.length[1],
+                     sides(stage.increment[0], stage.increment[1]),
+                     sides(stage.excursion[0], stage.excursion[1]),
+                     sides(stage.feedback[0], stage.feedback[1])};
     }
     const bool delayed = plan.predelay >= 0;
     if (delayed)
@@ -188,8 +197,7 @@ void ReverbCore::runTank(const TankPlan& plan, float* left, float* right, int co
         for (int line = 6; line < 10; ++line) lines_[line].beginBlock(diffusionPosition_, count);
     if (plan.oneTriangle) swirlPhase_[1] = swirlPhase_[0];
     const int stretch = std::min({chunkSize, stretchOf(plan.length[2]), stretchOf(plan.length[5])});
-    for (int done = 0; done < count; done += stretch)
-        tankChunk(plan, left + done, right + done, std::min(stretch, count - done));
+    for (int done = 0; done < count; done += stretch) tankChunk(plan, left + done, right + done, std::min(stretch, count - done));
 }
 
 // A stretch in which the loop is fed only by what was written before it.
@@ -288,8 +296,7 @@ void ReverbCore::runPunch(const PunchPlan& plan, float* left, float* right, int 
     for (int done = 0; done < count; done += chunkSize) {
         const int length = std::min(chunkSize, count - done);
         float *l = left + done, *r = right + done;
-        for (int n = 0; n < length; ++n)
-            signal[n] = sides(static_cast<float>(l[n] + 0.00001), static_cast<float>(r[n] + 0.00001));
+        for (int n = 0; n < length; ++n) signal[n] = inSingle(sides(l[n], r[n]) + Sides(0.00001));
         runAllpassChain<true>(punch_.data(), plan.stages, signal.data(), length, plan.coefficient);
         for (int n = 0; n < length; ++n) {
             l[n] = static_cast<float>(l[n] * (1.0 - plan.wet) + signal[n][0] * plan.wet);

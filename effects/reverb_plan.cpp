@@ -108,9 +108,7 @@ TankSettings tankSettings(ReverbVariant variant, const Settings& s) {
     }
 }
 
-double highDamping(double highDamp, double sampleRate) {
-    return trueDamping(squared(1 - highDamp) * 42777 + 1323, sampleRate);
-}
+double highDamping(double highDamp, double sampleRate) { return trueDamping(squared(1 - highDamp) * 42777 + 1323, sampleRate); }
 
 // The output's low-pass knows no rate below 44100 Hz, where its coefficient is 1. Above 2 it would swell
 // without end; it stops well before.
@@ -238,7 +236,7 @@ PunchPlan punchPlan(const EffectParameters& parameters, float sampleRate) {
     const Settings s(parameters);
     PunchPlan plan;
     plan.stages = truncateTo(s.p1 * 80, 0, maxPunchStages);
-    plan.coefficient = math::exp((-628 - s.p3 * s.p3 * s.p3 * 37052) / sampleRate);
+    plan.coefficient = math::exp((-628 - s.p2 * s.p2 * s.p2 * 37052) / sampleRate);
     plan.wet = s.mix * s.mix;
     return plan;
 }

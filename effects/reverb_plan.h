@@ -43,24 +43,24 @@ struct ChainPlan {
 
 // The tank: six lines A to F in a figure of eight, A to C on one side, D to F on the other.
 struct TankPlan {
-    int unit = 0;                          // samples; all lengths are multiples of it
-    std::array<int, 6> length{};           // of A to F, samples
-    std::array<double, 2> increment{};     // triangles, cycles per sample: of A and D, of B and E
-    std::array<double, 2> excursion{};     // samples: of A and D, of B and E
-    bool oneTriangle = false;              // the first triangle moves all four lines
-    bool fourPoint = false;                // reads on four points instead of six
-    double readGain = 1.0;                 // of the four moving lines
-    double loopGain = 0.0;                 // of the feedback from side to side
+    int unit = 0;                       // samples; all lengths are multiples of it
+    std::array<int, 6> length{};        // of A to F, samples
+    std::array<double, 2> increment{};  // triangles, cycles per sample: of A and D, of B and E
+    std::array<double, 2> excursion{};  // samples: of A and D, of B and E
+    bool oneTriangle = false;           // the first triangle moves all four lines
+    bool fourPoint = false;             // reads on four points instead of six
+    double readGain = 1.0;              // of the four moving lines
+    double loopGain = 0.0;              // of the feedback from side to side
     double allpassGain = 0.0;
-    double damp = 0.0, lowCut = 0.0;       // low-pass and low-cut of the loop
-    double outputCut = 0.0;                // low-cut of the output
-    double outputDamp = 0.0;               // low-pass of the output
-    double dispersion = 0.0;               // coefficient of the dispersing allpasses
-    int dispersers = 20;                   // of these a side
-    int tapLeft = 0, tapRight = 0;         // output taps on C and F, samples
-    double diffusion = 0.0;                // share of the diffused input; up to 0.2 there is none
-    std::array<int, 4> diffuserLength{};   // of G to J, samples
-    double dry = 1.0, wet = 0.0;           // gains
+    double damp = 0.0, lowCut = 0.0;      // low-pass and low-cut of the loop
+    double outputCut = 0.0;               // low-cut of the output
+    double outputDamp = 0.0;              // low-pass of the output
+    double dispersion = 0.0;              // coefficient of the dispersing allpasses
+    int dispersers = 20;                  // of these a side
+    int tapLeft = 0, tapRight = 0;        // output taps on C and F, samples
+    double diffusion = 0.0;               // share of the diffused input; up to 0.2 there is none
+    std::array<int, 4> diffuserLength{};  // of G to J, samples
+    double dry = 1.0, wet = 0.0;          // gains
 };
 
 // A chain of dispersing allpasses.
