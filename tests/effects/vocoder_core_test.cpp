@@ -317,17 +317,19 @@ TEST_F(Vocoder, StaysFiniteAndBoundedAtEveryRateAndBlockLength) {
     };
     std::vector<float> impulse = silence(4096);
     impulse[3] = 1.0f;
+    const struct { int block, count; } runs[] = {{1, 200}, {88, 600}, {4096, 4096}};
     for (const int variant : {svc, pro, linear})
         for (const float sampleRate : {8000.0f, 44100.0f, 88200.0f, 192000.0f})
             for (const float formant : {0.0f, 1.0f})
-                for (const int block : {1, 100, 4096})
-                    for (const auto& x : {impulse, silence(4096), square(1.0f), square(1e-40f)}) {
+                for (const auto& run : runs)
+                    for (auto x : {impulse, silence(4096), square(1.0f), square(1e-40f)}) {
+                        x.resize(static_cast<std::size_t>(run.count));
                         use(variant, 1.0f, formant, 1.0f, 1.0f, 0.0f);
                         vocoder.setSampleRate(sampleRate);
-                        const Pair out = through({x, x}, block);
-                        for (int i = 0; i < 4096; ++i) {
-                            ASSERT_LE(std::fabs(out.left[i]), 1000.0f) << variant << " " << sampleRate << " " << block;
-                            ASSERT_LE(std::fabs(out.right[i]), 1000.0f) << variant << " " << sampleRate << " " << block;
+                        const Pair out = through({x, x}, run.block);
+                        for (int i = 0; i < run.count; ++i) {
+                            ASSERT_LE(std::fabs(out.left[i]), 1000.0f) << variant << " " << sampleRate << " " << run.block;
+                            ASSERT_LE(std::fabs(out.right[i]), 1000.0f) << variant << " " << sampleRate << " " << run.block;
                         }
                     }
 }
