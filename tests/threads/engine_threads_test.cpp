@@ -1,0 +1,140 @@
+// Everything at once: one engine plays while parameters are edited, chunks loaded, waves rebuilt, texts asked
+// for, and other engines come and go. What is looked at here is that nothing fails or hangs; the thread
+// sanitizer looks at the rest.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "base/random.h"
+#include "tests/engine/engine_rig.h"
+
+namespace vantoric {
+namespace {
+
+namespace par = parameter;
+using test::EngineRig;
+using Clock = std::chrono::steady_clock;
+
+struct Threads : ::testing::Test {
+    Threads() {
+        rig.clearParameters();
+        for (int layer = 0; layer < layerCount; ++layer) {
+            rig.plainLayer(layer);
+            for (int i = 0; i < oscillatorCount; ++i) rig.setList(par::SynType1 + i, 4, layer);
+        }
+        rig.audio.resetEngine();
+    }
+
+    // Repeats `work(number)` on a thread of its own until time is up.
+    template <class Work>
+    void repeat(Work work) {
+        threads.emplace_back([this, work]() mutable {
+            for (int i = 0; Clock::now() < end; ++i) work(i);
+        });
+    }
+    void finish() {
+        for (std::thread& thread : threads) thread.join();
+    }
+
+    void playBlock(int number) {
+        rig.left.clear();
+        rig.right.clear();
+        if (number % 3 == 0) rig.send({{0x90, 40 + number % 40, 100}, {0x80, 40 + (number + 20) % 40, 0, 30}});
+        if (number % 50 == 0)
+            rig.send({{0xb0, 64, number % 100 == 0 ? 127 : 0}, {0xb0, 1, number % 128}, {0xe0, 0, number % 128}});
+        if (number % 400 == 399) rig.send({{0xb0, 123, 0}});
+        rig.block(64 + number % 200);
+        for (const float x : rig.left)
+            if (!std::isfinite(x)) finite = false;
+        ++blocks;
+    }
+
+    // Any parameter but the switches of layers and effects, so that there is always something to hear.
+    void editParameter(LinearCongruence& random) {
+        const int index = static_cast<int>(random.next() % parameterCount);
+        const int number = numberOfParameter(index);
+        if (index < globalParameterCount || number == par::FxInType || number == par::FxIn2Type) return;
+        rig.audio.setParameter(index, random.unit());
+        char text[textBufferSize] = {};
+        rig.audio.getParameterDisplay(index, text);
+        rig.audio.getParameterName(index, text);
+        rig.audio.getParameterLabel(index, text);
+        rig.audio.getParameter(index);
+    }
+
+    void exchangeChunk() {
+        void* data = nullptr;
+        const std::int32_t size = rig.audio.getChunk(&data, false);
+        ASSERT_GT(size, 0);
+        EXPECT_EQ(rig.audio.setChunk(data, size, false), 1);
+        std::free(data);
+        char name[textBufferSize] = {};
+        rig.audio.getProgramName(name);
+        platform::sleepMilliseconds(20);
+    }
+
+    void rebuildWaves(int number) {
+        if (number % 3 == 2)
+            rig.audio.flags().rebuildCancel.set();
+        else
+            rig.audio.flags().rebuildRequested.set();
+        platform::sleepMilliseconds(15);
+    }
+
+    void askForTexts() {
+        char text[textBufferSize] = {};
+        rig.audio.getEffectName(text);
+        rig.audio.getVendorString(text);
+        rig.audio.getProductString(text);
+        VstPinProperties pin{};
+        rig.audio.getOutputProperties(0, &pin);
+        rig.audio.canDo("receiveVstEvents");
+        rig.audio.getSampleRate();
+        rig.audio.canParameterBeAutomated(100);
+        platform::sleepMilliseconds(1);
+    }
+
+    EngineRig rig;
+    const Clock::time_point end = Clock::now() + std::chrono::seconds(3);
+    std::vector<std::thread> threads;
+    std::atomic<int> blocks{0};
+    std::atomic<bool> finite{true};
+};
+
+TEST_F(Threads, PlayEditLoadRebuildAskAndOpenOthersAtOnce) {
+    repeat([this](int number) { playBlock(number); });
+    repeat([this, random = LinearCongruence{1}](int) mutable { editParameter(random); });
+    repeat([this](int) { exchangeChunk(); });
+    repeat([this](int number) { rebuildWaves(number); });
+    repeat([this](int) { askForTexts(); });
+    repeat([](int number) {
+        EngineRig other(number % 2 == 0 ? 44100.0f : 96000.0f);
+        other.clearParameters();
+        other.plainLayer();
+        other.send({{0x90, 60, 100}});
+        for (int i = 0; i < 5; ++i) other.block(128);
+    });
+    finish();
+    EXPECT_GT(blocks, 20);
+    EXPECT_TRUE(finite);
+    rig.audio.flags().engineLocked.clear();
+    EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());
+}
+
+TEST(ThreadsOfManyEngines, OpenAndCloseOnManyThreadsAtOnce) {
+    test::sharedDataFolder();
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 3; ++t)
+        threads.emplace_back([] {
+            for (int i = 0; i < 3; ++i) {
+                EngineRig rig;
+                rig.block(64);
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace vantoric
