@@ -140,10 +140,8 @@ void Q7Audio::setSampleRate(float rate) {
     equalizer_.setSampleRate(state_.internalRateExact);
 }
 
-float Q7Audio::getSampleRate() {
-    state_.oversampled = runsOversampled(hostRate_);
-    return internalRateOf(hostRate_);
-}
+// `oversampled` needs no refresh here: setSampleRate set it with the rate that it follows from.
+float Q7Audio::getSampleRate() { return internalRateOf(hostRate_); }
 
 void Q7Audio::suspend() {
     readParameters();
@@ -183,14 +181,13 @@ void Q7Audio::resetEngine() {
     resetStage();
     song_.reset(state_);
     justResumed_ = true;
-    decimator_.reset();
+    decimatorReset_.set();
 }
 
 // ---- the block ----------------------------------------------------------------------------------------------
 
 void Q7Audio::processReplacing(float**, float** outputs, std::int32_t frames) {
     const DenormalsOff denormalsOff;
-    getSampleRate();
     const int longest = state_.oversampled ? bufferSamples / 2 : bufferSamples;
     int done = 0;
     do {
@@ -203,7 +200,6 @@ void Q7Audio::processReplacing(float**, float** outputs, std::int32_t frames) {
 void Q7Audio::processDoubleReplacing(double** inputs, double** outputs, std::int32_t frames) {
     static_cast<void>(inputs);
     const DenormalsOff denormalsOff;
-    getSampleRate();
     const int longest = state_.oversampled ? bufferSamples / 2 : bufferSamples;
     int done = 0;
     do {
@@ -219,6 +215,10 @@ void Q7Audio::renderPiece(float* left, float* right, int frames, int firstFrame)
     if (!state_.oversampled) return renderAudioBlock(left, right, frames, firstFrame);
     renderAudioBlock(internal_[0].data(), internal_[1].data(), 2 * frames, firstFrame);
     observe(BlockStep::decimator, 2 * frames);
+    if (decimatorReset_.isSet()) {
+        decimatorReset_.clear();
+        decimator_.reset();
+    }
     decimator_.process(internal_[0].data(), internal_[1].data(), 2 * frames, left, right);
 }
 

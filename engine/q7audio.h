@@ -52,7 +52,7 @@ public:
     void suspend() override;
     void resume() override;
     void setSampleRate(float rate) override;
-    // The internal rate, which every reader of a rate in the instrument gets.
+    // The internal rate in Hz, which every reader of a rate in the instrument gets. Any thread.
     float getSampleRate() override;
     void processReplacing(float** inputs, float** outputs, std::int32_t frames) override;
     void processDoubleReplacing(double** inputs, double** outputs, std::int32_t frames) override;
@@ -142,6 +142,7 @@ private:
     Equalizer equalizer_;
     SoundModeStage stage_;
     Decimator decimator_;
+    Flag decimatorReset_;  // it runs also while a patch is loaded, so it is reset by its own thread
     TickClock clock_;
     SongClock song_;
     PatchChunk patchChunk_;

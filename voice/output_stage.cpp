@@ -20,11 +20,7 @@ using Quad = Lanes<double, laneGroup>;
 
 Quad quadAt(const std::array<double, voiceCount>& row, int first) { return Quad(&row[first], stdx::element_aligned); }
 
-Quad widened(const float* at) {
-    Quad x;
-    for (int lane = 0; lane < laneGroup; ++lane) x[lane] = static_cast<double>(at[lane]);
-    return x;
-}
+Quad widened(const float* at) { return Quad(at, stdx::element_aligned); }
 
 }  // namespace
 

@@ -38,9 +38,12 @@ void VoiceBank::reset(int voice) {
 
 void VoiceBank::clearInputs(int count, LaneMask mask) {
     const LaneSpan span = spanOf(mask);
-    for (int i = 0; i < count; ++i) {
-        std::fill_n(f1_ + i * voiceCount + span.first, span.count, 0.0f);
-        std::fill_n(f2_ + i * voiceCount + span.first, span.count, 0.0f);
+    for (int first = span.first; first < span.first + span.count; first += laneGroup) {
+        if (((mask >> first) & 15) == 15) continue;  // all four voices will write their lanes
+        for (int i = 0; i < count; ++i) {
+            std::fill_n(f1_ + i * voiceCount + first, laneGroup, 0.0f);
+            std::fill_n(f2_ + i * voiceCount + first, laneGroup, 0.0f);
+        }
     }
 }
 

@@ -30,7 +30,8 @@ public:
     // Clears a voice's filters, distortions, gains and buffers.
     void reset(int voice);
 
-    // Silences the inputs of the voices in the groups that `mask` touches; before the voices mix.
+    // Silences the inputs of the voices beside those of `mask`, each of which is to write `count` samples to its
+    // own; before the voices mix.
     void clearInputs(int count, LaneMask mask);
     // Adds `count` samples (1 to maxTickSamples) of the voices in `mask` to left and right.
     void render(int count, LaneMask mask, float* left, float* right);
