@@ -15,7 +15,7 @@ namespace vantoric {
 namespace stdx = std::experimental;
 
 template <class Scalar, int N>
-using Lanes = stdx::fixed_size_simd<Scalar, N>;
+using Lanes = stdx::simd<Scalar, stdx::simd_abi::deduce_t<Scalar, N>>;
 
 inline constexpr int laneGroup = 4;  // lanes are switched on and off in groups of this size
 
@@ -87,7 +87,7 @@ inline T truncated(T x) {
         return (x < edge && x > -edge) ? static_cast<T>(static_cast<std::int32_t>(x)) : x;
     } else {
         using S = ScalarOf<T>;
-        using Int = stdx::fixed_size_simd<std::int32_t, LaneTraits<T>::size>;
+        using Int = Lanes<std::int32_t, LaneTraits<T>::size>;
         const T edge = T(S(2147483000));
         const auto inside = (x < edge) && (x > -edge);
         const T safe = select(inside, x, T(0));

@@ -9,25 +9,10 @@
 
 namespace vantoric {
 
-// sin(x), x in radians within +-1e9: folded into a quarter turn, then the power series to the ninth
-// degree. Within 4e-6 of the true sine.
-template <class T>
-inline T polynomialSine(T x) {
-    using S = ScalarOf<T>;
-    T turns = x * T(S(0.15915494309189535));
-    turns = turns - floored(turns + T(S(0.5)));
-    const T size = absolute(turns);
-    T quarter = minimum(size, T(S(0.5)) - size);
-    quarter = select(turns < T(0), -quarter, quarter);
-    const T y = quarter * T(S(6.283185307179586));
-    const T z = y * y;
-    return y * (T(1) + z * (T(S(-1.0 / 6)) + z * (T(S(1.0 / 120)) + z * (T(S(-1.0 / 5040)) + z * T(S(1.0 / 362880))))));
-}
-
 // Lanes of 32-bit integers beside a number type of single precision, and the bits of one seen as the other.
 template <class T, class Int>
 struct LaneIntegers {
-    using Type = stdx::fixed_size_simd<Int, LaneTraits<T>::size>;
+    using Type = Lanes<Int, LaneTraits<T>::size>;
 };
 template <class Int>
 struct LaneIntegers<float, Int> {
@@ -55,13 +40,34 @@ inline T shiftedPower2(T shifted) {
     return sameBits<T>((sameBits<Bits>(shifted) << 23) + Bits(0x3f800000u));
 }
 
-// v - floor(v); 0 from four million on, where a float has hardly a fraction left, and for NaN.
+// v less the nearest whole number, -0.5 to 0.5; 0 from four million on, where a float has hardly a fraction
+// left, and for NaN.
+template <class T>
+inline T distanceToWhole(T v) {
+    using S = ScalarOf<T>;
+    const T shift(S(sizeof(S) == sizeof(float) ? 12582912.0 : 6755399441055744.0));
+    const T rest = v - ((v + shift) - shift);
+    return select(absolute(v) < T(S(4194304.0)), rest, T(0));
+}
+// v - floor(v), with the same bounds.
 template <class T>
 inline T fractionAbove(T v) {
-    const T nearest = (v + T(roundingShift)) - T(roundingShift);
-    const T rest = v - nearest;
-    const T above = select(rest < T(0), rest + T(1), rest);
-    return select(absolute(v) < T(4194304.0f), above, T(0));
+    const T rest = distanceToWhole(v);
+    return rest + select(rest < T(0), T(1), T(0));
+}
+
+// sin(x), x in radians: folded into a quarter turn, then the power series to the ninth degree. Within 4e-6 of
+// the true sine of the folded angle; 0 from four million turns on, and for NaN.
+template <class T>
+inline T polynomialSine(T x) {
+    using S = ScalarOf<T>;
+    const T turns = distanceToWhole(x * T(S(0.15915494309189535)));
+    const T size = absolute(turns);
+    T quarter = minimum(size, T(S(0.5)) - size);
+    quarter = select(turns < T(0), -quarter, quarter);
+    const T y = quarter * T(S(6.283185307179586));
+    const T z = y * y;
+    return y * (T(1) + z * (T(S(-1.0 / 6)) + z * (T(S(1.0 / 120)) + z * (T(S(-1.0 / 5040)) + z * T(S(1.0 / 362880))))));
 }
 
 // e^x in single precision, within 2e-7 of itself: x less a multiple of ln 2, the power series to the seventh

@@ -53,6 +53,8 @@ double lanes(const float* signal) {
     return time / (tick * N);
 }
 
+LaneBuffer bankBuffer;
+
 double copying(const float* signal) {
     static LaneBuffer buffer;
     return measure([&] { std::copy_n(signal, tick * voiceCount, buffer); }) / tick;
@@ -60,7 +62,6 @@ double copying(const float* signal) {
 
 void voices() {
     static LaneBuffer signal;
-    static LaneBuffer buffer;
     fill(signal, maxTickSamples * voiceCount);
     const double copy = copying(signal);
     std::printf("voice distortion: ns per voice and sample\n%-10s %8s %8s %8s | %8s %8s\n", "", "scalar", "4 lanes", "16 lanes",
@@ -70,6 +71,7 @@ void voices() {
             using Which = decltype(which);
             RandomSources random;
             DistortionBank bank(random);
+            auto& buffer = bankBuffer;
             for (int voice = 0; voice < voiceCount; ++voice) {
                 bank.setType(voice, type);
                 bank.setDrive(voice, 0.6f);

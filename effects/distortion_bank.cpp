@@ -72,13 +72,8 @@ void DistortionBank::runType(float* buffer, int count, LaneMask group, LaneMask 
     if constexpr (Traits::gated)
         for (int voice = 0; voice < voiceCount; ++voice)
             if (!(drive_[voice] > distortion::least)) group = static_cast<LaneMask>(group & ~(1 << voice));
-    if constexpr (Traits::wide) {
-        const LaneSpan span = spanOf(group);
-        withLaneWidth(span.count, [&](auto width) { runLanes<width, Which>(buffer, count, span.first, group, mask); });
-    } else {
-        for (int first = 0; first < voiceCount; first += laneGroup)
-            if (((group >> first) & 15) != 0) runLanes<laneGroup, Which>(buffer, count, first, group, mask);
-    }
+    for (int first = 0; first < voiceCount; first += laneGroup)
+        if (((group >> first) & 15) != 0) runLanes<laneGroup, Which>(buffer, count, first, group, mask);
 }
 
 void DistortionBank::run(float* buffer, int count, LaneMask mask) {

@@ -68,9 +68,9 @@ struct WetDry {
 };
 
 // Common traits. gated: bypassed at small drive. filtered: step takes the low-passed input y as well. random:
-// draws from the congruence. wide: the next sample waits for the last one, so that many lanes pay.
+// draws from the congruence.
 struct Plain {
-    static constexpr bool gated = false, filtered = false, random = false, wide = false;
+    static constexpr bool gated = false, filtered = false, random = false;
 };
 struct Gated : Plain {
     static constexpr bool gated = true;
@@ -394,7 +394,6 @@ struct NoiseRm : Plain {
 template <class T>
 struct Scream : Plain {
     static constexpr int variant = 38;
-    static constexpr bool wide = true;
     T slope;
     WetDry<T> share;
     void setup(const DistortionSettings<T>& s) {
