@@ -43,7 +43,8 @@ inline T select(bool mask, T a, T b) {
     return mask ? a : b;
 }
 template <class S, class Abi>
-inline stdx::simd<S, Abi> select(const stdx::simd_mask<S, Abi>& mask, stdx::simd<S, Abi> a, stdx::simd<S, Abi> b) {
+[[gnu::always_inline]] inline stdx::simd<S, Abi> select(const stdx::simd_mask<S, Abi>& mask, stdx::simd<S, Abi> a,
+                                                        stdx::simd<S, Abi> b) {
     stdx::where(mask, b) = a;
     return b;
 }

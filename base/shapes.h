@@ -1,4 +1,5 @@
-// Small curves and powers that sample loops share, each for float and for lanes.
+// Small curves and powers that sample loops share, each for float and for lanes. They are always inlined: a loop
+// that calls them eight times a sample would otherwise pass its registers through memory.
 #pragma once
 
 #include <bit>
@@ -35,7 +36,7 @@ inline constexpr float roundingShift = 12582912.0f;
 
 // 2^n for n = shifted - roundingShift, a whole number from -126 to 127.
 template <class T>
-inline T shiftedPower2(T shifted) {
+[[gnu::always_inline]] inline T shiftedPower2(T shifted) {
     using Bits = IntegersOf<T>;
     return sameBits<T>((sameBits<Bits>(shifted) << 23) + Bits(0x3f800000u));
 }
@@ -43,7 +44,7 @@ inline T shiftedPower2(T shifted) {
 // v less the nearest whole number, -0.5 to 0.5; 0 from four million on, where a float has hardly a fraction
 // left, and for NaN.
 template <class T>
-inline T distanceToWhole(T v) {
+[[gnu::always_inline]] inline T distanceToWhole(T v) {
     using S = ScalarOf<T>;
     const T shift(S(sizeof(S) == sizeof(float) ? 12582912.0 : 6755399441055744.0));
     const T rest = v - ((v + shift) - shift);
@@ -51,7 +52,7 @@ inline T distanceToWhole(T v) {
 }
 // v - floor(v), with the same bounds.
 template <class T>
-inline T fractionAbove(T v) {
+[[gnu::always_inline]] inline T fractionAbove(T v) {
     const T rest = distanceToWhole(v);
     return rest + select(rest < T(0), T(1), T(0));
 }
@@ -59,7 +60,7 @@ inline T fractionAbove(T v) {
 // sin(x), x in radians: folded into a quarter turn, then the power series to the ninth degree. Within 4e-6 of
 // the true sine of the folded angle; 0 from four million turns on, and for NaN.
 template <class T>
-inline T polynomialSine(T x) {
+[[gnu::always_inline]] inline T polynomialSine(T x) {
     using S = ScalarOf<T>;
     const T turns = distanceToWhole(x * T(S(0.15915494309189535)));
     const T size = absolute(turns);
@@ -73,7 +74,7 @@ inline T polynomialSine(T x) {
 // e^x in single precision, within 2e-7 of itself: x less a multiple of ln 2, the power series to the seventh
 // degree. Held at the ends of the normal numbers; NaN reads as the lowest.
 template <class T>
-inline T exponential(T x) {
+[[gnu::always_inline]] inline T exponential(T x) {
     x = limit(x, T(-87.3f), T(88.3f));
     const T shifted = x * T(1.44269504f) + T(roundingShift);
     const T n = shifted - T(roundingShift);
@@ -87,7 +88,7 @@ inline T exponential(T x) {
 
 // The instrument's own exponential (fastExp) in single precision, for sample loops. NaN reads as the lowest.
 template <class T>
-inline T quickExponential(T x) {
+[[gnu::always_inline]] inline T quickExponential(T x) {
     const T y = limit(T(1.44079995f) * x, T(-126.0f), T(127.0f));
     T shifted = y + T(roundingShift);
     shifted = select(shifted - T(roundingShift) > y, shifted - T(1), shifted);
@@ -98,7 +99,7 @@ inline T quickExponential(T x) {
 // log(1 + v) in single precision for v from 0 to 1e37, exact near 0 too: the exponent, and the inverse
 // hyperbolic tangent's series of the mantissa.
 template <class T>
-inline T logarithmOfOneMore(T v) {
+[[gnu::always_inline]] inline T logarithmOfOneMore(T v) {
     using Bits = IntegersOf<T, std::int32_t>;
     const Bits bits = sameBits<Bits>(T(1) + v) - Bits(0x3f3504f3);  // the mantissa runs from sqrt(0.5) to sqrt(2)
     const Bits exponent = bits >> 23;
