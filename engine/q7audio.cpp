@@ -70,7 +70,8 @@ Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
       master_(random_),
       patchChunk_(state_, parameters_, program_, patchWaves(), *this, dialogs, platform::sleepMilliseconds),
       patchFiles_(patchChunk_, program_, *this, dialogs),
-      worker_(state_.flags, WaveLibrary::shared(), dialogs, allOscillators()) {
+      sampleLoader_(state_.flags, parameters_, patchWaves().samples, dialogs, platform::sleepMilliseconds),
+      worker_(state_.flags, WaveLibrary::shared(), dialogs, parameters_, allOscillators()) {
     state_.flags.audioMuted.set();
     describeToHost();
     for (auto* pair : {&internal_, &widened_})

@@ -19,6 +19,7 @@
 #include "engine/patch_chunk.h"
 #include "engine/patch_file.h"
 #include "engine/program_slot.h"
+#include "engine/sample_loader.h"
 #include "engine/song_clock.h"
 #include "engine/tick_clock.h"
 #include "engine/wave_worker.h"
@@ -92,6 +93,7 @@ public:
     ProgramSlot& program() { return program_; }
     PatchFiles& patchFiles() { return patchFiles_; }
     PatchChunk& patchChunk() { return patchChunk_; }
+    SampleLoader& sampleLoader() { return sampleLoader_; }
     Layer& layer(int index) { return *layers_[index]; }
     Multieffect& masterEffect() { return master_; }
     RandomSources& random() { return random_; }
@@ -147,6 +149,7 @@ private:
     SongClock song_;
     PatchChunk patchChunk_;
     PatchFiles patchFiles_;
+    SampleLoader sampleLoader_;
     WaveWorker worker_;
     float hostRate_ = 44100.0f;
     BlockObserver* observer_ = nullptr;

@@ -1,8 +1,11 @@
 #include "engine/wave_worker.h"
 
+#include "base/parameters.h"
+#include "engine/parameter_model.h"
 #include "engine/wave_library.h"
 #include "platform/module_folder.h"
 #include "platform/thread.h"
+#include "samples/sample_levels.h"
 
 namespace vantoric {
 
@@ -11,8 +14,9 @@ constexpr int pollMilliseconds = 10;
 constexpr int stopTries = 350, stopPause = 100;
 }  // namespace
 
-WaveWorker::WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const AllOscillators& oscillators)
-    : flags_(flags), library_(library), dialogs_(dialogs), oscillators_(oscillators) {}
+WaveWorker::WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const ParameterModel& parameters,
+                       const AllOscillators& oscillators)
+    : flags_(flags), library_(library), dialogs_(dialogs), parameters_(parameters), oscillators_(oscillators) {}
 
 WaveWorker::~WaveWorker() { stop(); }
 
@@ -43,8 +47,10 @@ void WaveWorker::run() {
     while (!flags_.workerStop.isSet()) {
         if (flags_.rebuildRequested.isSet()) {
             flags_.rebuildRunning.set();
+            // Asked again: whoever took the request back in between may be freeing the waves by now.
+            const bool stillRequested = flags_.rebuildRequested.isSet();
             flags_.rebuildRequested.clear();
-            rebuild();
+            if (stillRequested) rebuild();
             flags_.rebuildCancel.clear();
             flags_.rebuildRunning.clear();
         } else {
@@ -74,7 +80,13 @@ void WaveWorker::rebuild() {
             copyMips(*oscillators_[i - 1].customWave, *oscillators_[i].customWave);
         else if (!makeCustomMips(*oscillators_[i].customWave, cancel))
             return;
+        if (!buildLevels(*oscillators_[i].sample, isLooped(static_cast<int>(i)), &cancel)) return;
     }
+}
+
+bool WaveWorker::isLooped(int oscillator) const {
+    const int number = parameter::LoopMod1 + oscillator % oscillatorCount;
+    return parameters_.getListIndex(hostIndex(number, oscillator / oscillatorCount)) == loopModeLoop;
 }
 
 }  // namespace vantoric

@@ -12,6 +12,7 @@
 
 namespace vantoric {
 
+class ParameterModel;
 class WaveLibrary;
 
 // What the worker rebuilds: the twelve oscillators in the order of layers, then oscillators.
@@ -23,7 +24,9 @@ using AllOscillators = std::array<OscillatorMemory, layerCount * oscillatorCount
 
 class WaveWorker {
 public:
-    WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const AllOscillators& oscillators);
+    // `parameters` tell which samples loop.
+    WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const ParameterModel& parameters,
+               const AllOscillators& oscillators);
     ~WaveWorker();
 
     // Starts the thread at the lowest priority. `bootPending` is set before and falls with its first step;
@@ -38,10 +41,12 @@ public:
 
 private:
     void run();
+    bool isLooped(int oscillator) const;
 
     EngineFlags& flags_;
     WaveLibrary& library_;
     platform::Dialogs& dialogs_;
+    const ParameterModel& parameters_;
     AllOscillators oscillators_;
     std::thread thread_;
 };

@@ -11,6 +11,9 @@ inline constexpr int sampleGuard = 2032;  // words allocated beyond the length
 inline constexpr std::int32_t maxSampleLength = 16777216;
 inline constexpr std::uint32_t maxSampleRate = 384000;
 
+// Rows of the list `LoopMod`.
+inline constexpr int loopModeSingle = 0, loopModeLoop = 1;
+
 struct Sample {
     std::int32_t length = 0;           // samples; 0: none
     std::int32_t loopStart = 0;        // samples

@@ -89,13 +89,13 @@ double firAmplitude(const FirRow& row, double frequency) {
     return sum;
 }
 
-const FirRow& levelRow(int level) {
-    static const auto rows = [] {
-        std::array<FirRow, sampleLevels - 1> designed;
+const LevelRows& levelRows() {
+    static const LevelRows rows = [] {
+        LevelRows designed;
         std::transform(firResponses.begin(), firResponses.end(), designed.begin(), designRow);
         return designed;
     }();
-    return rows[static_cast<std::size_t>(std::clamp(level, 1, sampleLevels - 1) - 1)];
+    return rows;
 }
 
 // Filtering.
@@ -162,11 +162,12 @@ bool firFilter(const std::int16_t* source, std::int32_t count, std::int16_t* des
     return true;
 }
 
-bool buildLevels(Sample& sample, bool wrap, const Flag* cancel) {
+bool buildLevels(Sample& sample, bool wrap, const Flag* cancel, const LevelRows& rows) {
     for (int level = 1; level < sampleLevels; ++level) {
         const auto &from = sample.levels[level - 1], &to = sample.levels[level];
         if (!from || !to) return true;
-        if (!firFilter(from.get(), sample.length, to.get(), wrap, levelRow(level), cancel)) return false;
+        if (!firFilter(from.get(), sample.length, to.get(), wrap, rows[static_cast<std::size_t>(level - 1)], cancel))
+            return false;
     }
     return true;
 }

@@ -31,9 +31,10 @@ FirRow designRow(const FirResponse& response);
 // Response of a symmetric row at a frequency in fractions of the sample rate: its amplitude, with sign.
 double firAmplitude(const FirRow& row, double frequency);
 
-// The row that makes level 1 to 4 from the level before. Designed at the first call; any thread but the
-// audio thread.
-const FirRow& levelRow(int level);
+// The rows that make levels 1 to 4, each from the level before. Designed at the first call; any thread but
+// the audio thread.
+using LevelRows = std::array<FirRow, sampleLevels - 1>;
+const LevelRows& levelRows();
 
 // Filters `count` samples into `destination`, which must not overlap: each output is the sum of
 // (source[n + k - 40] x c[k]) >> 13, every term shifted before the sum, c the taps x 8192 truncated; clamped
@@ -44,6 +45,6 @@ bool firFilter(const std::int16_t* source, std::int32_t count, std::int16_t* des
 
 // Rebuilds levels 1 to 4 of a sample from level 0, with wrap for a looped one. False if `cancel` stopped it.
 // An empty sample is left alone. Voices may read the levels meanwhile: they hear old and new in parts.
-bool buildLevels(Sample& sample, bool wrap, const Flag* cancel = nullptr);
+bool buildLevels(Sample& sample, bool wrap, const Flag* cancel = nullptr, const LevelRows& rows = levelRows());
 
 }  // namespace vantoric

@@ -4,6 +4,7 @@
 
 #include "base/numbers.h"
 #include "base/parameters.h"
+#include "samples/sample_kernels.h"
 #include "sound/kernels.h"
 #include "sound/oscillator_control.h"
 #include "voice/layer.h"
@@ -137,6 +138,7 @@ void Voice::prepareOscillatorState(int i) {
                                  .anaWave = listAt(par::AnaWave1 + i),
                                  .customWave = layer_.customWave(i).samples.data()},
                                 layer_.waves());
+    if (synType == sampleType) writeSampleGuards(layer_.sample(i), listAt(par::LoopMod1 + i) == loopModeLoop);
     if (synType == analogType) pitch[i].tuning = drawAnalogTuning(i, i > 0 ? pitch[i - 1].tuning : 1.0, random.congruence);
 }
 
@@ -149,7 +151,7 @@ void Voice::chooseKernelOf(int i) {
                                 .noiWave = listAt(par::NoiWave1 + i),
                                 .hasSample = layer_.sample(i).length != 0,
                                 .anaWave = listAt(par::AnaWave1 + i)},
-                               SampleKernels{});
+                               sampleKernels);
 }
 
 bool Voice::oscillatorActive(int i) const {
@@ -295,6 +297,7 @@ void Voice::tickOscillators() {
                                              drift, shared);
         frequency[i] = d;
         state.increment = increment24(d);
+        state.loopOn = listAt(par::LoopMod1 + i) == loopModeLoop;
         state.scanIncrement = scanIncrement(d, mod[par::Pw1 + i]);
         setPosition(state, mod[par::Pw1 + i]);
         if (i > 0) state.fmDepthStep = fmDepthStep(fmDepthTarget(mod[par::Fm1 + i - 1]), state.fmDepth, engine.tickSamples);

@@ -1,0 +1,143 @@
+#include "engine/sample_loader.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "base/numbers.h"
+#include "base/parameters.h"
+#include "engine/engine_hold.h"
+#include "samples/autotune.h"
+#include "samples/sample_kernels.h"
+#include "samples/sample_levels.h"
+
+namespace vantoric {
+
+namespace {
+constexpr char memoryTitle[] = "Error L2";
+constexpr char memoryText[] = "Not enought memory to load sample.";
+}  // namespace
+
+SampleLoader::SampleLoader(EngineFlags& flags, ParameterModel& parameters, const SampleHolders& holders,
+                           platform::Dialogs& dialogs, SleepFunction sleep)
+    : flags_(flags), parameters_(parameters), holders_(holders), dialogs_(dialogs), sleep_(sleep) {}
+
+bool SampleLoader::loadSample(int layer, int oscillator, const std::string& path, bool silent) {
+    return load({layerOf(layer), oscillator, path, 0, silent, false});
+}
+
+bool SampleLoader::loadSampleChannel(int layer, int oscillator, const std::string& path, bool keepTuning, int channel) {
+    return load({layerOf(layer), oscillator, path, channel, false, keepTuning});
+}
+
+bool SampleLoader::loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped) {
+    if (!loadSample(layer, oscillator, path)) return false;
+    const bool tune =
+        dialogs_.question("Autotune", wasDropped ? "Autotune the sample?"
+                                                 : "Should the sample be tuned automatically (YES) or be tuned to C (NO)?");
+    if (tune) autotune(layer, oscillator);
+    return true;
+}
+
+bool SampleLoader::loadSampleDialog(int oscillator) {
+    std::string path;
+    if (!platform::askFilePath(dialogs_, path, lastFolder_, false, platform::FileKind::Wave)) return false;
+    const std::size_t folderEnd = path.find_last_of("/\\");
+    if (folderEnd != std::string::npos) lastFolder_ = path.substr(0, folderEnd + 1);
+    return loadChosen(-1, oscillator, path, false);
+}
+
+void SampleLoader::autotune(int layer, int oscillator) {
+    Sample* const holder = holderOf(layerOf(layer), oscillator);
+    if (holder == nullptr || holder->length <= 0 || !holder->levels[0]) return;
+    try {
+        const std::uint32_t rate = rateOfLag(bestLag(holder->levels[0].get(), holder->length));
+        const EngineHold hold(flags_, sleep_);
+        holder->sampleRate = rate;
+    } catch (const std::bad_alloc&) {
+        dialogs_.message(memoryTitle, memoryText);
+    }
+}
+
+bool SampleLoader::load(const Task& task) try {
+    Sample* const holder = holderOf(task.layer, task.oscillator);
+    if (holder == nullptr) return false;
+    std::vector<std::uint8_t> file;
+    switch (readWaveFile(task.path, file)) {
+        case WaveRead::unreadable: return false;
+        case WaveRead::tooLarge: return refuse(task, "Warning", "This wave file is too large.");
+        case WaveRead::done: break;
+    }
+    {
+        const EngineHold hold(flags_, sleep_);
+        holder->length = holder->loopStart = holder->loopEnd = 0;
+    }
+    WaveSound sound;
+    const WaveError error = read(task, file, sound);
+    if (error != WaveError::none) return refuse(task, "Error", waveErrorText(error));
+    const bool loopIsSound = settleLoop(sound);
+    if (!publish(task, sound)) return refuse(task, memoryTitle, memoryText);
+    if (!loopIsSound) refuse(task, task.path.c_str(), "The loop point information of this sample is not valid!");
+    writeParameters(task, sound.loopOn);
+    return true;
+} catch (const std::bad_alloc&) {
+    return refuse(task, memoryTitle, memoryText);
+}
+
+WaveError SampleLoader::read(const Task& task, std::span<const std::uint8_t> file, WaveSound& sound) const {
+    const WaveLayout layout = parseWave(file);
+    if (layout.error != WaveError::none) return layout.error;
+    sound = {convertWave(file, layout, task.channel), layout.sampleRate, layout.loopOn, layout.loopStart, layout.loopEnd};
+    reduceSound(sound, levelRows().front());
+    return WaveError::none;
+}
+
+// Everything is made ready beside the holder, which then only takes the buffers over.
+bool SampleLoader::publish(const Task& task, const WaveSound& sound) {
+    Sample fresh;
+    const auto length = static_cast<std::int32_t>(sound.samples.size());
+    if (!fresh.allocate(length)) return false;
+    for (auto& level : fresh.levels) std::copy(sound.samples.begin(), sound.samples.end(), level.get());
+    fresh.length = length;
+    fresh.loopStart = static_cast<std::int32_t>(sound.loopStart);
+    fresh.loopEnd = static_cast<std::int32_t>(sound.loopEnd);
+    fresh.sampleRate = sound.sampleRate;
+    buildLevels(fresh, sound.loopOn, &flags_.rebuildCancel);
+    writeSampleGuards(fresh, sound.loopOn);
+
+    Sample& holder = *holderOf(task.layer, task.oscillator);
+    const EngineHold hold(flags_, sleep_);
+    std::swap(holder.levels, fresh.levels);
+    holder.length = fresh.length;
+    holder.loopStart = fresh.loopStart;
+    holder.loopEnd = fresh.loopEnd;
+    holder.sampleRate = fresh.sampleRate;
+    return true;
+}
+
+void SampleLoader::writeParameters(const Task& task, bool loopOn) {
+    setParameter(task, parameter::LoopMod1, listValue(loopOn ? loopModeLoop : loopModeSingle));
+    setParameter(task, parameter::Start1, 0.0f);
+    if (task.keepTuning) return;
+    const std::optional<FileNameTuning> tuning = fileNameTuning(task.path);
+    if (!tuning) return;
+    setParameter(task, parameter::Oct1, tuning->oct);
+    setParameter(task, parameter::Semi1, tuning->semi);
+}
+
+void SampleLoader::setParameter(const Task& task, int number, float value) {
+    parameters_.setParameter(hostIndex(number + task.oscillator, task.layer), value);
+}
+
+bool SampleLoader::refuse(const Task& task, const char* title, const char* text) {
+    if (!task.silent) dialogs_.message(title, text);
+    return false;
+}
+
+Sample* SampleLoader::holderOf(int layer, int oscillator) const {
+    if (layer < 0 || layer >= layerCount || oscillator < 0 || oscillator >= oscillatorCount) return nullptr;
+    return holders_[static_cast<std::size_t>(layer * oscillatorCount + oscillator)];
+}
+
+}  // namespace vantoric
