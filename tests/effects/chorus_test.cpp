@@ -303,7 +303,7 @@ TEST(Haas, OneSideIsLateByUpToFortyMilliseconds) {
         }
 }
 
-TEST(Flanger, ADryMixPassesTheInput) {
+TEST(Chorus, ADryMixPassesTheInput) {
     for (const int variant : variants) {
         if (variant == hyperUnison) continue;  // passes the middle of both sides too
         Box box(variant, {0.0f, 0.5f, 0.5f, 0.5f, 0.5f});
@@ -329,9 +329,9 @@ TEST(ChorusStandard, KeepsTheLevelOfAConstant) {
 
 class EveryChorusVariant : public ::testing::TestWithParam<int> {};
 
+// The depth of the rotary cabinet's slow phase, which steps once a block, is 0.
 TEST_P(EveryChorusVariant, BlockLengthDoesNotMatter) {
-    if (GetParam() == rotary) GTEST_SKIP() << "its slow phase steps once a block";
-    const std::vector<float> values{0.7f, 0.6f, 0.8f, 0.55f, 0.8f};
+    const std::vector<float> values{0.7f, 0.6f, 0.8f, 0.55f, GetParam() == rotary ? 0.0f : 0.8f};
     Box whole(GetParam(), values), single(GetParam(), values), odd(GetParam(), values);
     const Sound out = whole.play(noise(3000), 3000);
     EXPECT_EQ(out, single.play(noise(3000), 1));

@@ -122,7 +122,8 @@ TEST(Multitap, StepsStandAtEighthsOfTheLine) {
     Box box(multitap, {1.0f, 0.1f, 0.3f, 10.5f / 19.999f, 0.0f}, 600.0f);  // "Fall"
     const int length = 4 * noteSamples(0.02f, rate, 600.0f);
     const auto out = box.play(impulse(length)).left;
-    for (int i = 0; i < 8; ++i) {
+    EXPECT_GT(out[1], 0.5f);
+    for (int i = 1; i < 8; ++i) {
         const int at = i * length / 8 + 1;
         EXPECT_GT(std::fabs(out[static_cast<std::size_t>(at)]), 4.0f * std::fabs(out[static_cast<std::size_t>(at - 4)])) << i;
     }
@@ -356,14 +357,6 @@ TEST_P(EveryDelayVariant, HoldsValuesFromOutsideTheirRange) {
     EXPECT_EQ(wild.play(noise(1000)), held.play(noise(1000)));
 }
 
-TEST_P(EveryDelayVariant, AChangeOfTempoMovesTheTapsAtOnceAndClearsNothing) {
-    if (GetParam() == echo || GetParam() == resonator || GetParam() == reflections) GTEST_SKIP() << "not in time with the song";
-    Box box(GetParam(), {1.0f, 0.02f, 0.8f, 0.3f, 0.2f}, 600.0f);
-    box.play(noise(3000));
-    box.effect.setTempo(700.0f);
-    EXPECT_GT(peak(box.play(Sound(3000)).left), 0.01f);
-}
-
 TEST_P(EveryDelayVariant, AnEmptyBlockDoesNothing) {
     Box one(GetParam(), lively, 960.0f), other(GetParam(), lively, 960.0f);
     one.play(noise(500));
@@ -373,7 +366,19 @@ TEST_P(EveryDelayVariant, AnEmptyBlockDoesNothing) {
     EXPECT_EQ(one.play(noise(500)), other.play(noise(500)));
 }
 
+class DelayInTime : public ::testing::TestWithParam<int> {};
+
+TEST_P(DelayInTime, AChangeOfTempoMovesTheTapsAtOnceAndClearsNothing) {
+    Box box(GetParam(), {1.0f, 0.02f, 0.8f, 0.3f, 0.2f}, 600.0f);
+    box.play(noise(3000));
+    box.effect.setTempo(700.0f);
+    EXPECT_GT(peak(box.play(Sound(3000)).left), 0.01f);
+}
+
 INSTANTIATE_TEST_SUITE_P(Delay, EveryDelayVariant, ::testing::Range(0, 15));
+INSTANTIATE_TEST_SUITE_P(Delay, DelayInTime,
+                         ::testing::Values(delay, pingPong, delayBand, multitap, delayDual, delayDiffuse, tapeDelay, delayFat,
+                                           delayWide, reverbGated, reverbGatedEcho, reverbReverse));
 
 }  // namespace
 }  // namespace vantoric
