@@ -82,6 +82,9 @@ void Studio::waitForWaves() {
 bool Studio::load(const std::string& path) {
     const bool taken = engine_->patchFiles().loadPatchFile(path);
     waitForWaves();
+    // A new master volume takes a block to arrive.
+    Take silence;
+    render(silence, 0.05);
     return taken;
 }
 

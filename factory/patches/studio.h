@@ -34,11 +34,16 @@ public:
     // Holds the keys for `held` seconds, then lets go and listens for `tail` seconds. Starts from silence.
     Take play(const std::vector<int>& keys, int velocity, double held, double tail);
 
+    // Sends a MIDI message, taken up by the next rendering.
+    void send(int status, int data1, int data2);
+
+    // The value of a parameter of the loaded patch.
+    const ParameterModel& parameters() { return engine_->parameters(); }
+
     // Boxes that the instrument has shown since the start.
     std::vector<platform::RecordedDialogs::Box> boxes() const { return dialogs_.boxes(); }
 
 private:
-    void send(int status, int data1, int data2);
     void render(Take& take, double seconds);
     void waitForWaves();
 
