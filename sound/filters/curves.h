@@ -5,10 +5,11 @@
 
 namespace vantoric::filters {
 
-// x / (3 / d + |x|) with one division.
+// x / (3 / d + |x|) with one division, for d above 0.
 template <class T>
 inline T saturate(T x, T d) {
-    return x * d / (T(3) + absolute(x) * d);
+    const T y = x * d;
+    return y / (T(3) + absolute(y));
 }
 
 // x / (3 / (x x + 1.85) + |x|): the cheap saturation of the state-variable filters.

@@ -1,4 +1,4 @@
-// What the setup of every filter type starts from, and the law of the cutoff.
+// What the setup of every filter type starts from.
 #pragma once
 
 #include "base/numbers.h"
@@ -25,12 +25,5 @@ struct FilterInputs {
     // Normalised frequency without the factor of 44100: 0.45 of 44100 Hz at c = 1, whatever the sample rate.
     double fn() const { return openness() * 0.45 / sampleRate; }
 };
-
-// The cutoff that a voice passes on: Cutoff, moved by the glided note around key 64 and by the filter
-// envelope (`envelope` is clamped to 0 to 1). The parameters are those of the voice; the result is not clamped.
-inline float voiceCutoff(double smoothedNote, float filKey, float filEnv, float cutoff, float envelope) {
-    const float key = static_cast<float>((smoothedNote - 64.0) * (filKey - 0.5) * 0.0195);
-    return key + (filEnv - 0.5f) * 2.0f * clampUnit(envelope) + cutoff;
-}
 
 }  // namespace vantoric::filters

@@ -27,10 +27,11 @@ constexpr bool runsByVoice = requires {
     Topology<float>::byVoice;
 };
 
-// Neighbouring voices as lanes.
+// Neighbouring voices as lanes. Flattened, as the compiler would otherwise call the operators of wide vectors
+// through memory.
 template <template <class> class Topology, int Variant, int N>
-LaneMask runLanes(FilterMemory<voiceCount>& memory, const DrawStarts& starts, float* buffer, int count, int first,
-                  LaneMask mask) {
+[[gnu::flatten]] LaneMask runLanes(FilterMemory<voiceCount>& memory, const DrawStarts& starts, float* buffer, int count,
+                                   int first, LaneMask mask) {
     using T = Lanes<TopologyScalar<Topology>, N>;
     using Samples = Lanes<float, N>;
     auto& bank = memory.template cells<Topology>();

@@ -1,0 +1,205 @@
+#include <cstdlib>
+#include <limits>
+
+#include "filters_fixture.h"
+
+namespace vantoric {
+namespace {
+
+class FilterBankTest : public Filters {};
+
+constexpr int tick = 88;
+
+// Sixteen single filters that share one pair of random sources and run one after the other.
+struct Voices {
+    RandomSources random;
+    std::vector<std::unique_ptr<VoiceFilter>> filters;
+
+    Voices() {
+        for (int v = 0; v < voiceCount; ++v) filters.push_back(std::make_unique<VoiceFilter>(random));
+    }
+    void run(float* buffer, int count, LaneMask mask) {
+        for (int v = 0; v < voiceCount; ++v) {
+            if ((mask >> v & 1) == 0) continue;
+            std::vector<float> x;
+            for (int i = 0; i < count; ++i) x.push_back(buffer[i * voiceCount + v]);
+            filters[v]->run(x.data(), count);
+            for (int i = 0; i < count; ++i) buffer[i * voiceCount + v] = x[i];
+        }
+    }
+};
+
+// Settings that differ from voice to voice and move from tick to tick.
+FilterSettings settingsAt(int type, int voice, int turn) {
+    FilterSettings settings{.sampleRate = 88200.0f, .tickSamples = tick, .type = type};
+    settings.cutoff = 0.5f + 0.55f * std::sin(0.7f * voice + 0.13f * turn);
+    settings.resonance = 0.5f + 0.52f * std::sin(1.1f * voice + 0.07f * turn);
+    settings.analog = voice % 3 == 0 ? 0.0f : 0.06f * voice;
+    return settings;
+}
+
+// Renders both ways with the types that `typeOf` gives a voice at a turn; every bit must agree.
+template <class TypeOf>
+void expectSameBits(TypeOf&& typeOf, int turns) {
+    RandomSources random;
+    FilterBank bank(random);
+    Voices voices;
+    SignalSource source(3);
+    static LaneBuffer lanes, alone;
+    constexpr LaneMask masks[] = {0xffff, 0x8000, 0xc000, 0xff00, 0x0a50, 0xfff0, 0x0001, 0x7ffe};
+    for (int turn = 0; turn < turns; ++turn) {
+        const LaneMask mask = masks[turn / 2 % 8];
+        const auto signal = static_cast<Signal>(turn / 16 % 3);
+        for (int v = 0; v < voiceCount; ++v) {
+            if ((mask >> v & 1) == 0) continue;
+            const FilterSettings settings = settingsAt(typeOf(v, turn), v, turn);
+            bank.setup(v, settings);
+            voices.filters[v]->setup(settings);
+            if (turn % 11 == 10 && v % 2 == 0) {
+                bank.reset(v);
+                voices.filters[v]->reset();
+            }
+        }
+        const int count = turn % 5 == 4 ? 37 : tick;
+        for (int i = 0; i < count * voiceCount; ++i) lanes[i] = alone[i] = 0.8f * source.next(signal);
+        bank.run(lanes, count, mask);
+        voices.run(alone, count, mask);
+        for (int v = 0; v < voiceCount; ++v)
+            for (int i = 0; i < count && (mask >> v & 1) != 0; ++i)
+                ASSERT_EQ(lanes[i * voiceCount + v], alone[i * voiceCount + v])
+                    << "type " << typeOf(v, turn) << " turn " << turn << " voice " << v << " sample " << i;
+        ASSERT_EQ(random.congruence.state, voices.random.congruence.state);
+        ASSERT_EQ(random.hash.counter, voices.random.hash.counter);
+    }
+}
+
+TEST_F(FilterBankTest, GivesTheBitsOfSingleFiltersForEveryType) {
+    for (const int type : filterIndices()) expectSameBits([type](int, int) { return type; }, 48);
+}
+
+TEST_F(FilterBankTest, GivesTheBitsOfSingleFiltersWhenVoicesDifferInType) {
+    const std::vector<int> types = filterIndices();
+    const int count = static_cast<int>(types.size());
+    expectSameBits([&](int voice, int turn) { return types[(voice * 7 + turn / 9) % count]; }, 120);
+    // With bypassed voices between voices of two noisy types.
+    expectSameBits([&](int voice, int) { return voice % 4 == 0 ? 0 : voice % 2 == 0 ? 51 : 53; }, 32);
+}
+
+TEST_F(FilterBankTest, ASilentVoiceKeepsItsMemories) {
+    RandomSources random;
+    FilterBank bank(random);
+    FilterUnderTest one(140, 0.6f, 0.8f, 0.3f);
+    for (int v = 0; v < voiceCount; ++v) bank.setup(v, one.settings);
+    const std::vector<float> x = noise(2 * tick);
+    const std::vector<float> expected = one.run(x);
+    static LaneBuffer buffer;
+    for (int part = 0; part < 2; ++part) {
+        for (int i = 0; i < tick * voiceCount; ++i) buffer[i] = x[part * tick + i / voiceCount];
+        bank.run(buffer, tick, 0x0020);
+        for (int i = 0; i < tick; ++i) ASSERT_EQ(buffer[i * voiceCount + 5], expected[part * tick + i]);
+        // The voices around it sound in between.
+        for (float& sample : buffer) sample = 1.0f;
+        bank.run(buffer, tick, 0x00d0);
+    }
+}
+
+TEST_F(FilterBankTest, VoicesOfOtherTypesAndBypassedOnesAreLeftAlone) {
+    RandomSources random;
+    FilterBank bank(random);
+    for (int v = 0; v < voiceCount; ++v) bank.setup(v, {.type = v == 6 ? 4 : v == 7 ? 1 : 0});
+    static LaneBuffer buffer;
+    for (float& sample : buffer) sample = 0.25f;
+    bank.run(buffer, tick, 0xffff);
+    for (int i = 0; i < tick; ++i)
+        for (int v = 0; v < voiceCount; ++v)
+            if (v != 6) {
+                ASSERT_EQ(buffer[i * voiceCount + v], 0.25f);
+            }
+    EXPECT_NE(buffer[6], 0.25f);
+}
+
+TEST_F(FilterBankTest, AFilterThatIsNoLongerFiniteIsClearedAndSilentForOneRun) {
+    for (const int type : filterIndices()) {
+        if (filterNumber(type) == 35 || filterNumber(type) == 41) continue;  // no feedback: they forget it by themselves
+        RandomSources random;
+        FilterBank bank(random);
+        FilterUnderTest fresh(filterNumber(type), 0.6f, 0.5f, 0.2f);
+        for (int v = 0; v < voiceCount; ++v) bank.setup(v, fresh.settings);
+        static LaneBuffer buffer;
+        for (float& sample : buffer) sample = 0.25f;
+        bank.run(buffer, tick, 0xffff);
+        for (float& sample : buffer) sample = 0.25f;
+        buffer[20 * voiceCount + 9] = std::numeric_limits<float>::infinity();
+        bank.run(buffer, tick, 0xffff);
+        for (int i = 0; i < tick; ++i) {
+            ASSERT_EQ(buffer[i * voiceCount + 9], 0.0f) << type;
+            for (int v = 0; v < voiceCount; ++v) ASSERT_TRUE(std::isfinite(buffer[i * voiceCount + v])) << type;
+        }
+        EXPECT_NE(buffer[(tick - 1) * voiceCount + 8], 0.0f) << type;
+        for (float& sample : buffer) sample = 0.25f;
+        bank.run(buffer, tick, 0xffff);
+        float loudest = 0.0f;
+        for (int i = 0; i < tick; ++i) loudest = std::max(loudest, std::fabs(buffer[i * voiceCount + 9]));
+        EXPECT_TRUE(std::isfinite(loudest) && loudest > 0.0f) << type;
+    }
+}
+
+TEST_F(FilterBankTest, AClearedVoicePassesAudioAndStartsAfresh) {
+    RandomSources random;
+    FilterBank bank(random);
+    FilterUnderTest comb(33, 0.9f, 0.8f);
+    static LaneBuffer buffer;
+    for (int round = 0; round < 2; ++round) {
+        bank.clear(2);
+        for (float& sample : buffer) sample = 0.5f;
+        bank.run(buffer, tick, 0x0004);
+        for (int i = 0; i < tick; ++i) ASSERT_EQ(buffer[i * voiceCount + 2], 0.5f);
+        FilterUnderTest fresh(33, 0.9f, 0.8f);
+        bank.setup(2, fresh.settings);
+        bank.run(buffer, tick, 0x0004);
+        const std::vector<float> expected = fresh.run(std::vector<float>(tick, 0.5f));
+        for (int i = 0; i < tick; ++i) ASSERT_EQ(buffer[i * voiceCount + 2], expected[i]);
+    }
+}
+
+// Sixteen corners of cutoff, resonance and analog at once, through noise, a square of full scale and silence;
+// in the second half of each signal the cutoff sweeps. A minute each with VANTORIC_LONG_TESTS set.
+TEST_F(FilterBankTest, EveryTypeStaysFiniteAndBoundedAtItsExtremes) {
+    const double seconds = std::getenv("VANTORIC_LONG_TESTS") != nullptr ? 60.0 : 0.25;
+    for (const float rate : {88200.0f, 96000.0f, 192000.0f}) {
+        const int samples = static_cast<int>(rate) / 1000, turns = static_cast<int>(seconds * 1000);
+        for (const int type : filterIndices()) {
+            RandomSources random;
+            FilterBank bank(random);
+            static LaneBuffer buffer;
+            float loudest = 0.0f;
+            for (const Signal signal : {Signal::noise, Signal::square, Signal::silence}) {
+                SignalSource source(77);
+                for (int turn = 0; turn < turns; ++turn) {
+                    const float sweep = 0.5f - 0.5f * std::cos(6.2832f * turn / 100.0f);
+                    for (int v = 0; v < voiceCount; ++v)
+                        bank.setup(v, {.sampleRate = rate,
+                                       .tickSamples = samples,
+                                       .type = type,
+                                       .cutoff = turn < turns / 2 ? (v & 3) / 3.0f : std::fabs(sweep - (v & 3) / 3.0f),
+                                       .resonance = (v & 4) != 0 ? 1.0f : 0.0f,
+                                       .analog = (v & 8) != 0 ? 1.0f : 0.0f});
+                    for (int i = 0; i < samples; ++i) std::fill_n(buffer + i * voiceCount, voiceCount, source.next(signal));
+                    bank.run(buffer, samples, 0xffff);
+                    for (int i = 0; i < samples * voiceCount; ++i) {
+                        ASSERT_TRUE(std::isfinite(buffer[i])) << "type " << type << " voice " << i % voiceCount;
+                        loudest = std::max(loudest, std::fabs(buffer[i]));
+                    }
+                }
+            }
+            // Sharp linear sections ring up while they are swept; what saturates stays near full scale.
+            const int number = filterNumber(type);
+            const bool linear = number <= 26 || number == 70 || number == 105 || number == 107;
+            EXPECT_LT(loudest, linear ? 5000.0f : 20.0f) << "type " << type << " at " << rate;
+            EXPECT_GT(loudest, 0.01f) << "type " << type << " at " << rate;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vantoric

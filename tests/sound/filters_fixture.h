@@ -1,0 +1,90 @@
+// Signals and single filters for the tests of the voice filters.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <xmmintrin.h>
+
+#include <cmath>
+#include <memory>
+#include <vector>
+
+#include "sound/filter_bank.h"
+#include "sound/voice_filter.h"
+
+namespace vantoric {
+
+// The list indices that name a filter.
+inline std::vector<int> filterIndices() {
+    std::vector<int> indices;
+    for (int i = 0; i < 128; ++i)
+        if (filterNumber(i) >= 0) indices.push_back(i);
+    return indices;
+}
+
+// List indices by number, for tests that look at one type.
+inline int indexOfFilter(int number) {
+    for (const int i : filterIndices())
+        if (filterNumber(i) == number) return i;
+    ADD_FAILURE() << "no filter " << number;
+    return 0;
+}
+
+enum class Signal { noise, square, silence };
+
+// Sample `i` of a signal of full scale; the square has 100 samples a cycle.
+class SignalSource {
+public:
+    explicit SignalSource(std::uint32_t seed) : chance_{seed} {}
+    float next(Signal signal) {
+        const int i = position_++;
+        if (signal == Signal::noise) return static_cast<float>(chance_.next() * 4.656612873077393e-10 - 1.0);
+        if (signal == Signal::square) return i % 100 < 50 ? 1.0f : -1.0f;
+        return 0.0f;
+    }
+
+private:
+    LinearCongruence chance_;
+    int position_ = 0;
+};
+
+inline std::vector<float> noise(int count, float amplitude = 0.5f, std::uint32_t seed = 4711) {
+    SignalSource source(seed);
+    std::vector<float> x(static_cast<std::size_t>(count));
+    for (float& sample : x) sample = amplitude * source.next(Signal::noise);
+    return x;
+}
+
+// One filter and its chance, run in ticks of 88 samples at 88200 Hz.
+struct FilterUnderTest {
+    RandomSources random;
+    VoiceFilter filter{random};
+    FilterSettings settings;
+
+    explicit FilterUnderTest(int number, float cutoff = 0.5f, float resonance = 0.5f, float analog = 0.0f) {
+        settings.type = indexOfFilter(number);
+        set(cutoff, resonance, analog);
+    }
+    void set(float cutoff, float resonance, float analog) {
+        settings.cutoff = cutoff;
+        settings.resonance = resonance;
+        settings.analog = analog;
+        filter.setup(settings);
+    }
+    std::vector<float> run(std::vector<float> x) {
+        for (std::size_t i = 0; i < x.size(); i += 88)
+            filter.run(x.data() + i, static_cast<int>(std::min<std::size_t>(88, x.size() - i)));
+        return x;
+    }
+};
+
+// Denormal numbers off while a test runs, as in an audio block.
+class Filters : public ::testing::Test {
+protected:
+    Filters() : saved_(_mm_getcsr()) { _mm_setcsr(saved_ | 0x8040u); }
+    ~Filters() override { _mm_setcsr(saved_); }
+
+private:
+    unsigned saved_;
+};
+
+}  // namespace vantoric
