@@ -27,10 +27,17 @@ constexpr bool runsByVoice = requires {
     Topology<float>::byVoice;
 };
 
-// Neighbouring voices as lanes. Flattened, as the compiler would otherwise call the operators of wide vectors
-// through memory.
+// Wide loops are flattened, as the compiler would otherwise call the operators of wide vectors through memory.
+// With the sanitizers' checks in each of them that takes minutes to compile, and speed does not matter.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define VANTORIC_FLATTEN
+#else
+#define VANTORIC_FLATTEN [[gnu::flatten]]
+#endif
+
+// Neighbouring voices as lanes.
 template <template <class> class Topology, int Variant, int N>
-[[gnu::flatten]] LaneMask runLanes(FilterMemory<voiceCount>& memory, const DrawStarts& starts, float* buffer, int count,
+VANTORIC_FLATTEN LaneMask runLanes(FilterMemory<voiceCount>& memory, const DrawStarts& starts, float* buffer, int count,
                                    int first, LaneMask mask) {
     using T = Lanes<TopologyScalar<Topology>, N>;
     using Samples = Lanes<float, N>;
