@@ -297,7 +297,7 @@ TEST_F(FilterTypes, LanesConvertUnsignedNumbersAsOneVoiceDoes) {
 }
 
 TEST_F(FilterTypes, TheExponentialOfTheSampleLoopIsSinglePrecision) {
-    for (float x = -6.0f; x <= 0.0f; x += 0.01f) EXPECT_NEAR(exponential(x) / std::exp(x), 1.0, 2e-6);
+    for (float x = -6.0f; x <= 0.0f; x += 0.01f) EXPECT_NEAR(filters::exponential(x) / std::exp(x), 1.0, 2e-6);
 }
 
 double magnitudeAt(const BiquadDesign& d, double w) {
