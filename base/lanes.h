@@ -61,11 +61,9 @@ inline bool allOf(const stdx::simd_mask<S, Abi>& mask) {
 }
 
 // |x|
-inline float absolute(float x) { return std::fabs(x); }
-inline double absolute(double x) { return std::fabs(x); }
-template <class S, class Abi>
-inline stdx::simd<S, Abi> absolute(const stdx::simd<S, Abi>& x) {
-    return stdx::abs(x);
+template <class T>
+inline T absolute(T x) {
+    return select(x < T(0), -x, x);
 }
 // Smaller and larger of two; where x is NaN the bound.
 template <class T>

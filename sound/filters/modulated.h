@@ -8,19 +8,6 @@
 
 namespace vantoric::filters {
 
-// e^x for x from -8 to 8 within 2e-6: the eighth power of a series for e^(x / 8).
-template <class T>
-inline T exponential(T x) {
-    using S = ScalarOf<T>;
-    const T y = x * T(S(0.125));
-    T sum = T(S(1.0 / 3628800));
-    for (const double factor : {1.0 / 362880, 1.0 / 40320, 1.0 / 5040, 1.0 / 720, 1.0 / 120, 1.0 / 24, 1.0 / 6, 0.5, 1.0, 1.0})
-        sum = sum * y + T(S(factor));
-    sum = sum * sum;
-    sum = sum * sum;
-    return sum * sum;
-}
-
 // "LP FM": the signal moves the cutoff.
 template <class T>
 struct LpFm {
