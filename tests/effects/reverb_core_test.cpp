@@ -133,7 +133,7 @@ TEST_P(EveryReverb, SoundsTheSameInBlocksOfAnyLength) {
     const Signal in = noise(40000, 0.5, 20000);
     const Values values{0.7f, 0.4f, 0.3f, 0.6f, 0.3f};
     const Signal whole = rendered(GetParam(), 88200.0f, values, in, 40000);
-    for (const int block : {1, 63, 88, 5000}) EXPECT_EQ(rendered(GetParam(), 88200.0f, values, in, block), whole) << block;
+    for (const int block : {1, 88, 5000}) EXPECT_EQ(rendered(GetParam(), 88200.0f, values, in, block), whole) << block;
 }
 
 TEST_P(EveryReverb, SoundsTheSameInBlocksOfAnyLengthWhereItsLinesAreShorterThanABlock) {
@@ -161,9 +161,9 @@ TEST_P(EveryReverb, StartsAfreshAfterAReset) {
 
 TEST_P(EveryReverb, StaysFiniteAndBoundedAtEveryRateAndSetting) {
     const std::array<Values, 4> settings = {{{1, 0, 0, 0, 0}, {1, 1, 1, 1, 1}, {1, 0.5f, 0.5f, 0.5f, 0.5f}, {1, 1, 0, 0.5f, 1}}};
-    for (const float rate : {8000.0f, 16000.0f, 22050.0f, 44100.0f, 88200.0f, 192000.0f})
+    for (const float rate : {8000.0f, 22050.0f, 44100.0f, 192000.0f})
         for (const Values& values : settings) {
-            const int part = static_cast<int>(rate * 0.1f);
+            const int part = static_cast<int>(rate * 0.05f);
             const Signal in = noise(6 * part, 1.0, 2 * part);
             const Signal out = rendered(GetParam(), rate, values, in, 256);
             ASSERT_TRUE(allFinite(out.left.data(), out.right.data(), out.size())) << rate;
@@ -174,29 +174,30 @@ TEST_P(EveryReverb, StaysFiniteAndBoundedAtEveryRateAndSetting) {
 
 TEST_P(EveryReverb, DoesNotSwellAfterTheInputHasEnded) {
     const std::array<Values, 4> settings = {{{1, 0, 0, 0, 0}, {1, 1, 0, 1, 0.5f}, {1, 0.5f, 1, 0.5f, 1}, {1, 0.2f, 0, 0.5f, 1}}};
-    for (const float rate : {8000.0f, 16000.0f, 44100.0f})
+    for (const float rate : {8000.0f, 16000.0f})
         for (const Values& values : settings) {
             const int second = static_cast<int>(rate);
-            const Signal out = rendered(GetParam(), rate, values, noise(4 * second, 1.0, second / 5), 256);
-            EXPECT_LT(energy(out, 3 * second, 4 * second), 1.02 * energy(out, second, 2 * second) + 1e-3)
+            const Signal out = rendered(GetParam(), rate, values, noise(3 * second, 1.0, second / 5), 256);
+            EXPECT_LT(energy(out, 2 * second, 3 * second), 1.02 * energy(out, second, 2 * second) + 1e-3)
                 << rate << " " << values[1] << " " << values[4];
         }
 }
 
 TEST_P(EveryReverb, MakesNothingOfNothing) {
-    for (const float rate : {16000.0f, 88200.0f, 192000.0f}) {
-        const Signal silence = rendered(GetParam(), rate, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f}, Signal(static_cast<int>(rate)), 300);
+    for (const float rate : {16000.0f, 88200.0f}) {
+        const Signal silence =
+            rendered(GetParam(), rate, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f}, Signal(static_cast<int>(rate / 2)), 300);
         ASSERT_TRUE(allFinite(silence.left.data(), silence.right.data(), silence.size()));
         EXPECT_LT(peak(silence), 2e-4) << rate;
         const Signal faint = rendered(GetParam(), rate, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f},
-                                      noise(static_cast<int>(rate), 1e-39, static_cast<int>(rate)), 300);
+                                      noise(static_cast<int>(rate / 2), 1e-39, static_cast<int>(rate / 2)), 300);
         ASSERT_TRUE(allFinite(faint.left.data(), faint.right.data(), faint.size()));
         EXPECT_LT(peak(faint), 2e-4) << rate;
     }
 }
 
 TEST_P(EveryReverb, AnswersAnImpulseAtEveryRate) {
-    for (const float rate : {8000.0f, 44100.0f, 96000.0f, 192000.0f}) {
+    for (const float rate : {8000.0f, 44100.0f, 192000.0f}) {
         const Values values{1.0f, 0.5f, 0.5f, 0.5f, 0.2f};
         const Signal out = response(GetParam(), rate, values, impulse(static_cast<int>(rate * 0.5f), 1.0f, 1.0f));
         ASSERT_TRUE(allFinite(out.left.data(), out.right.data(), out.size()));
@@ -244,8 +245,8 @@ TEST(Reverb, LastsLongerTheLargerItsSize) {
     for (const ReverbVariant variant : reverbs) {
         if (variant == ReverbVariant::laserPunch) continue;
         double last = 0.0;
-        for (const float size : {0.1f, 0.4f, 0.8f}) {
-            const double seconds = decayTime(variant, {1.0f, size, 0.6f, 0.2f, 0.3f}, 3.0);
+        for (const float size : {0.1f, 0.7f}) {
+            const double seconds = decayTime(variant, {1.0f, size, 0.6f, 0.2f, 0.3f}, 2.5);
             EXPECT_GT(seconds, last) << static_cast<int>(variant) << " size " << size;
             last = seconds;
         }
@@ -256,8 +257,8 @@ TEST(Reverb, LastsLongerTheMoreDecay) {
     for (const ReverbVariant variant :
          {ReverbVariant::infinity, ReverbVariant::big, ReverbVariant::glass, ReverbVariant::plate, ReverbVariant::cold}) {
         double last = 0.0;
-        for (const float decay : {0.1f, 0.3f, 0.5f, 0.7f}) {
-            const double seconds = decayTime(variant, {1.0f, 0.2f, 0.5f, 0.2f, decay}, 3.0);
+        for (const float decay : {0.1f, 0.4f, 0.7f}) {
+            const double seconds = decayTime(variant, {1.0f, 0.2f, 0.5f, 0.2f, decay}, 2.5);
             EXPECT_GT(seconds, last) << static_cast<int>(variant) << " decay " << decay;
             last = seconds;
         }
