@@ -48,16 +48,20 @@ bool SampleLoader::loadSampleDialog(int oscillator) {
     return loadChosen(-1, oscillator, path, false);
 }
 
-void SampleLoader::autotune(int layer, int oscillator) {
+void SampleLoader::autotune(int layer, int oscillator) try {
     Sample* const holder = holderOf(layerOf(layer), oscillator);
-    if (holder == nullptr || holder->length <= 0 || !holder->levels[0]) return;
-    try {
-        const std::uint32_t rate = rateOfLag(bestLag(holder->levels[0].get(), holder->length));
+    if (holder == nullptr) return;
+    std::vector<std::int16_t> copy;
+    {
         const EngineHold hold(flags_, sleep_);
-        holder->sampleRate = rate;
-    } catch (const std::bad_alloc&) {
-        dialogs_.message(memoryTitle, memoryText);
+        if (holder->length <= 0 || !holder->levels[0]) return;
+        copy.assign(holder->levels[0].get(), holder->levels[0].get() + holder->length);
     }
+    const std::uint32_t rate = rateOfLag(bestLag(copy.data(), static_cast<std::int32_t>(copy.size())));
+    const EngineHold hold(flags_, sleep_);
+    holder->sampleRate = rate;
+} catch (const std::bad_alloc&) {
+    dialogs_.message(memoryTitle, memoryText);
 }
 
 bool SampleLoader::load(const Task& task) try {

@@ -27,6 +27,7 @@ const Target targets[] = {
     {"patch_file", vantoric::fuzz::patchFile, vantoric::fuzz::patchFileSeeds, 40},
     {"controller_map", vantoric::fuzz::controllerMap, vantoric::fuzz::controllerMapSeeds, 200},
     {"size_file", vantoric::fuzz::sizeFile, vantoric::fuzz::sizeFileSeeds, 50},
+    {"wave_file", vantoric::fuzz::waveFile, vantoric::fuzz::waveFileSeeds, 100},
 };
 
 // A copy of exactly the input's size, so that a read beyond it is seen.

@@ -16,11 +16,13 @@ void chunk(const std::uint8_t* data, std::size_t size);
 void patchFile(const std::uint8_t* data, std::size_t size);
 void controllerMap(const std::uint8_t* data, std::size_t size);
 void sizeFile(const std::uint8_t* data, std::size_t size);
+void waveFile(const std::uint8_t* data, std::size_t size);
 
 // Inputs to begin with, sound ones and nearly sound ones.
 std::vector<Bytes> chunkSeeds();
 std::vector<Bytes> patchFileSeeds();
 std::vector<Bytes> controllerMapSeeds();
 std::vector<Bytes> sizeFileSeeds();
+std::vector<Bytes> waveFileSeeds();
 
 }  // namespace vantoric::fuzz
