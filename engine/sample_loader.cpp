@@ -1,15 +1,12 @@
 #include "engine/sample_loader.h"
 
-#include <algorithm>
 #include <new>
-#include <utility>
 #include <vector>
 
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "engine/engine_hold.h"
 #include "samples/autotune.h"
-#include "samples/sample_kernels.h"
 #include "samples/sample_levels.h"
 
 namespace vantoric {
@@ -49,7 +46,7 @@ bool SampleLoader::loadSampleDialog(int oscillator) {
 }
 
 void SampleLoader::autotune(int layer, int oscillator) try {
-    Sample* const holder = holderOf(layerOf(layer), oscillator);
+    Sample* const holder = holderOf(holders_, layerOf(layer), oscillator);
     if (holder == nullptr) return;
     std::vector<std::int16_t> copy;
     {
@@ -65,7 +62,7 @@ void SampleLoader::autotune(int layer, int oscillator) try {
 }
 
 bool SampleLoader::load(const Task& task) try {
-    Sample* const holder = holderOf(task.layer, task.oscillator);
+    Sample* const holder = holderOf(holders_, task.layer, task.oscillator);
     if (holder == nullptr) return false;
     std::vector<std::uint8_t> file;
     switch (readWaveFile(task.path, file)) {
@@ -97,27 +94,11 @@ WaveError SampleLoader::read(const Task& task, std::span<const std::uint8_t> fil
     return WaveError::none;
 }
 
-// Everything is made ready beside the holder, which then only takes the buffers over.
 bool SampleLoader::publish(const Task& task, const WaveSound& sound) {
-    Sample fresh;
-    const auto length = static_cast<std::int32_t>(sound.samples.size());
-    if (!fresh.allocate(length)) return false;
-    for (auto& level : fresh.levels) std::copy(sound.samples.begin(), sound.samples.end(), level.get());
-    fresh.length = length;
-    fresh.loopStart = static_cast<std::int32_t>(sound.loopStart);
-    fresh.loopEnd = static_cast<std::int32_t>(sound.loopEnd);
-    fresh.sampleRate = sound.sampleRate;
-    buildLevels(fresh, sound.loopOn, &flags_.rebuildCancel);
-    writeSampleGuards(fresh, sound.loopOn);
-
-    Sample& holder = *holderOf(task.layer, task.oscillator);
-    const EngineHold hold(flags_, sleep_);
-    std::swap(holder.levels, fresh.levels);
-    holder.length = fresh.length;
-    holder.loopStart = fresh.loopStart;
-    holder.loopEnd = fresh.loopEnd;
-    holder.sampleRate = fresh.sampleRate;
-    return true;
+    const SampleContent content{sound.samples, static_cast<std::int32_t>(sound.loopStart),
+                                static_cast<std::int32_t>(sound.loopEnd), sound.sampleRate};
+    Sample& holder = *holderOf(holders_, task.layer, task.oscillator);
+    return exchangeSample(holder, content, sound.loopOn, sound.loopOn, flags_, sleep_);
 }
 
 void SampleLoader::writeParameters(const Task& task, bool loopOn) {
@@ -137,11 +118,6 @@ void SampleLoader::setParameter(const Task& task, int number, float value) {
 bool SampleLoader::refuse(const Task& task, const char* title, const char* text) {
     if (!task.silent) dialogs_.message(title, text);
     return false;
-}
-
-Sample* SampleLoader::holderOf(int layer, int oscillator) const {
-    if (layer < 0 || layer >= layerCount || oscillator < 0 || oscillator >= oscillatorCount) return nullptr;
-    return holders_[static_cast<std::size_t>(layer * oscillatorCount + oscillator)];
 }
 
 }  // namespace vantoric

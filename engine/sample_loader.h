@@ -1,19 +1,14 @@
 // Loading wave files into the oscillators' samples, with what it does to the parameters and says to the user.
 #pragma once
 
-#include <array>
 #include <string>
 
-#include "base/engine_state.h"
 #include "engine/parameter_model.h"
+#include "engine/sample_exchange.h"
 #include "platform/dialogs.h"
-#include "samples/sample.h"
 #include "samples/wave_file.h"
 
 namespace vantoric {
-
-// The twelve samples of an engine, indexed layer x 3 + oscillator. They outlive their users.
-using SampleHolders = std::array<Sample*, layerCount * oscillatorCount>;
 
 // Called by one thread at a time that is not the audio thread; voices may play and the worker may rebuild
 // meanwhile. Layers are 0 to 3, or -1 for the one the window shows; oscillators 0 to 2; others load nothing.
@@ -59,7 +54,6 @@ private:
     void writeParameters(const Task& task, bool loopOn);
     void setParameter(const Task& task, int number, float value);
     bool refuse(const Task& task, const char* title, const char* text);
-    Sample* holderOf(int layer, int oscillator) const;
     int layerOf(int layer) const { return layer == -1 ? currentLayer : layer; }
 
     EngineFlags& flags_;

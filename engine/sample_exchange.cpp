@@ -1,0 +1,34 @@
+#include "engine/sample_exchange.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "engine/engine_hold.h"
+#include "samples/sample_kernels.h"
+#include "samples/sample_levels.h"
+
+namespace vantoric {
+
+bool exchangeSample(Sample& holder, const SampleContent& content, bool wrap, bool isLooped, EngineFlags& flags,
+                    SleepFunction sleep) {
+    Sample fresh;
+    const auto length = static_cast<std::int32_t>(content.samples.size());
+    if (length > 0 && !fresh.allocate(length)) return false;
+    fresh.length = length;
+    fresh.loopStart = content.loopStart;
+    fresh.loopEnd = content.loopEnd;
+    if (length > 0) {
+        for (auto& level : fresh.levels) std::copy(content.samples.begin(), content.samples.end(), level.get());
+        buildLevels(fresh, wrap, &flags.rebuildCancel);
+        writeSampleGuards(fresh, isLooped);
+    }
+    const EngineHold hold(flags, sleep);
+    std::swap(holder.levels, fresh.levels);
+    holder.length = length;
+    holder.loopStart = content.loopStart;
+    holder.loopEnd = content.loopEnd;
+    holder.sampleRate = content.sampleRate;
+    return true;
+}
+
+}  // namespace vantoric
