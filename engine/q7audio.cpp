@@ -71,6 +71,8 @@ Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
       patchChunk_(state_, parameters_, program_, patchWaves(), *this, dialogs, platform::sleepMilliseconds),
       patchFiles_(patchChunk_, program_, *this, dialogs),
       sampleLoader_(state_.flags, parameters_, patchWaves().samples, dialogs, platform::sleepMilliseconds),
+      sampleEditor_(state_.flags, parameters_, patchWaves().samples, dialogs, platform::sleepMilliseconds),
+      customWaveLoader_(state_.flags, parameters_, customWaves(), dialogs, platform::sleepMilliseconds),
       worker_(state_.flags, WaveLibrary::shared(), dialogs, parameters_, allOscillators()) {
     state_.flags.audioMuted.set();
     describeToHost();
@@ -128,6 +130,13 @@ PatchWaves Q7Audio::patchWaves() {
         waves.samples[i] = all[i].sample;
         waves.customWaves[i] = all[i].customWave->samples.data();
     }
+    return waves;
+}
+
+CustomWaveHolders Q7Audio::customWaves() {
+    CustomWaveHolders waves;
+    const AllOscillators all = allOscillators();
+    for (std::size_t i = 0; i < all.size(); ++i) waves[i] = all[i].customWave;
     return waves;
 }
 

@@ -13,12 +13,14 @@
 #include "effects/sound_mode_stage.h"
 #include "engine/block_observer.h"
 #include "engine/controller_map.h"
+#include "engine/custom_wave_loader.h"
 #include "engine/decimator.h"
 #include "engine/midi_intake.h"
 #include "engine/parameter_model.h"
 #include "engine/patch_chunk.h"
 #include "engine/patch_file.h"
 #include "engine/program_slot.h"
+#include "engine/sample_editor.h"
 #include "engine/sample_loader.h"
 #include "engine/song_clock.h"
 #include "engine/tick_clock.h"
@@ -94,6 +96,8 @@ public:
     PatchFiles& patchFiles() { return patchFiles_; }
     PatchChunk& patchChunk() { return patchChunk_; }
     SampleLoader& sampleLoader() { return sampleLoader_; }
+    SampleEditor& sampleEditor() { return sampleEditor_; }
+    CustomWaveLoader& customWaveLoader() { return customWaveLoader_; }
     Layer& layer(int index) { return *layers_[index]; }
     Multieffect& masterEffect() { return master_; }
     RandomSources& random() { return random_; }
@@ -130,6 +134,7 @@ private:
     }
     AllOscillators allOscillators();
     PatchWaves patchWaves();
+    CustomWaveHolders customWaves();
 
     EngineState state_;
     RandomSources random_;
@@ -150,6 +155,8 @@ private:
     PatchChunk patchChunk_;
     PatchFiles patchFiles_;
     SampleLoader sampleLoader_;
+    SampleEditor sampleEditor_;
+    CustomWaveLoader customWaveLoader_;
     WaveWorker worker_;
     float hostRate_ = 44100.0f;
     BlockObserver* observer_ = nullptr;
