@@ -103,10 +103,11 @@ int dress(PluginHost& plugin, const Options& options) {
     std::string problem;
     if (!options.patch.empty()) {
         std::vector<std::uint8_t> chunk;
-        if (!loadPatch(options.patch, chunk, problem)) return complain(fileTrouble, options.patch, problem);
+        if (!plugin.takesChunks()) return complain(renderTrouble, options.patch, "the plug-in takes no chunks");
+        if (!loadPatch(options.patch, plugin.uniqueId(), chunk, problem)) return complain(fileTrouble, options.patch, problem);
         // A plug-in that is still loading its data may overwrite a chunk that comes too early.
         waitUntilSettled(options.settle);
-        if (!plugin.setChunk(chunk)) return complain(renderTrouble, options.patch, "the plug-in takes no chunks");
+        if (!plugin.setChunk(chunk)) return complain(fileTrouble, options.patch, "the plug-in refuses it");
     }
     for (const std::string& setting : options.settings)
         if (!applySetting(plugin, setting, problem)) return complain(wrongUse, "--set " + setting, problem);

@@ -67,10 +67,9 @@ std::string PluginHost::text(std::int32_t opcode, int index) {
 }
 
 bool PluginHost::setChunk(std::span<const std::uint8_t> chunk) {
-    if (!(plugin_->flags & vst2::flagChunks)) return false;
+    if (!takesChunks()) return false;
     std::vector<std::uint8_t> copy(chunk.begin(), chunk.end());
-    call(vst2::callSetChunk, 1, static_cast<std::intptr_t>(copy.size()), copy.data());
-    return true;
+    return call(vst2::callSetChunk, 1, static_cast<std::intptr_t>(copy.size()), copy.data()) != 0;
 }
 
 void PluginHost::prepare(double rate, int maxBlock) {

@@ -49,7 +49,9 @@ public:
     float parameter(int index) { return plugin_->getParameter(plugin_, index); }
     void setParameter(int index, float value) { plugin_->setParameter(plugin_, index, value); }
 
-    // Hands over the chunk of a program. False if the plug-in keeps no chunks.
+    std::int32_t uniqueId() const { return plugin_->uniqueId; }
+    bool takesChunks() const { return (plugin_->flags & vst2::flagChunks) != 0; }
+    // Hands over the chunk of a program. False if the plug-in keeps no chunks or refuses this one.
     bool setChunk(std::span<const std::uint8_t> chunk);
 
     // Rate in Hz, longest block in frames. To be called while switched off.

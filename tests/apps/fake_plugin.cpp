@@ -94,7 +94,7 @@ struct FakePlugin {
                 if (value >= 2 && *static_cast<char*>(pointer) == 'V')
                     values[volume] = static_cast<unsigned char*>(pointer)[1] / 255.0f;
                 if (value >= 1 && *static_cast<char*>(pointer) == 'S') load(std::chrono::milliseconds(300));
-                return 1;
+                return value < 1 || *static_cast<char*>(pointer) != 'R';
             case callEvents:
                 for (int i = 0; i < static_cast<EventList*>(pointer)->count; ++i)
                     events.push_back(*static_cast<EventList*>(pointer)->events[i]);
@@ -118,6 +118,7 @@ extern "C" __attribute__((visibility("default"))) Plugin* VSTPluginMain(HostCall
     record.parameters = parameterCount;
     record.outputs = 2;
     record.programs = 1;
+    record.uniqueId = 0x46616b65;  // "Fake"
     record.flags = flagReplacing | flagChunks | flagSynth;
     record.dispatch = [](Plugin* p, std::int32_t opcode, std::int32_t index, std::intptr_t value, void* pointer, float option) {
         return self(p).dispatch(opcode, index, value, pointer, option);

@@ -302,17 +302,29 @@ TEST(Settings, AreRefusedWithAReasonAndChangeNothing) {
 
 std::string patchBytes(const std::string& chunk) {
     std::string bytes(56, '\0');
-    bytes.replace(0, 4, "CcnK").replace(8, 4, "FPCh");
+    bytes.replace(0, 4, "CcnK").replace(8, 4, "FPCh").replace(16, 4, "Fake");
     for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(chunk.size() >> shift);
     return bytes + chunk;
 }
+
+constexpr std::int32_t fakeId = 0x46616b65;
 
 TEST(PatchFile, HandsOverTheChunk) {
     const Folder folder;
     std::vector<std::uint8_t> chunk;
     std::string problem;
-    ASSERT_TRUE(loadPatch(folder.file("a.fxp", patchBytes("V\x80") + "beyond"), chunk, problem)) << problem;
+    ASSERT_TRUE(loadPatch(folder.file("a.fxp", patchBytes("V\x80") + "beyond"), fakeId, chunk, problem)) << problem;
     EXPECT_EQ(chunk, (std::vector<std::uint8_t>{'V', 0x80}));
+}
+
+TEST(PatchFile, FieldsThatNobodyReadsMayHoldAnything) {
+    const Folder folder;
+    std::vector<std::uint8_t> chunk;
+    std::string problem, bytes = patchBytes("chunk");
+    for (std::size_t at = 2; at < 56; ++at)
+        if (at < 16 || at >= 20) bytes[at] = 'x';
+    EXPECT_TRUE(loadPatch(folder.file("a.fxp", bytes), fakeId, chunk, problem)) << problem;
+    EXPECT_EQ(chunk.size(), 5u);
 }
 
 TEST(PatchFile, IsRefusedWithAReason) {
@@ -321,7 +333,7 @@ TEST(PatchFile, IsRefusedWithAReason) {
     std::string problem;
     const std::string whole = patchBytes("chunk");
     auto reason = [&](const std::string& bytes) {
-        EXPECT_FALSE(loadPatch(folder.file("bad.fxp", bytes), chunk, problem));
+        EXPECT_FALSE(loadPatch(folder.file("bad.fxp", bytes), fakeId, chunk, problem));
         return problem;
     };
     EXPECT_EQ(reason(""), "not a patch file");
@@ -329,8 +341,8 @@ TEST(PatchFile, IsRefusedWithAReason) {
     EXPECT_EQ(reason(whole.substr(0, 64)), "truncated: the file ends within the chunk");
     EXPECT_EQ(reason(patchBytes("")), "its chunk is empty");
     EXPECT_EQ(reason(std::string(1, 'X').append(whole, 1)), "not a patch file");
-    EXPECT_EQ(reason(whole.substr(0, 8) + "FxCk" + whole.substr(12)), "not a patch file with a chunk");
-    EXPECT_FALSE(loadPatch("/nowhere/at/all.fxp", chunk, problem));
+    EXPECT_EQ(reason(whole.substr(0, 16) + "Else" + whole.substr(20)), "a patch of another plug-in");
+    EXPECT_FALSE(loadPatch("/nowhere/at/all.fxp", fakeId, chunk, problem));
     EXPECT_EQ(problem, "cannot be opened");
 }
 
@@ -489,6 +501,9 @@ TEST_F(Program, FailsOnBadFiles) {
     EXPECT_NE(errors.find("no VSTPluginMain"), std::string::npos);
     EXPECT_EQ(run(song() + " /nowhere/out.wav" + plugin()), 3);
     EXPECT_EQ(run(song() + " " + wave + plugin() + "--patch " + song()), 3);
+    EXPECT_NE(errors.find("not a patch file"), std::string::npos) << errors;
+    EXPECT_EQ(run(song() + " " + wave + plugin() + "--patch " + folder.file("refused.fxp", patchBytes("R"))), 3);
+    EXPECT_NE(errors.find("refused.fxp: the plug-in refuses it"), std::string::npos) << errors;
 }
 
 }  // namespace
