@@ -6,8 +6,8 @@
 namespace vantoric {
 
 // A byte that threads set, clear and poll. Loads and stores only, never a read-modify-write. A set or clear
-// publishes what was written before it. Two threads that each set a flag of their own and then look at the
-// other's cannot both miss it: the set is sequentially consistent.
+// publishes what was written before it. Two threads that each change a flag of their own and then look at the
+// other's cannot both miss the change: all of it is sequentially consistent.
 class Flag {
 public:
     Flag() = default;
@@ -15,7 +15,7 @@ public:
     Flag& operator=(const Flag&) = delete;
 
     void set() { value_.store(1, std::memory_order_seq_cst); }
-    void clear() { value_.store(0, std::memory_order_release); }
+    void clear() { value_.store(0, std::memory_order_seq_cst); }
     bool isSet() const { return value_.load(std::memory_order_seq_cst) != 0; }
 
 private:

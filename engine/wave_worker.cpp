@@ -30,11 +30,15 @@ void WaveWorker::start() {
     thread_ = std::thread([this] { run(); });
 }
 
-void WaveWorker::stop() {
-    if (!thread_.joinable()) return;
+void WaveWorker::askToStop() {
     flags_.workerStop.set();
     flags_.rebuildCancel.set();
     flags_.rebuildRequested.clear();
+}
+
+void WaveWorker::stop() {
+    if (!thread_.joinable()) return;
+    askToStop();
     for (int i = 0; i < stopTries && !flags_.workerStopped.isSet(); ++i) platform::sleepMilliseconds(i < 20 ? 5 : stopPause);
     thread_.join();
 }
@@ -45,20 +49,22 @@ void WaveWorker::run() {
     if (library_.load(platform::bankFolder(), dialogs_, flags_.workerStop)) flags_.audioMuted.clear();
     platform::setLowestPriority();
     while (!flags_.workerStop.isSet()) {
-        if (flags_.rebuildRequested.isSet()) {
-            flags_.rebuildRunning.set();
-            // Asked again: whoever took the request back in between may be freeing the waves by now.
-            const bool stillRequested = flags_.rebuildRequested.isSet();
-            flags_.rebuildRequested.clear();
-            if (stillRequested) rebuild();
-            flags_.rebuildCancel.clear();
-            flags_.rebuildRunning.clear();
-        } else {
-            flags_.rebuildCancel.clear();  // a cancel that met no rebuild must not stop the next one
-        }
+        poll();
         platform::sleepMilliseconds(pollMilliseconds);
     }
     flags_.workerStopped.set();
+}
+
+void WaveWorker::poll() {
+    // A cancel that met no rebuild must not stop the next one.
+    if (!flags_.rebuildRequested.isSet()) return flags_.rebuildCancel.clear();
+    flags_.rebuildRunning.set();
+    // Asked again: whoever took the request back in between may be freeing the waves by now.
+    const bool stillRequested = flags_.rebuildRequested.isSet();
+    flags_.rebuildRequested.clear();  // before the work, so that a request made during it is not lost
+    if (stillRequested) rebuild();
+    flags_.rebuildCancel.clear();
+    flags_.rebuildRunning.clear();
 }
 
 void WaveWorker::rebuild() {

@@ -29,11 +29,16 @@ public:
                const AllOscillators& oscillators);
     ~WaveWorker();
 
-    // Starts the thread at the lowest priority. `bootPending` is set before and falls with its first step;
-    // `audioMuted` falls when the banks are there.
+    // Starts the thread. `bootPending` is set before and falls with its first step; `audioMuted` falls when the
+    // banks are there. From then on it has the lowest priority.
     void start();
-    // Asks it to end and waits for `workerStopped`, at most 350 sleeps of 100 ms.
+    // Asks it to end, without waiting.
+    void askToStop();
+    // Asks, then waits for `workerStopped` in up to 350 sleeps of at most 100 ms, and for the thread itself.
     void stop();
+
+    // One look at the flags, as the thread takes it every 10 ms: runs the rebuild that is asked for, if any.
+    void poll();
 
     // One rebuild of all levels, as the thread does it; gives up when `rebuildCancel` is set. For tests also
     // without a thread.
