@@ -51,7 +51,8 @@ public:
     // One block, on the audio thread. `frames` is 0 or more, no output pointer is null; `inputs` may be null if there
     // are no inputs. Replaces what the outputs hold.
     virtual void processReplacing(float** inputs, float** outputs, std::int32_t frames) = 0;
-    // Only called if setCanDoubleReplacing was; the base clears the outputs.
+    // The same in doubles; hosts call it if canDoubleReplacing was or setProcessPrecision agreed. The base clears
+    // the outputs.
     virtual void processDoubleReplacing(double** inputs, double** outputs, std::int32_t frames);
 
     // From any thread; the host's calls come with an index that exists. Values may be anything, NaN included.

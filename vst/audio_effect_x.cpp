@@ -62,7 +62,8 @@ bool AudioEffectX::setProcessPrecision(std::int32_t precision) {
 }
 
 std::intptr_t AudioEffectX::takeEvents(VstEvents* events) {
-    if (!events || events->numEvents < 1) return 0;
+    if (!events) return 0;
+    if (events->numEvents < 1) return 1;
     VstEvent* const* const first = events->events;
     VstEvent* const* const last = first + events->numEvents;
     return std::find(first, last, nullptr) == last ? processEvents(events) : eventsWithoutNulls(*events);
@@ -77,7 +78,7 @@ std::intptr_t AudioEffectX::eventsWithoutNulls(const VstEvents& events) {
         VstEvent* events[batchSize];
     } batch;
     static_assert(offsetof(Batch, events) == offsetof(VstEvents, events));
-    std::intptr_t answer = 0;
+    std::intptr_t answer = 1;
     const auto flush = [&] {
         if (batch.numEvents > 0) answer = processEvents(reinterpret_cast<VstEvents*>(&batch));
         batch.numEvents = 0;

@@ -135,9 +135,10 @@ enum HostOpcode : std::int32_t {
 
 enum PlugCategory : std::int32_t { categoryUnknown = 0, categoryEffect = 1, categorySynth = 2 };
 
-// Characters a host's buffer grants, without the closing zero.
+// Characters a host's buffer grants, without the closing zero. The interface names 24 for a program; hosts keep
+// 64 and more, and names of up to 27 are in use.
 constexpr std::size_t parameterTextLength = 8;
-constexpr std::size_t programNameLength = 24;
+constexpr std::size_t programNameLength = 27;
 constexpr std::size_t effectNameLength = 32;
 constexpr std::size_t vendorTextLength = 64;
 constexpr std::size_t productTextLength = 64;

@@ -30,12 +30,12 @@ public:
         setUniqueID(fourCharacters('F', 'k', 'S', 'y'));
         setVersion(100);
         canProcessReplacing();
-        canDoubleReplacing();
         programsAreChunks();
         isSynth();
         for (auto& value : values_) value = 0.5f;
     }
 
+    bool setProcessPrecision(std::int32_t precision) override { return precision == 0 || precision == 1; }
     void suspend() override { clear(); }
     void resume() override { wantEvents(); }
 

