@@ -91,11 +91,12 @@ Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
     // A host may render faster than time as soon as it has the instance, so the banks are to be there first.
     waitUntilClear(state_.flags.audioMuted, bankTries, bankPause, platform::sleepMilliseconds, false);
     resetEngine();
-    resume();
+    AudioEffectX::resume();  // not yet its own: events are asked for when the host switches on
 }
 
 Q7Audio::~Q7Audio() {
     state_.flags.editorClosing.set();
+    worker_.askToStop();
     controllerMap_.save(controllerMapPath());
     storeInstallPath();
     worker_.stop();
@@ -109,7 +110,6 @@ void Q7Audio::describeToHost() {
     setUniqueID(uniqueId);
     setVersion(vendorVersion);
     canProcessReplacing();
-    canDoubleReplacing();
     programsAreChunks();
     isSynth();
 }
@@ -336,6 +336,10 @@ void Q7Audio::refreshAll() {
     if (EditorLink* link = parameters_.editorLink()) link->refreshAll();
 }
 
+void Q7Audio::setBusy(bool busy) {
+    if (EditorLink* link = parameters_.editorLink()) link->busyChanged(busy);
+}
+
 void Q7Audio::lookUpPatchName() {
     if (EditorLink* link = parameters_.editorLink()) link->patchLoaded(program_.getProgramName());
 }
@@ -398,6 +402,9 @@ bool Q7Audio::getVendorString(char* text) {
 bool Q7Audio::getProductString(char* text) { return getEffectName(text); }
 std::int32_t Q7Audio::getVendorVersion() { return vendorVersion; }
 PlugCategory Q7Audio::getPlugCategory() { return categorySynth; }
+
+// Doubles are the widened floats, so the instrument does not advertise them, but renders them to a host that asks.
+bool Q7Audio::setProcessPrecision(std::int32_t precision) { return precision == 0 || precision == 1; }
 
 std::int32_t Q7Audio::canDo(const char* text) {
     for (const char* known : {"receiveVstEvents", "receiveVstMidiEvent", "midiProgramNames", "receiveVstTimeInfo"})

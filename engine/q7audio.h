@@ -80,6 +80,7 @@ public:
     std::int32_t getVendorVersion() override;
     std::int32_t canDo(const char* text) override;
     PlugCategory getPlugCategory() override;
+    bool setProcessPrecision(std::int32_t precision) override;
 
     // Full reset of voices, effects and controllers' smoothing. On the audio thread, or while it is silent.
     void resetEngine() override;
@@ -118,7 +119,7 @@ private:
     void programPending(int number) override;
     void refreshAll() override;
     void lookUpPatchName() override;
-    void setBusy(bool) override {}
+    void setBusy(bool busy) override;
 
     void describeToHost();
     void renderPiece(float* left, float* right, int frames, int firstFrame);

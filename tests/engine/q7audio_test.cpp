@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
 
 #include "tests/engine/engine_rig.h"
 
@@ -31,14 +32,187 @@ TEST(Q7Audio, TellsTheHostWhatItIs) {
     EXPECT_EQ(effect.numInputs, 0);
     EXPECT_EQ(effect.numOutputs, 2);
     EXPECT_EQ(effect.uniqueID, fourCharacters('Q', '7', 'D', 'I'));
-    EXPECT_TRUE(effect.flags & effectCanReplacing);
-    EXPECT_TRUE(effect.flags & effectProgramChunks);
-    EXPECT_TRUE(effect.flags & effectIsSynth);
+    EXPECT_EQ(effect.flags, effectCanReplacing | effectProgramChunks | effectIsSynth);
     EXPECT_EQ(rig.audio.getVendorVersion(), 3300);
     EXPECT_EQ(rig.audio.getPlugCategory(), categorySynth);
     char text[textBufferSize] = {};
     EXPECT_TRUE(rig.audio.getProductString(text));
     EXPECT_STREQ(text, "Vantoric");
+    EXPECT_TRUE(rig.audio.getEffectName(text));
+    EXPECT_STREQ(text, "Vantoric");
+}
+
+TEST(Q7Audio, SaysWhatItCanDo) {
+    EngineRig rig;
+    for (const char* known : {"receiveVstEvents", "receiveVstMidiEvent", "midiProgramNames", "receiveVstTimeInfo"})
+        EXPECT_EQ(rig.audio.canDo(known), 1) << known;
+    for (const char* other : {"", "bypass", "sendVstEvents", "receivevstevents", "receiveVstEvents "})
+        EXPECT_EQ(rig.audio.canDo(other), -1) << other;
+    for (const int precision : {0, 1}) EXPECT_TRUE(rig.audio.setProcessPrecision(precision));
+    EXPECT_FALSE(rig.audio.setProcessPrecision(2));
+}
+
+TEST(Q7Audio, EveryReaderOfTheRateGetsTheInternalOne) {
+    EngineRig rig;
+    const std::pair<float, float> rates[] = {
+        {44100.0f, 88200.0f}, {48000.0f, 96000.0f}, {48001.0f, 48001.0f}, {192000.0f, 192000.0f}, {32000.0f, 64000.0f}};
+    for (const auto& [host, internal] : rates) {
+        rig.audio.setSampleRate(host);
+        EXPECT_EQ(rig.audio.getSampleRate(), internal);
+        EXPECT_EQ(rig.audio.state().internalRate, internal);
+        EXPECT_EQ(rig.audio.state().oversampled, internal != host);
+    }
+}
+
+TEST(Q7Audio, TheHostsProductDecidesWhatMayBeAutomated) {
+    EngineRig rig;
+    EXPECT_TRUE(rig.audio.canParameterBeAutomated(par::Volume));
+    EXPECT_FALSE(rig.audio.canParameterBeAutomated(par::FxMaType));
+    rig.host.product = "Orion";
+    for (const int index : {0, 5, 15, 1223}) EXPECT_TRUE(rig.audio.canParameterBeAutomated(index));
+}
+
+int eventsWanted = 0;
+std::intptr_t countWishes(AEffect*, std::int32_t opcode, std::int32_t, std::intptr_t, void*, float) {
+    if (opcode == hostWantMidi) ++eventsWanted;
+    return 0;
+}
+
+TEST(Q7Audio, AsksForEventsAtEachResumeButNotWhileItIsMade) {
+    test::sharedDataFolder();
+    platform::RecordedDialogs dialogs;
+    eventsWanted = 0;
+    Q7Audio audio(countWishes, dialogs);
+    EXPECT_EQ(eventsWanted, 0);
+    audio.resume();
+    EXPECT_EQ(eventsWanted, 1);
+    audio.resume();
+    EXPECT_EQ(eventsWanted, 2);
+}
+
+TEST(Q7Audio, TheWelcomePatchIsThePatchOfAFreshInstance) {
+    const std::string path = test::sharedDataFolder().path() + "Vantoric_sounds/ArpMultilayer/0Welcome.fxp";
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    {
+        EngineRig rig;
+        rig.audio.setParameter(par::Cutoff1, 0.375f);
+        ASSERT_TRUE(rig.audio.patchFiles().savePatchFile(path));
+    }
+    EngineRig fresh;
+    std::filesystem::remove(path);
+    EXPECT_TRUE(fresh.dialogs.boxes().empty());
+    EXPECT_EQ(fresh.audio.getParameter(par::Cutoff1), 0.375f);
+    EXPECT_EQ(fresh.audio.program().getProgramName(), "0Welcome");
+    EXPECT_EQ(fresh.audio.state().songPosition, 0.0);
+    EXPECT_FALSE(fresh.audio.flags().engineLocked.isSet());
+}
+
+TEST(Q7Audio, ItsEndSavesTheControllerMapEvenUnchangedAndThePath) {
+    const std::string folder = test::sharedDataFolder().path(), path = folder + "Vantoric_data/Vantoricmidi.cfg";
+    std::filesystem::create_directories(folder + "Vantoric_data");
+    std::filesystem::remove(path);
+    { EngineRig rig; }
+    EXPECT_EQ(std::filesystem::file_size(path), 258u);
+    EXPECT_EQ(platform::readSetting("Path"), folder);
+    {
+        EngineRig rig;
+        rig.audio.controllerMap().set(7, par::Volume);
+    }
+    EngineRig again;
+    EXPECT_EQ(again.audio.controllerMap().get(7), par::Volume);
+    EXPECT_EQ(again.audio.controllerMap().get(8), ControllerMap::none);
+    EXPECT_FALSE(again.audio.midi().ccMapDirty());
+    EXPECT_EQ(again.audio.midi().learnPending(), ControllerMap::none);
+    again.audio.controllerMap().clear();
+}
+
+struct Window final : EditorLink {
+    std::vector<std::string> news;
+    void parameterChanged(int index, float) override { news.push_back("parameter " + std::to_string(index)); }
+    void refreshAll() override { news.emplace_back("refresh"); }
+    void patchLoaded(const std::string& name) override { news.push_back("loaded " + name); }
+    void busyChanged(bool busy) override { news.emplace_back(busy ? "busy" : "idle"); }
+    void programPending(int number) override { news.push_back("program " + std::to_string(number)); }
+};
+
+TEST(Q7Audio, TheWindowHearsOfProgramsAndPatches) {
+    EngineRig rig;
+    rig.send({{0xc0, 5, 0}});
+    rig.tick();  // without a window the number is lost
+    Window window;
+    rig.audio.parameters().setEditorLink(&window);
+    rig.send({{0xc3, 9, 0}, {0xb0, 1, 64}});
+    rig.tick();
+    EXPECT_EQ(window.news, (std::vector<std::string>{"program 9", "parameter 1"}));
+    window.news.clear();
+    const std::string path = test::sharedDataFolder().path() + "heard.fxp";
+    rig.audio.setProgramName("Inside");
+    ASSERT_TRUE(rig.audio.patchFiles().savePatchFile(path));
+    EXPECT_TRUE(rig.audio.patchFiles().loadPatchFile(path));
+    EXPECT_EQ(window.news, (std::vector<std::string>{"busy", "refresh", "loaded Inside", "idle"}));
+    rig.audio.parameters().setEditorLink(nullptr);
+}
+
+TEST(Q7Audio, BeforeTheWorkerHasStartedTheBlockIsSilentAndLeavesItsMark) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    rig.audio.flags().bootPending.set();
+    rig.block(256);
+    EXPECT_LT(rig.peak(), 1e-4f);
+    EXPECT_TRUE(rig.audio.flags().audioRunning.isSet());
+    EXPECT_EQ(rig.audio.midi().queued(0).data1, 60);
+    rig.audio.flags().bootPending.clear();
+    rig.block(256);
+    EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());
+    EXPECT_GT(rig.peak(), 1e-3f);
+}
+
+TEST(Q7Audio, ARateWithoutATickIsSilent) {
+    EngineRig rig(400.0f);
+    rig.clearParameters();
+    rig.plainLayer();
+    EXPECT_EQ(rig.audio.state().tickSamples, 0);
+    rig.send({{0x90, 60, 100}});
+    rig.block(256);
+    EXPECT_LT(rig.peak(), 1e-4f);
+    EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());
+    EXPECT_EQ(rig.audio.midi().queued(0).data1, 60);
+}
+
+// All that a suspend brings back, and what it leaves.
+TEST(Q7Audio, SuspendEndsPedalAndSmoothingAndKeepsTheDecimator) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    rig.host.tell(120.0, 3.0);
+    rig.send({{0x90, 60, 100}, {0xb0, 64, 127}, {0xb0, 1, 64}, {0xe0, 0, 127}, {0xd0, 96, 0}});
+    rig.tick();
+    rig.send({{0x80, 60, 0}});
+    rig.tick();
+    EXPECT_TRUE(rig.audio.midi().sustainedOff(60));
+    EXPECT_LT(rig.audio.state().modwheelSmoothed, 0.1f);
+    rig.audio.suspend();
+    EXPECT_FALSE(rig.audio.midi().sustainOn());
+    EXPECT_FALSE(rig.audio.midi().sustainedOff(60));
+    EXPECT_EQ(rig.audio.state().heldNote[60], 0);
+    EXPECT_EQ(rig.audio.state().modwheelSmoothed, 0.5f);
+    EXPECT_EQ(rig.audio.state().pitchWheelSmoothed, 1.0f);
+    EXPECT_EQ(rig.audio.state().channelPressureSmoothed, 0.75f);
+    EXPECT_EQ(rig.audio.state().songPosition, 0.0);
+    EXPECT_EQ(rig.audio.lastPpqPos(), 0.0);
+    rig.audio.flags().audioMuted.set();
+    const std::size_t from = rig.left.size();
+    rig.block(16);
+    EXPECT_GT(rig.peak(from), 1e-3f) << "the decimator still holds the last samples";
+    rig.audio.resetEngine();
+    const std::size_t later = rig.left.size();
+    rig.block(16);
+    EXPECT_LE(rig.peak(later), 2e-5f) << "a full reset empties it";
+    rig.audio.flags().audioMuted.clear();
 }
 
 TEST(Q7Audio, ThirdOutputDoesNotExist) {
