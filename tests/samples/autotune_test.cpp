@@ -5,6 +5,8 @@
 #include <cmath>
 #include <vector>
 
+#include "base/random.h"
+
 namespace vantoric {
 namespace {
 
@@ -53,6 +55,41 @@ TEST(Autotune, SumsOfTheLoudestLongestSampleStayExact) {
     Samples x(524277);
     for (std::size_t i = 0; i < x.size(); ++i) x[i] = i % 1000 < 500 ? 32767 : -32768;
     EXPECT_EQ(lagOf(x), 1000);
+}
+
+// All sums by their definition.
+int lagByDefinition(const Samples& x) {
+    const auto at = [&](std::size_t n) { return n < x.size() ? std::int64_t{x[n]} : 0; };
+    int best = 0;
+    std::int64_t highest = 0;
+    for (std::size_t lag = lowestLag; lag <= highestLag; ++lag) {
+        std::int64_t score = 0;  // times four
+        for (std::size_t n = 0; n < x.size(); ++n) score += x[n] * (4 * at(n + lag) + 2 * at(n + 2 * lag) + at(n + 3 * lag));
+        if (best != 0 && score <= highest) continue;
+        best = static_cast<int>(lag);
+        highest = score;
+    }
+    return best;
+}
+
+TEST(Autotune, TakesTheLagOfTheDefinitionForAnySound) {
+    LinearCongruence random{3};
+    for (int round = 0; round < 12; ++round) {
+        Samples x(static_cast<std::size_t>(1 + random.next() % 9000));
+        for (auto& value : x) value = static_cast<std::int16_t>(static_cast<int>(random.next() >> 16) % (1 << (1 + round)));
+        EXPECT_EQ(lagOf(x), lagByDefinition(x)) << round;
+    }
+    Samples lone(6000);
+    lone[10] = 1;
+    EXPECT_EQ(lagOf(lone), 44) << "all scores are 0";
+    lone[5000] = -1;
+    EXPECT_EQ(lagOf(lone), lagByDefinition(lone));
+}
+
+TEST(Autotune, StretchesOfALongSoundJoinWithoutASeam) {
+    Samples x(60000);
+    x[23000] = x[25500] = 20000;  // on both sides of a border
+    EXPECT_EQ(lagOf(x), 2500);
 }
 
 }  // namespace

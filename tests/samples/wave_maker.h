@@ -11,7 +11,9 @@ namespace vantoric::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
-inline void putText(Bytes& bytes, const std::string& text) { bytes.insert(bytes.end(), text.begin(), text.end()); }
+inline void putText(Bytes& bytes, const std::string& text) {
+    for (const char c : text) bytes.push_back(static_cast<std::uint8_t>(c));
+}
 inline void putNumber(Bytes& bytes, std::uint32_t value, int size) {
     for (int k = 0; k < size; ++k) bytes.push_back(static_cast<std::uint8_t>(value >> (8 * k)));
 }
