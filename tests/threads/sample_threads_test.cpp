@@ -38,6 +38,7 @@ struct SampleThreads : ::testing::Test {
                  put("a.wav", WaveMaker().putFrames(50, square).file()),
                  put("b.wav", WaveMaker().putFrames(20000, square).file()), put("broken.wav", test::Bytes(100)),
                  folder / "missing.wav"};
+        for (int i = 0; i < oscillatorCount; ++i) EXPECT_TRUE(rig.audio.sampleLoader().loadSample(0, i, files[0]));
     }
     std::string put(const std::string& name, const test::Bytes& bytes) {
         EXPECT_TRUE(platform::writeFile(folder / name, bytes.data(), bytes.size()));
@@ -60,7 +61,7 @@ struct SampleThreads : ::testing::Test {
         loader.loadSample(0, number % oscillatorCount, files[static_cast<std::size_t>(number) % files.size()]);
         if (number % 7 == 6) loader.autotune(0, number % oscillatorCount);
         if (number % 20 == 19) exchangeChunk();
-        platform::sleepMilliseconds(2);
+        platform::sleepMilliseconds(10);
     }
     void exchangeChunk() {
         void* data = nullptr;
@@ -88,7 +89,7 @@ TEST_F(SampleThreads, LoadTuneAndRebuildWhileSixteenVoicesPlay) {
         until([this](int i) {
             rig.setList(par::LoopMod1 + i % oscillatorCount, i % 2);
             rig.audio.flags().rebuildRequested.set();
-            platform::sleepMilliseconds(25);
+            platform::sleepMilliseconds(250);
         });
     });
     for (std::thread* thread : {&audio, &editor, &requests}) thread->join();
