@@ -11,7 +11,7 @@
 #include "tests/engine/patch_bench.h"
 
 // Allocations of at least this many bytes that may fail without an exception do fail; 0: none.
-static std::size_t failingAllocation = 0;
+std::size_t failingAllocation = 0;
 static std::size_t allocatedAtMost = 0;
 
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {

@@ -15,6 +15,9 @@
 #include "tests/platform/scratch_folder.h"
 #include "tests/samples/wave_maker.h"
 
+// Of the tests of patches: allocations of at least this many bytes that may fail do so; 0: none.
+extern std::size_t failingAllocation;
+
 namespace vantoric {
 namespace {
 
@@ -188,6 +191,18 @@ TEST_F(SampleLoading, ALoopThatTheSoundDoesNotHoldIsToldUnderThePath) {
     EXPECT_EQ(onlyBox(), path + ": The loop point information of this sample is not valid!");
     EXPECT_EQ(samples[0].loopEnd, 50);
     EXPECT_EQ(parameters.getListIndex(par::LoopMod1), loopModeSingle);
+}
+
+TEST_F(SampleLoading, ShortMemoryIsToldAndLeavesTheOscillatorEmpty) {
+    fill(0);
+    const std::string path = wave();
+    failingAllocation = 200;
+    EXPECT_FALSE(loader->loadSample(0, 0, path));
+    failingAllocation = 0;
+    EXPECT_EQ(onlyBox(), "Error L2: Not enought memory to load sample.");
+    EXPECT_EQ(samples[0].length, 0);
+    EXPECT_FALSE(flags.engineLocked.isSet());
+    EXPECT_TRUE(loader->loadSample(0, 0, path)) << "and another time it works";
 }
 
 TEST_F(SampleLoading, SilentLoadsShowNoBox) {
