@@ -9,6 +9,7 @@
 #include "engine/config_files.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "sound/wave_store.h"
 #include "tests/engine/patch_bench.h"
 #include "tests/fuzz/targets.h"
 
@@ -81,6 +82,38 @@ void sizeFile(const std::uint8_t* data, std::size_t size) {
     const std::optional<int> index = readSizeIndex();
     require(index.has_value() == (size > 0), "a file with a byte has a size");
     require(!index || (*index >= 0 && *index < editorSizeCount), "a size is one of the list");
+}
+
+// A short input is the file's header, in front of two frames of data.
+void bankFile(const std::uint8_t* data, std::size_t size) {
+    Bytes bytes(data, data + size);
+    if (size >= bankHeaderBytes && size < 1000) bytes.resize(size + 2 * bankFrameBytes, 0x11);
+    const std::string path = scratch().root + "/x.va";
+    require(platform::writeFile(path, bytes.data(), bytes.size()), "the scratch file is written");
+    WaveStore store;
+    const bool loaded = store.loadWaveFile(0, path, false) == WaveLoad::loaded;
+    const BankWave* const wave = store.wave(0);
+    require(loaded == (wave != nullptr), "a wave is there if its file was taken");
+    if (!loaded) return;
+    const std::size_t samples = static_cast<std::size_t>(wave->frames) * mipLevels * cycleSamples;
+    require(wave->frames >= 1 && samples * 2 <= bytes.size(), "a wave has no more frames than its file");
+    int sum = 0;
+    for (int level = 0; level < mipLevels; ++level) sum += store.cycle(0, wave->frames - 1, level)[cycleSamples - 1];
+    require(sum >= mipLevels * -32768, "the last frame can be read to its end");
+}
+
+std::vector<Bytes> bankFileSeeds() {
+    Bytes header(bankHeaderBytes);
+    header[16] = 16;  // size of the format chunk
+    header[20] = 1;   // plain samples
+    header[22] = 1;   // one channel
+    header[34] = 16;  // bits
+    chunk::writeLong(&header[40], bankFrameBytes);
+    Bytes cut(header.begin(), header.end() - 1), huge = header, whole = header;
+    chunk::writeLong(&huge[40], 0xffff8000u);
+    chunk::writeLong(&huge[16], 0xffffffffu);
+    whole.resize(header.size() + bankFrameBytes, 7);
+    return {header, cut, huge, whole, {}};
 }
 
 std::vector<Bytes> patchFileSeeds() {

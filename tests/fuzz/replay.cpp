@@ -27,6 +27,7 @@ const Target targets[] = {
     {"patch_file", vantoric::fuzz::patchFile, vantoric::fuzz::patchFileSeeds, 40},
     {"controller_map", vantoric::fuzz::controllerMap, vantoric::fuzz::controllerMapSeeds, 200},
     {"size_file", vantoric::fuzz::sizeFile, vantoric::fuzz::sizeFileSeeds, 50},
+    {"bank_file", vantoric::fuzz::bankFile, vantoric::fuzz::bankFileSeeds, 100},
     {"wave_file", vantoric::fuzz::waveFile, vantoric::fuzz::waveFileSeeds, 100},
 };
 

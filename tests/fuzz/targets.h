@@ -16,6 +16,7 @@ void chunk(const std::uint8_t* data, std::size_t size);
 void patchFile(const std::uint8_t* data, std::size_t size);
 void controllerMap(const std::uint8_t* data, std::size_t size);
 void sizeFile(const std::uint8_t* data, std::size_t size);
+void bankFile(const std::uint8_t* data, std::size_t size);
 void waveFile(const std::uint8_t* data, std::size_t size);
 
 // Inputs to begin with, sound ones and nearly sound ones.
@@ -23,6 +24,7 @@ std::vector<Bytes> chunkSeeds();
 std::vector<Bytes> patchFileSeeds();
 std::vector<Bytes> controllerMapSeeds();
 std::vector<Bytes> sizeFileSeeds();
+std::vector<Bytes> bankFileSeeds();
 std::vector<Bytes> waveFileSeeds();
 
 }  // namespace vantoric::fuzz
