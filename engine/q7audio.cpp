@@ -71,6 +71,7 @@ Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
       patchChunk_(state_, parameters_, program_, patchWaves(), *this, dialogs, platform::sleepMilliseconds),
       patchFiles_(patchChunk_, program_, *this, dialogs),
       sampleLoader_(state_.flags, parameters_, patchWaves().samples, dialogs, platform::sleepMilliseconds),
+      quickImport_(patchFiles_, program_, parameters_, sampleLoader_),
       sampleEditor_(state_.flags, parameters_, patchWaves().samples, dialogs, platform::sleepMilliseconds),
       customWaveLoader_(state_.flags, parameters_, customWaves(), dialogs, platform::sleepMilliseconds),
       worker_(state_.flags, WaveLibrary::shared(), dialogs, parameters_, allOscillators()) {

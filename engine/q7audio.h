@@ -20,6 +20,7 @@
 #include "engine/patch_chunk.h"
 #include "engine/patch_file.h"
 #include "engine/program_slot.h"
+#include "engine/quick_import.h"
 #include "engine/sample_editor.h"
 #include "engine/sample_loader.h"
 #include "engine/song_clock.h"
@@ -97,6 +98,7 @@ public:
     PatchFiles& patchFiles() { return patchFiles_; }
     PatchChunk& patchChunk() { return patchChunk_; }
     SampleLoader& sampleLoader() { return sampleLoader_; }
+    QuickImport& quickImport() { return quickImport_; }
     SampleEditor& sampleEditor() { return sampleEditor_; }
     CustomWaveLoader& customWaveLoader() { return customWaveLoader_; }
     Layer& layer(int index) { return *layers_[index]; }
@@ -156,6 +158,7 @@ private:
     PatchChunk patchChunk_;
     PatchFiles patchFiles_;
     SampleLoader sampleLoader_;
+    QuickImport quickImport_;
     SampleEditor sampleEditor_;
     CustomWaveLoader customWaveLoader_;
     WaveWorker worker_;

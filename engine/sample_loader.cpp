@@ -39,10 +39,14 @@ bool SampleLoader::loadChosen(int layer, int oscillator, const std::string& path
 
 bool SampleLoader::loadSampleDialog(int oscillator) {
     std::string path;
+    return askWaveFile(path) && loadChosen(-1, oscillator, path, false);
+}
+
+bool SampleLoader::askWaveFile(std::string& path) {
     if (!platform::askFilePath(dialogs_, path, lastFolder_, false, platform::FileKind::Wave)) return false;
     const std::size_t folderEnd = path.find_last_of("/\\");
     if (folderEnd != std::string::npos) lastFolder_ = path.substr(0, folderEnd + 1);
-    return loadChosen(-1, oscillator, path, false);
+    return true;
 }
 
 void SampleLoader::autotune(int layer, int oscillator) try {

@@ -33,6 +33,8 @@ public:
     // Lets the user choose a wave file and loads it into the layer that the window shows. False if none
     // was chosen or it was refused. The dialog starts in the folder that was used last.
     bool loadSampleDialog(int oscillator);
+    // The dialog alone: false, with `path` as it was, if none was chosen.
+    bool askWaveFile(std::string& path);
 
     // Sets the rate of a sample so that its pitch plays as the note C. An empty one is left alone.
     void autotune(int layer, int oscillator);
