@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "apps/patch/compare.h"
 #include "apps/patch/patch_text.h"
@@ -14,6 +11,7 @@
 #include "base/random.h"
 #include "engine/parameter_table.h"
 #include "engine/patch_file.h"
+#include "tests/apps/run_program.h"
 #include "tests/platform/scratch_folder.h"
 
 namespace vantoric::patch {
@@ -365,17 +363,7 @@ TEST(PatchInfo, TellsLayersAndEffects) {
 
 class PatchProgram : public ::testing::Test {
 protected:
-    int run(const std::string& arguments) {
-        const std::string out = folder / "stdout", err = folder / "stderr";
-        const int status = std::system((std::string(PATCH_PROGRAM) + " " + arguments + " >" + out + " 2>" + err).c_str());
-        output = content(out);
-        errors = content(err);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-    static std::string content(const std::string& path) {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    int run(const std::string& arguments) { return test::runProgram(PATCH_PROGRAM, arguments, folder.path(), output, errors); }
     std::string write(const std::string& name, const std::string& text) const {
         std::filesystem::create_directories(std::filesystem::path(folder / name).parent_path());
         std::ofstream(folder / name, std::ios::binary) << text;
@@ -437,7 +425,7 @@ TEST_F(PatchProgram, KeepsSamplesBesideTheText) {
     EXPECT_TRUE(std::filesystem::exists(folder / "s-layer3-osc2.wav"));
     EXPECT_EQ(run("compare " + path + " " + (folder / "s.json")), 0) << output;
     EXPECT_EQ(run("compile " + (folder / "s.json") + " " + (folder / "t.fxp")), 0) << errors;
-    EXPECT_EQ(content(path), content(folder / "t.fxp"));
+    EXPECT_EQ(test::contentOf(path), test::contentOf(folder / "t.fxp"));
     EXPECT_EQ(run("decompile --no-samples " + path + " " + (folder / "u.json")), 0);
     EXPECT_EQ(run("compare " + path + " " + (folder / "u.json")), 1);
     EXPECT_EQ(output, "layer 3 oscillator 2 sample: 1000 samples at 48000 Hz, loop 100 to 900 | none\n");

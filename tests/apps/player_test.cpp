@@ -1,7 +1,6 @@
 // The player: the song on the clock, the plug-in from outside, the render loop and the program itself.
 #include <gtest/gtest.h>
 #include <sndfile.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,6 +17,7 @@
 #include "apps/render/report.h"
 #include "apps/render/settings.h"
 #include "apps/render/wave_output.h"
+#include "tests/apps/run_program.h"
 
 namespace vantoric::render {
 namespace {
@@ -418,17 +418,7 @@ TEST(WaveOutput, WritesAllThreeFormats) {
 // The program itself.
 class Program : public testing::Test {
 protected:
-    int run(const std::string& arguments) {
-        const std::string out = folder.path / "stdout", err = folder.path / "stderr";
-        const int status = std::system((std::string(RENDER_PROGRAM) + " " + arguments + " >" + out + " 2>" + err).c_str());
-        output = content(out);
-        errors = content(err);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-    static std::string content(const std::string& path) {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    int run(const std::string& arguments) { return test::runProgram(RENDER_PROGRAM, arguments, folder.path, output, errors); }
     std::string song(int velocity = 100) const {
         const midi::Track track{"", {{0, {0x90, 69, static_cast<std::uint8_t>(velocity)}}, {240, {0x80, 69, 0}}}};
         const auto bytes = midi::write(480, "", {}, {}, {track}, 480);
@@ -492,7 +482,7 @@ TEST_F(Program, FailsOnBadFiles) {
     EXPECT_EQ(run("/nowhere.mid " + wave + plugin()), 3);
     EXPECT_EQ(run(folder.file("text.mid", "hello") + " " + wave + plugin()), 3);
     EXPECT_NE(errors.find("not a MIDI file"), std::string::npos);
-    const std::string whole = content(song());
+    const std::string whole = test::contentOf(song());
     EXPECT_EQ(run(folder.file("cut.mid", whole.substr(0, whole.size() - 5)) + " " + wave + plugin()), 3);
     EXPECT_NE(errors.find("truncated"), std::string::npos);
     EXPECT_EQ(run(song() + " " + wave + plugin("/nowhere.so")), 3);
