@@ -9,10 +9,14 @@ WaveLibrary& WaveLibrary::shared() {
     return library;
 }
 
-int WaveLibrary::addInstance() { return instances_.fetch_add(1) + 1; }
+int WaveLibrary::addInstance() {
+    const std::lock_guard guard(counting_);
+    return ++instances_;
+}
 
 void WaveLibrary::removeInstance() {
-    if (instances_.fetch_sub(1) != 1) return;
+    const std::lock_guard guard(counting_);
+    if (--instances_ > 0) return;
     store_.clear();
     stage_.store(Stage::empty, std::memory_order_release);
 }

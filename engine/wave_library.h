@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <mutex>
 #include <string>
 
 #include "base/flag.h"
@@ -36,7 +37,8 @@ private:
     bool loadAll(const std::string& folder, platform::Dialogs& dialogs, const Flag& stop);
 
     WaveStore store_;
-    std::atomic<int> instances_{0};
+    std::mutex counting_;  // no instance comes while the last one clears up
+    int instances_ = 0;
     std::atomic<Stage> stage_{Stage::empty};
 };
 

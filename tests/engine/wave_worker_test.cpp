@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
+#include <thread>
+#include <vector>
 
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "engine/engine_hold.h"
 #include "engine/parameter_model.h"
 #include "engine/wave_library.h"
+#include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/thread.h"
 #include "tests/engine/engine_rig.h"
@@ -149,6 +153,39 @@ TEST_F(Worker, TheLastInstanceEmptiesTheLibrary) {
     EXPECT_FALSE(library.loaded());
     EXPECT_EQ(library.addInstance(), 1);
     library.removeInstance();
+}
+
+// A bank of one frame.
+std::vector<std::uint8_t> smallBank() {
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(bankHeaderBytes) + bankFrameBytes);
+    bytes[16] = 16;
+    bytes[20] = bytes[22] = 1;
+    bytes[34] = 16;
+    bytes[41] = bankFrameBytes >> 8 & 0xff;
+    bytes[42] = bankFrameBytes >> 16;
+    return bytes;
+}
+
+TEST_F(Worker, AnInstanceThatComesAsTheLastOneGoesHasItsBanks) {
+    const std::string folder = test::sharedDataFolder().path() + "banks/";
+    std::filesystem::create_directories(folder);
+    const auto bank = smallBank();
+    ASSERT_TRUE(platform::writeFile(folder + "VA_Triangle_Saw.va", bank.data(), bank.size()));
+    const Flag go;
+    std::atomic<int> without{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 2; ++t)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 100; ++i) {
+                library.addInstance();
+                library.load(folder, dialogs, go);
+                if (library.store().wave(vaTriangleSaw) == nullptr) ++without;
+                library.removeInstance();
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(without, 0);
+    EXPECT_EQ(library.store().wave(vaTriangleSaw), nullptr);
 }
 
 TEST_F(Worker, ALibraryThatIsToldToStopIsNotLoaded) {
