@@ -71,9 +71,11 @@ Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
       patchChunk_(state_, parameters_, program_, patchWaves(), *this, dialogs, platform::sleepMilliseconds),
       patchFiles_(patchChunk_, program_, *this, dialogs),
       sampleLoader_(state_.flags, parameters_, patchWaves().samples, dialogs, platform::sleepMilliseconds),
-      quickImport_(patchFiles_, program_, parameters_, sampleLoader_),
+      quickImport_(patchFiles_, program_, parameters_, sampleLoader_, dialogs),
       sampleEditor_(state_.flags, parameters_, patchWaves().samples, dialogs, platform::sleepMilliseconds),
       customWaveLoader_(state_.flags, parameters_, customWaves(), dialogs, platform::sleepMilliseconds),
+      sfzImport_(state_.flags, parameters_, program_, patchWaves().samples, sampleLoader_, *this, dialogs,
+                 platform::sleepMilliseconds),
       worker_(state_.flags, WaveLibrary::shared(), dialogs, parameters_, allOscillators()) {
     state_.flags.audioMuted.set();
     describeToHost();

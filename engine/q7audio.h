@@ -23,6 +23,7 @@
 #include "engine/quick_import.h"
 #include "engine/sample_editor.h"
 #include "engine/sample_loader.h"
+#include "engine/sfz_import.h"
 #include "engine/song_clock.h"
 #include "engine/tick_clock.h"
 #include "engine/wave_worker.h"
@@ -101,6 +102,7 @@ public:
     QuickImport& quickImport() { return quickImport_; }
     SampleEditor& sampleEditor() { return sampleEditor_; }
     CustomWaveLoader& customWaveLoader() { return customWaveLoader_; }
+    SfzImport& sfzImport() { return sfzImport_; }
     Layer& layer(int index) { return *layers_[index]; }
     Multieffect& masterEffect() { return master_; }
     RandomSources& random() { return random_; }
@@ -161,6 +163,7 @@ private:
     QuickImport quickImport_;
     SampleEditor sampleEditor_;
     CustomWaveLoader customWaveLoader_;
+    SfzImport sfzImport_;
     WaveWorker worker_;
     float hostRate_ = 44100.0f;
     BlockObserver* observer_ = nullptr;

@@ -20,6 +20,15 @@ bool QuickImport::importSample() {
     return true;
 }
 
+bool QuickImport::importVocoder() {
+    if (!files_.loadPatchFile(platform::bankFolder() + "Quick_Vocoder.fxp")) return false;
+    dialogs_.message("Hint", "Now select a speech sample or a drumline...");
+    std::string path;
+    if (!loader_.askWaveFile(path) || !loader_.loadSample(-1, 0, path)) return false;
+    program_.setProgramName(patchNameOfPath(path));
+    return true;
+}
+
 // The sound as it was recorded: no filter at work, one oscillator that plays a sample.
 void QuickImport::prepareLayer() {
     for (int i = 0; i < filterCount; ++i) {

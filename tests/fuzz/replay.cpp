@@ -29,6 +29,8 @@ const Target targets[] = {
     {"size_file", vantoric::fuzz::sizeFile, vantoric::fuzz::sizeFileSeeds, 50},
     {"bank_file", vantoric::fuzz::bankFile, vantoric::fuzz::bankFileSeeds, 100},
     {"wave_file", vantoric::fuzz::waveFile, vantoric::fuzz::waveFileSeeds, 100},
+    {"sfz_file", vantoric::fuzz::sfzFile, vantoric::fuzz::sfzFileSeeds, 500},
+    {"resynthesis", vantoric::fuzz::resynthesis, vantoric::fuzz::resynthesisSeeds, 20},
 };
 
 // A copy of exactly the input's size, so that a read beyond it is seen.

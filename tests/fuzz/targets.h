@@ -18,6 +18,8 @@ void controllerMap(const std::uint8_t* data, std::size_t size);
 void sizeFile(const std::uint8_t* data, std::size_t size);
 void bankFile(const std::uint8_t* data, std::size_t size);
 void waveFile(const std::uint8_t* data, std::size_t size);
+void sfzFile(const std::uint8_t* data, std::size_t size);
+void resynthesis(const std::uint8_t* data, std::size_t size);
 
 // Inputs to begin with, sound ones and nearly sound ones.
 std::vector<Bytes> chunkSeeds();
@@ -26,5 +28,7 @@ std::vector<Bytes> controllerMapSeeds();
 std::vector<Bytes> sizeFileSeeds();
 std::vector<Bytes> bankFileSeeds();
 std::vector<Bytes> waveFileSeeds();
+std::vector<Bytes> sfzFileSeeds();
+std::vector<Bytes> resynthesisSeeds();
 
 }  // namespace vantoric::fuzz
