@@ -80,5 +80,21 @@ TEST_F(QuickImporting, WithoutATemplateAChoiceOrASoundFileThereIsNoImport) {
     EXPECT_FALSE(import(wave("Kick.wav", 1)));
 }
 
+TEST_F(QuickImporting, AVocoderTakesTheFileAsItsModulatorAfterAHint) {
+    const std::string vocoder = platform::bankFolder() + "Quick_Vocoder.fxp";
+    EXPECT_FALSE(rig.audio.quickImport().importVocoder()) << "there is no template";
+    ASSERT_TRUE(rig.audio.patchFiles().savePatchFile(vocoder));
+    rig.dialogs.clear();
+    rig.dialogs.choosePathNext(wave("Speech.wav", 1));
+    EXPECT_TRUE(rig.audio.quickImport().importVocoder());
+    ASSERT_EQ(rig.dialogs.boxes().size(), 1u);
+    EXPECT_EQ(rig.dialogs.boxes()[0].title, "Hint");
+    EXPECT_EQ(rig.dialogs.boxes()[0].text, "Now select a speech sample or a drumline...");
+    EXPECT_EQ(sample(0).length, 60);
+    EXPECT_EQ(rig.audio.program().getProgramName(), "Speech");
+    EXPECT_FALSE(rig.audio.quickImport().importVocoder()) << "the user goes back";
+    platform::removeFile(vocoder);
+}
+
 }  // namespace
 }  // namespace vantoric

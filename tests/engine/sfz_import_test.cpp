@@ -93,8 +93,10 @@ TEST_F(SfzImporting, ReplacesTheWholePatch) {
 TEST_F(SfzImporting, SpreadsRegionsOverTheOscillatorsOfTheLayers) {
     std::string text;
     for (int i = 0; i < 5; ++i) {
-        wave("w" + std::to_string(i) + ".wav", 100 + i);
-        text += "<region> sample=w" + std::to_string(i) + ".wav key=" + std::to_string(50 + i) + "\n";
+        std::string name = "w";
+        name.append(std::to_string(i)).append(".wav");
+        wave(name, 100 + i);
+        text.append("<region> sample=").append(name).append(" key=").append(std::to_string(50 + i)).append("\n");
     }
     ASSERT_TRUE(import(text));
     EXPECT_EQ(sample(0, 2).length, 102);
