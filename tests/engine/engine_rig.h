@@ -29,8 +29,6 @@ public:
         std::string pattern = (std::filesystem::temp_directory_path() / "vantoric-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) std::abort();
         path_ = pattern + "/";
-        platform::setDataFolder(path_);
-        platform::setSettingsFolder(path_ + "settings");
     }
     ~DataFolder() {
         platform::setDataFolder("");
@@ -42,14 +40,20 @@ public:
     DataFolder& operator=(const DataFolder&) = delete;
 
     const std::string& path() const { return path_; }
+    void makeCurrent() const {
+        platform::setDataFolder(path_);
+        platform::setSettingsFolder(path_ + "settings");
+    }
 
 private:
     std::string path_;
 };
 
-// One for the whole test program, made with its first engine.
+// One for the whole test program, made with its first engine. Other tests may have moved the data folder: it
+// is moved back.
 inline DataFolder& sharedDataFolder() {
     static DataFolder folder;
+    folder.makeCurrent();
     return folder;
 }
 
