@@ -29,6 +29,7 @@ public:
         std::string pattern = (std::filesystem::temp_directory_path() / "vantoric-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) std::abort();
         path_ = pattern + "/";
+        makeCurrent();  // what the platform keeps must be there before, to outlive this
     }
     ~DataFolder() {
         platform::setDataFolder("");
