@@ -160,11 +160,15 @@ void drawStartPhases(OscillatorState& state, LinearCongruence& random) {
     for (std::uint32_t& phase : state.subPhase) phase = randomPhase(random);
 }
 
+float drawStart(float start, LinearCongruence& random) { return start > 0.99f ? random.unit() : start; }
+
+std::uint32_t sampleStart(float start, std::uint32_t sampleLength) { return (phaseOf(start) >> 11) * sampleLength; }
+
 void setupFirstTickPhases(OscillatorState& state, float start, float pw, int ssWave, int synType, std::uint32_t sampleLength,
                           LinearCongruence& random) {
-    const float s = start > 0.99f ? random.unit() : start;
+    const float s = drawStart(start, random);
     state.phase = state.scanPhase = phaseOf(s);
-    if (synType == sampleType) state.phase = (state.phase >> 11) * sampleLength;
+    if (synType == sampleType) state.phase = sampleStart(s, sampleLength);
     if (ssWave >= 3 && ssWave <= 8) lineUpStack(state, lineUps[std::min(ssWave - 3, 3)], s, pw);
     if (ssWave >= 9 && ssWave <= 11) scatterSupersaw(state, random);
 }

@@ -121,6 +121,12 @@ void drawStartPhases(OscillatorState& state, LinearCongruence& random);
 void setupFirstTickPhases(OscillatorState& state, float start, float pw, int ssWave, int synType, std::uint32_t sampleLength,
                           LinearCongruence& random);
 
+// A start point as it is taken: above 0.99 it is drawn.
+float drawStart(float start, LinearCongruence& random);
+
+// Position in a sample of `sampleLength` samples, with 13 fraction bits, of a start point; one beyond 0 to 1 wraps.
+std::uint32_t sampleStart(float start, std::uint32_t sampleLength);
+
 // At note-on of an "Analog" oscillator: its tuning, within 0.15% of 1. Oscillators 2 and 3 (index 1, 2) are
 // drawn once more if they come within 0.0005 of the oscillator before, so that the two do not lock.
 double drawAnalogTuning(int oscillatorIndex, double previousTuning, LinearCongruence& random);

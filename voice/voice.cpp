@@ -18,7 +18,6 @@ namespace par = parameter;
 constexpr int ticksPerRefresh = 100;
 constexpr float audible = 0.005f;     // volume or FM depth below which an oscillator does nothing
 constexpr float clickAttack = 0.02f;  // attacks below it start at full gain
-constexpr float freeStart = 0.99f;    // start points above it are random
 
 // Volume, filter, aux 1, aux 2 stand side by side in every family of envelope parameters.
 static_assert(par::AttAux2 - par::AttVol == auxEnvelope2 && par::ShapAux2 - par::ShapVol == auxEnvelope2);
@@ -199,10 +198,8 @@ void Voice::retrigger() {
 }
 
 void Voice::restartSample(int i) {
-    float start = mod[par::Start1 + i];
-    if (start > freeStart) start = layer_.random().congruence.unit();
-    const auto cycle = static_cast<std::uint32_t>(truncateTo(start * 16777216.0, 0, 16777216));
-    oscillators[i].phase = (cycle >> 11) * static_cast<std::uint32_t>(layer_.sample(i).length);
+    const float start = drawStart(mod[par::Start1 + i], layer_.random().congruence);
+    oscillators[i].phase = sampleStart(start, static_cast<std::uint32_t>(layer_.sample(i).length));
 }
 
 void Voice::jumpToNote(int newNote) {
