@@ -45,63 +45,72 @@ void Envelope::setup(float newAttack, float newHold, float newDecay, float newSu
 
 void Envelope::step() {
     switch (state) {
-        case Attack:
-            if (phase > 0.0f && attack >= 0.05f) {
-                phase -= attackStep;
-                // A single fold here against the three of decay and release: the asymmetry is wanted.
-                const float v = phase * phase * shape + (1.0f - shape) * phase;
-                level = v < 0.0f ? 1.0f : 1.0f - v;
-            } else {
-                level = 1.0f;
-                phase = 1.0f;
-                state = hold > 0.005f ? Hold : Decay;
-            }
-            break;
-        case Hold:
-            level = 1.0f;
-            if (phase > 0.0f) {
-                phase -= holdStep;
-            } else {
-                phase = 1.0f;
-                state = releasePending != 0 ? Release : Decay;
-            }
-            break;
-        case Decay:
-            if (phase > 0.0f) {
-                phase -= decayStep;
-                level = shapeCurve(phase, 0.8f * shape) * (1.0f - sustain) + sustain;
-            } else {
-                phase = 1.0f;
-                state = Sustain;
-                level = sustain;
-            }
-            break;
-        case Sustain:
-            level = sustain;
-            if (sustain == 0.0f) state = Idle;
-            break;
-        case Release:
-            if (phase > 0.0005f) {
-                phase -= releaseStep;
-                level = shapeCurve(phase, 0.8f * shape) * releaseLevel;
-            } else {
-                state = Idle;
-                level = 0.0f;
-            }
-            break;
-        case Fade:
-            if (level >= 0.02f) {
-                level -= 0.02f;
-            } else {
-                state = Idle;
-                level = 0.0f;
-                phase = 0.0f;
-            }
-            break;
-        default:
-            level = 0.0f;
-            phase = 0.0f;
-            break;
+        case Attack: return stepAttack();
+        case Hold: return stepHold();
+        case Decay: return stepDecay();
+        case Sustain: return stepSustain();
+        case Release: return stepRelease();
+        case Fade: return stepFade();
+        default: level = phase = 0.0f;
+    }
+}
+
+void Envelope::enter(State next) {
+    phase = 1.0f;
+    state = next;
+}
+
+void Envelope::stepAttack() {
+    if (phase > 0.0f && attack >= 0.05f) {
+        phase -= attackStep;
+        // A single fold here against the three of decay and release: the asymmetry is wanted.
+        const float v = phase * phase * shape + (1.0f - shape) * phase;
+        level = v < 0.0f ? 1.0f : 1.0f - v;
+    } else {
+        level = 1.0f;
+        enter(hold > 0.005f ? Hold : Decay);
+    }
+}
+
+void Envelope::stepHold() {
+    level = 1.0f;
+    if (phase > 0.0f)
+        phase -= holdStep;
+    else
+        enter(releasePending != 0 ? Release : Decay);
+}
+
+void Envelope::stepDecay() {
+    if (phase > 0.0f) {
+        phase -= decayStep;
+        level = shapeCurve(phase, 0.8f * shape) * (1.0f - sustain) + sustain;
+    } else {
+        enter(Sustain);
+        level = sustain;
+    }
+}
+
+void Envelope::stepSustain() {
+    level = sustain;
+    if (sustain == 0.0f) state = Idle;
+}
+
+void Envelope::stepRelease() {
+    if (phase > 0.0005f) {
+        phase -= releaseStep;
+        level = shapeCurve(phase, 0.8f * shape) * releaseLevel;
+    } else {
+        state = Idle;
+        level = 0.0f;
+    }
+}
+
+void Envelope::stepFade() {
+    if (level >= 0.02f) {
+        level -= 0.02f;
+    } else {
+        state = Idle;
+        level = phase = 0.0f;
     }
 }
 
@@ -113,8 +122,7 @@ void Envelope::noteOff() {
         releasePending = 1;
     } else if (held()) {
         releaseLevel = level;
-        phase = 1.0f;
-        state = Release;
+        enter(Release);
     }
 }
 

@@ -51,6 +51,16 @@ public:
     float releaseLevel = 0.0f;        // level from which the release falls
     float shape = 0.0f;               // 0 straight, 1 steep
     std::int32_t releasePending = 0;  // a note-off came in a stage that is finished first
+
+private:
+    // Begins a timed stage.
+    void enter(State next);
+    void stepAttack();
+    void stepHold();
+    void stepDecay();
+    void stepSustain();
+    void stepRelease();
+    void stepFade();
 };
 
 }  // namespace vantoric
