@@ -54,7 +54,7 @@ private:
 // is moved back.
 inline DataFolder& sharedDataFolder() {
     static DataFolder folder;
-    folder.makeCurrent();
+    if (platform::dataFolder() != folder.path()) folder.makeCurrent();
     return folder;
 }
 
