@@ -66,6 +66,11 @@ TEST(Rates, ARateWithoutMeaningIsSilent) {
     }
 }
 
+TEST(Rates, NoSecondHasMoreThanTenMillionSamples) {
+    for (const float rate : {1e7f, 1e9f, std::numeric_limits<float>::max()}) EXPECT_EQ(internalRateOf(rate), 1e7f);
+    EXPECT_EQ(internalRateOf(768000.0f), 768000.0f);
+}
+
 TEST(Rates, ATickNeverOutgrowsTheVoicesBuffers) {
     EngineState state;
     setRates(state, 384000.0f);
