@@ -103,7 +103,9 @@ inline void appendNumber(std::vector<std::uint8_t>& bytes, std::uint32_t value, 
 inline std::vector<std::uint8_t> fileOf(const json& parts) {
     std::vector<std::uint8_t> bytes;
     for (const json& entry : parts) {
-        const auto& [kind, value] = *entry.items().begin();
+        const auto part = entry.begin();
+        const std::string& kind = part.key();
+        const json& value = part.value();
         if (kind == "hex") {
             const auto raw = fromHex(value);
             bytes.insert(bytes.end(), raw.begin(), raw.end());
