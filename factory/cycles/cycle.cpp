@@ -1,0 +1,94 @@
+#include "factory/cycles/cycle.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/math.h"
+#include "platform/files.h"
+#include "samples/wave_file.h"
+
+namespace vantoric::cycles {
+
+namespace {
+
+constexpr double tau = 2.0 * math::pi;
+constexpr int length = waves::cycleLength;
+
+using Samples = std::array<double, length>;
+
+// Lanczos' sigma factors: what is left of the ringing beside an edge is about one percent of it.
+double sigma(int k) {
+    const double x = math::pi * k / waves::harmonicLimit;
+    return math::sin(x) / x;
+}
+
+// Where the cycle rises through zero: the gentlest place within a quarter of a cycle from the start, else the
+// gentlest of all; in cycles, -1/2 to 1/2.
+double risingZero(const Samples& samples) {
+    double best = 0.0, gentlest = 1e9;
+    for (const int reach : {length / 4, length / 2}) {
+        for (int offset = -reach; offset < reach; ++offset) {
+            const auto at = [&](int i) { return samples[static_cast<std::size_t>(offset + i + length) % length]; };
+            const double here = at(0), next = at(1);
+            const bool rises = at(-1) <= 0.0 && here <= 0.0 && next > 0.0 && at(2) > 0.0;
+            if (!rises || next - here >= 0.99 * gentlest) continue;
+            gentlest = next - here;
+            best = (offset - here / (next - here)) / length;
+        }
+        if (gentlest < 1e9) break;
+    }
+    return best;
+}
+
+// Moves the start onto the zero itself, by Newton's rule.
+void settle(Spectrum& spectrum) {
+    constexpr double widest = 0.5 / length;
+    for (int round = 0; round < 8; ++round) {
+        double value = 0.0, slope = 0.0;
+        for (int k = 1; k < waves::harmonicLimit; ++k) {
+            value += spectrum.cosine[k];
+            slope += tau * k * spectrum.sine[k];
+        }
+        if (slope <= 0.0) return;
+        spectrum.advance(std::clamp(-value / slope, -widest, widest));
+    }
+}
+
+}  // namespace
+
+void spread(Spectrum& spectrum) {
+    double total = 0.0, phase = 0.0, powerBelow = 0.0;
+    for (int k = 1; k < waves::harmonicLimit; ++k) total += spectrum.magnitude(k) * spectrum.magnitude(k);
+    for (int k = 1; k < waves::harmonicLimit; ++k) {
+        const double size = spectrum.magnitude(k);
+        spectrum.cosine[k] = size * math::sin(phase);
+        spectrum.sine[k] = size * math::cos(phase);
+        powerBelow += size * size / total;
+        phase -= tau * powerBelow;
+        phase -= tau * std::floor(phase / tau);
+    }
+}
+
+Cycle finish(Spectrum spectrum, Workshop& workshop) {
+    spectrum.shape(sigma);
+    spectrum.alignFundamental();
+    Samples samples;
+    workshop.render(spectrum, waves::harmonicLimit, samples.data());
+    spectrum.advance(risingZero(samples));
+    settle(spectrum);
+    workshop.render(spectrum, waves::harmonicLimit, samples.data());
+    double peak = 0.0;
+    for (const double x : samples) peak = std::max(peak, std::fabs(x));
+    Cycle cycle{};
+    if (peak > 0.0)
+        std::transform(samples.begin(), samples.end(), cycle.begin(),
+                       [peak](double x) { return static_cast<std::int16_t>(std::floor(x / peak * cyclePeak + 0.5)); });
+    return cycle;
+}
+
+bool writeCycle(const Cycle& cycle, const std::filesystem::path& path) {
+    const std::vector<std::uint8_t> bytes = waveFileBytes(cycle);
+    return platform::writeFile(path.string(), bytes.data(), bytes.size());
+}
+
+}  // namespace vantoric::cycles
