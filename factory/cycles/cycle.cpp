@@ -22,16 +22,31 @@ double sigma(int k) {
     return math::sin(x) / x;
 }
 
-// Where the cycle rises through zero: the gentlest place within a quarter of a cycle from the start, else the
-// gentlest of all; in cycles, -1/2 to 1/2.
+double peakOf(const Samples& samples) {
+    double peak = 0.0;
+    for (const double x : samples) peak = std::max(peak, std::fabs(x));
+    return peak;
+}
+
+// The first sample from `start` on, in steps of `step`, that is clearly not zero.
+double firstClear(const Samples& samples, int start, int step, double threshold) {
+    for (int i = 0; i < length; ++i)
+        if (const double x = samples[static_cast<std::size_t>(start + i * step + 2 * length) % length]; std::fabs(x) > threshold)
+            return x;
+    return 0.0;
+}
+
+// Where the cycle rises through zero, clearly and not as a ripple: the gentlest place within a quarter of a
+// cycle from the start, else the gentlest of all; in cycles, -1/2 to 1/2.
 double risingZero(const Samples& samples) {
+    const double threshold = 0.01 * peakOf(samples);
     double best = 0.0, gentlest = 1e9;
     for (const int reach : {length / 4, length / 2}) {
         for (int offset = -reach; offset < reach; ++offset) {
-            const auto at = [&](int i) { return samples[static_cast<std::size_t>(offset + i + length) % length]; };
-            const double here = at(0), next = at(1);
-            const bool rises = at(-1) <= 0.0 && here <= 0.0 && next > 0.0 && at(2) > 0.0;
-            if (!rises || next - here >= 0.99 * gentlest) continue;
+            const double here = samples[static_cast<std::size_t>(offset + length) % length];
+            const double next = samples[static_cast<std::size_t>(offset + length + 1) % length];
+            if (here > 0.0 || next <= 0.0 || next - here >= 0.99 * gentlest) continue;
+            if (firstClear(samples, offset, -1, threshold) > 0.0 || firstClear(samples, offset + 1, 1, threshold) < 0.0) continue;
             gentlest = next - here;
             best = (offset - here / (next - here)) / length;
         }
@@ -77,8 +92,7 @@ Cycle finish(Spectrum spectrum, Workshop& workshop) {
     spectrum.advance(risingZero(samples));
     settle(spectrum);
     workshop.render(spectrum, waves::harmonicLimit, samples.data());
-    double peak = 0.0;
-    for (const double x : samples) peak = std::max(peak, std::fabs(x));
+    const double peak = peakOf(samples);
     Cycle cycle{};
     if (peak > 0.0)
         std::transform(samples.begin(), samples.end(), cycle.begin(),
