@@ -64,7 +64,7 @@ TEST(SingleCycles, BeginAtARisingZero) {
     ofAll([](const Cycle& cycle) {
         EXPECT_LE(std::abs(cycle[0]), 20);
         // Some rest at zero before they leave it.
-        const auto isLoud = [](int x) { return std::abs(x) > cyclePeak / 90; };
+        const auto isLoud = [](int x) { return std::abs(x) > cyclePeak / 100; };
         EXPECT_GT(*std::find_if(cycle.begin(), cycle.end(), isLoud), 0);
         EXPECT_LT(*std::find_if(cycle.rbegin(), cycle.rend(), isLoud), 0);
     });
