@@ -205,7 +205,7 @@ int setupAm(const FilterInputs& in, BiquadAm<float>& filter) {
     const double apart = 0.06 - 0.036 * w;
     filter.section1.set(designBiquad(biquadLowPass, in.c - apart, 0.8 * w, in.sampleRate));
     filter.section2.set(designBiquad(biquadLowPass, in.c + apart, 0.8 * w, in.sampleRate));
-    filter.rate = static_cast<float>(law.rate);
+    filter.rate = stepOfPhase(law.rate);
     filter.depth = static_cast<float>(law.depth);
     filter.gain = static_cast<float>((1.0 - 0.6272 * w2) * law.scale);
     return 0;

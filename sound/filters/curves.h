@@ -76,10 +76,12 @@ inline T signOf(T x) {
     return select(x < T(0), T(-1), T(1));
 }
 
-// One step of a phase of 0 to 1, for steps below 1.
+// A phase of 0 to 1 after one step, for steps below 1.
 template <class T>
 inline T wrapped(T phase) {
     return select(phase >= T(1), phase - T(1), phase);
 }
+// A rate of 0 or more in cycles per sample as such a step: whole cycles make no difference.
+inline float stepOfPhase(double rate) { return static_cast<float>(rate - std::floor(rate)); }
 
 }  // namespace vantoric::filters

@@ -8,7 +8,7 @@
 
 namespace vantoric::filters {
 
-// Which lanes hold a number that is not finite.
+// Which lanes hold a number that is not finite, or so large that what it makes of later samples might not be.
 template <template <class> class Topology, class T>
 MaskOf<T> lanesOutOfRange(const Topology<T>& loop) {
     constexpr int fields = sizeof(Topology<T>) / sizeof(T);
@@ -17,9 +17,9 @@ MaskOf<T> lanesOutOfRange(const Topology<T>& loop) {
     for (int k = 0; k < fields; ++k) {
         T field;
         std::memcpy(static_cast<void*>(&field), bytes + k * sizeof(T), sizeof field);
-        sum += field * T(0);
+        sum += magnitude(field);
     }
-    return sum != sum;
+    return !(sum < T(ScalarOf<T>(1e18)));
 }
 
 template <template <class> class Topology>
@@ -58,7 +58,7 @@ VANTORIC_FLATTEN LaneMask runLanes(FilterMemory<voiceCount>& memory, const DrawS
     return broken & mask;
 }
 
-// One voice; its samples stand `stride` apart. Returns whether its memory is finite.
+// One voice; its samples stand `stride` apart. Returns whether its memory is in range.
 template <template <class> class Topology, int Variant, int Voices>
 bool runVoice(FilterMemory<Voices>& memory, const DrawStarts& starts, float* at, int stride, int count, int voice) {
     using T = TopologyScalar<Topology>;

@@ -19,15 +19,16 @@ public:
             reset(memory, voice);
         }
         if (type_ == nullptr) return;
-        const bool same = settings.cutoff == cutoff_ && settings.resonance == resonance_ && settings.analog == analog_;
+        const float cutoff = clampUnit(settings.cutoff), resonance = clampTo(settings.resonance, 1e-5f, 1.0f);
+        const bool same = cutoff == cutoff_ && resonance == resonance_ && settings.analog == analog_;
         if (same && !renewed && !type_->everyCall) return;
-        cutoff_ = settings.cutoff;
-        resonance_ = settings.resonance;
+        cutoff_ = cutoff;
+        resonance_ = resonance;
         analog_ = settings.analog;
         loop_ = type_->setup({.sampleRate = settings.sampleRate,
                               .tickSamples = settings.tickSamples,
-                              .c = clampUnit(settings.cutoff),
-                              .r = clampTo(settings.resonance, 1e-5f, 1.0f),
+                              .c = cutoff,
+                              .r = resonance,
                               .a = settings.analog,
                               .memory = kept_},
                              memory, voice);
@@ -46,7 +47,7 @@ private:
     const FilterType<Voices>* type_ = nullptr;
     const Loop<Voices>* loop_ = nullptr;
     int index_ = 0;
-    float cutoff_ = 0.0f, resonance_ = 0.0f, analog_ = 0.0f;
+    float cutoff_ = 0.0f, resonance_ = 0.0f, analog_ = 0.0f;  // of the last setup, the first two clamped
     SetupMemory kept_;
 };
 

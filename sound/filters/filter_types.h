@@ -9,7 +9,7 @@ namespace vantoric::filters {
 
 // A sample loop. Filters `count` samples of the voices in `mask` in place; with 16 voices, sample i of voice v
 // stands at i * 16 + v, and the other lanes of the groups touched are overwritten with finite values. Returns
-// the voices whose memory is no longer finite.
+// the voices whose memory is no longer finite, or about to be.
 template <int Voices>
 struct Loop {
     LaneMask (*run)(FilterMemory<Voices>& memory, const DrawStarts& starts, float* buffer, int count, LaneMask mask);

@@ -29,7 +29,7 @@ int setupVocalAm(const FilterInputs& in, VocalAm<float>& filter) {
 
 int setupRingmod(const FilterInputs& in, Ringmod<float>& filter) {
     const float e = math::exp(static_cast<float>((1.0 - in.c) * -6.0));
-    filter.rate = static_cast<float>(e * 0.45 / in.sampleRate * 22050.0);
+    filter.rate = stepOfPhase(e * 0.45 / in.sampleRate * 22050.0);
     filter.depth = static_cast<float>(in.r);
     return 0;
 }

@@ -107,12 +107,13 @@ json biquadCoefficients(const VoiceFilter& filter, const json& input) {
         SetupMemory memory;
         const FilterInputs in{
             input.at("sampleRate"), 0, clampUnit(last[0].get<double>()), clampTo(last[1].get<double>(), 1e-5, 1.0), 0.0, memory};
+        const AmLaw law = amLaw(in.fn(), in.r);
         return {{"section1", sectionOf(am.section1)},
                 {"section2", sectionOf(am.section2)},
-                {"rate", am.rate},
+                {"rate", law.rate},
                 {"depth", am.depth},
                 {"gain", am.gain},
-                {"scale", amLaw(in.fn(), in.r).scale}};
+                {"scale", law.scale}};
     }
     if (filter.number() == 1 || filter.number() == 3) {
         const auto& one = filter.loop<BiquadOne>();

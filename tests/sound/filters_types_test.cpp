@@ -216,6 +216,34 @@ TEST_F(FilterTypes, UnchangedInputsKeepTheCoefficientsButDelaysRingmodAndEllipti
     }
 }
 
+// The setup of "LP 12dB" looks at the drive that the one before left: one more would take two steps a sample.
+TEST_F(FilterTypes, InputsThatAreClampedAlikeAreUnchanged) {
+    FilterUnderTest beyond(120, -0.1f, 1.2f, 0.5f);
+    ASSERT_EQ(beyond.filter.variant() / 3, 0);
+    beyond.set(-0.2f, 1.3f, 0.5f);
+    EXPECT_EQ(beyond.filter.variant() / 3, 0);
+    beyond.set(0.01f, 1.3f, 0.5f);
+    EXPECT_EQ(beyond.filter.variant() / 3, 1);
+    FilterUnderTest nonsense(120, NAN, NAN, 0.5f);
+    nonsense.set(NAN, -1.0f, 0.5f);
+    EXPECT_EQ(nonsense.filter.variant() / 3, 0);
+}
+
+TEST_F(FilterTypes, AModulationFasterThanTheSamplesLeavesNothingBehind) {
+    struct Case {
+        int number;
+        float rate;
+    };
+    for (const Case c : {Case{107, 44100.0f}, Case{107, 48001.0f}, Case{107, 8000.0f}, Case{35, 8000.0f}}) {
+        FilterUnderTest filter(c.number);
+        filter.settings.sampleRate = c.rate;
+        filter.set(1.0f, 0.2f, 0.0f);
+        filter.run(noise(20000));
+        filter.set(0.5f, 0.8f, 0.0f);
+        EXPECT_LT(loudestOf(filter.run(noise(2000))), 5.0f) << c.number << " at " << c.rate;
+    }
+}
+
 TEST_F(FilterTypes, AChangedNumberClearsTheMemoriesAndAResetDoesToo) {
     for (const int type : filterIndices()) {
         FilterUnderTest changed(filterNumber(type), 0.8f, 0.5f, 0.0f), reset(filterNumber(type), 0.8f, 0.5f, 0.0f);
