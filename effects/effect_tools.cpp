@@ -21,13 +21,14 @@ std::array<float, 16> shaperFilter(double cutoff, double factor) {
 
 namespace {
 
-// The exponent of a float is all ones for infinities and NaN.
+// Infinities and NaN have the largest exponents of all.
 std::uint32_t nonFinite(const float* buffer, int count) {
+    constexpr std::uint32_t bound = 0x7d000000u;  // 1.06e37
     std::uint32_t found = 0;
     for (int i = 0; i < count; ++i) {
         std::uint32_t bits;
         std::memcpy(&bits, buffer + i, sizeof bits);
-        found |= (bits & 0x7f800000u) == 0x7f800000u ? 1u : 0u;
+        found |= (bits & 0x7fffffffu) >= bound ? 1u : 0u;
     }
     return found;
 }

@@ -172,7 +172,7 @@ inline T sineShape(T v) {
 // quarter band.
 std::array<float, 16> shaperFilter(double cutoff, double factor);
 
-// True if every sample of both buffers is a finite number.
+// True if every sample of both buffers is a finite number, and small enough (1e37) that sums of a few are too.
 bool allFinite(const float* left, const float* right, int count);
 
 }  // namespace vantoric

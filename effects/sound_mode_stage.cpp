@@ -146,7 +146,12 @@ void SoundModeStage::runScientific(float* left, float* right, int count) {
 }
 
 void SoundModeStage::process(float* left, float* right, int count) {
-    if (count <= 0 || mode_ < 0 || mode_ >= static_cast<int>(modes.size())) return;
+    if (count <= 0) return;
+    if (mode_ >= 0 && mode_ < static_cast<int>(modes.size())) runMode(left, right, count);
+    keepFinite(left, right, count);
+}
+
+void SoundModeStage::runMode(float* left, float* right, int count) {
     const Mode& mode = modes[mode_];
     if (mode_ == scientific) {
         runScientific(left, right, count);
@@ -159,7 +164,6 @@ void SoundModeStage::process(float* left, float* right, int count) {
         }
     }
     gain_ = targetGain_;
-    keepFinite(left, right, count);
 }
 
 void SoundModeStage::keepFinite(float* left, float* right, int count) {

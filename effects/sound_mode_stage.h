@@ -31,8 +31,8 @@ public:
 
     // Clears filters and DC states; the gain jumps to its target.
     void reset();
-    // Processes `count` samples in place. A block that would leave memory without finite numbers is
-    // silenced and the memory cleared.
+    // Processes `count` samples in place. A block without finite numbers, or one that would leave memory
+    // without, is silenced and the memory cleared, in any mode.
     void process(float* left, float* right, int count);
 
     double gain() const { return gain_; }
@@ -50,6 +50,7 @@ private:
     template <int Filters>
     void run(const int* order, double factor, float* left, float* right, int count);
     void runScientific(float* left, float* right, int count);
+    void runMode(float* left, float* right, int count);
     void keepFinite(float* left, float* right, int count);
 
     double sampleRate_ = 44100.0;

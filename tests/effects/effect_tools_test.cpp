@@ -126,6 +126,10 @@ TEST(EffectTools, FindsASampleThatIsNoNumber) {
     EXPECT_TRUE(allFinite(left.data(), right.data(), 4));
     left[0] = std::numeric_limits<float>::quiet_NaN();
     EXPECT_FALSE(allFinite(left.data(), right.data(), 1));
+    left[0] = -1e37f;
+    EXPECT_TRUE(allFinite(left.data(), right.data(), 1));
+    left[0] = -3e38f;  // two of these are no number any more
+    EXPECT_FALSE(allFinite(left.data(), right.data(), 1));
 }
 
 }  // namespace

@@ -115,13 +115,16 @@ TEST(SoundModeStage, EveryModeIsStableAtLowRates) {
 }
 
 TEST(SoundModeStage, RecoversFromABlockWithoutFiniteNumbers) {
-    SoundModeStage stage = settled(4, 1.0f);
-    std::vector<float> left(8, std::numeric_limits<float>::quiet_NaN()), right(8, 0.1f);
-    stage.process(left.data(), right.data(), 8);
-    EXPECT_EQ(left, std::vector<float>(8, 0.0f));
-    left = right = sine(100, 500.0);
-    stage.process(left.data(), right.data(), 100);
-    for (const float y : left) EXPECT_TRUE(std::isfinite(y));
+    for (const int mode : {4, 8, 11, 127}) {
+        SoundModeStage stage = settled(mode, 1.0f);
+        std::vector<float> left(8, std::numeric_limits<float>::quiet_NaN()), right(8, 0.1f);
+        stage.process(left.data(), right.data(), 8);
+        EXPECT_EQ(left, std::vector<float>(8, 0.0f)) << mode;
+        EXPECT_EQ(right, std::vector<float>(8, 0.0f)) << mode;
+        left = right = sine(100, 500.0);
+        stage.process(left.data(), right.data(), 100);
+        for (const float y : left) EXPECT_TRUE(std::isfinite(y)) << mode;
+    }
 }
 
 }  // namespace

@@ -246,6 +246,42 @@ TEST(Block, PlaysAtEveryRate) {
     }
 }
 
+// Below its usual rates some filters are tuned past their stability and run away from tick to tick.
+TEST(Block, AFilterThatRunsAwayLeavesFiniteSoundAndNoTrace) {
+    constexpr int phaser = 23, orvix = 51, lowPass12 = 2, soft = 3, dynamicBass = 2, transientAndBass = 10, noMode = 20;
+    for (const float rate : {8000.0f, 11025.0f, 16000.0f, 32000.0f})
+        for (const int type : {phaser, orvix, lowPass12})
+            for (const int mode : {dynamicBass, transientAndBass, noMode}) {
+                EngineRig rig(rate);
+                rig.clearParameters();
+                rig.plainLayer();
+                rig.setList(par::SoundMod, mode);
+                for (int f = 0; f < filterCount; ++f) {
+                    rig.setList(par::FilType1 + f, type);
+                    rig.setList(par::DisType1 + f, soft);
+                    rig.set(par::Drive1 + f, 0.7f, 0);
+                    rig.set(par::Cutoff1 + f, 1.0f, 0);
+                    rig.set(par::Reso1 + f, type == orvix ? 1.0f : 0.0f, 0);
+                }
+                rig.set(par::FilSerial, 1.0f, 0);
+                rig.set(par::Ringmod, 0.5f, 0);
+                rig.audio.resetEngine();
+                rig.send({{0x90, 60, 100}});
+                for (int i = 0; i < 100; ++i) rig.block(64);
+                ASSERT_TRUE(allFinite(rig.left) && allFinite(rig.right)) << type << " in mode " << mode << " at " << rate;
+                for (int f = 0; f < filterCount; ++f) {
+                    rig.setList(par::FilType1 + f, 0);
+                    rig.setList(par::DisType1 + f, 0);
+                }
+                for (int i = 0; i < 200; ++i) rig.block(64);
+                rig.left.clear();
+                rig.right.clear();
+                rig.block(1000);
+                EXPECT_GT(rig.peak(), 1e-4f) << type << " in mode " << mode << " at " << rate;
+                EXPECT_LT(rig.peak(), 10.0f) << type << " in mode " << mode << " at " << rate;
+            }
+}
+
 TEST(Block, NonsenseRatesAreSilentOrPlayButNeverFail) {
     for (const float rate :
          {0.0f, -44100.0f, 1.0f, 249.0f, 1e9f, std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN()}) {
