@@ -123,7 +123,7 @@ void fractal3(const KernelContext& context, std::int16_t* out, int count, Oscill
 // Henon's map at twice the pitch, its values joined by straight lines. work: x, y, level, slope.
 void fractal4(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
     const float a = chaosParameter(11, static_cast<int>(colour(state)));
-    const std::uint32_t increment = state.increment & phaseMask;
+    const std::uint32_t increment = std::min(state.increment, phaseMask);
     const float rate = static_cast<float>(increment) * 5.9604645e-8f;
     float x = state.work[0], y = state.work[1], level = state.work[2], slope = state.work[3];
     std::uint32_t phase = state.phase;

@@ -53,10 +53,11 @@ void filteredNoise(const KernelContext& context, std::int16_t* out, int count, O
     state.work[1] = band;
 }
 
-// Runs a generator that acts at the wraps of a phase at twice the pitch; sample(wrapped) is the output.
+// Runs a generator that acts at the wraps of a phase at twice the pitch, from half the sample rate on at every
+// sample; sample(wrapped) is the output.
 template <class Sample>
 void atDoublePitch(std::int16_t* out, int count, OscillatorState& state, Sample sample) {
-    const std::uint32_t step = (state.increment & phaseMask) * 2;
+    const std::uint32_t step = std::min(state.increment, phaseMask) * 2;
     std::uint32_t phase = state.phase;
     for (int i = 0; i < count; ++i) out[i] = truncateToSample(sample(advance(phase, step)));
     state.phase = phase;
@@ -96,7 +97,7 @@ void noiseRandom(const KernelContext& context, std::int16_t* out, int count, Osc
 // Straight lines from one random value to the next: work[0] is the level, work[1] the slope.
 void noiseRandomRamp(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
     float &level = state.work[0], &slope = state.work[1];
-    const float rate = 2.0f * static_cast<float>(state.increment) * 5.9604645e-8f;
+    const float rate = 2.0f * static_cast<float>(std::min(state.increment, phaseMask)) * 5.9604645e-8f;
     atDoublePitch(out, count, state, [&](bool wrapped) {
         if (wrapped) {
             const float target = unsignedValue(context.random.congruence.next()) * 3.728e-6f - 8000.0f;
@@ -144,7 +145,7 @@ void noiseSynced(const KernelContext& context, std::int16_t* out, int count, Osc
     const float scale = rate * 9.32e-12f + 8.9472e-7f;
     const float middle = 0.02f * rate + 1920.0f;
     const auto pattern = static_cast<std::uint32_t>(colour(state));
-    const std::uint32_t step = (state.increment & phaseMask) >> 3;
+    const std::uint32_t step = state.increment >> 3;
     LinearCongruence generator{state.seed};
     std::uint32_t phase = state.phase;
     for (int i = 0; i < count; ++i) {

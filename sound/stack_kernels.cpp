@@ -31,11 +31,14 @@ constexpr PairedStack pairedStacks[] = {
 constexpr double supersawExponents[] = {4.5907657e-12, -4.590784e-12, 1.404236e-11, -1.512249e-11, 2.3763942e-11, -2.7139528e-11};
 constexpr int supersawVoices = 7;
 
-int supersawSteps(std::uint32_t increment, double p, std::uint32_t (&steps)[stackVoices]) {
-    steps[0] = increment;
+// A step as its word holds it, below 0 too.
+std::uint32_t stepOf(double step) { return static_cast<std::uint32_t>(static_cast<std::int64_t>(step)); }
+
+int supersawSteps(double pitch, double p, std::uint32_t (&steps)[stackVoices]) {
+    steps[0] = stepOf(pitch);
     for (int k = 1; k < supersawVoices; ++k) {
         const double factor = math::exp(static_cast<float>(p * supersawExponents[k - 1]));
-        steps[k] = static_cast<std::uint32_t>(increment * factor);
+        steps[k] = stepOf(pitch * factor);
     }
     return supersawVoices;
 }
@@ -43,16 +46,16 @@ int supersawSteps(std::uint32_t increment, double p, std::uint32_t (&steps)[stac
 }  // namespace
 
 int stackSteps(int ssWave, std::uint32_t increment, std::uint16_t detune, std::uint32_t (&steps)[stackVoices]) {
-    const std::uint32_t centre = increment & phaseMask;
     const double p = static_cast<double>(detune) * detune;
-    if (ssWave >= 9) return supersawSteps(centre, p, steps);
+    const double pitch = static_cast<std::int32_t>(increment);
+    if (ssWave >= 9) return supersawSteps(pitch, p, steps);
     const PairedStack& stack = pairedStacks[ssWave - stackWaveFirst];
-    const double base = centre * (1.0 - p * p * stack.lowering);
-    steps[0] = static_cast<std::uint32_t>(base);
+    const double base = pitch * (1.0 - p * p * stack.lowering);
+    steps[0] = stepOf(base);
     for (int k = 0; k < stack.pairs; ++k) {
         const double offset = p * stack.offset[k];
-        steps[2 * k + 1] = static_cast<std::uint32_t>(base * (1.0 + offset));
-        steps[2 * k + 2] = static_cast<std::uint32_t>(base * (1.0 - offset));
+        steps[2 * k + 1] = stepOf(base * (1.0 + offset));
+        steps[2 * k + 2] = stepOf(base * (1.0 - offset));
     }
     return 2 * stack.pairs + 1;
 }

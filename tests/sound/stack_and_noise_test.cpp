@@ -35,6 +35,17 @@ TEST(Stacks, TheWidestPairIsFivePercentApartAtFullPw) {
     }
 }
 
+TEST(Stacks, AboveTheSampleRateTheVoicesStandApartAsFarAsTheyDoBelow) {
+    for (int ssWave = 3; ssWave <= 11; ++ssWave) {
+        std::uint32_t low[stackVoices], high[stackVoices];
+        const int voices = stackSteps(ssWave, 1u << 20, 40000, low);
+        stackSteps(ssWave, 1u << 25, 40000, high);
+        for (int k = 0; k < voices; ++k) EXPECT_NEAR(high[k], 32.0 * low[k], 32.0) << ssWave;
+        stackSteps(ssWave, static_cast<std::uint32_t>(-(1 << 20)), 40000, high);
+        for (int k = 0; k < voices; ++k) EXPECT_EQ(high[k] + low[k], 0u) << ssWave;
+    }
+}
+
 TEST(Stacks, WithoutDetuneTheSumDependsOnTheStartPhasesOnly) {
     Oscillator o;
     o.fillStore([](int, int, int i) { return (i - 1024) * 30; });
@@ -79,6 +90,20 @@ TEST(Noise, WhiteRisesWithTheRate) {
     EXPECT_NEAR(rmsOf(noiseRun(kernels::noiseWhite, 0, 0, 20000, 192000.0f)) /
                     rmsOf(noiseRun(kernels::noiseWhite, 0, 0, 20000, 48000.0f)),
                 (0.07 * 192000 + 3087) / (0.07 * 48000 + 3087), 0.05);
+}
+
+TEST(Noise, GeneratorsOfAPitchActAtEverySampleWhenItPassesTheSampleRate) {
+    const auto changes = [](const Samples& out) {
+        int count = 0;
+        for (std::size_t i = 1; i < out.size(); ++i) count += out[i] != out[i - 1];
+        return count;
+    };
+    for (const std::uint32_t increment : {0x00ffffffu, 0x01000010u, 0x02400000u}) {
+        EXPECT_GT(changes(noiseRun(kernels::noiseRandom, 0, increment, 500)), 490) << increment;
+        EXPECT_GT(changes(noiseRun(kernels::noise8Bit, 200, increment, 500)), 400) << increment;
+        EXPECT_GT(changes(noiseRun(kernels::fractal4, 255, increment, 500)), 450) << increment;
+        EXPECT_LT(rmsOf(noiseRun(kernels::noiseRandomRamp, 0, increment, 5000)), 20000) << increment;
+    }
 }
 
 TEST(Noise, SyncedRepeatsAtThePitch) {
