@@ -6,7 +6,7 @@
 namespace vantoric {
 
 struct FilterSettings {
-    float sampleRate = 88200.0f;  // Hz
+    float sampleRate = 88200.0f;  // Hz, a whole number
     int tickSamples = 88;         // samples until the next setup
     int type = 0;                 // index into the list of filter types; separators and indices past its end pass audio through
     float cutoff = 0.5f;          // 0 to 1; clamped

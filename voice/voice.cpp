@@ -1,6 +1,7 @@
 #include "voice/voice.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "base/numbers.h"
 #include "base/parameters.h"
@@ -308,13 +309,13 @@ void Voice::tickFilters() {
     const float e = envelopes[filterEnvelope].clampLevel();
     VoiceBank& bank = layer_.bank();
     for (int i = 0; i < filterCount; ++i) {
-        const float key = static_cast<float>((smoothedNote - 64.0) * (mod[par::FilKey1 + i] - 0.5) * 0.0195);
-        bank.filters[i].setup(index_, {.sampleRate = engine.internalRate,
-                                       .tickSamples = engine.tickSamples,
-                                       .type = listAt(par::FilType1 + i),
-                                       .cutoff = key + (mod[par::FilEnv1 + i] - 0.5f) * 2.0f * e + mod[par::Cutoff1 + i],
-                                       .resonance = mod[par::Reso1 + i],
-                                       .analog = mod[par::FilAnalo]});
+        bank.filters[i].setup(
+            index_, {.sampleRate = std::trunc(engine.internalRate),
+                     .tickSamples = engine.tickSamples,
+                     .type = listAt(par::FilType1 + i),
+                     .cutoff = voiceCutoff(smoothedNote, mod[par::FilKey1 + i], mod[par::FilEnv1 + i], mod[par::Cutoff1 + i], e),
+                     .resonance = mod[par::Reso1 + i],
+                     .analog = mod[par::FilAnalo]});
         bank.distortions[i].setDrive(index_, mod[par::Drive1 + i]);
     }
     bank.setSerial(index_, switchOn(mod[par::FilSerial]));
