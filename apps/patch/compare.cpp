@@ -27,16 +27,6 @@ std::string valueText(const Patch& patch, int index) {
     return writeValue(n, patch.parameters.getParameter(index), mode);
 }
 
-std::string place(int wave) {
-    return "layer " + std::to_string(wave / oscillatorCount + 1) + " oscillator " + std::to_string(wave % oscillatorCount + 1);
-}
-
-std::string sampleText(const Sample& sample) {
-    if (sample.length == 0) return "none";
-    return std::to_string(sample.length) + " samples at " + std::to_string(sample.sampleRate) + " Hz, loop " +
-           std::to_string(sample.loopStart) + " to " + std::to_string(sample.loopEnd);
-}
-
 bool sameSample(const Sample& a, const Sample& b) {
     if (a.length != b.length || a.loopStart != b.loopStart || a.loopEnd != b.loopEnd || a.sampleRate != b.sampleRate)
         return false;
@@ -49,12 +39,12 @@ void compareWaves(const Patch& a, const Patch& b, std::vector<std::string>& line
         if (const Cycle& one = a.customWaves[at], &two = b.customWaves[at]; one != two) {
             int count = 0;
             for (std::size_t i = 0; i < one.size(); ++i) count += one[i] != two[i];
-            lines.push_back(place(wave) + " custom wave: " + std::to_string(count) + " of 2048 samples differ");
+            lines.push_back(placeText(wave) + " custom wave: " + std::to_string(count) + " of 2048 samples differ");
         }
         const Sample &one = a.samples[at], &two = b.samples[at];
         if (sameSample(one, two)) continue;
         const std::string first = sampleText(one), second = sampleText(two);
-        lines.push_back(place(wave) +
+        lines.push_back(placeText(wave) +
                         " sample: " + (first == second ? "other recordings, both " + first : first + " | " + second));
     }
 }
@@ -90,6 +80,16 @@ std::string layerText(const Patch& patch, int layer) {
 
 }  // namespace
 
+std::string placeText(int wave) {
+    return "layer " + std::to_string(wave / oscillatorCount + 1) + " oscillator " + std::to_string(wave % oscillatorCount + 1);
+}
+
+std::string sampleText(const Sample& sample) {
+    if (sample.length == 0) return "none";
+    return std::to_string(sample.length) + " samples at " + std::to_string(sample.sampleRate) + " Hz, loop " +
+           std::to_string(sample.loopStart) + " to " + std::to_string(sample.loopEnd);
+}
+
 std::vector<std::string> differences(const Patch& a, const Patch& b) {
     std::vector<std::string> lines;
     if (a.name != b.name) lines.push_back("name: " + a.name + " | " + b.name);
@@ -109,7 +109,7 @@ std::string describe(const Patch& patch, std::size_t bytes) {
         text += "  master    " + list(parameter::FxMaType, 0, patch) + "\n";
     for (int wave = 0; wave < chunk::waveCount; ++wave)
         if (const Sample& sample = patch.samples[static_cast<std::size_t>(wave)]; sample.length > 0)
-            text += "  sample    " + place(wave) + ": " + sampleText(sample) + "\n";
+            text += "  sample    " + placeText(wave) + ": " + sampleText(sample) + "\n";
     return text + "  size      " + std::to_string(bytes) + " bytes\n";
 }
 

@@ -1,4 +1,5 @@
-// vantoric-patch: compiles readable patches, and turns patch files into such texts, compares and describes them.
+// vantoric-patch: compiles readable patches, turns patch files into such texts, compares and describes them, and
+// brings wave and SFZ files into patches.
 #include <unistd.h>
 #include <CLI/CLI.hpp>
 
@@ -9,9 +10,8 @@
 #include <vector>
 
 #include "apps/patch/compare.h"
-#include "apps/patch/patch_text.h"
-#include "apps/patch/wave_text.h"
-#include "platform/files.h"
+#include "apps/patch/sample_commands.h"
+#include "apps/patch/storage.h"
 
 namespace {
 
@@ -19,45 +19,11 @@ namespace fs = std::filesystem;
 using namespace vantoric;
 using namespace vantoric::patch;
 
-enum Exit { done = 0, different = 1, wrongUse = 2, fileTrouble = 3 };
-
-bool isText(const fs::path& path) { return path.extension() == ".json"; }
-
-std::vector<std::uint8_t> readWhole(const fs::path& path) {
-    std::vector<std::uint8_t> bytes;
-    if (!platform::readFile(path.string(), bytes)) throw PatchError("", "cannot be read");
-    return bytes;
-}
-
-void writeWhole(const fs::path& path, const void* bytes, std::size_t size) {
-    if (!path.parent_path().empty() && !platform::makeFolder(path.parent_path().string()))
-        throw PatchError(path.parent_path().string(), "this folder cannot be made");
-    if (!platform::writeFile(path.string(), bytes, size)) throw PatchError(path.string(), "cannot be written");
-}
-
-// A patch file or a text, by its name. Returns the size of the file.
-std::size_t load(const fs::path& path, Patch& patch) {
-    const std::vector<std::uint8_t> bytes = readWhole(path);
-    if (isText(path)) {
-        const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-        readText(text, (path.parent_path() / "").string(), path.stem().string(), patch);
-    } else {
-        fromPatchFile(bytes, patch);
-    }
-    return bytes.size();
-}
-
-int complain(const fs::path& path, const PatchError& error) {
-    std::fprintf(stderr, "vantoric-patch: %s: %s\n", path.c_str(), error.what());
-    return fileTrouble;
-}
-
 int compileFile(const fs::path& from, const fs::path& to) {
     try {
         Patch patch;
         load(from, patch);
-        const std::vector<std::uint8_t> file = toPatchFile(patch);
-        writeWhole(to, file.data(), file.size());
+        savePatchFile(to, patch);
         return done;
     } catch (const PatchError& error) {
         return complain(from, error);
@@ -101,25 +67,10 @@ int decompile(const Options& options) {
     try {
         Patch patch;
         load(options.in, patch);
-        const fs::path out = options.out;
-        bool left = false;
-        const auto saveSample = [&](int wave) {
-            if (options.noSamples || options.out.empty()) {
-                left = true;
-                return std::string();
-            }
-            const std::string file = out.stem().string() + "-layer" + std::to_string(wave / oscillatorCount + 1) + "-osc" +
-                                     std::to_string(wave % oscillatorCount + 1) + ".wav";
-            writeSampleFile((out.parent_path() / file).string(), patch.samples[static_cast<std::size_t>(wave)]);
-            return file;
-        };
-        const std::string text = writeText(patch, saveSample);
-        if (left && !options.noSamples)
-            std::fprintf(stderr, "vantoric-patch: the samples are left out; name an output file to keep them\n");
         if (options.out.empty())
-            std::fwrite(text.data(), 1, text.size(), stdout);
+            printText(patch, !options.noSamples);
         else
-            writeWhole(out, text.data(), text.size());
+            saveText(options.out, patch, !options.noSamples);
         return done;
     } catch (const PatchError& error) {
         return complain(options.in, error);
@@ -155,9 +106,10 @@ int info(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app("Turns readable patches (.json) into patch files (.fxp) and back.", "vantoric-patch");
+    CLI::App app("Turns readable patches (.json) into patch files (.fxp) and back, and brings samples into them.",
+                 "vantoric-patch");
     app.require_subcommand(1);
-    app.footer("Exit codes: 0 done or equal, 1 different, 2 wrong use, 3 a file that cannot be read, understood or written.");
+    app.footer(exitCodes);
     Options options;
     CLI::App* compiling = app.add_subcommand("compile", "compile a text, or all texts of a folder with its folders");
     compiling->add_option("IN", options.in, "patch text or folder")->required();
@@ -171,11 +123,13 @@ int main(int argc, char** argv) {
     comparing->add_option("B", options.out, "patch file or text")->required();
     CLI::App* describing = app.add_subcommand("info", "tell what a patch is made of");
     describing->add_option("IN", options.in, "patch file or text")->required();
+    SampleCommands samples(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? done : wrongUse;
     }
+    if (samples.parsed()) return samples.run();
     if (compiling->parsed()) return compile(options);
     if (decompiling->parsed()) return decompile(options);
     return comparing->parsed() ? compare(options) : info(options);

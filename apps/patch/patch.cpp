@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "apps/patch/chunk_bench.h"
 #include "base/math.h"
 #include "base/numbers.h"
 #include "engine/parameter_text.h"
-#include "engine/patch_chunk.h"
 #include "engine/patch_file.h"
-#include "engine/program_slot.h"
 #include "platform/recorded_dialogs.h"
-#include "platform/thread.h"
 
 namespace vantoric::patch {
 
@@ -40,40 +38,11 @@ constexpr InitValue initLayer[] = {
     {parameter::SusVol, 1, 1.0f},
 };
 
-// The engine's reader and writer of chunks at work on a patch that no engine plays.
-class ChunkBench final : private PatchHost {
-public:
-    explicit ChunkBench(Patch& patch) : chunk_(state_, patch.parameters, program_, waves(patch), *this, dialogs_, sleep) {}
-
-    PatchChunk& chunk() { return chunk_; }
-    ProgramSlot& program() { return program_; }
-    // The last box that was shown.
-    std::string complaint() const {
-        const auto boxes = dialogs_.boxes();
-        return boxes.empty() ? "not a patch of this instrument" : boxes.back().text;
-    }
-
-private:
-    static PatchWaves waves(Patch& patch) {
-        PatchWaves waves;
-        for (std::size_t i = 0; i < chunk::waveCount; ++i) {
-            waves.samples[i] = &patch.samples[i];
-            waves.customWaves[i] = patch.customWaves[i].data();
-        }
-        return waves;
-    }
-    static void sleep(int milliseconds) { platform::sleepMilliseconds(milliseconds); }
-    void allNotesOff() override {}
-    void resetEngine() override {}
-    void refreshAll() override {}
-    void lookUpPatchName() override {}
-    void setBusy(bool) override {}
-
-    EngineState state_;
-    platform::RecordedDialogs dialogs_;
-    ProgramSlot program_{dialogs_};
-    PatchChunk chunk_;
-};
+// The last box that was shown.
+std::string complaint(const platform::RecordedDialogs& dialogs) {
+    const auto boxes = dialogs.boxes();
+    return boxes.empty() ? "not a patch of this instrument" : boxes.back().text;
+}
 
 Cycle makeInitCycle() {
     Cycle cycle;
@@ -121,13 +90,18 @@ void setSample(Patch& patch, int index, std::span<const std::int16_t> frames, st
     sample.sampleRate = rate;
 }
 
-void cleanMatrix(Patch& patch) { ChunkBench(patch).chunk().cleanMatrix(); }
+void cleanMatrix(Patch& patch) {
+    platform::RecordedDialogs dialogs;
+    ChunkBench(patch, dialogs).chunk().cleanMatrix();
+}
 
 std::vector<std::uint8_t> toPatchFile(Patch& patch) {
-    ChunkBench bench(patch);
+    platform::RecordedDialogs dialogs;
+    ChunkBench bench(patch, dialogs);
     bench.program().setProgramName(patch.name);
     const ChunkBytes chunk = bench.chunk().getChunk();
-    if (chunk.size == 0) throw PatchError("", bench.complaint());
+    // A box with a chunk: something of the patch was given up.
+    if (chunk.size == 0 || !dialogs.boxes().empty()) throw PatchError("", complaint(dialogs));
     std::vector<std::uint8_t> file(static_cast<std::size_t>(patchHeaderBytes) + static_cast<std::size_t>(chunk.size));
     const PatchHeader header = makePatchHeader(patch.name, chunk.size);
     std::copy_n(header.data(), header.size(), file.data());
@@ -141,9 +115,10 @@ void fromPatchFile(std::span<const std::uint8_t> file, Patch& patch) {
     if (bytes.size() < static_cast<std::size_t>(chunk::fixedSize))
         throw PatchError("", "truncated: " + std::to_string(file.size()) + " bytes, a patch has at least " +
                                  std::to_string(patchHeaderBytes + chunk::fixedSize));
-    ChunkBench bench(patch);
+    platform::RecordedDialogs dialogs;
+    ChunkBench bench(patch, dialogs);
     if (bench.chunk().setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size())) == 0)
-        throw PatchError("", bench.complaint());
+        throw PatchError("", complaint(dialogs));
     patch.name = bench.program().getProgramName();
 }
 
