@@ -85,6 +85,12 @@ void readNumber(SfzRegion& region, Text value) {
     if (const auto number = numberOf(value)) region.*member = *number;
 }
 
+// Of several lines the first that has it.
+template <auto member>
+void readFirstNumber(SfzRegion& region, Text value) {
+    if (!(region.*member)) readNumber<member>(region, value);
+}
+
 template <auto member>
 void readPosition(SfzRegion& region, Text value) {
     if (const auto number = numberOf(value)) region.*member = wholeOf(*number, 0);
@@ -131,11 +137,11 @@ constexpr Opcode opcodes[] = {
     {"loop_end=", readPosition<&SfzRegion::loopEnd>},
     {"offset=", readPosition<&SfzRegion::offset>},
     {"amp_veltrack=", readNumber<&SfzRegion::veltrack>},
-    {"ampeg_attack=", readNumber<&SfzRegion::attack>},
-    {"ampeg_hold=", readNumber<&SfzRegion::hold>},
-    {"ampeg_decay=", readNumber<&SfzRegion::decay>},
-    {"ampeg_sustain=", readNumber<&SfzRegion::sustain>},
-    {"ampeg_release=", readNumber<&SfzRegion::release>},
+    {"ampeg_attack=", readFirstNumber<&SfzRegion::attack>},
+    {"ampeg_hold=", readFirstNumber<&SfzRegion::hold>},
+    {"ampeg_decay=", readFirstNumber<&SfzRegion::decay>},
+    {"ampeg_sustain=", readFirstNumber<&SfzRegion::sustain>},
+    {"ampeg_release=", readFirstNumber<&SfzRegion::release>},
     {"loop_mode=no_loop", setLoop<SfzLoop::off>},
     {"loop_mode=one_shot", setLoop<SfzLoop::off>},
     {"loop_mode=loop_continuous", setLoop<SfzLoop::on>},

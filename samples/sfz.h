@@ -33,7 +33,7 @@ struct SfzRegion {
     std::int32_t loopStart = -1, loopEnd = -1;                                       // samples; -1: not given
     SfzLoop loop = SfzLoop::fromFile;
     int lovel = 0;  // 0 to 127
-    // Of the volume envelope: seconds, the sustain in percent.
+    // Of the volume envelope, from the first line that has them: seconds, the sustain in percent.
     std::optional<double> attack, hold, decay, sustain, release;
     std::optional<double> veltrack;  // percent
     std::optional<int> polyphony;    // voices, 1 or more

@@ -206,10 +206,11 @@ TEST(SfzText, TakesAnyBytes) {
     parseSfz(std::string(5000, '\0'));
 }
 
-TEST(SfzChoice, TwelveRegionsAreTakenAsTheyAreAndThirteenLoseTheirEnds) {
+TEST(SfzChoice, TwelveRegionsAreTakenAsTheyAreAndThirteenLoseTheirLast) {
     EXPECT_EQ(chooseRegions(12).size(), 12u);
     EXPECT_EQ(chooseRegions(12).back(), 11u);
     EXPECT_EQ(chooseRegions(13).front(), 0u);
+    EXPECT_EQ(chooseRegions(13).back(), 11u);
     EXPECT_EQ(chooseRegions(14).front(), 1u);
     EXPECT_EQ(chooseRegions(14).back(), 12u);
     EXPECT_TRUE(chooseRegions(0).empty());
@@ -259,6 +260,23 @@ TEST(SfzPlan, TheEnvelopeIsOfTheFirstLineThatHasIt) {
     EXPECT_EQ(*plan.sustain, 1.0f);
     EXPECT_EQ(*plan.release, 0.0f);
     EXPECT_FALSE(plan.decay);
+}
+
+TEST(SfzPlan, ALineAboveAnotherDecidesTheEnvelopeWhateverItIsOf) {
+    const SfzPlan plan = planSfz(parseSfz("<global> ampeg_attack=0.1 ampeg_hold=inf\n<group> ampeg_attack=5 ampeg_release=1\n"
+                                          "<region> sample=a.wav ampeg_release=7\nampeg_hold=0\n"),
+                                 false);
+    EXPECT_EQ(*plan.attack, envelopeOfSeconds(0.1));
+    EXPECT_EQ(*plan.release, envelopeOfSeconds(1.0));
+    EXPECT_EQ(*plan.hold, 0.0f) << "a number that is none is not there";
+}
+
+TEST(SfzPlan, LinesOfSoundsThatAreLeftOutDoNotDecideTheEnvelope) {
+    const SfzPlan plan = planSfz(parseSfz("<region> sample=a.wav ampeg_attack=3 trigger=release\n"
+                                          "<region> sample=b.wav ampeg_attack=2 seq_position=2\n"
+                                          "<region> sample=c.wav ampeg_attack=1 key=5\n"),
+                                 false);
+    EXPECT_EQ(*plan.attack, envelopeOfSeconds(1.0));
 }
 
 TEST(SfzPlan, EnvelopeTimesTurnTheEnvelopesLawRound) {
