@@ -13,6 +13,7 @@ EngineHold::EngineHold(EngineFlags& flags, SleepFunction sleep) : flags_(flags),
     flags.engineLocked.set();
     waitUntilClear(flags.audioRunning, lockTries, 1, sleep);
     stopWorker();
+    flags.rebuildCancel.clear();  // a load that failed may have left it, and nobody else is at work now
 }
 
 EngineHold::~EngineHold() {

@@ -8,7 +8,8 @@ namespace vantoric {
 // While it stands, the audio block is silent and the wave worker leaves the waves alone. Each wait of the
 // constructor is bounded and clears its flag by force at its end: 51 sleeps of 100 ms for the worker, 1000
 // of 1 ms each for another loader and for the block. A rebuild that had to give way is asked for again when
-// the hold ends. One at a time a thread; not on the audio thread.
+// the hold ends; a cancel that is left over from a load that failed is taken back. One at a time a thread; not on the audio
+// thread.
 class EngineHold {
 public:
     EngineHold(EngineFlags& flags, SleepFunction sleep);

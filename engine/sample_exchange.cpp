@@ -17,17 +17,21 @@ bool exchangeSample(Sample& holder, const SampleContent& content, bool wrap, boo
     fresh.length = length;
     fresh.loopStart = content.loopStart;
     fresh.loopEnd = content.loopEnd;
+    bool isBuilt = true;
     if (length > 0) {
         for (auto& level : fresh.levels) std::copy(content.samples.begin(), content.samples.end(), level.get());
-        buildLevels(fresh, wrap, &flags.rebuildCancel);
+        isBuilt = buildLevels(fresh, wrap, &flags.rebuildCancel);
         writeSampleGuards(fresh, isLooped);
     }
-    const EngineHold hold(flags, sleep);
-    std::swap(holder.levels, fresh.levels);
-    holder.length = length;
-    holder.loopStart = content.loopStart;
-    holder.loopEnd = content.loopEnd;
-    holder.sampleRate = content.sampleRate;
+    {
+        const EngineHold hold(flags, sleep);
+        std::swap(holder.levels, fresh.levels);
+        holder.length = length;
+        holder.loopStart = content.loopStart;
+        holder.loopEnd = content.loopEnd;
+        holder.sampleRate = content.sampleRate;
+    }
+    if (!isBuilt) flags.rebuildRequested.set();  // another's load came between: the worker does the rest
     return true;
 }
 

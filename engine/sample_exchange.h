@@ -27,8 +27,8 @@ struct SampleContent {
 };
 
 // Makes buffers, levels (with or without wrap) and guards (for a looped sound or not) beside the holder, which
-// then takes them over under an EngineHold. False, with the holder as it was, if memory is short. Any thread
-// but the audio thread, one at a time.
+// then takes them over under an EngineHold. Levels that `rebuildCancel` cut short are left to the worker. False,
+// with the holder as it was, if memory is short. Any thread but the audio thread, one at a time.
 bool exchangeSample(Sample& holder, const SampleContent& content, bool wrap, bool isLooped, EngineFlags& flags,
                     SleepFunction sleep);
 

@@ -288,6 +288,23 @@ TEST_F(SampleLoading, TheWorkerIsCancelledOnlyWhileItRuns) {
     EXPECT_EQ(sleptTimes, 0);
 }
 
+TEST_F(SampleLoading, ACancelLeftByALoadThatFailedIsTakenBack) {
+    flags.rebuildCancel.set();
+    EXPECT_TRUE(loader->loadSample(0, 0, wave()));
+    EXPECT_NE(samples[0].levels[4][50], samples[0].levels[0][50]) << "the levels are built";
+    EXPECT_FALSE(flags.rebuildCancel.isSet()) << "or the worker would give up the next rebuild";
+}
+
+TEST_F(SampleLoading, LevelsThatAnotherLoadCutShortAreLeftToTheWorker) {
+    const std::vector<std::int16_t> sound(300, 9000);
+    flags.rebuildCancel.set();
+    EXPECT_TRUE(exchangeSample(samples[0], {sound, 0, 300, 44100}, false, false, flags, countSleep));
+    EXPECT_EQ(samples[0].levels[4][0], 9000) << "not built";
+    EXPECT_TRUE(flags.rebuildRequested.isSet());
+    EXPECT_FALSE(flags.rebuildCancel.isSet());
+    EXPECT_FALSE(flags.engineLocked.isSet());
+}
+
 // ---- in an engine -------------------------------------------------------------------------------------------
 
 struct SamplePlaying : ::testing::Test {
