@@ -29,8 +29,9 @@ bool QuickImport::importVocoder() {
     return true;
 }
 
-// The sound as it was recorded: no filter at work, one oscillator that plays a sample.
+// The sound as it was recorded: no filter at work, one oscillator that plays a sample, on a layer that sounds.
 void QuickImport::prepareLayer() {
+    parameters_.setParameter(par::Layer1On + loader_.currentLayer, 1.0f);
     for (int i = 0; i < filterCount; ++i) {
         set(par::FilType1 + i, 0.0f);
         set(par::Cutoff1 + i, 0.5f);

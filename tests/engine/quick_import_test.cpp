@@ -71,6 +71,25 @@ TEST_F(QuickImporting, AStereoFileGoesToTwoOscillatorsAndTwoSides) {
     EXPECT_EQ(rig.audio.program().getProgramName(), "Strings D3");
 }
 
+TEST_F(QuickImporting, TheLayerThatTheWindowShowsTakesTheFileAndSounds) {
+    test::WaveMaker maker;
+    maker.channels = 2;
+    const test::Bytes bytes = maker.putFrames(4000, [](int i) { return i % 80 < 40 ? 9000 : -9000; }).file();
+    EXPECT_TRUE(platform::writeFile(folder / "Square.wav", bytes.data(), bytes.size()));
+    rig.plainLayer(2);
+    rig.set(par::Layer1On + 2, 0.0f);
+    rig.set(par::Layer1On, 0.0f);
+    EXPECT_TRUE(rig.audio.patchFiles().savePatchFile(pattern));
+    rig.audio.sampleLoader().currentLayer = 2;
+    ASSERT_TRUE(import(folder / "Square.wav"));
+    EXPECT_EQ(rig.audio.layer(2).sample(1).length, 4000);
+    EXPECT_EQ(value(par::Layer1On + 2), 1.0f);
+    EXPECT_EQ(value(par::Layer1On), 0.0f);
+    rig.send({{0x90, 60, 100}});
+    rig.block(2400);
+    EXPECT_GT(rig.peak(), 0.01f);
+}
+
 TEST_F(QuickImporting, WithoutATemplateAChoiceOrASoundFileThereIsNoImport) {
     EXPECT_FALSE(rig.audio.quickImport().importSample()) << "the user goes back";
     EXPECT_EQ(rig.audio.program().getProgramName(), "Quick_Sample");
