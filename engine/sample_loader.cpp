@@ -6,6 +6,7 @@
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "engine/engine_hold.h"
+#include "engine/patch_file.h"
 #include "samples/autotune.h"
 #include "samples/sample_levels.h"
 
@@ -44,8 +45,8 @@ bool SampleLoader::loadSampleDialog(int oscillator) {
 
 bool SampleLoader::askWaveFile(std::string& path) {
     if (!platform::askFilePath(dialogs_, path, lastFolder_, false, platform::FileKind::Wave)) return false;
-    const std::size_t folderEnd = path.find_last_of("/\\");
-    if (folderEnd != std::string::npos) lastFolder_ = path.substr(0, folderEnd + 1);
+    const std::string folder = folderOfPath(path);
+    if (!folder.empty()) lastFolder_ = folder;
     return true;
 }
 
