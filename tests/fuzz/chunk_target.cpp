@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "tests/engine/patch_bench.h"
@@ -11,12 +9,6 @@ namespace vantoric::fuzz {
 namespace {
 
 constexpr std::size_t shortestWhole = 1000;
-
-void require(bool holds, const char* promise) {
-    if (holds) return;
-    std::fprintf(stderr, "broken: %s\n", promise);
-    std::abort();
-}
 
 // A script: records of 7 bytes, what and where to change, and a 32-bit value.
 Bytes chunkByScript(const std::uint8_t* data, std::size_t size) {

@@ -1,8 +1,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -18,12 +16,6 @@ namespace vantoric::fuzz {
 namespace {
 
 namespace fs = std::filesystem;
-
-void require(bool holds, const char* promise) {
-    if (holds) return;
-    std::fprintf(stderr, "broken: %s\n", promise);
-    std::abort();
-}
 
 // An installation of this process's own, gone at its end.
 struct Scratch {

@@ -1,5 +1,4 @@
 #include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 #include <string>
@@ -16,12 +15,6 @@ namespace vantoric::fuzz {
 namespace {
 
 constexpr std::size_t longestSound = 20000;  // samples; longer ones only take longer
-
-void require(bool holds, const char* promise) {
-    if (holds) return;
-    std::fprintf(stderr, "broken: %s\n", promise);
-    std::abort();
-}
 
 bool isUnit(float value) { return value >= 0.0f && value <= 1.0f; }
 bool isKey(int key) { return key >= 0 && key <= 127; }

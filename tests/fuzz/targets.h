@@ -4,11 +4,20 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 namespace vantoric::fuzz {
 
 using Bytes = std::vector<std::uint8_t>;
+
+// A promise of a reader.
+inline void require(bool holds, const char* promise) {
+    if (holds) return;
+    std::fprintf(stderr, "broken: %s\n", promise);
+    std::abort();
+}
 
 // Inputs below 1000 bytes are scripts of changes to a sound chunk or file, so that few bytes reach deep;
 // longer ones are the bytes themselves.

@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <initializer_list>
 #include <span>
 #include <string>
@@ -14,12 +12,6 @@ namespace vantoric::fuzz {
 namespace {
 
 constexpr std::uint8_t dataBytes = 40;
-
-void require(bool holds, const char* promise) {
-    if (holds) return;
-    std::fprintf(stderr, "broken: %s\n", promise);
-    std::abort();
-}
 
 void put(Bytes& bytes, const char* tag, std::initializer_list<std::uint32_t> words) {
     bytes.insert(bytes.end(), tag, tag + 4);
