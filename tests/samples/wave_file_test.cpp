@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
+#include <filesystem>
 #include <limits>
 #include <string>
+#include <thread>
 
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
@@ -392,6 +395,39 @@ TEST(WaveReading, MissingFilesAndFoldersAreUnreadable) {
     EXPECT_EQ(readWaveFile(folder.path(), read), WaveRead::unreadable);
     EXPECT_EQ(readWaveFile("", read), WaveRead::unreadable);
     EXPECT_EQ(readWaveFile("/dev/zero", read), WaveRead::unreadable);
+}
+
+TEST(WaveReading, LinksToNowhereAndFilesThatFailWhileTheyAreReadAreUnreadable) {
+    test::ScratchFolder folder;
+    Bytes read;
+    std::filesystem::create_symlink(folder / "gone.wav", folder / "dangling.wav");
+    std::filesystem::create_symlink(folder / "round.wav", folder / "round.wav");
+    EXPECT_EQ(readWaveFile(folder / "dangling.wav", read), WaveRead::unreadable);
+    EXPECT_EQ(readWaveFile(folder / "round.wav", read), WaveRead::unreadable);
+    EXPECT_EQ(readWaveFile("/proc/self/mem", read), WaveRead::unreadable);
+    EXPECT_TRUE(read.empty());
+}
+
+TEST(WaveReading, AFileThatGrowsAndShrinksWhileItIsReadGivesWhatWasThere) {
+    test::ScratchFolder folder;
+    const std::string path = folder / "x.wav";
+    const Bytes whole = WaveMaker().putFrames(200000).file();
+    platform::writeFile(path, whole.data(), whole.size());
+    std::atomic<bool> isDone{false};
+    std::thread writer([&] {
+        for (std::size_t i = 0; !isDone; ++i) std::filesystem::resize_file(path, i % 2 == 0 ? 44 + i * 7919 % 400000 : 400044);
+    });
+    for (int i = 0; i < 200; ++i) {
+        Bytes read;
+        if (readWaveFile(path, read) != WaveRead::done) continue;
+        EXPECT_LE(read.size(), whole.size());
+        const WaveLayout layout = parseWave(read);
+        if (layout.error == WaveError::none) {
+            EXPECT_LE(convertWave(read, layout, 0).size(), 200000u);
+        }
+    }
+    isDone = true;
+    writer.join();
 }
 
 TEST(WaveWriting, AFileHas44BytesAndTwoPerSample) {
