@@ -15,6 +15,9 @@
 #include "samples/sample_levels.h"
 #include "tests/platform/scratch_folder.h"
 
+// Of the tests of patches: allocations of at least this many bytes that may fail do so; 0: none.
+extern std::size_t failingAllocation;
+
 namespace vantoric {
 namespace {
 
@@ -213,6 +216,25 @@ TEST_F(SampleEditing, ExportToAPlaceThatCannotBeWrittenGivesABox) {
     editor->editSample(0, 0, exportWave);
     ASSERT_EQ(dialogs.boxes().size(), 1u);
     EXPECT_EQ(dialogs.boxes()[0].text, "File write error. File is write protected or opened by another application.");
+}
+
+TEST_F(SampleEditing, ShortMemoryIsToldAndChangesNothing) {
+    Sample& sample = put(0, 0, {1, 2, 3});
+    editor->editSample(0, 0, invert);
+    for (const int command : {reverse, undo, loopAll}) {
+        dialogs.clear();
+        failingAllocation = 100;
+        EXPECT_FALSE(editor->editSample(0, 0, command)) << command;
+        failingAllocation = 0;
+        ASSERT_EQ(dialogs.boxes().size(), 1u);
+        EXPECT_EQ(dialogs.boxes()[0].title, "Error");
+        EXPECT_EQ(dialogs.boxes()[0].text, "Not enought memory.");
+        EXPECT_EQ(dataOf(sample), Data({-1, -2, -3}));
+        EXPECT_EQ(parameters.getParameter(par::LoopMod1), 0.25f);
+        EXPECT_FALSE(flags.audioMuted.isSet() || flags.engineLocked.isSet());
+    }
+    EXPECT_TRUE(editor->editSample(0, 0, undo));
+    EXPECT_EQ(dataOf(sample), Data({1, 2, 3})) << "what was stored is stored still";
 }
 
 TEST_F(SampleEditing, IndicesOutOfRangeDoNothing) {

@@ -111,7 +111,8 @@ TEST_F(SfzImporting, SpreadsRegionsOverTheOscillatorsOfTheLayers) {
 
 TEST_F(SfzImporting, AFileThatCannotBeReadIsTold) {
     EXPECT_FALSE(rig.audio.sfzImport().importSfz(folder / "none.sfz"));
-    EXPECT_EQ(texts(), Texts({"File read error"}));
+    EXPECT_FALSE(rig.audio.sfzImport().importSfz(folder.path()));
+    EXPECT_EQ(texts(), Texts({"File read error", "File read error"}));
     EXPECT_EQ(rig.dialogs.boxes()[0].title, "Error");
 }
 
@@ -133,6 +134,16 @@ TEST_F(SfzImporting, AMissingSampleLeavesItsOscillatorEmptyAndTheOthersLoad) {
     EXPECT_EQ(sample(0, 0).length, 0);
     EXPECT_EQ(sample(0, 1).length, 90);
     EXPECT_TRUE(import("<region> sample=gone.wav key=60\n")) << "a region with a sample was found";
+}
+
+TEST_F(SfzImporting, ASampleThatIsRefusedIsToldTwiceAndOneThatIsAFolderOnce) {
+    EXPECT_TRUE(platform::makeFolder(folder / "folder.wav"));
+    put("text.wav", "no sound");
+    wave("b.wav", 90);
+    EXPECT_TRUE(import("<region> sample=text.wav key=60\n<region> sample=folder.wav key=61\n<region> sample=b.wav key=62\n"));
+    EXPECT_EQ(texts(), Texts({"Invalid wav file header.", "File not found: text.wav", "File not found: folder.wav"}));
+    EXPECT_EQ(sample(0, 1).length, 0);
+    EXPECT_EQ(sample(0, 2).length, 90);
 }
 
 TEST_F(SfzImporting, TheFileNameOfASampleDoesNotTuneIt) {
