@@ -17,6 +17,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+constexpr std::size_t mostPartials = 64;
+constexpr double usualStruck = 2.0;  // seconds of a struck sample that does not say
+
 // The JSON of a text; a key that stands twice in an object is an error too.
 Json parse(std::string_view text) {
     std::vector<std::set<std::string>> open;
@@ -248,24 +251,53 @@ private:
         }
     }
 
-    void readSample(const Node& node, int index) {
-        node.expectKeys({"file", "loop", "rate"});
-        if (!node.has("file")) node.refuse("\"file\" is missing");
-        const std::string path = node.at("file").text();
+    // What fails behind the text gets the way to the key.
+    template <class Action>
+    static auto explained(const Node& node, const Action& action) {
         try {
-            const SampleFile file = readSampleFile(path.starts_with('/') ? path : folder_ + path);
-            int loop[2] = {0, 0};
-            if (node.has("loop")) {
-                const Node range = node.at("loop");
-                if (!range.json.is_array() || range.json.size() != 2) range.refuse("should be [start, end] in samples");
-                for (std::size_t k = 0; k < 2; ++k) loop[k] = range.at(k).whole(0, maxSampleLength);
-            }
-            const std::uint32_t rate =
-                node.has("rate") ? static_cast<std::uint32_t>(node.at("rate").whole(0, maxSampleRate)) : file.rate;
-            setSample(patch_, index, file.frames, rate, loop[0], loop[1]);
+            return action();
         } catch (const PatchError& error) {
             node.refuse(error.what());
         }
+    }
+
+    void readSample(const Node& node, int index) {
+        node.expectKeys({"file", "partials", "seconds", "loop", "rate"});
+        if (!node.has("file") && !node.has("partials")) node.refuse("\"file\" is missing");
+        if (node.has("file") && (node.has("partials") || node.has("seconds")))
+            node.refuse("should have either \"file\" or \"partials\"");
+        const SampleFile sample = node.has("file") ? readFile(node) : readPartials(node);
+        // A struck sound is played to its end.
+        int loop[2] = {0, node.has("file") ? 0 : static_cast<int>(sample.frames.size())};
+        if (node.has("loop")) {
+            const Node range = node.at("loop");
+            if (!range.json.is_array() || range.json.size() != 2) range.refuse("should be [start, end] in samples");
+            for (std::size_t k = 0; k < 2; ++k) loop[k] = range.at(k).whole(0, maxSampleLength);
+        }
+        const std::uint32_t rate =
+            node.has("rate") ? static_cast<std::uint32_t>(node.at("rate").whole(0, maxSampleRate)) : sample.rate;
+        explained(node, [&] { setSample(patch_, index, sample.frames, rate, loop[0], loop[1]); });
+    }
+
+    SampleFile readFile(const Node& node) const {
+        const std::string path = node.at("file").text();
+        return explained(node, [&] { return readSampleFile(path.starts_with('/') ? path : folder_ + path); });
+    }
+
+    static SampleFile readPartials(const Node& node) {
+        const Node list = node.at("partials");
+        list.expectList(mostPartials);
+        std::vector<Partial> partials;
+        for (std::size_t i = 0; i < list.json.size(); ++i) {
+            const Node row = list.at(i);
+            if (!row.json.is_array() || row.json.size() != 3) row.refuse("should be [ratio, level, seconds]");
+            const Partial partial{row.at(0).number(), row.at(1).number(), row.at(2).number()};
+            if (!(partial.ratio > 0.0 && partial.seconds > 0.0)) row.refuse("ratio and seconds should be above 0");
+            partials.push_back(partial);
+        }
+        const double seconds = node.has("seconds") ? node.at("seconds").number() : usualStruck;
+        if (!(seconds > 0.0 && seconds <= longestStruck)) node.at("seconds").refuse("should be above 0, at most 10");
+        return {struckSample(partials, seconds), struckRate};
     }
 
     std::string folder_;

@@ -13,6 +13,9 @@ namespace vantoric::patch {
 namespace {
 
 constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr double samplePitch = 130.8128;  // Hz at which a sample plays as it is
+constexpr double fadeSeconds = 0.005;
+constexpr double highestPartial = 20000.0;                  // Hz
 constexpr std::size_t cycleBytes = 2 * chunk::waveSamples;  // 4096: one byte and a padding of two at the end
 
 struct CloseFile {
@@ -66,6 +69,27 @@ Cycle cycleOfHarmonics(std::span<const double> amplitudes) {
         for (std::size_t i = 0; i < sum.size(); ++i)
             cycle[i] = static_cast<std::int16_t>(std::floor(sum[i] / highest * 32767.0 + 0.5));
     return cycle;
+}
+
+std::vector<std::int16_t> struckSample(std::span<const Partial> partials, double seconds) {
+    std::vector<double> sum(static_cast<std::size_t>(seconds * struckRate) + 1);
+    for (const Partial& partial : partials) {
+        const double hertz = samplePitch * partial.ratio;
+        if (hertz > highestPartial) continue;
+        const double decay = math::exp(-math::log(1000.0) / (partial.seconds * struckRate));
+        double level = partial.level;
+        for (std::size_t i = 0; i < sum.size(); ++i, level *= decay)
+            sum[i] += level * math::sin(2.0 * math::pi * hertz * static_cast<double>(i) / struckRate);
+    }
+    double highest = 1e-9;
+    for (std::size_t i = 0; i < sum.size(); ++i) {
+        sum[i] *= std::min(1.0, static_cast<double>(sum.size() - 1 - i) / (fadeSeconds * struckRate));
+        highest = std::max(highest, std::fabs(sum[i]));
+    }
+    std::vector<std::int16_t> frames;
+    frames.reserve(sum.size());
+    for (const double sample : sum) frames.push_back(static_cast<std::int16_t>(std::floor(sample / highest * 32767.0 + 0.5)));
+    return frames;
 }
 
 void writeSampleFile(const std::string& path, const Sample& sample) {

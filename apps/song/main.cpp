@@ -1,4 +1,4 @@
-// vantoric-song SCORE.song OUT.mid: compiles a song from text.
+// vantoric-song SCORE.song OUT.mid [OUT.patch]: compiles a song from text; the last file gets the name of its patch.
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -7,9 +7,21 @@
 
 #include "apps/song/score.h"
 
+namespace {
+
+bool save(const char* path, const std::string& bytes) {
+    std::ofstream output(path, std::ios::binary);
+    output << bytes;
+    output.close();
+    if (!output) std::fprintf(stderr, "vantoric-song: %s: cannot be written\n", path);
+    return static_cast<bool>(output);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: vantoric-song SCORE.song OUT.mid\n");
+    if (argc != 3 && argc != 4) {
+        std::fprintf(stderr, "usage: vantoric-song SCORE.song OUT.mid [OUT.patch]\n");
         return 2;
     }
     std::ifstream input(argv[1], std::ios::binary);
@@ -19,17 +31,10 @@ int main(int argc, char** argv) {
     }
     const std::string score{std::istreambuf_iterator<char>(input), {}};
     std::vector<std::uint8_t> midi;
-    std::string problem;
-    if (!vantoric::song::compile(score, midi, problem)) {
+    std::string problem, patch;
+    if (!vantoric::song::compile(score, midi, problem, &patch)) {
         std::fprintf(stderr, "%s: %s\n", argv[1], problem.c_str());
         return 3;
     }
-    std::ofstream output(argv[2], std::ios::binary);
-    output.write(reinterpret_cast<const char*>(midi.data()), static_cast<std::streamsize>(midi.size()));
-    output.close();
-    if (!output) {
-        std::fprintf(stderr, "vantoric-song: %s: cannot be written\n", argv[2]);
-        return 3;
-    }
-    return 0;
+    return save(argv[2], std::string(midi.begin(), midi.end())) && (argc == 3 || save(argv[3], patch + '\n')) ? 0 : 3;
 }

@@ -109,7 +109,7 @@ std::optional<int> keyOf(const std::string& name) {
 }
 
 struct Score {
-    std::string title;
+    std::string title, patch;
     std::map<std::string, std::vector<Word>> phrases;
     std::vector<midi::TempoChange> tempos;
     std::vector<midi::MeterChange> meters;
@@ -382,8 +382,9 @@ std::vector<Section> sectionsOf(const std::string& text, Score& score) {
         const std::vector<Word> words = wordsOf(line, at);
         if (words.empty()) continue;
         const std::string& first = words[0].text;
-        if (first == "title") {
-            for (std::size_t i = 1; i < words.size(); ++i) score.title += (i > 1 ? " " : "") + words[i].text;
+        if (first == "title" || first == "patch") {
+            std::string& said = first == "title" ? score.title : score.patch;
+            for (std::size_t i = 1; i < words.size(); ++i) said += (i > 1 ? " " : "") + words[i].text;
         } else if (first == "let") {
             if (words.size() < 4 || words[2].text != "=") throw Trouble(at, "a phrase is written as: let NAME = WORDS");
             score.phrases[words[1].text].assign(words.begin() + 3, words.end());
@@ -402,7 +403,7 @@ std::vector<Section> sectionsOf(const std::string& text, Score& score) {
 
 }  // namespace
 
-bool compile(const std::string& text, std::vector<std::uint8_t>& midi, std::string& problem) {
+bool compile(const std::string& text, std::vector<std::uint8_t>& midi, std::string& problem, std::string* patch) {
     try {
         Score score;
         const std::vector<Section> sections = sectionsOf(text, score);
@@ -420,6 +421,7 @@ bool compile(const std::string& text, std::vector<std::uint8_t>& midi, std::stri
             std::stable_sort(track.events.begin(), track.events.end(), [](const midi::Event& a, const midi::Event& b) {
                 return a.tick != b.tick ? a.tick < b.tick : a.message.endsNote() && !b.message.endsNote();
             });
+        if (patch != nullptr) *patch = score.patch;
         midi = midi::write(quarter, score.title, score.tempos, score.meters, score.tracks, score.length);
         return true;
     } catch (const Trouble& trouble) {

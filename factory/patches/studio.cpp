@@ -21,6 +21,15 @@ namespace fs = std::filesystem;
 constexpr int block = 512;
 constexpr double silentLevel = 0.00025;  // -72 dBFS
 constexpr int noteOn = 0x90, noteOff = 0x80;
+constexpr double tempo = 120.0;        // quarter notes a minute
+constexpr double quietSeconds = 0.75;  // longer than the pauses between the echoes of any patch
+
+// The song runs while a studio renders, so that what follows its position moves.
+VstTimeInfo songTime{};
+
+std::intptr_t answerPlugin(AEffect*, std::int32_t opcode, std::int32_t, std::intptr_t, void*, float) {
+    return opcode == hostGetTime ? reinterpret_cast<std::intptr_t>(&songTime) : 0;
+}
 
 // An installation in a folder of its own: the banks are links, so that configuration files of the instrument end
 // here and go with it.
@@ -55,7 +64,8 @@ double loudest(const Take& take) {
 
 Studio::Studio() : folder_(makeInstallation()) {
     platform::setDataFolder(folder_);
-    engine_ = std::make_unique<Q7Audio>(nullptr, dialogs_);
+    songTime.tempo = tempo;
+    engine_ = std::make_unique<Q7Audio>(answerPlugin, dialogs_);
     engine_->setSampleRate(studioRate);
     engine_->resume();
     waitForWaves();
@@ -101,28 +111,42 @@ void Studio::send(int status, int data1, int data2) {
 }
 
 void Studio::render(Take& take, double seconds) {
-    for (auto frames = static_cast<std::size_t>(seconds * studioRate / block); frames > 0; --frames) {
+    for (auto blocks = std::max(1L, std::lround(seconds * studioRate / block)); blocks > 0; --blocks) {
         const std::size_t at = take.left.size();
         take.left.resize(at + block);
         take.right.resize(at + block);
         float* outputs[] = {take.left.data() + at, take.right.data() + at};
         engine_->processReplacing(nullptr, outputs, block);
+        songTime.ppqPos += block * tempo / (60.0 * studioRate);
+    }
+}
+
+// Until nothing has been heard for a while.
+void Studio::renderTail(Take& take, double seconds) {
+    const std::size_t end = take.left.size() + static_cast<std::size_t>(seconds * studioRate);
+    std::size_t heard = take.left.size();
+    while (take.left.size() < end && take.left.size() - heard < static_cast<std::size_t>(quietSeconds * studioRate)) {
+        const std::size_t from = take.left.size();
+        render(take, static_cast<double>(block) / studioRate);
+        for (std::size_t i = from; i < take.left.size(); ++i)
+            if (std::max(std::fabs(take.left[i]), std::fabs(take.right[i])) > silentLevel) heard = i;
     }
 }
 
 Take Studio::play(const std::vector<int>& keys, int velocity, double held, double tail) {
     engine_->suspend();
     engine_->resume();
+    songTime.ppqPos = 0.0;
     Take take;
     for (const int key : keys) send(noteOn, key, velocity);
     render(take, held);
     const std::size_t released = take.left.size();
     for (const int key : keys) send(noteOff, key, 0);
-    render(take, tail);
+    renderTail(take, tail);
 
     take.loudness = loudest(take);
     double sums[2] = {0.0, 0.0};
-    const std::size_t end = take.left.size(), last = end - studioRate / 2;
+    const std::size_t end = take.left.size(), last = end - std::min<std::size_t>(end, studioRate / 2);
     std::size_t heard = released;
     for (std::size_t i = 0; i < end; ++i) {
         const float pair[] = {take.left[i], take.right[i]};

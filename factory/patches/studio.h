@@ -31,7 +31,8 @@ public:
     // Loads a patch file and waits until its waves are made. False if it was not taken.
     bool load(const std::string& path);
 
-    // Holds the keys for `held` seconds, then lets go and listens for `tail` seconds. Starts from silence.
+    // Holds the keys for `held` seconds, then lets go and listens until it is silent, at most `tail` seconds. Starts
+    // from silence, and a song at 120 quarter notes a minute starts with it.
     Take play(const std::vector<int>& keys, int velocity, double held, double tail);
 
     // Sends a MIDI message, taken up by the next rendering.
@@ -45,6 +46,7 @@ public:
 
 private:
     void render(Take& take, double seconds);
+    void renderTail(Take& take, double seconds);
     void waitForWaves();
 
     std::string folder_;

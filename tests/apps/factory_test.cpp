@@ -27,6 +27,13 @@ std::string testName(const ::testing::TestParamInfo<fs::path>& info) {
     return name;
 }
 
+// A checked build is slower than the music: it plays each patch once, and shortly.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool checked = true;
+#else
+constexpr bool checked = false;
+#endif
+
 class FactoryPatch : public ::testing::TestWithParam<fs::path> {
 protected:
     // One instance for all: its wave banks take a while to load.
@@ -40,16 +47,18 @@ TEST_P(FactoryPatch, PlaysAChordBelowFullScaleAndFallsSilent) {
     Studio& room = studio();
     const std::size_t boxes = room.boxes().size();
     ASSERT_TRUE(room.load(GetParam().string()));
-    const Take chord = room.play({60, 64, 67, 72}, 100, 2.0, 10.0);
+    const Take chord = room.play({60, 64, 67, 72}, 100, checked ? 0.2 : 1.2, checked ? 0.05 : 14.0);
     EXPECT_EQ(room.boxes().size(), boxes) << room.boxes().back().text;
     EXPECT_TRUE(chord.finite);
+    EXPECT_GT(chord.peak, 0.0);
+    if (checked) return;
     EXPECT_GT(chord.loudness, -30.0);
     EXPECT_LT(chord.loudness, -10.0);
     EXPECT_LT(chord.peak, 1.0);
     EXPECT_LT(chord.offset, 0.001);
     EXPECT_LT(chord.endPeak, 0.00025);
     // Ten keys at full force come close to full scale and may touch it by chance of their phases.
-    EXPECT_LT(room.play({36, 43, 48, 52, 55, 60, 64, 67, 71, 74}, 127, 1.5, 0.6).peak, 1.1);
+    EXPECT_LT(room.play({36, 43, 48, 52, 55, 60, 64, 67, 71, 74}, 127, 0.8, 0.1).peak, 1.1);
 }
 
 // Whether a layer that sounds has a matrix row with this source and an effect of its own or on another row.
@@ -72,20 +81,22 @@ TEST_P(FactoryPatch, AnswersToVelocityWheelAndPressure) {
     EXPECT_TRUE(usesSource(room.parameters(), velocity));
     EXPECT_TRUE(usesSource(room.parameters(), modwheel));
     EXPECT_TRUE(usesSource(room.parameters(), aftertouch));
-    const Take loud = room.play({48, 55}, 110, 1.0, 0.6), soft = room.play({48, 55}, 30, 1.0, 0.6);
+    if (checked) return;
+    const Take loud = room.play({48, 55}, 110, 0.5, 0.05), soft = room.play({48, 55}, 30, 0.5, 0.05);
     EXPECT_GT(soft.loudness, -60.0);
     // An arpeggiator's steps bring velocities of their own.
-    if (GetParam().parent_path().filename().string().starts_with("Arp")) return;
+    for (int layer = 0; layer < layerCount; ++layer)
+        if (room.parameters().getListIndex(hostIndex(parameter::ArpType, layer)) != 0) return;
     EXPECT_GT(loud.loudness, soft.loudness + 1.5);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FactoryPatch, ::testing::ValuesIn(factoryPatches()), testName);
 
-TEST(FactoryPatches, AreADozenInSeveralCategories) {
+TEST(FactoryPatches, AreManyInManyCategories) {
     std::set<fs::path> categories;
     for (const fs::path& path : factoryPatches()) categories.insert(path.parent_path());
-    EXPECT_GE(factoryPatches().size(), 13u);
-    EXPECT_GE(categories.size(), 4u);
+    EXPECT_GE(factoryPatches().size(), 48u);
+    EXPECT_GE(categories.size(), 10u);
 }
 
 TEST(FactoryPatches, TheWelcomePatchIsWhereTheInstrumentLooksForIt) {

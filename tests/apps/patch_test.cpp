@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 
@@ -279,6 +280,24 @@ TEST(PatchError, NamesTheKeyAndWhatWasExpected) {
     EXPECT_EQ(layerError(R"("WTWave1": "=0.99")"), "layers[1].WTWave1: \"\"=0.99\"\" lies beyond the end of its list");
 }
 
+TEST(PatchSample, IsStruckFromPartials) {
+    Patch patch;
+    read(R"("SynType1": "Sample", "sample1": {"partials": [[1, 1, 0.5], [4, 0.5, 0.1]], "seconds": 1})", patch);
+    const Sample& sample = patch.samples[0];
+    ASSERT_EQ(sample.length, 44101);
+    EXPECT_EQ(sample.sampleRate, 44100u);
+    const auto highest = [&sample](int from, int to) {
+        int level = 0;
+        for (int i = from; i < to; ++i)
+            level = std::max(level, std::abs(static_cast<int>(sample.levels[0][static_cast<std::size_t>(i)])));
+        return level;
+    };
+    EXPECT_EQ(highest(0, 44101), 32767);
+    EXPECT_EQ(highest(44100, 44101), 0);
+    // 60 dB down after half a second.
+    EXPECT_NEAR(20.0 * std::log10(highest(22050, 22500) / static_cast<double>(highest(4410, 4860))), -48.0, 1.5);
+}
+
 TEST(PatchError, NamesPlacesInGroups) {
     EXPECT_EQ(layerError(R"("matrix": [{"source": "Velocity", "amount": 3}])"),
               "layers[1].matrix[1]: \"destination\" is missing");
@@ -301,6 +320,14 @@ TEST(PatchError, NamesPlacesInGroups) {
               "layers[1].customWave1.harmonics[1]: should be a number, and is \"a\"");
     EXPECT_EQ(layerError(R"("sample1": {"loop": [0, 1]})"), "layers[1].sample1: \"file\" is missing");
     expectStart(layerError(R"("sample1": {"file": "/no/such.wav"})"), "layers[1].sample1: /no/such.wav: ");
+    EXPECT_EQ(layerError(R"("sample1": {"file": "a.wav", "partials": []})"),
+              "layers[1].sample1: should have either \"file\" or \"partials\"");
+    EXPECT_EQ(layerError(R"("sample1": {"partials": [[1, 1]]})"),
+              "layers[1].sample1.partials[1]: should be [ratio, level, seconds]");
+    EXPECT_EQ(layerError(R"("sample1": {"partials": [[1, 1, 0]]})"),
+              "layers[1].sample1.partials[1]: ratio and seconds should be above 0");
+    EXPECT_EQ(layerError(R"("sample1": {"partials": [[1, 1, 1]], "seconds": 11})"),
+              "layers[1].sample1.seconds: should be above 0, at most 10");
 }
 
 TEST(PatchError, NamesPlacesAtTheTop) {

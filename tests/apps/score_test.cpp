@@ -117,6 +117,15 @@ TEST(Score, SaysWhereItMakesNoSense) {
     EXPECT_EQ(refusal("title Nothing"), "line 1: a score without a part");
 }
 
+TEST(Score, NamesItsPatch) {
+    std::vector<std::uint8_t> bytes;
+    std::string problem, patch;
+    EXPECT_TRUE(compile("patch Keys/Paper Harp\npart Piano channel 1\nc4/4", bytes, problem, &patch)) << problem;
+    EXPECT_EQ(patch, "Keys/Paper Harp");
+    EXPECT_TRUE(compile("part Piano channel 1\nc4/4", bytes, problem, &patch)) << problem;
+    EXPECT_EQ(patch, "");
+}
+
 class DemoSongs : public testing::TestWithParam<std::string> {};
 
 TEST_P(DemoSongs, LastFrom40To125SecondsAndHaveDynamics) {
@@ -135,6 +144,19 @@ TEST_P(DemoSongs, LastFrom40To125SecondsAndHaveDynamics) {
     EXPECT_GE(loudest - softest, 25);
 }
 
+TEST_P(DemoSongs, NameAPatchOfTheFactory) {
+    std::ifstream input(std::filesystem::path(SONG_FOLDER) / GetParam());
+    std::vector<std::uint8_t> bytes;
+    std::string problem, patch;
+    EXPECT_TRUE(compile({std::istreambuf_iterator<char>(input), {}}, bytes, problem, &patch)) << problem;
+    EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(SONG_FOLDER) / "../patches" / (patch + ".json"))) << patch;
+}
+
+TEST_P(DemoSongs, StayOnTheFourChannelsOfAPatch) {
+    std::ifstream input(std::filesystem::path(SONG_FOLDER) / GetParam());
+    for (const auto& event : compiled({std::istreambuf_iterator<char>(input), {}}).events) EXPECT_LT(event.message.channel(), 4);
+}
+
 TEST_P(DemoSongs, LetGoOfEveryKey) {
     std::ifstream input(std::filesystem::path(SONG_FOLDER) / GetParam());
     const midi::File file = compiled({std::istreambuf_iterator<char>(input), {}});
@@ -146,7 +168,9 @@ TEST_P(DemoSongs, LetGoOfEveryKey) {
     for (const auto& [key, count] : held) EXPECT_EQ(count, 0) << key.first << " " << key.second;
 }
 
-INSTANTIATE_TEST_SUITE_P(All, DemoSongs, testing::Values("prelude_in_c.song", "minuet_in_g.song", "canon_in_d.song"),
+INSTANTIATE_TEST_SUITE_P(All, DemoSongs,
+                         testing::Values("canon_in_d.song", "fugue.song", "minuet_in_g.song", "prelude_in_c.song",
+                                         "welcome.song"),
                          [](const auto& song) { return song.param.substr(0, song.param.find('.')); });
 
 }  // namespace
