@@ -106,7 +106,8 @@ int dress(PluginHost& plugin, const Options& options) {
         if (!plugin.takesChunks()) return complain(renderTrouble, options.patch, "the plug-in takes no chunks");
         if (!loadPatch(options.patch, plugin.uniqueId(), chunk, problem)) return complain(fileTrouble, options.patch, problem);
         // A plug-in that is still loading its data may overwrite a chunk that comes too early.
-        waitUntilSettled(options.settle);
+        ProgressLine line(!options.quiet);
+        waitUntilSettled(options.settle, [&line] { line.loading(); });
         if (!plugin.setChunk(chunk)) return complain(fileTrouble, options.patch, "the plug-in refuses it");
     }
     for (const std::string& setting : options.settings)
@@ -140,7 +141,8 @@ int play(PluginHost& plugin, const Song& song, const Options& options) {
                 meter.hear(samples, frames);
                 return output->write(samples, frames);
             },
-            [&line](std::int64_t position, std::int64_t expected) { line.update(position, expected); });
+            [&line](std::int64_t position, std::int64_t expected) { line.update(position, expected); },
+            [&line] { line.loading(); });
     }
     if (!output->close() || !result.written) return complain(fileTrouble, options.output, "cannot be written whole");
     if (!options.quiet) report(options, song, result, meter);

@@ -78,7 +78,7 @@ int interleave(const std::vector<float>& left, const std::vector<float>& right, 
 }  // namespace
 
 RenderResult render(PluginHost& plugin, const Song& song, const RenderSettings& settings, double settle, const Sink& sink,
-                    const Progress& progress) {
+                    const Progress& progress, const Waiting& waiting) {
     using Clock = std::chrono::steady_clock;
     const Performance performance = perform(song, settings.rate, settings.start, settings.end);
     Cursor cursor(performance, settings);
@@ -88,7 +88,7 @@ RenderResult render(PluginHost& plugin, const Song& song, const RenderSettings& 
     std::vector<BlockEvent> events;
 
     plugin.prepare(settings.rate, settings.block);
-    waitUntilSettled(settle);
+    waitUntilSettled(settle, waiting);
     plugin.switchOn();
     RenderResult result;
     const std::int64_t total = performance.frames + tail.limit();

@@ -35,10 +35,12 @@ struct RenderResult {
 using Sink = std::function<bool(const float* samples, int frames)>;
 // Told after every block: frames done, frames expected in all.
 using Progress = std::function<void(std::int64_t done, std::int64_t expected)>;
+// Called while the plug-in's threads are waited for.
+using Waiting = std::function<void()>;
 
 // Plays the song. Prepares the plug-in, waits up to `settle` seconds for its threads, switches it on and off
 // again. Blocks also end where more events would come together than a plug-in can be expected to hold.
 RenderResult render(PluginHost& plugin, const Song& song, const RenderSettings& settings, double settle, const Sink& sink,
-                    const Progress& progress);
+                    const Progress& progress, const Waiting& waiting = {});
 
 }  // namespace vantoric::render

@@ -49,21 +49,36 @@ ProgressLine::~ProgressLine() {
     if (shown_ && terminal_) std::fprintf(stderr, "\r%60s\r", "");
 }
 
-void ProgressLine::update(std::int64_t done, std::int64_t expected) {
+bool ProgressLine::isDue(bool& started) {
     const auto now = Clock::now();
-    if (!std::exchange(started_, true)) {
+    if (!std::exchange(started, true)) {
         start_ = now;
         next_ = now + std::chrono::seconds(2);
     }
-    if (!wanted_ || now < next_) return;
+    if (!wanted_ || now < next_) return false;
     next_ = now + (terminal_ ? std::chrono::milliseconds(200) : std::chrono::milliseconds(5000));
+    return true;
+}
+
+void ProgressLine::show(const std::string& text) {
     shown_ = true;
+    std::fprintf(stderr, "%s%s%s", terminal_ ? "\r" : "", text.c_str(), terminal_ ? "   " : "\n");
+    std::fflush(stderr);
+}
+
+void ProgressLine::update(std::int64_t done, std::int64_t expected) {
+    loading_ = false;
+    if (!isDue(rendering_)) return;
     const double part =
         std::clamp(static_cast<double>(done) / static_cast<double>(std::max<std::int64_t>(1, expected)), 1e-6, 1.0);
-    const double elapsed = std::chrono::duration<double>(now - start_).count();
-    std::fprintf(stderr, "%srendering: %3.0f%%, %s left%s", terminal_ ? "\r" : "", 100.0 * part,
-                 clockText(elapsed * (1.0 - part) / part).c_str(), terminal_ ? "   " : "\n");
-    std::fflush(stderr);
+    char text[64];
+    std::snprintf(text, sizeof text, "rendering: %3.0f%%, ", 100.0 * part);
+    show(text + clockText(elapsed() * (1.0 - part) / part) + " left");
+}
+
+void ProgressLine::loading() {
+    rendering_ = false;
+    if (isDue(loading_)) show("loading the plug-in: " + clockText(elapsed()));
 }
 
 }  // namespace vantoric::render

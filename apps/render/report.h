@@ -33,19 +33,26 @@ std::string clockText(double seconds);
 // "-3.2 dBFS", "silence"
 std::string levelText(double decibels, const char* unit);
 
-// Shows on standard error how far a render is, once it has lasted two seconds from the first update: on a terminal as one line
-// that changes, elsewhere as a line every five seconds.
+// Shows on standard error how far a render is, once it has lasted two seconds from the first update, and that a plug-in
+// is loading: on a terminal as one line that changes, elsewhere as a line every five seconds.
 class ProgressLine {
 public:
     explicit ProgressLine(bool wanted);
     ~ProgressLine();
     void update(std::int64_t done, std::int64_t expected);
+    // While the plug-in loads; the time counts from the first call. The next `update` counts anew.
+    void loading();
 
 private:
     using Clock = std::chrono::steady_clock;
+    // Whether it is time for a line; starts the clock of a stage.
+    bool isDue(bool& started);
+    double elapsed() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
+    void show(const std::string& text);
+
     const bool wanted_, terminal_;
-    Clock::time_point start_, next_;  // of the first update
-    bool started_ = false, shown_ = false;
+    Clock::time_point start_, next_;  // of the stage's first call
+    bool rendering_ = false, loading_ = false, shown_ = false;
 };
 
 }  // namespace vantoric::render

@@ -33,7 +33,7 @@ bool othersBusy(const fs::path& tasks) {
 
 }  // namespace
 
-bool waitUntilSettled(double limit) {
+bool waitUntilSettled(double limit, const std::function<void()>& waiting) {
     using namespace std::chrono;
     constexpr auto step = milliseconds(10);
     constexpr int quietSteps = 25;
@@ -49,6 +49,7 @@ bool waitUntilSettled(double limit) {
     for (int quiet = 0; quiet < quietSteps;) {
         if (steady_clock::now() >= end) return false;
         std::this_thread::sleep_for(step);
+        if (waiting) waiting();
         quiet = othersBusy(tasks) ? std::max(0, quiet - 8) : quiet + 1;
     }
     return true;

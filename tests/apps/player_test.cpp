@@ -390,6 +390,19 @@ TEST(Report, ShowsTheTimeLeftAfterTwoSeconds) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "rendering:  50%, 0:02.0 left\n");
 }
 
+TEST(Report, TellsThatThePluginIsLoadingAfterTwoSeconds) {
+    testing::internal::CaptureStderr();
+    {
+        ProgressLine line(true);
+        line.loading();
+        std::this_thread::sleep_for(std::chrono::milliseconds(2010));
+        line.loading();
+        line.update(0, 1000);  // another stage, with a clock of its own
+        line.update(1, 1000);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "loading the plug-in: 0:02.0\n");
+}
+
 TEST(WaveOutput, WritesAllThreeFormats) {
     const Folder folder;
     const float samples[] = {0.5f, -0.5f, 2.0f, -2.0f};
