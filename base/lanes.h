@@ -5,6 +5,7 @@
 // The functions here carry the same names for both, so that a loop is written once.
 #pragma once
 
+#include <bit>
 #include <cmath>
 #include <experimental/simd>
 
@@ -60,19 +61,37 @@ inline bool allOf(const stdx::simd_mask<S, Abi>& mask) {
     return stdx::all_of(mask);
 }
 
-// |x|
-template <class T>
-inline T absolute(T x) {
-    return select(x < T(0), -x, x);
+// |x|, by clearing the sign.
+inline float absolute(float x) { return std::fabs(x); }
+inline double absolute(double x) { return std::fabs(x); }
+template <class S, class Abi>
+[[gnu::always_inline]] inline stdx::simd<S, Abi> absolute(const stdx::simd<S, Abi>& x) {
+    return stdx::abs(x);
 }
-// Smaller and larger of two; where x is NaN the bound.
+// Whether a lane type is a single register of the processor, and that register as the compiler's own vector.
 template <class T>
-inline T minimum(T x, T bound) {
-    return select(x < bound, x, bound);
+inline constexpr bool isOneRegister = LaneTraits<T>::size > 1 && sizeof(T) <= sizeof(stdx::native_simd<ScalarOf<T>>);
+template <class T>
+using RegisterOf [[gnu::vector_size(sizeof(T))]] = ScalarOf<T>;
+
+// Smaller and larger of two; where x is NaN the bound. Written so that each is one instruction.
+template <class T>
+[[gnu::always_inline]] inline T minimum(T x, T bound) {
+    if constexpr (isOneRegister<T>) {
+        const auto a = std::bit_cast<RegisterOf<T>>(x), b = std::bit_cast<RegisterOf<T>>(bound);
+        return std::bit_cast<T>(a < b ? a : b);
+    } else {
+        return select(x < bound, x, bound);
+    }
 }
 template <class T>
-inline T maximum(T x, T bound) {
-    return select(x > bound, x, bound);
+[[gnu::always_inline]] inline T maximum(T x, T bound) {
+    if constexpr (isOneRegister<T>) {
+        const auto a = std::bit_cast<RegisterOf<T>>(x), b = std::bit_cast<RegisterOf<T>>(bound);
+        return std::bit_cast<T>(a > b ? a : b);
+    } else {
+        return select(x > bound, x, bound);
+    }
 }
 // Clamps to [low, high]; NaN reads as low.
 template <class T>

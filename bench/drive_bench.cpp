@@ -1,7 +1,6 @@
-// Time of every voice distortion, per voice and sample, alone and in lanes; and of every drive effect, per
-// stereo sample at 88.2 kHz: bench-drive
+// Time of every voice distortion, per voice and sample, as scalar code, in four lanes and in the bank of a layer; and of
+// every drive effect, per stereo sample at 88.2 kHz: bench-drive
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "effects/drive_core.h"
 #include "effects/filter_degrader.h"
 #include "effects/type_table.h"
+#include "thread_time.h"
 
 using namespace vantoric;
 
@@ -24,14 +24,7 @@ constexpr const char* labels[distortionTypeCount] = {
 // The shortest of several rounds, in nanoseconds a call.
 template <class Work>
 double measure(Work work) {
-    double best = 1e30;
-    for (int round = 0; round < 9; ++round) {
-        const auto start = std::chrono::steady_clock::now();
-        for (int call = 0; call < calls; ++call) work();
-        const std::chrono::duration<double, std::nano> time = std::chrono::steady_clock::now() - start;
-        best = std::min(best, time.count() / calls);
-    }
-    return best;
+    return bench::bestTime(9, calls, work) * 1e9;
 }
 
 void fill(float* buffer, int count) {
@@ -64,8 +57,8 @@ void voices() {
     static LaneBuffer signal;
     fill(signal, maxTickSamples * voiceCount);
     const double copy = copying(signal);
-    std::printf("voice distortion: ns per voice and sample\n%-10s %8s %8s %8s | %8s %8s\n", "", "scalar", "4 lanes", "16 lanes",
-                "bank, 1", "bank, 16");
+    std::printf("voice distortion: ns per voice and sample\n%-10s %8s %8s | %8s %8s\n", "", "scalar", "4 lanes", "bank, 1",
+                "bank, 16");
     for (int type = 0; type < distortionTypeCount; ++type) {
         distortion::withLoop(distortionVariant(type), [&](auto which) {
             using Which = decltype(which);
@@ -84,8 +77,8 @@ void voices() {
                         copy) /
                        std::popcount(mask);
             };
-            std::printf("%-10s %8.2f %8.2f %8.2f | %8.2f %8.2f\n", labels[type], lanes<1, Which>(signal) - copy,
-                        lanes<4, Which>(signal) - copy / 4, lanes<16, Which>(signal) - copy / 16, whole(0x8000), whole(0xffff));
+            std::printf("%-10s %8.2f %8.2f | %8.2f %8.2f\n", labels[type], lanes<1, Which>(signal) - copy,
+                        lanes<4, Which>(signal) - copy / 4, whole(0x8000), whole(0xffff));
         });
     }
 }

@@ -1,5 +1,4 @@
 // Time per sample of every oscillator kernel, the tone stage and the mix: bench-kernels [increment]
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
@@ -7,6 +6,7 @@
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
 #include "sound/oscillator_control.h"
+#include "thread_time.h"
 
 using namespace vantoric;
 
@@ -34,14 +34,7 @@ struct Bench {
 
     template <class Work>
     void measure(const char* name, Work work) {
-        double best = 1e9;
-        for (int round = 0; round < 5; ++round) {
-            const auto start = std::chrono::steady_clock::now();
-            for (int call = 0; call < calls; ++call) work();
-            const std::chrono::duration<double, std::nano> time = std::chrono::steady_clock::now() - start;
-            best = std::min(best, time.count() / (static_cast<double>(calls) * tick));
-        }
-        std::printf("%-16s %6.2f ns\n", name, best);
+        std::printf("%-16s %6.2f ns\n", name, bench::bestTime(5, calls, work) * 1e9 / tick);
     }
 
     void kernel(const char* name, Kernel run) {
@@ -78,10 +71,14 @@ const Named all[] = {
     {"analogFm", kernels::analogFm},
     {"analogPulse", kernels::analogPulse},
     {"hypersaw3", kernels::hypersaw3},
+    {"hypersaw5", kernels::hypersaw5},
+    {"hypersaw7", kernels::hypersaw7},
     {"hypersaw9", kernels::hypersaw9},
+    {"hypersquare9", kernels::hypersquare9},
     {"hypernoise9", kernels::hypernoise9},
     {"supersawJp", kernels::supersawJp},
     {"supersawClean", kernels::supersawClean},
+    {"supernoise", kernels::supernoise},
     {"White", kernels::noiseWhite},
     {"Lowpass", kernels::noiseLowpass},
     {"Bandpass", kernels::noiseBandpass},
@@ -101,12 +98,12 @@ const Named all[] = {
 }  // namespace
 
 int main(int argc, char** argv) {
-    Bench bench(argc > 1 ? static_cast<std::uint32_t>(std::strtoul(argv[1], nullptr, 10)) : 76896);
-    for (const Named& named : all) bench.kernel(named.name, named.kernel);
+    Bench rig(argc > 1 ? static_cast<std::uint32_t>(std::strtoul(argv[1], nullptr, 10)) : 76896);
+    for (const Named& named : all) rig.kernel(named.name, named.kernel);
     std::int32_t toneState = 0;
-    bench.measure("tone stage", [&] { toneStage(bench.out, tick, toneState, 2000, {500, 523}); });
+    rig.measure("tone stage", [&] { toneStage(rig.out, tick, toneState, 2000, {500, 523}); });
     static float f1[tick * voiceCount], f2[tick * voiceCount];
     const MixGains gains[3] = {{9000, 3000}, {100, 20000}, {5000, 5000}};
-    bench.measure("mix", [&] { mixToLanes(bench.in, bench.out, bench.in, gains, tick, f1 + 3, f2 + 3); });
+    rig.measure("mix", [&] { mixToLanes(rig.in, rig.out, rig.in, gains, tick, f1 + 3, f2 + 3); });
     return 0;
 }

@@ -17,33 +17,56 @@ void copyVoices(const float* from, float* to, int count, LaneMask mask) {
 
 }  // namespace
 
+LaneMask FilterBank::sharing(const filters::Loop<voiceCount>* loop, LaneMask mask) const {
+    LaneMask group = 0;
+    for (int v = 0; v < voiceCount; ++v)
+        if ((mask >> v & 1) != 0 && slots_[v].loop() == loop) group |= static_cast<LaneMask>(1u << v);
+    return group;
+}
+
 void FilterBank::run(float* buffer, int count, LaneMask mask) {
     const filters::DrawStarts starts = takeDraws(count, mask);
     LaneMask rest = mask;
     while (rest != 0) {
         const filters::Loop<voiceCount>* loop = slots_[std::countr_zero(rest)].loop();
-        LaneMask group = 0;
-        for (int v = 0; v < voiceCount; ++v)
-            if ((rest >> v & 1) != 0 && slots_[v].loop() == loop) group |= static_cast<LaneMask>(1u << v);
+        const LaneMask group = sharing(loop, rest);
         rest &= static_cast<LaneMask>(~group);
-        if (loop == nullptr) continue;
-        LaneMask broken = runGroup(*loop, starts, buffer, count, group, mask);
-        for (; broken != 0; broken &= static_cast<LaneMask>(broken - 1)) {
-            const int voice = std::countr_zero(broken);
-            reset(voice);
-            for (int i = voice; i < count * voiceCount; i += voiceCount) buffer[i] = 0.0f;
-        }
+        if (loop != nullptr) silence(buffer, count, runGroup(*loop, starts, buffer, count, group, mask));
     }
 }
 
-// A loop overwrites all lanes of its span: where voices of another loop sound among them, it works on a copy.
+// Without draws the order of the two does not matter.
+bool FilterBank::runTogether(FilterBank& first, float* firstBuffer, FilterBank& second, float* secondBuffer, int count,
+                             LaneMask mask) {
+    const filters::Loop<voiceCount>* loop = mask != 0 ? first.slots_[std::countr_zero(mask)].loop() : nullptr;
+    if (loop == nullptr || loop->draws.congruence != 0 || loop->draws.hash != 0) return false;
+    if (first.sharing(loop, mask) != mask || second.sharing(loop, mask) != mask) return false;
+    const filters::DrawStarts none;
+    using Run = filters::LoopRun<voiceCount>;
+    std::array runs{Run{first.memory_, none, firstBuffer, mask}, Run{second.memory_, none, secondBuffer, mask}};
+    loop->run(runs, count);
+    first.silence(firstBuffer, count, runs[0].broken);
+    second.silence(secondBuffer, count, runs[1].broken);
+    return true;
+}
+
+void FilterBank::silence(float* buffer, int count, LaneMask broken) {
+    for (; broken != 0; broken &= static_cast<LaneMask>(broken - 1)) {
+        const int voice = std::countr_zero(broken);
+        reset(voice);
+        for (int i = voice; i < count * voiceCount; i += voiceCount) buffer[i] = 0.0f;
+    }
+}
+
+// A loop overwrites all lanes of its groups: where voices of another loop sound among them, it works on a copy.
 LaneMask FilterBank::runGroup(const filters::Loop<voiceCount>& loop, const filters::DrawStarts& starts, float* buffer, int count,
                               LaneMask group, LaneMask mask) {
-    if (group == mask) return loop.run(memory_, starts, buffer, count, group);
-    copyVoices(buffer, scratch_, count, group);
-    const LaneMask broken = loop.run(memory_, starts, scratch_, count, group);
-    copyVoices(scratch_, buffer, count, group);
-    return broken;
+    const bool alone = group == mask;
+    filters::LoopRun<voiceCount> run{memory_, starts, alone ? buffer : scratch_, group};
+    if (!alone) copyVoices(buffer, scratch_, count, group);
+    loop.run({&run, 1}, count);
+    if (!alone) copyVoices(scratch_, buffer, count, group);
+    return run.broken;
 }
 
 // Deals out the random numbers of a run as if the voices ran one after the other.

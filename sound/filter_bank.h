@@ -29,8 +29,15 @@ public:
     // mask touches are left with some finite value. A voice whose memory is no longer finite is cleared and
     // silent for this run.
     void run(float* buffer, int count, LaneMask mask);
+    // Both filter places of a layer at once, in less time than one after the other and with the same result. Only
+    // where all voices of `mask` have the same loop in both and it draws no random numbers: otherwise returns false
+    // and has done nothing.
+    static bool runTogether(FilterBank& first, float* firstBuffer, FilterBank& second, float* secondBuffer, int count,
+                            LaneMask mask);
 
 private:
+    LaneMask sharing(const filters::Loop<voiceCount>* loop, LaneMask mask) const;
+    void silence(float* buffer, int count, LaneMask broken);
     filters::DrawStarts takeDraws(int count, LaneMask mask);
     LaneMask runGroup(const filters::Loop<voiceCount>& loop, const filters::DrawStarts& starts, float* buffer, int count,
                       LaneMask group, LaneMask mask);

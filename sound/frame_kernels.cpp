@@ -19,6 +19,14 @@ constexpr std::uint32_t lastPair = 2047u << 13;  // from here on the right neigh
 
 bool isReady(const OscillatorState& state) { return state.table != nullptr && state.frame >= 0; }
 
+// Two frames crossfaded by a 16-bit blend, sample by sample, then read linearly.
+int blendRead(const std::int16_t* near, const std::int16_t* far, int blend, std::uint32_t phase) {
+    const std::uint32_t i = phase >> 13, next = (i + 1) & 2047;
+    const int left = (near[i] * (65535 - blend) + far[i] * blend) >> 16;
+    const int right = (near[next] * (65535 - blend) + far[next] * blend) >> 16;
+    return linearSum(left, right, phase) >> 14;
+}
+
 #if defined(__SSE2__)
 
 // The sample at a phase and its right neighbour, as the low and high half of a word.
@@ -54,21 +62,39 @@ void linearGroup(const std::int16_t* cycle, std::int16_t* out, std::uint32_t pha
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_packs_epi32(low, high));
 }
 
+// Four crossfades of the samples at the phases and of their right neighbours, in halves as samplePair gives them.
+// The weights, up to 65535, are taken less 32768, which is made up for by what -32768 would give.
+__m128i fourBlended(__m128i near, __m128i far, __m128i weights) {
+    const __m128i offset = _mm_set1_epi16(-32768);
+    const auto blended = [&](__m128i both) {
+        const __m128i sum = _mm_sub_epi32(_mm_madd_epi16(both, weights), _mm_madd_epi16(both, offset));
+        return _mm_srai_epi32(sum, 16);
+    };
+    return _mm_packs_epi32(blended(_mm_unpacklo_epi16(near, far)), blended(_mm_unpackhi_epi16(near, far)));
+}
+
+// Eight crossfaded linear reads from `phase` on; none of them reaches the last pair.
+void blendGroup(const std::int16_t* near, const std::int16_t* far, int blend, std::int16_t* out, std::uint32_t phase,
+                std::uint32_t increment) {
+    const __m128i weights = _mm_set1_epi32(((blend - 32768) << 16) | ((32767 - blend) & 0xffff));
+    const auto four = [&](std::uint32_t from) {
+        const __m128i pairs = fourBlended(fourPairs(near, from, increment), fourPairs(far, from, increment), weights);
+        return fourLinear(pairs, fourPhases(from, increment));
+    };
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_packs_epi32(four(phase), four(phase + 4 * increment)));
+}
+
 #else
 
 void linearGroup(const std::int16_t* cycle, std::int16_t* out, std::uint32_t phase, std::uint32_t increment) {
     for (int k = 0; k < group; ++k, phase += increment) out[k] = static_cast<std::int16_t>(linearRead(cycle, phase));
 }
+void blendGroup(const std::int16_t* near, const std::int16_t* far, int blend, std::int16_t* out, std::uint32_t phase,
+                std::uint32_t increment) {
+    for (int k = 0; k < group; ++k, phase += increment) out[k] = static_cast<std::int16_t>(blendRead(near, far, blend, phase));
+}
 
 #endif
-
-// Two frames crossfaded by a 16-bit blend, sample by sample, then read linearly.
-int blendRead(const std::int16_t* near, const std::int16_t* far, int blend, std::uint32_t phase) {
-    const std::uint32_t i = phase >> 13, next = (i + 1) & 2047;
-    const int left = (near[i] * (65535 - blend) + far[i] * blend) >> 16;
-    const int right = (near[next] * (65535 - blend) + far[next] * blend) >> 16;
-    return linearSum(left, right, phase) >> 14;
-}
 
 }  // namespace
 
@@ -124,16 +150,20 @@ void frameBlend(const KernelContext&, std::int16_t* out, int count, OscillatorSt
     const std::uint32_t increment = state.increment & phaseMask;
     std::uint32_t phase = state.phase;
     int blend = state.blend;
-    for (int i = 0; i < count; ++i) {
-        phase += increment;
-        if (phase > phaseMask) {
-            phase &= phaseMask;
-            state.frame = state.framePending;
-            state.blend = state.blendPending;
-            blend = state.blend;
-            latch();
+    for (int i = 0; i < count;) {
+        for (; count - i >= group && phase + group * increment < lastPair; i += group, phase += group * increment)
+            blendGroup(near, far, blend, out + i, phase + increment, increment);
+        for (const int end = std::min(count, i + group); i < end; ++i) {
+            phase += increment;
+            if (phase > phaseMask) {
+                phase &= phaseMask;
+                state.frame = state.framePending;
+                state.blend = state.blendPending;
+                blend = state.blend;
+                latch();
+            }
+            out[i] = static_cast<std::int16_t>(blendRead(near, far, blend, phase));
         }
-        out[i] = static_cast<std::int16_t>(blendRead(near, far, blend, phase));
     }
     state.phase = phase;
 }

@@ -4,6 +4,10 @@
 #include <cmath>
 #include <limits>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "base/numbers.h"
 
 namespace vantoric {
@@ -77,17 +81,65 @@ MixGains mixGains(bool active, float vol, float filtMix) {
     return {truncated32((1.0f - filtMix) * g * 16383.5f), truncated32(filtMix * g * 16383.5f)};
 }
 
+namespace {
+
+using Buffers = const std::int16_t* const (&)[oscillatorCount];
+
+float mixedSample(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::*side, int i) {
+    std::uint32_t sum = 0;
+    for (int k = 0; k < oscillatorCount; ++k) sum += product(buffers[k][i], gains[k].*side);
+    return static_cast<float>(static_cast<std::int32_t>(sum)) / mixScale;
+}
+
+#if defined(__SSE2__)
+
+// Two gains of 16 bits as the halves of each word.
+__m128i gainPair(std::int32_t low, std::int32_t high) {
+    return _mm_set1_epi32(
+        static_cast<int>((static_cast<std::uint32_t>(high) << 16) | (static_cast<std::uint32_t>(low) & 0xffff)));
+}
+
+// The first samples up to a multiple of four, if all gains have 16 bits, as they have while no modulation takes
+// them out of their range. Returns how many.
+int mixFours(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::*side, int count, float* lane) {
+    for (const MixGains& gain : gains)
+        if (gain.*side != static_cast<std::int16_t>(gain.*side)) return 0;
+    const __m128i firstTwo = gainPair(gains[0].*side, gains[1].*side), third = gainPair(gains[2].*side, 0);
+    const __m128 scale = _mm_set1_ps(mixScale);
+    const auto four = [](const std::int16_t* at) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(at)); };
+    int i = 0;
+    for (; i + 4 <= count; i += 4, lane += 4 * voiceCount) {
+        const __m128i pairs = _mm_unpacklo_epi16(four(buffers[0] + i), four(buffers[1] + i));
+        const __m128i rest = _mm_unpacklo_epi16(four(buffers[2] + i), _mm_setzero_si128());
+        const __m128i sum = _mm_add_epi32(_mm_madd_epi16(pairs, firstTwo), _mm_madd_epi16(rest, third));
+        const __m128 mixed = _mm_div_ps(_mm_cvtepi32_ps(sum), scale);
+        const __m128 upper = _mm_movehl_ps(mixed, mixed);
+        _mm_store_ss(lane, mixed);
+        _mm_store_ss(lane + voiceCount, _mm_shuffle_ps(mixed, mixed, 1));
+        _mm_store_ss(lane + 2 * voiceCount, upper);
+        _mm_store_ss(lane + 3 * voiceCount, _mm_shuffle_ps(upper, upper, 1));
+    }
+    return i;
+}
+
+#else
+
+int mixFours(Buffers, const MixGains (&)[oscillatorCount], std::int32_t MixGains::*, int, float*) { return 0; }
+
+#endif
+
+void mixSide(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::*side, int count, float* lane) {
+    for (int i = mixFours(buffers, gains, side, count, lane); i < count; ++i)
+        lane[i * voiceCount] = mixedSample(buffers, gains, side, i);
+}
+
+}  // namespace
+
 void mixToLanes(const std::int16_t* b1, const std::int16_t* b2, const std::int16_t* b3, const MixGains (&gains)[oscillatorCount],
                 int count, float* f1, float* f2) {
-    const auto mixed = [&](int i, std::int32_t MixGains::*side) {
-        const std::uint32_t sum =
-            product(b1[i], gains[0].*side) + product(b2[i], gains[1].*side) + product(b3[i], gains[2].*side);
-        return static_cast<float>(static_cast<std::int32_t>(sum)) / mixScale;
-    };
-    for (int i = 0; i < count; ++i) {
-        f1[i * voiceCount] = mixed(i, &MixGains::toFilter1);
-        f2[i * voiceCount] = mixed(i, &MixGains::toFilter2);
-    }
+    const std::int16_t* const buffers[oscillatorCount] = {b1, b2, b3};
+    mixSide(buffers, gains, &MixGains::toFilter1, count, f1);
+    mixSide(buffers, gains, &MixGains::toFilter2, count, f2);
 }
 
 bool oscillatorModulated(int oscillatorIndex, float previousOn, float fm, float sync, bool fmIsDestination) {

@@ -56,11 +56,12 @@ void VoiceBank::render(int count, LaneMask mask, float* left, float* right) {
         onLanes(f1_, count, analog, clip);
         onLanes(f2_, count, analog, clip);
     }
-    filters[0].run(f1_, count, mask);
+    const bool together = serial == 0 && FilterBank::runTogether(filters[0], f1_, filters[1], f2_, count, mask);
+    if (!together) filters[0].run(f1_, count, mask);
     distortions[0].run(f1_, count, mask);
     if (serial != 0)
         onLanes(f2_, count, serial, [this](auto x, int at) { return x + decltype(x)(f1_ + at, stdx::element_aligned); });
-    filters[1].run(f2_, count, mask);
+    if (!together) filters[1].run(f2_, count, mask);
     distortions[1].run(f2_, count, mask);
     if (analog != 0) {
         onLanes(f1_, count, analog, scale);

@@ -1,25 +1,15 @@
 // The saturating curves and shapes of the voice filters, for one voice or for lanes.
 #pragma once
 
-#include <cmath>
-
 #include "base/lanes.h"
 
 namespace vantoric::filters {
-
-// |x| by clearing the sign bit.
-inline float magnitude(float x) { return std::fabs(x); }
-inline double magnitude(double x) { return std::fabs(x); }
-template <class S, class Abi>
-inline stdx::simd<S, Abi> magnitude(const stdx::simd<S, Abi>& x) {
-    return stdx::abs(x);
-}
 
 // x / (3 / d + |x|) with one division, for d above 0.
 template <class T>
 inline T saturate(T x, T d) {
     const T y = x * d;
-    return y / (T(3) + magnitude(y));
+    return y / (T(3) + absolute(y));
 }
 
 // x / (3 / (x x + 1.85) + |x|): the cheap saturation of the state-variable filters.
@@ -39,7 +29,7 @@ inline T sat(T x) {
 template <class T>
 inline T softClip(T x) {
     using S = ScalarOf<T>;
-    const T size = minimum(magnitude(x), T(S(1.5)));
+    const T size = minimum(absolute(x), T(S(1.5)));
     const T rest = size - T(S(1.5));
     const T y = select(size < T(S(0.5)), size, T(1) - rest * rest * T(S(0.5)));
     return select(x < T(0), -y, y);

@@ -26,7 +26,7 @@ struct DrawStarts {
 
 template <class T>
 struct BitsOf {
-    using Type = stdx::fixed_size_simd<std::uint32_t, LaneTraits<T>::size>;
+    using Type = Lanes<std::uint32_t, LaneTraits<T>::size>;
 };
 template <>
 struct BitsOf<float> {
@@ -44,7 +44,9 @@ inline T fromUnsigned(typename BitsOf<T>::Type u) {
         return static_cast<T>(u);
     } else {
         using S = ScalarOf<T>;
-        using Signed = stdx::fixed_size_simd<std::int32_t, LaneTraits<T>::size>;
+        using Signed = Lanes<std::int32_t, LaneTraits<T>::size>;
+        if constexpr (sizeof(S) == 8)
+            return stdx::static_simd_cast<T>(stdx::static_simd_cast<Signed>(u ^ 0x80000000u)) + T(S(2147483648.0));
         const T high = stdx::static_simd_cast<T>(stdx::static_simd_cast<Signed>(u >> 16));
         const T low = stdx::static_simd_cast<T>(stdx::static_simd_cast<Signed>(u & 0xffffu));
         return high * T(S(65536)) + low;

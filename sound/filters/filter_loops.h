@@ -27,48 +27,69 @@ constexpr bool runsByVoice = requires {
     Topology<float>::byVoice;
 };
 
-// Wide loops are flattened, as the compiler would otherwise call the operators of wide vectors through memory.
-// With the sanitizers' checks in each of them that takes minutes to compile, and speed does not matter.
+// The loops are flattened, as the compiler would otherwise call steps and operators through memory. With the
+// sanitizers' checks in each of them that takes minutes to compile, and speed does not matter.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define VANTORIC_FLATTEN
 #else
 #define VANTORIC_FLATTEN [[gnu::flatten]]
 #endif
 
-// Neighbouring voices as lanes.
-template <template <class> class Topology, int Variant, int N>
-VANTORIC_FLATTEN LaneMask runLanes(FilterMemory<voiceCount>& memory, const DrawStarts& starts, float* buffer, int count,
-                                   int first, LaneMask mask) {
-    using T = Lanes<TopologyScalar<Topology>, N>;
-    using Samples = Lanes<float, N>;
-    auto& bank = memory.template cells<Topology>();
-    Topology<T> loop = bank.template load<N>(first, mask);
-    Draws<T> random(starts, first);
-    float* at = buffer + first;
-    for (int i = 0; i < count; ++i, at += voiceCount) {
-        const Samples x(at, stdx::element_aligned);
-        const Samples y = lanesTo<Samples>(loop.template step<Variant>(lanesTo<T>(x), random));
-        y.copy_to(at, stdx::element_aligned);
+// Neighbouring voices of a run that fill a register.
+struct Chain {
+    LoopRun<voiceCount>* run;
+    int first;
+};
+inline constexpr int chainLanes = stdx::native_simd<float>::size();
+inline constexpr int maxChains = 4;  // that are run at once: as many as hide the processor's delays
+
+// Steps K chains in turn: while one waits for its last result, the others go on.
+template <template <class> class Topology, int Variant, int K>
+VANTORIC_FLATTEN void runChains(const Chain* chains, int count) {
+    using T = Lanes<TopologyScalar<Topology>, chainLanes>;
+    using Samples = Lanes<float, chainLanes>;
+    std::array<Topology<T>, K> loops;
+    float* at[K];
+    for (int k = 0; k < K; ++k) {
+        LoopRun<voiceCount>& run = *chains[k].run;
+        loops[k] = run.memory.template cells<Topology>().template load<chainLanes>(chains[k].first, run.mask);
+        at[k] = run.buffer + chains[k].first;
     }
-    bank.template store<N>(first, loop, mask);
-    const auto bad = lanesOutOfRange(loop);
-    LaneMask broken = 0;
-    if (anyOf(bad))
-        for (int lane = 0; lane < N; ++lane) broken |= static_cast<LaneMask>(bad[lane] ? 1u << (first + lane) : 0u);
-    return broken & mask;
+    auto random = [&]<std::size_t... Index>(std::index_sequence<Index...>) {
+        return std::array{Draws<T>(chains[Index].run->starts, chains[Index].first)...};
+    }
+    (std::make_index_sequence<K>{});
+    for (int i = 0; i < count; ++i) {
+#pragma GCC unroll 4
+        for (int k = 0; k < K; ++k) {
+            const Samples x(at[k] + i * voiceCount, stdx::element_aligned);
+            const Samples y = lanesTo<Samples>(loops[k].template step<Variant>(lanesTo<T>(x), random[k]));
+            y.copy_to(at[k] + i * voiceCount, stdx::element_aligned);
+        }
+    }
+    for (int k = 0; k < K; ++k) {
+        LoopRun<voiceCount>& run = *chains[k].run;
+        const int first = chains[k].first;
+        run.memory.template cells<Topology>().template store<chainLanes>(first, loops[k], run.mask);
+        const auto bad = lanesOutOfRange(loops[k]);
+        if (!anyOf(bad)) continue;
+        for (int lane = 0; lane < chainLanes; ++lane)
+            if (bad[lane]) run.broken |= static_cast<LaneMask>(run.mask & (1u << (first + lane)));
+    }
 }
 
 // One voice; its samples stand `stride` apart. Returns whether its memory is in range.
 template <template <class> class Topology, int Variant, int Voices>
-bool runVoice(FilterMemory<Voices>& memory, const DrawStarts& starts, float* at, int stride, int count, int voice) {
+bool runVoice(LoopRun<Voices>& run, int voice, int stride, int count) {
     using T = TopologyScalar<Topology>;
-    auto& cells = memory.template cells<Topology>();
+    auto& cells = run.memory.template cells<Topology>();
+    float* at = run.buffer + voice;
     Topology<T> loop = cells.get(voice);
     if constexpr (runsByVoice<Topology>) {
-        DelayLine& line = memory.line(voice);
+        DelayLine& line = run.memory.line(voice);
         for (int i = 0; i < count; ++i, at += stride) *at = loop.step(*at, line);
     } else {
-        Draws<T> random(starts, voice);
+        Draws<T> random(run.starts, voice);
         for (int i = 0; i < count; ++i, at += stride)
             *at = static_cast<float>(loop.template step<Variant>(static_cast<T>(*at), random));
     }
@@ -76,23 +97,43 @@ bool runVoice(FilterMemory<Voices>& memory, const DrawStarts& starts, float* at,
     return !lanesOutOfRange(loop);
 }
 
-template <template <class> class Topology, int Variant, int Voices>
-LaneMask runLoop(FilterMemory<Voices>& memory, const DrawStarts& starts, float* buffer, int count, LaneMask mask) {
-    if constexpr (Voices == 1) {
-        return runVoice<Topology, Variant>(memory, starts, buffer, 1, count, 0) ? 0 : 1;
-    } else if constexpr (runsByVoice<Topology>) {
-        LaneMask broken = 0;
-        for (int v = 0; v < Voices; ++v)
-            if ((mask >> v & 1) != 0 && !runVoice<Topology, Variant>(memory, starts, buffer + v, Voices, count, v))
-                broken |= static_cast<LaneMask>(1u << v);
-        return broken;
-    } else {
-        const LaneSpan span = spanOf(mask);
-        if (span.count == 0) return 0;
-        if (span.count == 4) return runLanes<Topology, Variant, 4>(memory, starts, buffer, count, span.first, mask);
-        if (span.count == 8) return runLanes<Topology, Variant, 8>(memory, starts, buffer, count, span.first, mask);
-        return runLanes<Topology, Variant, 16>(memory, starts, buffer, count, 0, mask);
+template <template <class> class Topology, int Variant>
+void runByVoice(std::span<LoopRun<voiceCount>> runs, int count) {
+    for (LoopRun<voiceCount>& run : runs)
+        for (int v = 0; v < voiceCount; ++v)
+            if ((run.mask >> v & 1) != 0 && !runVoice<Topology, Variant>(run, v, voiceCount, count))
+                run.broken |= static_cast<LaneMask>(1u << v);
+}
+
+template <template <class> class Topology, int Variant>
+void runInLanes(std::span<LoopRun<voiceCount>> runs, int count) {
+    Chain chains[maxLoopRuns * voiceCount / chainLanes];
+    int left = 0;
+    for (LoopRun<voiceCount>& run : runs)
+        for (int first = 0; first < voiceCount; first += chainLanes)
+            if ((run.mask >> first & ((1 << chainLanes) - 1)) != 0) chains[left++] = {&run, first};
+    for (const Chain* next = chains; left > 0;) {
+        const int rounds = (left + maxChains - 1) / maxChains;
+        const int taken = (left + rounds - 1) / rounds;
+        switch (taken) {
+            case 1: runChains<Topology, Variant, 1>(next, count); break;
+            case 2: runChains<Topology, Variant, 2>(next, count); break;
+            case 3: runChains<Topology, Variant, 3>(next, count); break;
+            default: runChains<Topology, Variant, 4>(next, count); break;
+        }
+        next += taken;
+        left -= taken;
     }
+}
+
+template <template <class> class Topology, int Variant, int Voices>
+void runLoop(std::span<LoopRun<Voices>> runs, int count) {
+    if constexpr (Voices == 1)
+        runs[0].broken = runVoice<Topology, Variant>(runs[0], 0, 1, count) ? 0 : 1;
+    else if constexpr (runsByVoice<Topology>)
+        runByVoice<Topology, Variant>(runs, count);
+    else
+        runInLanes<Topology, Variant>(runs, count);
 }
 
 // The loops of a topology, by variant.

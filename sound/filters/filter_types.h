@@ -7,15 +7,28 @@
 
 namespace vantoric::filters {
 
-// A sample loop. Filters `count` samples of the voices in `mask` in place; with 16 voices, sample i of voice v
-// stands at i * 16 + v, and the other lanes of the groups touched are overwritten with finite values. Returns
-// the voices whose memory is no longer finite, or about to be.
+// What one filter place gives a loop to do: samples of the voices in `mask`, in place. With 16 voices, sample i of
+// voice v stands at i * 16 + v, and the other lanes of the groups touched are overwritten with finite values.
+template <int Voices>
+struct LoopRun {
+    FilterMemory<Voices>& memory;
+    const DrawStarts& starts;
+    float* buffer;
+    LaneMask mask;
+    LaneMask broken = 0;  // set by the loop: voices whose memory is no longer finite, or about to be
+};
+
+// A sample loop. Several runs of the same loop go side by side: each step of a filter waits for the one before it,
+// so two filters at once take little longer than one.
 template <int Voices>
 struct Loop {
-    LaneMask (*run)(FilterMemory<Voices>& memory, const DrawStarts& starts, float* buffer, int count, LaneMask mask);
+    void (*run)(std::span<LoopRun<Voices>> runs, int count);
     DrawCounts draws;
     int variant;
 };
+
+// Most runs that a loop takes at once.
+inline constexpr int maxLoopRuns = 2;
 
 template <int Voices>
 struct FilterType {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "base/lane_bank.h"
 #include "base/random.h"
 #include "base/shapes.h"
@@ -67,6 +69,19 @@ TEST(Lanes, FloorAndTruncateAsTheLibraryDoes) {
 TEST(Lanes, LimitsReadNaNAsTheLowerBound) {
     EXPECT_EQ(limit(NAN, -1.0f, 1.0f), -1.0f);
     EXPECT_EQ((limit(Lanes<float, 4>(NAN), Lanes<float, 4>(-1.0f), Lanes<float, 4>(1.0f))[3]), -1.0f);
+}
+
+TEST(Lanes, PickTheSmallerAndTheLargerAsScalarsDo) {
+    using Quad = Lanes<float, 4>;
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    for (const float x : {-infinity, -1.0f, -0.0f, 0.0f, 2.0f, infinity, NAN})
+        for (const float bound : {-infinity, -0.0f, 0.0f, 1.0f, infinity}) {
+            const auto bits = [](float v) { return std::bit_cast<std::uint32_t>(v); };
+            EXPECT_EQ(bits(minimum(Quad(x), Quad(bound))[2]), bits(minimum(x, bound))) << x << " " << bound;
+            EXPECT_EQ(bits(maximum(Quad(x), Quad(bound))[2]), bits(maximum(x, bound))) << x << " " << bound;
+            EXPECT_EQ(bits(minimum(NAN, bound)), bits(bound));
+            EXPECT_EQ(bits(absolute(Quad(x))[1]), bits(std::fabs(x)));
+        }
 }
 
 TEST(Shapes, ThePolynomialSineIsCloseToTheSine) {

@@ -91,6 +91,29 @@ TEST(Mix, GoesIntoItsLanesOnly) {
         }
 }
 
+TEST(Mix, EverySampleIsTheWrappedSumOverItsScale) {
+    LinearCongruence chance{7};
+    Samples b[3];
+    for (Samples& buffer : b)
+        for (int i = 0; i < 103; ++i) buffer.push_back(static_cast<std::int16_t>(chance.next() >> 16));
+    for (const std::int32_t gain : {0, 1, -5000, 32767, 32768, -40000, 2147483647}) {
+        const MixGains gains[3] = {{gain, 12345}, {20000, -7}, {-3, gain}};
+        for (const int count : {1, 3, 4, 9, 96, 103}) {
+            std::vector<float> f1(count * voiceCount), f2(count * voiceCount);
+            mixToLanes(b[0].data(), b[1].data(), b[2].data(), gains, count, &f1[3], &f2[3]);
+            for (int i = 0; i < count; ++i) {
+                std::int64_t sum1 = 0, sum2 = 0;
+                for (int k = 0; k < 3; ++k) {
+                    sum1 += static_cast<std::int64_t>(b[k][i]) * gains[k].toFilter1;
+                    sum2 += static_cast<std::int64_t>(b[k][i]) * gains[k].toFilter2;
+                }
+                ASSERT_EQ(f1[i * voiceCount + 3], static_cast<float>(static_cast<std::int32_t>(sum1)) / 2097152000.0f);
+                ASSERT_EQ(f2[i * voiceCount + 3], static_cast<float>(static_cast<std::int32_t>(sum2)) / 2097152000.0f);
+            }
+        }
+    }
+}
+
 TEST(AnalogClip, SaturatesAtOneHalfOnceItPassesOneQuarter) {
     EXPECT_EQ(analogSoftClip(0.25f), 0.5f);
     EXPECT_EQ(analogSoftClip(7.0f), 0.5f);

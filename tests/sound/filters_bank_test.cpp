@@ -85,6 +85,58 @@ TEST_F(FilterBankTest, GivesTheBitsOfSingleFiltersWhenVoicesDifferInType) {
     expectSameBits([&](int voice, int) { return voice % 4 == 0 ? 0 : voice % 2 == 0 ? 51 : 53; }, 32);
 }
 
+// Two places of a layer with the same type, as one run and as two.
+TEST_F(FilterBankTest, TwoPlacesAtOnceGiveTheBitsOfOneAfterTheOther) {
+    static LaneBuffer a, b, c, d;
+    int together = 0;
+    for (const int type : filterIndices()) {
+        RandomSources random;
+        FilterBank first(random), second(random), firstAlone(random), secondAlone(random);
+        SignalSource source(5);
+        for (const LaneMask mask : {0xffff, 0x8000, 0xe001, 0x0ff0, 0x8421}) {
+            for (int v = 0; v < voiceCount; ++v) {
+                FilterSettings one = settingsAt(type, 3, mask & 15), other = settingsAt(type, 3, mask & 15);
+                one.analog = 0.02f * v;
+                other.analog = 0.4f - 0.02f * v;
+                for (FilterBank* bank : {&first, &firstAlone}) bank->setup(v, one);
+                for (FilterBank* bank : {&second, &secondAlone}) bank->setup(v, other);
+            }
+            for (int i = 0; i < tick * voiceCount; ++i) {
+                a[i] = c[i] = 0.8f * source.next(Signal::noise);
+                b[i] = d[i] = 0.8f * source.next(Signal::noise);
+            }
+            if (!FilterBank::runTogether(first, a, second, b, tick, mask)) continue;
+            ++together;
+            firstAlone.run(c, tick, mask);
+            secondAlone.run(d, tick, mask);
+            for (int v = 0; v < voiceCount; ++v)
+                for (int i = v; i < tick * voiceCount && (mask >> v & 1) != 0; i += voiceCount) {
+                    ASSERT_EQ(a[i], c[i]) << "type " << type << " voice " << v;
+                    ASSERT_EQ(b[i], d[i]) << "type " << type << " voice " << v;
+                }
+        }
+    }
+    EXPECT_GT(together, 100);
+}
+
+TEST_F(FilterBankTest, TwoPlacesOfDifferentTypesOrOfADrawingOneGoOneAfterTheOther) {
+    static LaneBuffer a, b;
+    RandomSources random;
+    FilterBank first(random), second(random);
+    EXPECT_FALSE(FilterBank::runTogether(first, a, second, b, tick, 0xffff));
+    for (int v = 0; v < voiceCount; ++v) {
+        first.setup(v, {.type = indexOfFilter(140), .cutoff = 0.5f});
+        second.setup(v, {.type = indexOfFilter(v == 3 ? 141 : 140), .cutoff = 0.5f});
+    }
+    EXPECT_FALSE(FilterBank::runTogether(first, a, second, b, tick, 0xffff));
+    EXPECT_TRUE(FilterBank::runTogether(first, a, second, b, tick, 0xfff0));
+    for (int v = 0; v < voiceCount; ++v)
+        for (FilterBank* bank : {&first, &second}) bank->setup(v, {.type = indexOfFilter(170), .cutoff = 0.5f, .analog = 0.5f});
+    const std::uint32_t before = random.congruence.state;
+    EXPECT_FALSE(FilterBank::runTogether(first, a, second, b, tick, 0xffff));
+    EXPECT_EQ(random.congruence.state, before);
+}
+
 TEST_F(FilterBankTest, ASilentVoiceKeepsItsMemories) {
     RandomSources random;
     FilterBank bank(random);

@@ -244,3 +244,37 @@ TEST(TableKernels, TheLengthOfTheCallsDoesNotMatter) {
     }
     EXPECT_EQ(joined, expected);
 }
+
+TEST(TableKernels, ACrossfadeIsThatOfEachSampleWhateverTheLengthOfTheCalls) {
+    for (const std::uint32_t increment : {3000u, 76896u, 700000u}) {
+        Oscillator o;
+        o.makeRandomTable(3);
+        // Both ends of the scale side by side, where sums are largest.
+        for (std::size_t i = 0; i < o.table.size(); i += 5) o.table[i] = i % 2 == 0 ? -32768 : 32767;
+        o.state.increment = increment;
+        std::uint32_t phase = 0;
+        int frame = 0, blend = 0;
+        for (const int count : {1, 7, 8, 9, 88, 96, 256, 3, 256, 256, 256}) {
+            const int pendingFrame = count % 3, pendingBlend = count == 88 ? 65535 : count == 96 ? 32768 : 200 * count;
+            o.state.framePending = pendingFrame;
+            o.state.blendPending = static_cast<std::uint16_t>(pendingBlend);
+            const Samples part = o.run(kernels::frameBlend, count);
+            for (int i = 0; i < count; ++i) {
+                phase += increment;
+                if (phase > phaseMask) {
+                    phase &= phaseMask;
+                    frame = pendingFrame;
+                    blend = pendingBlend;
+                }
+                const auto at = [&](int f, std::uint32_t index) {
+                    return o.table[cycleOffset(3, std::min(f, 2), levelOf(increment)) + (index & 2047)];
+                };
+                const auto faded = [&](std::uint32_t index) {
+                    return (at(frame, index) * (65535 - blend) + at(frame + 1, index) * blend) >> 16;
+                };
+                const std::uint32_t index = phase >> 13;
+                ASSERT_EQ(part[i], linearSum(faded(index), faded(index + 1), phase) >> 14) << increment << " sample " << i;
+            }
+        }
+    }
+}
