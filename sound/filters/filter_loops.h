@@ -17,7 +17,7 @@ MaskOf<T> lanesOutOfRange(const Topology<T>& loop) {
     for (int k = 0; k < fields; ++k) {
         T field;
         std::memcpy(static_cast<void*>(&field), bytes + k * sizeof(T), sizeof field);
-        sum += magnitude(field);
+        sum += absolute(field);
     }
     return !(sum < T(ScalarOf<T>(1e18)));
 }
