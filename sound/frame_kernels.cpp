@@ -120,7 +120,7 @@ void frameLinear(const KernelContext&, std::int16_t* out, int count, OscillatorS
     const int level = levelOf(state.increment);
     const std::int16_t* cycle = wave.cycle(level, state.frame);
     const std::uint32_t increment = state.increment & phaseMask;
-    std::uint32_t phase = state.phase;
+    std::uint32_t phase = state.phase & phaseMask;  // a sample kernel before this one counts further
     for (int i = 0; i < count;) {
         for (; count - i >= group && phase + group * increment < lastPair; i += group, phase += group * increment)
             linearGroup(cycle, out + i, phase + increment, increment);

@@ -227,6 +227,23 @@ TEST(TableKernels, RandomStatesNeverReadOutside) {
     }
 }
 
+TEST(TableKernels, APhaseThatASampleLeftBehindCountsWithinItsCycle) {
+    const std::uint32_t left = 524287u << 13;  // where a long sample ends
+    for (const Kernel kernel : {kernels::frameNearest, kernels::frameLinear, kernels::frameBlend, kernels::frameFmNearest,
+                                kernels::frameFmLinear, kernels::scanNearest, kernels::scanLinear, kernels::scanDouble}) {
+        Oscillator o;
+        o.makeRandomTable(3);
+        o.state.frame = o.state.framePending = 1;
+        o.state.increment = 2000;
+        const OscillatorState fresh = o.state;
+        o.state.phase = left;
+        const Samples out = o.run(kernel, 100);
+        o.state = fresh;
+        o.state.phase = left & phaseMask;
+        EXPECT_EQ(out, o.run(kernel, 100));
+    }
+}
+
 TEST(TableKernels, TheLengthOfTheCallsDoesNotMatter) {
     Oscillator o;
     o.makeRandomTable(2);
