@@ -124,8 +124,8 @@ void Layer::moveMonoVoice(int note, bool retrigger) {
         voice.pitch[i].target = keyTargetOfMove(engine_.keyIncrement, note, block_[par::KeyFol1 + i]);
     voice.flipFlop = flipFlop;
     voice.randomValue = random_.congruence.unit();
-    if (retrigger) voice.retrigger();
     voice.note = static_cast<std::int8_t>(note);
+    if (retrigger) voice.retrigger();
     if (observer_ != nullptr) observer_->onVoiceMoved(index_, note, retrigger);
 }
 

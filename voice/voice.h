@@ -49,7 +49,7 @@ public:
 
     // Releases the four envelopes.
     void noteOff();
-    // Retriggers envelopes, LFOs and single-shot samples for a new note of a one-voice line.
+    // Retriggers envelopes, LFOs and single-shot samples for a new `note` of a one-voice line.
     void retrigger();
     // Restarts the sample of an oscillator at its start point.
     void restartSample(int oscillator);

@@ -23,6 +23,14 @@ TEST_F(LayerTest, NotesFillTheVoicesFromTheTopDown) {
     EXPECT_EQ(layer->activeVoiceCount(), 4);
 }
 
+TEST_F(LayerTest, EveryPlayModeHasItsLimit) {
+    constexpr int limits[] = {1, 1, 2, 3, 4, 6, 8, 12, 16, 16, 16, 16, 16, 1};
+    for (int mode = 0; mode < 14; ++mode) {
+        EXPECT_EQ(playModeLimit(mode), limits[mode]) << mode;
+        EXPECT_EQ(isOneVoiceMode(mode), mode <= legato) << mode;
+    }
+}
+
 TEST_F(LayerTest, SixteenthNoteOfPolyphonic64AlreadyFadesTheOldest) {
     setList(par::PlayMode, polyphonic64);
     for (int i = 0; i < 15; ++i) {
@@ -201,6 +209,82 @@ TEST_F(LayerTest, MonophonicRetriggersFromThePresentLevelAtBothKeys) {
     EXPECT_EQ(voice(0).note, 60);
     EXPECT_EQ(voice(0).state(), Envelope::Attack);
     EXPECT_NEAR(voice(0).envelopes[volumeEnvelope].phase, 0.4f, 1e-6f);
+}
+
+TEST_F(LayerTest, ANewKeyOfALineBringsItsFlipFlopItsRandomNumberAndItsVelocity) {
+    for (const int mode : {monophonic, legato}) {
+        setList(par::PlayMode, mode);
+        layer->reset();
+        engine.heldNote.fill(0);
+        press(60, 100);
+        tick();
+        const float drawn = voice(0).randomValue;
+        EXPECT_EQ(voice(0).flipFlop, 0.0f);
+        press(67, 31);
+        EXPECT_EQ(voice(0).flipFlop, 1.0f);
+        EXPECT_NE(voice(0).randomValue, drawn);
+        EXPECT_EQ(voice(0).velocity, 31);
+    }
+}
+
+TEST_F(LayerTest, ARetriggerBringsImpulseAndDecaysAnewAndALegatoKeyDoesNot) {
+    for (const int mode : {monophonic, legato}) {
+        setList(par::PlayMode, mode);
+        layer->reset();
+        engine.heldNote.fill(0);
+        press(60);
+        tick(5);
+        ASSERT_EQ(voice(0).impulse, 0.0f);
+        ASSERT_LT(voice(0).decays.d, 1.0f);
+        press(67);
+        EXPECT_EQ(voice(0).impulse, mode == monophonic ? 1.0f : 0.0f);
+        EXPECT_EQ(voice(0).decays.a == 1.0f && voice(0).decays.b == 1.0f, mode == monophonic);
+        EXPECT_EQ(voice(0).decays.c == 1.0f && voice(0).decays.d == 1.0f, mode == monophonic);
+    }
+}
+
+TEST_F(LayerTest, ARetriggeredLfoFollowsTheNewKey) {
+    constexpr int keyWhole = 7, sine = 2;
+    setList(par::PlayMode, monophonic);
+    setList(par::LfoMode1, keyWhole);
+    setList(par::LfoWave1, sine);
+    set(par::LfoSpd1, 0.5f);
+    press(60);
+    const double rate = voice(0).lfos[0].rate;
+    tick();
+    press(72);
+    EXPECT_NEAR(voice(0).lfos[0].rate, 2.0 * rate, 0.01 * rate);
+}
+
+TEST_F(LayerTest, ARetriggerRestartsASingleSampleAndLetsALoopRunOn) {
+    for (const int loopMode : {loopModeSingle, loopModeLoop}) {
+        setList(par::PlayMode, monophonic);
+        setList(par::SynType1, 3);
+        setList(par::LoopMod1, loopMode);
+        set(par::Start1, 0.25f);
+        Sample& sample = layer->sample(0);
+        ASSERT_TRUE(sample.allocate(20000));
+        sample.length = sample.loopEnd = 20000;
+        layer->reset();
+        engine.heldNote.fill(0);
+        press(60);
+        play(10);
+        const std::uint32_t reached = voice(0).oscillators[0].phase;
+        ASSERT_GT(reached, 5000u << 13);
+        press(67);
+        EXPECT_EQ(voice(0).oscillators[0].phase, loopMode == loopModeSingle ? 5000u << 13 : reached);
+    }
+}
+
+TEST_F(LayerTest, OneVoiceLineWithoutHeldKeysKeepsItsNoteAndTakesTheVelocity) {
+    setList(par::PlayMode, monophonic);
+    press(60, 100);
+    tick();
+    engine.heldNote.fill(0);
+    layer->startNote(72, 55);  // as an arpeggiator may, whose keys have gone up
+    EXPECT_EQ(voice(0).note, 60);
+    EXPECT_EQ(layer->currentNote, 60);
+    EXPECT_EQ(voice(0).velocity, 55);
 }
 
 TEST_F(LayerTest, OneVoiceLineFallsBackToTheHighestHeldKey) {
