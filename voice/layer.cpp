@@ -232,11 +232,10 @@ LaneMask Layer::soundingMask() const {
 }
 
 void Layer::tickVoices() {
-    const std::array<int, 5> modulated = {par::FxInMix, par::FxInPar1, par::FxInPar1 + 1, par::FxInPar1 + 2, par::FxInPar1 + 3};
     for (int k = 0; k < 5; ++k) {
         // The mix starts from its slewed value, the parameters from the stored ones: what the voices start from.
-        const float base = k == 0 ? smoothed_[par::FxInMix] : block_[modulated[k]];
-        insertExtremes_[k] = {base, base};
+        const float base = k == 0 ? smoothed_[par::FxInMix] : block_[par::FxInMix + k];
+        insertFeed_[k] = {base, base, base};
     }
     const LaneMask sounding = soundingMask();
     if (sounding == 0) return;
@@ -248,9 +247,9 @@ void Layer::tickVoices() {
         Voice& voice = *voices_[i];
         voice.tick();
         for (int k = 0; k < 5; ++k) {
-            Extremes& extremes = insertExtremes_[k];
-            extremes.lowest = std::min(extremes.lowest, voice.mod[modulated[k]]);
-            extremes.highest = std::max(extremes.highest, voice.mod[modulated[k]]);
+            InsertFeed& feed = insertFeed_[k];
+            feed.lowest = std::min(feed.lowest, voice.mod[par::FxInMix + k]);
+            feed.highest = std::max(feed.highest, voice.mod[par::FxInMix + k]);
         }
     }
 }
@@ -262,10 +261,8 @@ void Layer::feedInserts() {
     };
     Multieffect& first = *inserts_[0];
     first.setType(listAt(par::FxInType));
-    for (int k = 0; k < 5; ++k) {
-        const float base = k == 0 ? smoothed_[par::FxInMix] : block_[par::FxInPar1 + k - 1];
-        first.setParameter(k, extremeValue(base, insertExtremes_[k].lowest, insertExtremes_[k].highest));
-    }
+    for (int k = 0; k < 5; ++k)
+        first.setParameter(k, extremeValue(insertFeed_[k].base, insertFeed_[k].lowest, insertFeed_[k].highest));
     finish(first);
     Multieffect& second = *inserts_[1];
     second.setType(listAt(par::FxIn2Type));

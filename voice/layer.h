@@ -133,10 +133,11 @@ private:
     std::array<Sample, oscillatorCount> samples_;
     std::array<std::unique_ptr<CustomWave>, oscillatorCount> customWaves_;
 
-    struct Extremes {
-        float lowest, highest;
+    // What the first insert is told: the layer's own value and the extremes of the sounding voices.
+    struct InsertFeed {
+        float base, lowest, highest;
     };
-    std::array<Extremes, 5> insertExtremes_{};  // FxInMix, FxInPar1 to FxInPar4 over the sounding voices
+    std::array<InsertFeed, 5> insertFeed_{};  // FxInMix, FxInPar1 to FxInPar4
     alignas(16) std::array<float, maxTickSamples> scratchLeft_{}, scratchRight_{};
 };
 
