@@ -148,7 +148,7 @@ void frameBlend(const KernelContext&, std::int16_t* out, int count, OscillatorSt
     };
     latch();
     const std::uint32_t increment = state.increment & phaseMask;
-    std::uint32_t phase = state.phase;
+    std::uint32_t phase = state.phase & phaseMask;
     int blend = state.blend;
     for (int i = 0; i < count;) {
         for (; count - i >= group && phase + group * increment < lastPair; i += group, phase += group * increment)
