@@ -67,11 +67,17 @@ void WaveWorker::poll() {
     flags_.rebuildRunning.clear();
 }
 
+// A new request cancels the rebuild that runs: all begins anew at the next poll.
+bool WaveWorker::isCancelled() {
+    if (flags_.rebuildRequested.isSet()) flags_.rebuildCancel.set();
+    return flags_.rebuildCancel.isSet();
+}
+
 void WaveWorker::rebuild() {
     const Flag& cancel = flags_.rebuildCancel;
     // Frame 0 is compared as it was given: rebuilding levels rewrites it.
     for (const OscillatorMemory& oscillator : oscillators_) {
-        if (cancel.isSet()) return;
+        if (isCancelled()) return;
         spreadFirstFrame(*oscillator.customWave);
     }
     const CustomWave* before = nullptr;
@@ -81,7 +87,7 @@ void WaveWorker::rebuild() {
         before = oscillators_[i].customWave;
     }
     for (std::size_t i = 0; i < oscillators_.size(); ++i) {
-        if (cancel.isSet()) return;
+        if (isCancelled()) return;
         if (copyOfBefore[i])
             copyMips(*oscillators_[i - 1].customWave, *oscillators_[i].customWave);
         else if (!makeCustomMips(*oscillators_[i].customWave, cancel))

@@ -40,12 +40,13 @@ public:
     // One look at the flags, as the thread takes it every 10 ms: runs the rebuild that is asked for, if any.
     void poll();
 
-    // One rebuild of all levels, as the thread does it; gives up when `rebuildCancel` is set. For tests also
-    // without a thread.
+    // One rebuild of all levels, as the thread does it; gives up when `rebuildCancel` is set, and sets it itself
+    // when a new request comes. For tests also without a thread.
     void rebuild();
 
 private:
     void run();
+    bool isCancelled();
     bool isLooped(int oscillator) const;
 
     EngineFlags& flags_;

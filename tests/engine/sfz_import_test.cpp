@@ -136,6 +136,16 @@ TEST_F(SfzImporting, AMissingSampleLeavesItsOscillatorEmptyAndTheOthersLoad) {
     EXPECT_TRUE(import("<region> sample=gone.wav key=60\n")) << "a region with a sample was found";
 }
 
+TEST_F(SfzImporting, MissingKeysAreToldOnceAsAWarning) {
+    wave("a.wav", 90);
+    EXPECT_TRUE(import("<region> sample=a.wav\n<region> sample=a.wav lokey=5\n"));
+    ASSERT_EQ(rig.dialogs.boxes().size(), 1u);
+    EXPECT_EQ(rig.dialogs.boxes()[0].title, "Warning");
+    EXPECT_EQ(rig.dialogs.boxes()[0].text,
+              "The key info of this sfz file is invalid! Please check lokey=, hikey= and pitch_keycenter= .");
+    EXPECT_EQ(row(par::KeyEnd1), 127);
+}
+
 TEST_F(SfzImporting, ASampleThatIsRefusedIsToldTwiceAndOneThatIsAFolderOnce) {
     EXPECT_TRUE(platform::makeFolder(folder / "folder.wav"));
     put("text.wav", "no sound");

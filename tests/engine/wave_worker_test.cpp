@@ -89,6 +89,32 @@ TEST_F(Worker, ACancelThatMetNoRebuildDoesNotStopTheNext) {
     EXPECT_TRUE(levelsOf(0));
 }
 
+TEST_F(Worker, ARequestDuringARebuildCancelsItAndAllBeginsAnew) {
+    giveSquare(11);
+    flags.rebuildRequested.set();
+    worker.rebuild();
+    EXPECT_TRUE(flags.rebuildCancel.isSet());
+    EXPECT_FALSE(levelsOf(11));
+    worker.poll();  // the end of the one that was cancelled
+    flags.rebuildRequested.set();
+    worker.poll();
+    EXPECT_TRUE(levelsOf(11));
+    EXPECT_TRUE(idle());
+}
+
+TEST_F(Worker, TheLastOfManyRequestsIsServedWhole) {
+    for (int oscillator = 0; oscillator < 12; ++oscillator) giveSquare(oscillator);
+    worker.start();
+    waitFor(flags.audioMuted, false);
+    for (int round = 0; round < 5; ++round) {
+        flags.rebuildRequested.set();
+        waitFor(flags.rebuildRequested, false);
+    }
+    for (int i = 0; i < 5000 && !idle(); ++i) platform::sleepMilliseconds(1);
+    worker.stop();
+    for (int oscillator = 0; oscillator < 12; ++oscillator) EXPECT_TRUE(levelsOf(oscillator)) << oscillator;
+}
+
 TEST_F(Worker, StartsWithCleanFlagsUnmutesWithTheBanksAndStops) {
     for (Flag* flag : {&flags.rebuildCancel, &flags.rebuildRunning, &flags.workerStop, &flags.workerStopped, &flags.audioMuted})
         flag->set();
