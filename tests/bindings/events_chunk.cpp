@@ -1,6 +1,4 @@
 // Chunks, patch files and the program's name.
-#include <unistd.h>
-
 #include <filesystem>
 #include <fstream>
 
@@ -8,6 +6,7 @@
 #include "golden_runner/golden.h"
 #include "platform/files.h"
 #include "tests/engine/patch_bench.h"
+#include "tests/platform/scratch_folder.h"
 
 namespace {
 
@@ -167,21 +166,15 @@ json runMalformed(const Case& c) {
     return after;
 }
 
-// A file of the runner's own, gone at the end.
-struct ScratchFile {
-    ScratchFile() : path((fs::temp_directory_path() / ("vantoric-golden-" + std::to_string(getpid()) + ".fxp")).string()) {}
-    ~ScratchFile() { fs::remove(path); }
-    std::string path;
-};
-
 json runFile(const Case& c) {
     PatchBench bench;
-    const ScratchFile file;
+    const vantoric::test::ScratchFolder folder;
+    const std::string path = folder / "x.fxp";
     if (c.input.contains("chunk_write")) {
         fill(bench, inputOfCase(c, "chunk_write", c.input["chunk_write"]));
-        bench.files->savePatchFile(file.path);
+        bench.files->savePatchFile(path);
         Bytes bytes;
-        vantoric::platform::readFile(file.path, bytes);
+        vantoric::platform::readFile(path, bytes);
         return {{"header", golden::base64(range(bytes, 0, vantoric::patchHeaderBytes))},
                 {"size", bytes.size()},
                 {"sha256", golden::sha256(bytes)}};
@@ -189,8 +182,8 @@ json runFile(const Case& c) {
     Bytes bytes = golden::fromBase64(c.input.at("header"));
     const Bytes chunkBytes = HandMadeChunk().bytes;
     bytes.insert(bytes.end(), chunkBytes.begin(), chunkBytes.end());
-    vantoric::platform::writeFile(file.path, bytes.data(), bytes.size());
-    return {{"accepted", bench.files->loadPatchFile(file.path)}};
+    vantoric::platform::writeFile(path, bytes.data(), bytes.size());
+    return {{"accepted", bench.files->loadPatchFile(path)}};
 }
 
 json runName(const Case& c) {

@@ -1,8 +1,6 @@
 // Vectors of resynthesis and of the sample editing commands.
 #include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <filesystem>
 
 #include "bindings/samples_signals.h"
 #include "engine/custom_wave_loader.h"
@@ -11,28 +9,19 @@
 #include "platform/recorded_dialogs.h"
 #include "samples/sample_levels.h"
 #include "samples/wave_file.h"
+#include "tests/platform/scratch_folder.h"
 
 namespace golden {
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace vantoric;
 
 void noSleep(int) {}
 
 struct ScratchFile {
-    ScratchFile() {
-        std::string pattern = (fs::temp_directory_path() / "vantoric-edit-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) std::abort();
-        folder = pattern;
-        path = folder + "/x.wav";
-    }
-    ~ScratchFile() {
-        std::error_code error;
-        fs::remove_all(folder, error);
-    }
-    std::string folder, path;
+    test::ScratchFolder folder;
+    const std::string path = folder / "x.wav";
 };
 
 Outcome resynthesizeCase(const Case& c) {

@@ -1,8 +1,5 @@
 // Vectors of the SFZ import.
-#include <cstdlib>
 #include <filesystem>
-#include <iterator>
-#include <set>
 
 #include "base/numbers.h"
 #include "base/parameters.h"
@@ -11,6 +8,7 @@
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "samples/wave_file.h"
+#include "tests/platform/scratch_folder.h"
 #include "voice/pitch.h"
 
 namespace golden {
@@ -26,10 +24,6 @@ void noSleep(int) {}
 // A folder with an SFZ file and its waves.
 struct SfzFolder {
     explicit SfzFolder(const json& input) {
-        std::string pattern = (fs::temp_directory_path() / "vantoric-sfz-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) std::abort();
-        folder = pattern;
-        path = folder + "/Case.sfz";
         const std::string text = input.at("text");
         platform::writeFile(path, text.data(), text.size());
         for (const auto& [name, length] : input.at("wave_lengths").items()) {
@@ -39,11 +33,8 @@ struct SfzFolder {
             if (!platform::writeFile(file, bytes.data(), bytes.size())) throw std::runtime_error("cannot write " + file);
         }
     }
-    ~SfzFolder() {
-        std::error_code error;
-        fs::remove_all(folder, error);
-    }
-    std::string folder, path;
+    test::ScratchFolder folder;
+    const std::string path = folder / "Case.sfz";
 };
 
 class QuietHost final : public PatchHost {
@@ -142,13 +133,6 @@ json widen(const Case& c) {
         got["KeyEnd"].push_back(c.expected.at("KeyEnd").at(k).is_null() ? json() : json(ranges[k].high));
     }
     return got;
-}
-
-// Place of a stepped factor among all that a knob can give.
-int stepOf(double (*factor)(float), float value) {
-    std::set<double> factors;
-    for (int i = 0; i <= 4096; ++i) factors.insert(factor(static_cast<float>(i) / 4096.0f));
-    return static_cast<int>(std::distance(factors.begin(), factors.find(factor(value))));
 }
 
 json values(const Case& c) {

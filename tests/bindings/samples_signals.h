@@ -4,6 +4,8 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -76,6 +78,13 @@ inline Samples sampleSignal(const json& s) {
         x[static_cast<std::size_t>(i)] = truncatedSample(value);
     }
     return x;
+}
+
+// Place of a stepped factor among all that a knob can give.
+inline int stepOf(double (*factor)(float), float value) {
+    std::set<double> factors;
+    for (int i = 0; i <= 4096; ++i) factors.insert(factor(static_cast<float>(i) / 4096.0f));
+    return static_cast<int>(std::distance(factors.begin(), factors.find(factor(value))));
 }
 
 inline std::vector<std::uint8_t> fromHex(const std::string& text) {

@@ -1,42 +1,28 @@
 // Vectors of wave files: reading, reduction, loop, tuning by name, writing.
-#include <cstdlib>
-#include <filesystem>
-#include <set>
+#include <stdexcept>
 
 #include "bindings/samples_signals.h"
 #include "engine/sample_loader.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
+#include "samples/resynthesis.h"
 #include "samples/wave_file.h"
+#include "tests/platform/scratch_folder.h"
 #include "voice/pitch.h"
 
 namespace golden {
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace vantoric;
 
 void noSleep(int) {}
 
-// A folder of its own for one case.
-struct Scratch {
-    Scratch() {
-        std::string pattern = (fs::temp_directory_path() / "vantoric-wave-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) std::abort();
-        path = pattern;
-    }
-    ~Scratch() {
-        std::error_code error;
-        fs::remove_all(path, error);
-    }
-    std::string put(const std::string& name, const std::vector<std::uint8_t>& bytes) const {
-        std::string file = path + "/" + name;
-        if (!platform::writeFile(file, bytes.data(), bytes.size())) throw std::runtime_error("cannot write " + file);
-        return file;
-    }
-    std::string path;
-};
+std::string put(const test::ScratchFolder& scratch, const std::string& name, const std::vector<std::uint8_t>& bytes) {
+    std::string path = scratch / name;
+    if (!platform::writeFile(path, bytes.data(), bytes.size())) throw std::runtime_error("cannot write " + path);
+    return path;
+}
 
 // Hears what is written to parameters.
 class Writes final : public EditorLink {
@@ -84,9 +70,9 @@ json level0At(const Case& c, const Sample& sample, const std::vector<std::uint8_
 }
 
 Outcome checkLoad(const Case& c) {
-    const Scratch scratch;
+    const test::ScratchFolder scratch;
     const std::vector<std::uint8_t> file = fileOf(c.input.at("file"));
-    const std::string path = scratch.put(c.input.at("name"), file);
+    const std::string path = put(scratch, c.input.at("name"), file);
     EngineFlags flags;
     ParameterModel parameters;
     for (int i = 0; i < parameterCount; ++i) parameters.writeRaw(i, 0.5f);
@@ -141,11 +127,11 @@ Outcome checkLoad(const Case& c) {
 
 Outcome checkHeader(const Case& c) {
     if (!c.input.contains("files")) return checkLoad(c);
-    const Scratch scratch;
+    const test::ScratchFolder scratch;
     json results = json::array();
     for (const json& entry : c.input["files"]) {
         const json parts = entry.is_array() ? entry : json::array({entry});
-        results.push_back(isStereoFile(scratch.put("x.wav", fileOf(parts))));
+        results.push_back(isStereoFile(put(scratch, "x.wav", fileOf(parts))));
     }
     return compare(c.expected, {{"results", results}}, c.tolerance);
 }
@@ -160,16 +146,9 @@ json convert(const Case& c) {
     json samples = json::array();
     for (const json& hex : c.input.at("bytes")) {
         const auto bytes = fromHex(hex);
-        samples.push_back(convertWave(bytes, layout, 0, resynthesis ? 32766.0 * 0.45 : sampleFloatScale).at(0));
+        samples.push_back(convertWave(bytes, layout, 0, resynthesis ? resynthesisFloatScale : sampleFloatScale).at(0));
     }
     return {{"samples", samples}};
-}
-
-// Place of a stepped factor among all that a knob can give.
-int listPlace(double (*factor)(float), float value) {
-    std::set<double> factors;
-    for (int i = 0; i <= 4096; ++i) factors.insert(factor(static_cast<float>(i) / 4096.0f));
-    return static_cast<int>(std::distance(factors.begin(), factors.find(factor(value))));
 }
 
 json tuning(const Case& c) {
@@ -180,18 +159,18 @@ json tuning(const Case& c) {
         got["octave"].push_back(found ? json(found->octave) : json());
         got["Oct"].push_back(found ? json(found->oct) : json());
         got["Semi"].push_back(found ? json(found->semi) : json());
-        got["Oct_list"].push_back(found ? json(listPlace(octFactor, found->oct)) : json());
-        got["Semi_list"].push_back(found ? json(listPlace(semiFactor, found->semi)) : json());
+        got["Oct_list"].push_back(found ? json(stepOf(octFactor, found->oct)) : json());
+        got["Semi_list"].push_back(found ? json(stepOf(semiFactor, found->semi)) : json());
     }
     return got;
 }
 
 json write(const Case& c) {
-    const Scratch scratch;
+    const test::ScratchFolder scratch;
     platform::RecordedDialogs dialogs;
     const auto written = [&](const Samples& samples) {
         std::vector<std::uint8_t> bytes;
-        if (!writeWave(samples, scratch.path + "/out.wav", dialogs) || !platform::readFile(scratch.path + "/out.wav", bytes))
+        if (!writeWave(samples, scratch / "out.wav", dialogs) || !platform::readFile(scratch / "out.wav", bytes))
             throw std::runtime_error("not written");
         return bytes;
     };

@@ -5,7 +5,6 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,6 +16,7 @@
 #include "platform/recorded_dialogs.h"
 #include "platform/settings.h"
 #include "platform/thread.h"
+#include "tests/platform/scratch_folder.h"
 
 namespace vantoric::test {
 
@@ -26,28 +26,23 @@ namespace par = parameter;
 class DataFolder {
 public:
     DataFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "vantoric-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) std::abort();
-        path_ = pattern + "/";
         makeCurrent();  // what the platform keeps must be there before, to outlive this
     }
     ~DataFolder() {
         platform::setDataFolder("");
         platform::setSettingsFolder("");
-        std::error_code error;
-        std::filesystem::remove_all(path_, error);
     }
     DataFolder(const DataFolder&) = delete;
     DataFolder& operator=(const DataFolder&) = delete;
 
-    const std::string& path() const { return path_; }
+    const std::string& path() const { return folder_.path(); }
     void makeCurrent() const {
-        platform::setDataFolder(path_);
-        platform::setSettingsFolder(path_ + "settings");
+        platform::setDataFolder(path());
+        platform::setSettingsFolder(folder_ / "settings");
     }
 
 private:
-    std::string path_;
+    ScratchFolder folder_;
 };
 
 // One for the whole test program, made with its first engine. Other tests may have moved the data folder: it

@@ -1,8 +1,6 @@
 // A folder of a test's own, gone with everything in it when the test ends.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <string>

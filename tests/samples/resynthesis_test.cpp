@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <filesystem>
 #include <vector>
 
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "samples/wave_file.h"
+#include "tests/platform/scratch_folder.h"
 
 namespace vantoric {
 namespace {
@@ -112,22 +112,16 @@ TEST(Resynthesis, BringsOneLoudSampleToThePeak) {
 
 class ResynthesisFiles : public testing::Test {
 protected:
-    ResynthesisFiles() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "vantoric-cycle-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) std::abort();
-        folder = pattern;
-        cycle.fill(1234);
-    }
-    ~ResynthesisFiles() override { std::filesystem::remove_all(folder); }
+    ResynthesisFiles() { cycle.fill(1234); }
 
     std::string put(const std::vector<std::uint8_t>& bytes) {
-        const std::string path = folder + "/cycle.wav";
+        const std::string path = folder / "cycle.wav";
         platform::writeFile(path, bytes.data(), bytes.size());
         return path;
     }
     std::string lastText() const { return dialogs.boxes().empty() ? "" : dialogs.boxes().back().text; }
 
-    std::string folder;
+    test::ScratchFolder folder;
     platform::RecordedDialogs dialogs;
     Cycle cycle{};
 };
@@ -150,7 +144,7 @@ TEST_F(ResynthesisFiles, OfAMillionBytesAreTaken) {
 }
 
 TEST_F(ResynthesisFiles, ThatAreMissingFailInSilence) {
-    EXPECT_FALSE(resynthesizeFile(folder + "/none.wav", cycle, dialogs));
+    EXPECT_FALSE(resynthesizeFile(folder / "none.wav", cycle, dialogs));
     EXPECT_TRUE(dialogs.boxes().empty());
 }
 
