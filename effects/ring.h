@@ -18,6 +18,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -26,8 +27,8 @@
 namespace vantoric {
 
 // 2^Bits samples of T (float or double). Indices wrap at the length, negative ones too. Everything but
-// construction runs on the audio thread; a clear from another thread during a block is heard as a click
-// and never leaves the buffers.
+// construction runs on the audio thread. A clear from another thread, even during a block or another clear, is
+// heard as a click and never leaves the buffers: the two stay, and one pointer tells which is in use.
 template <class T, int Bits>
 class Ring {
 public:
@@ -35,27 +36,27 @@ public:
     static constexpr int mask = size - 1;
 
     // Allocates both buffers, zeroed. Throws std::bad_alloc if memory is short.
-    Ring() : active_(allocate()), spare_(allocate()) {}
+    Ring() : buffers_{allocate(), allocate()} {}
 
-    T operator[](int index) const { return active_[index & mask]; }
-    T& operator[](int index) { return active_[index & mask]; }
-    T* data() { return active_.get(); }
-    const T* data() const { return active_.get(); }
+    T operator[](int index) const { return inUse_[index & mask]; }
+    T& operator[](int index) { return inUse_[index & mask]; }
+    T* data() { return inUse_; }
+    const T* data() const { return inUse_; }
 
     // Announces writes to `count` samples from index `first` on, and wipes a part of the other buffer.
     void beginBlock(int first, int count) {
         count = std::clamp(count, 0, size);
         mark(first & mask, count);
-        if (stale_.count != 0) wipe(spare_.get(), stale_, wipeRate * count);
+        if (stale_.count != 0) wipe(other(), stale_, wipeRate * count);
     }
 
     // All samples read as 0 from here on.
     void clear() {
         if (stale_.count == 0 && written_.count > shortExtent) {
-            std::swap(active_, spare_);
+            inUse_ = other();
             std::swap(stale_, written_);
         } else {
-            wipe(active_.get(), written_, size);
+            wipe(inUse_, written_, size);
         }
     }
 
@@ -77,6 +78,8 @@ private:
         return Buffer(memory);
     }
 
+    T* other() const { return buffers_[inUse_ == buffers_[0].get() ? 1 : 0].get(); }
+
     void mark(int first, int count) {
         const int offset = (first - written_.first) & mask;
         if (written_.count == 0)
@@ -89,16 +92,17 @@ private:
 
     // Zeroes up to `limit` samples at the start of an extent and takes them off it.
     static void wipe(T* buffer, Extent& extent, int limit) {
-        const int first = extent.first & mask;
-        const int count = std::min(std::clamp(extent.count, 0, size), limit);
+        const int first = extent.first & mask, whole = std::clamp(extent.count, 0, size);
+        const int count = std::min(whole, limit);
         const int head = std::min(count, size - first);
         std::fill_n(buffer + first, head, T(0));
         std::fill_n(buffer, count - head, T(0));
-        extent = {(first + count) & mask, extent.count - count};
+        extent = {(first + count) & mask, whole - count};
     }
 
-    Buffer active_, spare_;
-    Extent written_, stale_;  // of the active buffer; of the spare one
+    const std::array<Buffer, 2> buffers_;
+    T* inUse_ = buffers_[0].get();
+    Extent written_, stale_;  // of the buffer in use; of the other one
 };
 
 }  // namespace vantoric
