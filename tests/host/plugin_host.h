@@ -125,6 +125,8 @@ public:
     std::vector<unsigned char> chunk(bool isPreset = true);
     wire::word setChunk(const std::vector<unsigned char>& data, bool isPreset = true);
 
+    // Frames rendered so far, from which the time given to the plug-in is counted.
+    double position() const { return position_; }
     int timesEventsWanted() const { return eventsWanted_; }
     int timesTimeAsked() const { return timeAsked_; }
     int timesAsked(wire::i32 op) const { return op >= 0 && op < 64 ? asked_[op].load() : 0; }
