@@ -24,13 +24,16 @@ BiquadCoefficients lowBand(double v, double sampleRate) {
             -(1.0 - k * r + k * k) / d};
 }
 
+// The bands stay below half of the rate, also at rates that no engine runs at.
+constexpr double topOfRate = 0.49;
+
 BiquadCoefficients highBand(double v, double sampleRate) {
     const double a = math::exp(static_cast<float>((v - 0.5) * 1.25));
-    return highShelf(a, 34557.491302490234 / sampleRate);
+    return highShelf(a, std::min(34557.491302490234 / sampleRate, topOfRate * 2.0 * roundPi));
 }
 
 BiquadCoefficients midBand(double v, double f, double sampleRate) {
-    const double k = math::tan(static_cast<float>((f * f * 4000.0 + 250.0) / sampleRate * roundPi));
+    const double k = math::tan(static_cast<float>(std::min((f * f * 4000.0 + 250.0) / sampleRate, topOfRate) * roundPi));
     return peak(k, 16.0 - v * 14.5, math::exp(static_cast<float>((v - 0.5) * 3.0)));
 }
 

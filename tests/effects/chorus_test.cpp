@@ -355,7 +355,7 @@ TEST_P(EveryChorusVariant, StaysInBoundsAtEveryRateForEveryInput) {
                                                    {1.0f, 1.0f, 1.0f, 1.0f, 1.0f},
                                                    {1.0f, 0.0f, 0.0f, 0.0f, 0.0f},
                                                    {1.0f, 0.0f, 1.0f, 1.0f, 0.0f}};
-    for (const float sampleRate : {8000.0f, 16000.0f, 44100.0f, 88200.0f, 96000.0f, 192000.0f})
+    for (const float sampleRate : everyRate())
         for (const auto& values : settings)
             for (const Sound& in : {impulse(6000), Sound(6000), noise(6000, 1.0f), constant(6000, 1e-40f)}) {
                 Box box(GetParam(), values, sampleRate);

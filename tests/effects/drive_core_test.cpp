@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "effects/type_table.h"
+#include "tests/effects/effect_run.h"
 
 namespace vantoric {
 namespace {
@@ -213,7 +214,7 @@ TEST_F(DriveCoreTest, SplitCoefficientIsHeldToTheUnit) {
 
 TEST_F(DriveCoreTest, StaysFiniteAndBoundedWhateverComesIn) {
     for (const int variant : all) {
-        for (const float rate : {8000.0f, 22050.0f, 44100.0f, 88200.0f, 192000.0f}) {
+        for (const float rate : testing_effects::everyRate()) {
             for (const float p : {0.0f, 0.5f, 1.0f}) {
                 set(variant, 1.0f, p, p, p, p);
                 drive.setSampleRate(rate);

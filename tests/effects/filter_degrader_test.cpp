@@ -5,6 +5,8 @@
 #include <cmath>
 #include <vector>
 
+#include "tests/effects/effect_run.h"
+
 namespace vantoric {
 namespace {
 
@@ -106,7 +108,7 @@ TEST_F(DegraderTest, ResetEmptiesSumsAndHeldSamples) {
 }
 
 TEST_F(DegraderTest, StaysBoundedAtEveryRate) {
-    for (const float rate : {8000.0f, 44100.0f, 88200.0f, 192000.0f})
+    for (const float rate : testing_effects::everyRate())
         for (const float p1 : {0.0f, 0.5f, 1.0f})
             for (const float level : {0.0f, 1.0f, 1e-41f}) {
                 filter.reset();

@@ -9,9 +9,13 @@
 
 #include "base/random.h"
 #include "effects/multieffect.h"
+#include "tests/effects/effect_run.h"
 
 namespace vantoric {
 namespace {
+
+using testing_effects::everyRate;
+using testing_effects::sanitized;
 
 using Values = std::array<float, 5>;  // mix, parameters 1 to 4
 
@@ -120,6 +124,8 @@ constexpr std::array reverbs = {ReverbVariant::theater, ReverbVariant::hangar, R
                                 ReverbVariant::big,     ReverbVariant::glass,  ReverbVariant::plate,     ReverbVariant::cold,
                                 ReverbVariant::hall,    ReverbVariant::room,   ReverbVariant::laserPunch};
 
+constexpr const char* longMeasurement = "a long measurement, for plain builds";
+
 class EveryReverb : public ::testing::TestWithParam<ReverbVariant> {};
 INSTANTIATE_TEST_SUITE_P(Variant, EveryReverb, ::testing::ValuesIn(reverbs),
                          [](const auto& made) { return std::to_string(static_cast<int>(made.param)); });
@@ -130,9 +136,10 @@ TEST_P(EveryReverb, PassesTheInputUnchangedWithoutMix) {
 }
 
 TEST_P(EveryReverb, SoundsTheSameInBlocksOfAnyLength) {
-    const Signal in = noise(40000, 0.5, 20000);
+    constexpr int count = sanitized ? 12000 : 40000;
+    const Signal in = noise(count, 0.5, count / 2);
     const Values values{0.7f, 0.4f, 0.3f, 0.6f, 0.3f};
-    const Signal whole = rendered(GetParam(), 88200.0f, values, in, 40000);
+    const Signal whole = rendered(GetParam(), 88200.0f, values, in, count);
     for (const int block : {1, 88, 5000}) EXPECT_EQ(rendered(GetParam(), 88200.0f, values, in, block), whole) << block;
 }
 
@@ -161,9 +168,9 @@ TEST_P(EveryReverb, StartsAfreshAfterAReset) {
 
 TEST_P(EveryReverb, StaysFiniteAndBoundedAtEveryRateAndSetting) {
     const std::array<Values, 4> settings = {{{1, 0, 0, 0, 0}, {1, 1, 1, 1, 1}, {1, 0.5f, 0.5f, 0.5f, 0.5f}, {1, 1, 0, 0.5f, 1}}};
-    for (const float rate : {8000.0f, 22050.0f, 44100.0f, 192000.0f})
+    for (const float rate : everyRate())
         for (const Values& values : settings) {
-            const int part = static_cast<int>(rate * 0.05f);
+            const int part = static_cast<int>(rate * (sanitized ? 0.02f : 0.05f));
             const Signal in = noise(6 * part, 1.0, 2 * part);
             const Signal out = rendered(GetParam(), rate, values, in, 256);
             ASSERT_TRUE(allFinite(out.left.data(), out.right.data(), out.size())) << rate;
@@ -173,6 +180,7 @@ TEST_P(EveryReverb, StaysFiniteAndBoundedAtEveryRateAndSetting) {
 }
 
 TEST_P(EveryReverb, DoesNotSwellAfterTheInputHasEnded) {
+    if (sanitized) GTEST_SKIP() << longMeasurement;
     const std::array<Values, 4> settings = {{{1, 0, 0, 0, 0}, {1, 1, 0, 1, 0.5f}, {1, 0.5f, 1, 0.5f, 1}, {1, 0.2f, 0, 0.5f, 1}}};
     for (const float rate : {8000.0f, 16000.0f})
         for (const Values& values : settings) {
@@ -184,22 +192,22 @@ TEST_P(EveryReverb, DoesNotSwellAfterTheInputHasEnded) {
 }
 
 TEST_P(EveryReverb, MakesNothingOfNothing) {
-    for (const float rate : {16000.0f, 88200.0f}) {
-        const Signal silence =
-            rendered(GetParam(), rate, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f}, Signal(static_cast<int>(rate / 2)), 300);
+    for (const float rate : everyRate()) {
+        const int count = static_cast<int>(rate * (sanitized ? 0.1f : 0.5f));
+        const Signal silence = rendered(GetParam(), rate, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f}, Signal(count), 300);
         ASSERT_TRUE(allFinite(silence.left.data(), silence.right.data(), silence.size()));
         EXPECT_LT(peak(silence), 2e-4) << rate;
-        const Signal faint = rendered(GetParam(), rate, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f},
-                                      noise(static_cast<int>(rate / 2), 1e-39, static_cast<int>(rate / 2)), 300);
+        const Signal faint = rendered(GetParam(), rate, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f}, noise(count, 1e-39, count), 300);
         ASSERT_TRUE(allFinite(faint.left.data(), faint.right.data(), faint.size()));
         EXPECT_LT(peak(faint), 2e-4) << rate;
     }
 }
 
 TEST_P(EveryReverb, AnswersAnImpulseAtEveryRate) {
-    for (const float rate : {8000.0f, 44100.0f, 192000.0f}) {
+    for (const float rate : everyRate()) {
         const Values values{1.0f, 0.5f, 0.5f, 0.5f, 0.2f};
-        const Signal out = response(GetParam(), rate, values, impulse(static_cast<int>(rate * 0.5f), 1.0f, 1.0f));
+        const int count = static_cast<int>(rate * (sanitized ? 0.25f : 0.5f));
+        const Signal out = response(GetParam(), rate, values, impulse(count, 1.0f, 1.0f));
         ASSERT_TRUE(allFinite(out.left.data(), out.right.data(), out.size()));
         EXPECT_GT(energy(out.left, 0, out.size()), 1e-4) << rate;
         EXPECT_GT(energy(out.right, 0, out.size()), 1e-4) << rate;
@@ -229,7 +237,14 @@ TEST(Reverb, NumbersWithoutAnEffectPassAudio) {
         EXPECT_EQ(rendered(ReverbVariant{variant}, 88200.0f, {1, 0.5f, 0.5f, 0.5f, 0.5f}, in), in) << variant;
 }
 
-TEST(Reverb, SpreadsAMonoImpulseOverBothSides) {
+class MeasuredReverb : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (sanitized) GTEST_SKIP() << longMeasurement;
+    }
+};
+
+TEST_F(MeasuredReverb, SpreadsAMonoImpulseOverBothSides) {
     for (const ReverbVariant variant : reverbs) {
         if (variant == ReverbVariant::laserPunch) continue;
         const Signal out = response(variant, 88200.0f, {1.0f, 0.5f, 0.3f, 0.4f, 0.4f}, impulse(60000, 1.0f, 1.0f));
@@ -241,7 +256,7 @@ TEST(Reverb, SpreadsAMonoImpulseOverBothSides) {
     }
 }
 
-TEST(Reverb, LastsLongerTheLargerItsSize) {
+TEST_F(MeasuredReverb, LastsLongerTheLargerItsSize) {
     for (const ReverbVariant variant : reverbs) {
         if (variant == ReverbVariant::laserPunch) continue;
         double last = 0.0;
@@ -253,7 +268,7 @@ TEST(Reverb, LastsLongerTheLargerItsSize) {
     }
 }
 
-TEST(Reverb, LastsLongerTheMoreDecay) {
+TEST_F(MeasuredReverb, LastsLongerTheMoreDecay) {
     for (const ReverbVariant variant :
          {ReverbVariant::infinity, ReverbVariant::big, ReverbVariant::glass, ReverbVariant::plate, ReverbVariant::cold}) {
         double last = 0.0;
@@ -265,7 +280,7 @@ TEST(Reverb, LastsLongerTheMoreDecay) {
     }
 }
 
-TEST(Reverb, LosesItsTrebleFasterTheMoreDamping) {
+TEST_F(MeasuredReverb, LosesItsTrebleFasterTheMoreDamping) {
     for (const ReverbVariant variant : {ReverbVariant::theater, ReverbVariant::hangar, ReverbVariant::cathedral,
                                         ReverbVariant::infinity, ReverbVariant::big, ReverbVariant::hall, ReverbVariant::room}) {
         double last = 1e9;
@@ -378,7 +393,7 @@ TEST(ReverbCold, HasNoSwirlAndItsThirdParameterDiffusesOnlyAboveAFifth) {
     }
 }
 
-TEST(ReverbBig, AtFullDecayLosesOnlyWhatIsDamped) {
+TEST_F(MeasuredReverb, AtFullDecayReverbBigLosesOnlyWhatIsDamped) {
     EffectParameters parameters;
     parameters.set(4, 1.0f);
     EXPECT_EQ(tankPlan(ReverbVariant::big, parameters, 88200.0f).loopGain, 1.0);
@@ -418,7 +433,7 @@ TEST(LaserPunch, HasUpToEightyStages) {
     }
 }
 
-TEST(ReverbTank, AHardPannedInputReachesBothOutputs) {
+TEST_F(MeasuredReverb, AHardPannedInputReachesBothOutputs) {
     for (const ReverbVariant variant : tanks) {
         EffectParameters parameters;
         const Values values{1.0f, 0.5f, 0.5f, 0.0f, 0.5f};
@@ -451,7 +466,7 @@ TEST(ReverbTank, RoomEmptiesTheLinesThatAnotherShapeFilled) {
     EXPECT_GT(tailAfter(ReverbVariant::room, ReverbVariant::hall), 1.0);
 }
 
-TEST(ReverbTank, SwirlKeepsTheTailInMotion) {
+TEST_F(MeasuredReverb, SwirlKeepsTheTailInMotion) {
     for (const ReverbVariant variant : tanks) {
         if (variant == ReverbVariant::cold) continue;
         const Signal in = impulse(60000, 1.0f, 1.0f);

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/effects/effect_run.h"
+
 namespace vantoric {
 namespace {
 
@@ -302,7 +304,7 @@ TEST_F(StereoFamily, MixZeroReturnsTheInput) {
 TEST_F(StereoFamily, StaysFiniteAndBoundedAtEveryRateAndBlockLength) {
     const float amplitudes[] = {0.0f, 1.0f, 1e-40f};
     for (int variant = 0; variant < 5; ++variant)
-        for (const float sampleRate : {8000.0f, 22050.0f, 48000.0f, 96000.0f, 192000.0f})
+        for (const float sampleRate : testing_effects::everyRate())
             for (const int block : {1, 63, 4096})
                 for (const float amplitude : amplitudes)
                     for (const bool impulse : {false, true}) {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/random.h"
+#include "tests/effects/effect_run.h"
 
 namespace vantoric {
 namespace {
@@ -319,7 +320,7 @@ TEST_F(Vocoder, StaysFiniteAndBoundedAtEveryRateAndBlockLength) {
     impulse[3] = 1.0f;
     const struct { int block, count; } runs[] = {{1, 200}, {88, 600}, {4096, 4096}};
     for (const int variant : {svc, pro, linear})
-        for (const float sampleRate : {8000.0f, 44100.0f, 88200.0f, 192000.0f})
+        for (const float sampleRate : testing_effects::everyRate())
             for (const float formant : {0.0f, 1.0f})
                 for (const auto& run : runs)
                     for (auto x : {impulse, silence(4096), square(1.0f), square(1e-40f)}) {
