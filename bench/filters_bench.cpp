@@ -1,5 +1,6 @@
-// What each filter type costs, in ns per voice and sample at 96 kHz: as scalar code, four and sixteen voices as
-// lanes, both filter places of sixteen voices at once where they can be; and a setup with a new cutoff, in ns.
+// What each filter type costs, in ns per voice and sample at 96 kHz: as scalar code; four and sixteen voices as
+// lanes, and both filter places of sixteen voices at once where they can be, in either width of registers; and a setup
+// with a new cutoff, in ns.
 // Usage: bench-filters [milliseconds a figure] [list index]
 #include <algorithm>
 #include <cstdio>
@@ -10,6 +11,7 @@
 
 #include "engine/label_lists.h"
 #include "sound/filter_bank.h"
+#include "sound/filters/wide_loops.h"
 #include "sound/voice_filter.h"
 #include "thread_time.h"
 
@@ -29,14 +31,17 @@ public:
     void report(int index) {
         settings_ = {
             .sampleRate = 96000.0f, .tickSamples = tick, .type = index, .cutoff = 0.7f, .resonance = 0.6f, .analog = 0.5f};
-        std::printf("%3d %-16s %9.2f %9.2f %9.2f ", index, filterTypeLabels[static_cast<std::size_t>(index)], alone(), lanes(4),
-                    lanes(16));
-        const double pair = bothPlaces();
-        if (pair > 0.0)
-            std::printf("%9.2f", pair);
-        else
-            std::printf("        -");
-        std::printf(" %9.0f\n", setup());
+        std::printf("%3d %-16s %8.2f ", index, filterTypeLabels[static_cast<std::size_t>(index)], alone());
+        for (const bool wide : {false, true}) {
+            filters::useWideLoops(wide);
+            std::printf("| %8.2f %8.2f ", lanes(4), lanes(16));
+            const double pair = bothPlaces();
+            if (pair > 0.0)
+                std::printf("%8.2f ", pair);
+            else
+                std::printf("       - ");
+        }
+        std::printf("| %6.0f\n", setup());
     }
 
 private:
@@ -104,7 +109,10 @@ private:
 int main(int argc, char** argv) {
     _mm_setcsr(_mm_getcsr() | 0x8040u);
     static Bench rig(argc > 1 ? std::atoi(argv[1]) : 20);
-    std::printf("  #                   scalar   4 lanes  16 lanes      both     setup\n");
+    std::printf("%-21s %8s | %-26s | %s\n", "", "scalar", "registers of four lanes",
+                filters::wideLoopsInUse() ? "of eight lanes" : "no registers of eight lanes: the same again");
+    std::printf("%-21s %8s | %8s %8s %8s | %8s %8s %8s | %6s\n", "  # filter", "", "4 voices", "16", "both", "4 voices", "16",
+                "both", "setup");
     for (int index = 0; index < 64; ++index)
         if (filterNumber(index) >= 0 && (argc < 3 || std::atoi(argv[2]) == index)) rig.report(index);
     return 0;

@@ -14,6 +14,7 @@
 #include "platform/recorded_dialogs.h"
 #include "platform/settings.h"
 #include "platform/thread.h"
+#include "sound/filters/wide_loops.h"
 #include "sound/kernels.h"
 
 #include "thread_time.h"
@@ -272,6 +273,11 @@ int main(int argc, char** argv) {
     layerCosts(rig);
     polyphony(rig, "three High quality wavetables", highQuality, openPass);
     polyphony(rig, "three High quality wavetables and two LP 24dB", highQuality, lowPass24);
+    if (filters::wideLoopsInUse()) {
+        filters::useWideLoops(false);
+        polyphony(rig, "the same with registers of four lanes", highQuality, lowPass24);
+        filters::useWideLoops(true);
+    }
     polyphony(rig, "three Crossblend PW wavetables and two LP 24dB", crossblendPw, lowPass24);
     noteBurst(rig, "no filter", openPass);
     noteBurst(rig, "two LP 24dB", lowPass24);

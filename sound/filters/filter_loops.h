@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "sound/filters/filter_types.h"
+#include "sound/filters/wide_loops.h"
 
 namespace vantoric::filters {
 
@@ -40,19 +40,18 @@ struct Chain {
     LoopRun<voiceCount>* run;
     int first;
 };
-inline constexpr int chainLanes = stdx::native_simd<float>::size();
 inline constexpr int maxChains = 4;  // that are run at once: as many as hide the processor's delays
 
-// Steps K chains in turn: while one waits for its last result, the others go on.
-template <template <class> class Topology, int Variant, int K>
+// Steps K chains of `width` lanes in turn: while one waits for its last result, the others go on.
+template <template <class> class Topology, int Variant, int width, int K>
 VANTORIC_FLATTEN void runChains(const Chain* chains, int count) {
-    using T = Lanes<TopologyScalar<Topology>, chainLanes>;
-    using Samples = Lanes<float, chainLanes>;
+    using T = Lanes<TopologyScalar<Topology>, width>;
+    using Samples = Lanes<float, width>;
     std::array<Topology<T>, K> loops;
     float* at[K];
     for (int k = 0; k < K; ++k) {
         LoopRun<voiceCount>& run = *chains[k].run;
-        loops[k] = run.memory.template cells<Topology>().template load<chainLanes>(chains[k].first, run.mask);
+        loops[k] = run.memory.template cells<Topology>().template load<width>(chains[k].first, run.mask);
         at[k] = run.buffer + chains[k].first;
     }
     auto random = [&]<std::size_t... Index>(std::index_sequence<Index...>) {
@@ -70,10 +69,10 @@ VANTORIC_FLATTEN void runChains(const Chain* chains, int count) {
     for (int k = 0; k < K; ++k) {
         LoopRun<voiceCount>& run = *chains[k].run;
         const int first = chains[k].first;
-        run.memory.template cells<Topology>().template store<chainLanes>(first, loops[k], run.mask);
+        run.memory.template cells<Topology>().template store<width>(first, loops[k], run.mask);
         const auto bad = lanesOutOfRange(loops[k]);
         if (!anyOf(bad)) continue;
-        for (int lane = 0; lane < chainLanes; ++lane)
+        for (int lane = 0; lane < width; ++lane)
             if (bad[lane]) run.broken |= static_cast<LaneMask>(run.mask & (1u << (first + lane)));
     }
 }
@@ -105,21 +104,24 @@ void runByVoice(std::span<LoopRun<voiceCount>> runs, int count) {
                 run.broken |= static_cast<LaneMask>(1u << v);
 }
 
-template <template <class> class Topology, int Variant>
+template <template <class> class Topology, int Variant, int width>
 void runInLanes(std::span<LoopRun<voiceCount>> runs, int count) {
-    Chain chains[maxLoopRuns * voiceCount / chainLanes];
+    Chain chains[maxLoopRuns * voiceCount / width];
     int left = 0;
     for (LoopRun<voiceCount>& run : runs)
-        for (int first = 0; first < voiceCount; first += chainLanes)
-            if ((run.mask >> first & ((1 << chainLanes) - 1)) != 0) chains[left++] = {&run, first};
+        for (int first = 0; first < voiceCount; first += width)
+            if ((run.mask >> first & ((1 << width) - 1)) != 0) chains[left++] = {&run, first};
+    // Chains of eight lanes come one or two from each place, never three.
     for (const Chain* next = chains; left > 0;) {
         const int rounds = (left + maxChains - 1) / maxChains;
         const int taken = (left + rounds - 1) / rounds;
         switch (taken) {
-            case 1: runChains<Topology, Variant, 1>(next, count); break;
-            case 2: runChains<Topology, Variant, 2>(next, count); break;
-            case 3: runChains<Topology, Variant, 3>(next, count); break;
-            default: runChains<Topology, Variant, 4>(next, count); break;
+            case 1: runChains<Topology, Variant, width, 1>(next, count); break;
+            case 2: runChains<Topology, Variant, width, 2>(next, count); break;
+            case 3:
+                if constexpr (width == laneGroup) runChains<Topology, Variant, width, 3>(next, count);
+                break;
+            default: runChains<Topology, Variant, width, 4>(next, count); break;
         }
         next += taken;
         left -= taken;
@@ -133,7 +135,7 @@ void runLoop(std::span<LoopRun<Voices>> runs, int count) {
     else if constexpr (runsByVoice<Topology>)
         runByVoice<Topology, Variant>(runs, count);
     else
-        runInLanes<Topology, Variant>(runs, count);
+        runInLanes<Topology, Variant, laneGroup>(runs, count);
 }
 
 // The loops of a topology, by variant.
@@ -144,6 +146,10 @@ const Loop<Voices>* loopOf(int variant) {
             Loop<Voices>{&runLoop<Topology, Variant, Voices>, Topology<float>::draws(Variant), Variant}...};
     }
     (std::make_integer_sequence<int, Topology<float>::variants>{});
+#if defined(VANTORIC_WIDE_LOOPS)
+    if constexpr (Voices == voiceCount && !runsByVoice<Topology>)
+        if (wideLoopsInUse()) return &WideLoops<Topology>::byVariant[variant];
+#endif
     return &loops[variant];
 }
 

@@ -2,11 +2,25 @@
 #include <limits>
 
 #include "filters_fixture.h"
+#include "sound/filters/wide_loops.h"
 
 namespace vantoric {
 namespace {
 
-class FilterBankTest : public Filters {};
+class FilterBankTest : public Filters {
+protected:
+    ~FilterBankTest() override { filters::useWideLoops(true); }
+};
+
+// Tells of both widths that loops come in; where the processor has but one, twice of that.
+template <class Claim>
+void forBothWidths(Claim&& claim) {
+    for (const bool wide : {false, true}) {
+        filters::useWideLoops(wide);
+        SCOPED_TRACE(filters::wideLoopsInUse() ? "eight lanes" : "four lanes");
+        claim();
+    }
+}
 
 constexpr int tick = 88;
 
@@ -74,19 +88,23 @@ void expectSameBits(TypeOf&& typeOf, int turns) {
 }
 
 TEST_F(FilterBankTest, GivesTheBitsOfSingleFiltersForEveryType) {
-    for (const int type : filterIndices()) expectSameBits([type](int, int) { return type; }, 48);
+    forBothWidths([] {
+        for (const int type : filterIndices()) expectSameBits([type](int, int) { return type; }, 48);
+    });
 }
 
 TEST_F(FilterBankTest, GivesTheBitsOfSingleFiltersWhenVoicesDifferInType) {
     const std::vector<int> types = filterIndices();
     const int count = static_cast<int>(types.size());
-    expectSameBits([&](int voice, int turn) { return types[(voice * 7 + turn / 9) % count]; }, 120);
-    // With bypassed voices between voices of two noisy types.
-    expectSameBits([&](int voice, int) { return voice % 4 == 0 ? 0 : voice % 2 == 0 ? 51 : 53; }, 32);
+    forBothWidths([&] {
+        expectSameBits([&](int voice, int turn) { return types[(voice * 7 + turn / 9) % count]; }, 120);
+        // With bypassed voices between voices of two noisy types.
+        expectSameBits([&](int voice, int) { return voice % 4 == 0 ? 0 : voice % 2 == 0 ? 51 : 53; }, 32);
+    });
 }
 
 // Two places of a layer with the same type, as one run and as two.
-TEST_F(FilterBankTest, TwoPlacesAtOnceGiveTheBitsOfOneAfterTheOther) {
+void expectTogetherAsAlone() {
     static LaneBuffer a, b, c, d;
     int together = 0;
     for (const int type : filterIndices()) {
@@ -118,6 +136,8 @@ TEST_F(FilterBankTest, TwoPlacesAtOnceGiveTheBitsOfOneAfterTheOther) {
     }
     EXPECT_GT(together, 100);
 }
+
+TEST_F(FilterBankTest, TwoPlacesAtOnceGiveTheBitsOfOneAfterTheOther) { forBothWidths(expectTogetherAsAlone); }
 
 TEST_F(FilterBankTest, TwoPlacesOfDifferentTypesOrOfADrawingOneGoOneAfterTheOther) {
     static LaneBuffer a, b;
