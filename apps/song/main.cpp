@@ -1,4 +1,5 @@
-// vantoric-song SCORE.song OUT.mid [OUT.patch]: compiles a song from text; the last file gets the name of its patch.
+// vantoric-song SCORE.song OUT.mid [OUT.patch]: compiles a song from text; the last file gets the name of its patch and the
+// decibels by which the recording is to be raised.
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -31,10 +32,14 @@ int main(int argc, char** argv) {
     }
     const std::string score{std::istreambuf_iterator<char>(input), {}};
     std::vector<std::uint8_t> midi;
-    std::string problem, patch;
-    if (!vantoric::song::compile(score, midi, problem, &patch)) {
+    std::string problem;
+    vantoric::song::Advice advice;
+    if (!vantoric::song::compile(score, midi, problem, &advice)) {
         std::fprintf(stderr, "%s: %s\n", argv[1], problem.c_str());
         return 3;
     }
-    return save(argv[2], std::string(midi.begin(), midi.end())) && (argc == 3 || save(argv[3], patch + '\n')) ? 0 : 3;
+    return save(argv[2], std::string(midi.begin(), midi.end())) &&
+                   (argc == 3 || save(argv[3], advice.patch + '\n' + std::to_string(advice.level) + '\n'))
+               ? 0
+               : 3;
 }

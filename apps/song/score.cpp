@@ -109,7 +109,8 @@ std::optional<int> keyOf(const std::string& name) {
 }
 
 struct Score {
-    std::string title, patch;
+    std::string title;
+    Advice advice;
     std::map<std::string, std::vector<Word>> phrases;
     std::vector<midi::TempoChange> tempos;
     std::vector<midi::MeterChange> meters;
@@ -374,6 +375,13 @@ Section openPart(const std::vector<Word>& words) {
     return section;
 }
 
+// The words behind the first.
+std::string restOf(const std::vector<Word>& words) {
+    std::string text;
+    for (std::size_t i = 1; i < words.size(); ++i) text += (i > 1 ? " " : "") + words[i].text;
+    return text;
+}
+
 std::vector<Section> sectionsOf(const std::string& text, Score& score) {
     std::vector<Section> sections;
     std::istringstream lines(text);
@@ -382,9 +390,12 @@ std::vector<Section> sectionsOf(const std::string& text, Score& score) {
         const std::vector<Word> words = wordsOf(line, at);
         if (words.empty()) continue;
         const std::string& first = words[0].text;
-        if (first == "title" || first == "patch") {
-            std::string& said = first == "title" ? score.title : score.patch;
-            for (std::size_t i = 1; i < words.size(); ++i) said += (i > 1 ? " " : "") + words[i].text;
+        if (first == "title") {
+            score.title = restOf(words);
+        } else if (first == "patch") {
+            score.advice.patch = restOf(words);
+        } else if (first == "level") {
+            score.advice.level = wholeNumber(words[0], words.back().text, -60, 60);
         } else if (first == "let") {
             if (words.size() < 4 || words[2].text != "=") throw Trouble(at, "a phrase is written as: let NAME = WORDS");
             score.phrases[words[1].text].assign(words.begin() + 3, words.end());
@@ -403,7 +414,7 @@ std::vector<Section> sectionsOf(const std::string& text, Score& score) {
 
 }  // namespace
 
-bool compile(const std::string& text, std::vector<std::uint8_t>& midi, std::string& problem, std::string* patch) {
+bool compile(const std::string& text, std::vector<std::uint8_t>& midi, std::string& problem, Advice* advice) {
     try {
         Score score;
         const std::vector<Section> sections = sectionsOf(text, score);
@@ -421,7 +432,7 @@ bool compile(const std::string& text, std::vector<std::uint8_t>& midi, std::stri
             std::stable_sort(track.events.begin(), track.events.end(), [](const midi::Event& a, const midi::Event& b) {
                 return a.tick != b.tick ? a.tick < b.tick : a.message.endsNote() && !b.message.endsNote();
             });
-        if (patch != nullptr) *patch = score.patch;
+        if (advice != nullptr) *advice = score.advice;
         midi = midi::write(quarter, score.title, score.tempos, score.meters, score.tracks, score.length);
         return true;
     } catch (const Trouble& trouble) {

@@ -5,6 +5,7 @@
 //
 //   title TEXT
 //   patch CATEGORY/NAME       the patch of the factory that suits it
+//   level DECIBELS            by how much a recording on that patch is to be raised
 //   let NAME = WORDS          a phrase; "@NAME" plays it, "@NAME(c4,e4,g4)" with $1, $2 ... replaced
 //   conductor                 what follows is tempo and meter
 //   part NAME channel N       what follows is played on channel N (1 to 16), from the start of the song
@@ -38,7 +39,11 @@
 namespace vantoric::song {
 
 // Compiles a score to the bytes of a format 1 MIDI file with 480 ticks a quarter note. On failure `problem` is
-// "line N: what is wrong" and false is returned. `patch`, if given, becomes what the score says of its patch, or empty.
-bool compile(const std::string& score, std::vector<std::uint8_t>& midi, std::string& problem, std::string* patch = nullptr);
+// "line N: what is wrong" and false is returned. `advice`, if given, becomes what the score says to its player.
+struct Advice {
+    std::string patch;   // empty if it names none
+    double level = 0.0;  // decibels
+};
+bool compile(const std::string& score, std::vector<std::uint8_t>& midi, std::string& problem, Advice* advice = nullptr);
 
 }  // namespace vantoric::song

@@ -117,13 +117,17 @@ TEST(Score, SaysWhereItMakesNoSense) {
     EXPECT_EQ(refusal("title Nothing"), "line 1: a score without a part");
 }
 
-TEST(Score, NamesItsPatch) {
+TEST(Score, AdvisesItsPlayer) {
     std::vector<std::uint8_t> bytes;
-    std::string problem, patch;
-    EXPECT_TRUE(compile("patch Keys/Paper Harp\npart Piano channel 1\nc4/4", bytes, problem, &patch)) << problem;
-    EXPECT_EQ(patch, "Keys/Paper Harp");
-    EXPECT_TRUE(compile("part Piano channel 1\nc4/4", bytes, problem, &patch)) << problem;
-    EXPECT_EQ(patch, "");
+    std::string problem;
+    Advice advice;
+    EXPECT_TRUE(compile("patch Keys/Paper Harp\nlevel 4\npart Piano channel 1\nc4/4", bytes, problem, &advice)) << problem;
+    EXPECT_EQ(advice.patch, "Keys/Paper Harp");
+    EXPECT_EQ(advice.level, 4.0);
+    EXPECT_TRUE(compile("part Piano channel 1\nc4/4", bytes, problem, &advice)) << problem;
+    EXPECT_EQ(advice.patch, "");
+    EXPECT_EQ(advice.level, 0.0);
+    EXPECT_EQ(refusal("level loud\npart Piano channel 1\nc4/4").substr(0, 6), "line 1");
 }
 
 class DemoSongs : public testing::TestWithParam<std::string> {};
@@ -147,9 +151,11 @@ TEST_P(DemoSongs, LastFrom40To125SecondsAndHaveDynamics) {
 TEST_P(DemoSongs, NameAPatchOfTheFactory) {
     std::ifstream input(std::filesystem::path(SONG_FOLDER) / GetParam());
     std::vector<std::uint8_t> bytes;
-    std::string problem, patch;
-    EXPECT_TRUE(compile({std::istreambuf_iterator<char>(input), {}}, bytes, problem, &patch)) << problem;
-    EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(SONG_FOLDER) / "../patches" / (patch + ".json"))) << patch;
+    std::string problem;
+    Advice advice;
+    EXPECT_TRUE(compile({std::istreambuf_iterator<char>(input), {}}, bytes, problem, &advice)) << problem;
+    EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(SONG_FOLDER) / "../patches" / (advice.patch + ".json")))
+        << advice.patch;
 }
 
 TEST_P(DemoSongs, StayOnTheFourChannelsOfAPatch) {
