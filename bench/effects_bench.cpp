@@ -1,5 +1,5 @@
 // Cost of the effect slot: every type at 88.2 kHz in blocks of a tick, as it opens and with all parameters up, the memory of a
-// slot, and the time that a change of type and a clear take.
+// slot and of an instance's nine, and the time that a change of type and a clear take.
 #include <malloc.h>
 
 #include <algorithm>
@@ -26,6 +26,16 @@ double nanoseconds(Clock::duration time) { return std::chrono::duration<double, 
 std::size_t heapBytes() {
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;
+}
+
+// Bytes of the process that stand in memory.
+std::size_t residentBytes() {
+    std::size_t pages = 0;
+    if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(file, "%*u %zu", &pages) != 1) pages = 0;
+        std::fclose(file);
+    }
+    return pages * 4096;
 }
 
 using Values = std::array<float, 5>;
@@ -84,14 +94,30 @@ double longest(Multieffect& slot, int type, Action action) {
     return worst;
 }
 
+void showMemory() {
+    constexpr int instanceSlots = 9;
+    RandomSources random;
+    const std::size_t heap = heapBytes(), resident = residentBytes();
+    std::vector<std::unique_ptr<Multieffect>> slots;
+    for (int i = 0; i < instanceSlots; ++i) slots.push_back(std::make_unique<Multieffect>(random));
+    const std::size_t idle = residentBytes();
+    std::printf("a slot: %zu bytes, of them %zu in the object\n", (heapBytes() - heap) / instanceSlots, sizeof(Multieffect));
+    std::printf("nine slots: %zu bytes; in memory while off: %zu\n", heapBytes() - heap, idle - resident);
+    for (const int type : {2, 6, 11, 17}) {
+        const std::size_t now = residentBytes();
+        longest(*slots[static_cast<std::size_t>(type % instanceSlots)], type, [] {});
+        std::printf("in memory after four seconds of %s: %zu more\n", effectType(type).name, residentBytes() - now);
+    }
+}
+
 }  // namespace
 
 int main() {
     const DenormalsOff denormalsOff;
     RandomSources random;
-    const std::size_t before = heapBytes();
+    showMemory();
     const auto slot = std::make_unique<Multieffect>(random);
-    std::printf("a slot: %zu bytes, of them %zu in the object\n\n", heapBytes() - before, sizeof(Multieffect));
+    std::printf("\n");
 
     std::printf("%4s  %-24s %8s %8s %12s\n", "type", "name", "ns", "ns at 1", "change us");
     for (int type = 0; type < typeCount; ++type) {

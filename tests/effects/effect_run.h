@@ -43,10 +43,11 @@ inline Sound constant(int count, float level) {
     std::fill(signal.right.begin(), signal.right.end(), level);
     return signal;
 }
-inline Sound noise(int count, float amplitude = 0.5f) {
+// Noise for `length` samples, all if it is not given; then silence.
+inline Sound noise(int count, float amplitude = 0.5f, int length = -1) {
     Sound signal(count);
     LinearCongruence generator{99};
-    for (int n = 0; n < count; ++n) {
+    for (int n = 0; n < (length < 0 ? count : length); ++n) {
         signal.left[n] = (2.0f * generator.unit() - 1.0f) * amplitude;
         signal.right[n] = (2.0f * generator.unit() - 1.0f) * amplitude;
     }

@@ -14,36 +14,9 @@
 namespace vantoric {
 namespace {
 
-using testing_effects::everyRate;
-using testing_effects::sanitized;
+using namespace testing_effects;
 
 using Values = std::array<float, 5>;  // mix, parameters 1 to 4
-
-struct Signal {
-    std::vector<float> left, right;
-
-    explicit Signal(int count) : left(static_cast<std::size_t>(count)), right(static_cast<std::size_t>(count)) {}
-    int size() const { return static_cast<int>(left.size()); }
-    bool operator==(const Signal&) const = default;
-};
-
-Signal impulse(int count, float left, float right, int at = 0) {
-    Signal s(count);
-    s.left[static_cast<std::size_t>(at)] = left;
-    s.right[static_cast<std::size_t>(at)] = right;
-    return s;
-}
-
-Signal noise(int count, double amplitude, int length) {
-    Signal s(count);
-    LinearCongruence generator{12345};
-    const auto draw = [&] { return static_cast<float>((generator.next() / 2147483648.0 - 1.0) * amplitude); };
-    for (std::size_t n = 0; n < static_cast<std::size_t>(length); ++n) {
-        s.left[n] = draw();
-        s.right[n] = draw();
-    }
-    return s;
-}
 
 std::unique_ptr<ReverbCore> makeReverb(ReverbVariant variant, float rate, const Values& values) {
     auto reverb = std::make_unique<ReverbCore>();
@@ -54,20 +27,14 @@ std::unique_ptr<ReverbCore> makeReverb(ReverbVariant variant, float rate, const 
     return reverb;
 }
 
-void run(ReverbCore& reverb, Signal& s, int block = 88) {
-    for (int done = 0; done < s.size(); done += block)
-        reverb.process(s.left.data() + done, s.right.data() + done, std::min(block, s.size() - done));
-}
-
-Signal rendered(ReverbVariant variant, float rate, const Values& values, Signal s, int block = 88) {
-    run(*makeReverb(variant, rate, values), s, block);
-    return s;
+Sound rendered(ReverbVariant variant, float rate, const Values& values, const Sound& in, int block = 88) {
+    return run(*makeReverb(variant, rate, values), in, block);
 }
 
 // What an input adds to the idle sound of a reverb, which carries a faint offset.
-Signal response(ReverbVariant variant, float rate, const Values& values, const Signal& input) {
-    Signal with = rendered(variant, rate, values, input);
-    const Signal without = rendered(variant, rate, values, Signal(input.size()));
+Sound response(ReverbVariant variant, float rate, const Values& values, const Sound& input) {
+    Sound with = rendered(variant, rate, values, input);
+    const Sound without = rendered(variant, rate, values, Sound(input.count()));
     for (std::size_t n = 0; n < with.left.size(); ++n) {
         with.left[n] -= without.left[n];
         with.right[n] -= without.right[n];
@@ -75,33 +42,24 @@ Signal response(ReverbVariant variant, float rate, const Values& values, const S
     return with;
 }
 
-double energy(const std::vector<float>& x, int from, int to) {
-    double sum = 0.0;
-    for (int n = from; n < to; ++n) sum += static_cast<double>(x[static_cast<std::size_t>(n)]) * x[static_cast<std::size_t>(n)];
-    return sum;
+double energy(const Sound& s, int from, int to) {
+    return testing_effects::energy(s.left, from, to) + testing_effects::energy(s.right, from, to);
 }
-double energy(const Signal& s, int from, int to) { return energy(s.left, from, to) + energy(s.right, from, to); }
+using testing_effects::energy;
 
-double peak(const Signal& s, int from = 0) {
-    double largest = 0.0;
-    for (std::size_t n = static_cast<std::size_t>(from); n < s.left.size(); ++n)
-        largest = std::max({largest, std::fabs(static_cast<double>(s.left[n])), std::fabs(static_cast<double>(s.right[n]))});
-    return largest;
+double peak(const Sound& s, int from = 0) {
+    return std::max(testing_effects::peak(s.left, from), testing_effects::peak(s.right, from));
 }
 
 // First sample that stands out of rounding; -1 if none does.
-int onset(const std::vector<float>& x) {
-    for (std::size_t n = 0; n < x.size(); ++n)
-        if (std::fabs(x[n]) > 1e-6f) return static_cast<int>(n);
-    return -1;
-}
+int onset(const std::vector<float>& x) { return testing_effects::onset(x, 1e-6f); }
 
 // Seconds to fall by 60 dB, from the -5 to -15 dB stretch of the backward energy integral of the impulse
 // response (Schroeder 1965).
 double decayTime(ReverbVariant variant, const Values& values, double seconds = 3.0) {
     constexpr float rate = 32000.0f;
     const int count = static_cast<int>(rate * seconds);
-    const Signal s = response(variant, rate, values, impulse(count, 1.0f, 1.0f));
+    const Sound s = response(variant, rate, values, impulse(count, 1.0f, 1.0f));
     const double whole = energy(s, 1, count);
     int from = 0, to = 0;
     double left = whole;
@@ -131,23 +89,23 @@ INSTANTIATE_TEST_SUITE_P(Variant, EveryReverb, ::testing::ValuesIn(reverbs),
                          [](const auto& made) { return std::to_string(static_cast<int>(made.param)); });
 
 TEST_P(EveryReverb, PassesTheInputUnchangedWithoutMix) {
-    const Signal in = noise(5000, 0.7, 5000);
+    const Sound in = noise(5000, 0.7f);
     EXPECT_EQ(rendered(GetParam(), 88200.0f, {0.0f, 0.6f, 0.3f, 0.5f, 0.4f}, in), in);
 }
 
 TEST_P(EveryReverb, SoundsTheSameInBlocksOfAnyLength) {
     constexpr int count = sanitized ? 12000 : 40000;
-    const Signal in = noise(count, 0.5, count / 2);
+    const Sound in = noise(count, 0.5f, count / 2);
     const Values values{0.7f, 0.4f, 0.3f, 0.6f, 0.3f};
-    const Signal whole = rendered(GetParam(), 88200.0f, values, in, count);
+    const Sound whole = rendered(GetParam(), 88200.0f, values, in, count);
     for (const int block : {1, 88, 5000}) EXPECT_EQ(rendered(GetParam(), 88200.0f, values, in, block), whole) << block;
 }
 
 TEST_P(EveryReverb, SoundsTheSameInBlocksOfAnyLengthWhereItsLinesAreShorterThanABlock) {
-    const Signal in = noise(3000, 0.5, 1000);
+    const Sound in = noise(3000, 0.5f, 1000);
     for (const float rate : {2000.0f, 4000.0f, 8000.0f}) {
         const Values values{0.7f, 0.0f, 0.3f, 0.6f, 0.3f};
-        const Signal single = rendered(GetParam(), rate, values, in, 1);
+        const Sound single = rendered(GetParam(), rate, values, in, 1);
         for (const int block : {64, 200, 3000}) EXPECT_EQ(rendered(GetParam(), rate, values, in, block), single) << rate;
     }
 }
@@ -155,14 +113,11 @@ TEST_P(EveryReverb, SoundsTheSameInBlocksOfAnyLengthWhereItsLinesAreShorterThanA
 TEST_P(EveryReverb, StartsAfreshAfterAReset) {
     const Values values{0.8f, 0.7f, 0.3f, 0.6f, 0.2f};
     const auto reverb = makeReverb(GetParam(), 88200.0f, values);
-    const Signal in = noise(9000, 0.5, 3000);
-    Signal first = in;
-    run(*reverb, first);
+    const Sound in = noise(9000, 0.5f, 3000);
+    const Sound first = run(*reverb, in);
     for (int again = 0; again < 3; ++again) {
         reverb->reset();
-        Signal next = in;
-        run(*reverb, next);
-        EXPECT_EQ(next, first);
+        EXPECT_EQ(run(*reverb, in), first);
     }
 }
 
@@ -171,9 +126,9 @@ TEST_P(EveryReverb, StaysFiniteAndBoundedAtEveryRateAndSetting) {
     for (const float rate : everyRate())
         for (const Values& values : settings) {
             const int part = static_cast<int>(rate * (sanitized ? 0.02f : 0.05f));
-            const Signal in = noise(6 * part, 1.0, 2 * part);
-            const Signal out = rendered(GetParam(), rate, values, in, 256);
-            ASSERT_TRUE(allFinite(out.left.data(), out.right.data(), out.size())) << rate;
+            const Sound in = noise(6 * part, 1.0f, 2 * part);
+            const Sound out = rendered(GetParam(), rate, values, in, 256);
+            ASSERT_TRUE(allFinite(out.left.data(), out.right.data(), out.count())) << rate;
             EXPECT_LT(peak(out), 10.0) << rate;
             EXPECT_LT(energy(out, 0, 6 * part), 10.0 * energy(in, 0, 2 * part)) << rate;
         }
@@ -185,7 +140,7 @@ TEST_P(EveryReverb, DoesNotSwellAfterTheInputHasEnded) {
     for (const float rate : {8000.0f, 16000.0f})
         for (const Values& values : settings) {
             const int second = static_cast<int>(rate);
-            const Signal out = rendered(GetParam(), rate, values, noise(3 * second, 1.0, second / 5), 256);
+            const Sound out = rendered(GetParam(), rate, values, noise(3 * second, 1.0f, second / 5), 256);
             EXPECT_LT(energy(out, 2 * second, 3 * second), 1.02 * energy(out, second, 2 * second) + 1e-3)
                 << rate << " " << values[1] << " " << values[4];
         }
@@ -194,11 +149,11 @@ TEST_P(EveryReverb, DoesNotSwellAfterTheInputHasEnded) {
 TEST_P(EveryReverb, MakesNothingOfNothing) {
     for (const float rate : everyRate()) {
         const int count = static_cast<int>(rate * (sanitized ? 0.1f : 0.5f));
-        const Signal silence = rendered(GetParam(), rate, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f}, Signal(count), 300);
-        ASSERT_TRUE(allFinite(silence.left.data(), silence.right.data(), silence.size()));
+        const Sound silence = rendered(GetParam(), rate, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f}, Sound(count), 300);
+        ASSERT_TRUE(allFinite(silence.left.data(), silence.right.data(), silence.count()));
         EXPECT_LT(peak(silence), 2e-4) << rate;
-        const Signal faint = rendered(GetParam(), rate, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f}, noise(count, 1e-39, count), 300);
-        ASSERT_TRUE(allFinite(faint.left.data(), faint.right.data(), faint.size()));
+        const Sound faint = rendered(GetParam(), rate, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f}, noise(count, 1e-39f, count), 300);
+        ASSERT_TRUE(allFinite(faint.left.data(), faint.right.data(), faint.count()));
         EXPECT_LT(peak(faint), 2e-4) << rate;
     }
 }
@@ -207,16 +162,16 @@ TEST_P(EveryReverb, AnswersAnImpulseAtEveryRate) {
     for (const float rate : everyRate()) {
         const Values values{1.0f, 0.5f, 0.5f, 0.5f, 0.2f};
         const int count = static_cast<int>(rate * (sanitized ? 0.25f : 0.5f));
-        const Signal out = response(GetParam(), rate, values, impulse(count, 1.0f, 1.0f));
-        ASSERT_TRUE(allFinite(out.left.data(), out.right.data(), out.size()));
-        EXPECT_GT(energy(out.left, 0, out.size()), 1e-4) << rate;
-        EXPECT_GT(energy(out.right, 0, out.size()), 1e-4) << rate;
+        const Sound out = response(GetParam(), rate, values, impulse(count, 1.0f, 1.0f));
+        ASSERT_TRUE(allFinite(out.left.data(), out.right.data(), out.count()));
+        EXPECT_GT(energy(out.left, 0, out.count()), 1e-4) << rate;
+        EXPECT_GT(energy(out.right, 0, out.count()), 1e-4) << rate;
         EXPECT_LT(peak(out), 2.0) << rate;
     }
 }
 
 TEST_P(EveryReverb, HoldsParametersToTheirRange) {
-    const Signal in = noise(4000, 0.5, 1000);
+    const Sound in = noise(4000, 0.5f, 1000);
     EXPECT_EQ(rendered(GetParam(), 88200.0f, {7, 5, -3, 2, -1}, in), rendered(GetParam(), 88200.0f, {1, 1, 0, 1, 0}, in));
     const float nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_EQ(rendered(GetParam(), 88200.0f, {1, nan, nan, nan, nan}, in), rendered(GetParam(), 88200.0f, {1, 0, 0, 0, 0}, in));
@@ -232,7 +187,7 @@ TEST_P(EveryReverb, IgnoresAnEmptyBlock) {
 }
 
 TEST(Reverb, NumbersWithoutAnEffectPassAudio) {
-    const Signal in = noise(200, 0.5, 200);
+    const Sound in = noise(200);
     for (const int variant : {2, 3, 5, -1, 14, 1000})
         EXPECT_EQ(rendered(ReverbVariant{variant}, 88200.0f, {1, 0.5f, 0.5f, 0.5f, 0.5f}, in), in) << variant;
 }
@@ -247,10 +202,10 @@ protected:
 TEST_F(MeasuredReverb, SpreadsAMonoImpulseOverBothSides) {
     for (const ReverbVariant variant : reverbs) {
         if (variant == ReverbVariant::laserPunch) continue;
-        const Signal out = response(variant, 88200.0f, {1.0f, 0.5f, 0.3f, 0.4f, 0.4f}, impulse(60000, 1.0f, 1.0f));
+        const Sound out = response(variant, 88200.0f, {1.0f, 0.5f, 0.3f, 0.4f, 0.4f}, impulse(60000, 1.0f, 1.0f));
         double product = 0.0;
         for (std::size_t n = 1; n < out.left.size(); ++n) product += static_cast<double>(out.left[n]) * out.right[n];
-        const double left = energy(out.left, 1, out.size()), right = energy(out.right, 1, out.size());
+        const double left = energy(out.left, 1, out.count()), right = energy(out.right, 1, out.count());
         EXPECT_LT(std::fabs(product) / std::sqrt(left * right), 0.3) << static_cast<int>(variant);
         EXPECT_LT(std::fabs(10.0 * std::log10(left / right)), 3.0) << static_cast<int>(variant);
     }
@@ -285,10 +240,10 @@ TEST_F(MeasuredReverb, LosesItsTrebleFasterTheMoreDamping) {
                                         ReverbVariant::infinity, ReverbVariant::big, ReverbVariant::hall, ReverbVariant::room}) {
         double last = 1e9;
         for (const float damp : {0.0f, 0.5f, 1.0f}) {
-            const Signal out = response(variant, 88200.0f, {1.0f, 0.5f, damp, 0.2f, 0.3f}, impulse(60000, 1.0f, 1.0f));
+            const Sound out = response(variant, 88200.0f, {1.0f, 0.5f, damp, 0.2f, 0.3f}, impulse(60000, 1.0f, 1.0f));
             double steps = 0.0;
             for (std::size_t n = 20001; n < out.left.size(); ++n) steps += std::pow(out.left[n] - out.left[n - 1], 2.0);
-            const double treble = steps / energy(out.left, 20000, out.size());
+            const double treble = steps / energy(out.left, 20000, out.count());
             EXPECT_LT(treble, last) << static_cast<int>(variant) << " damp " << damp;
             last = treble;
         }
@@ -297,8 +252,8 @@ TEST_F(MeasuredReverb, LosesItsTrebleFasterTheMoreDamping) {
 
 // A predelay shifts the wet sound by whole samples and changes nothing else.
 void expectPredelay(ReverbVariant variant, const Values& near, const Values& far, int samples) {
-    const Signal in = impulse(30000 + samples, 0.7f, -0.4f);
-    const Signal early = rendered(variant, 88200.0f, near, in), late = rendered(variant, 88200.0f, far, in);
+    const Sound in = impulse(30000 + samples, 0.7f, -0.4f);
+    const Sound early = rendered(variant, 88200.0f, near, in), late = rendered(variant, 88200.0f, far, in);
     for (std::size_t n = 0; n < 30000; ++n) {
         const std::size_t later = n + static_cast<std::size_t>(samples);
         ASSERT_EQ(late.left[later], early.left[n]) << static_cast<int>(variant) << " at " << n;
@@ -314,7 +269,7 @@ TEST(Reverb, PredelayCountsInSamples) {
 }
 
 TEST(OldReverb, HasNoPredelayUpToATwentieth) {
-    const Signal in = impulse(9000, 0.7f, 0.7f);
+    const Sound in = impulse(9000, 0.7f, 0.7f);
     for (const ReverbVariant variant : oldReverbs) {
         EXPECT_EQ(rendered(variant, 88200.0f, {1, 0.4f, 0.3f, 0.5f, 0.05f}, in),
                   rendered(variant, 88200.0f, {1, 0.4f, 0.3f, 0.5f, 0.0f}, in));
@@ -326,7 +281,7 @@ TEST(OldReverb, HasNoPredelayUpToATwentieth) {
 TEST(OldReverb, APredelayLongerThanItsRingWraps) {
     // 124800 samples at the longest and fastest, 26496 in a ring of 32768.
     for (const ReverbVariant variant : oldReverbs) {
-        const Signal out = rendered(variant, 192000.0f, {1, 1.0f, 0.3f, 0.0f, 1.0f}, impulse(32000, 1.0f, 0.0f));
+        const Sound out = rendered(variant, 192000.0f, {1, 1.0f, 0.3f, 0.0f, 1.0f}, impulse(32000, 1.0f, 0.0f));
         EXPECT_EQ(onset(out.left), 26496);
         EXPECT_EQ(onset(out.right), 26496);
     }
@@ -335,11 +290,11 @@ TEST(OldReverb, APredelayLongerThanItsRingWraps) {
 TEST(OldReverb, WhatWaitsInThePredelayReturnsWhenItIsTurnedUpAgain) {
     for (const ReverbVariant variant : oldReverbs) {
         const Values far{1, 0.4f, 0.3f, 0.5f, 0.5f};  // 14332 samples
-        const Signal in = noise(19000, 0.5, 4000);
-        const Signal unbroken = rendered(variant, 88200.0f, far, in, 100);
+        const Sound in = noise(19000, 0.5f, 4000);
+        const Sound unbroken = rendered(variant, 88200.0f, far, in, 100);
         const auto reverb = makeReverb(variant, 88200.0f, far);
-        Signal out = in;
-        for (int done = 0; done < out.size(); done += 100) {
+        Sound out = in;
+        for (int done = 0; done < out.count(); done += 100) {
             reverb->setParameter(4, done < 5000 || done >= 14000 ? far[4] : 0.0f);
             reverb->process(out.left.data() + done, out.right.data() + done, 100);
         }
@@ -351,8 +306,8 @@ TEST(OldReverb, WhatWaitsInThePredelayReturnsWhenItIsTurnedUpAgain) {
 
 TEST(OldReverb, IsFedWithBothSidesAlike) {
     for (const ReverbVariant variant : oldReverbs) {
-        const Signal left = response(variant, 88200.0f, {1, 0.4f, 0.3f, 0.5f, 0}, impulse(30000, 1.0f, 0.0f));
-        const Signal right = response(variant, 88200.0f, {1, 0.4f, 0.3f, 0.5f, 0}, impulse(30000, 0.0f, 1.0f));
+        const Sound left = response(variant, 88200.0f, {1, 0.4f, 0.3f, 0.5f, 0}, impulse(30000, 1.0f, 0.0f));
+        const Sound right = response(variant, 88200.0f, {1, 0.4f, 0.3f, 0.5f, 0}, impulse(30000, 0.0f, 1.0f));
         for (std::size_t n = 1; n < left.left.size(); ++n) {
             ASSERT_NEAR(left.left[n], right.left[n], 1e-7f) << n;
             ASSERT_NEAR(left.right[n], right.right[n], 1e-7f) << n;
@@ -378,7 +333,7 @@ TEST(OldReverb, LengthsFormALadderAndTheSidesInterleave) {
 }
 
 TEST(ReverbCold, HasNoSwirlAndItsThirdParameterDiffusesOnlyAboveAFifth) {
-    const Signal in = noise(8000, 0.5, 2000);
+    const Sound in = noise(8000, 0.5f, 2000);
     const auto sound = [&](float diffusion) {
         return rendered(ReverbVariant::cold, 88200.0f, {1, 0.4f, 0.3f, diffusion, 0.5f}, in);
     };
@@ -399,8 +354,8 @@ TEST_F(MeasuredReverb, AtFullDecayReverbBigLosesOnlyWhatIsDamped) {
     EXPECT_EQ(tankPlan(ReverbVariant::big, parameters, 88200.0f).loopGain, 1.0);
     // Undamped, the tail of a low tone stands nearly still; the fixed low-cut takes the rest.
     const auto kept = [](float damp, float decay) {
-        Signal in = noise(88200 * 2, 0.5, 8000);
-        const Signal out = rendered(ReverbVariant::big, 88200.0f, {1, 0.2f, damp, 0.0f, decay}, in);
+        Sound in = noise(88200 * 2, 0.5f, 8000);
+        const Sound out = rendered(ReverbVariant::big, 88200.0f, {1, 0.2f, damp, 0.0f, decay}, in);
         return energy(out, 150000, 170000) / energy(out, 40000, 60000);
     };
     EXPECT_GT(kept(0.0f, 1.0f), 0.05);
@@ -408,9 +363,9 @@ TEST_F(MeasuredReverb, AtFullDecayReverbBigLosesOnlyWhatIsDamped) {
     EXPECT_LT(kept(0.0f, 0.8f), 0.2 * kept(0.0f, 1.0f));
 }
 
-TEST(LaserPunch, WithoutAStageBlendsTheSignalWithItselfAndALittleMore) {
-    const Signal in = noise(500, 0.5, 500);
-    const Signal out = rendered(ReverbVariant::laserPunch, 88200.0f, {0.5f, 0.0124f, 0.5f, 0.5f, 0.5f}, in);
+TEST(LaserPunch, WithoutAStageBlendsTheSoundWithItselfAndALittleMore) {
+    const Sound in = noise(500);
+    const Sound out = rendered(ReverbVariant::laserPunch, 88200.0f, {0.5f, 0.0124f, 0.5f, 0.5f, 0.5f}, in);
     for (std::size_t n = 0; n < in.left.size(); ++n) {
         const double wet = static_cast<float>(in.left[n] + 0.00001);
         ASSERT_EQ(out.left[n], static_cast<float>(in.left[n] * 0.75 + wet * 0.25));
@@ -419,10 +374,10 @@ TEST(LaserPunch, WithoutAStageBlendsTheSignalWithItselfAndALittleMore) {
 }
 
 TEST(LaserPunch, KeepsTheEnergyOfAnImpulseAndDelaysItsBass) {
-    const Signal out = response(ReverbVariant::laserPunch, 88200.0f, {1, 1.0f, 0.2f, 0, 0}, impulse(88200, 1.0f, 0.0f));
-    EXPECT_NEAR(energy(out.left, 0, out.size()), 1.0, 0.01);
+    const Sound out = response(ReverbVariant::laserPunch, 88200.0f, {1, 1.0f, 0.2f, 0, 0}, impulse(88200, 1.0f, 0.0f));
+    EXPECT_NEAR(energy(out.left, 0, out.count()), 1.0, 0.01);
     EXPECT_LT(peak(out), 0.9);
-    EXPECT_EQ(energy(out.right, 0, out.size()), 0.0);
+    EXPECT_EQ(energy(out.right, 0, out.count()), 0.0);
 }
 
 TEST(LaserPunch, HasUpToEightyStages) {
@@ -439,8 +394,8 @@ TEST_F(MeasuredReverb, AHardPannedInputReachesBothOutputs) {
         const Values values{1.0f, 0.5f, 0.5f, 0.0f, 0.5f};
         for (int i = 0; i < 5; ++i) parameters.set(i, values[static_cast<std::size_t>(i)]);
         const TankPlan plan = tankPlan(variant, parameters, 88200.0f);
-        const Signal left = response(variant, 88200.0f, values, impulse(50000, 1.0f, 0.0f));
-        const Signal right = response(variant, 88200.0f, values, impulse(50000, 0.0f, 1.0f));
+        const Sound left = response(variant, 88200.0f, values, impulse(50000, 1.0f, 0.0f));
+        const Sound right = response(variant, 88200.0f, values, impulse(50000, 0.0f, 1.0f));
         EXPECT_GT(energy(left.left, 0, 50000), 0.05 * energy(left.right, 0, 50000));
         EXPECT_GT(energy(right.right, 0, 50000), 0.05 * energy(right.left, 0, 50000));
         if (plan.diffusion > 0.2) continue;  // there the sides cross back
@@ -455,11 +410,9 @@ TEST_F(MeasuredReverb, AHardPannedInputReachesBothOutputs) {
 TEST(ReverbTank, RoomEmptiesTheLinesThatAnotherShapeFilled) {
     const auto tailAfter = [](ReverbVariant first, ReverbVariant second) {
         const auto reverb = makeReverb(first, 88200.0f, {1, 0.8f, 0.2f, 0.0f, 0.0f});
-        Signal in = noise(20000, 0.5, 20000), silence(20000);
-        run(*reverb, in);
+        run(*reverb, noise(20000));
         reverb->setVariant(static_cast<int>(second));
-        run(*reverb, silence);
-        return energy(silence, 2000, 20000);
+        return energy(run(*reverb, Sound(20000)), 2000, 20000);
     };
     EXPECT_LT(tailAfter(ReverbVariant::hall, ReverbVariant::room), 0.02 * tailAfter(ReverbVariant::hall, ReverbVariant::hall));
     EXPECT_GT(tailAfter(ReverbVariant::room, ReverbVariant::room), 1.0);
@@ -469,10 +422,10 @@ TEST(ReverbTank, RoomEmptiesTheLinesThatAnotherShapeFilled) {
 TEST_F(MeasuredReverb, SwirlKeepsTheTailInMotion) {
     for (const ReverbVariant variant : tanks) {
         if (variant == ReverbVariant::cold) continue;
-        const Signal in = impulse(60000, 1.0f, 1.0f);
-        const Signal still = rendered(variant, 88200.0f, {1, 0.5f, 0.3f, 0.0f, 0.5f}, in);
-        const Signal swirling = rendered(variant, 88200.0f, {1, 0.5f, 0.3f, 0.8f, 0.5f}, in);
-        Signal difference = still;
+        const Sound in = impulse(60000, 1.0f, 1.0f);
+        const Sound still = rendered(variant, 88200.0f, {1, 0.5f, 0.3f, 0.0f, 0.5f}, in);
+        const Sound swirling = rendered(variant, 88200.0f, {1, 0.5f, 0.3f, 0.8f, 0.5f}, in);
+        Sound difference = still;
         for (std::size_t n = 0; n < still.left.size(); ++n) difference.left[n] -= swirling.left[n];
         EXPECT_GT(energy(difference.left, 20000, 60000), 0.1 * energy(still.left, 20000, 60000)) << static_cast<int>(variant);
     }
@@ -485,12 +438,12 @@ TEST(Reverb, EveryTypeOfTheFamilySoundsThroughASlot) {
     for (const int type : {2, 3, 4, 24, 25, 26, 27, 28, 29, 30, 69}) {
         slot->setType(type);
         for (int i = 0; i < 5; ++i) slot->setParameter(i, effectType(type).defaults[static_cast<std::size_t>(i)]);
-        Signal s = impulse(30000, 1.0f, 1.0f);
-        slot->process(s.left.data(), s.right.data(), s.size());
-        EXPECT_GT(energy(s, 20, s.size()), 1e-3) << type;
+        Sound s = impulse(30000, 1.0f, 1.0f);
+        slot->process(s.left.data(), s.right.data(), s.count());
+        EXPECT_GT(energy(s, 20, s.count()), 1e-3) << type;
         slot->clearState();
-        Signal silence(2000);
-        slot->process(silence.left.data(), silence.right.data(), silence.size());
+        Sound silence(2000);
+        slot->process(silence.left.data(), silence.right.data(), silence.count());
         EXPECT_LT(peak(silence), 1e-4) << type;
     }
 }
