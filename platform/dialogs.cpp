@@ -13,7 +13,7 @@ namespace {
 std::string formatted(const char* format, std::va_list arguments) {
     std::va_list again;
     va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, again);
+    const int length = std::vsnprintf(nullptr, 0, format, again);  // NOLINT(clang-analyzer-valist.Uninitialized)
     va_end(again);
     if (length < 0) return format;
     std::vector<char> text(static_cast<std::size_t>(length) + 1);

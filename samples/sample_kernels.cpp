@@ -116,6 +116,7 @@ void writeSampleGuards(Sample& sample, bool loop) {
     if (!isPlayable(sample)) return;
     const std::int32_t start = clampTo(sample.loopStart, 0, sample.length - 1);
     for (const auto& level : sample.levels) {
+        if (level == nullptr) continue;
         std::int16_t* const end = level.get() + sample.length;
         for (int i = 0; i < guardSamples; ++i) end[i] = loop ? level[static_cast<std::size_t>(start + i)] : end[-1];
     }

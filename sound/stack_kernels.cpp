@@ -70,7 +70,7 @@ struct StackPhases {
     std::uint32_t phase[voices], step[voices];
 
     StackPhases(const OscillatorState& state, int ssWave) {
-        std::uint32_t steps[stackVoices];
+        std::uint32_t steps[stackVoices] = {};
         stackSteps(ssWave, state.increment, state.blendPending, steps);
         for (int k = 0; k < voices; ++k) {
             phase[k] = state.subPhase[k] << 8;

@@ -104,7 +104,7 @@ void OutputStage::renderGroup(const float* f1, const float* f2, int count, LaneM
         const Quad product = gain[ring] * a * b;
         Quad left = gain[left1] * a + gain[left2] * b + product;
         Quad right = gain[right1] * a + gain[right2] * b + product;
-        const Quad dryLeft = left, dryRight = right;
+        const Quad dryLeft = left, dryRight = right;  // NOLINT(performance-unnecessary-copy-initialization)
         if constexpr (withBass) {
             memory[bassLeft] = keepBass * memory[bassLeft] + dryLeft * kb;
             memory[bassRight] = keepBass * memory[bassRight] + dryRight * kb;
