@@ -1,7 +1,9 @@
 // All types of the slot under every rate and input, and changes of type without end.
+#include <atomic>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <thread>
 
 #include "effects/multieffect.h"
 #include "tests/effects/effect_run.h"
@@ -80,6 +82,30 @@ TEST(EveryType, MayFollowAnyOtherOnEveryBlock) {
         stormy->random = fresh->random;
         EXPECT_EQ(run(stormy->slot, next, block), run(fresh->slot, next, block)) << "type " << type;
     }
+}
+
+// The window sets types and parameters straight on the slots while they play: a click may come of it, nothing worse.
+TEST(EveryType, MayComeFromAnotherThreadWhileAudioRuns) {
+    const auto box = std::make_unique<Box>();
+    std::atomic<bool> done{false};
+    std::thread window([&] {
+        LinearCongruence generator{5};
+        while (!done) {
+            box->slot.setType(static_cast<int>(generator.unit() * 76.99f));
+            for (int k = 0; k < 5; ++k) box->slot.setParameter(k, generator.unit());
+        }
+    });
+    const Sound in = noise(88, 0.5f);
+    bool finite = true;
+    for (int block = 0; block < (sanitized ? 1000 : 10000); ++block) {
+        const Sound out = run(box->slot, in);
+        finite = finite && allFinite(out.left.data(), out.right.data(), out.count());
+    }
+    done = true;
+    window.join();
+    EXPECT_TRUE(finite);
+    box->use(0, {});
+    EXPECT_EQ(run(box->slot, in), in);
 }
 
 }  // namespace

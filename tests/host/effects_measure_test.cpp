@@ -12,6 +12,7 @@
 #include "base/random.h"
 #include "effects/multieffect.h"
 #include "engine/denormals.h"
+#include "tests/host/audio_watch.h"
 #include "tests/host/instrument.h"
 
 using namespace testhost;
@@ -194,6 +195,25 @@ TEST_P(EverySlot, PlaysEveryTypeAsTheSlotDoesAlone) {
             const Sound wanted = alone(type, values, dry, !isMaster, rate, block);
             EXPECT_LT(shareApart(wet, wanted, isMaster ? 0 : rate / 1000, tolerance), 1e-3) << type;
         }
+    }
+}
+
+TEST(MeasuredEffects, NoTypeTakesMemoryOrALockOrMakesASystemCall) {
+    constexpr int frames = 256;
+    Instrument instrument;
+    wire::Effect* const effect = instrument.host().effect();
+    std::vector<float> left(frames), right(frames);
+    float* outputs[] = {left.data(), right.data()};
+    AudioWatch::clearCounts();
+    for (int type = 0; type < effectTypeCount; ++type) {
+        for (const Place* place : {&master, &firstInsert, &secondInsert})
+            choose(instrument, *place, type, effectType(type).defaults);
+        for (int block = 0; block < 3; ++block) {
+            const AudioWatch watch;
+            effect->render(effect, nullptr, outputs, frames);
+        }
+        EXPECT_EQ(AudioWatch::allocations() + AudioWatch::releases() + AudioWatch::locks() + AudioWatch::systemCalls(), 0)
+            << type;
     }
 }
 
