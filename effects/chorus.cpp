@@ -27,7 +27,7 @@ float stepRotor(float& phase, double increment) {
 
 float phaserCoefficient(float u, float sampleRate) {
     const float f = static_cast<float>(fastExp(-6.0f * u)) / sampleRate;
-    return clampTo(1.0f - 132300.0f * f + 1944810000.0f * f * f, -0.9999f, 0.9999f);
+    return clampTo(1.0f - 132300.0f * f + 1944810000.0f * f * f, -1.0f, 0.9999f);
 }
 
 Chorus::Chorus(RandomSources& random) : random_(random) {}

@@ -10,7 +10,7 @@
 namespace vantoric {
 
 // Coefficient of the phasers' allpass stages at u, from 0 (1 / sampleRate) down to lower frequencies as u
-// grows. From 44100 Hz on the law itself keeps the stages stable; below it is held to where they are.
+// grows. From 44100 Hz on the law itself keeps the stages stable, at -1 and above; below it is held there.
 float phaserCoefficient(float u, float sampleRate);
 
 // Audio thread only. Nothing allocates after construction.

@@ -186,9 +186,17 @@ TEST(Phaser, TheSidesOfThePhaserStereoMoveAgainstOneAnother) {
     EXPECT_NE(b.left, b.right);
 }
 
-TEST(Phaser, ItsCoefficientStaysBelowOneAtEveryRate) {
+TEST(Phaser, ItsCoefficientReachesMinusOneAt44100HertzAndNeverLeavesTheUnit) {
+    EXPECT_FLOAT_EQ(phaserCoefficient(0.0f, 44100.0f), -1.0f);
+    EXPECT_FLOAT_EQ(phaserCoefficient(0.0f, 88200.0f), -0.25f);
     for (const float sampleRate : {8000.0f, 16000.0f, 22050.0f, 44100.0f, 88200.0f, 192000.0f})
-        for (float u = 0.0f; u < 1.3f; u += 0.01f) EXPECT_LT(std::fabs(phaserCoefficient(u, sampleRate)), 1.0f) << sampleRate;
+        for (float u = 0.0f; u < 1.3f; u += 0.01f) EXPECT_LE(std::fabs(phaserCoefficient(u, sampleRate)), 1.0f) << sampleRate;
+    // At the edge it neither swells nor stays.
+    Box box(phaser, {1.0f, 0.5f, 0.0f, 1.0f, 1.0f}, 44100.0f);
+    Sound in = noise(200000, 0.5f, 100000);
+    const Sound out = box.play(in);
+    EXPECT_LT(peak(out.left, 0, 100000), 1.0f);
+    EXPECT_LT(peak(out.left, 101000), 0.001f);
 }
 
 // Lowest points of the level of a constant input, in Hz.
