@@ -6,20 +6,33 @@
 
 namespace vantoric {
 
-// 32-bit linear congruence. Step first, then use.
+// One step of the 32-bit linear congruence, for a number or for lanes of them.
+template <class Bits>
+constexpr Bits congruenceStep(const Bits& state) {
+    return state * Bits(196314165u) + Bits(907633515u);
+}
+
+// The mixer of the hash generator, likewise.
+template <class Bits>
+constexpr Bits hashMix(Bits v) {
+    v = (v ^ (v >> 17)) * Bits(0xed5ad4bbu);
+    v = (v ^ (v >> 11)) * Bits(0xac4c1b51u);
+    v = (v ^ (v >> 15)) * Bits(0x31848babu);
+    return v ^ (v >> 14);
+}
+
+// Step first, then use.
 struct LinearCongruence {
     std::uint32_t state = 0;
 
     // Steps and returns the new state.
-    constexpr std::uint32_t next() {
-        state = state * 196314165u + 907633515u;
-        return state;
-    }
+    constexpr std::uint32_t next() { return state = congruenceStep(state); }
     // Steps and returns a float from 0 to 1.
     constexpr float unit() { return static_cast<float>(next()) * 2.33e-10f; }
-    // Passes over so many values, in a time that grows with the logarithm of their number.
+    // Passes over so many values, in as many rounds as their number has bits (F. Brown, "Random Number
+    // Generation with Arbitrary Strides", 1994).
     constexpr void skip(std::uint32_t steps) {
-        std::uint32_t factor = 196314165u, addend = 907633515u;
+        std::uint32_t addend = congruenceStep(0u), factor = congruenceStep(1u) - addend;
         for (; steps != 0; steps >>= 1) {
             if ((steps & 1u) != 0) state = state * factor + addend;
             addend *= factor + 1u;
@@ -28,41 +41,13 @@ struct LinearCongruence {
     }
 };
 
-// `count` steps of the congruence at once, for loops that give each lane a stretch of the sequence. Made in
-// as many rounds as `count` has bits (F. Brown, "Random Number Generation with Arbitrary Strides", 1994).
-class CongruenceJump {
-public:
-    constexpr explicit CongruenceJump(std::uint32_t count) {
-        std::uint32_t factor = 196314165u, addend = 907633515u;
-        for (; count != 0; count >>= 1) {
-            if ((count & 1) != 0) {
-                factor_ *= factor;
-                addend_ = addend_ * factor + addend;
-            }
-            addend *= factor + 1;
-            factor *= factor;
-        }
-    }
-    // The state `count` steps after `state`.
-    constexpr std::uint32_t operator()(std::uint32_t state) const { return state * factor_ + addend_; }
-
-private:
-    std::uint32_t factor_ = 1, addend_ = 0;
-};
-
 // Counter hashed through an integer mixer: neighbouring draws are independent.
 struct HashNoise {
     std::uint32_t counter = 0;
     std::uint32_t seed = 0x5eed1234u;
 
-    static constexpr std::uint32_t mix(std::uint32_t v) {
-        v = (v ^ (v >> 17)) * 0xed5ad4bbu;
-        v = (v ^ (v >> 11)) * 0xac4c1b51u;
-        v = (v ^ (v >> 15)) * 0x31848babu;
-        return v ^ (v >> 14);
-    }
     // Hashes the counter, then increments it.
-    constexpr std::uint32_t next() { return mix(counter++ ^ seed); }
+    constexpr std::uint32_t next() { return hashMix(counter++ ^ seed); }
     // A float from 0 to 1.
     constexpr float unit() { return static_cast<float>(next()) * 2.3283064e-10f; }
 };

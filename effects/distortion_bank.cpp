@@ -36,11 +36,10 @@ LaneMask DistortionBank::membersOf(int variant, LaneMask mask) const {
 }
 
 void DistortionBank::dealRandom(int count, LaneMask mask) {
-    const CongruenceJump jump(static_cast<std::uint32_t>(count));
     for (int voice = 0; voice < voiceCount; ++voice) {
         if (!contains(mask, voice)) continue;
         seed_[voice] = random_.congruence.state;
-        random_.congruence.state = jump(random_.congruence.state);
+        random_.congruence.skip(static_cast<std::uint32_t>(count));
     }
 }
 

@@ -78,12 +78,10 @@ inline T warpShape(T v) {
     return select(bound > T(3), T(-1), select(bound < T(-3), T(1), waveShape(v)));
 }
 
-// A parabola wave of half the height that turns at the whole steps: 0, 0.25, 0, -0.25, 0.
+// That wave at a quarter of its height.
 template <class T>
 inline T rippleShape(T v) {
-    const T u = fractionAbove(v);
-    const T w = u - T(0.5f);
-    return select(u < T(0.5f), (T(2) - T(4) * u) * u, T(4) * w * w - T(2) * w);
+    return T(0.25f) * waveShape(v);
 }
 
 // Whole levels, 1/q apart; 100 keeps the truncation on one side of zero.

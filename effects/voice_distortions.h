@@ -65,7 +65,16 @@ struct WetDry {
         wet = select(whole, T(full), drive * T(full / edge));
         dry = select(whole, T(0), T(1) - drive * T(1.0f / edge));
     }
+    T of(T shaped, T x) const { return wet * shaped + dry * x; }
 };
+
+// The sum of shape(v) over eight points from the last low-passed input to y, both `scale` times as large.
+template <class T, class Shape>
+inline T eightFromLast(DistortionMemory<T>& m, T y, Shape shape, float scale = 1.0f) {
+    const T p = m.last;
+    m.last = y;
+    return sumOfEight(T(scale) * p, T(scale) * y, shape);
+}
 
 // Common traits. gated: bypassed at small drive. filtered: step takes the low-passed input y as well. random:
 // draws from the congruence.
@@ -197,9 +206,7 @@ struct ShapTri : Filtered {
         return T(4) * (w * w - g * g);
     }
     T step(DistortionMemory<T>& m, T, T y) const {
-        const T p = m.last;
-        m.last = y;
-        return sumOfEight(p, y, [this](T v) { return shape(v); }) * T(1.0f / 64);
+        return eightFromLast(m, y, [this](T v) { return shape(v); }) * T(1.0f / 64);
     }
 };
 
@@ -219,9 +226,7 @@ struct ShapAsy : Filtered {
         return T(9.142858f) * (g * g - w * w);
     }
     T step(DistortionMemory<T>& m, T x, T y) const {
-        const T p = m.last;
-        m.last = y;
-        return share.wet * sumOfEight(p, y, [this](T v) { return shape(v); }) + share.dry * x;
+        return share.of(eightFromLast(m, y, [this](T v) { return shape(v); }), x);
     }
 };
 
@@ -242,9 +247,9 @@ struct ShapPul : Filtered {
         return select(absolute(z) <= T(1), inside, T(0));
     }
     T step(DistortionMemory<T>& m, T x, T y) const {
-        const T p = m.last;
-        m.last = y;
-        return share.wet * sumOfEight(T(2) * p, T(2) * y, [this](T v) { return shape(v); }) + share.dry * x;
+        return share.of(eightFromLast(
+                            m, y, [this](T v) { return shape(v); }, 2.0f),
+                        x);
     }
 };
 
@@ -258,9 +263,7 @@ struct ShapWar : Filtered {
         share.setup(s.drive, 1.0f / 64, 0.25f);
     }
     T step(DistortionMemory<T>& m, T x, T y) const {
-        const T p = m.last;
-        m.last = y;
-        return share.wet * sumOfEight(p, y, [this](T v) { return warpShape(v * gain); }) + share.dry * x;
+        return share.of(eightFromLast(m, y, [this](T v) { return warpShape(v * gain); }), x);
     }
 };
 
@@ -276,9 +279,9 @@ struct ShapHal : Filtered {
     }
     T shape(T v) const { return select(v * h <= T(0.25f), polynomialSine(v * turn), T(1)); }
     T step(DistortionMemory<T>& m, T x, T y) const {
-        const T p = m.last;
-        m.last = y;
-        return share.wet * sumOfEight(T(2) * p, T(2) * y, [this](T v) { return shape(v); }) + share.dry * x;
+        return share.of(eightFromLast(
+                            m, y, [this](T v) { return shape(v); }, 2.0f),
+                        x);
     }
 };
 
@@ -293,9 +296,7 @@ struct ShapZap : Filtered {
     }
     T shape(T v) const { return polynomialSine(quickExponential(v * gain) - T(1)); }
     T step(DistortionMemory<T>& m, T x, T y) const {
-        const T p = m.last;
-        m.last = y;
-        return share.wet * sumOfEight(p, y, [this](T v) { return shape(v); }) + share.dry * x;
+        return share.of(eightFromLast(m, y, [this](T v) { return shape(v); }), x);
     }
 };
 
@@ -315,9 +316,7 @@ struct ShapSym : Filtered {
         return select(absolute(z) <= T(1), T(2) * (T(2) * square - square * square), T(2)) - centre;
     }
     T step(DistortionMemory<T>& m, T x, T y) const {
-        const T p = m.last;
-        m.last = y;
-        return share.wet * sumOfEight(p, y, [this](T v) { return shape(v); }) + share.dry * x;
+        return share.of(eightFromLast(m, y, [this](T v) { return shape(v); }), x);
     }
 };
 
@@ -358,8 +357,7 @@ struct Degrade : Plain {
 // One draw of the congruence as a number from 0 to 2^32.
 template <class T>
 inline T draw(IntegersOf<T>& state) {
-    using Bits = IntegersOf<T>;
-    state = state * Bits(196314165u) + Bits(907633515u);
+    state = congruenceStep(state);
     return lanesTo<T>(state);
 }
 
@@ -406,7 +404,7 @@ struct Scream : Plain {
         const T t = s + select(m.accumulator > T(0), slope, -slope);
         const T bounded = limit(t, T(-1), T(1));
         m.previousBit = bounded;
-        return share.dry * x + share.wet * (T(2) * bounded);
+        return share.of(T(2) * bounded, x);
     }
 };
 

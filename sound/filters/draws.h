@@ -71,17 +71,14 @@ public:
 
     // The next value of the linear congruence, 0 to 2^32 - 1.
     T congruence() {
-        congruence_ = congruence_ * Bits(196314165u) + Bits(907633515u);
+        congruence_ = congruenceStep(congruence_);
         return fromUnsigned<T>(congruence_);
     }
     // The next value of the hash generator, 0 to 2^32 - 1.
     T hash() {
-        Bits v = counter_ ^ Bits(seed_);
-        v = (v ^ (v >> 17)) * Bits(0xed5ad4bbu);
-        v = (v ^ (v >> 11)) * Bits(0xac4c1b51u);
-        v = (v ^ (v >> 15)) * Bits(0x31848babu);
+        const Bits drawn = hashMix(counter_ ^ Bits(seed_));
         counter_ = counter_ + Bits(1u);
-        return fromUnsigned<T>(v ^ (v >> 14));
+        return fromUnsigned<T>(drawn);
     }
 
 private:
