@@ -190,8 +190,7 @@ private:
         for (const int key : keys) {
             const double stray =
                 human_ > 0.0
-                    ? human_ *
-                          (2.0 * HashNoise::mix(noteNumber_++ * 16 + static_cast<std::uint32_t>(channel_)) / 4294967295.0 - 1.0)
+                    ? human_ * (2.0 * hashMix(noteNumber_++ * 16 + static_cast<std::uint32_t>(channel_)) / 4294967295.0 - 1.0)
                     : 0.0;
             const double velocity = velocity_.at(time_ - velocityStart_) + louder + stray;
             cutShort(key);

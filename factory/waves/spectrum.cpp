@@ -76,9 +76,7 @@ Spectrum pulse(double width) {
     return result;
 }
 
-double chance(std::uint32_t seed, std::uint32_t index) {
-    return HashNoise::mix(index ^ HashNoise::mix(seed)) * 2.3283064365386963e-10;
-}
+double chance(std::uint32_t seed, std::uint32_t index) { return hashMix(index ^ hashMix(seed)) * 2.3283064365386963e-10; }
 
 Workshop::Workshop() : fine_(drawnLength), cycle_(cycleLength) {}
 

@@ -34,6 +34,11 @@ inline double law(double x) {
 // Pitch in Hz of a key with the instrument at rest: key 69 is 220 Hz.
 inline double keyFrequency(int key) { return 523.2511306 * std::pow(1.059463094359, key) * 0.0078125; }
 
+// What the 24-bit increment makes of a frequency: its fraction is dropped.
+inline double heldPitch(double frequency, double internalRate) {
+    return std::floor(frequency / internalRate * 16777216.0) / 16777216.0 * internalRate;
+}
+
 inline double centsBetween(double a, double b) { return 1200.0 * std::log2(a / b); }
 
 // One instance with one oscillator of layer 1 sounding straight through, everything else at rest.

@@ -30,11 +30,6 @@ double pitchOf(Instrument& instrument, int key, double expected) {
                        instrument.rate);
 }
 
-// What the 24-bit increment makes of a frequency: its fraction is dropped.
-double heldPitch(double frequency, double internalRate) {
-    return std::floor(frequency / internalRate * 16777216.0) / 16777216.0 * internalRate;
-}
-
 }  // namespace
 
 TEST(Measured, PitchIsThatOfTheKeyTableWithinATenthOfACent) {
