@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <set>
 
@@ -293,6 +294,7 @@ private:
             if (!row.json.is_array() || row.json.size() != 3) row.refuse("should be [ratio, level, seconds]");
             const Partial partial{row.at(0).number(), row.at(1).number(), row.at(2).number()};
             if (!(partial.ratio > 0.0 && partial.seconds > 0.0)) row.refuse("ratio and seconds should be above 0");
+            if (!(std::fabs(partial.level) <= 1.0)) row.refuse("the level should be from -1 to 1");
             partials.push_back(partial);
         }
         const double seconds = node.has("seconds") ? node.at("seconds").number() : usualStruck;

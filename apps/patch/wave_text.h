@@ -22,7 +22,7 @@ Cycle cycleOfHarmonics(std::span<const double> amplitudes);
 // 20 kHz are left out. `seconds`: more than 0, at most `longestStruck`.
 struct Partial {
     double ratio;    // of the fundamental, above 0
-    double level;    // at the stroke
+    double level;    // at the stroke, -1 to 1
     double seconds;  // until it is 60 dB down, above 0
 };
 inline constexpr std::uint32_t struckRate = 44100;

@@ -326,6 +326,8 @@ TEST(PatchError, NamesPlacesInGroups) {
               "layers[1].sample1.partials[1]: should be [ratio, level, seconds]");
     EXPECT_EQ(layerError(R"("sample1": {"partials": [[1, 1, 0]]})"),
               "layers[1].sample1.partials[1]: ratio and seconds should be above 0");
+    EXPECT_EQ(layerError(R"("sample1": {"partials": [[1, 1e300, 1]]})"),
+              "layers[1].sample1.partials[1]: the level should be from -1 to 1");
     EXPECT_EQ(layerError(R"("sample1": {"partials": [[1, 1, 1]], "seconds": 11})"),
               "layers[1].sample1.seconds: should be above 0, at most 10");
 }
