@@ -1,12 +1,8 @@
 // Kernels that read the frame of a wave that Pw chooses.
 #include <algorithm>
-#include <cstring>
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 #include "sound/fm_loop.h"
+#include "sound/four_reads.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
 
@@ -14,8 +10,7 @@ namespace vantoric::kernels {
 
 namespace {
 
-constexpr int group = 8;                         // samples that are read at once where no wrap is near
-constexpr std::uint32_t lastPair = 2047u << 13;  // from here on the right neighbour is sample 0
+constexpr int group = 8;  // samples that are read at once where no wrap is near
 
 bool isReady(const OscillatorState& state) { return state.table != nullptr && state.frame >= 0; }
 
@@ -29,30 +24,7 @@ int blendRead(const std::int16_t* near, const std::int16_t* far, int blend, std:
 
 #if defined(__SSE2__)
 
-// The sample at a phase and its right neighbour, as the low and high half of a word.
-int samplePair(const std::int16_t* cycle, std::uint32_t phase) {
-    int pair;
-    std::memcpy(&pair, cycle + (phase >> 13), sizeof pair);
-    return pair;
-}
-
-// The weights 8192 - frac and frac of four phases, in the same halves.
-__m128i linearWeights(__m128i phase) {
-    const __m128i frac = _mm_and_si128(phase, _mm_set1_epi32(0x1fff));
-    return _mm_add_epi32(_mm_set1_epi32(8192), _mm_sub_epi32(_mm_slli_epi32(frac, 16), frac));
-}
-
-__m128i fourPairs(const std::int16_t* cycle, std::uint32_t phase, std::uint32_t increment) {
-    return _mm_setr_epi32(samplePair(cycle, phase), samplePair(cycle, phase + increment),
-                          samplePair(cycle, phase + 2 * increment), samplePair(cycle, phase + 3 * increment));
-}
-
-__m128i fourPhases(std::uint32_t phase, std::uint32_t increment) {
-    return _mm_setr_epi32(static_cast<int>(phase), static_cast<int>(phase + increment), static_cast<int>(phase + 2 * increment),
-                          static_cast<int>(phase + 3 * increment));
-}
-
-__m128i fourLinear(__m128i pairs, __m128i phases) { return _mm_srai_epi32(_mm_madd_epi16(pairs, linearWeights(phases)), 14); }
+__m128i fourLinear(__m128i pairs, __m128i phases) { return _mm_srai_epi32(fourSums(pairs, phases), 14); }
 
 // Eight linear reads from `phase` on; none of them reaches the last pair.
 void linearGroup(const std::int16_t* cycle, std::int16_t* out, std::uint32_t phase, std::uint32_t increment) {

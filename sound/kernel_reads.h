@@ -36,6 +36,9 @@ struct WaveView {
     const std::int16_t* cycle(int level, int frame) const { return table + cycleOffset(frames, frame, level); }
 };
 
+// From this phase on the right neighbour of a sample is sample 0.
+inline constexpr std::uint32_t lastPair = 2047u << 13;
+
 // Reads at a 24-bit phase. The shifts leave 6 dB of headroom, on which the mix relies.
 inline int nearestRead(const std::int16_t* cycle, std::uint32_t phase) { return cycle[phase >> 13] >> 1; }
 inline int linearSum(int left, int right, std::uint32_t phase) {

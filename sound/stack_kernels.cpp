@@ -166,22 +166,31 @@ void hypernoise9(const KernelContext& context, std::int16_t* out, int count, Osc
 // even ones in turn, steps at each sample, by twice its step.
 void supersawJp(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
     StackPhases<supersawVoices> stack(state, 9);
-    const auto sum = [&] {
+    // Steps every `every`-th voice from `first` on, by so many steps at once, and sums these voices.
+    const auto sum = [&](int first, int every) {
         int total = 0;
-        for (const std::uint32_t phase : stack.phase) total += (static_cast<int>(phase >> 8) - 0x800000) >> 9;
+#pragma GCC unroll 7
+        for (int k = first; k < supersawVoices; k += every) {
+            stack.phase[k] += static_cast<std::uint32_t>(every) * stack.step[k];
+            total += (static_cast<int>(stack.phase[k] >> 8) - 0x800000) >> 9;
+        }
         return total;
     };
     if (context.engine.internalRate > 48000.0f) {
+        int sums[2] = {};
+        for (int k = 0; k < supersawVoices; ++k) sums[k & 1] += (static_cast<int>(stack.phase[k] >> 8) - 0x800000) >> 9;
+        auto alternate = state.alternate;
         supersaw(out, count, state, 0.1083f, [&] {
-            state.alternate ^= 1;
-            for (int k = state.alternate; k < supersawVoices; k += 2) stack.phase[k] += 2 * stack.step[k];
-            return sum();
+            alternate ^= 1;
+            if (alternate != 0)
+                sums[1] = sum(1, 2);
+            else
+                sums[0] = sum(0, 2);
+            return sums[0] + sums[1];
         });
+        state.alternate = alternate;
     } else {
-        supersaw(out, count, state, 0.1083f, [&] {
-            for (int k = 0; k < supersawVoices; ++k) stack.phase[k] += stack.step[k];
-            return sum();
-        });
+        supersaw(out, count, state, 0.1083f, [&] { return sum(0, 1); });
     }
     stack.store(state);
 }

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "kernel_fixture.h"
 #include "sound/oscillator_control.h"
 
@@ -292,6 +294,34 @@ TEST(TableKernels, ACrossfadeIsThatOfEachSampleWhateverTheLengthOfTheCalls) {
                 const std::uint32_t index = phase >> 13;
                 ASSERT_EQ(part[i], linearSum(faded(index), faded(index + 1), phase) >> 14) << increment << " sample " << i;
             }
+        }
+    }
+}
+
+// Groups of samples and single ones, forward, backward, of either polarity, across the end of the cycle.
+TEST(AnalogKernels, TheLengthOfTheCallsDoesNotMatter) {
+    for (const std::uint32_t increment : {900u, 76896u, 1500000u, 0xff000000u}) {
+        for (const int direction : {1, -1}) {
+            Oscillator whole, parts;
+            for (Oscillator* o : {&whole, &parts}) {
+                o->fillStore([&, source = LinearCongruence{9}](int, int, int) mutable {
+                    return static_cast<std::int16_t>(source.next() >> 16);
+                });
+                o->state = OscillatorState();
+                o->state.increment = increment;
+                o->state.phaseDirection = static_cast<std::int8_t>(direction);
+                o->state.polarity = static_cast<std::int8_t>(increment == 900u ? -1 : 1);
+                o->state.hiss = 80;
+                o->state.analogRow = 2;
+            }
+            const Samples expected = whole.run(kernels::analogPlain, 240);
+            Samples joined;
+            for (int i = 0; i < 240; ++i) joined.push_back(parts.run(kernels::analogPlain, 1)[0]);
+            EXPECT_EQ(joined, expected) << increment << " " << direction;
+            EXPECT_EQ(parts.state.phase, whole.state.phase);
+            EXPECT_EQ(parts.state.lowpass, whole.state.lowpass);
+            EXPECT_EQ(parts.random.hash.counter, whole.random.hash.counter);
+            EXPECT_GT(*std::max_element(expected.begin(), expected.end()), 1000);
         }
     }
 }
