@@ -79,7 +79,7 @@ __m128 fourUnits(HashNoise& hash) {
     using Bits = IntegersOf<Four>;
     const Bits counters([&](auto k) { return hash.counter + static_cast<std::uint32_t>(k); });
     hash.counter += 4;
-    return static_cast<__m128>(filters::fromUnsigned<Four>(filters::hashed(counters ^ Bits(hash.seed))) * Four(2.3283064e-10f));
+    return static_cast<__m128>(filters::fromUnsigned<Four>(hashMix(counters ^ Bits(hash.seed))) * Four(2.3283064e-10f));
 }
 
 // Groups of four samples for as long as none of them reaches the last pair of the cycle. Returns how many samples.
