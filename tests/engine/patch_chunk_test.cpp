@@ -222,6 +222,16 @@ TEST_F(Patch, OfANewerVersionIsRefused) {
     }
 }
 
+TEST_F(Patch, ARefusedVersionHasAlreadyEndedTheRebuildAndAShortChunkHasNot) {
+    flags().rebuildRequested.set();
+    load(std::vector<std::uint8_t>(100));
+    EXPECT_TRUE(flags().rebuildRequested.isSet());
+    EXPECT_FALSE(flags().rebuildCancel.isSet());
+    load(HandMadeChunk(8).bytes);
+    EXPECT_FALSE(flags().rebuildRequested.isSet());
+    EXPECT_TRUE(flags().rebuildCancel.isSet());
+}
+
 TEST_F(Patch, TakesUpTo27BytesOfAName) {
     load(HandMadeChunk().name(std::string(27, 'n')).bytes);
     EXPECT_EQ(program.getProgramName(), std::string(27, 'n'));
