@@ -108,6 +108,92 @@ TEST_F(Slot, AFamilyChosenLaterFindsTheLatestValues) {
     EXPECT_NE(processed(ramp), ramp);
 }
 
+// One type of each family, chosen so that rate and memory are heard.
+constexpr int familyTypes[] = {2, 48, 13, 63, 18, 61, 20, 40};
+constexpr int longPlay = 20000;
+
+std::vector<float> noise(int count, unsigned seed) {
+    LinearCongruence random{seed};
+    std::vector<float> samples(static_cast<std::size_t>(count));
+    for (float& x : samples) x = random.unit() - 0.5f;
+    return samples;
+}
+
+std::vector<float> played(Multieffect& slot, std::vector<float> left, std::vector<float> right) {
+    for (int done = 0; done < static_cast<int>(left.size()); done += 100)
+        slot.process(left.data() + done, right.data() + done, 100);
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
+std::vector<float> played(Multieffect& slot) { return played(slot, noise(longPlay, 1), noise(longPlay, 2)); }
+
+TEST_F(Slot, EveryFamilyHearsParametersAndRateThatWereSetBeforeItWasChosen) {
+    for (const int type : familyTypes) {
+        RandomSources one, two, three;
+        Multieffect plain(one), set(two), fast(three);
+        for (int index = 0; index < 5; ++index) {
+            plain.setParameter(index, 0.6f);
+            set.setParameter(index, 0.8f);
+            fast.setParameter(index, 0.6f);
+        }
+        fast.setSampleRate(96000.0f);
+        for (Multieffect* each : {&plain, &set, &fast}) each->setType(type);
+        const std::vector<float> sound = played(plain);
+        EXPECT_NE(sound, played(set)) << type;
+        EXPECT_NE(sound, played(fast)) << type;
+    }
+}
+
+TEST_F(Slot, EveryWayOfClearingEmptiesTheFamilyThatPlays) {
+    for (const int type : familyTypes) {
+        RandomSources one;
+        Multieffect fresh(one);
+        for (int index = 0; index < 5; ++index) fresh.setParameter(index, 0.6f);
+        fresh.setType(type);
+        const std::vector<float> first = played(fresh);
+        for (const int way : {0, 1, 2}) {
+            RandomSources two;
+            Multieffect used(two);
+            for (int index = 0; index < 5; ++index) used.setParameter(index, 0.6f);
+            used.setType(type);
+            played(used, noise(longPlay, 3), noise(longPlay, 4));
+            if (way == 0) used.clearState();
+            if (way == 1) used.clearAll();
+            if (way == 2) {
+                used.setType(0);
+                used.setType(type);
+            }
+            two = RandomSources();
+            EXPECT_EQ(played(used), first) << type << " " << way;
+        }
+    }
+}
+
+TEST_F(Slot, DelaysHearTheTempoAndTheGateHearsTheSong) {
+    constexpr int delay = 6, trancegate = 17;
+    for (const int type : {delay, trancegate}) {
+        RandomSources one, two;
+        Multieffect still(one), moved(two);
+        for (Multieffect* each : {&still, &moved}) {
+            each->setType(type);
+            each->setParameter(0, 1.0f);
+            each->setParameter(1, 0.3f);
+        }
+        moved.setTempo(type == delay ? 240.0f : 120.0f, 2.75);
+        EXPECT_NE(played(still), played(moved)) << type;
+    }
+}
+
+TEST_F(Slot, ANewSlotHearsATempoOf120At44100Hz) {
+    constexpr int delay = 6;
+    RandomSources one, two;
+    Multieffect fresh(one), told(two);
+    told.setSampleRate(44100.0f);
+    told.setTempo(120.0f, 0.0);
+    for (Multieffect* each : {&fresh, &told}) each->setType(delay);
+    EXPECT_EQ(played(fresh), played(told));
+}
+
 TEST_F(Slot, IndicesBeyondTheParametersAreHarmless) {
     slot.setParameter(6, 0.25f);
     slot.setParameter(8, 0.25f);
