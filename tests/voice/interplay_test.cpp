@@ -126,6 +126,38 @@ TEST_F(Interplay, AStartPointIsTheSameAtTheNoteOnAndAtARestart) {
     }
 }
 
+TEST_F(Interplay, AnyTypeMayFollowAnyOtherWithinANote) {
+    constexpr std::int32_t lengths[] = {8, 600000};  // one shorter than a cycle, one beyond what positions reach
+    std::vector<std::int16_t> frames(32 * mipLevels * cycleSamples, 1000);
+    for (const std::int32_t length : lengths)
+        for (int from = wavetableType; from <= analogType; ++from)
+            for (int to = wavetableType; to <= analogType; ++to) {
+                LayerBench bench;
+                bench.waves.setWave(0, true, frames.data(), 32);
+                bench.waves.buildWaveRows();
+                bench.engine.quality = (from + to) % 3;
+                for (int i = 0; i < oscillatorCount; ++i) {
+                    Sample& sample = bench.layer->sample(i);
+                    ASSERT_TRUE(sample.allocate(length));
+                    sample.length = sample.loopEnd = length;
+                    for (const int n : {par::On1, par::Vol1}) bench.set(n + i, 1.0f);
+                    bench.setList(par::SynType1 + i, from);
+                    bench.setList(par::NoiWave1 + i, 8 + i);
+                    bench.setList(par::SSWave1 + i, 4 * i);
+                    bench.set(par::Start1 + i, 0.98f);
+                }
+                bench.set(par::Fm1, 0.5f);
+                bench.set(par::Sync1 + 1, 1.0f);
+                bench.layer->reset();
+                bench.press(96);
+                for (const int type : {from, to, from}) {
+                    for (int i = 0; i < oscillatorCount; ++i) bench.setList(par::SynType1 + i, type);
+                    bench.play(102);
+                }
+                for (const float x : bench.left) ASSERT_TRUE(std::fabs(x) < 100.0f) << from << " " << to;
+            }
+}
+
 // Wavetables, stacks and custom waves with FM and sync under a random matrix: nothing here draws from the shared
 // generator, so a stretch may be cut anywhere.
 TEST(RandomPatch, SoundsTheSameHoweverItIsCutAndStaysFinite) {
