@@ -1,5 +1,6 @@
 #include "engine/wave_worker.h"
 
+#include "base/heard_while_written.h"
 #include "base/parameters.h"
 #include "engine/parameter_model.h"
 #include "engine/wave_library.h"
@@ -74,6 +75,7 @@ bool WaveWorker::isCancelled() {
 }
 
 void WaveWorker::rebuild() {
+    const HeardWhileWritten voicesPlayOn;
     const Flag& cancel = flags_.rebuildCancel;
     // Frame 0 is compared as it was given: rebuilding levels rewrites it.
     for (const OscillatorMemory& oscillator : oscillators_) {
