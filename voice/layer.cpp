@@ -99,18 +99,15 @@ void Layer::startOneVoice(int note, int velocity) {
     Voice& first = *voices_[0];
     const bool legato = listAt(par::PlayMode) == modeLegato;
     const int held = countPassingHeldKeys(velocity);
-    if (!legato) {
-        if (held >= 1) currentNote = note;
-    } else if (held == 1) {
-        currentNote = note;
-        first.jumpToNote(note);
-    }
+    const bool phraseBegins = legato && held == 1;
+    if (phraseBegins || (!legato && held >= 1)) currentNote = note;
     if (first.sounding()) {
         if (held >= 1) moveMonoVoice(note, held == 1 || !legato);
         first.velocity = static_cast<std::int8_t>(velocity);
     } else {
         startVoice(0, note, velocity);
     }
+    if (phraseBegins) first.endGlide();
 }
 
 void Layer::startVoice(int voice, int note, int velocity) {

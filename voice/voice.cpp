@@ -203,10 +203,9 @@ void Voice::restartSample(int i) {
     oscillators[i].phase = sampleStart(start, static_cast<std::uint32_t>(layer_.sample(i).length));
 }
 
-void Voice::jumpToNote(int newNote) {
-    smoothedNote = newNote;
-    for (int i = 0; i < oscillatorCount; ++i)
-        pitch[i].jump(keyTargetOfMove(layer_.engine().keyIncrement, newNote, layer_.block()[par::KeyFol1 + i]));
+void Voice::endGlide() {
+    smoothedNote = note;
+    for (OscillatorPitch& oscillator : pitch) oscillator.jump(oscillator.target);
 }
 
 void Voice::cut() { envelopes[volumeEnvelope].silence(); }

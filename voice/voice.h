@@ -53,8 +53,8 @@ public:
     void retrigger();
     // Restarts the sample of an oscillator at its start point.
     void restartSample(int oscillator);
-    // Jumps to the pitch of `note` without a glide.
-    void jumpToNote(int note);
+    // Jumps to the pitch that the note glides to.
+    void endGlide();
     // Idles at once, without a fade.
     void cut();
 

@@ -334,6 +334,22 @@ TEST_F(LayerTest, FirstNoteOfALegatoPhraseNeverGlides) {
     EXPECT_EQ(voice(0).pitch[0].position, voice(0).pitch[0].target);
 }
 
+TEST_F(LayerTest, FirstNoteOfALegatoPhraseNeverGlidesUnderPartialKeyFollow) {
+    setList(par::PlayMode, legato);
+    set(par::GlideSpd, 0.8f);
+    set(par::KeyFol1, 0.75f);
+    press(72);
+    const double target = voice(0).pitch[0].target;
+    EXPECT_NE(target, engine.keyIncrement[72]);
+    EXPECT_EQ(voice(0).pitch[0].position, target);
+    EXPECT_EQ(voice(0).smoothedNote, 72.0);
+    release(72);
+    tick(2);
+    press(48);  // the voice still sounds: its move tracks the key in full
+    EXPECT_EQ(voice(0).pitch[0].target, engine.keyIncrement[48]);
+    EXPECT_EQ(voice(0).pitch[0].position, engine.keyIncrement[48]);
+}
+
 // ---- filter in front, switch, slewing -------------------------------------------------------------------------
 
 TEST_F(LayerTest, SeparatorsAndRowsWithoutARuleAcceptAll) {
