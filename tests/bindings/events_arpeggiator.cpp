@@ -71,8 +71,8 @@ void at(const json& input, const char* script, int tick, Function function) {
 }
 
 void sendMidi(Arpeggiator& arpeggiator, const json& message, const std::vector<float>& block, Recorder& target) {
-    const int status = message[0], key = message[1], velocity = message[2];
-    if (status == 144 && velocity > 0)
+    const int kind = message[0].get<int>() & 0xf0, key = message[1], velocity = message[2];
+    if (kind == 0x90 && velocity > 0)
         arpeggiator.noteOn(key, velocity, block.data(), target);
     else
         arpeggiator.noteOff(key, block.data(), target);
