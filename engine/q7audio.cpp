@@ -248,11 +248,19 @@ void Q7Audio::renderAudioBlock(float* left, float* right, int count, int firstFr
         count, state_,
         [&](int length, int pos) {
             observe(BlockStep::renderSubBlock, length, pos);
-            for (auto& layer : layers_) layer->renderBlock(left + pos, right + pos, length);
+            renderSubBlock(left + pos, right + pos, length);
         },
         [&](int eventPos) { tick(firstFrame + eventPos); });
     runMasterChain(left, right, count);
     flags.audioRunning.clear();
+}
+
+// Above 257 kHz a tick is longer than what a voice renders at once.
+void Q7Audio::renderSubBlock(float* left, float* right, int count) {
+    for (int done = 0; done < count; done += maxTickSamples) {
+        const int length = std::min(count - done, maxTickSamples);
+        for (auto& layer : layers_) layer->renderBlock(left + done, right + done, length);
+    }
 }
 
 void Q7Audio::runMasterChain(float* left, float* right, int count) {

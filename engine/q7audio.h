@@ -128,6 +128,7 @@ private:
     void describeToHost();
     void renderPiece(float* left, float* right, int frames, int firstFrame);
     void renderAudioBlock(float* left, float* right, int count, int firstFrame);
+    void renderSubBlock(float* left, float* right, int count);
     void runMasterChain(float* left, float* right, int count);
     void tick(int eventPos);
     void readParameters();

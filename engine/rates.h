@@ -15,15 +15,14 @@ struct Rates {
 };
 
 // hostRate in Hz; any value is taken. Below 500 the tick has no samples, which silences the engine; what is
-// not a finite number of at least 1 counts as 1 Hz, what is above 10 MHz as that. A tick is never longer than the
-// voices' buffers of 256 samples, so above 257 kHz it is shorter than a millisecond. Any thread.
+// not a finite number of at least 1 counts as 1 Hz, what is above 10 MHz as that. Any thread.
 constexpr Rates ratesOf(float hostRate) {
     constexpr float highest = 1e7f;  // any delay that an effect can have is still a count of samples in an int
     const bool isNumber = hostRate >= 1.0f && hostRate <= std::numeric_limits<float>::max();
     const float usable = isNumber ? clampTo(hostRate, 1.0f, highest) : 1.0f;
     const bool oversampled = !(usable > 48000.0f);
     const float internalRate = oversampled ? 2.0f * usable : usable;
-    return {internalRate, oversampled, truncateTo(internalRate * 0.001f, 0, maxTickSamples)};
+    return {internalRate, oversampled, static_cast<int>(internalRate * 0.001f)};
 }
 
 constexpr bool runsOversampled(float hostRate) { return ratesOf(hostRate).oversampled; }

@@ -103,6 +103,14 @@ TEST(Block, SoundDoesNotDependOnTheDivisionWithoutOversampling) {
     EXPECT_TRUE(sameBits(playedFresh({128}, 96000.0f), whole));
 }
 
+// A tick of 384 samples is rendered in pieces that fit the voices' buffers.
+TEST(Block, SoundDoesNotDependOnTheDivisionWhereATickIsLongerThanTheVoicesBuffers) {
+    const std::vector<float> whole = playedFresh({4800}, 384000.0f);
+    EXPECT_GT(*std::max_element(whole.begin(), whole.end()), 0.001f);
+    EXPECT_TRUE(sameBits(playedFresh({1, 7, 48, 333}, 384000.0f), whole));
+    EXPECT_TRUE(sameBits(playedFresh({300}, 384000.0f), whole));
+}
+
 TEST(Block, RenderRepeatsBitForBitAfterFreshConstruction) { EXPECT_TRUE(sameBits(playedFresh({200}), playedFresh({200}))); }
 
 TEST(Block, ResetEngineLeavesNothingOfTheNotesBefore) {
