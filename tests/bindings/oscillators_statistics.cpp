@@ -1,4 +1,6 @@
 // Noise and chaos: stretches of samples and long-run statistics.
+#include <set>
+
 #include "base/fft.h"
 #include "base/math.h"
 #include "bindings/oscillators.h"
@@ -93,6 +95,13 @@ void checkRuns(Outcome& outcome, const json& expected, const json& got) {
         outcome.fail("longest run " + got.at("longestRun").dump());
 }
 
+void checkLevels(Outcome& outcome, const json& expected, const Samples& samples) {
+    if (!expected.contains("levels")) return;
+    const auto levels = expected.at("levels").get<std::set<int>>();
+    for (const std::int16_t sample : samples)
+        if (levels.count(sample) == 0) return outcome.fail("level " + std::to_string(sample));
+}
+
 Outcome longRun(const Case& c) {
     Outcome outcome;
     json expected = c.expected;
@@ -113,6 +122,7 @@ Outcome longRun(const Case& c) {
             const json got = statistics(samples);
             compareInto(outcome, expected, got, c.tolerance, "");
             checkRuns(outcome, c.expected, got);
+            checkLevels(outcome, c.expected, samples);
         }
     return outcome;
 }
