@@ -66,10 +66,13 @@ void OutputStage::reset(int voice) {
 void OutputStage::setMode(int soundMode, double sampleRate) {
     const bool wantBass = soundMode == 1 || soundMode == 2 || soundMode == 10;
     const bool wantTransient = soundMode == 9 || soundMode == 10;
-    for (int voice = 0; voice < voiceCount; ++voice) {
-        if (bassOn_ && !wantBass) target_[bass][voice] = gain_[bass][voice];
-        if (transientOn_ && !wantTransient) target_[transient][voice] = gain_[transient][voice];
-    }
+    // Where a ramp stands as it is left or taken up again.
+    const auto change = [this](Gain kind, bool was, bool wanted) {
+        if (was && !wanted) target_[kind] = gain_[kind];
+        if (!was && wanted) gain_[kind] = target_[kind];
+    };
+    change(bass, bassOn_, wantBass);
+    change(transient, transientOn_, wantTransient);
     bassOn_ = wantBass;
     transientOn_ = wantTransient;
     bassCoefficient_ = 1000.0 / sampleRate;

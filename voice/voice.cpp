@@ -110,6 +110,7 @@ void Voice::startStepLfo() {
 
 void Voice::startOscillator(int i) {
     pitch[i].target = keyTarget(layer_.engine().keyIncrement, note, mod[par::KeyFol1 + i]);
+    pitch[i].position = 0.0;  // no glide, unless the layer names a note to come from
     pitch[i].tuning = 1.0;
     kernels_[i] = kernels::silent;
     oscillatorOn[i] = prepared_[i] = oscillatorActive(i);

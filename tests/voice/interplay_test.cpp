@@ -18,7 +18,7 @@ struct Interplay : ::testing::Test, LayerBench {
     Voice& second() { return voice(14); }
 };
 
-constexpr int dynamicBass = 2, linear = 0;
+constexpr int dynamicBass = 2, linear = 0, transientAndBass = 10;
 
 TEST_F(Interplay, AGainThatNoModeReadsIsWhereItsRampWouldBe) {
     LayerBench always;
@@ -38,6 +38,25 @@ TEST_F(Interplay, AGainThatNoModeReadsIsWhereItsRampWouldBe) {
         }
         ASSERT_EQ(here.left1, there.left1) << t;
     }
+}
+
+TEST_F(Interplay, AModeSwitchedOnTakesUpTheRampsWhereTheyStand) {
+    LayerBench always;
+    always.engine.soundMode = transientAndBass;
+    for (LayerBench* bench : {static_cast<LayerBench*>(this), &always}) {
+        bench->set(par::AttVol, 0.4f);
+        bench->layer->reset();
+        bench->press(48);
+        bench->play(20);
+    }
+    engine.soundMode = transientAndBass;
+    for (LayerBench* bench : {static_cast<LayerBench*>(this), &always}) {
+        bench->tick();
+        bench->render(10);
+    }
+    const OutputTargets here = layer->bank().output.gains(15), there = always.layer->bank().output.gains(15);
+    EXPECT_NEAR(here.bass, there.bass, 1e-9);
+    EXPECT_NEAR(here.transient, there.transient, 1e-9);
 }
 
 TEST_F(Interplay, ASecondVoiceTakesOverTheMonoLfoAndTheStepLfoOfTheOldest) {

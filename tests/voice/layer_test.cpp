@@ -350,6 +350,26 @@ TEST_F(LayerTest, FirstNoteOfALegatoPhraseNeverGlidesUnderPartialKeyFollow) {
     EXPECT_EQ(voice(0).pitch[0].position, engine.keyIncrement[48]);
 }
 
+TEST_F(LayerTest, ALineThatBeginsFromSilenceBeginsAtItsPitch) {
+    set(par::GlideSpd, 0.8f);
+    set(par::On1 + 1, 1.0f);
+    set(par::Vol1 + 1, 1.0f);
+    set(par::KeyFol1 + 1, 0.8f);  // tracked in part: the pitch is not that of the key
+    for (const int mode : {monophonic, legato}) {
+        setList(par::PlayMode, mode);
+        press(40);
+        tick(5);
+        release(40);
+        while (sounding() > 0) tick();
+        press(70);
+        tick();
+        for (const OscillatorPitch& pitch : {voice(0).pitch[0], voice(0).pitch[1]})
+            EXPECT_NEAR(pitch.position / pitch.target, 1.0, 1e-5) << mode;
+        release(70);
+        while (sounding() > 0) tick();
+    }
+}
+
 // ---- filter in front, switch, slewing -------------------------------------------------------------------------
 
 TEST_F(LayerTest, SeparatorsAndRowsWithoutARuleAcceptAll) {
