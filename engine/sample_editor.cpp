@@ -72,7 +72,10 @@ bool SampleEditor::run(int layer, int oscillator, int command) {
         else
             applyEdit(sound, command, random);
         const bool loops = role == EditRole::loop;
-        put(*holder, sound, loops, loops || isLooped(layer, oscillator));
+        if (role == EditRole::autotune || role == EditRole::tune)
+            setRate(*holder, sound.sampleRate);
+        else
+            put(*holder, sound, loops, loops || isLooped(layer, oscillator));
         writeParameters(layer, oscillator, role);
     } else {
         exportWave(before);
@@ -94,6 +97,12 @@ bool SampleEditor::undo(int layer, int oscillator, Sample& holder) {
 void SampleEditor::put(Sample& holder, const EditSound& sound, bool wrap, bool isLooped) {
     const SampleContent content{sound.samples, sound.loopStart, sound.loopEnd, sound.sampleRate};
     if (!exchangeSample(holder, content, wrap, isLooped, flags_, sleep_)) throw std::bad_alloc();
+}
+
+// The levels stay as they are.
+void SampleEditor::setRate(Sample& holder, std::uint32_t rate) {
+    const EngineHold hold(flags_, sleep_);
+    holder.sampleRate = rate;
 }
 
 bool SampleEditor::isLooped(int layer, int oscillator) const {

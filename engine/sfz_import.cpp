@@ -158,7 +158,7 @@ void SfzImport::setLoop(int layer, int oscillator, const SfzOscillator& region) 
         takePoint(region.loopEnd, sample.length, "The loop_end is outside of the sample borders!", end);
     }
     const EngineHold hold(flags_, sleep_);
-    sample.loopStart = start <= end ? start : 0;
+    sample.loopStart = start;
     sample.loopEnd = end;
 }
 

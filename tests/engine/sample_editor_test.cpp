@@ -196,6 +196,18 @@ TEST_F(SampleEditing, AutotuneSetsTheRateFromThePitch) {
     EXPECT_EQ(sample.sampleRate, 13081u);
 }
 
+TEST_F(SampleEditing, TuningLeavesTheLevelsOfALoopedSampleAsTheyAre) {
+    const Sample& sample = put(0, 0, Data(300, 10000));
+    editor->editSample(0, 0, loopAll);
+    const Data built(sample.levels[4].get(), sample.levels[4].get() + 300);
+    for (const int command : {autotune, tune96}) {
+        EXPECT_TRUE(editor->editSample(0, 0, command));
+        EXPECT_TRUE(std::equal(built.begin(), built.end(), sample.levels[4].get())) << command;
+        EXPECT_EQ(sample.loopEnd, 300);
+    }
+    EXPECT_EQ(sample.sampleRate, 96000u);
+}
+
 TEST_F(SampleEditing, ExportWritesTheWholeSampleAndChangesNothing) {
     Sample& sample = put(0, 0, {1, 2, 3});
     sample.loopStart = 1;

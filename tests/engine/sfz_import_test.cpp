@@ -198,11 +198,14 @@ TEST_F(SfzImporting, LoopPointsOutsideTheSampleAreToldAndLeftOut) {
     EXPECT_EQ(row(par::LoopMod1), loopModeLoop);
 }
 
-TEST_F(SfzImporting, CrossedLoopPointsBecomeALoopFromTheStart) {
+TEST_F(SfzImporting, CrossedLoopPointsAreTakenAsTheyStandAndHoldAtTheEnd) {
     wave("a.wav", 600);
     ASSERT_TRUE(import("<region> sample=a.wav key=5 loop_mode=loop_continuous loop_start=500 loop_end=20\n"));
-    EXPECT_EQ(sample(0, 0).loopStart, 0);
+    EXPECT_EQ(sample(0, 0).loopStart, 500);
     EXPECT_EQ(sample(0, 0).loopEnd, 20);
+    rig.send({{0x90, 5, 100}});
+    rig.block(4800);
+    for (const float x : rig.left) ASSERT_TRUE(std::isfinite(x));
 }
 
 TEST_F(SfzImporting, TheLoopOfAWaveFileStaysUnlessTheTextSaysNo) {
