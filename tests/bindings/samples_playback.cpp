@@ -20,6 +20,13 @@ FirRow rowOfHalf(const json& half) {
     return row;
 }
 
+// So much of a signal, with silence behind one that is shorter.
+Samples firstSamples(const json& signal, std::int32_t count) {
+    Samples samples = sampleSignal(signal);
+    samples.resize(static_cast<std::size_t>(count));
+    return samples;
+}
+
 // A sample with the five levels of a case, or with level `only` in the place of all.
 Sample sampleOf(const json& input, int only = -1) {
     Sample sample;
@@ -166,9 +173,10 @@ json filter(const Case& c) {
     else
         row = rowOfHalf(c.input.at("row_half"));
     if (!c.input.contains("source")) return {{"integers_half", integersOfHalf(row)}};
-    const Samples source = sampleSignal(c.input["source"]);
+    const std::int32_t count = c.input.at("count");
+    const Samples source = firstSamples(c.input["source"], count);
     Samples out(source.size());
-    firFilter(source.data(), c.input.at("count"), out.data(), c.input.at("wrap"), row);
+    firFilter(source.data(), count, out.data(), c.input.at("wrap"), row);
     json got{{"destination", out}};
     for (const auto& [key, value] : c.expected.items())
         if (key.rfind("destination_", 0) == 0) got[key] = out.at(static_cast<std::size_t>(std::stoi(key.substr(12))));
@@ -187,10 +195,10 @@ LevelRows rowsOfFolder(const std::string& folder) {
 }
 
 json levels(const Case& c) {
-    const Samples level0 = sampleSignal(c.input.at("level0"));
     Sample sample;
     sample.allocate(c.input.at("length"));
     sample.length = c.input.at("length");
+    const Samples level0 = firstSamples(c.input.at("level0"), sample.length);
     std::copy_n(level0.begin(), sample.length, sample.levels[0].get());
     buildLevels(sample, c.input.at("wrap"), nullptr, rowsOfFolder(c.folder));
     json got = json::object();
@@ -265,8 +273,9 @@ Outcome checkRow(const Case& c) {
 }
 
 Outcome checkAutotune(const Case& c) {
-    const Samples x = sampleSignal(c.input.at("sample"));
-    const int lag = bestLag(x.data(), c.input.at("length"));
+    const std::int32_t length = c.input.at("length");
+    const Samples x = firstSamples(c.input.at("sample"), length);
+    const int lag = bestLag(x.data(), length);
     json expected = c.expected;
     expected.erase("margin");
     return compare(expected, {{"L", lag}, {"sampleRate", rateOfLag(lag)}}, json::object());

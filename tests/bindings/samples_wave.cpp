@@ -83,15 +83,18 @@ Outcome checkLoad(const Case& c) {
     for (std::size_t i = 0; i < samples.size(); ++i) holders[i] = &samples[i];
     SampleLoader loader(flags, parameters, holders, dialogs, noSleep);
     const int layer = c.input.at("layer"), oscillator = c.input.at("oscillator");
-    Sample& sample = samples[static_cast<std::size_t>(layer * 3 + oscillator)];
+    Sample* const holder = holderOf(holders, layer < 0 ? loader.currentLayer : layer, oscillator);
+    if (holder == nullptr) throw std::runtime_error("no such oscillator");
+    Sample& sample = *holder;
     sample.allocate(4321);
     sample.length = 4321;
 
     json got;
     if (c.input.contains("channel"))
-        got["returns"] = loader.loadSampleChannel(layer, oscillator, path, false, c.input["channel"]);
+        got["returns"] =
+            loader.loadSampleChannel(layer, oscillator, path, c.input.value("keepTuning", false), c.input["channel"]);
     else
-        got["returns"] = loader.loadSample(layer, oscillator, path);
+        got["returns"] = loader.loadSample(layer, oscillator, path, c.input.value("silent", false));
     Outcome outcome;
     if (file.size() != c.input.at("file_bytes").get<std::size_t>()) outcome.fail("the recipe gives another file");
     json expected = c.expected;
