@@ -91,17 +91,17 @@ inline T sixPointCurve(T f, std::type_identity_t<T> y0, std::type_identity_t<T> 
 
 // Reads of a ring `delay` samples (0 or more, with a fraction) behind `position`, on two and on four points.
 // The ring's operator[] wraps.
+// The neighbours are counted from the whole part: delay + 1 in single precision may round up across a whole sample.
 template <class R, class T>
 inline T linearTap(const R& ring, int position, T delay) {
     const int whole = static_cast<int>(delay);
     const T f = delay - static_cast<T>(whole);
-    return f * ring[position - static_cast<int>(delay + T(1))] + (T(1) - f) * ring[position - whole];
+    return f * ring[position - whole - 1] + (T(1) - f) * ring[position - whole];
 }
 template <class R, class T>
 inline T cubicTap(const R& ring, int position, T delay) {
-    return fourPointCurve<T>(T(1) - fraction(delay), ring[position - static_cast<int>(delay + T(3))],
-                             ring[position - static_cast<int>(delay + T(2))], ring[position - static_cast<int>(delay + T(1))],
-                             ring[position - static_cast<int>(delay)]);
+    const int index = position - static_cast<int>(delay);
+    return fourPointCurve<T>(T(1) - fraction(delay), ring[index - 3], ring[index - 2], ring[index - 1], ring[index]);
 }
 // Four points around an index; the fraction (0 to 1) moves the read towards older samples.
 template <class R, class T>

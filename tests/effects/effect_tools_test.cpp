@@ -57,11 +57,14 @@ TEST(EffectTools, TapsReadBetweenSamplesOnBothSidesOfTheRingsEnd) {
 }
 
 TEST(EffectTools, TapsMoveWithoutAStepAcrossWholeSamples) {
-    Ring<float, 10> ring;
-    for (int i = 0; i < 1024; ++i) ring[i] = static_cast<float>(std::sin(0.3 * i));
-    const float before = std::nextafter(20.0f, 0.0f);
-    EXPECT_NEAR(linearTap(ring, 300, before), linearTap(ring, 300, 20.0f), 1e-4f);
-    EXPECT_NEAR(cubicTap(ring, 300, before), cubicTap(ring, 300, 20.0f), 1e-4f);
+    Ring<float, 12> ring;
+    for (int i = 0; i < 4096; ++i) ring[i] = static_cast<float>(std::sin(0.3 * i));
+    // Single precision is coarser beyond a power of two: a step there must not be rounded into.
+    for (const float delay : {1.0f, 2.0f, 20.0f, 128.0f, 1022.0f, 1023.0f, 1024.0f, 2048.0f}) {
+        const float before = std::nextafter(delay, 0.0f);
+        EXPECT_NEAR(linearTap(ring, 300, before), linearTap(ring, 300, delay), 1e-4f) << delay;
+        EXPECT_NEAR(cubicTap(ring, 300, before), cubicTap(ring, 300, delay), 1e-4f) << delay;
+    }
     EXPECT_NEAR(indexRead(ring, 300, 1.0f), indexRead(ring, 299, 0.0f), 1e-5f);
     Ring<double, 10> tank;
     for (int i = 0; i < 1024; ++i) tank[i] = std::sin(0.3 * i);
