@@ -53,11 +53,8 @@ void Voice::noteOn(int newNote, int newVelocity) {
     voiceNumber = static_cast<float>(layer_.activeVoiceCount()) / static_cast<float>(layer_.limit());
     for (int i = 0; i < lfoCount; ++i) startLfo(i);
     startStepLfo();
-    for (int i = 0; i < filterCount; ++i) {
-        layer_.bank().filters[i].reset(index_);
-        layer_.bank().distortions[i].setType(index_, listAt(par::DisType1 + i));
-        layer_.bank().distortions[i].setSampleRate(engine.internalRate);
-    }
+    for (FilterBank& filter : layer_.bank().filters) filter.reset(index_);
+    setUpDistortions();
     drift_ = Drift::forMicrotuning(engine.microtuning);
     analogMode = false;
     for (int i = 0; i < oscillatorCount; ++i) startOscillator(i);
@@ -170,8 +167,15 @@ bool Voice::oscillatorModulated(int i) const {
     return vantoric::oscillatorModulated(i, mod[par::On1 + i - 1], mod[fm], mod[par::Sync1 + i - 1], layer_.matrix().targets(fm));
 }
 
+void Voice::setUpDistortions() {
+    for (int i = 0; i < filterCount; ++i) {
+        layer_.bank().distortions[i].setType(index_, listAt(par::DisType1 + i));
+        layer_.bank().distortions[i].setSampleRate(layer_.engine().internalRate);
+    }
+}
+
 void Voice::refreshKernels() {
-    for (int i = 0; i < filterCount; ++i) layer_.bank().distortions[i].setType(index_, listAt(par::DisType1 + i));
+    setUpDistortions();
     for (int i = 0; i < oscillatorCount; ++i) {
         oscillatorOn[i] = oscillatorActive(i);
         if (oscillatorOn[i] && !prepared_[i]) {

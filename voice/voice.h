@@ -98,6 +98,7 @@ private:
     void startOscillator(int oscillator);
     void prepareOscillatorState(int oscillator);
     void chooseKernelOf(int oscillator);
+    void setUpDistortions();
     void stepModulators();
     void evaluateMatrix();
     void tickOscillators();

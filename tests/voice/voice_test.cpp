@@ -168,6 +168,29 @@ TEST_F(VoiceTest, OscillatorTurnedDownStopsCostingWithinATenthOfASecond) {
     EXPECT_FALSE(first().oscillatorOn[0]);
 }
 
+TEST_F(VoiceTest, ANewRateReachesTheDistortionsOfASoundingNoteWithinATenthOfASecond) {
+    constexpr int degrade = 18;
+    setList(par::DisType1, degrade);
+    set(par::Drive1, 0.5f);
+    set(par::FilVol1 + 1, 0.0f);
+    layer->reset();
+    const auto heldSamples = [this] {
+        const std::size_t from = left.size();
+        play(10);
+        int changes = 0;
+        for (std::size_t i = from + 1; i < left.size(); ++i) changes += std::fabs(left[i] - left[i - 1]) > 1e-5f ? 1 : 0;
+        return (left.size() - from) / std::max<std::size_t>(static_cast<std::size_t>(changes), 1);
+    };
+    press(90);
+    play(30);
+    const std::size_t before = heldSamples();
+    engine.internalRate = 192000.0f;
+    play(100);
+    const std::size_t after = heldSamples();
+    EXPECT_NEAR(static_cast<double>(before), distortion::holdLength(0.5f, 96000.0f), 1.0);
+    EXPECT_NEAR(static_cast<double>(after), distortion::holdLength(0.5f, 192000.0f), 2.0);
+}
+
 TEST_F(VoiceTest, SilentOscillatorRunsForTheOneThatItModulates) {
     set(par::Vol1, 0.0f);
     layer->reset();
