@@ -22,6 +22,16 @@ struct LaneIntegers<float, Int> {
 template <class T, class Int = std::uint32_t>
 using IntegersOf = typename LaneIntegers<T, Int>::Type;
 
+// Lanes of double precision beside such a number type.
+template <class T>
+struct LaneDoubles {
+    using Type = Lanes<double, LaneTraits<T>::size>;
+};
+template <>
+struct LaneDoubles<float> {
+    using Type = double;
+};
+
 template <class To, class From>
 inline To sameBits(const From& from) {
     static_assert(sizeof(To) == sizeof(From));
@@ -57,18 +67,38 @@ template <class T>
     return rest + select(rest < T(0), T(1), T(0));
 }
 
-// sin(x), x in radians: folded into a quarter turn, then the power series to the ninth degree. Within 4e-6 of
-// the true sine of the folded angle; 0 from four million turns on, and for NaN.
+// The sine of so many turns, -0.5 to 0.5: folded into a quarter turn, then the power series to the ninth degree.
 template <class T>
-[[gnu::always_inline]] inline T polynomialSine(T x) {
+[[gnu::always_inline]] inline T sineOfTurns(T turns) {
     using S = ScalarOf<T>;
-    const T turns = distanceToWhole(x * T(S(0.15915494309189535)));
     const T size = absolute(turns);
     T quarter = minimum(size, T(S(0.5)) - size);
     quarter = select(turns < T(0), -quarter, quarter);
     const T y = quarter * T(S(6.283185307179586));
     const T z = y * y;
     return y * (T(1) + z * (T(S(-1.0 / 6)) + z * (T(S(1.0 / 120)) + z * (T(S(-1.0 / 5040)) + z * T(S(1.0 / 362880))))));
+}
+
+// sin(x), x in radians. Within 4e-6 of the true sine of the folded angle; 0 from four million turns on, and for NaN.
+template <class T>
+[[gnu::always_inline]] inline T polynomialSine(T x) {
+    return sineOfTurns(distanceToWhole(x * T(ScalarOf<T>(0.15915494309189535))));
+}
+
+// The same for single precision of any size: from four million turns on they are counted in double precision. 0 from
+// 2^51 turns on, and for NaN.
+template <class T>
+[[gnu::always_inline]] inline T farReachingSine(T x) {
+    const T turns = x * T(0.15915494309189535f);
+    T rest = distanceToWhole(turns);
+    const auto far = !(absolute(turns) < T(4194304.0f));
+    if (anyOf(far)) {
+        using Wide = typename LaneDoubles<T>::Type;
+        const Wide wide = lanesTo<Wide>(x) * Wide(0.15915494309189535), shift(6755399441055744.0);
+        const Wide wideRest = select(absolute(wide) < Wide(2251799813685248.0), wide - ((wide + shift) - shift), Wide(0.0));
+        rest = select(far, lanesTo<T>(wideRest), rest);
+    }
+    return sineOfTurns(rest);
 }
 
 // e^x in single precision, within 2e-7 of itself: x less a multiple of ln 2, the power series to the seventh

@@ -294,7 +294,8 @@ struct ShapZap : Filtered {
         gain = T(48) * s.drive + T(3);
         share.setup(s.drive, 1.0f / 64, 0.25f);
     }
-    T shape(T v) const { return polynomialSine(quickExponential(v * gain) - T(1)); }
+    // On loud peaks the sine races through so many turns that they sound as noise.
+    T shape(T v) const { return farReachingSine(quickExponential(v * gain) - T(1)); }
     T step(DistortionMemory<T>& m, T x, T y) const {
         return share.of(eightFromLast(m, y, [this](T v) { return shape(v); }), x);
     }

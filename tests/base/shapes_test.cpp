@@ -71,6 +71,19 @@ TEST(Shapes, FractionsCountFromTheFloorAndFromTheNearest) {
 TEST(Shapes, SineIsHarmlessWhereverItsArgumentGoes) {
     for (const float far : {1e8f, -1e20f, infinity, -infinity, nan}) EXPECT_LE(std::fabs(polynomialSine(far)), 1.0f);
     EXPECT_EQ(polynomialSine(0.0f), 0.0f);
+    for (const float far : {1e17f, -1e20f, infinity, -infinity, nan}) EXPECT_EQ(farReachingSine(far), 0.0f);
+}
+
+TEST(Shapes, FarReachingSineIsASineWhereASingleNumberHasNoFractionLeft) {
+    for (float x = 3e7f; x < 1e12f; x *= 1.0173f) {
+        ASSERT_NEAR(farReachingSine(x), std::sin(static_cast<double>(x)), 3e-4) << x;
+        ASSERT_EQ(farReachingSine(-x), -farReachingSine(x));
+        // Beside lanes that stay near, and the near ones beside it.
+        const Lanes<float, 4> mixed([x](auto lane) { return lane % 2 == 0 ? x : 0.3f * lane; });
+        const auto y = farReachingSine(mixed);
+        for (int lane = 0; lane < 4; ++lane) ASSERT_EQ(y[lane], farReachingSine(static_cast<float>(mixed[lane]))) << x;
+    }
+    for (float x = -2e4f; x < 2e4f; x += 7.3f) ASSERT_EQ(farReachingSine(x), polynomialSine(x));
 }
 
 }  // namespace

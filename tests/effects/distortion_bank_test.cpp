@@ -23,6 +23,7 @@ enum Type {
     shapSin = 8,
     shapTri = 9,
     shapAsy = 10,
+    shapZap = 14,
     shapSym = 15,
     selfsync = 17,
     degrade = 18,
@@ -200,6 +201,19 @@ TEST(HoldLength, StaysBetweenNothingAndASecond) {
     EXPECT_EQ(distortion::holdLength(0.01f, 8000.0f), 0.0f);
     EXPECT_EQ(distortion::holdLength(50.0f, 88200.0f), 88200.0f);
     EXPECT_EQ(distortion::holdLength(std::numeric_limits<float>::quiet_NaN(), 88200.0f), 1.0f);
+}
+
+// The sum of eight sines of any phase, over 64: root mean square 1/32.
+TEST_F(DistortionBankTest, ShapZapTurnsLoudPeaksToNoiseAndNotToSilence) {
+    set(0, shapZap, 1.0f);
+    for (const float amp : {0.3f, 0.45f, 0.6f}) {
+        const std::vector<float> x = sine(8820, amp, 220.0f), y = one(x);
+        double squares = 0.0;
+        int count = 0;
+        for (std::size_t i = 0; i < x.size(); ++i)
+            if (x[i] > 0.7f * amp) squares += y[i] * y[i], ++count;
+        EXPECT_NEAR(std::sqrt(squares / count), 1.0 / 32, 0.004) << amp;
+    }
 }
 
 TEST_F(DistortionBankTest, SelfsyncPassesAtZeroAndFlipsAtOne) {
