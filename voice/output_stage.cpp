@@ -44,37 +44,24 @@ OutputTargets outputTargets(const OutputLevels& levels) {
 void OutputStage::setTargets(int voice, const OutputTargets& targets, int tickSamples, bool jump) {
     const std::array<double, gainCount> values = {targets.left1, targets.left2, targets.right1,   targets.right2,
                                                   targets.ring,  targets.bass,  targets.transient};
-    // A ramp that nobody reads is not run sample by sample: it has arrived by now.
-    if (!bassOn_) gain_[bass][voice] = target_[bass][voice];
-    if (!transientOn_) gain_[transient][voice] = target_[transient][voice];
     for (int k = 0; k < gainCount; ++k) {
-        target_[k][voice] = values[k];
         if (jump && k < ring) gain_[k][voice] = values[k];
         step_[k][voice] = (values[k] - gain_[k][voice]) / tickSamples;
     }
 }
 
 void OutputStage::clearLevels(int voice) {
-    for (int k = left1; k <= ring; ++k) gain_[k][voice] = target_[k][voice] = step_[k][voice] = 0.0;
+    for (int k = left1; k <= ring; ++k) gain_[k][voice] = step_[k][voice] = 0.0;
 }
 
 void OutputStage::reset(int voice) {
-    for (int k = 0; k < gainCount; ++k) gain_[k][voice] = target_[k][voice] = step_[k][voice] = 0.0;
+    for (int k = 0; k < gainCount; ++k) gain_[k][voice] = step_[k][voice] = 0.0;
     for (auto& row : memory_) row[voice] = 0.0;
 }
 
 void OutputStage::setMode(int soundMode, double sampleRate) {
-    const bool wantBass = soundMode == 1 || soundMode == 2 || soundMode == 10;
-    const bool wantTransient = soundMode == 9 || soundMode == 10;
-    // Where a ramp stands as it is left or taken up again.
-    const auto change = [this](Gain kind, bool was, bool wanted) {
-        if (was && !wanted) target_[kind] = gain_[kind];
-        if (!was && wanted) gain_[kind] = target_[kind];
-    };
-    change(bass, bassOn_, wantBass);
-    change(transient, transientOn_, wantTransient);
-    bassOn_ = wantBass;
-    transientOn_ = wantTransient;
+    bassOn_ = soundMode == 1 || soundMode == 2 || soundMode == 10;
+    transientOn_ = soundMode == 9 || soundMode == 10;
     bassCoefficient_ = 1000.0 / sampleRate;
     transientCoefficient_ = fastExp(-56520.0 / sampleRate);
 }
@@ -128,6 +115,9 @@ void OutputStage::renderGroup(const float* f1, const float* f2, int count, LaneM
         (Quad(sumRight, stdx::element_aligned) + right).copy_to(sumRight, stdx::element_aligned);
     }
 
+    // A ramp that nobody reads goes its way in one stride.
+    if constexpr (!withBass) gain[bass] += step[bass] * Quad(count);
+    if constexpr (!withTransient) gain[transient] += step[transient] * Quad(count);
     for (int k = 0; k < gainCount; ++k)
         select(active, gain[k], quadAt(gain_[k], first)).copy_to(&gain_[k][first], stdx::element_aligned);
     for (int k = 0; k < 6; ++k)

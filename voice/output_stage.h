@@ -61,8 +61,7 @@ private:
     using Row = std::array<double, voiceCount>;
     alignas(32) std::array<Row, gainCount> gain_{};
     alignas(32) std::array<Row, gainCount> step_{};  // per sample
-    alignas(32) std::array<Row, gainCount> target_{};
-    alignas(32) std::array<Row, 6> memory_{};  // bass left and right, transients left 1, 2 and right 1, 2
+    alignas(32) std::array<Row, 6> memory_{};        // bass left and right, transients left 1, 2 and right 1, 2
 
     bool bassOn_ = false, transientOn_ = false;
     double bassCoefficient_ = 0.0, transientCoefficient_ = 0.0;
