@@ -350,7 +350,7 @@ TEST_F(VoiceParts, WheelAndTuningMoveThePitch) {
     EXPECT_NEAR(first().frequency[0] / plain, 0.9621999859809875, 1e-9);
 }
 
-TEST_F(VoiceParts, AGlideOfTheArpeggiatorMovesThePitch) {
+TEST_F(VoiceParts, AGlideOfTheArpeggiatorMovesAllOscillatorsOfAllVoices) {
     constexpr int up = 2, velocity8 = 9, glideUp12 = 50, oneBpm = 4;
     setList(par::ArpType, up);
     setList(par::ArpSpeed, oneBpm);
@@ -359,15 +359,22 @@ TEST_F(VoiceParts, AGlideOfTheArpeggiatorMovesThePitch) {
         setList(par::ArpStp1 + step, glideUp12);
     }
     setList(par::ArpRetri, 1);
+    for (int i = 0; i < oscillatorCount; ++i)
+        for (const int n : {par::On1, par::Vol1}) set(n + i, 1.0f);
+    set(par::RelVol, 0.9f);
     engine.tempoBpm = 150.0;  // a step of 100 ticks
     layer->reset();
     press(60);
-    tick(60);
-    ASSERT_EQ(sounding(), 1);
+    press(64);
+    tick(160);
+    ASSERT_EQ(sounding(), 2);  // the first step's note has been released
+    ASSERT_NE(first().note, second().note);
     const double slide = static_cast<double>(layer->arpeggiator().slideFactor());
     ASSERT_GT(slide, 1.1);
-    const double key = static_cast<double>(engine.keyIncrement[first().note]) * fineFactor(0.5f) * fineFactor(0.5f);
-    EXPECT_NEAR(first().frequency[0] / key, slide, 1e-6);
+    for (Voice* voice : {&first(), &second()}) {
+        const double key = static_cast<double>(engine.keyIncrement[voice->note]) * fineFactor(0.5f) * fineFactor(0.5f);
+        for (const double frequency : voice->frequency) EXPECT_NEAR(frequency / key, slide, 1e-6);
+    }
 }
 
 // ---- filters, distortions, output ---------------------------------------------------------------------------
