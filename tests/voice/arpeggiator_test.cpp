@@ -29,7 +29,7 @@ enum Type {
 };
 enum Event { dot = 0, velocity1 = 2, velocity8 = 9, releaseEvent = 11, loopEvent = 13, endEvent = 14, sortEvent = 16 };
 enum Pitch { semitone12 = 12, minus12 = 21, glideUp12 = 50, third = 94, tenth = 95 };
-enum Chord { noChord = 0, triad = 2, separatorChord = 7, fifth2 = 8, minor3 = 18 };
+enum Chord { noChord = 0, firstSeparatorChord = 1, triad = 2, separatorChord = 7, fifth2 = 8, minor3 = 18 };
 constexpr int oneBpm = 4;
 constexpr int ticksPerStep = 100;
 
@@ -322,6 +322,18 @@ TEST_F(ArpeggiatorTest, AChordGateStartsAllKeysAndThoseThatJoin) {
     EXPECT_EQ(entriesOf(10), (Entries{"release", "+60v127", "+64v127", "+67v127"}));
 }
 
+TEST_F(ArpeggiatorTest, AChordGateThatBeginsAnewLetsKeysJoinAgain) {
+    select(chordGate);
+    press(60);
+    tick(150);
+    lift(60);
+    tick();
+    press(62);
+    EXPECT_EQ(entriesOf(10), (Entries{"release", "+62v127"}));
+    press(65);
+    EXPECT_EQ(entriesOf(10), (Entries{"release", "+65v127"}));
+}
+
 // ---- pitch column ----------------------------------------------------------------------------------------------
 
 TEST_F(ArpeggiatorTest, AThirdFollowsTheScaleOfCMajor) {
@@ -389,6 +401,26 @@ TEST_F(ArpeggiatorTest, ASeparatorChordLeavesNoKeys) {
     EXPECT_EQ(steps(4), Notes{});
 }
 
+TEST_F(ArpeggiatorTest, TheFirstSeparatorChordKeepsTheNewestKeyAlone) {
+    select(up, firstSeparatorChord);
+    press(60);
+    EXPECT_EQ(steps(2), (Notes{60, 60}));
+    press(64);
+    EXPECT_EQ(steps(2), (Notes{64, 64}));
+}
+
+TEST_F(ArpeggiatorTest, AnotherTypeForgetsTheHeldKeysOfAChord) {
+    select(up, triad);
+    press(60);
+    tick(10);
+    set(par::ArpType, down);
+    tick();
+    press(62);
+    tick();
+    lift(62);
+    EXPECT_EQ(steps(2), Notes{});
+}
+
 TEST_F(ArpeggiatorTest, ChordKeysBeyondTheKeyboardAreLeftOut) {
     select(up, triad);
     press(124);
@@ -435,6 +467,25 @@ TEST_F(ArpeggiatorTest, ChordRootOfKeyZeroAloneIsSilent) {
     press(0, 80);
     lift(0);
     EXPECT_EQ(log.started, Notes{});
+}
+
+TEST_F(ArpeggiatorTest, TheSameRootSoundsAgainAfterAllKeysWereUp) {
+    select(root);
+    tick();
+    press(60, 80);
+    lift(60);
+    press(60, 70);
+    EXPECT_EQ(log.entries, (Entries{"stop all", "+60v80", "stop all", "stop all", "+60v70"}));
+}
+
+TEST_F(ArpeggiatorTest, TheSameRootSoundsAgainAfterOnlyKeyZeroWasHeld) {
+    select(root);
+    tick();
+    press(60, 80);
+    press(0, 81);
+    lift(60);
+    press(60, 90);
+    EXPECT_EQ(log.entries, (Entries{"stop all", "+60v80", "stop all", "stop all", "+60v90"}));
 }
 
 KeySet held(const Notes& notes) {

@@ -256,6 +256,23 @@ TEST_F(LayerTest, ARetriggeredLfoFollowsTheNewKey) {
     EXPECT_NEAR(voice(0).lfos[0].rate, 2.0 * rate, 0.01 * rate);
 }
 
+TEST_F(LayerTest, ARetriggerRestartsEachLfoByItsOwnMode) {
+    constexpr int trigger = 3, mono = 8, saw = 4;
+    const int modes[] = {trigger, mono, trigger};
+    setList(par::PlayMode, monophonic);
+    for (int i = 0; i < lfoCount; ++i) {
+        setList(par::LfoMode1 + i, modes[i]);
+        setList(par::LfoWave1 + i, saw);
+        set(par::LfoSpd1 + i, 0.4f);
+    }
+    press(60);
+    tick(20);
+    press(64);
+    EXPECT_EQ(voice(0).lfos[0].phase, 0.0);
+    EXPECT_GT(voice(0).lfos[1].phase, 0.0);
+    EXPECT_EQ(voice(0).lfos[2].phase, 0.0);
+}
+
 TEST_F(LayerTest, ARetriggerRestartsASingleSampleAndLetsALoopRunOn) {
     for (const int loopMode : {loopModeSingle, loopModeLoop}) {
         setList(par::PlayMode, monophonic);

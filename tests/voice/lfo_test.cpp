@@ -77,6 +77,22 @@ TEST(Lfo, HighStartPhaseIsRandomUnlessFree) {
     EXPECT_EQ(lfo.seed.state, seed);
 }
 
+TEST(Lfo, AStartPhaseAtTheThresholdIsJustAPhase) {
+    EXPECT_EQ(started(triggerMode, {.wave = 2, .startPhase = 0.99f}).phase, static_cast<double>(0.99f));
+}
+
+TEST(Lfo, ATriggerOfACycleClearsTheMemoriesOfARandomWave) {
+    constexpr int randomRamp = 9, sine = 2;
+    Lfo lfo = started(triggerMode, {.wave = randomRamp, .speed = 0.8});
+    run(lfo, 500);
+    ASSERT_NE(lfo.heldB, 0.5);
+    lfo.retrigger(triggerMode, {.wave = sine});
+    EXPECT_EQ(lfo.heldA, 0.0);
+    EXPECT_EQ(lfo.heldB, 0.5);
+    EXPECT_EQ(lfo.previousPhase, 0.99999);
+    EXPECT_EQ(lfo.output, 0.5);
+}
+
 TEST(Lfo, TempoChangeReachesASyncedRateOnlyByTriggerOrSpeed) {
     Lfo::Start start{.wave = 2, .speed = 0.5, .tempo = 120.0};
     Lfo lfo = started(triggerBpm, start);

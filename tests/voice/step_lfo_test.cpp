@@ -59,6 +59,28 @@ TEST(StepLfo, MonoFollowsTheOldestVoiceIfThereIsOne) {
     EXPECT_DOUBLE_EQ(lfo.position, 0.0);
 }
 
+TEST(StepLfo, MonoTakesOverAllButTheSteps) {
+    for (const int mode : {StepLfo::FreeLoop, StepLfo::EnvelopeMode}) {
+        const StepLfo oldest = withSteps({.shape = 5, .speed = 0.5, .stepCount = 0.2f, .tempo = 90.0}, mode);
+        StepLfo lfo;
+        lfo.steps.fill(0.25f);
+        lfo.noteOn(StepLfo::MonoLoop, {.shape = 3, .speed = 0.9, .stepCount = 1.0f, .tempo = 130.0}, 2, &oldest);
+        EXPECT_EQ(lfo.stepCount, oldest.stepCount);
+        EXPECT_EQ(lfo.tempo, 90.0);
+        EXPECT_EQ(lfo.freeRunning, mode == StepLfo::FreeLoop);
+        EXPECT_EQ(lfo.oneShot, mode == StepLfo::EnvelopeMode);
+        for (const float step : lfo.steps) EXPECT_EQ(step, 0.25f);
+    }
+}
+
+TEST(StepLfo, EnvelopeNeverReachesItsLength) {
+    StepLfo lfo = withSteps({.stepCount = 0.0f}, StepLfo::EnvelopeMode);
+    lfo.position = 1.0;
+    lfo.increment = 1.0;
+    lfo.advance();
+    EXPECT_EQ(lfo.position, 1.0);
+}
+
 TEST(StepLfo, TickRateOfZeroCountsAsAThousand) {
     EXPECT_DOUBLE_EQ(withSteps({.tickRate = 0.0}, StepLfo::TriggerLoop).increment,
                      withSteps({.tickRate = 1000.0}, StepLfo::TriggerLoop).increment);

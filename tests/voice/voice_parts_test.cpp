@@ -236,6 +236,45 @@ TEST_F(VoiceParts, TheStepLfoTakesNewStepsAndANewShapeWithinTheNote) {
     EXPECT_EQ(first().stepLfo.shape, sawDown);
 }
 
+TEST_F(VoiceParts, EachLfoFadesInByItsOwnTime) {
+    const float fades[] = {0.0f, 0.3f, 0.6f};
+    for (int i = 0; i < lfoCount; ++i) set(par::LfoFade1 + i, fades[i]);
+    press(60);
+    EXPECT_EQ(first().lfos[0].fadeLevel, 1.0);
+    for (int i = 1; i < lfoCount; ++i) {
+        EXPECT_EQ(first().lfos[i].fadeLevel, 0.0);
+        EXPECT_EQ(first().lfos[i].fadeStep, fastExp(-10.0 * static_cast<double>(fades[i])));
+    }
+}
+
+TEST_F(VoiceParts, AFreeStepLfoStartsWhereTheSongIs) {
+    constexpr int freeLoop = 0;
+    setList(par::StepMode, freeLoop);
+    set(par::StepSped, 0.45f);  // four steps a beat
+    set(par::Steps, 0.2f);
+    engine.songPosition = 2.5;
+    press(60);
+    EXPECT_EQ(first().stepLfo.position, 10.0);
+    EXPECT_EQ(first().stepLfo.stepCount, 4);
+}
+
+TEST_F(VoiceParts, VoicesAndHeldKeysAreCountedAgainstTheLimit) {
+    constexpr int polyphonic8 = 6, sourceVoiceNumber = 33, sourceHeldKeys = 34;
+    setList(par::PlayMode, polyphonic8);
+    connect(sourceVoiceNumber, par::FilAnalo, 1.0f);
+    press(60);
+    press(64);
+    tick();
+    EXPECT_EQ(first().mod[par::FilAnalo], 0.125f);
+    EXPECT_EQ(second().mod[par::FilAnalo], 0.25f);
+    connect(sourceHeldKeys, par::FilAnalo, 1.0f);
+    tick();
+    EXPECT_EQ(first().mod[par::FilAnalo], 0.25f);
+    release(60);
+    tick();
+    EXPECT_EQ(first().mod[par::FilAnalo], 0.125f);
+}
+
 // ---- oscillators --------------------------------------------------------------------------------------------
 
 TEST_F(VoiceParts, ATickSetsWhatTheKernelsRead) {
