@@ -118,6 +118,18 @@ TEST(Envelope, NoteOffDuringHoldChangesNothingUntilTheHoldEnds) {
     EXPECT_NEAR(released.level, 1.0f - released.releaseStep, 1e-6f);
 }
 
+TEST(Envelope, NoteOffDuringHoldIsForgottenByTheNextNote) {
+    const Knobs knobs{.hold = 0.3f};
+    Envelope envelope;
+    envelope.start();
+    tick(envelope, knobs);
+    envelope.noteOff();
+    envelope.start();
+    EXPECT_GT(ticksUntil(envelope, knobs, Envelope::Hold), 0);
+    while (envelope.state == Envelope::Hold) tick(envelope, knobs);
+    EXPECT_EQ(envelope.state, Envelope::Decay);
+}
+
 TEST(Envelope, NoteOffInAnAttackWithoutHoldFallsFromTheLevelReached) {
     const Knobs knobs{.attack = 0.4f, .release = 0.4f};
     Envelope envelope;

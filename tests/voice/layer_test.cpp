@@ -193,6 +193,14 @@ TEST_F(LayerTest, LegatoMovesThePitchAndLeavesTheEnvelopesAlone) {
     EXPECT_EQ(voice(0).state(), Envelope::Attack);
     EXPECT_LT(voice(0).envelopes[volumeEnvelope].phase, before);
     EXPECT_EQ(sounding(), 1);
+
+    // Nor in a state that a retrigger would leave.
+    while (voice(0).state() != Envelope::Sustain) tick();
+    press(67);
+    EXPECT_EQ(voice(0).state(), Envelope::Sustain);
+    release(67);
+    EXPECT_EQ(voice(0).note, 60);
+    EXPECT_EQ(voice(0).state(), Envelope::Sustain);
 }
 
 TEST_F(LayerTest, MonophonicRetriggersFromThePresentLevelAtBothKeys) {
@@ -302,6 +310,36 @@ TEST_F(LayerTest, OneVoiceLineWithoutHeldKeysKeepsItsNoteAndTakesTheVelocity) {
     EXPECT_EQ(voice(0).note, 60);
     EXPECT_EQ(layer->currentNote, 60);
     EXPECT_EQ(voice(0).velocity, 55);
+}
+
+TEST_F(LayerTest, HeldKeysCountAtTheVelocityOfTheNewNoteAndAtAnyVelocityWhenOneGoesUp) {
+    constexpr int upperHalf = 3, lowerHalf = 2;
+    setList(par::PlayMode, monophonic);
+    setList(par::VelRange, upperHalf);
+    press(60, 100);
+    tick();
+    layer->startNote(72, 55);  // as an arpeggiator may, past the velocity range
+    EXPECT_EQ(voice(0).note, 60);
+    EXPECT_EQ(voice(0).velocity, 55);
+
+    setList(par::VelRange, lowerHalf);
+    press(64, 20);
+    tick();
+    release(64);
+    EXPECT_EQ(voice(0).note, 60);
+    EXPECT_NE(voice(0).state(), Envelope::Release);
+}
+
+TEST_F(LayerTest, AKeyOutsideTheSplitGoesUpUnnoticed) {
+    constexpr int splitLow = 2;
+    setList(par::PlayMode, monophonic);
+    setList(par::Split, splitLow);
+    press(40);
+    press(90);
+    tick();
+    const float drawn = voice(0).randomValue;
+    release(90);
+    EXPECT_EQ(voice(0).randomValue, drawn);  // a move to key 40 would have drawn anew
 }
 
 TEST_F(LayerTest, OneVoiceLineFallsBackToTheHighestHeldKey) {

@@ -87,6 +87,38 @@ TEST_F(VoiceParts, ANoteSoundsTheSameOnAVoiceThatPlayedBefore) {
     for (std::size_t i = 0; i < fresh.left.size(); ++i) ASSERT_EQ(left[from + i], fresh.left[i]) << i;
 }
 
+TEST_F(VoiceParts, AResetVoiceSoundsLikeANewOne) {
+    LayerBench fresh;
+    for (LayerBench* bench : {static_cast<LayerBench*>(this), &fresh}) {
+        bench->engine.soundMode = 10;
+        bench->set(par::On1 + 1, 1.0f);
+        bench->set(par::Vol1 + 1, 1.0f);
+        bench->set(par::Fm1, 0.6f);
+        bench->setList(par::DisType1, distortionDegrade);
+        bench->set(par::Drive1, 0.7f);
+        bench->layer->reset();
+    }
+    press(31);
+    play(51);
+    set(par::FilSerial, 1.0f);
+    play(1);
+    set(par::FilSerial, 0.0f);
+    engine.heldNote.fill(0);
+    setList(par::KeyEnd1, 50);  // oscillator 1 leaves what it played last to oscillator 2
+    fresh.setList(par::KeyEnd1, 50);
+    layer->reset();
+    fresh.layer->reset();
+    left.clear();
+    random = fresh.random;
+    for (LayerBench* bench : {static_cast<LayerBench*>(this), &fresh}) {
+        bench->press(60);
+        bench->play(40);
+    }
+    ASSERT_FALSE(first().oscillatorOn[0]);
+    EXPECT_GT(fresh.peak(), 0.01f);
+    for (std::size_t i = 0; i < left.size(); ++i) ASSERT_EQ(left[i], fresh.left[i]) << i;
+}
+
 TEST_F(VoiceParts, ANoteReadsTheLayersOwnParameters) {
     for (int n = globalParameterCount; n < layerParameterEnd; ++n) set(n, static_cast<float>(n % 89) / 89.0f);
     layer->blockChanged();
@@ -149,6 +181,27 @@ TEST_F(VoiceParts, AnalogOscillatorsAreEachALittleOutOfTune) {
     setList(par::SynType1, wavetableType);
     press(61);
     EXPECT_EQ(second().pitch[0].tuning, 1.0);
+    first().noteOn(61, 100);
+    EXPECT_EQ(first().pitch[0].tuning, 1.0);
+}
+
+TEST_F(VoiceParts, AnAnalogNoteIsHeldWithinItsClipByEitherFilter) {
+    constexpr float ceiling = 0.5f * 0.333f;
+    waves.buildWaveRows();
+    for (int i = 0; i < oscillatorCount; ++i) {
+        setList(par::SynType1 + i, analogType);
+        set(par::On1 + i, 1.0f);
+        set(par::Vol1 + i, 1.0f);
+    }
+    for (const float filter : {0.0f, 1.0f}) {
+        for (int i = 0; i < oscillatorCount; ++i) set(par::FiltMix1 + i, filter);
+        layer->reset();
+        press(60);
+        play(40);
+        const OutputTargets gains = layer->bank().output.gains(15);
+        const auto highest = static_cast<float>(filter == 0.0f ? gains.left1 : gains.left2) * ceiling;
+        EXPECT_NEAR(peak(left.size() - 2000), highest, 0.01f * highest) << filter;
+    }
 }
 
 TEST_F(VoiceParts, ALoopedSampleIsContinuedBehindItsEndAtTheNoteOn) {
@@ -507,6 +560,9 @@ TEST_F(VoiceParts, OnlyTheFirstTickOfANoteJumpsToItsGains) {
     EXPECT_EQ(layer->bank().output.gains(15).left1, arrived);
     render(96);
     EXPECT_LT(layer->bank().output.gains(15).left1, 0.6 * arrived);
+    first().noteOn(62, 100);  // the same voice again
+    tick();
+    EXPECT_EQ(layer->bank().output.gains(15).left1, arrived);
 }
 
 // ---- a layer's lines and inserts ----------------------------------------------------------------------------

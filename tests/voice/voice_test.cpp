@@ -82,6 +82,56 @@ TEST_F(VoiceTest, LongerAttackRampsFromZeroAcrossTheFirstTick) {
     EXPECT_GT(half, 0.5);
 }
 
+TEST_F(VoiceTest, NoteOnDropsTheLevelGainsAndLeavesThoseOfTheSoundModes) {
+    engine.soundMode = 10;
+    press(60);
+    play(3);
+    const OutputTargets before = layer->bank().output.gains(15);
+    ASSERT_GT(before.bass, 0.0);
+    ASSERT_GT(before.transient, 0.0);
+    first().noteOn(62, 100);
+    const OutputTargets after = layer->bank().output.gains(15);
+    for (const double level : {after.left1, after.left2, after.right1, after.right2, after.ring}) EXPECT_EQ(level, 0.0);
+    EXPECT_EQ(after.bass, before.bass);
+    EXPECT_EQ(after.transient, before.transient);
+}
+
+TEST(OutputTargets, TheLayersVolumeHasItsLimitsFarAboveOne) {
+    const auto left = [](float volume) {
+        return outputTargets(
+                   {.envelope = 1, .layerVolume = volume, .pan1 = 0, .pan2 = 0, .volume1 = 1, .volume2 = 0, .ringmod = 0})
+            .left1;
+    };
+    EXPECT_NEAR(left(3.0f) / left(1.0f), 9.0, 1e-6);
+    EXPECT_EQ(left(20000.0f), left(9999.0f));
+    EXPECT_EQ(left(-1.0f), 1e-6);
+}
+
+TEST_F(VoiceTest, TheFilterEnvelopesLevelIsClampedWhereItIs) {
+    constexpr int sourceStatic = 12, destinationFilterSustain = 66;
+    set(par::SusFil, 0.9f);
+    setList(par::MatSrc1, sourceStatic);
+    setList(par::MatDst1, destinationFilterSustain);
+    set(par::MatVal1, 1.0f);
+    press(60);
+    play(10);
+    ASSERT_GT(first().mod[par::SusFil], 1.8f);
+    EXPECT_EQ(first().envelopes[filterEnvelope].level, 1.0f);
+}
+
+TEST_F(VoiceTest, TheFiltersTakeTheRateInWholeHertz) {
+    LayerBench whole;
+    engine.internalRate = 96000.75f;
+    for (LayerBench* bench : {static_cast<LayerBench*>(this), &whole}) {
+        bench->setList(par::FilType1, 2);
+        bench->set(par::Cutoff1, 0.5f);
+        bench->press(60);
+        bench->play(20);
+    }
+    EXPECT_GT(peak(), 0.01f);
+    EXPECT_EQ(left, whole.left);
+}
+
 TEST_F(VoiceTest, CutoffChangesOnlyAtTheNextTick) {
     LayerBench steady;
     for (LayerBench* bench : {static_cast<LayerBench*>(this), &steady}) {
@@ -203,6 +253,11 @@ TEST_F(VoiceTest, SilentOscillatorRunsForTheOneThatItModulates) {
     set(par::Sync1, 1.0f);
     press(62);
     EXPECT_TRUE(voice(13).oscillatorOn[0]);
+    set(par::Sync1, 0.0f);
+    constexpr int destinationFm2 = 26;
+    setList(par::MatDst1, destinationFm2);
+    press(63);
+    EXPECT_TRUE(voice(12).oscillatorOn[0]);
 }
 
 TEST_F(VoiceTest, MatrixSlotOnItsVolumeKeepsAnOscillatorActive) {
@@ -255,7 +310,11 @@ TEST_F(VoiceTest, NoteOnCopiesTheLayerAndResetsTheMatrixSources) {
 TEST_F(VoiceTest, ResetReturnsEverythingToTheStart) {
     press(70);
     play(20);
+    first().tuneFactor = 1.05;
+    first().tuneOffset = 3.0;
+    set(par::Cutoff1, 0.4f);
     first().reset();
+    EXPECT_EQ(first().mod, layer->block());
     EXPECT_FALSE(first().sounding());
     EXPECT_EQ(first().age, 1410065407);
     EXPECT_EQ(first().smoothedNote, 60.0);
