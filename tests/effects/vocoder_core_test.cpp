@@ -225,6 +225,20 @@ TEST_F(Vocoder, FormantMovesTheCarrierBandsByAnExponential) {
     EXPECT_LT(vocoder.synthesis(7).a1, before);
 }
 
+// Near half the rate the bands would fold, far below it they would never settle.
+TEST_F(Vocoder, BandsAreHeldBetweenATenThousandthAndFortyFiveHundredthsOfTheRate) {
+    const auto expectHeldAt = [](const VocoderCore::Coefficients& got, double n, double width) {
+        const double k = std::tan(n * 3.14159), r = (1.0 - n * 1.57) * width, d = k / r + 1.0 + k * k;
+        EXPECT_NEAR(got.b0, k / (d * r), 1e-3 * k / (d * r));
+        EXPECT_NEAR(got.a1, (2.0 - 2.0 * k * k) / d, 1e-5);
+    };
+    use(pro, 1.0f, 0.0f);
+    vocoder.setSampleRate(48000.0f);
+    expectHeldAt(vocoder.synthesis(19), 0.45, 3.0);  // 24.6 kHz
+    vocoder.setSampleRate(2e6f);
+    expectHeldAt(vocoder.analysis(0), 0.0001, 1.0);
+}
+
 TEST_F(Vocoder, AMovedFormantActsAtTheNextBlock) {
     const Pair in{noise(4, 0.5f, 400), noise(5, 0.5f, 400)};
     use(pro, 1.0f, 0.1f);
