@@ -90,6 +90,18 @@ TEST(Chorus, BelowItEachSideHasAWalkerAndItsStaticDelay) {
     EXPECT_GT(highest - lowest, 2.0);
 }
 
+TEST(Chorus, TheStaticDelaysGoAwayAboveNineTenthsAndNotBefore) {
+    for (const auto& [mix, base] : {std::pair{0.9f, 0.007}, {0.91f, 0.0}}) {
+        Box box(chorus, {mix, 1.0f, 0.5f});
+        const auto right = delays(box.play(ramp(60000, slope)).right, slope, mix);
+        EXPECT_NEAR(smallest(right, filled), base * rate + cubicDelay, 1.0) << mix;
+    }
+    for (const auto& [mix, base] : {std::pair{0.9f, 0.005}, {0.91f, 0.0}}) {
+        Box box(ensemble, {mix, 1.0f, 0.0f});
+        EXPECT_NEAR(onset(box.play(impulse(4000)).right, 0.2f), base * rate, 3.0) << mix;  // the dry impulse stays below
+    }
+}
+
 TEST(Chorus, DetunesByTheSameCentsAtEverySpeed) {
     for (const float speed : {0.1f, 0.9f}) {
         Box box(chorus, {1.0f, speed, 0.5f});

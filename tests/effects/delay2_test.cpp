@@ -161,10 +161,15 @@ TEST(Echo, TheTimesAreFreeAndShownInMilliseconds) {
 }
 
 TEST(Echo, InTheMiddleThereIsOneRepeatAndNoMore) {
-    Box box(echo, {1.0f, 0.1f, 0.1f, 0.0f, 0.5f});
-    const auto out = box.play(impulse(8000)).left;
-    EXPECT_GT(peak(out, 870, 1700), 0.1f);
-    EXPECT_LT(peak(out, 1760), 1e-4f);
+    for (const float p4 : {0.44f, 0.45f, 0.5f, 0.55f, 0.56f}) {
+        Box box(echo, {1.0f, 0.1f, 0.1f, 0.0f, p4});
+        const auto out = box.play(impulse(8000)).left;
+        EXPECT_GT(peak(out, 870, 1700), 0.1f) << p4;
+        if (p4 < 0.45f || p4 > 0.55f)
+            EXPECT_GT(peak(out, 1760), 0.1f) << p4;
+        else
+            EXPECT_LT(peak(out, 1760), 1e-4f) << p4;
+    }
 }
 
 TEST(Echo, FeedbackIsStraightAboveTheMiddleAndCrossedBelow) {
