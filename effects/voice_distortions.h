@@ -247,9 +247,7 @@ struct ShapPul : Filtered {
         return select(absolute(z) <= T(1), inside, T(0));
     }
     T step(DistortionMemory<T>& m, T x, T y) const {
-        return share.of(eightFromLast(
-                            m, y, [this](T v) { return shape(v); }, 2.0f),
-                        x);
+        return share.of(eightFromLast(m, y, [this](T v) { return shape(v); }, 2.0f), x);
     }
 };
 
@@ -279,9 +277,7 @@ struct ShapHal : Filtered {
     }
     T shape(T v) const { return select(v * h <= T(0.25f), polynomialSine(v * turn), T(1)); }
     T step(DistortionMemory<T>& m, T x, T y) const {
-        return share.of(eightFromLast(
-                            m, y, [this](T v) { return shape(v); }, 2.0f),
-                        x);
+        return share.of(eightFromLast(m, y, [this](T v) { return shape(v); }, 2.0f), x);
     }
 };
 

@@ -82,7 +82,7 @@ void readKey(SfzRegion& region, Text value) {
 
 template <auto member>
 void readNumber(SfzRegion& region, Text value) {
-    if (const auto number = numberOf(value)) region.*member = *number;
+    if (const auto number = numberOf(value)) region.*member = double{*number};
 }
 
 // Of several lines the first that has it.
@@ -251,13 +251,13 @@ private:
 
 // The first region's that has one.
 template <class T>
-std::optional<T> firstOf(const std::vector<const SfzRegion*>& regions, std::optional<T> SfzRegion::*member) {
+std::optional<T> firstOf(const std::vector<const SfzRegion*>& regions, std::optional<T> SfzRegion::* member) {
     for (const SfzRegion* region : regions)
         if (region->*member) return region->*member;
     return std::nullopt;
 }
 
-std::optional<float> timeOf(const std::vector<const SfzRegion*>& regions, std::optional<double> SfzRegion::*member) {
+std::optional<float> timeOf(const std::vector<const SfzRegion*>& regions, std::optional<double> SfzRegion::* member) {
     const std::optional<double> seconds = firstOf(regions, member);
     if (!seconds) return std::nullopt;
     return envelopeOfSeconds(*seconds);
@@ -293,6 +293,7 @@ void chooseOscillators(const std::vector<const SfzRegion*>& regions, SfzPlan& pl
     for (const std::size_t index : chosen) plan.oscillators.push_back(oscillatorOf(*regions[index], index, loudest));
     if (chosen.size() == regions.size()) return;
     std::vector<KeyRange> ranges;
+    ranges.reserve(plan.oscillators.size());
     for (const SfzOscillator& oscillator : plan.oscillators) ranges.push_back(oscillator.keys);
     widenKeys(ranges);
     for (std::size_t k = 0; k < ranges.size(); ++k) plan.oscillators[k].keys = ranges[k];
@@ -339,6 +340,7 @@ std::vector<std::size_t> chooseRegions(std::size_t count) {
     const std::size_t chosen = std::min(count, most);
     const std::size_t start = count <= most ? 0 : (count - most * step) / 2 + step / 2;
     std::vector<std::size_t> indices;
+    indices.reserve(chosen);
     for (std::size_t k = 0; k < chosen; ++k) indices.push_back(start + k * step);
     return indices;
 }

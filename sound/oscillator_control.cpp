@@ -85,7 +85,7 @@ namespace {
 
 using Buffers = const std::int16_t* const (&)[oscillatorCount];
 
-float mixedSample(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::*side, int i) {
+float mixedSample(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::* side, int i) {
     std::uint32_t sum = 0;
     for (int k = 0; k < oscillatorCount; ++k) sum += product(buffers[k][i], gains[k].*side);
     return static_cast<float>(static_cast<std::int32_t>(sum)) / mixScale;
@@ -101,7 +101,7 @@ __m128i gainPair(std::int32_t low, std::int32_t high) {
 
 // The first samples up to a multiple of four, if all gains have 16 bits, as they have while no modulation takes
 // them out of their range. Returns how many.
-int mixFours(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::*side, int count, float* lane) {
+int mixFours(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::* side, int count, float* lane) {
     for (const MixGains& gain : gains)
         if (gain.*side != static_cast<std::int16_t>(gain.*side)) return 0;
     const __m128i firstTwo = gainPair(gains[0].*side, gains[1].*side), third = gainPair(gains[2].*side, 0);
@@ -128,7 +128,7 @@ int mixFours(Buffers, const MixGains (&)[oscillatorCount], std::int32_t MixGains
 
 #endif
 
-void mixSide(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::*side, int count, float* lane) {
+void mixSide(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::* side, int count, float* lane) {
     for (int i = mixFours(buffers, gains, side, count, lane); i < count; ++i)
         lane[i * voiceCount] = mixedSample(buffers, gains, side, i);
 }

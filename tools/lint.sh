@@ -3,4 +3,4 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 git ls-files 'base/*.cpp' 'platform/*.cpp' 'vst/*.cpp' 'sound/*.cpp' 'effects/*.cpp' 'samples/*.cpp' 'voice/*.cpp' 'engine/*.cpp' |
-    grep -v win32 | xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/release 2>/dev/null
+    grep -v win32 | xargs -P "$(nproc)" -n 4 clang-tidy-19 --quiet -p build/release 2>/dev/null

@@ -36,7 +36,7 @@ bool sameSample(const Sample& a, const Sample& b) {
 void compareWaves(const Patch& a, const Patch& b, std::vector<std::string>& lines) {
     for (int wave = 0; wave < chunk::waveCount; ++wave) {
         const auto at = static_cast<std::size_t>(wave);
-        if (const Cycle& one = a.customWaves[at], &two = b.customWaves[at]; one != two) {
+        if (const Cycle &one = a.customWaves[at], &two = b.customWaves[at]; one != two) {
             int count = 0;
             for (std::size_t i = 0; i < one.size(); ++i) count += one[i] != two[i];
             lines.push_back(placeText(wave) + " custom wave: " + std::to_string(count) + " of 2048 samples differ");

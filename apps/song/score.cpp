@@ -233,9 +233,8 @@ private:
             moving(word, value, 0, 127, controlStep,
                    [&](std::int64_t tick, double v) { send(word, tick, 0xb0, controller, static_cast<int>(v + 0.5)); });
         } else if (name == "tempo") {
-            moving(word, value, 10, 400, tempoStep, [this](std::int64_t tick, double v) {
-                score_.tempos.push_back({tick, 60.0 / v});
-            });
+            moving(word, value, 10, 400, tempoStep,
+                   [this](std::int64_t tick, double v) { score_.tempos.push_back({tick, 60.0 / v}); });
         } else if (name == "meter") {
             const auto slash = value.find('/');
             if (slash == std::string::npos) throw Trouble(word.line, "a meter is written as 3/4");

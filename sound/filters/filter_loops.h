@@ -23,9 +23,7 @@ MaskOf<T> lanesOutOfRange(const Topology<T>& loop) {
 }
 
 template <template <class> class Topology>
-constexpr bool runsByVoice = requires {
-    Topology<float>::byVoice;
-};
+constexpr bool runsByVoice = requires { Topology<float>::byVoice; };
 
 // The loops are flattened, as the compiler would otherwise call steps and operators through memory. With the
 // sanitizers' checks in each of them that takes minutes to compile, and speed does not matter.
@@ -56,8 +54,7 @@ VANTORIC_FLATTEN void runChains(const Chain* chains, int count) {
     }
     auto random = [&]<std::size_t... Index>(std::index_sequence<Index...>) {
         return std::array{Draws<T>(chains[Index].run->starts, chains[Index].first)...};
-    }
-    (std::make_index_sequence<K>{});
+    }(std::make_index_sequence<K>{});
     for (int i = 0; i < count; ++i) {
 #pragma GCC unroll 4
         for (int k = 0; k < K; ++k) {
@@ -144,8 +141,7 @@ const Loop<Voices>* loopOf(int variant) {
     static constexpr auto loops = []<int... Variant>(std::integer_sequence<int, Variant...>) {
         return std::array<Loop<Voices>, sizeof...(Variant)>{
             Loop<Voices>{&runLoop<Topology, Variant, Voices>, Topology<float>::draws(Variant), Variant}...};
-    }
-    (std::make_integer_sequence<int, Topology<float>::variants>{});
+    }(std::make_integer_sequence<int, Topology<float>::variants>{});
 #if defined(VANTORIC_WIDE_LOOPS)
     if constexpr (Voices == voiceCount && !runsByVoice<Topology>)
         if (wideLoopsInUse()) return &WideLoops<Topology>::byVariant[variant];

@@ -6,11 +6,10 @@
 namespace vantoric::filters {
 
 template <template <class> class Topology>
-constinit const std::array<Loop<voiceCount>, Topology<float>::variants> WideLoops<Topology>::byVariant = [
-]<int... Variant>(std::integer_sequence<int, Variant...>) {
-    return std::array{Loop<voiceCount>{&runInLanes<Topology, Variant, 8>, Topology<float>::draws(Variant), Variant}...};
-}
-(std::make_integer_sequence<int, Topology<float>::variants>{});
+constinit const std::array<Loop<voiceCount>, Topology<float>::variants> WideLoops<Topology>::byVariant =
+    []<int... Variant>(std::integer_sequence<int, Variant...>) {
+        return std::array{Loop<voiceCount>{&runInLanes<Topology, Variant, 8>, Topology<float>::draws(Variant), Variant}...};
+    }(std::make_integer_sequence<int, Topology<float>::variants>{});
 
 template struct WideLoops<Svf12>;
 template struct WideLoops<Svf18>;

@@ -382,7 +382,9 @@ TEST(BusySign, ShowsWhenItTakesLong) {
 TEST(BusySign, StaysAwayFromWhatIsQuick) {
     Console console("test");
     testing::internal::CaptureStderr();
-    { const Busy busy(console, "loading"); }
+    {
+        const Busy busy(console, "loading");
+    }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 

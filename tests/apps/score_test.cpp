@@ -75,12 +75,10 @@ TEST(Score, MovesVelocityControllersAndTempo) {
     EXPECT_EQ(notes[2].message.data2, 90);
     const midi::File wheel = music("cc1=0-127/4 bend=-8192 c4/1");
     EXPECT_EQ(wheel.events.front().message, (midi::Message{0xb1, 1, 0}));
-    EXPECT_TRUE(std::any_of(wheel.events.begin(), wheel.events.end(), [](const auto& e) {
-        return e.tick == 480 && e.message == midi::Message{0xb1, 1, 127};
-    }));
-    EXPECT_TRUE(std::any_of(wheel.events.begin(), wheel.events.end(), [](const auto& e) {
-        return e.message == midi::Message{0xe1, 0, 0};
-    }));
+    EXPECT_TRUE(std::any_of(wheel.events.begin(), wheel.events.end(),
+                            [](const auto& e) { return e.tick == 480 && e.message == midi::Message{0xb1, 1, 127}; }));
+    EXPECT_TRUE(std::any_of(wheel.events.begin(), wheel.events.end(),
+                            [](const auto& e) { return e.message == midi::Message{0xe1, 0, 0}; }));
     const midi::File slowing = compiled("conductor\ntempo=120-60/1 r/1\npart A channel 1\nc4/1");
     EXPECT_EQ(slowing.tempos.size(), 9u);
     EXPECT_DOUBLE_EQ(slowing.tempos.back().secondsPerQuarter, 1.0);

@@ -53,9 +53,7 @@ json runSchedule(const Case& c) {
                 subBlocks.push_back({count, pos});
                 rendered += count;
             },
-            [&](int eventPos) {
-                ticks.push_back({rendered, eventPos});
-            });
+            [&](int eventPos) { ticks.push_back({rendered, eventPos}); });
         blocks.push_back(
             {{"frames", frames}, {"subBlocks", subBlocks}, {"ticks", ticks}, {"samplesToTick", clock.samplesToTick()}});
     }

@@ -218,7 +218,9 @@ TEST_F(SurroundEncode, AtAQuarterLeavesTheRightOutputDryOnly) {
 }
 
 TEST_F(SurroundEncode, GoesAllTheWayRound) {
-    const struct { float p1, left, right; } places[] = {{0.0f, 1, -1}, {0.25f, 1, 0}, {0.5f, 1, 1}, {0.75f, 0, 1}, {1.0f, -1, 1}};
+    const struct {
+        float p1, left, right;
+    } places[] = {{0.0f, 1, -1}, {0.25f, 1, 0}, {0.5f, 1, 1}, {0.75f, 0, 1}, {1.0f, -1, 1}};
     for (const auto& place : places) {
         use(Stereo::surroundEncode, 1.0f, place.p1);
         EXPECT_EQ(hold(0.5f, 0.25f, 3), std::pair(place.left * 0.75f, place.right * 0.75f)) << place.p1;

@@ -332,7 +332,9 @@ TEST_F(Vocoder, StaysFiniteAndBoundedAtEveryRateAndBlockLength) {
     };
     std::vector<float> impulse = silence(4096);
     impulse[3] = 1.0f;
-    const struct { int block, count; } runs[] = {{1, 200}, {88, 600}, {4096, 4096}};
+    const struct {
+        int block, count;
+    } runs[] = {{1, 200}, {88, 600}, {4096, 4096}};
     for (const int variant : {svc, pro, linear})
         for (const float sampleRate : testing_effects::everyRate())
             for (const float formant : {0.0f, 1.0f})

@@ -111,7 +111,9 @@ TEST(Q7Audio, ItsEndSavesTheControllerMapEvenUnchangedAndThePath) {
     const std::string folder = test::sharedDataFolder().path(), path = folder + "Vantoric_data/Vantoricmidi.cfg";
     std::filesystem::create_directories(folder + "Vantoric_data");
     std::filesystem::remove(path);
-    { EngineRig rig; }
+    {
+        EngineRig rig;
+    }
     EXPECT_EQ(std::filesystem::file_size(path), 258u);
     EXPECT_EQ(platform::readSetting("Path"), folder);
     {

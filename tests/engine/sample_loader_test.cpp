@@ -264,7 +264,9 @@ TEST_F(SampleLoading, WaitsForARebuildAndAsksForItAgain) {
 
 TEST_F(SampleLoading, WaitsForARebuildNoLongerThan51Times) {
     flags.rebuildRunning.set();
-    { const EngineHold hold(flags, countSleep); }
+    {
+        const EngineHold hold(flags, countSleep);
+    }
     EXPECT_EQ(sleptTimes, 51);
     EXPECT_FALSE(flags.rebuildRunning.isSet());
 }

@@ -17,10 +17,7 @@ struct Walk {
         subBlocks.clear();
         ticks.clear();
         clock.run(
-            samples, state,
-            [&](int count, int pos) {
-                subBlocks.push_back({count, pos});
-            },
+            samples, state, [&](int count, int pos) { subBlocks.push_back({count, pos}); },
             [&](int eventPos) { ticks.push_back(eventPos); });
     }
     EngineState state;

@@ -150,7 +150,9 @@ TEST_F(Worker, AHoldKeepsEveryoneAwayAndAsksAgainForTheRebuildItStopped) {
 }
 
 TEST_F(Worker, AHoldAsksForNoRebuildThatNobodyWanted) {
-    { const EngineHold hold(flags, platform::sleepMilliseconds); }
+    {
+        const EngineHold hold(flags, platform::sleepMilliseconds);
+    }
     EXPECT_FALSE(flags.rebuildRequested.isSet());
 }
 

@@ -46,7 +46,7 @@ void onSystemCall(int, siginfo_t* info, void* context) {
 
 bool catchSystemCalls() {
     static const bool handled = [] {
-        struct sigaction action {};
+        struct sigaction action{};
         action.sa_sigaction = onSystemCall;
         action.sa_flags = SA_SIGINFO | SA_NODEFER;
         return sigaction(SIGSYS, &action, nullptr) == 0;

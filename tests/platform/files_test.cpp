@@ -58,7 +58,7 @@ TEST(Files, ReplacingKeepsTheAccessRights) {
     ASSERT_TRUE(writeFile(folder / "a", "1", 1));
     ASSERT_EQ(chmod((folder / "a").c_str(), 0640), 0);
     ASSERT_TRUE(writeFile(folder / "a", "2", 1));
-    struct stat status {};
+    struct stat status{};
     ASSERT_EQ(stat((folder / "a").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0640u);
 }

@@ -22,8 +22,7 @@ struct Player {
     OscillatorState state;
     Sample sample;
 
-    explicit Player(
-        int length, const std::function<int(int)>& value = [](int i) { return i * 10; }) {
+    explicit Player(int length, const std::function<int(int)>& value = [](int i) { return i * 10; }) {
         EXPECT_TRUE(sample.allocate(length));
         sample.length = sample.loopEnd = length;
         for (auto& level : sample.levels)

@@ -40,8 +40,7 @@ struct WaveMaker {
         putNumber(data, std::bit_cast<std::uint32_t>(value), 4);
         return *this;
     }
-    WaveMaker& putFrames(
-        int count, const std::function<int(int)>& value = [](int i) { return i; }) {
+    WaveMaker& putFrames(int count, const std::function<int(int)>& value = [](int i) { return i; }) {
         for (int i = 0; i < count; ++i)
             for (int c = 0; c < channels; ++c) put(value(i) + c * 1000);
         return *this;
