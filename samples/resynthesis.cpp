@@ -1,6 +1,7 @@
 #include "samples/resynthesis.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <new>
 #include <vector>

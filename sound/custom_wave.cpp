@@ -1,6 +1,7 @@
 #include "sound/custom_wave.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "base/numbers.h"

@@ -1,5 +1,6 @@
 // A whole engine's block: the order of its work, what it hands on, its queries.
 #include <cstring>
+#include <stdexcept>
 
 #include "engine/engine_rig.h"
 #include "golden_runner/golden.h"

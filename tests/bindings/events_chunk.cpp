@@ -1,6 +1,8 @@
 // Chunks, patch files and the program's name.
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 
 #include "golden_runner/digest.h"
 #include "golden_runner/golden.h"

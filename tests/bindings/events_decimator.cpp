@@ -1,6 +1,7 @@
 // The decimator alone, and the value that the first insert gets.
 #include <algorithm>
 #include <cstdint>
+#include <stdexcept>
 
 #include "effects/type_table.h"
 #include "engine/decimator.h"

@@ -1,5 +1,6 @@
 // Notes on their way into voices, tick by tick, in a whole engine; and what a reset leaves.
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 #include "engine/engine_rig.h"

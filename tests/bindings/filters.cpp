@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <map>
 #include <stdexcept>
 
 #include "base/numbers.h"

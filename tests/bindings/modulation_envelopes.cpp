@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "golden_runner/golden.h"
 #include "voice/envelope.h"
 

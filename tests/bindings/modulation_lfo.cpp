@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 #include "bindings/modulation_law.h"
 #include "golden_runner/golden.h"

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cmath>
+#include <stdexcept>
 
 #include "bindings/modulation_law.h"
 #include "engine/rates.h"

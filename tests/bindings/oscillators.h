@@ -1,6 +1,7 @@
 // How the oscillator vectors are fed: test tables, stores, states and runs of kernels.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <vector>

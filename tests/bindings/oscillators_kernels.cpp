@@ -1,4 +1,7 @@
 // Kernels, sample by sample.
+#include <algorithm>
+#include <cstdint>
+
 #include "bindings/oscillators.h"
 
 namespace {

@@ -1,4 +1,7 @@
 // Noise and chaos: stretches of samples and long-run statistics.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <set>
 
 #include "base/fft.h"

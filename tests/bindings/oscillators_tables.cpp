@@ -1,5 +1,8 @@
 // What stands around the kernels: tables, choices, derived values, start phases, custom waves.
 #include <array>
+#include <cmath>
+#include <memory>
+#include <stdexcept>
 
 #include "bindings/oscillators.h"
 #include "sound/custom_wave.h"

@@ -1,6 +1,7 @@
 // Vectors of resynthesis and of the sample editing commands.
 #include <algorithm>
 #include <array>
+#include <stdexcept>
 
 #include "bindings/samples_signals.h"
 #include "engine/custom_wave_loader.h"

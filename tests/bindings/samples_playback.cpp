@@ -1,6 +1,8 @@
 // Vectors of sample playback: step, reads, FM, filtered copies, autotune.
 #include <algorithm>
+#include <cmath>
 #include <fstream>
+#include <stdexcept>
 
 #include "bindings/samples_signals.h"
 #include "samples/autotune.h"

@@ -1,5 +1,6 @@
 // Vectors of the SFZ import.
 #include <filesystem>
+#include <stdexcept>
 
 #include "base/numbers.h"
 #include "base/parameters.h"

@@ -1,6 +1,7 @@
 // Signals and files of the sample vectors, given by recipe.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>

@@ -1,4 +1,6 @@
 // Scripts of calls on one effect slot.
+#include <stdexcept>
+
 #include "bindings/time_effects_render.h"
 #include "effects/multieffect.h"
 

@@ -1,5 +1,6 @@
 #include "effects/equalizer.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <vector>

@@ -1,5 +1,6 @@
 #include "engine/decimator.h"
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 

@@ -3,7 +3,9 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
+#include <span>
 
 namespace golden {
 

@@ -1,5 +1,7 @@
 #include "golden_runner/golden.h"
 
+#include <cmath>
+
 namespace golden {
 
 namespace {

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "filters_fixture.h"
 #include "sound/filter_response.h"
 
