@@ -1,5 +1,5 @@
 #!/bin/bash
-# ardour_check.sh PLUGIN.so ["Name" [PARAMETER VALUE]]: the module in Ardour 7, without a display or a sound device:
+# ardour_check.sh PLUGIN.so ["Name" [PARAMETER VALUE]]: the module in Ardour 7 or 8, without a display or a sound device:
 # scanned by Ardour's own scanner, put on a track of a new session, one parameter set, saved, loaded again, the
 # parameter compared, and the session's notes exported to a wave file that must sound.
 # Without "Name" the name is the one that the scanner finds. Exit status: 0 good, 1 not, 77 no Ardour here.
@@ -16,10 +16,12 @@ value=${4:-0.25}
 seconds=3
 scripts=$(cd "$(dirname "$0")/ardour" && pwd)
 
-for tool in ardour7-lua ardour7-export; do
-    command -v $tool > /dev/null || { say "SKIPPED: $tool is not installed (Debian package ardour)"; exit 77; }
+ardour=
+for version in 7 8; do
+    command -v ardour$version-lua > /dev/null && command -v ardour$version-export > /dev/null && ardour=ardour$version
 done
-library=$(dirname "$(readlink -f "$(command -v ardour7-export)")")/..
+[ -n "$ardour" ] || { say "SKIPPED: Ardour is not installed (Debian package ardour)"; exit 77; }
+library=$(dirname "$(readlink -f "$(command -v $ardour-export)")")/..
 
 # Everything that Ardour writes goes to a folder of its own, also its settings. The module is taken from where it is,
 # since its data folders lie beside it.
@@ -27,7 +29,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export HOME=$work/home XDG_RUNTIME_DIR=$work/run
 unset XDG_CONFIG_HOME XDG_CACHE_HOME DISPLAY
-settings=$HOME/.config/ardour7
+settings=$HOME/.config/$ardour
 mkdir -p "$settings/scripts" "$XDG_RUNTIME_DIR"
 chmod 700 "$XDG_RUNTIME_DIR"
 cp "$scripts/notes.lua" "$settings/scripts/"
@@ -53,9 +55,9 @@ found=$(sed -n "s/.*Found Plugin: '....' //p" "$log" | head -1)
 say "scanned: $found"
 [ -z "$name" ] || [ "$name" = "$found" ] || fail "the name is \"$found\", not \"$name\""
 name=$found
-grep -q 'is_instrument="1"' "$HOME"/.cache/ardour7/vst/*.v2i || fail "not seen as an instrument"
+grep -q 'is_instrument="1"' "$HOME"/.cache/$ardour/vst/*.v2i || fail "not seen as an instrument"
 
-run 180 ardour7-lua "$scripts/make_session.lua" "$scripts" "$work/session" "$name" "$parameter" "$value"
+run 180 $ardour-lua "$scripts/make_session.lua" "$scripts" "$work/session" "$name" "$parameter" "$value"
 set_to=$(told value)
 [ -n "$set_to" ] || { cat "$log"; fail "no session was made"; }
 say "session made: $(told parameters) parameters, number $parameter set to $set_to"
@@ -67,7 +69,7 @@ chunk=$(tr -d '\n' < "$session" | sed -n 's/.*<chunk[^>]*>\([^<]*\)<.*/\1/p' | w
 [ "$chunk" -gt 1 ] || fail "the session holds no chunk of the plug-in"
 say "session saved: a chunk of $chunk characters"
 
-run 180 ardour7-lua "$scripts/read_session.lua" "$scripts" "$work/session" "$name" "$parameter"
+run 180 $ardour-lua "$scripts/read_session.lua" "$scripts" "$work/session" "$name" "$parameter"
 read_back=$(told value)
 [ "$read_back" = "$set_to" ] || { cat "$log"; fail "parameter $parameter was $set_to and is \"$read_back\" after loading"; }
 say "session loaded: parameter $parameter is $read_back again"
@@ -77,7 +79,7 @@ range="<Location id=\"900001\" name=\"session\" start=\"a0\" end=\"a$((282240000
 range="$range locked=\"0\" position-lock-style=\"AudioTime\" timestamp=\"0\" cue=\"0\"/>"
 sed -i "s|<Locations/>|<Locations>$range</Locations>|" "$session"
 wave=$work/out.wav
-run 300 ardour7-export -b 16 -o "$wave" "$work/session" check
+run 300 $ardour-export -b 16 -o "$wave" "$work/session" check
 [ -s "$wave" ] || { cat "$log"; fail "nothing was exported"; }
 
 data=$(LC_ALL=C grep -abo -m1 data "$wave" | head -1 | cut -d: -f1)

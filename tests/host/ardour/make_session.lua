@@ -1,4 +1,4 @@
--- ardour7-lua make_session.lua SCRIPTS FOLDER PLUGIN PARAMETER VALUE: a new session "check" with the instrument on a track
+-- ardour-lua make_session.lua SCRIPTS FOLDER PLUGIN PARAMETER VALUE: a new session "check" with the instrument on a track
 -- and a source of notes before it; sets one parameter, tells what it then is, and saves.
 dofile (arg[1] .. "/common.lua")
 local folder, name, parameter, value = arg[2], arg[3], tonumber (arg[4]), tonumber (arg[5])

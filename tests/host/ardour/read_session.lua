@@ -1,4 +1,4 @@
--- ardour7-lua read_session.lua SCRIPTS FOLDER PLUGIN PARAMETER: loads the session "check" and tells the parameter's value.
+-- ardour-lua read_session.lua SCRIPTS FOLDER PLUGIN PARAMETER: loads the session "check" and tells the parameter's value.
 dofile (arg[1] .. "/common.lua")
 local folder, name, parameter = arg[2], arg[3], tonumber (arg[4])
 start_backend ()
