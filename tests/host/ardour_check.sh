@@ -37,13 +37,19 @@ cat > "$settings/config" << XML
 <Ardour><Config><Option name="plugin-path-lxvst" value="$(dirname "$module")"/></Config></Ardour>
 XML
 
-# Runs a tool with its output in the log; the log is shown if it fails.
+# Runs a tool with its output in the log; the log is shown if it fails. Ardour's tools abort now and then of their own
+# accord, whatever the instrument, about once in thirty exports: then they get another try, in a new `fresh` folder.
 log=$work/log
 run() {
-    local limit=$1
+    local limit=$1 status attempt
     shift
-    local status=0
-    timeout "$limit" "$@" > "$log" 2>&1 || status=$?
+    for attempt in 1 2 3; do
+        [ -z "${fresh:-}" ] || rm -rf "$fresh"
+        status=0
+        timeout "$limit" "$@" > "$log" 2>&1 || status=$?
+        [ $status = 134 ] || [ $status = 139 ] || break
+        say "$1 died with status $status in attempt $attempt of 3"
+    done
     [ $status = 0 ] || { cat "$log"; fail "$1 ended with status $status"; }
 }
 # The word after `key` in the log.
@@ -57,7 +63,7 @@ say "scanned: $found"
 name=$found
 grep -q 'is_instrument="1"' "$HOME"/.cache/$ardour/vst/*.v2i || fail "not seen as an instrument"
 
-run 180 $ardour-lua "$scripts/make_session.lua" "$scripts" "$work/session" "$name" "$parameter" "$value"
+fresh=$work/session run 180 $ardour-lua "$scripts/make_session.lua" "$scripts" "$work/session" "$name" "$parameter" "$value"
 set_to=$(told value)
 [ -n "$set_to" ] || { cat "$log"; fail "no session was made"; }
 say "session made: $(told parameters) parameters, number $parameter set to $set_to"
