@@ -2,7 +2,7 @@
 
 build_packages=(g++ cmake ninja-build ccache git ca-certificates
     libcli11-dev libsndfile1-dev libebur128-dev libpng-dev nlohmann-json3-dev pkg-config)
-check_packages=(libgtest-dev libbenchmark-dev clang-format-19 clang-tidy-19 sox)
+check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox)
 
 say() { printf '\033[1m%s\033[0m\n' "$*"; }
 fail() { printf '%s\n' "$*" >&2; exit 1; }
