@@ -7,6 +7,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstdint>
 #include <experimental/simd>
 
 #include "base/engine_state.h"
@@ -37,6 +38,18 @@ template <class T>
 using ScalarOf = typename LaneTraits<T>::Scalar;
 template <class T>
 using MaskOf = typename LaneTraits<T>::Mask;
+
+// 32-bit integers beside a number type: one, or as many lanes.
+template <class T, class Int, int N = LaneTraits<T>::size>
+struct LaneIntegers {
+    using Type = Lanes<Int, N>;
+};
+template <class T, class Int>
+struct LaneIntegers<T, Int, 1> {
+    using Type = Int;
+};
+template <class T, class Int = std::uint32_t>
+using IntegersOf = typename LaneIntegers<T, Int>::Type;
 
 // a where the mask is true, else b. Both sides are evaluated.
 template <class T>
@@ -127,6 +140,22 @@ inline double squareRoot(double x) { return std::sqrt(x); }
 template <class S, class Abi>
 inline stdx::simd<S, Abi> squareRoot(const stdx::simd<S, Abi>& x) {
     return stdx::sqrt(x);
+}
+
+// An unsigned 32-bit number as T, rounded once.
+template <class T>
+inline T fromUnsigned(IntegersOf<T> u) {
+    if constexpr (LaneTraits<T>::size == 1) {
+        return static_cast<T>(u);
+    } else {
+        using S = ScalarOf<T>;
+        using Signed = Lanes<std::int32_t, LaneTraits<T>::size>;
+        if constexpr (sizeof(S) == 8)
+            return stdx::static_simd_cast<T>(stdx::static_simd_cast<Signed>(u ^ 0x80000000u)) + T(S(2147483648.0));
+        const T high = stdx::static_simd_cast<T>(stdx::static_simd_cast<Signed>(u >> 16));
+        const T low = stdx::static_simd_cast<T>(stdx::static_simd_cast<Signed>(u & 0xffffu));
+        return high * T(S(65536)) + low;
+    }
 }
 
 // Converts between float and double lanes of the same number.

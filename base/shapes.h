@@ -10,19 +10,7 @@
 
 namespace vantoric {
 
-// Lanes of 32-bit integers beside a number type of single precision, and the bits of one seen as the other.
-template <class T, class Int>
-struct LaneIntegers {
-    using Type = Lanes<Int, LaneTraits<T>::size>;
-};
-template <class Int>
-struct LaneIntegers<float, Int> {
-    using Type = Int;
-};
-template <class T, class Int = std::uint32_t>
-using IntegersOf = typename LaneIntegers<T, Int>::Type;
-
-// Lanes of double precision beside such a number type.
+// Lanes of double precision beside a number type of single precision.
 template <class T>
 struct LaneDoubles {
     using Type = Lanes<double, LaneTraits<T>::size>;

@@ -1,10 +1,9 @@
 // Single cycles through a model of an analog output stage: a two-tap mean, a one-pole low-pass, hiss.
 #include <algorithm>
 
+#include "base/lanes.h"
 #include "base/math.h"
 #include "base/numbers.h"
-#include "base/shapes.h"
-#include "sound/filters/draws.h"
 #include "sound/fm_loop.h"
 #include "sound/four_reads.h"
 #include "sound/kernel_reads.h"
@@ -79,7 +78,7 @@ __m128 fourUnits(HashNoise& hash) {
     using Bits = IntegersOf<Four>;
     const Bits counters([&](auto k) { return hash.counter + static_cast<std::uint32_t>(k); });
     hash.counter += 4;
-    return static_cast<__m128>(filters::fromUnsigned<Four>(hashMix(counters ^ Bits(hash.seed))) * Four(2.3283064e-10f));
+    return static_cast<__m128>(fromUnsigned<Four>(hashMix(counters ^ Bits(hash.seed))) * Four(2.3283064e-10f));
 }
 
 // Groups of four samples for as long as none of them reaches the last pair of the cycle. Returns how many samples.

@@ -24,39 +24,10 @@ struct DrawStarts {
     std::uint32_t hashSeed = 0;
 };
 
-template <class T>
-struct BitsOf {
-    using Type = Lanes<std::uint32_t, LaneTraits<T>::size>;
-};
-template <>
-struct BitsOf<float> {
-    using Type = std::uint32_t;
-};
-template <>
-struct BitsOf<double> {
-    using Type = std::uint32_t;
-};
-
-// An unsigned 32-bit number as T, rounded once.
-template <class T>
-inline T fromUnsigned(typename BitsOf<T>::Type u) {
-    if constexpr (LaneTraits<T>::size == 1) {
-        return static_cast<T>(u);
-    } else {
-        using S = ScalarOf<T>;
-        using Signed = Lanes<std::int32_t, LaneTraits<T>::size>;
-        if constexpr (sizeof(S) == 8)
-            return stdx::static_simd_cast<T>(stdx::static_simd_cast<Signed>(u ^ 0x80000000u)) + T(S(2147483648.0));
-        const T high = stdx::static_simd_cast<T>(stdx::static_simd_cast<Signed>(u >> 16));
-        const T low = stdx::static_simd_cast<T>(stdx::static_simd_cast<Signed>(u & 0xffffu));
-        return high * T(S(65536)) + low;
-    }
-}
-
 // The draws of the voices `first` on.
 template <class T>
 class Draws {
-    using Bits = typename BitsOf<T>::Type;
+    using Bits = IntegersOf<T>;
 
 public:
     Draws(const DrawStarts& starts, int first) : seed_(starts.hashSeed) {

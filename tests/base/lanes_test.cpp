@@ -89,5 +89,13 @@ TEST(Shapes, ThePolynomialSineIsCloseToTheSine) {
     for (double x = -10.0; x < 10.0; x += 0.001) EXPECT_NEAR(polynomialSine(x), std::sin(x), 4e-6);
 }
 
+TEST(Lanes, ConvertUnsignedNumbersAsOneVoiceDoes) {
+    using Bits = Lanes<std::uint32_t, 4>;
+    for (const std::uint32_t u : {0u, 1u, 0x80000000u, 0xffffffffu, 0x7fffffffu, 0x01000001u, 0xdeadbeefu, 0xffffff80u}) {
+        EXPECT_EQ((fromUnsigned<Lanes<float, 4>>(Bits(u))[1]), static_cast<float>(u));
+        EXPECT_EQ((fromUnsigned<Lanes<double, 4>>(Bits(u))[2]), static_cast<double>(u));
+    }
+}
+
 }  // namespace
 }  // namespace vantoric

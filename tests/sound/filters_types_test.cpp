@@ -318,14 +318,6 @@ TEST_F(FilterTypes, TheCongruenceSkipsAsItSteps) {
     }
 }
 
-TEST_F(FilterTypes, LanesConvertUnsignedNumbersAsOneVoiceDoes) {
-    using Bits = Lanes<std::uint32_t, 4>;
-    for (const std::uint32_t u : {0u, 1u, 0x80000000u, 0xffffffffu, 0x7fffffffu, 0x01000001u, 0xdeadbeefu, 0xffffff80u}) {
-        EXPECT_EQ((fromUnsigned<Lanes<float, 4>>(Bits(u))[1]), static_cast<float>(u));
-        EXPECT_EQ((fromUnsigned<Lanes<double, 4>>(Bits(u))[2]), static_cast<double>(u));
-    }
-}
-
 double magnitudeAt(const BiquadDesign& d, double w) {
     const auto value = [w](double c0, double c1, double c2) {
         return std::hypot(c0 + c1 * std::cos(w) + c2 * std::cos(2 * w), -c1 * std::sin(w) - c2 * std::sin(2 * w));
