@@ -1,7 +1,5 @@
 #include "factory/patches/studio.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -33,17 +31,12 @@ std::intptr_t answerPlugin(AEffect*, std::int32_t opcode, std::int32_t, std::int
 
 // An installation in a folder of its own: the banks are links, so that configuration files of the instrument end
 // here and go with it.
-std::string makeInstallation() {
-    char name[] = "/tmp/vantoric-studio-XXXXXX";
-    const char* made = mkdtemp(name);
-    if (made == nullptr) return {};
-    const fs::path folder = made;
-    setenv("XDG_CONFIG_HOME", made, 1);
+void makeInstallation(const fs::path& folder) {
+    setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
     fs::create_directory(folder / "Vantoric_data");
     fs::create_directory_symlink(fs::path(MADE_FOLDER) / "Vantoric_sounds", folder / "Vantoric_sounds");
     for (const auto& bank : fs::directory_iterator(fs::path(MADE_FOLDER) / "Vantoric_data"))
         if (bank.path().extension() == ".va") fs::create_symlink(bank.path(), folder / "Vantoric_data" / bank.path().filename());
-    return folder.string();
 }
 
 double loudest(const Take& take) {
@@ -62,8 +55,9 @@ double loudest(const Take& take) {
 
 }  // namespace
 
-Studio::Studio() : folder_(makeInstallation()) {
-    platform::setDataFolder(folder_);
+Studio::Studio() {
+    makeInstallation(folder_.path());
+    platform::setDataFolder(folder_.path());
     songTime.tempo = tempo;
     engine_ = std::make_unique<Q7Audio>(answerPlugin, dialogs_);
     engine_->setSampleRate(studioRate);
@@ -74,8 +68,6 @@ Studio::Studio() : folder_(makeInstallation()) {
 Studio::~Studio() {
     engine_.reset();
     platform::setDataFolder("");
-    std::error_code ignored;
-    if (!folder_.empty()) fs::remove_all(folder_, ignored);
 }
 
 // The worker takes up a request within some milliseconds; the first one waits for the banks as well.

@@ -7,6 +7,7 @@
 
 #include "engine/q7audio.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 
 namespace vantoric::factory {
 
@@ -49,7 +50,7 @@ private:
     void renderTail(Take& take, double seconds);
     void waitForWaves();
 
-    std::string folder_;
+    platform::ScratchFolder folder_;
     platform::RecordedDialogs dialogs_;
     std::unique_ptr<Q7Audio> engine_;
 };

@@ -13,8 +13,8 @@
 #include "factory/cycles/cycle.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 #include "samples/wave_file.h"
-#include "tests/platform/scratch_folder.h"
 
 namespace vantoric::cycles {
 namespace {
@@ -136,7 +136,7 @@ TEST(SingleCycles, ComeOutTheSameEveryTime) {
 }
 
 TEST(SingleCycles, LoadAsCustomWaves) {
-    const test::ScratchFolder folder;
+    const platform::ScratchFolder folder;
     EngineFlags flags;
     ParameterModel parameters;
     parameters.setDefaults();

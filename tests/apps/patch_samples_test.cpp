@@ -14,12 +14,12 @@
 #include "base/math.h"
 #include "base/numbers.h"
 #include "platform/files.h"
+#include "platform/scratch_folder.h"
 #include "samples/edit_commands.h"
 #include "samples/resynthesis.h"
 #include "samples/wave_file.h"
 #include "sound/kernels.h"
 #include "tests/apps/run_program.h"
-#include "tests/platform/scratch_folder.h"
 #include "tests/samples/wave_maker.h"
 
 namespace vantoric::patch {
@@ -64,7 +64,7 @@ protected:
     bool exists(const std::string& name) const { return platform::exists(folder / name); }
     bool complains(const std::string& text) const { return errors.find(text) != errors.npos; }
 
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     std::string output, errors;
     std::unique_ptr<Patch> patch;
 };

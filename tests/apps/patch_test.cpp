@@ -13,8 +13,8 @@
 #include "base/random.h"
 #include "engine/parameter_table.h"
 #include "engine/patch_file.h"
+#include "platform/scratch_folder.h"
 #include "tests/apps/run_program.h"
-#include "tests/platform/scratch_folder.h"
 
 namespace vantoric::patch {
 namespace {
@@ -400,7 +400,7 @@ protected:
         return folder / name;
     }
 
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     std::string output, errors;
 };
 

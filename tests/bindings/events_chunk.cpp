@@ -7,8 +7,8 @@
 #include "golden_runner/digest.h"
 #include "golden_runner/golden.h"
 #include "platform/files.h"
+#include "platform/scratch_folder.h"
 #include "tests/engine/patch_bench.h"
-#include "tests/platform/scratch_folder.h"
 
 namespace {
 
@@ -170,7 +170,7 @@ json runMalformed(const Case& c) {
 
 json runFile(const Case& c) {
     PatchBench bench;
-    const vantoric::test::ScratchFolder folder;
+    const vantoric::platform::ScratchFolder folder;
     const std::string path = folder / "x.fxp";
     if (c.input.contains("chunk_write")) {
         fill(bench, inputOfCase(c, "chunk_write", c.input["chunk_write"]));

@@ -8,9 +8,9 @@
 #include "engine/sample_editor.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 #include "samples/sample_levels.h"
 #include "samples/wave_file.h"
-#include "tests/platform/scratch_folder.h"
 
 namespace golden {
 
@@ -21,7 +21,7 @@ using namespace vantoric;
 void noSleep(int) {}
 
 struct ScratchFile {
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     const std::string path = folder / "x.wav";
 };
 

@@ -8,8 +8,8 @@
 #include "engine/sfz_import.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 #include "samples/wave_file.h"
-#include "tests/platform/scratch_folder.h"
 #include "voice/pitch.h"
 
 namespace golden {
@@ -34,7 +34,7 @@ struct SfzFolder {
             if (!platform::writeFile(file, bytes.data(), bytes.size())) throw std::runtime_error("cannot write " + file);
         }
     }
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     const std::string path = folder / "Case.sfz";
 };
 

@@ -5,9 +5,9 @@
 #include "engine/sample_loader.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 #include "samples/resynthesis.h"
 #include "samples/wave_file.h"
-#include "tests/platform/scratch_folder.h"
 #include "voice/pitch.h"
 
 namespace golden {
@@ -18,7 +18,7 @@ using namespace vantoric;
 
 void noSleep(int) {}
 
-std::string put(const test::ScratchFolder& scratch, const std::string& name, const std::vector<std::uint8_t>& bytes) {
+std::string put(const platform::ScratchFolder& scratch, const std::string& name, const std::vector<std::uint8_t>& bytes) {
     std::string path = scratch / name;
     if (!platform::writeFile(path, bytes.data(), bytes.size())) throw std::runtime_error("cannot write " + path);
     return path;
@@ -70,7 +70,7 @@ json level0At(const Case& c, const Sample& sample, const std::vector<std::uint8_
 }
 
 Outcome checkLoad(const Case& c) {
-    const test::ScratchFolder scratch;
+    const platform::ScratchFolder scratch;
     const std::vector<std::uint8_t> file = fileOf(c.input.at("file"));
     const std::string path = put(scratch, c.input.at("name"), file);
     EngineFlags flags;
@@ -130,7 +130,7 @@ Outcome checkLoad(const Case& c) {
 
 Outcome checkHeader(const Case& c) {
     if (!c.input.contains("files")) return checkLoad(c);
-    const test::ScratchFolder scratch;
+    const platform::ScratchFolder scratch;
     json results = json::array();
     for (const json& entry : c.input["files"]) {
         const json parts = entry.is_array() ? entry : json::array({entry});
@@ -169,7 +169,7 @@ json tuning(const Case& c) {
 }
 
 json write(const Case& c) {
-    const test::ScratchFolder scratch;
+    const platform::ScratchFolder scratch;
     platform::RecordedDialogs dialogs;
     const auto written = [&](const Samples& samples) {
         std::vector<std::uint8_t> bytes;

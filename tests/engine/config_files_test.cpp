@@ -7,8 +7,8 @@
 #include "platform/files.h"
 #include "platform/module_folder.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 #include "platform/settings.h"
-#include "tests/platform/scratch_folder.h"
 
 namespace vantoric {
 namespace {
@@ -36,7 +36,7 @@ protected:
         store(folder_ / "Vantoric_data", {});
     }
 
-    test::ScratchFolder folder_;
+    platform::ScratchFolder folder_;
     platform::RecordedDialogs dialogs_;
 };
 

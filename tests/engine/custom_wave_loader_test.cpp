@@ -9,9 +9,9 @@
 
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/scratch_folder.h"
 #include "samples/wave_file.h"
 #include "tests/engine/engine_rig.h"
-#include "tests/platform/scratch_folder.h"
 
 namespace vantoric {
 namespace {
@@ -46,7 +46,7 @@ struct CustomWaveLoading : testing::Test {
         return *std::max_element(frame, frame + cycleSamples);
     }
 
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     EngineFlags flags;
     ParameterModel parameters;
     platform::RecordedDialogs dialogs;

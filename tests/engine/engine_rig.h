@@ -14,9 +14,9 @@
 #include "engine/q7audio.h"
 #include "platform/module_folder.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 #include "platform/settings.h"
 #include "platform/thread.h"
-#include "tests/platform/scratch_folder.h"
 
 namespace vantoric::test {
 
@@ -42,7 +42,7 @@ public:
     }
 
 private:
-    ScratchFolder folder_;
+    platform::ScratchFolder folder_;
 };
 
 // One for the whole test program, made with its first engine. Other tests may have moved the data folder: it

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "platform/files.h"
+#include "platform/scratch_folder.h"
 #include "sound/kernels.h"
 #include "tests/engine/engine_rig.h"
-#include "tests/platform/scratch_folder.h"
 #include "tests/samples/wave_maker.h"
 
 namespace vantoric {
@@ -40,7 +40,7 @@ struct QuickImporting : ::testing::Test {
     const Sample& sample(int oscillator) { return rig.audio.layer(0).sample(oscillator); }
 
     test::EngineRig rig;
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     const std::string pattern = platform::bankFolder() + "Quick_Sample.fxp";
 };
 

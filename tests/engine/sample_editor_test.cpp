@@ -12,8 +12,8 @@
 #include "base/parameters.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 #include "samples/sample_levels.h"
-#include "tests/platform/scratch_folder.h"
 
 // Of the tests of patches: allocations of at least this many bytes that may fail do so; 0: none.
 extern std::size_t failingAllocation;
@@ -69,7 +69,7 @@ struct SampleEditing : testing::Test {
         return sample.length == 0 ? Data() : Data(sample.levels[0].get(), sample.levels[0].get() + sample.length);
     }
 
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     EngineFlags flags;
     ParameterModel parameters;
     platform::RecordedDialogs dialogs;

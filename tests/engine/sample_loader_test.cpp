@@ -10,9 +10,9 @@
 #include "engine/engine_hold.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 #include "sound/kernels.h"
 #include "tests/engine/engine_rig.h"
-#include "tests/platform/scratch_folder.h"
 #include "tests/samples/wave_maker.h"
 
 // Of the tests of patches: allocations of at least this many bytes that may fail do so; 0: none.
@@ -57,7 +57,7 @@ struct SampleLoading : ::testing::Test {
         return boxes.size() == 1 ? boxes[0].title + ": " + boxes[0].text : std::to_string(boxes.size()) + " boxes";
     }
 
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     EngineFlags flags;
     ParameterModel parameters;
     platform::RecordedDialogs dialogs;
@@ -326,7 +326,7 @@ struct SamplePlaying : ::testing::Test {
         rig.block(frames);
         return rig.peak(from);
     }
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     test::EngineRig rig;
 };
 

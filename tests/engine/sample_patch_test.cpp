@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "platform/files.h"
+#include "platform/scratch_folder.h"
 #include "sound/kernels.h"
 #include "tests/engine/engine_rig.h"
-#include "tests/platform/scratch_folder.h"
 #include "tests/samples/wave_maker.h"
 
 namespace vantoric {
@@ -68,7 +68,7 @@ struct TwelveSamples : ::testing::Test {
         for (int i = 0; i < 40; ++i) rig.block(480);
     }
 
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     test::EngineRig first, second;
 };
 

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "platform/files.h"
+#include "platform/scratch_folder.h"
 #include "sound/kernels.h"
 #include "tests/engine/engine_rig.h"
-#include "tests/platform/scratch_folder.h"
 #include "tests/samples/wave_maker.h"
 
 namespace vantoric {
@@ -43,7 +43,7 @@ struct SfzImporting : ::testing::Test {
     SfzImporting() { rig.dialogs.clear(); }  // of a start without factory sounds
 
     test::EngineRig rig;
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
 };
 
 TEST_F(SfzImporting, MakesAPatchThatSounds) {

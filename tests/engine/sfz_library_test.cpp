@@ -8,9 +8,9 @@
 
 #include "engine/sfz_import.h"
 #include "platform/files.h"
+#include "platform/scratch_folder.h"
 #include "sound/kernels.h"
 #include "tests/engine/engine_rig.h"
-#include "tests/platform/scratch_folder.h"
 #include "tests/samples/wave_maker.h"
 
 namespace vantoric {
@@ -98,7 +98,7 @@ struct SfzLibraries : ::testing::Test {
         "This *.sfz file is not supported and contains more than one <group>. Should all groups be merged?";
 
     test::EngineRig rig;
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     SfzPlan plan;
 };
 

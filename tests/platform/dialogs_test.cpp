@@ -4,7 +4,7 @@
 
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
-#include "tests/platform/scratch_folder.h"
+#include "platform/scratch_folder.h"
 
 namespace vantoric::platform {
 namespace {
@@ -69,7 +69,7 @@ TEST(Dialogs, SavingAddsTheExtensionUnlessItIsThere) {
 }
 
 TEST(Dialogs, AnExistingFileIsOverwrittenOnlyByAYes) {
-    const test::ScratchFolder folder;
+    const platform::ScratchFolder folder;
     ASSERT_TRUE(writeFile(folder / "a.wav", "1", 1));
     RecordedDialogs dialogs;
     std::string path = "before";

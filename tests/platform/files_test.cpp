@@ -7,12 +7,12 @@
 #include <algorithm>
 #include <fstream>
 
-#include "tests/platform/scratch_folder.h"
+#include "platform/scratch_folder.h"
 
 namespace vantoric::platform {
 namespace {
 
-using test::ScratchFolder;
+using platform::ScratchFolder;
 using Bytes = std::vector<std::uint8_t>;
 
 Bytes contents(const std::string& path) {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/files.h"
-#include "tests/platform/scratch_folder.h"
+#include "platform/scratch_folder.h"
 
 namespace vantoric::platform {
 namespace {
@@ -13,7 +13,7 @@ protected:
     Settings() { setSettingsFolder(folder_.path()); }
     ~Settings() override { setSettingsFolder(""); }
 
-    test::ScratchFolder folder_;
+    platform::ScratchFolder folder_;
 };
 
 TEST_F(Settings, AValueIsKept) {

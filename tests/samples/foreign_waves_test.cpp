@@ -9,8 +9,8 @@
 #include <set>
 #include <string>
 
+#include "platform/scratch_folder.h"
 #include "samples/wave_file.h"
-#include "tests/platform/scratch_folder.h"
 
 namespace vantoric {
 namespace {
@@ -40,7 +40,7 @@ struct ForeignWaves : ::testing::Test {
             ASSERT_NEAR(x[i], peak * std::sin(2.0 * M_PI * 441.0 * static_cast<double>(i) / 44100.0), tolerance) << i;
     }
 
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     WaveLayout layout;
 };
 

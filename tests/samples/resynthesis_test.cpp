@@ -9,8 +9,8 @@
 
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 #include "samples/wave_file.h"
-#include "tests/platform/scratch_folder.h"
 
 namespace vantoric {
 namespace {
@@ -121,7 +121,7 @@ protected:
     }
     std::string lastText() const { return dialogs.boxes().empty() ? "" : dialogs.boxes().back().text; }
 
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     platform::RecordedDialogs dialogs;
     Cycle cycle{};
 };

@@ -12,7 +12,7 @@
 
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
-#include "tests/platform/scratch_folder.h"
+#include "platform/scratch_folder.h"
 #include "tests/samples/wave_maker.h"
 
 namespace vantoric {
@@ -228,7 +228,7 @@ TEST(WaveHeader, TheRateIsWhatTheFileSays) {
 }
 
 TEST(WaveHeader, AFileIsStereoIfItsFormatSaysTwoChannels) {
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     WaveMaker wave = WaveMaker().putFrames(2);
     const auto isStereo = [&](int channels) {
         wave.channels = channels;
@@ -378,7 +378,7 @@ TEST(FileNameTuning, FoldersDoNotTune) {
 // ---- files --------------------------------------------------------------------------------------------------
 
 TEST(WaveReading, TenMillionBytesAreReadAndOneMoreIsNot) {
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     Bytes bytes(maxWaveFileBytes), read;
     platform::writeFile(folder / "x.wav", bytes.data(), bytes.size());
     EXPECT_EQ(readWaveFile(folder / "x.wav", read), WaveRead::done);
@@ -390,7 +390,7 @@ TEST(WaveReading, TenMillionBytesAreReadAndOneMoreIsNot) {
 }
 
 TEST(WaveReading, MissingFilesAndFoldersAreUnreadable) {
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     Bytes read;
     EXPECT_EQ(readWaveFile(folder / "none.wav", read), WaveRead::unreadable);
     EXPECT_EQ(readWaveFile(folder.path(), read), WaveRead::unreadable);
@@ -399,7 +399,7 @@ TEST(WaveReading, MissingFilesAndFoldersAreUnreadable) {
 }
 
 TEST(WaveReading, LinksToNowhereAndFilesThatFailWhileTheyAreReadAreUnreadable) {
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     Bytes read;
     std::filesystem::create_symlink(folder / "gone.wav", folder / "dangling.wav");
     std::filesystem::create_symlink(folder / "round.wav", folder / "round.wav");
@@ -410,7 +410,7 @@ TEST(WaveReading, LinksToNowhereAndFilesThatFailWhileTheyAreReadAreUnreadable) {
 }
 
 TEST(WaveReading, AFileThatGrowsAndShrinksWhileItIsReadGivesWhatWasThere) {
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     const std::string path = folder / "x.wav";
     const Bytes whole = WaveMaker().putFrames(200000).file();
     platform::writeFile(path, whole.data(), whole.size());
@@ -437,7 +437,7 @@ TEST(WaveWriting, AFileHas44BytesAndTwoPerSample) {
 }
 
 TEST(WaveWriting, WhatIsWrittenClaims44100HzAndLoadsAgain) {
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     platform::RecordedDialogs dialogs;
     const Samples sound{-32767, -1, 0, 1, 32766, 32767};
     ASSERT_TRUE(writeWave(sound, folder / "x.wav", dialogs));
@@ -449,7 +449,7 @@ TEST(WaveWriting, WhatIsWrittenClaims44100HzAndLoadsAgain) {
 }
 
 TEST(WaveWriting, AFailureIsToldUnderThePath) {
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     platform::RecordedDialogs dialogs;
     const std::string path = folder / "missing/x.wav";
     EXPECT_FALSE(writeWave(Samples{1}, path, dialogs));

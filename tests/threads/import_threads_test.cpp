@@ -7,8 +7,8 @@
 #include <thread>
 
 #include "platform/files.h"
+#include "platform/scratch_folder.h"
 #include "tests/engine/engine_rig.h"
-#include "tests/platform/scratch_folder.h"
 #include "tests/samples/wave_maker.h"
 
 namespace vantoric {
@@ -26,7 +26,7 @@ struct ImportThreads : testing::Test {
         EXPECT_TRUE(platform::writeFile(folder / "a.sfz", text.data(), text.size()));
     }
 
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     test::EngineRig rig;
 };
 

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "platform/files.h"
+#include "platform/scratch_folder.h"
 #include "sound/kernels.h"
 #include "tests/engine/engine_rig.h"
-#include "tests/platform/scratch_folder.h"
 #include "tests/samples/wave_maker.h"
 
 namespace vantoric {
@@ -90,7 +90,7 @@ struct SampleThreads : ::testing::Test {
         std::free(data);
     }
 
-    test::ScratchFolder folder;
+    platform::ScratchFolder folder;
     test::EngineRig rig;
     std::vector<std::string> files;
     std::atomic<bool> finite{true};

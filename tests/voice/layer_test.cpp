@@ -330,16 +330,28 @@ TEST_F(LayerTest, HeldKeysCountAtTheVelocityOfTheNewNoteAndAtAnyVelocityWhenOneG
     EXPECT_NE(voice(0).state(), Envelope::Release);
 }
 
-TEST_F(LayerTest, AKeyOutsideTheSplitGoesUpUnnoticed) {
-    constexpr int splitLow = 2;
-    setList(par::PlayMode, monophonic);
-    setList(par::Split, splitLow);
-    press(40);
-    press(90);
-    tick();
+// A line on key 40, and key 90 held outside its split.
+struct SplitLine : LayerTest {
+    SplitLine() {
+        constexpr int splitLow = 2;
+        setList(par::PlayMode, monophonic);
+        setList(par::Split, splitLow);
+        press(40);
+        press(90);
+        tick();
+    }
+};
+
+TEST_F(SplitLine, AKeyOutsideGoesUpUnnoticed) {
     const float drawn = voice(0).randomValue;
     release(90);
     EXPECT_EQ(voice(0).randomValue, drawn);  // a move to key 40 would have drawn anew
+}
+
+TEST_F(SplitLine, KeysOutsideDoNotHoldIt) {
+    ASSERT_EQ(voice(0).note, 40);
+    release(40);
+    EXPECT_EQ(voice(0).state(), Envelope::Release);
 }
 
 TEST_F(LayerTest, OneVoiceLineFallsBackToTheHighestHeldKey) {

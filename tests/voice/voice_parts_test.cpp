@@ -615,18 +615,6 @@ TEST_F(VoiceParts, TheFirstKeyOfALegatoPhraseRetriggersAReleasedVoice) {
     EXPECT_EQ(voice(0).state(), Envelope::Attack);
 }
 
-TEST_F(VoiceParts, KeysOutsideTheSplitDoNotHoldALine) {
-    constexpr int splitLow = 2;
-    setList(par::PlayMode, monophonic);
-    setList(par::Split, splitLow);
-    press(40);
-    press(90);
-    tick();
-    ASSERT_EQ(voice(0).note, 40);
-    release(40);
-    EXPECT_EQ(voice(0).state(), Envelope::Release);
-}
-
 TEST_F(VoiceParts, TheFirstInsertGetsTheVoiceThatMovesItsParameterMost) {
     set(par::FxInPar1, 0.5f);
     connect(sourceVelocity, par::FxInPar1, 0.75f);

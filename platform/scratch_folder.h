@@ -1,17 +1,20 @@
-// A folder of a test's own, gone with everything in it when the test ends.
+// A folder of one's own for tools and tests, in the system's folder for temporary files.
 #pragma once
 
 #include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
-namespace vantoric::test {
+namespace vantoric::platform {
 
+// Is made empty, for this user alone, and goes with everything in it. Throws std::runtime_error if it cannot be made.
 class ScratchFolder {
 public:
     ScratchFolder() {
+        // mkdtemp puts letters of its own where the X stand.
         std::string pattern = (std::filesystem::temp_directory_path() / "vantoric-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) std::abort();
+        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder can be made as " + pattern);
         path_ = pattern + "/";
     }
     ~ScratchFolder() {
@@ -28,4 +31,4 @@ private:
     std::string path_;
 };
 
-}  // namespace vantoric::test
+}  // namespace vantoric::platform
