@@ -310,6 +310,7 @@ void Instrument::tick(int eventPos) {
     readParameters();
     observe(BlockStep::drainMidiQueue, eventPos);
     midi_.drainMidiQueue(eventPos);
+    releaseUnheldNotes();
     observe(BlockStep::smoothControllers);
     smoothControllers(state_, parameters_.getParameter(par::Modwheel), midi_.pitchWheel(), midi_.channelPressure());
     observe(BlockStep::tempoAndPosition);
@@ -332,6 +333,14 @@ void Instrument::readParameters() {
         layers_[i]->block()[par::Layer1On + i] = parameters_.getParameter(par::Layer1On + i);
         layers_[i]->blockChanged();
     }
+}
+
+// From the second tick on, so that arpeggiators end their own notes first.
+void Instrument::releaseUnheldNotes() {
+    const bool nothingHeld = midi_.nothingHeld();
+    if (nothingHeld && nothingHeld_)
+        for (auto& layer : layers_) layer->releaseUnheldNotes();
+    nothingHeld_ = nothingHeld;
 }
 
 void Instrument::loadSmoothedControllers() {

@@ -158,6 +158,7 @@ private:
     void runMasterChain(float* left, float* right, int count);
     void tick(int eventPos);
     void readParameters();
+    void releaseUnheldNotes();
     void loadSmoothedControllers();
     void resetStage();
     void observe(BlockStep step, int first = 0, int second = 0) {
@@ -197,7 +198,8 @@ private:
     std::atomic<bool> busy_{false};
     HostPort* hostPort_ = nullptr;
     BlockObserver* observer_ = nullptr;
-    bool justResumed_ = true;  // kept for the host's start and stop; nothing reads it
+    bool nothingHeld_ = false;  // at the tick before
+    bool justResumed_ = true;   // kept for the host's start and stop; nothing reads it
     AudioThreadCheck audioThread_;
     std::atomic_flag inBlock_;
     Transport transport_;  // of the block that runs

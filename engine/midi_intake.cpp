@@ -1,5 +1,7 @@
 #include "engine/midi_intake.h"
 
+#include <algorithm>
+
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "engine/pitch_wheel.h"
@@ -168,6 +170,11 @@ void MidiIntake::allNotesOff() {
     for (int key = 0; key < 127; ++key) {
         for (int layer = 0; layer < layerCount; ++layer) listener_.noteOff(layer, key);
     }
+}
+
+bool MidiIntake::nothingHeld() const {
+    return !sustainOn_ &&
+           std::all_of(state_.heldNote.begin(), state_.heldNote.end(), [](std::uint8_t held) { return held == 0; });
 }
 
 void MidiIntake::resetPedal() {

@@ -78,6 +78,8 @@ public:
     float pitchWheel() const { return pitchWheel_; }            // 0 to 1, 0.5 is the centre
     float channelPressure() const { return channelPressure_; }  // 0 to 1
     bool sustainOn() const { return sustainOn_; }
+    // Whether no key is held on any channel and the pedal is up.
+    bool nothingHeld() const;
     bool sustainedOff(int key) const { return sustainedOff_[key] != 0; }
     MidiMessage queued(int place) const { return unpacked(queue_[place].load(std::memory_order_relaxed)); }
 

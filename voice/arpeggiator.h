@@ -40,6 +40,9 @@ public:
     // Forgets keys and sequence without stopping notes, and takes up the present type and chord.
     void reset(const float* layerBlock);
 
+    // Whether it has keys to play, held or remembered.
+    bool hasKeys() const { return heldKeys_.any() || sequenceKeys_.any(); }
+
     // Pitch factor of a glide step for all oscillators of the layer's voices.
     float slideFactor() const { return slideFactor_; }
 

@@ -36,6 +36,9 @@ public:
     // Counts for chords and for stealing: sounding and neither released nor fading.
     bool held() const { return state >= Attack && state <= Sustain; }
 
+    // Whether a note sounds that nobody has ended yet.
+    bool awaitsNoteOff() const { return held() && releasePending == 0; }
+
     float phase = 1.0f;  // runs from 1 down to 0 within each timed state
     float attack = 0.5f;
     float hold = 0.0f;

@@ -64,6 +64,12 @@ void Layer::noteOff(int note) {
     if (keyPasses(listAt(par::Split), note)) arpeggiator_.noteOff(note, block_.data(), *this);
 }
 
+void Layer::releaseUnheldNotes() {
+    if (arpeggiator_.hasKeys()) return;
+    for (auto& voice : voices_)
+        if (voice->envelopes[volumeEnvelope].awaitsNoteOff()) voice->noteOff();
+}
+
 void Layer::releaseAllEnvelopes() {
     for (auto& voice : voices_) voice->noteOff();
 }

@@ -39,6 +39,10 @@ public:
     void noteOn(int note, int velocity);
     void noteOff(int note);
 
+    // Ends the notes that still wait for their note-off, unless the arpeggiator has keys: for a tick in which no key is
+    // held and no pedal is down, so that a note whose end went to another channel never hangs.
+    void releaseUnheldNotes();
+
     // What the arpeggiator passes on.
     void startNote(int note, int velocity) override;
     void stopNote(int note) override;

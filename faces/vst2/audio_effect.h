@@ -161,6 +161,14 @@ public:
     virtual bool getInputProperties(std::int32_t, VstPinProperties*) { return false; }
     virtual bool getOutputProperties(std::int32_t, VstPinProperties*) { return false; }
 
+    // Programs of a MIDI channel (0 to 15). The record holds the index that the host asks for and else zeros; a name is
+    // at most 63 characters. Returns how many programs the channel has; 0 leaves the record as it is.
+    virtual std::int32_t getMidiProgramName(std::int32_t /*channel*/, MidiProgramName*) { return 0; }
+    // The same for the program in force; returns its index, -1 for none.
+    virtual std::int32_t getCurrentMidiProgram(std::int32_t /*channel*/, MidiProgramName*) { return -1; }
+    // Whether names or the program in force have changed since the last question.
+    virtual bool hasMidiProgramsChanged(std::int32_t /*channel*/) { return false; }
+
     virtual bool getEffectName(char*) { return false; }
     virtual bool getVendorString(char*) { return false; }
     virtual bool getProductString(char*) { return false; }
@@ -202,6 +210,7 @@ private:
 
     std::intptr_t takeEvents(VstEvents* events);
     std::intptr_t eventsWithoutNulls(const VstEvents& events);
+    std::intptr_t giveMidiProgram(std::int32_t channel, void* ptr, bool current);
     std::intptr_t givePinProperties(std::int32_t index, std::int32_t count, void* ptr, PinProperties write);
     bool hostText(HostOpcode opcode, char* text);
 };

@@ -13,6 +13,8 @@ VstKeyCode keyCode(std::int32_t character, std::intptr_t virtualKey, float modif
     return {character, static_cast<unsigned char>(virtualKey), static_cast<unsigned char>(sensible ? modifiers : 0.0f)};
 }
 
+bool isMidiChannel(std::int32_t channel) { return channel >= 0 && channel < 16; }
+
 }  // namespace
 
 std::intptr_t AudioEffectX::dispatcher(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr, float opt) {
@@ -41,6 +43,10 @@ std::intptr_t AudioEffectX::dispatcher(std::int32_t opcode, std::int32_t index, 
         case pluginEditKeyDown: return isEditorOpen() && getEditor()->onKeyDown(keyCode(index, value, opt));
         case pluginEditKeyUp: return isEditorOpen() && getEditor()->onKeyUp(keyCode(index, value, opt));
         case pluginSetEditKnobMode: return getEditor() && getEditor()->setKnobMode(static_cast<std::int32_t>(value));
+        case pluginGetMidiProgramName: return giveMidiProgram(index, ptr, false);
+        case pluginGetCurrentMidiProgram: return giveMidiProgram(index, ptr, true);
+        case pluginHasMidiProgramsChanged: return isMidiChannel(index) && hasMidiProgramsChanged(index);
+        case pluginGetMidiProgramCategory: return 0;  // programs stand in no categories
         case pluginStartProcess: startProcess(); return 0;
         case pluginStopProcess: stopProcess(); return 0;
         case pluginSetProcessPrecision: return setProcessPrecision(static_cast<std::int32_t>(value));
@@ -90,6 +96,17 @@ std::intptr_t AudioEffectX::eventsWithoutNulls(const VstEvents& events) {
         if (batch.numEvents == batchSize) flush();
     }
     flush();
+    return answer;
+}
+
+std::intptr_t AudioEffectX::giveMidiProgram(std::int32_t channel, void* ptr, bool current) {
+    const std::intptr_t none = current ? -1 : 0;
+    if (!ptr || !isMidiChannel(channel)) return none;
+    MidiProgramName record{};
+    std::memcpy(&record.thisProgramIndex, ptr, sizeof record.thisProgramIndex);
+    const std::int32_t answer = current ? getCurrentMidiProgram(channel, &record) : getMidiProgramName(channel, &record);
+    if (answer == none) return none;
+    std::memcpy(ptr, &record, sizeof record);
     return answer;
 }
 

@@ -103,9 +103,13 @@ enum PluginOpcode : std::int32_t {
     pluginGetTailSize = 52,  // 0 don't know, 1 none, else samples
     pluginGetParameterProperties = 56,
     pluginGetVstVersion = 58,
-    pluginEditKeyDown = 59,      // index: character, value: virtual key, opt: modifiers
-    pluginEditKeyUp = 60,        // the same
-    pluginSetEditKnobMode = 61,  // value
+    pluginEditKeyDown = 59,             // index: character, value: virtual key, opt: modifiers
+    pluginEditKeyUp = 60,               // the same
+    pluginSetEditKnobMode = 61,         // value
+    pluginGetMidiProgramName = 62,      // index: channel, ptr: MidiProgramName*; returns how many there are
+    pluginGetCurrentMidiProgram = 63,   // the same; returns the number of the present one
+    pluginGetMidiProgramCategory = 64,  // returns how many categories there are
+    pluginHasMidiProgramsChanged = 65,  // index: channel; 1 since the last question
     pluginGetMidiKeyName = 66,
     pluginBeginSetProgram = 67,
     pluginEndSetProgram = 68,
@@ -223,6 +227,18 @@ struct VstPinProperties {
     char future[48];
 };
 
+// A program of a MIDI channel as the host may list it.
+struct MidiProgramName {
+    std::int32_t thisProgramIndex;  // from the host: which one it asks for
+    char name[64];
+    char midiProgram;  // the program change that chooses it, -1 for none
+    char midiBankMsb;  // -1 for none
+    char midiBankLsb;
+    char reserved;
+    std::int32_t parentCategoryIndex;  // -1 for none
+    std::int32_t flags;
+};
+
 // The editor's place on screen in pixels.
 struct ERect {
     std::int16_t top;
@@ -263,6 +279,8 @@ static_assert(sizeof(VstTimeInfo) == 88 && offsetof(VstTimeInfo, ppqPos) == 24 &
 static_assert(offsetof(VstTimeInfo, timeSigNumerator) == 64 && offsetof(VstTimeInfo, flags) == 84);
 static_assert(sizeof(VstPinProperties) == 128 && offsetof(VstPinProperties, flags) == 64);
 static_assert(offsetof(VstPinProperties, shortLabel) == 72 && offsetof(VstPinProperties, future) == 80);
+static_assert(sizeof(MidiProgramName) == 80 && offsetof(MidiProgramName, midiProgram) == 68);
+static_assert(offsetof(MidiProgramName, parentCategoryIndex) == 72);
 static_assert(sizeof(ERect) == 8 && offsetof(ERect, bottom) == 4);
 static_assert(sizeof(VstKeyCode) == 8 && offsetof(VstKeyCode, virt) == 4 && offsetof(VstKeyCode, modifier) == 5);
 

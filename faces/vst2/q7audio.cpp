@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace vantoric {
 
@@ -129,6 +130,25 @@ bool Q7Audio::getProgramNameIndexed(std::int32_t category, std::int32_t index, c
     if (!instrument_.program().getProgramNameIndexed(category, index, name)) return false;
     writeText(text, name);
     return true;
+}
+
+std::int32_t Q7Audio::getMidiProgramName(std::int32_t, MidiProgramName* program) {
+    if (program->thisProgramIndex != 0) return 0;
+    copyText(program->name, instrument_.program().getProgramName().c_str(), sizeof program->name - 1);
+    program->midiProgram = program->midiBankMsb = program->midiBankLsb = -1;  // no program change names it for good
+    program->parentCategoryIndex = -1;
+    return 1;
+}
+
+std::int32_t Q7Audio::getCurrentMidiProgram(std::int32_t channel, MidiProgramName* program) {
+    program->thisProgramIndex = 0;
+    getMidiProgramName(channel, program);
+    return 0;
+}
+
+bool Q7Audio::hasMidiProgramsChanged(std::int32_t) {
+    const std::string name = instrument_.program().getProgramName();
+    return std::exchange(nameTold_, name) != name;
 }
 
 std::int32_t Q7Audio::getChunk(void** data, bool) {

@@ -2,6 +2,8 @@
 // to the host. Nothing else happens here.
 #pragma once
 
+#include <string>
+
 #include "engine/host_port.h"
 #include "engine/instrument.h"
 #include "faces/vst2/audio_effect.h"
@@ -40,6 +42,10 @@ public:
     std::int32_t getChunk(void** data, bool isPreset) override;
     std::int32_t setChunk(void* data, std::int32_t size, bool isPreset) override;
     bool getOutputProperties(std::int32_t index, VstPinProperties* properties) override;
+    // One program, the patch in force, on every channel.
+    std::int32_t getMidiProgramName(std::int32_t channel, MidiProgramName* program) override;
+    std::int32_t getCurrentMidiProgram(std::int32_t channel, MidiProgramName* program) override;
+    bool hasMidiProgramsChanged(std::int32_t channel) override;
     std::int32_t processEvents(VstEvents* events) override;
     bool getEffectName(char* text) override;
     bool getVendorString(char* text) override;
@@ -63,6 +69,7 @@ private:
     Transport askTransport();
 
     Instrument instrument_;
+    std::string nameTold_;  // of the MIDI program, when the host last asked whether it changed
 };
 
 }  // namespace vantoric

@@ -300,6 +300,36 @@ TEST(Instrument, PedalReleaseEndsAMonoVoiceInsteadOfMovingIt) {
     EXPECT_EQ(rig.audio.layer(0).voice(0).state(), Envelope::Release);
 }
 
+TEST(Instrument, AOneVoiceLayerLetsGoThoughAKeyOfAnotherChannelWasHeldAtItsEnd) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::PlayMode, 0);
+    rig.setList(par::MidiSpli, 1);  // channel 1
+    rig.audio.resetEngine();
+    rig.send({{0x91, 72, 100}, {0x90, 60, 100}});
+    rig.tick();
+    rig.send({{0x80, 60, 0}});  // it sees the key of channel 2 and plays on
+    rig.tick();
+    EXPECT_TRUE(rig.audio.layer(0).voice(0).envelopes[0].awaitsNoteOff());
+    rig.send({{0x81, 72, 0}});
+    for (int i = 0; i < 3; ++i) rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).voice(0).state(), Envelope::Release);
+}
+
+TEST(Instrument, ThePedalOfAnotherChannelLeavesNoNoteBehind) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::MidiSpli, 3);  // channel 3
+    rig.audio.resetEngine();
+    rig.send({{0xb2, 64, 127}, {0x92, 60, 100}});
+    rig.tick();
+    rig.send({{0x82, 60, 0}, {0xb2, 64, 0}});  // the pedal's deferred ends go out on channel 1
+    for (int i = 0; i < 3; ++i) rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).voice(15).state(), Envelope::Release);
+}
+
 TEST(Instrument, SuspendLeavesSwitchedOffLayersAlone) {
     EngineRig rig;
     rig.clearParameters();

@@ -131,6 +131,36 @@ TEST_F(Q7AudioTest, ThirdOutputDoesNotExist) {
     EXPECT_EQ(pin.flags, 3);
 }
 
+TEST_F(Q7AudioTest, NamesTheOneMidiProgramOfEveryChannel) {
+    AEffect& effect = *audio->getAeffect();
+    audio->setProgramName("Glass");
+    MidiProgramName program{};
+    EXPECT_EQ(effect.dispatcher(&effect, pluginGetMidiProgramName, 9, 0, &program, 0.0f), 1);
+    EXPECT_STREQ(program.name, "Glass");
+    EXPECT_EQ(program.parentCategoryIndex, -1);
+    program = {7, "kept", 0, 0, 0, 0, 0, 0};
+    EXPECT_EQ(effect.dispatcher(&effect, pluginGetMidiProgramName, 9, 0, &program, 0.0f), 0);
+    EXPECT_STREQ(program.name, "kept");
+    EXPECT_EQ(effect.dispatcher(&effect, pluginGetCurrentMidiProgram, 0, 0, &program, 0.0f), 0);
+    EXPECT_STREQ(program.name, "Glass");
+    EXPECT_EQ(effect.dispatcher(&effect, pluginGetMidiProgramCategory, 0, 0, &program, 0.0f), 0);
+    for (const int channel : {-1, 16}) {
+        EXPECT_EQ(effect.dispatcher(&effect, pluginGetMidiProgramName, channel, 0, &program, 0.0f), 0);
+        EXPECT_EQ(effect.dispatcher(&effect, pluginGetCurrentMidiProgram, channel, 0, &program, 0.0f), -1);
+    }
+    EXPECT_EQ(effect.dispatcher(&effect, pluginGetMidiProgramName, 0, 0, nullptr, 0.0f), 0);
+}
+
+TEST_F(Q7AudioTest, TellsOfANewMidiProgramOnce) {
+    AEffect& effect = *audio->getAeffect();
+    const auto changed = [&] { return effect.dispatcher(&effect, pluginHasMidiProgramsChanged, 0, 0, nullptr, 0.0f); };
+    changed();
+    EXPECT_EQ(changed(), 0);
+    audio->setProgramName("Another");
+    EXPECT_EQ(changed(), 1);
+    EXPECT_EQ(changed(), 0);
+}
+
 TEST_F(Q7AudioTest, EventsOtherThanMidiAreIgnored) {
     VstEvent sysex{};
     sysex.type = sysexEventType;
