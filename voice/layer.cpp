@@ -277,9 +277,11 @@ void Layer::renderBlock(float* left, float* right, int count) {
     std::fill_n(scratchLeft_.begin(), count, 0.0f);
     std::fill_n(scratchRight_.begin(), count, 0.0f);
     if (const LaneMask sounding = soundingMask(); sounding != 0) {
-        bank_->clearInputs(count, sounding);
+        DueTones due;
         for (int i = 0; i < voiceCount; ++i)
-            if (((sounding >> i) & 1) != 0) voices_[i]->renderOscillators(count);
+            if (((sounding >> i) & 1) != 0) voices_[i]->renderOscillators(count, due);
+        toneStages(due.runs(), count);
+        bank_->mix(count, sounding);
         bank_->render(count, sounding, scratchLeft_.data(), scratchRight_.data());
     }
     for (auto& insert : inserts_) insert->process(scratchLeft_.data(), scratchRight_.data(), count);

@@ -123,7 +123,7 @@ void Voice::prepareOscillatorState(int i) {
     OscillatorState& state = oscillators[i];
     state = OscillatorState();
     state.oscillatorIndex = static_cast<std::uint8_t>(i);
-    toneState_[i] = 0;
+    layer_.bank().oscillators.clearTone(index_, i);
     drawStartPhases(state, random.congruence);
     pitch[i].startDrift(drift_, random.congruence);
     state.synced = i > 0 && syncedBy(mod[par::Sync1 + i - 1]);
@@ -141,9 +141,10 @@ void Voice::prepareOscillatorState(int i) {
 }
 
 void Voice::chooseKernelOf(int i) {
+    hearsPrevious_[i] = oscillatorModulated(i);
     kernels_[i] = chooseKernel({.synType = listAt(par::SynType1 + i),
                                 .quality = layer_.engine().quality,
-                                .modulated = oscillatorModulated(i),
+                                .modulated = hearsPrevious_[i],
                                 .internalRate = layer_.engine().internalRate,
                                 .ssWave = listAt(par::SSWave1 + i),
                                 .noiWave = listAt(par::NoiWave1 + i),
@@ -223,15 +224,12 @@ void Voice::reset() {
         pitch[i] = OscillatorPitch();
         kernels_[i] = kernels::silent;
         oscillatorOn[i] = prepared_[i] = false;
-        toneState_[i] = 0;
-        buffers_[i].fill(0);
     }
     smoothedNote = 60.0;
     tuneOffset = 0.0;
     tuneFactor = 1.0;
     layer_.bank().reset(index_);
     std::copy(layer_.block().begin(), layer_.block().end(), mod.begin());
-    std::fill(std::begin(mix_), std::end(mix_), MixGains());
     analogMode = false;
     firstTick_ = true;
     age = neverPlayedAge;
@@ -272,12 +270,13 @@ void Voice::stepModulators() {
 
 void Voice::tickOscillators() {
     const EngineState& engine = layer_.engine();
+    OscillatorBank& bank = layer_.bank().oscillators;
     const float glide = glideFactor(layer_.block()[par::GlideSpd]);
     smoothedNote = smoothNote(smoothedNote, note, glide);
     const double shared =
         voicePitchFactor(mod[par::Pitch], mod[par::Fine], layer_.arpeggiator().slideFactor(), tuneFactor, engine.pitchBendFactor);
     for (int i = 0; i < oscillatorCount; ++i) {
-        mix_[i] = mixGains(oscillatorOn[i], mod[par::Vol1 + i], mod[par::FiltMix1 + i]);
+        bank.setMix(index_, i, mixGains(oscillatorOn[i], mod[par::Vol1 + i], mod[par::FiltMix1 + i]));
         if (!oscillatorOn[i]) continue;
         OscillatorState& state = oscillators[i];
         OscillatorPitch& osc = pitch[i];
@@ -303,8 +302,7 @@ void Voice::tickOscillators() {
         state.scanIncrement = scanIncrement(d, mod[par::Pw1 + i]);
         setPosition(state, mod[par::Pw1 + i]);
         if (i > 0) state.fmDepthStep = fmDepthStep(fmDepthTarget(mod[par::Fm1 + i - 1]), state.fmDepth, engine.tickSamples);
-        toneCoefficient_[i] = toneCoefficient(d);
-        tone_[i] = toneGains(mod[par::Timbre1 + i]);
+        bank.setTone(index_, i, toneCoefficient(d), toneGains(mod[par::Timbre1 + i]));
     }
 }
 
@@ -356,16 +354,21 @@ void Voice::evaluateMatrix() {
 
 // ---- audio --------------------------------------------------------------------------------------------------
 
-void Voice::renderOscillators(int count) {
+// A tone stage runs before the next oscillator hears it; all others can wait for those of other voices.
+void Voice::renderOscillators(int count, DueTones& due) {
+    OscillatorBank& bank = layer_.bank().oscillators;
     for (int i = 0; i < oscillatorCount; ++i) {
         if (!oscillatorOn[i]) continue;
         const KernelContext context{layer_.engine(), layer_.waves(), layer_.random(), &layer_.sample(i)};
-        const auto& previous = buffers_[(i + oscillatorCount - 1) % oscillatorCount];
-        kernels_[i](context, buffers_[i].data(), count, oscillators[i], previous.data());
-        if (tone_[i].isHeard()) toneStage(buffers_[i].data(), count, toneState_[i], toneCoefficient_[i], tone_[i]);
+        const auto& previous = bank.buffer(index_, (i + oscillatorCount - 1) % oscillatorCount);
+        kernels_[i](context, bank.buffer(index_, i).data(), count, oscillators[i], previous.data());
+        if (!bank.toneIsHeard(index_, i)) continue;
+        const ToneRun tone = bank.toneRun(index_, i);
+        if (i + 1 < oscillatorCount && hearsPrevious_[i + 1])
+            toneStage(tone.buffer, count, *tone.state, tone.coefficient, tone.gains);
+        else
+            due.add(tone);
     }
-    mixToLanes(buffers_[0].data(), buffers_[1].data(), buffers_[2].data(), mix_, count, layer_.bank().input1(index_),
-               layer_.bank().input2(index_));
 }
 
 }  // namespace vantoric

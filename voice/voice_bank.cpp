@@ -28,23 +28,13 @@ void onLanes(float* buffer, int count, LaneMask mask, Function&& function) {
 }  // namespace
 
 void VoiceBank::reset(int voice) {
+    oscillators.reset(voice);
     for (FilterBank& filter : filters) filter.clear(voice);
     for (DistortionBank& distortion : distortions) distortion.reset(voice);
     output.reset(voice);
     setAnalog(voice, false);
     setSerial(voice, false);
     for (int i = voice; i < maxTickSamples * voiceCount; i += voiceCount) f1_[i] = f2_[i] = 0.0f;
-}
-
-void VoiceBank::clearInputs(int count, LaneMask mask) {
-    const LaneSpan span = spanOf(mask);
-    for (int first = span.first; first < span.first + span.count; first += laneGroup) {
-        if (((mask >> first) & 15) == 15) continue;  // all four voices will write their lanes
-        for (int i = 0; i < count; ++i) {
-            std::fill_n(f1_ + i * voiceCount + first, laneGroup, 0.0f);
-            std::fill_n(f2_ + i * voiceCount + first, laneGroup, 0.0f);
-        }
-    }
 }
 
 void VoiceBank::render(int count, LaneMask mask, float* left, float* right) {

@@ -1,10 +1,11 @@
-// The audio side of a layer's sixteen voices, lane = voice: from the mixed oscillators through filters and
+// The audio side of a layer's sixteen voices, lane = voice: from the oscillators' buffers through filters and
 // distortions to the layer's stereo sum.
 #pragma once
 
 #include "base/lane_bank.h"
 #include "effects/distortion_bank.h"
 #include "sound/filter_bank.h"
+#include "voice/oscillator_bank.h"
 #include "voice/output_stage.h"
 
 namespace vantoric {
@@ -15,13 +16,13 @@ public:
     explicit VoiceBank(RandomSources& random)
         : filters{FilterBank(random), FilterBank(random)}, distortions{DistortionBank(random), DistortionBank(random)} {}
 
+    OscillatorBank oscillators;
     std::array<FilterBank, filterCount> filters;
     std::array<DistortionBank, filterCount> distortions;
     OutputStage output;
 
-    // The two filter inputs of voice v: its samples stand 16 apart, from these addresses on.
+    // The first filter's input of voice v: its samples stand 16 apart, from this address on.
     float* input1(int voice) { return f1_ + voice; }
-    float* input2(int voice) { return f2_ + voice; }
 
     // Whether a voice holds an analog oscillator: its filters are driven through a soft clip.
     void setAnalog(int voice, bool on) { analog_ = withBit(analog_, voice, on); }
@@ -30,9 +31,8 @@ public:
     // Clears a voice's filters, distortions, gains and buffers.
     void reset(int voice);
 
-    // Silences the inputs of the voices beside those of `mask`, each of which is to write `count` samples to its
-    // own; before the voices mix.
-    void clearInputs(int count, LaneMask mask);
+    // Mixes the oscillators of the voices in `mask` into the filters' inputs, `count` samples (1 to maxTickSamples).
+    void mix(int count, LaneMask mask) { oscillators.mix(count, mask, f1_, f2_); }
     // Adds `count` samples (1 to maxTickSamples) of the voices in `mask` to left and right.
     void render(int count, LaneMask mask, float* left, float* right);
 
