@@ -1,6 +1,7 @@
 #include "voice/layer.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "base/numbers.h"
 
@@ -228,6 +229,20 @@ LaneMask Layer::soundingMask() const {
     return static_cast<LaneMask>(mask);
 }
 
+// What all voices of this tick have in common.
+void Layer::prepareVoices() {
+    matrix_.compile(block_.data(), engine_);
+    modBase_.prepare(block_.data(), smoothed_.data());
+    bank_->output.setMode(engine_.soundMode, engine_.internalRateExact);
+    present_.glide = glideFactor(block_[par::GlideSpd]);
+    present_.limit = limit();
+    present_.stepShape = listAt(par::StepShap);
+    for (int i = 0; i < oscillatorCount; ++i) present_.loopOn[i] = listAt(par::LoopMod1 + i) == loopModeLoop;
+    for (int f = 0; f < filterCount; ++f) present_.filterType[f] = listAt(par::FilType1 + f);
+    present_.serial = switchOn(block_[par::FilSerial]);
+    present_.filterRate = std::trunc(engine_.internalRate);
+}
+
 void Layer::tickVoices() {
     for (int k = 0; k < 5; ++k) {
         // The mix starts from its slewed value, the parameters from the stored ones: what the voices start from.
@@ -236,9 +251,7 @@ void Layer::tickVoices() {
     }
     const LaneMask sounding = soundingMask();
     if (sounding == 0) return;
-    matrix_.compile(block_.data(), engine_);
-    prepareModBase(block_.data(), smoothed_.data(), modBase_.data());
-    bank_->output.setMode(engine_.soundMode, engine_.internalRateExact);
+    prepareVoices();
     for (int i = 0; i < voiceCount; ++i) {
         if (((sounding >> i) & 1) == 0) continue;
         Voice& voice = *voices_[i];

@@ -30,6 +30,17 @@ bool isOneVoiceMode(int playMode);
 bool keyPasses(int split, int note);
 bool velocityPasses(int velocityRange, int velocity);
 
+// What all voices of a layer read of its parameters in a tick and no slot of the matrix moves.
+struct LayerTick {
+    float glide = 1.0f;  // glideFactor of GlideSpd
+    int limit = 1;       // of the play mode
+    int stepShape = 0;
+    std::array<bool, oscillatorCount> loopOn{};
+    std::array<int, filterCount> filterType{};
+    bool serial = false;      // the second filter hears the first
+    float filterRate = 0.0f;  // internal rate, a whole number of Hz
+};
+
 class Layer final : public ArpeggiatorTarget {
 public:
     // index 0 to 3. Allocates everything that the layer will ever need.
@@ -78,7 +89,8 @@ public:
     Voice& voice(int index) { return *voices_[index]; }
     const Voice& voice(int index) const { return *voices_[index]; }
     const MatrixSlots& matrix() const { return matrix_; }
-    const std::array<float, layerParameterEnd>& modBase() const { return modBase_; }
+    const ModBase& modBase() const { return modBase_; }
+    const LayerTick& present() const { return present_; }
     Arpeggiator& arpeggiator() { return arpeggiator_; }
     const Arpeggiator& arpeggiator() const { return arpeggiator_; }
     Multieffect& insert(int which) { return *inserts_[which]; }
@@ -122,7 +134,8 @@ private:
 
     std::array<float, layerParameterEnd> block_{};
     std::array<float, layerParameterEnd> smoothed_{};
-    std::array<float, layerParameterEnd> modBase_{};
+    ModBase modBase_;
+    LayerTick present_;
     MatrixSlots matrix_;
     Arpeggiator arpeggiator_;
     Retuner retuner_;

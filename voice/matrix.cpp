@@ -188,15 +188,47 @@ float MatrixSlots::evaluate(const Slot& slot, const MatrixInputs& inputs) {
     }
 }
 
-void prepareModBase(const float* layerBlock, const float* smoothed, float* modBase) {
-    std::fill_n(modBase, globalParameterCount, 0.0f);
-    std::copy(layerBlock + globalParameterCount, layerBlock + layerParameterEnd, modBase + globalParameterCount);
-    for (const int n : slewedParameters) modBase[n] = smoothed[n];
-    for (const int n : modulationInputs) modBase[n] = 0.5f;
+// Every change from `first` on. Bits count, so that a NaN is not new for ever.
+void ModBase::compare(const std::array<float, layerParameterEnd>& next, int first, int end) {
+    for (int n = first; n < end; ++n) {
+        if (std::memcmp(&next[n], &values_[n], sizeof(float)) == 0) continue;
+        values_[n] = next[n];
+        const bool movesSlots = (n >= par::MatSrc1 && n < par::MatSrc1 + matrixSlotCount) ||
+                                (n >= par::MatDst1 && n < par::MatDst1 + matrixSlotCount);
+        if (movesSlots || changedCount_ == listed)
+            everything_ = true;
+        else
+            changed_[changedCount_++] = static_cast<std::uint16_t>(n);
+    }
 }
 
-void runMatrix(const MatrixSlots& slots, const float* modBase, const MatrixInputs& inputs, float* mod) {
-    std::memcpy(mod, modBase, layerParameterEnd * sizeof(float));
+void ModBase::prepare(const float* layerBlock, const float* smoothed) {
+    std::array<float, layerParameterEnd> next;
+    std::fill_n(next.begin(), globalParameterCount, 0.0f);
+    std::copy(layerBlock + globalParameterCount, layerBlock + layerParameterEnd, next.begin() + globalParameterCount);
+    for (const int n : slewedParameters) next[n] = smoothed[n];
+    for (const int n : modulationInputs) next[n] = 0.5f;
+    everything_ = tick_ == 1;
+    changedCount_ = 0;
+    ++tick_;
+    constexpr int stretch = 18;
+    static_assert(layerParameterEnd % stretch == 0);
+    for (int n = 0; n < layerParameterEnd; n += stretch)
+        if (std::memcmp(&next[n], &values_[n], stretch * sizeof(float)) != 0) compare(next, n, n + stretch);
+}
+
+void ModBase::restore(const MatrixSlots& slots, float* mod, std::uint64_t& seen) const {
+    if (everything_ || seen + 1 != tick_) {
+        std::memcpy(mod, values_.data(), sizeof values_);
+    } else {
+        for (int i = 0; i < slots.count_; ++i) mod[slots.slots_[i].destination] = values_[slots.slots_[i].destination];
+        for (int i = 0; i < changedCount_; ++i) mod[changed_[i]] = values_[changed_[i]];
+    }
+    seen = tick_;
+}
+
+void runMatrix(const MatrixSlots& slots, const ModBase& base, const MatrixInputs& inputs, float* mod, std::uint64_t& seen) {
+    base.restore(slots, mod, seen);
     for (int i = 0; i < slots.count_; ++i) {
         const MatrixSlots::Slot& slot = slots.slots_[static_cast<std::size_t>(i)];
         const float source = MatrixSlots::evaluate(slot, inputs);

@@ -44,6 +44,7 @@ void Voice::noteOn(int newNote, int newVelocity) {
     ticksToRefresh = 0;
     flipFlop = layer_.flipFlop;
     std::copy_n(layer_.block().begin() + globalParameterCount, 299, mod.begin() + globalParameterCount);
+    modSeen_ = 0;
     startEnvelopes();
     randomValue = layer_.random().congruence.unit();
     layer_.bank().output.clearLevels(index_);
@@ -230,6 +231,7 @@ void Voice::reset() {
     tuneFactor = 1.0;
     layer_.bank().reset(index_);
     std::copy(layer_.block().begin(), layer_.block().end(), mod.begin());
+    modSeen_ = 0;
     analogMode = false;
     firstTick_ = true;
     age = neverPlayedAge;
@@ -264,14 +266,15 @@ void Voice::stepModulators() {
         lfos[i].step();
     }
     std::copy_n(&layer_.block()[par::Step1], stepLfo.steps.size(), stepLfo.steps.begin());
-    stepLfo.shape = layer_.listAt(par::StepShap);
+    stepLfo.shape = layer_.present().stepShape;
     stepLfo.advance();
 }
 
 void Voice::tickOscillators() {
     const EngineState& engine = layer_.engine();
     OscillatorBank& bank = layer_.bank().oscillators;
-    const float glide = glideFactor(layer_.block()[par::GlideSpd]);
+    const LayerTick& tick = layer_.present();
+    const float glide = tick.glide;
     smoothedNote = smoothNote(smoothedNote, note, glide);
     const double shared =
         voicePitchFactor(mod[par::Pitch], mod[par::Fine], layer_.arpeggiator().slideFactor(), tuneFactor, engine.pitchBendFactor);
@@ -298,7 +301,7 @@ void Voice::tickOscillators() {
                                              drift, shared);
         frequency[i] = d;
         state.increment = increment24(d);
-        state.loopOn = listAt(par::LoopMod1 + i) == loopModeLoop;
+        state.loopOn = tick.loopOn[i];
         state.scanIncrement = scanIncrement(d, mod[par::Pw1 + i]);
         setPosition(state, mod[par::Pw1 + i]);
         if (i > 0) state.fmDepthStep = fmDepthStep(fmDepthTarget(mod[par::Fm1 + i - 1]), state.fmDepth, engine.tickSamples);
@@ -307,20 +310,20 @@ void Voice::tickOscillators() {
 }
 
 void Voice::tickFilters() {
-    const EngineState& engine = layer_.engine();
+    const LayerTick& tick = layer_.present();
     const float e = envelopes[filterEnvelope].clampLevel();
     VoiceBank& bank = layer_.bank();
     for (int i = 0; i < filterCount; ++i) {
         bank.filters[i].setup(
-            index_, {.sampleRate = std::trunc(engine.internalRate),
-                     .tickSamples = engine.tickSamples,
-                     .type = listAt(par::FilType1 + i),
+            index_, {.sampleRate = tick.filterRate,
+                     .tickSamples = layer_.engine().tickSamples,
+                     .type = tick.filterType[i],
                      .cutoff = voiceCutoff(smoothedNote, mod[par::FilKey1 + i], mod[par::FilEnv1 + i], mod[par::Cutoff1 + i], e),
                      .resonance = mod[par::Reso1 + i],
                      .analog = mod[par::FilAnalo]});
         bank.distortions[i].setDrive(index_, mod[par::Drive1 + i]);
     }
-    bank.setSerial(index_, switchOn(mod[par::FilSerial]));
+    bank.setSerial(index_, tick.serial);
 }
 
 void Voice::tickOutput() {
@@ -347,9 +350,9 @@ void Voice::evaluateMatrix() {
                               .note = note,
                               .velocity = velocity,
                               .voiceNumber = voiceNumber,
-                              .limit = layer_.limit(),
+                              .limit = layer_.present().limit,
                               .random = layer_.random()};
-    runMatrix(layer_.matrix(), layer_.modBase().data(), inputs, mod.data());
+    runMatrix(layer_.matrix(), layer_.modBase(), inputs, mod.data(), modSeen_);
 }
 
 // ---- audio --------------------------------------------------------------------------------------------------

@@ -111,6 +111,7 @@ private:
     Layer& layer_;
     int index_;
     bool firstTick_ = true;
+    std::uint64_t modSeen_ = 0;                     // the tick that `mod` is of; 0: it was filled by other means
     std::array<bool, oscillatorCount> prepared_{};  // its wave and phases are those of this note
     std::array<Kernel, oscillatorCount> kernels_{};
     std::array<bool, oscillatorCount> hearsPrevious_{};  // its kernel reads the oscillator before
