@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/numbers.h"
+#include "voice/layer_stack.h"
 
 namespace vantoric {
 
@@ -285,18 +286,34 @@ void Layer::retune() { retuner_.retune(tuned_, engine_.microtuning, oneVoiceMode
 // ---- audio --------------------------------------------------------------------------------------------------
 
 void Layer::renderBlock(float* left, float* right, int count) {
-    if (!layerOn || count <= 0) return;
+    Layer* const self = this;
+    renderLayers({&self, 1}, left, right, count);
+}
+
+bool Layer::beginBlock(int count) {
+    if (!layerOn || count <= 0) return false;
     busy_.set();
     std::fill_n(scratchLeft_.begin(), count, 0.0f);
     std::fill_n(scratchRight_.begin(), count, 0.0f);
-    if (const LaneMask sounding = soundingMask(); sounding != 0) {
-        DueTones due;
-        for (int i = 0; i < voiceCount; ++i)
-            if (((sounding >> i) & 1) != 0) voices_[i]->renderOscillators(count, due);
-        toneStages(due.runs(), count);
-        bank_->mix(count, sounding);
-        bank_->render(count, sounding, scratchLeft_.data(), scratchRight_.data());
-    }
+    sounding_ = soundingMask();
+    return true;
+}
+
+DrawStages Layer::drawStages() const {
+    DrawStages stages = bank_->drawStages(sounding_);
+    for (int i = 0; i < voiceCount; ++i)
+        if (((sounding_ >> i) & 1) != 0 && voices_[i]->oscillatorsDraw()) stages.add(DrawStage::oscillators);
+    for (const auto& insert : inserts_)
+        if (insert->type() != 0) stages.add(DrawStage::inserts);
+    return stages;
+}
+
+void Layer::renderOscillators(int count, DueTones& due) {
+    for (int i = 0; i < voiceCount; ++i)
+        if (((sounding_ >> i) & 1) != 0) voices_[i]->renderOscillators(count, due);
+}
+
+void Layer::endBlock(float* left, float* right, int count) {
     for (auto& insert : inserts_) insert->process(scratchLeft_.data(), scratchRight_.data(), count);
     for (int i = 0; i < count; ++i) {
         left[i] += scratchLeft_[i];

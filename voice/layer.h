@@ -61,6 +61,14 @@ public:
     void tick();
     // Adds `count` samples (1 to maxTickSamples, never across a tick) to left and right. Audio thread.
     void renderBlock(float* left, float* right, int count);
+    // The steps of renderBlock, for renderLayers. beginBlock returns false, and the others are left out, where the layer is
+    // off; then come the oscillators with the tone stages that wait, the bank, and the inserts with the sum.
+    bool beginBlock(int count);
+    void renderOscillators(int count, DueTones& due);
+    BankRun bankRun() { return {bank_.get(), sounding_, scratchLeft_.data(), scratchRight_.data()}; }
+    void endBlock(float* left, float* right, int count);
+    // Where they may draw random numbers.
+    DrawStages drawStages() const;
     // Full reset: smoothed parameters at their targets, voices, arpeggiator and inserts cleared. Waits for a
     // render in progress, at most 1000 sleeps of 1 ms; on the audio thread there never is one.
     void reset();
@@ -130,7 +138,8 @@ private:
     const WaveStore& waves_;
     SleepFunction sleep_;
     NoteObserver* observer_ = nullptr;
-    Flag busy_;  // a render is in progress
+    Flag busy_;              // a render is in progress
+    LaneMask sounding_ = 0;  // voices of that render
 
     std::array<float, layerParameterEnd> block_{};
     std::array<float, layerParameterEnd> smoothed_{};

@@ -146,25 +146,33 @@ int destinationNumber(int listIndex) {
                : 0;
 }
 
-void MatrixSlots::compilePass(const float* layerBlock, const EngineState& engine, bool amountPass) {
+void MatrixSlots::compilePass(bool amountPass) {
     for (int i = 0; i < matrixSlotCount; ++i) {
-        const int destination = destinationNumber(listIndex(layerBlock[par::MatDst1 + i]));
+        const int destination = destinationNumber(listIndex(stored_.destinations[i]));
         if (isAmount(destination) != amountPass) continue;
         targets_.set(static_cast<std::size_t>(destination));
-        const SourceRow row = sourceAt(listIndex(layerBlock[par::MatSrc1 + i]));
+        const SourceRow row = sourceAt(listIndex(stored_.sources[i]));
         if (!readsInPass(row.source, amountPass)) continue;
         if (destination == 0 && !actsWhenRead(row.source)) continue;
         slots_[static_cast<std::size_t>(count_++)] = {row.source, row.which, static_cast<std::uint16_t>(par::MatVal1 + i),
-                                                      static_cast<std::uint16_t>(destination), sharedValue(row, engine)};
+                                                      static_cast<std::uint16_t>(destination)};
     }
 }
 
 void MatrixSlots::compile(const float* layerBlock, const EngineState& engine) {
-    count_ = 0;
-    targets_.reset();
-    compilePass(layerBlock, engine, true);
-    compilePass(layerBlock, engine, false);
-    targets_.reset(0);
+    Stored now;
+    std::copy_n(layerBlock + par::MatSrc1, matrixSlotCount, now.sources.begin());
+    std::copy_n(layerBlock + par::MatDst1, matrixSlotCount, now.destinations.begin());
+    if (!compiled_ || std::memcmp(&now, &stored_, sizeof now) != 0) {
+        compiled_ = true;
+        stored_ = now;
+        count_ = 0;
+        targets_.reset();
+        compilePass(true);
+        compilePass(false);
+        targets_.reset(0);
+    }
+    for (int i = 0; i < count_; ++i) slots_[i].value = sharedValue({slots_[i].source, slots_[i].which}, engine);
 }
 
 float MatrixSlots::evaluate(const Slot& slot, const MatrixInputs& inputs) {

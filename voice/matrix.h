@@ -139,9 +139,15 @@ private:
         float value = 0.0f;             // of a source that all voices share; HeldKeys: the number of keys
     };
 
-    void compilePass(const float* layerBlock, const EngineState& engine, bool amountPass);
+    void compilePass(bool amountPass);
     static float evaluate(const Slot& slot, const MatrixInputs& inputs);
 
+    // What the slots were compiled from, as stored.
+    struct Stored {
+        std::array<float, matrixSlotCount> sources{}, destinations{};
+    };
+    Stored stored_;
+    bool compiled_ = false;
     std::array<Slot, matrixSlotCount> slots_;  // the amount pass's, then the other pass's, each in slot order
     int count_ = 0;
     std::bitset<layerParameterEnd> targets_;

@@ -142,8 +142,10 @@ void Voice::prepareOscillatorState(int i) {
 }
 
 void Voice::chooseKernelOf(int i) {
+    const int synType = listAt(par::SynType1 + i);
+    mayDraw_[i] = synType == noiseType || synType == analogType;
     hearsPrevious_[i] = oscillatorModulated(i);
-    kernels_[i] = chooseKernel({.synType = listAt(par::SynType1 + i),
+    kernels_[i] = chooseKernel({.synType = synType,
                                 .quality = layer_.engine().quality,
                                 .modulated = hearsPrevious_[i],
                                 .internalRate = layer_.engine().internalRate,
@@ -172,6 +174,7 @@ bool Voice::oscillatorModulated(int i) const {
 void Voice::setUpDistortions() {
     for (int i = 0; i < filterCount; ++i) {
         layer_.bank().distortions[i].setType(index_, listAt(par::DisType1 + i));
+        layer_.bank().noteDistortionType(i, index_, listAt(par::DisType1 + i));
         layer_.bank().distortions[i].setSampleRate(layer_.engine().internalRate);
     }
 }
@@ -321,6 +324,7 @@ void Voice::tickFilters() {
                      .cutoff = voiceCutoff(smoothedNote, mod[par::FilKey1 + i], mod[par::FilEnv1 + i], mod[par::Cutoff1 + i], e),
                      .resonance = mod[par::Reso1 + i],
                      .analog = mod[par::FilAnalo]});
+        bank.noteFilterType(i, index_, tick.filterType[i]);
         bank.distortions[i].setDrive(index_, mod[par::Drive1 + i]);
     }
     bank.setSerial(index_, tick.serial);
@@ -356,6 +360,12 @@ void Voice::evaluateMatrix() {
 }
 
 // ---- audio --------------------------------------------------------------------------------------------------
+
+bool Voice::oscillatorsDraw() const {
+    for (int i = 0; i < oscillatorCount; ++i)
+        if (oscillatorOn[i] && mayDraw_[i]) return true;
+    return false;
+}
 
 // A tone stage runs before the next oscillator hears it; all others can wait for those of other voices.
 void Voice::renderOscillators(int count, DueTones& due) {

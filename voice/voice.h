@@ -38,6 +38,8 @@ public:
     // Fills the oscillator buffers with `count` samples (1 to maxTickSamples) and adds the tone stages that are still to
     // run to `due`. Only for voices that sound.
     void renderOscillators(int count, DueTones& due);
+    // Whether that may draw random numbers.
+    bool oscillatorsDraw() const;
     // Full clear: idle, silent, memories gone.
     void reset();
     // Every 0.1 s, and on a note's first tick: which oscillators sound, and by which kernel.
@@ -114,6 +116,7 @@ private:
     std::uint64_t modSeen_ = 0;                     // the tick that `mod` is of; 0: it was filled by other means
     std::array<bool, oscillatorCount> prepared_{};  // its wave and phases are those of this note
     std::array<Kernel, oscillatorCount> kernels_{};
+    std::array<bool, oscillatorCount> mayDraw_{};        // its kernel may draw random numbers
     std::array<bool, oscillatorCount> hearsPrevious_{};  // its kernel reads the oscillator before
     Drift drift_;
 };
