@@ -15,6 +15,7 @@
 #include "platform/files.h"
 #include "platform/module_folder.h"
 #include "platform/thread.h"
+#include "voice/layer_stack.h"
 
 namespace vantoric {
 
@@ -257,10 +258,10 @@ void Q7Audio::renderAudioBlock(float* left, float* right, int count, int firstFr
 
 // Above 257 kHz a tick is longer than what a voice renders at once.
 void Q7Audio::renderSubBlock(float* left, float* right, int count) {
-    for (int done = 0; done < count; done += maxTickSamples) {
-        const int length = std::min(count - done, maxTickSamples);
-        for (auto& layer : layers_) layer->renderBlock(left + done, right + done, length);
-    }
+    std::array<Layer*, layerCount> layers;
+    for (int i = 0; i < layerCount; ++i) layers[i] = layers_[i].get();
+    for (int done = 0; done < count; done += maxTickSamples)
+        renderLayers(layers, left + done, right + done, std::min(count - done, maxTickSamples));
 }
 
 void Q7Audio::runMasterChain(float* left, float* right, int count) {
