@@ -103,7 +103,8 @@ int main(int argc, char** argv) {
     std::int32_t toneState = 0;
     rig.measure("tone stage", [&] { toneStage(rig.out, tick, toneState, 2000, {500, 523}); });
     static float f1[tick * voiceCount], f2[tick * voiceCount];
-    const MixGains gains[3] = {{9000, 3000}, {100, 20000}, {5000, 5000}};
-    rig.measure("mix", [&] { mixToLanes(rig.in, rig.out, rig.in, gains, tick, f1 + 3, f2 + 3); });
+    const MixSource one{{rig.in, rig.out, rig.in}, {{9000, 3000}, {100, 20000}, {5000, 5000}}};
+    const MixSource voices[mixVoices] = {one, one, one, one};
+    rig.measure("mix of four voices", [&] { mixToLanes(voices, tick, f1, f2); });
     return 0;
 }

@@ -1,9 +1,11 @@
-// Time of voices, ticks, whole blocks and the slow operations: bench-voice [FOLDER [SECONDS]]. FOLDER holds Vantoric_data
-// with the wave banks; without it the folder dist-data beside the program. With SECONDS just so much sound of 64 voices
-// with two filters, for a profiler.
+// Time of voices, ticks, whole blocks and the slow operations: bench-voice [FOLDER [PART [SECONDS]]]. FOLDER holds
+// Vantoric_data with the wave banks; without it the folder dist-data beside the program. PART is one of the parts below,
+// or "64", "16" or "note" with SECONDS: just so much sound of so many voices, or of one note on four layers, with
+// everything in use, for a profiler.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -33,31 +35,62 @@ constexpr int blockFrames = 256;
 // Rows of the list of filter types.
 constexpr int openPass = 0, lowPass24 = 4;
 
-struct Rig {
-    platform::RecordedDialogs dialogs;
-    Instrument audio{dialogs};
+// All that this program asks of the engine.
+class Engine {
+public:
+    Engine() {
+        audio_.setSampleRate(hostRate);
+        while (audio_.flags().audioMuted.isSet()) platform::sleepMilliseconds(1);
+    }
+    void set(int index, float value) { audio_.parameters().writeRaw(index, value); }
+    void start() {
+        audio_.resetEngine();
+        block();
+    }
+    void block() {
+        audio_.render(left.data(), right.data(), blockFrames, Transport{});
+    }
+    void press(int key) { audio_.midi().enqueueMidi(0x90, static_cast<std::uint8_t>(key), 100, 0); }
+    Layer& layer(int index) { return audio_.layer(index); }
+    int tickSamples() { return audio_.state().tickSamples; }
+    // Takes its own patch back in.
+    double loadTime() {
+        const ChunkBytes chunk = audio_.patchChunk().getChunk();
+        const double begin = bench::seconds(CLOCK_MONOTONIC);
+        audio_.patchChunk().setChunk(chunk.data.get(), chunk.size);
+        return bench::seconds(CLOCK_MONOTONIC) - begin;
+    }
+
     std::vector<float> left = std::vector<float>(blockFrames), right = std::vector<float>(blockFrames);
 
+private:
+    platform::RecordedDialogs dialogs_;
+    Instrument audio_{dialogs_};
+};
+
+enum class Patch { plain, filters, full };
+
+struct Rig : Engine {
     Rig() {
-        audio.setSampleRate(hostRate);
-        while (audio.flags().audioMuted.isSet()) platform::sleepMilliseconds(1);
         for (int i = 0; i < parameterCount; ++i) set(i, 0.0f);
         set(par::Volume, 0.5f);
         for (const int n : {par::EqLow, par::EqMid, par::EqHigh}) set(n, 0.5f);
         setList(par::Quality, highQuality);
-        for (int layer = 0; layer < layerCount; ++layer) plainLayer(layer);
+        for (int layer = 0; layer < layerCount; ++layer) takePatch(layer);
     }
-    void set(int index, float value) { audio.parameters().writeRaw(index, value); }
     void setList(int index, int row) { set(index, listValue(row)); }
 
-    // Three wavetable oscillators into two filters of a type.
-    void plainLayer(int layer, int filterType = openPass) {
+    // Three wavetable oscillators into two filters: open, "LP 24dB", or these with everything in use.
+    void takePatch(int layer, Patch patch = Patch::plain) {
+        plainLayer(layer, patch == Patch::plain ? openPass : lowPass24);
+        useEverything(layer, patch == Patch::full);
+    }
+    void plainLayer(int layer, int filterType) {
         const auto n = [&](int number) { return hostIndex(number, layer); };
         set(par::Layer1On + layer, 1.0f);
         for (int i = 0; i < oscillatorCount; ++i) {
             setList(n(par::KeyEnd1 + i), 127);
             for (const int number : {par::Oct1, par::Detune1, par::Pw1}) set(n(number + i), 0.5f);
-            set(n(par::Timbre1 + i), 0.5f);
             set(n(par::KeyFol1 + i), 1.0f);
             set(n(par::On1 + i), 1.0f);
             set(n(par::Vol1 + i), 0.5f);
@@ -67,7 +100,7 @@ struct Rig {
         }
         for (int f = 0; f < filterCount; ++f) {
             set(n(par::FilVol1 + f), 1.0f);
-            for (const int number : {par::FilPan1, par::FilKey1, par::FilEnv1}) set(n(number + f), 0.5f);
+            for (const int number : {par::FilPan1, par::FilKey1}) set(n(number + f), 0.5f);
             setList(n(par::FilType1 + f), filterType);
             set(n(par::Cutoff1 + f), 0.7f);
             set(n(par::Reso1 + f), 0.5f);
@@ -75,25 +108,48 @@ struct Rig {
         set(n(par::LayerVol), 0.4f);
         set(n(par::SusVol), 0.99f);
         setList(n(par::PlayMode), 8);
+    }
+    // The tone stages, drift, and four rows of the matrix of which three move the cutoffs.
+    void useEverything(int layer, bool on) {
+        const auto n = [&](int number) { return hostIndex(number, layer); };
+        struct Row {
+            int source, destination;
+            float amount;
+        };
+        constexpr int lfo1 = 2, lfo2 = 3, filterEnvelopeLevel = 8, velocity = 18;
+        constexpr int cutoff1 = 32, cutoff2 = 33, filterVolume1 = 38;
+        constexpr Row rows[] = {{lfo1, cutoff1, 0.6f},
+                                {lfo2, cutoff2, 0.6f},
+                                {filterEnvelopeLevel, cutoff1, 0.55f},
+                                {velocity, filterVolume1, 0.45f}};
+        constexpr float timbres[] = {0.3f, 0.7f, 0.2f};
+        constexpr int sine = 2, saw = 4, analogMedium = 2;
+        setList(par::Microtun, on ? analogMedium : 0);
+        for (int i = 0; i < oscillatorCount; ++i) set(n(par::Timbre1 + i), on ? timbres[i] : 0.5f);
+        for (int f = 0; f < filterCount; ++f) set(n(par::FilEnv1 + f), on ? 0.6f : 0.5f);
+        setList(n(par::LfoWave1), on ? sine : 0);
+        setList(n(par::LfoWave1 + 1), on ? saw : 0);
+        for (int i = 0; i < 2; ++i) set(n(par::LfoSpd1 + i), on ? 0.5f : 0.0f);
         for (int i = 0; i < 16; ++i) set(n(par::MatVal1 + i), 0.5f);
+        for (int i = 0; i < 4; ++i) {
+            setList(n(par::MatSrc1 + i), on ? rows[i].source : 0);
+            setList(n(par::MatDst1 + i), on ? rows[i].destination : 0);
+            set(n(par::MatVal1 + i), on ? rows[i].amount : 0.5f);
+        }
     }
 
-    void start() {
-        audio.resetEngine();
-        block();
-    }
-    void block() { audio.render(left.data(), right.data(), blockFrames, Transport{}); }
-    // As many layers on as `count` voices need, and those voices held, past the allocation that would fade one of
-    // sixteen.
-    void hold(int count, int filterType) {
-        for (int layer = 0; layer < layerCount; ++layer) {
-            plainLayer(layer, filterType);
-            set(par::Layer1On + layer, layer * voiceCount < count ? 1.0f : 0.0f);
+    // Layers on, and as many voices on each.
+    void hold(int layers, int voices, Patch patch) {
+        for (int i = 0; i < layerCount; ++i) {
+            takePatch(i, patch);
+            set(par::Layer1On + i, i < layers ? 1.0f : 0.0f);
         }
         start();
-        for (int i = 0; i < count; ++i)
-            audio.layer(i / voiceCount).voice(voiceCount - 1 - i % voiceCount).noteOn(36 + i % 48, 100);
+        for (int i = 0; i < layers * voices; ++i) layer(i / voices).voice(voiceCount - 1 - i % voices).noteOn(36 + i % 48, 100);
     }
+    // As many layers on as `count` voices need, and those voices held, past the allocation that would fade one of
+    // sixteen.
+    void hold(int count, Patch patch) { hold((count + voiceCount - 1) / voiceCount, std::min(count, voiceCount), patch); }
     std::vector<double> blockTimes(int blocks) {
         std::vector<double> times;
         for (int i = 0; i < blocks; ++i) {
@@ -119,13 +175,13 @@ constexpr double blockSeconds = blockFrames / static_cast<double>(hostRate);
 // Sixteen voices on the first layer, ticked once.
 Layer& wholeLayer(Rig& rig) {
     rig.start();
-    Layer& layer = rig.audio.layer(0);
+    Layer& layer = rig.layer(0);
     for (int v = 0; v < voiceCount; ++v) layer.voice(v).noteOn(36 + 3 * v, 100);
     layer.tick();
     return layer;
 }
 double renderTime(Rig& rig, Layer& layer) {
-    const int count = rig.audio.state().tickSamples;
+    const int count = rig.tickSamples();
     return bestTime(5, 300, [&] { layer.renderBlock(rig.left.data(), rig.right.data(), count); }) / (voiceCount * count);
 }
 double tickTime(Layer& layer) {
@@ -165,67 +221,101 @@ void kernelCosts(Rig& rig) {
     rig.setList(par::Quality, highQuality);
 }
 
+void printTick(Rig& rig, const char* name) {
+    const double tick = tickTime(wholeLayer(rig));
+    std::printf("  %-22s %7.1f ns   %5.2f ns an internal sample\n", name, tick * 1e9, tick * 1e9 / rig.tickSamples());
+}
+
 void tickCosts(Rig& rig) {
     std::puts("voice tick (a voice of sixteen)");
     for (const int slots : {0, 5, 15}) {
-        rig.plainLayer(0);
+        rig.takePatch(0);
         for (int s = 0; s < slots; ++s) {
             rig.setList(par::MatSrc1 + s, 2 + s);
             rig.setList(par::MatDst1 + s, 32 + s % 6);
         }
-        const double tick = tickTime(wholeLayer(rig));
-        std::printf("  %2d slots               %7.1f ns   %5.2f ns an internal sample\n", slots, tick * 1e9,
-                    tick * 1e9 / rig.audio.state().tickSamples);
+        char name[32];
+        std::snprintf(name, sizeof name, "%d slots", slots);
+        printTick(rig, name);
     }
     for (int s = 0; s < 15; ++s) rig.setList(par::MatSrc1 + s, 0);
+    rig.takePatch(0, Patch::full);
+    printTick(rig, "everything in use");
 }
 
 void layerCosts(Rig& rig) {
     std::puts("a layer of sixteen voices, three High quality wavetables each, per voice and internal sample");
     double open = 0.0;
-    for (const int type : {openPass, lowPass24}) {
-        rig.plainLayer(0, type);
+    for (const Patch patch : {Patch::plain, Patch::filters, Patch::full}) {
+        rig.takePatch(0, patch);
         Layer& layer = wholeLayer(rig);
-        const double render = renderTime(rig, layer), tick = tickTime(layer) / rig.audio.state().tickSamples;
-        std::printf("  %-22s %7.2f ns   of it ticks %.2f ns", type == openPass ? "no filter" : "two LP 24dB",
-                    (render + tick) * 1e9, tick * 1e9);
-        if (type == openPass)
-            open = render;
-        else
-            std::printf(", each filter %.2f ns", (render - open) / 2 * 1e9);
+        const double render = renderTime(rig, layer), tick = tickTime(layer) / rig.tickSamples();
+        constexpr const char* names[] = {"no filter", "two LP 24dB", "everything in use"};
+        std::printf("  %-22s %7.2f ns   of it ticks %.2f ns", names[static_cast<int>(patch)], (render + tick) * 1e9, tick * 1e9);
+        if (patch == Patch::plain) open = render;
+        if (patch == Patch::filters) std::printf(", each filter %.2f ns", (render - open) / 2 * 1e9);
         std::puts("");
     }
 }
 
+// The tone stages of a voice's three oscillators: a layer with them beside the same without.
+void toneCosts(Rig& rig) {
+    std::puts("tone stage of all three oscillators, per voice and internal sample");
+    for (const int voices : {1, 4, 16}) {
+        double times[2] = {};
+        for (const bool on : {false, true}) {
+            rig.takePatch(0);
+            for (int i = 0; i < oscillatorCount; ++i) rig.set(par::Timbre1 + i, on ? 0.3f : 0.5f);
+            rig.start();
+            Layer& layer = rig.layer(0);
+            for (int v = 0; v < voices; ++v) layer.voice(voiceCount - 1 - v).noteOn(36 + 3 * v, 100);
+            layer.tick();
+            times[on ? 1 : 0] = renderTime(rig, layer) * voiceCount / voices;
+        }
+        std::printf("  %2d voices %30.2f ns\n", voices, (times[1] - times[0]) * 1e9);
+    }
+    rig.takePatch(0);
+}
+
 // Voices fill one layer after the other.
-void polyphony(Rig& rig, const char* title, int quality, int filterType) {
+void polyphony(Rig& rig, const char* title, int quality, Patch patch) {
     std::printf("%s, host rate 48 kHz, one core\n", title);
-    rig.setList(par::Quality, quality);
     for (const int voices : {4, 8, 16, 32, 64}) {
-        rig.hold(0, filterType);
+        rig.hold(0, patch);
+        rig.setList(par::Quality, quality);
         const double silent = median(rig.blockTimes(50));
-        rig.hold(voices, filterType);
+        rig.hold(voices, patch);
         rig.blockTimes(20);
         const std::vector<double> times = rig.blockTimes(400);
         const double middle = median(times), each = (middle - silent) / voices;
         std::printf(
-            "  %2d voices  %6.1f x real time   %6.2f us a voice and block, %5.1f ns a voice and frame   "
+            "  %2d voices  %6.1f x real time   %6.2f us a voice and block, %5.1f ns a voice and frame (best %.1f)   "
             "99%% / median %.2f   worst / median %.2f\n",
-            voices, blockSeconds / middle, each * 1e6, each * 1e9 / blockFrames, percentile(times, 0.99) / middle,
+            voices, blockSeconds / middle, each * 1e6, each * 1e9 / blockFrames,
+            (percentile(times, 0.0) - silent) / voices * 1e9 / blockFrames, percentile(times, 0.99) / middle,
             percentile(times, 1.0) / middle);
     }
     rig.setList(par::Quality, highQuality);
 }
 
-void noteBurst(Rig& rig, const char* title, int filterType) {
-    rig.hold(64, filterType);
-    rig.audio.layer(0).reset();
+// One note that sounds on all four layers, and the engine around it.
+void oneNote(Rig& rig, const char* title, Patch patch) {
+    rig.hold(layerCount, 1, patch);
+    rig.blockTimes(20);
+    const std::vector<double> times = rig.blockTimes(800);
+    std::printf("one note on four layers, %s: %.0f ns a frame in all (best %.0f)\n", title, median(times) * 1e9 / blockFrames,
+                percentile(times, 0.0) * 1e9 / blockFrames);
+}
+
+void noteBurst(Rig& rig, const char* title, Patch patch) {
+    rig.hold(64, patch);
+    rig.layer(0).reset();
     rig.blockTimes(20);
     const double middle = median(rig.blockTimes(200));
     double worst = 0.0, best = 1e9;
     for (int round = 0; round < 10; ++round) {
-        rig.audio.layer(0).reset();
-        for (int v = 0; v < voiceCount; ++v) rig.audio.midi().enqueueMidi(0x90, static_cast<std::uint8_t>(40 + v), 100, 0);
+        rig.layer(0).reset();
+        for (int v = 0; v < voiceCount; ++v) rig.press(40 + v);
         const double time = percentile(rig.blockTimes(2), 1.0);
         worst = std::max(worst, time);
         best = std::min(best, time);
@@ -246,43 +336,63 @@ void slowOperations() {
             first.reset();
     }
     Rig rig;
-    const ChunkBytes chunk = rig.audio.patchChunk().getChunk();
     double best = 1e9;
-    for (int i = 0; i < 10; ++i) {
-        const double begin = bench::seconds(CLOCK_MONOTONIC);
-        rig.audio.patchChunk().setChunk(chunk.data.get(), chunk.size);
-        best = std::min(best, bench::seconds(CLOCK_MONOTONIC) - begin);
-    }
+    for (int i = 0; i < 10; ++i) best = std::min(best, rig.loadTime());
     std::printf("%-34s %7.1f ms\n", "setChunk without samples", best * 1e3);
 }
+
+void everythingInUse(Rig& rig) {
+    polyphony(rig, "everything in use: three High quality wavetables, tone, drift, matrix, two LP 24dB", highQuality,
+              Patch::full);
+    oneNote(rig, "everything in use", Patch::full);
+}
+
+void polyphonies(Rig& rig) {
+    polyphony(rig, "three High quality wavetables", highQuality, Patch::plain);
+    polyphony(rig, "three High quality wavetables and two LP 24dB", highQuality, Patch::filters);
+    oneNote(rig, "two LP 24dB", Patch::filters);
+    if (filters::wideLoopsInUse()) {
+        filters::useWideLoops(false);
+        polyphony(rig, "the same with registers of four lanes", highQuality, Patch::filters);
+        filters::useWideLoops(true);
+    }
+    polyphony(rig, "three Crossblend PW wavetables and two LP 24dB", crossblendPw, Patch::filters);
+}
+
+void bursts(Rig& rig) {
+    noteBurst(rig, "no filter", Patch::plain);
+    noteBurst(rig, "two LP 24dB", Patch::filters);
+    noteBurst(rig, "everything in use", Patch::full);
+}
+
+void playFor(Rig& rig, const char* what, double seconds) {
+    if (std::strcmp(what, "note") == 0)
+        rig.hold(layerCount, 1, Patch::full);
+    else
+        rig.hold(std::clamp(std::atoi(what), 1, layerCount * voiceCount), Patch::full);
+    rig.blockTimes(static_cast<int>(seconds / blockSeconds));
+}
+
+struct Part {
+    const char* name;
+    void (*run)(Rig&);
+};
+constexpr Part parts[] = {{"full", everythingInUse}, {"kernels", kernelCosts}, {"tone", toneCosts},       {"ticks", tickCosts},
+                          {"layers", layerCosts},    {"bursts", bursts},       {"polyphony", polyphonies}};
 
 }  // namespace
 
 int main(int argc, char** argv) {
     platform::setDataFolder(argc > 1 ? argv[1] : platform::moduleFolder() + "dist-data/");
     platform::setSettingsFolder(platform::moduleFolder() + "bench-settings");
-    if (argc > 2) {
-        Rig rig;
-        rig.hold(64, lowPass24);
-        rig.setList(par::Quality, highQuality);
-        rig.blockTimes(static_cast<int>(std::atof(argv[2]) / blockSeconds));
+    if (argc < 3) slowOperations();
+    Rig rig;
+    if (argc > 3) {
+        playFor(rig, argv[2], std::atof(argv[3]));
         return 0;
     }
-    slowOperations();
-    Rig rig;
     if (WaveLibrary::shared().store().wave(0) == nullptr) std::puts("no wave banks: wavetable figures are of silent kernels");
-    kernelCosts(rig);
-    tickCosts(rig);
-    layerCosts(rig);
-    polyphony(rig, "three High quality wavetables", highQuality, openPass);
-    polyphony(rig, "three High quality wavetables and two LP 24dB", highQuality, lowPass24);
-    if (filters::wideLoopsInUse()) {
-        filters::useWideLoops(false);
-        polyphony(rig, "the same with registers of four lanes", highQuality, lowPass24);
-        filters::useWideLoops(true);
-    }
-    polyphony(rig, "three Crossblend PW wavetables and two LP 24dB", crossblendPw, lowPass24);
-    noteBurst(rig, "no filter", openPass);
-    noteBurst(rig, "two LP 24dB", lowPass24);
+    for (const Part& part : parts)
+        if (argc < 3 || std::strcmp(argv[2], part.name) == 0) part.run(rig);
     return 0;
 }

@@ -13,6 +13,7 @@
 #include "platform/module_folder.h"
 #include "platform/settings.h"
 #include "platform/thread.h"
+#include "voice/layer_stack.h"
 
 namespace vantoric {
 
@@ -272,10 +273,10 @@ void Instrument::renderAudioBlock(float* left, float* right, int count, int firs
 
 // Above 257 kHz a tick is longer than what a voice renders at once.
 void Instrument::renderSubBlock(float* left, float* right, int count) {
-    for (int done = 0; done < count; done += maxTickSamples) {
-        const int length = std::min(count - done, maxTickSamples);
-        for (auto& layer : layers_) layer->renderBlock(left + done, right + done, length);
-    }
+    std::array<Layer*, layerCount> layers;
+    for (int i = 0; i < layerCount; ++i) layers[i] = layers_[i].get();
+    for (int done = 0; done < count; done += maxTickSamples)
+        renderLayers(layers, left + done, right + done, std::min(count - done, maxTickSamples));
 }
 
 // Once a host block, the readers of the master chain get their parameters.

@@ -83,15 +83,17 @@ MixGains mixGains(bool active, float vol, float filtMix) {
 
 namespace {
 
-using Buffers = const std::int16_t* const (&)[oscillatorCount];
-
-float mixedSample(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::* side, int i) {
+float mixedSample(const MixSource& voice, std::int32_t MixGains::* side, int i) {
+    if (voice.buffers[0] == nullptr) return 0.0f;
     std::uint32_t sum = 0;
-    for (int k = 0; k < oscillatorCount; ++k) sum += product(buffers[k][i], gains[k].*side);
+    for (int k = 0; k < oscillatorCount; ++k) sum += product(voice.buffers[k][i], voice.gains[k].*side);
     return static_cast<float>(static_cast<std::int32_t>(sum)) / mixScale;
 }
 
 #if defined(__SSE2__)
+
+// Gains have 16 bits while no modulation takes them out of their range.
+bool fits16(std::int32_t gain) { return gain == static_cast<std::int16_t>(gain); }
 
 // Two gains of 16 bits as the halves of each word.
 __m128i gainPair(std::int32_t low, std::int32_t high) {
@@ -99,47 +101,71 @@ __m128i gainPair(std::int32_t low, std::int32_t high) {
         static_cast<int>((static_cast<std::uint32_t>(high) << 16) | (static_cast<std::uint32_t>(low) & 0xffff)));
 }
 
-// The first samples up to a multiple of four, if all gains have 16 bits, as they have while no modulation takes
-// them out of their range. Returns how many.
-int mixFours(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::* side, int count, float* lane) {
-    for (const MixGains& gain : gains)
-        if (gain.*side != static_cast<std::int16_t>(gain.*side)) return 0;
-    const __m128i firstTwo = gainPair(gains[0].*side, gains[1].*side), third = gainPair(gains[2].*side, 0);
-    const __m128 scale = _mm_set1_ps(mixScale);
-    const auto four = [](const std::int16_t* at) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(at)); };
-    int i = 0;
-    for (; i + 4 <= count; i += 4, lane += 4 * voiceCount) {
-        const __m128i pairs = _mm_unpacklo_epi16(four(buffers[0] + i), four(buffers[1] + i));
-        const __m128i rest = _mm_unpacklo_epi16(four(buffers[2] + i), _mm_setzero_si128());
+// The gains of a voice into one filter.
+struct SideGains {
+    __m128i firstTwo, third;
+
+    SideGains(const MixSource& voice, std::int32_t MixGains::* side)
+        : firstTwo(gainPair(voice.gains[0].*side, voice.gains[1].*side)), third(gainPair(voice.gains[2].*side, 0)) {}
+    __m128 mixed(__m128i pairs, __m128i rest) const {
         const __m128i sum = _mm_add_epi32(_mm_madd_epi16(pairs, firstTwo), _mm_madd_epi16(rest, third));
-        const __m128 mixed = _mm_div_ps(_mm_cvtepi32_ps(sum), scale);
-        const __m128 upper = _mm_movehl_ps(mixed, mixed);
-        _mm_store_ss(lane, mixed);
-        _mm_store_ss(lane + voiceCount, _mm_shuffle_ps(mixed, mixed, 1));
-        _mm_store_ss(lane + 2 * voiceCount, upper);
-        _mm_store_ss(lane + 3 * voiceCount, _mm_shuffle_ps(upper, upper, 1));
+        return _mm_div_ps(_mm_cvtepi32_ps(sum), _mm_set1_ps(mixScale));
+    }
+};
+
+// Rows of four samples of a voice become samples of four voices.
+void storeLanes(__m128 (&rows)[mixVoices], float* lanes) {
+    _MM_TRANSPOSE4_PS(rows[0], rows[1], rows[2], rows[3]);
+    for (int i = 0; i < 4; ++i) _mm_storeu_ps(lanes + i * voiceCount, rows[i]);
+}
+
+// The first samples up to a multiple of four, if all gains have 16 bits. Returns how many.
+int mixFours(const MixSource (&voices)[mixVoices], int count, float* f1, float* f2) {
+    for (const MixSource& voice : voices)
+        for (const MixGains& gain : voice.gains)
+            if (!fits16(gain.toFilter1) || !fits16(gain.toFilter2)) return 0;
+    const SideGains gains[2][mixVoices] = {{{voices[0], &MixGains::toFilter1},
+                                            {voices[1], &MixGains::toFilter1},
+                                            {voices[2], &MixGains::toFilter1},
+                                            {voices[3], &MixGains::toFilter1}},
+                                           {{voices[0], &MixGains::toFilter2},
+                                            {voices[1], &MixGains::toFilter2},
+                                            {voices[2], &MixGains::toFilter2},
+                                            {voices[3], &MixGains::toFilter2}}};
+    const auto four = [](const std::int16_t* at) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(at)); };
+    __m128 rows1[mixVoices] = {}, rows2[mixVoices] = {};
+    int i = 0;
+    for (; i + 4 <= count; i += 4) {
+#pragma GCC unroll 4
+        for (int v = 0; v < mixVoices; ++v) {
+            const auto& buffers = voices[v].buffers;
+            rows1[v] = rows2[v] = _mm_setzero_ps();
+            if (buffers[0] == nullptr) continue;
+            const __m128i pairs = _mm_unpacklo_epi16(four(buffers[0] + i), four(buffers[1] + i));
+            const __m128i rest = _mm_unpacklo_epi16(four(buffers[2] + i), _mm_setzero_si128());
+            rows1[v] = gains[0][v].mixed(pairs, rest);
+            rows2[v] = gains[1][v].mixed(pairs, rest);
+        }
+        storeLanes(rows1, f1 + i * voiceCount);
+        storeLanes(rows2, f2 + i * voiceCount);
     }
     return i;
 }
 
 #else
 
-int mixFours(Buffers, const MixGains (&)[oscillatorCount], std::int32_t MixGains::*, int, float*) { return 0; }
+int mixFours(const MixSource (&)[mixVoices], int, float*, float*) { return 0; }
 
 #endif
 
-void mixSide(Buffers buffers, const MixGains (&gains)[oscillatorCount], std::int32_t MixGains::* side, int count, float* lane) {
-    for (int i = mixFours(buffers, gains, side, count, lane); i < count; ++i)
-        lane[i * voiceCount] = mixedSample(buffers, gains, side, i);
-}
-
 }  // namespace
 
-void mixToLanes(const std::int16_t* b1, const std::int16_t* b2, const std::int16_t* b3, const MixGains (&gains)[oscillatorCount],
-                int count, float* f1, float* f2) {
-    const std::int16_t* const buffers[oscillatorCount] = {b1, b2, b3};
-    mixSide(buffers, gains, &MixGains::toFilter1, count, f1);
-    mixSide(buffers, gains, &MixGains::toFilter2, count, f2);
+void mixToLanes(const MixSource (&voices)[mixVoices], int count, float* f1, float* f2) {
+    for (int i = mixFours(voices, count, f1, f2); i < count; ++i)
+        for (int v = 0; v < mixVoices; ++v) {
+            f1[i * voiceCount + v] = mixedSample(voices[v], &MixGains::toFilter1, i);
+            f2[i * voiceCount + v] = mixedSample(voices[v], &MixGains::toFilter2, i);
+        }
 }
 
 bool oscillatorModulated(int oscillatorIndex, float previousOn, float fm, float sync, bool fmIsDestination) {

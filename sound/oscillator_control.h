@@ -7,6 +7,8 @@
 
 namespace vantoric {
 
+inline constexpr int mixVoices = 4;  // that are mixed at once
+
 // Below, d is a frequency in cycles per sample of the internal rate; control values are as the matrix left
 // them and may leave 0 to 1. Results that would pass 32 bits are held there; NaN reads as the lowest value.
 
@@ -51,10 +53,15 @@ struct MixGains {
 };
 MixGains mixGains(bool active, float vol, float filtMix);
 
-// Mixes three oscillator buffers of `count` samples into one lane of each filter's input: sample i of the
-// voice goes to f1[i * 16] and f2[i * 16]. Sums wrap at 32 bits, as a full mix may.
-void mixToLanes(const std::int16_t* b1, const std::int16_t* b2, const std::int16_t* b3, const MixGains (&gains)[oscillatorCount],
-                int count, float* f1, float* f2);
+// One voice of a mix: the buffers of its oscillators and their gains. Without buffers it is silent.
+struct MixSource {
+    const std::int16_t* buffers[oscillatorCount] = {};
+    MixGains gains[oscillatorCount];
+};
+
+// Mixes `count` samples of four neighbouring voices into the inputs of the two filters: sample i of voice k goes to
+// f1[i * 16 + k] and f2[i * 16 + k]. Sums wrap at 32 bits, as a full mix may.
+void mixToLanes(const MixSource (&voices)[mixVoices], int count, float* f1, float* f2);
 
 // Whether FM or sync is heard on an oscillator (index 0 to 2), so that it takes its modulated kernel.
 // previousOn: `On` of the oscillator before; fmIsDestination: a matrix slot aims at this Fm.

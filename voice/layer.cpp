@@ -1,8 +1,10 @@
 #include "voice/layer.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "base/numbers.h"
+#include "voice/layer_stack.h"
 
 namespace vantoric {
 
@@ -234,6 +236,20 @@ LaneMask Layer::soundingMask() const {
     return static_cast<LaneMask>(mask);
 }
 
+// What all voices of this tick have in common.
+void Layer::prepareVoices() {
+    matrix_.compile(block_.data(), engine_);
+    modBase_.prepare(block_.data(), smoothed_.data());
+    bank_->output.setMode(engine_.soundMode, engine_.internalRateExact);
+    present_.glide = glideFactor(block_[par::GlideSpd]);
+    present_.limit = limit();
+    present_.stepShape = listAt(par::StepShap);
+    for (int i = 0; i < oscillatorCount; ++i) present_.loopOn[i] = listAt(par::LoopMod1 + i) == loopModeLoop;
+    for (int f = 0; f < filterCount; ++f) present_.filterType[f] = listAt(par::FilType1 + f);
+    present_.serial = switchOn(block_[par::FilSerial]);
+    present_.filterRate = std::trunc(engine_.internalRate);
+}
+
 void Layer::tickVoices() {
     for (int k = 0; k < 5; ++k) {
         // The mix starts from its slewed value, the parameters from the stored ones: what the voices start from.
@@ -242,9 +258,7 @@ void Layer::tickVoices() {
     }
     const LaneMask sounding = soundingMask();
     if (sounding == 0) return;
-    matrix_.compile(block_.data(), engine_);
-    prepareModBase(block_.data(), smoothed_.data(), modBase_.data());
-    bank_->output.setMode(engine_.soundMode, engine_.internalRateExact);
+    prepareVoices();
     for (int i = 0; i < voiceCount; ++i) {
         if (((sounding >> i) & 1) == 0) continue;
         Voice& voice = *voices_[i];
@@ -278,16 +292,34 @@ void Layer::retune() { retuner_.retune(tuned_, engine_.microtuning, oneVoiceMode
 // ---- audio --------------------------------------------------------------------------------------------------
 
 void Layer::renderBlock(float* left, float* right, int count) {
-    if (!layerOn || count <= 0) return;
+    Layer* const self = this;
+    renderLayers({&self, 1}, left, right, count);
+}
+
+bool Layer::beginBlock(int count) {
+    if (!layerOn || count <= 0) return false;
     busy_.set();
     std::fill_n(scratchLeft_.begin(), count, 0.0f);
     std::fill_n(scratchRight_.begin(), count, 0.0f);
-    if (const LaneMask sounding = soundingMask(); sounding != 0) {
-        bank_->clearInputs(count, sounding);
-        for (int i = 0; i < voiceCount; ++i)
-            if (((sounding >> i) & 1) != 0) voices_[i]->renderOscillators(count);
-        bank_->render(count, sounding, scratchLeft_.data(), scratchRight_.data());
-    }
+    sounding_ = soundingMask();
+    return true;
+}
+
+DrawStages Layer::drawStages() const {
+    DrawStages stages = bank_->drawStages(sounding_);
+    for (int i = 0; i < voiceCount; ++i)
+        if (((sounding_ >> i) & 1) != 0 && voices_[i]->oscillatorsDraw()) stages.add(DrawStage::oscillators);
+    for (const auto& insert : inserts_)
+        if (insert->type() != 0) stages.add(DrawStage::inserts);
+    return stages;
+}
+
+void Layer::renderOscillators(int count, DueTones& due) {
+    for (int i = 0; i < voiceCount; ++i)
+        if (((sounding_ >> i) & 1) != 0) voices_[i]->renderOscillators(count, due);
+}
+
+void Layer::endBlock(float* left, float* right, int count) {
     for (auto& insert : inserts_) insert->process(scratchLeft_.data(), scratchRight_.data(), count);
     for (int i = 0; i < count; ++i) {
         left[i] += scratchLeft_[i];

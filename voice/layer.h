@@ -30,6 +30,17 @@ bool isOneVoiceMode(int playMode);
 bool keyPasses(int split, int note);
 bool velocityPasses(int velocityRange, int velocity);
 
+// What all voices of a layer read of its parameters in a tick and no slot of the matrix moves.
+struct LayerTick {
+    float glide = 1.0f;  // glideFactor of GlideSpd
+    int limit = 1;       // of the play mode
+    int stepShape = 0;
+    std::array<bool, oscillatorCount> loopOn{};
+    std::array<int, filterCount> filterType{};
+    bool serial = false;      // the second filter hears the first
+    float filterRate = 0.0f;  // internal rate, a whole number of Hz
+};
+
 class Layer final : public ArpeggiatorTarget {
 public:
     // index 0 to 3. Allocates everything that the layer will ever need.
@@ -54,6 +65,14 @@ public:
     void tick();
     // Adds `count` samples (1 to maxTickSamples, never across a tick) to left and right. Audio thread.
     void renderBlock(float* left, float* right, int count);
+    // The steps of renderBlock, for renderLayers. beginBlock returns false, and the others are left out, where the layer is
+    // off; then come the oscillators with the tone stages that wait, the bank, and the inserts with the sum.
+    bool beginBlock(int count);
+    void renderOscillators(int count, DueTones& due);
+    BankRun bankRun() { return {bank_.get(), sounding_, scratchLeft_.data(), scratchRight_.data()}; }
+    void endBlock(float* left, float* right, int count);
+    // Where they may draw random numbers.
+    DrawStages drawStages() const;
     // Full reset: smoothed parameters at their targets, voices, arpeggiator and inserts cleared. Waits for a
     // render in progress, at most 1000 sleeps of 1 ms; on the audio thread there never is one.
     void reset();
@@ -82,7 +101,8 @@ public:
     Voice& voice(int index) { return *voices_[index]; }
     const Voice& voice(int index) const { return *voices_[index]; }
     const MatrixSlots& matrix() const { return matrix_; }
-    const std::array<float, layerParameterEnd>& modBase() const { return modBase_; }
+    const ModBase& modBase() const { return modBase_; }
+    const LayerTick& present() const { return present_; }
     Arpeggiator& arpeggiator() { return arpeggiator_; }
     const Arpeggiator& arpeggiator() const { return arpeggiator_; }
     Multieffect& insert(int which) { return *inserts_[which]; }
@@ -122,11 +142,13 @@ private:
     const WaveStore& waves_;
     SleepFunction sleep_;
     NoteObserver* observer_ = nullptr;
-    Flag busy_;  // a render is in progress
+    Flag busy_;              // a render is in progress
+    LaneMask sounding_ = 0;  // voices of that render
 
     std::array<float, layerParameterEnd> block_{};
     std::array<float, layerParameterEnd> smoothed_{};
-    std::array<float, layerParameterEnd> modBase_{};
+    ModBase modBase_;
+    LayerTick present_;
     MatrixSlots matrix_;
     Arpeggiator arpeggiator_;
     Retuner retuner_;

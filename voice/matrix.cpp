@@ -146,25 +146,33 @@ int destinationNumber(int listIndex) {
                : 0;
 }
 
-void MatrixSlots::compilePass(const float* layerBlock, const EngineState& engine, bool amountPass) {
+void MatrixSlots::compilePass(bool amountPass) {
     for (int i = 0; i < matrixSlotCount; ++i) {
-        const int destination = destinationNumber(listIndex(layerBlock[par::MatDst1 + i]));
+        const int destination = destinationNumber(listIndex(stored_.destinations[i]));
         if (isAmount(destination) != amountPass) continue;
         targets_.set(static_cast<std::size_t>(destination));
-        const SourceRow row = sourceAt(listIndex(layerBlock[par::MatSrc1 + i]));
+        const SourceRow row = sourceAt(listIndex(stored_.sources[i]));
         if (!readsInPass(row.source, amountPass)) continue;
         if (destination == 0 && !actsWhenRead(row.source)) continue;
         slots_[static_cast<std::size_t>(count_++)] = {row.source, row.which, static_cast<std::uint16_t>(par::MatVal1 + i),
-                                                      static_cast<std::uint16_t>(destination), sharedValue(row, engine)};
+                                                      static_cast<std::uint16_t>(destination)};
     }
 }
 
 void MatrixSlots::compile(const float* layerBlock, const EngineState& engine) {
-    count_ = 0;
-    targets_.reset();
-    compilePass(layerBlock, engine, true);
-    compilePass(layerBlock, engine, false);
-    targets_.reset(0);
+    Stored now;
+    std::copy_n(layerBlock + par::MatSrc1, matrixSlotCount, now.sources.begin());
+    std::copy_n(layerBlock + par::MatDst1, matrixSlotCount, now.destinations.begin());
+    if (!compiled_ || std::memcmp(&now, &stored_, sizeof now) != 0) {
+        compiled_ = true;
+        stored_ = now;
+        count_ = 0;
+        targets_.reset();
+        compilePass(true);
+        compilePass(false);
+        targets_.reset(0);
+    }
+    for (int i = 0; i < count_; ++i) slots_[i].value = sharedValue({slots_[i].source, slots_[i].which}, engine);
 }
 
 float MatrixSlots::evaluate(const Slot& slot, const MatrixInputs& inputs) {
@@ -188,15 +196,47 @@ float MatrixSlots::evaluate(const Slot& slot, const MatrixInputs& inputs) {
     }
 }
 
-void prepareModBase(const float* layerBlock, const float* smoothed, float* modBase) {
-    std::fill_n(modBase, globalParameterCount, 0.0f);
-    std::copy(layerBlock + globalParameterCount, layerBlock + layerParameterEnd, modBase + globalParameterCount);
-    for (const int n : slewedParameters) modBase[n] = smoothed[n];
-    for (const int n : modulationInputs) modBase[n] = 0.5f;
+// Every change from `first` on. Bits count, so that a NaN is not new for ever.
+void ModBase::compare(const std::array<float, layerParameterEnd>& next, int first, int end) {
+    for (int n = first; n < end; ++n) {
+        if (std::memcmp(&next[n], &values_[n], sizeof(float)) == 0) continue;
+        values_[n] = next[n];
+        const bool movesSlots = (n >= par::MatSrc1 && n < par::MatSrc1 + matrixSlotCount) ||
+                                (n >= par::MatDst1 && n < par::MatDst1 + matrixSlotCount);
+        if (movesSlots || changedCount_ == listed)
+            everything_ = true;
+        else
+            changed_[changedCount_++] = static_cast<std::uint16_t>(n);
+    }
 }
 
-void runMatrix(const MatrixSlots& slots, const float* modBase, const MatrixInputs& inputs, float* mod) {
-    std::memcpy(mod, modBase, layerParameterEnd * sizeof(float));
+void ModBase::prepare(const float* layerBlock, const float* smoothed) {
+    std::array<float, layerParameterEnd> next;
+    std::fill_n(next.begin(), globalParameterCount, 0.0f);
+    std::copy(layerBlock + globalParameterCount, layerBlock + layerParameterEnd, next.begin() + globalParameterCount);
+    for (const int n : slewedParameters) next[n] = smoothed[n];
+    for (const int n : modulationInputs) next[n] = 0.5f;
+    everything_ = tick_ == 1;
+    changedCount_ = 0;
+    ++tick_;
+    constexpr int stretch = 18;
+    static_assert(layerParameterEnd % stretch == 0);
+    for (int n = 0; n < layerParameterEnd; n += stretch)
+        if (std::memcmp(&next[n], &values_[n], stretch * sizeof(float)) != 0) compare(next, n, n + stretch);
+}
+
+void ModBase::restore(const MatrixSlots& slots, float* mod, std::uint64_t& seen) const {
+    if (everything_ || seen + 1 != tick_) {
+        std::memcpy(mod, values_.data(), sizeof values_);
+    } else {
+        for (int i = 0; i < slots.count_; ++i) mod[slots.slots_[i].destination] = values_[slots.slots_[i].destination];
+        for (int i = 0; i < changedCount_; ++i) mod[changed_[i]] = values_[changed_[i]];
+    }
+    seen = tick_;
+}
+
+void runMatrix(const MatrixSlots& slots, const ModBase& base, const MatrixInputs& inputs, float* mod, std::uint64_t& seen) {
+    base.restore(slots, mod, seen);
     for (int i = 0; i < slots.count_; ++i) {
         const MatrixSlots::Slot& slot = slots.slots_[static_cast<std::size_t>(i)];
         const float source = MatrixSlots::evaluate(slot, inputs);

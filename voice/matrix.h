@@ -114,6 +114,8 @@ struct MatrixInputs {
     RandomSources& random;
 };
 
+class ModBase;
+
 // The slots of a layer as its voices run them. Audio thread only; allocates nothing.
 class MatrixSlots {
 public:
@@ -126,7 +128,8 @@ public:
     bool targets(int parameterNumber) const { return targets_[parameterNumber]; }
 
 private:
-    friend void runMatrix(const MatrixSlots&, const float*, const MatrixInputs&, float*);
+    friend class ModBase;
+    friend void runMatrix(const MatrixSlots&, const ModBase&, const MatrixInputs&, float*, std::uint64_t&);
 
     struct Slot {
         MatrixSource source = MatrixSource::None;
@@ -136,20 +139,47 @@ private:
         float value = 0.0f;             // of a source that all voices share; HeldKeys: the number of keys
     };
 
-    void compilePass(const float* layerBlock, const EngineState& engine, bool amountPass);
+    void compilePass(bool amountPass);
     static float evaluate(const Slot& slot, const MatrixInputs& inputs);
 
+    // What the slots were compiled from, as stored.
+    struct Stored {
+        std::array<float, matrixSlotCount> sources{}, destinations{};
+    };
+    Stored stored_;
+    bool compiled_ = false;
     std::array<Slot, matrixSlotCount> slots_;  // the amount pass's, then the other pass's, each in slot order
     int count_ = 0;
     std::bitset<layerParameterEnd> targets_;
 };
 
-// What every voice's `mod` starts from on this tick: the layer's parameters with the slewed ones replaced by their
-// copies and the modulation inputs at 0.5. All three are 324 floats by number; 0 to 23 become 0.
-void prepareModBase(const float* layerBlock, const float* smoothed, float* modBase);
+// What every voice's `mod` starts from on a tick: the layer's parameters with the slewed ones replaced by their copies and
+// the modulation inputs at 0.5; 0 to 23 are 0. It knows what has changed since the tick before, which mostly is little: a
+// voice that was ticked then takes only that and what its slots had moved.
+class ModBase {
+public:
+    // Once a layer tick, with the layer's parameters and their slewed copies (324 floats by number each).
+    void prepare(const float* layerBlock, const float* smoothed);
+    const std::array<float, layerParameterEnd>& values() const { return values_; }
 
-// Rebuilds `mod` (324 floats) from `modBase` and adds the slots' contributions: first those whose destination is an
-// amount, in slot order and with the amounts as left by the slots before, then all others. Nothing is clamped.
-void runMatrix(const MatrixSlots& slots, const float* modBase, const MatrixInputs& inputs, float* mod);
+    // Makes `mod` (324 floats) what this tick starts from. `seen` belongs to `mod`: the tick that it was last restored
+    // on, 0 for one that was filled by other means. slots: of this tick.
+    void restore(const MatrixSlots& slots, float* mod, std::uint64_t& seen) const;
+
+private:
+    static constexpr int listed = 32;  // changes that are worth a list
+
+    void compare(const std::array<float, layerParameterEnd>& next, int first, int end);
+
+    std::array<float, layerParameterEnd> values_{};
+    std::array<std::uint16_t, listed> changed_{};
+    int changedCount_ = 0;
+    bool everything_ = true;  // there are too many changes to list, or slots aim elsewhere
+    std::uint64_t tick_ = 1;
+};
+
+// Restores `mod` (324 floats) and adds the slots' contributions: first those whose destination is an amount, in slot order
+// and with the amounts as left by the slots before, then all others. Nothing is clamped.
+void runMatrix(const MatrixSlots& slots, const ModBase& base, const MatrixInputs& inputs, float* mod, std::uint64_t& seen);
 
 }  // namespace vantoric

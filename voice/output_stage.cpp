@@ -1,6 +1,7 @@
 #include "voice/output_stage.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "base/numbers.h"
 
@@ -124,6 +125,38 @@ void OutputStage::renderGroup(const float* f1, const float* f2, int count, LaneM
         select(active, memory[k], quadAt(memory_[k], first)).copy_to(&memory_[k][first], stdx::element_aligned);
 }
 
+// One voice without the terms of the sound modes, both sides at once: a group that is mostly empty is done sooner so.
+void OutputStage::renderVoice(const float* f1, const float* f2, int count, int voice) {
+    using Pair = Lanes<double, 2>;
+    const auto pair = [voice](const std::array<Row, gainCount>& rows, Gain left, Gain right) {
+        const std::array<double, 2> values = {rows[left][voice], rows[right][voice]};
+        return Pair(values.data(), stdx::element_aligned);
+    };
+    Pair gain1 = pair(gain_, left1, right1), gain2 = pair(gain_, left2, right2);
+    const Pair step1 = pair(step_, left1, right1), step2 = pair(step_, left2, right2);
+    double gainRing = gain_[ring][voice];
+    const double stepRing = step_[ring][voice];
+    double* sumLeft = &sumLeft_[voice % laneGroup];
+    double* sumRight = &sumRight_[voice % laneGroup];
+    for (int i = 0; i < count; ++i) {
+        gain1 += step1;
+        gain2 += step2;
+        gainRing += stepRing;
+        const double a = f1[i * voiceCount + voice] + antiDenormal, b = f2[i * voiceCount + voice] + antiDenormal;
+        const Pair both = gain1 * Pair(a) + gain2 * Pair(b) + Pair(gainRing * a * b);
+        sumLeft[i * laneGroup] += both[0];
+        sumRight[i * laneGroup] += both[1];
+    }
+    const auto keep = [&](Gain left, Gain right, const Pair& gains) {
+        gain_[left][voice] = gains[0];
+        gain_[right][voice] = gains[1];
+    };
+    keep(left1, right1, gain1);
+    keep(left2, right2, gain2);
+    gain_[ring][voice] = gainRing;
+    for (const Gain unread : {bass, transient}) gain_[unread][voice] += step_[unread][voice] * count;
+}
+
 void OutputStage::render(const float* f1, const float* f2, int count, LaneMask mask, float* left, float* right) {
     std::fill_n(sumLeft_.begin(), count * laneGroup, 0.0);
     std::fill_n(sumRight_.begin(), count * laneGroup, 0.0);
@@ -135,6 +168,9 @@ void OutputStage::render(const float* f1, const float* f2, int count, LaneMask m
             renderGroup<true, false>(f1, f2, count, mask, first);
         else if (transientOn_)
             renderGroup<false, true>(f1, f2, count, mask, first);
+        else if (std::popcount(mask >> first & 15u) <= 2)
+            for (unsigned rest = mask >> first & 15u; rest != 0; rest &= rest - 1)
+                renderVoice(f1, f2, count, first + std::countr_zero(rest));
         else
             renderGroup<false, false>(f1, f2, count, mask, first);
     }

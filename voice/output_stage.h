@@ -56,6 +56,7 @@ private:
 
     template <bool withBass, bool withTransient>
     void renderGroup(const float* f1, const float* f2, int count, LaneMask mask, int first);
+    void renderVoice(const float* f1, const float* f2, int count, int voice);
 
     // By kind and voice, so that four voices load as one vector.
     using Row = std::array<double, voiceCount>;

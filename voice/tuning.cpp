@@ -123,13 +123,25 @@ void Retuner::retune(const Voices& voices, int microtuning, bool oneVoice) {
         *voice.tuneFactor = fixed ? fixedFactors[row - firstFixed] : 1.0;
     }
     if (oneVoice && row <= firstFixed) return;
-    keyVoice.fill(0);
-    if (row == 0 || fixed) return;
+    if (row == 0 || fixed) {
+        keyVoice.fill(0);
+        standing_ = {};
+        return;
+    }
+    const Chord chord = chordOf(voices, row);
+    if (chord != standing_) return tune(voices, chord);
+    for (std::size_t i = 0; i < voices.size(); ++i) {
+        *voices[i].tuneOffset = standingOffset_[i];
+        *voices[i].tuneFactor = lastFactor_[i];
+    }
+}
 
-    const TuningMode& mode = tuningModes[row - 1];
-    const unsigned classes = census(voices);
+void Retuner::tune(const Voices& voices, const Chord& chord) {
+    const auto index = static_cast<std::size_t>(chord.row - 1);
+    const TuningMode& mode = tuningModes[index];
+    const unsigned classes = census(chord);
     const int count = std::popcount(classes);
-    for (const Rule& rule : rulesByMode[static_cast<std::size_t>(row - 1)])
+    for (const Rule& rule : rulesByMode[index])
         if (rule.size <= count && rule.when != When::Never) apply(rule, classes, chordCents);
     for (const TunedVoice& voice : voices)
         *voice.tuneOffset = mode.scale * chordCents[static_cast<std::size_t>(*voice.note % 12)];
@@ -137,19 +149,31 @@ void Retuner::retune(const Voices& voices, int microtuning, bool oneVoice) {
     for (std::size_t i = 0; i < voices.size(); ++i) {
         *voices[i].tuneOffset = clampTo(*voices[i].tuneOffset, -mode.limit, mode.limit);
         setFactor(voices[i], i);
+        standingOffset_[i] = *voices[i].tuneOffset;
     }
+    standing_ = chord;
 }
 
-// Finds the keys and pitch classes that sound, voices early in their release among them, and clears the cents.
-// Returns the classes as bits.
-unsigned Retuner::census(const Voices& voices) {
-    unsigned classes = 0;
+// The keys that the voices hold, and which of them count: those that sound, voices early in their release among them.
+Retuner::Chord Retuner::chordOf(const Voices& voices, int row) {
+    Chord chord{.row = row};
     for (std::size_t i = 0; i < voices.size(); ++i) {
         const Envelope& volume = *voices[i].volume;
-        if (!volume.held() && !(volume.state == Envelope::Release && volume.phase > 0.8f)) continue;
-        const int note = *voices[i].note;
+        chord.notes[i] = *voices[i].note;
+        if (volume.held() || (volume.state == Envelope::Release && volume.phase > 0.8f)) chord.counted |= 1u << i;
+    }
+    return chord;
+}
+
+// Notes the keys that count, and clears the cents. Returns their pitch classes as bits.
+unsigned Retuner::census(const Chord& chord) {
+    unsigned classes = 0;
+    keyVoice.fill(0);
+    for (std::uint32_t rest = chord.counted; rest != 0; rest &= rest - 1) {
+        const int voice = std::countr_zero(rest);
+        const int note = chord.notes[static_cast<std::size_t>(voice)];
         classes |= 1u << (note % 12);
-        keyVoice[static_cast<std::size_t>(note)] = static_cast<std::uint8_t>(64 + i);
+        keyVoice[static_cast<std::size_t>(note)] = static_cast<std::uint8_t>(64 + voice);
     }
     chordCents.fill(0.0);
     return classes;

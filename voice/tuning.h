@@ -31,11 +31,24 @@ public:
 private:
     using Voices = std::array<TunedVoice, voiceCount>;
 
-    unsigned census(const Voices& voices);
+    // All that the offsets follow from. row 0: none.
+    struct Chord {
+        int row = 0;
+        std::uint32_t counted = 0;  // the voices that are, as bits
+        std::array<std::int8_t, voiceCount> notes{};
+        bool operator==(const Chord&) const = default;
+    };
+
+    static Chord chordOf(const Voices& voices, int row);
+    void tune(const Voices& voices, const Chord& chord);
+    unsigned census(const Chord& chord);
     void stretchOctaves(const Voices& voices, double octave, double low, double high);
     void setFactor(const TunedVoice& voice, std::size_t index);
 
-    // The factors computed last, as chords mostly stand still.
+    // The last chord and what it led to, as chords mostly stand still.
+    Chord standing_;
+    std::array<double, voiceCount> standingOffset_{};
+    // The factors computed last.
     std::array<double, voiceCount> lastOffset_{};
     std::array<double, voiceCount> lastFactor_ = [] {
         std::array<double, voiceCount> ones;

@@ -44,6 +44,7 @@ void Voice::noteOn(int newNote, int newVelocity) {
     ticksToRefresh = 0;
     flipFlop = layer_.flipFlop;
     std::copy_n(layer_.block().begin() + globalParameterCount, 299, mod.begin() + globalParameterCount);
+    modSeen_ = 0;
     startEnvelopes();
     randomValue = layer_.random().congruence.unit();
     layer_.bank().output.clearLevels(index_);
@@ -123,7 +124,7 @@ void Voice::prepareOscillatorState(int i) {
     OscillatorState& state = oscillators[i];
     state = OscillatorState();
     state.oscillatorIndex = static_cast<std::uint8_t>(i);
-    toneState_[i] = 0;
+    layer_.bank().oscillators.clearTone(index_, i);
     drawStartPhases(state, random.congruence);
     pitch[i].startDrift(drift_, random.congruence);
     state.synced = i > 0 && syncedBy(mod[par::Sync1 + i - 1]);
@@ -141,9 +142,12 @@ void Voice::prepareOscillatorState(int i) {
 }
 
 void Voice::chooseKernelOf(int i) {
-    kernels_[i] = chooseKernel({.synType = listAt(par::SynType1 + i),
+    const int synType = listAt(par::SynType1 + i);
+    mayDraw_[i] = synType == noiseType || synType == analogType;
+    hearsPrevious_[i] = oscillatorModulated(i);
+    kernels_[i] = chooseKernel({.synType = synType,
                                 .quality = layer_.engine().quality,
-                                .modulated = oscillatorModulated(i),
+                                .modulated = hearsPrevious_[i],
                                 .internalRate = layer_.engine().internalRate,
                                 .ssWave = listAt(par::SSWave1 + i),
                                 .noiWave = listAt(par::NoiWave1 + i),
@@ -170,6 +174,7 @@ bool Voice::oscillatorModulated(int i) const {
 void Voice::setUpDistortions() {
     for (int i = 0; i < filterCount; ++i) {
         layer_.bank().distortions[i].setType(index_, listAt(par::DisType1 + i));
+        layer_.bank().noteDistortionType(i, index_, listAt(par::DisType1 + i));
         layer_.bank().distortions[i].setSampleRate(layer_.engine().internalRate);
     }
 }
@@ -223,15 +228,13 @@ void Voice::reset() {
         pitch[i] = OscillatorPitch();
         kernels_[i] = kernels::silent;
         oscillatorOn[i] = prepared_[i] = false;
-        toneState_[i] = 0;
-        buffers_[i].fill(0);
     }
     smoothedNote = 60.0;
     tuneOffset = 0.0;
     tuneFactor = 1.0;
     layer_.bank().reset(index_);
     std::copy(layer_.block().begin(), layer_.block().end(), mod.begin());
-    std::fill(std::begin(mix_), std::end(mix_), MixGains());
+    modSeen_ = 0;
     analogMode = false;
     firstTick_ = true;
     age = neverPlayedAge;
@@ -266,18 +269,20 @@ void Voice::stepModulators() {
         lfos[i].step();
     }
     std::copy_n(&layer_.block()[par::Step1], stepLfo.steps.size(), stepLfo.steps.begin());
-    stepLfo.shape = layer_.listAt(par::StepShap);
+    stepLfo.shape = layer_.present().stepShape;
     stepLfo.advance();
 }
 
 void Voice::tickOscillators() {
     const EngineState& engine = layer_.engine();
-    const float glide = glideFactor(layer_.block()[par::GlideSpd]);
+    OscillatorBank& bank = layer_.bank().oscillators;
+    const LayerTick& tick = layer_.present();
+    const float glide = tick.glide;
     smoothedNote = smoothNote(smoothedNote, note, glide);
     const double shared =
         voicePitchFactor(mod[par::Pitch], mod[par::Fine], layer_.arpeggiator().slideFactor(), tuneFactor, engine.pitchBendFactor);
     for (int i = 0; i < oscillatorCount; ++i) {
-        mix_[i] = mixGains(oscillatorOn[i], mod[par::Vol1 + i], mod[par::FiltMix1 + i]);
+        bank.setMix(index_, i, mixGains(oscillatorOn[i], mod[par::Vol1 + i], mod[par::FiltMix1 + i]));
         if (!oscillatorOn[i]) continue;
         OscillatorState& state = oscillators[i];
         OscillatorPitch& osc = pitch[i];
@@ -299,30 +304,30 @@ void Voice::tickOscillators() {
                                              drift, shared);
         frequency[i] = d;
         state.increment = increment24(d);
-        state.loopOn = listAt(par::LoopMod1 + i) == loopModeLoop;
+        state.loopOn = tick.loopOn[i];
         state.scanIncrement = scanIncrement(d, mod[par::Pw1 + i]);
         setPosition(state, mod[par::Pw1 + i]);
         if (i > 0) state.fmDepthStep = fmDepthStep(fmDepthTarget(mod[par::Fm1 + i - 1]), state.fmDepth, engine.tickSamples);
-        toneCoefficient_[i] = toneCoefficient(d);
-        tone_[i] = toneGains(mod[par::Timbre1 + i]);
+        bank.setTone(index_, i, toneCoefficient(d), toneGains(mod[par::Timbre1 + i]));
     }
 }
 
 void Voice::tickFilters() {
-    const EngineState& engine = layer_.engine();
+    const LayerTick& tick = layer_.present();
     const float e = envelopes[filterEnvelope].clampLevel();
     VoiceBank& bank = layer_.bank();
     for (int i = 0; i < filterCount; ++i) {
         bank.filters[i].setup(
-            index_, {.sampleRate = std::trunc(engine.internalRate),
-                     .tickSamples = engine.tickSamples,
-                     .type = listAt(par::FilType1 + i),
+            index_, {.sampleRate = tick.filterRate,
+                     .tickSamples = layer_.engine().tickSamples,
+                     .type = tick.filterType[i],
                      .cutoff = voiceCutoff(smoothedNote, mod[par::FilKey1 + i], mod[par::FilEnv1 + i], mod[par::Cutoff1 + i], e),
                      .resonance = mod[par::Reso1 + i],
                      .analog = mod[par::FilAnalo]});
+        bank.noteFilterType(i, index_, tick.filterType[i]);
         bank.distortions[i].setDrive(index_, mod[par::Drive1 + i]);
     }
-    bank.setSerial(index_, switchOn(mod[par::FilSerial]));
+    bank.setSerial(index_, tick.serial);
 }
 
 void Voice::tickOutput() {
@@ -349,23 +354,34 @@ void Voice::evaluateMatrix() {
                               .note = note,
                               .velocity = velocity,
                               .voiceNumber = voiceNumber,
-                              .limit = layer_.limit(),
+                              .limit = layer_.present().limit,
                               .random = layer_.random()};
-    runMatrix(layer_.matrix(), layer_.modBase().data(), inputs, mod.data());
+    runMatrix(layer_.matrix(), layer_.modBase(), inputs, mod.data(), modSeen_);
 }
 
 // ---- audio --------------------------------------------------------------------------------------------------
 
-void Voice::renderOscillators(int count) {
+bool Voice::oscillatorsDraw() const {
+    for (int i = 0; i < oscillatorCount; ++i)
+        if (oscillatorOn[i] && mayDraw_[i]) return true;
+    return false;
+}
+
+// A tone stage runs before the next oscillator hears it; all others can wait for those of other voices.
+void Voice::renderOscillators(int count, DueTones& due) {
+    OscillatorBank& bank = layer_.bank().oscillators;
     for (int i = 0; i < oscillatorCount; ++i) {
         if (!oscillatorOn[i]) continue;
         const KernelContext context{layer_.engine(), layer_.waves(), layer_.random(), &layer_.sample(i)};
-        const auto& previous = buffers_[(i + oscillatorCount - 1) % oscillatorCount];
-        kernels_[i](context, buffers_[i].data(), count, oscillators[i], previous.data());
-        if (tone_[i].isHeard()) toneStage(buffers_[i].data(), count, toneState_[i], toneCoefficient_[i], tone_[i]);
+        const auto& previous = bank.buffer(index_, (i + oscillatorCount - 1) % oscillatorCount);
+        kernels_[i](context, bank.buffer(index_, i).data(), count, oscillators[i], previous.data());
+        if (!bank.toneIsHeard(index_, i)) continue;
+        const ToneRun tone = bank.toneRun(index_, i);
+        if (i + 1 < oscillatorCount && hearsPrevious_[i + 1])
+            toneStage(tone.buffer, count, *tone.state, tone.coefficient, tone.gains);
+        else
+            due.add(tone);
     }
-    mixToLanes(buffers_[0].data(), buffers_[1].data(), buffers_[2].data(), mix_, count, layer_.bank().input1(index_),
-               layer_.bank().input2(index_));
 }
 
 }  // namespace vantoric

@@ -11,6 +11,7 @@
 #include "voice/envelope.h"
 #include "voice/lfo.h"
 #include "voice/matrix.h"
+#include "voice/oscillator_bank.h"
 #include "voice/pitch.h"
 #include "voice/step_lfo.h"
 
@@ -34,9 +35,11 @@ public:
     void noteOn(int note, int velocity);
     // One control tick. Only for voices that sound.
     void tick();
-    // Fills the oscillator buffers and mixes them into the voice's lane, `count` samples (1 to
-    // maxTickSamples). Only for voices that sound; the lane's inputs have been cleared.
-    void renderOscillators(int count);
+    // Fills the oscillator buffers with `count` samples (1 to maxTickSamples) and adds the tone stages that are still to
+    // run to `due`. Only for voices that sound.
+    void renderOscillators(int count, DueTones& due);
+    // Whether that may draw random numbers.
+    bool oscillatorsDraw() const;
     // Full clear: idle, silent, memories gone.
     void reset();
     // Every 0.1 s, and on a note's first tick: which oscillators sound, and by which kernel.
@@ -110,14 +113,12 @@ private:
     Layer& layer_;
     int index_;
     bool firstTick_ = true;
+    std::uint64_t modSeen_ = 0;                     // the tick that `mod` is of; 0: it was filled by other means
     std::array<bool, oscillatorCount> prepared_{};  // its wave and phases are those of this note
     std::array<Kernel, oscillatorCount> kernels_{};
-    MixGains mix_[oscillatorCount];
-    std::array<ToneGains, oscillatorCount> tone_{};
-    std::array<int, oscillatorCount> toneCoefficient_{};
-    std::array<std::int32_t, oscillatorCount> toneState_{};
+    std::array<bool, oscillatorCount> mayDraw_{};        // its kernel may draw random numbers
+    std::array<bool, oscillatorCount> hearsPrevious_{};  // its kernel reads the oscillator before
     Drift drift_;
-    std::array<std::array<std::int16_t, maxTickSamples>, oscillatorCount> buffers_{};
 };
 
 }  // namespace vantoric

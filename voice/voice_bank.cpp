@@ -8,6 +8,8 @@ namespace vantoric {
 
 namespace {
 
+constexpr int firstDrawingFilter = 50;  // "LP Butter": from here on most filter types draw
+
 constexpr float analogMakeDown = 0.333f;  // level behind the filters of an analog voice
 
 // Applies `function` to every sample of the lanes in `mask`, four voices at a time.
@@ -27,7 +29,15 @@ void onLanes(float* buffer, int count, LaneMask mask, Function&& function) {
 
 }  // namespace
 
+bool filterMayDraw(int type) { return type >= firstDrawingFilter; }
+
+bool distortionMayDraw(int type) {
+    const int variant = distortionVariant(type);
+    return variant == distortion::Noise<float>::variant || variant == distortion::NoiseRm<float>::variant;
+}
+
 void VoiceBank::reset(int voice) {
+    oscillators.reset(voice);
     for (FilterBank& filter : filters) filter.clear(voice);
     for (DistortionBank& distortion : distortions) distortion.reset(voice);
     output.reset(voice);
@@ -36,38 +46,100 @@ void VoiceBank::reset(int voice) {
     for (int i = voice; i < maxTickSamples * voiceCount; i += voiceCount) f1_[i] = f2_[i] = 0.0f;
 }
 
-void VoiceBank::clearInputs(int count, LaneMask mask) {
-    const LaneSpan span = spanOf(mask);
-    for (int first = span.first; first < span.first + span.count; first += laneGroup) {
-        if (((mask >> first) & 15) == 15) continue;  // all four voices will write their lanes
-        for (int i = 0; i < count; ++i) {
-            std::fill_n(f1_ + i * voiceCount + first, laneGroup, 0.0f);
-            std::fill_n(f2_ + i * voiceCount + first, laneGroup, 0.0f);
-        }
+DrawStages VoiceBank::drawStages(LaneMask mask) const {
+    constexpr DrawStage filterStages[] = {DrawStage::filter1, DrawStage::filter2};
+    constexpr DrawStage distortionStages[] = {DrawStage::distortion1, DrawStage::distortion2};
+    DrawStages stages;
+    for (int i = 0; i < filterCount; ++i) {
+        if (filterDraws(i, mask)) stages.add(filterStages[i]);
+        if ((distortionDraws_[i] & mask) != 0) stages.add(distortionStages[i]);
     }
+    return stages;
+}
+
+void VoiceBank::clipInputs(int count, LaneMask mask) {
+    const auto analog = static_cast<LaneMask>(analog_ & mask);
+    if (analog == 0) return;
+    const auto clip = [](auto x, int) { return analogSoftClip(x); };
+    onLanes(f1_, count, analog, clip);
+    onLanes(f2_, count, analog, clip);
+}
+
+void VoiceBank::joinSerial(int count, LaneMask mask) {
+    onLanes(f2_, count, static_cast<LaneMask>(serial_ & mask),
+            [this](auto x, int at) { return x + decltype(x)(f1_ + at, stdx::element_aligned); });
+}
+
+void VoiceBank::scaleOutputs(int count, LaneMask mask) {
+    const auto analog = static_cast<LaneMask>(analog_ & mask);
+    if (analog == 0) return;
+    const auto scale = [](auto x, int) { return x * decltype(x)(analogMakeDown); };
+    onLanes(f1_, count, analog, scale);
+    onLanes(f2_, count, analog, scale);
 }
 
 void VoiceBank::render(int count, LaneMask mask, float* left, float* right) {
-    const auto analog = static_cast<LaneMask>(analog_ & mask);
-    const auto serial = static_cast<LaneMask>(serial_ & mask);
-    const auto clip = [](auto x, int) { return analogSoftClip(x); };
-    const auto scale = [](auto x, int) { return x * decltype(x)(analogMakeDown); };
-    if (analog != 0) {
-        onLanes(f1_, count, analog, clip);
-        onLanes(f2_, count, analog, clip);
+    const BankRun run{this, mask, left, right};
+    renderBanks({&run, 1}, count);
+}
+
+namespace {
+
+// The filter places of a stage, in the order in which those that draw are to draw.
+class FilterStage {
+public:
+    void add(const FilterPlace& place) { places_[static_cast<std::size_t>(count_++)] = place; }
+    // Runs them side by side, two at a time where they hold the same filters.
+    void run(int samples) {
+        for (int i = 0; i < count_; ++i) {
+            FilterPlace& place = places_[static_cast<std::size_t>(i)];
+            if (place.bank != nullptr && !pairUp(i, samples)) place.bank->run(place.buffer, samples, place.mask);
+        }
     }
-    const bool together = serial == 0 && FilterBank::runTogether(filters[0], f1_, filters[1], f2_, count, mask);
-    if (!together) filters[0].run(f1_, count, mask);
-    distortions[0].run(f1_, count, mask);
-    if (serial != 0)
-        onLanes(f2_, count, serial, [this](auto x, int at) { return x + decltype(x)(f1_ + at, stdx::element_aligned); });
-    if (!together) filters[1].run(f2_, count, mask);
-    distortions[1].run(f2_, count, mask);
-    if (analog != 0) {
-        onLanes(f1_, count, analog, scale);
-        onLanes(f2_, count, analog, scale);
+
+private:
+    bool pairUp(int first, int samples) {
+        const FilterPlace& one = places_[static_cast<std::size_t>(first)];
+        for (int i = first + 1; i < count_; ++i) {
+            FilterPlace& two = places_[static_cast<std::size_t>(i)];
+            if (two.bank == nullptr || two.mask != one.mask) continue;
+            if (!FilterBank::runTogether(*one.bank, one.buffer, *two.bank, two.buffer, samples, one.mask)) continue;
+            two.bank = nullptr;
+            return true;
+        }
+        return false;
     }
-    output.render(f1_, f2_, count, mask, left, right);
+
+    std::array<FilterPlace, static_cast<std::size_t>(layerCount) * filterCount> places_{};
+    int count_ = 0;
+};
+
+}  // namespace
+
+// The second filter goes with the first ones unless it hears one of them, or draws, which comes after the first distortion.
+void renderBanks(std::span<const BankRun> runs, int count) {
+    const auto waits = [](const BankRun& run) {
+        return (run.bank->serial_ & run.mask) != 0 || run.bank->filterDraws(1, run.mask);
+    };
+    FilterStage first, second;
+    for (const BankRun& run : runs) {
+        run.bank->clipInputs(count, run.mask);
+        first.add(run.bank->place(0, run.mask));
+        if (!waits(run)) first.add(run.bank->place(1, run.mask));
+    }
+    first.run(count);
+    for (const BankRun& run : runs) run.bank->distortions[0].run(run.bank->f1_, count, run.mask);
+    for (const BankRun& run : runs) {
+        if (!waits(run)) continue;
+        run.bank->joinSerial(count, run.mask);
+        second.add(run.bank->place(1, run.mask));
+    }
+    second.run(count);
+    for (const BankRun& run : runs) {
+        run.bank->distortions[1].run(run.bank->f2_, count, run.mask);
+        run.bank->scaleOutputs(count, run.mask);
+        run.bank->output.render(run.bank->f1_, run.bank->f2_, count, run.mask, run.left, run.right);
+    }
 }
 
 }  // namespace vantoric

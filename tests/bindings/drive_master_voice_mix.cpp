@@ -43,10 +43,13 @@ json tone(const Case& c) {
 
 json mixed(const Samples (&b)[3], const json& toFilter) {
     const int n = static_cast<int>(b[0].size());
-    MixGains gains[3];
-    for (int k = 0; k < 3; ++k) gains[k] = {toFilter[k], toFilter[k]};
+    MixSource voices[mixVoices];
+    for (int k = 0; k < 3; ++k) {
+        voices[0].buffers[k] = b[k].data();
+        voices[0].gains[k] = {toFilter[k], toFilter[k]};
+    }
     std::vector<float> f1(n * voiceCount), f2(n * voiceCount);
-    mixToLanes(b[0].data(), b[1].data(), b[2].data(), gains, n, f1.data(), f2.data());
+    mixToLanes(voices, n, f1.data(), f2.data());
     json f = json::array();
     for (int i = 0; i < n; ++i) f.push_back(f1[i * voiceCount]);
     return {{"f", f}, {"second", f2[0]}};

@@ -117,16 +117,17 @@ json wholeRender(const json& in) {
     const int n = in.at("n");
     RandomSources random;
     const auto bank = std::make_unique<VoiceBank>(random);
-    std::array<std::vector<std::int16_t>, oscillatorCount> buffers;
-    MixGains mix[oscillatorCount];
     for (int k = 0; k < oscillatorCount; ++k) {
         LinearCongruence noise{in.at("seeds")[k].get<std::uint32_t>()};
+        auto& buffer = bank->oscillators.buffer(voice, k);
         for (int i = 0; i < n; ++i)
-            buffers[k].push_back(static_cast<std::int16_t>(flooredThird(static_cast<std::int16_t>(noise.next() >> 16))));
+            buffer[i] = static_cast<std::int16_t>(flooredThird(static_cast<std::int16_t>(noise.next() >> 16)));
         const json& tone = in.at("Timbre_and_d")[k];
-        std::int32_t memory = 0;
-        toneStage(buffers[k].data(), n, memory, toneCoefficient(tone[1]), toneGains(asFloat(tone[0])));
-        mix[k] = mixGains(true, asFloat(in.at("Vol_FiltMix")[k][0]), asFloat(in.at("Vol_FiltMix")[k][1]));
+        bank->oscillators.setTone(voice, k, toneCoefficient(tone[1]), toneGains(asFloat(tone[0])));
+        const ToneRun run = bank->oscillators.toneRun(voice, k);
+        toneStages({&run, 1}, n);
+        const json& mix = in.at("Vol_FiltMix")[k];
+        bank->oscillators.setMix(voice, k, mixGains(true, asFloat(mix[0]), asFloat(mix[1])));
     }
     bank->setAnalog(voice, in.at("analogMode"));
     bank->setSerial(voice, switchOn(asFloat(in.at("FilSerial"))));
@@ -134,8 +135,7 @@ json wholeRender(const json& in) {
     const json& values = in.at("values");
     bank->output.setTargets(voice, outputTargets(levelsOf(asFloat(values.at("e")), values)), in.at("tickLength"),
                             asFloat(in.at("AttVol")) < clickAttack);
-    bank->clearInputs(n, voiceMask);
-    mixToLanes(buffers[0].data(), buffers[1].data(), buffers[2].data(), mix, n, bank->input1(voice), bank->input2(voice));
+    bank->mix(n, voiceMask);
     std::vector<float> left(n), right(n);
     bank->render(n, voiceMask, left.data(), right.data());
     return listedPair(in, left, right);

@@ -16,7 +16,9 @@ using Block = std::array<float, layerParameterEnd>;
 
 // A layer and a voice as the cases describe them.
 struct Bench {
-    Block layer{}, smoothed{}, base{}, mod{};
+    Block layer{}, smoothed{}, mod{};
+    ModBase base;
+    std::uint64_t seen = 0;
     EngineState engine;
     std::array<Envelope, 4> envelopes;
     DecayGenerators decays;
@@ -85,16 +87,16 @@ struct Bench {
     const Block& run() {
         MatrixSlots slots;
         slots.compile(layer.data(), engine);
-        prepareModBase(layer.data(), smoothed.data(), base.data());
+        base.prepare(layer.data(), smoothed.data());
         auto stepValue = [this] { return step; };
         const MatrixInputs inputs{lfo,      stepValue, envelopes, decays,      impulse, randomValue,
                                   flipFlop, note,      velocity,  voiceNumber, limit,   random};
-        runMatrix(slots, base.data(), inputs, mod.data());
+        runMatrix(slots, base, inputs, mod.data(), seen);
         return mod;
     }
 
     // What stands in `mod` without any slot.
-    float resting(int n) const { return base[static_cast<std::size_t>(n)]; }
+    float resting(int n) const { return base.values()[static_cast<std::size_t>(n)]; }
 };
 
 golden::Outcome matrix(const golden::Case& c) {

@@ -1,8 +1,11 @@
 #include <limits>
+#include <random>
+#include <vector>
 
 #include "kernel_fixture.h"
 #include "sound/analog_clip.h"
 #include "sound/oscillator_control.h"
+#include "sound/tone_stages.h"
 
 using namespace vantoric;
 
@@ -36,6 +39,35 @@ TEST(ToneStage, TheCornerFollowsThePitchUpToATenthOfTheRate) {
     EXPECT_EQ(toneCoefficient(0.3), 26862);
     EXPECT_EQ(toneCoefficient(0.0), 0);
     EXPECT_EQ(toneCoefficient(1e300), 13431);
+}
+
+// Any number of stages, any count, coefficients on both sides of unity, memories of more than 16 bits.
+TEST(ToneStage, ManySideBySideGiveWhatOneAfterTheOtherDoes) {
+    std::mt19937 chance(7);
+    const auto between = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(chance); };
+    for (int round = 0; round < 300; ++round) {
+        const int stages = between(0, 21), count = between(0, maxTickSamples);
+        std::vector<Samples> one(stages, Samples(maxTickSamples)), many;
+        std::vector<std::int32_t> oneState(stages), manyState;
+        std::vector<ToneRun> runs(stages);
+        for (int k = 0; k < stages; ++k) {
+            for (std::int16_t& x : one[k])
+                x = static_cast<std::int16_t>(round % 3 == 0 ? between(0, 1) * 65535 - 32768 : between(-32768, 32767));
+            oneState[k] = between(0, 5) == 0 ? between(-149000, 149000) : between(-32768, 32767);
+            runs[k].coefficient = between(0, 3) == 0 ? between(16380, 26862) : between(0, 16384);
+            runs[k].gains = toneGains(static_cast<float>(between(0, 1000)) * 0.001f);
+        }
+        many = one;
+        manyState = oneState;
+        for (int k = 0; k < stages; ++k) {
+            runs[k].buffer = many[k].data();
+            runs[k].state = &manyState[k];
+            toneStage(one[k].data(), count, oneState[k], runs[k].coefficient, runs[k].gains);
+        }
+        toneStages(runs, count);
+        ASSERT_EQ(many, one) << round;
+        ASSERT_EQ(manyState, oneState) << round;
+    }
 }
 
 TEST(Control, NonsenseIsHeldWithinItsType) {
@@ -75,11 +107,12 @@ TEST(Mix, AnInactiveOscillatorHasNoGain) {
     EXPECT_EQ(gains.toFilter2, 0);
 }
 
-TEST(Mix, GoesIntoItsLanesOnly) {
+TEST(Mix, AVoiceGoesIntoItsLaneAndSilenceIntoTheOthersOfItsGroup) {
     const Samples a{1000, -32768}, b{2000, -32768}, c{-500, -32768};
-    const MixGains gains[3] = {{100, 32767}, {200, 32767}, {400, 32767}};
+    MixSource voices[mixVoices];
+    voices[1] = {{a.data(), b.data(), c.data()}, {{100, 32767}, {200, 32767}, {400, 32767}}};
     std::vector<float> f1(2 * voiceCount, 9.0f), f2(2 * voiceCount, 9.0f);
-    mixToLanes(a.data(), b.data(), c.data(), gains, 2, &f1[5], &f2[5]);
+    mixToLanes(voices, 2, &f1[4], &f2[4]);
     EXPECT_FLOAT_EQ(f1[5], 300000.0f / 2097152000.0f);
     EXPECT_FLOAT_EQ(f2[5], 2500.0f * 32767.0f / 2097152000.0f);
     // Three full-scale oscillators pass 32 bits and wrap.
@@ -87,7 +120,7 @@ TEST(Mix, GoesIntoItsLanesOnly) {
     EXPECT_FLOAT_EQ(f2[5 + voiceCount], static_cast<float>(sum + (1ll << 32)) / 2097152000.0f);
     for (int i = 0; i < 2 * voiceCount; ++i)
         if (i % voiceCount != 5) {
-            EXPECT_EQ(f1[static_cast<std::size_t>(i)], 9.0f);
+            EXPECT_EQ(f1[static_cast<std::size_t>(i)], i % voiceCount / 4 == 1 ? 0.0f : 9.0f);
         }
 }
 
@@ -98,9 +131,12 @@ TEST(Mix, EverySampleIsTheWrappedSumOverItsScale) {
         for (int i = 0; i < 103; ++i) buffer.push_back(static_cast<std::int16_t>(chance.next() >> 16));
     for (const std::int32_t gain : {0, 1, -5000, 32767, 32768, -40000, 2147483647}) {
         const MixGains gains[3] = {{gain, 12345}, {20000, -7}, {-3, gain}};
+        MixSource voices[mixVoices];
+        voices[3] = {{b[0].data(), b[1].data(), b[2].data()}, {gains[0], gains[1], gains[2]}};
+        voices[1] = {{b[2].data(), b[0].data(), b[0].data()}, {{5, -9}, {7, 7}, {300, 20}}};
         for (const int count : {1, 3, 4, 9, 96, 103}) {
             std::vector<float> f1(count * voiceCount), f2(count * voiceCount);
-            mixToLanes(b[0].data(), b[1].data(), b[2].data(), gains, count, &f1[3], &f2[3]);
+            mixToLanes(voices, count, f1.data(), f2.data());
             for (int i = 0; i < count; ++i) {
                 std::int64_t sum1 = 0, sum2 = 0;
                 for (int k = 0; k < 3; ++k) {

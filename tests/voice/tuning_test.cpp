@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <initializer_list>
+#include <random>
 
 namespace vantoric {
 namespace {
@@ -124,6 +125,35 @@ TEST(Retuner, OffsetsStayWithinTheLimitOfTheMode) {
             voices.tick(mode);
             for (std::size_t i = 0; i < count; ++i) ASSERT_LE(std::fabs(voices.offset[i]), limit);
         }
+    }
+}
+
+// Chords that stand or change, modes and voices that come and go: a pass never depends on the one before.
+TEST(Retuner, AChordThatStandsIsTunedAsOneThatIsNew) {
+    std::mt19937 chance(5);
+    const auto below = [&](int end) { return std::uniform_int_distribution<int>(0, end - 1)(chance); };
+    Voices voices({48, 52, 55, 60});
+    int row = fatClean;
+    for (int t = 0; t < 3000; ++t) {
+        const auto v = static_cast<std::size_t>(below(voiceCount));
+        switch (below(10)) {
+            case 0: voices.note[v] = static_cast<std::int8_t>(24 + below(80)); break;
+            case 1: voices.volume[v].state = below(2) == 0 ? Envelope::Sustain : Envelope::Idle; break;
+            case 2:
+                voices.volume[v].state = Envelope::Release, voices.volume[v].phase = 0.5f + 0.1f * static_cast<float>(below(5));
+                break;
+            case 3: voices.factor[v] = 1.0; break;  // a new note
+            case 4: row = below(11); break;
+            default: break;
+        }
+        Voices fresh(voices);
+        fresh.retuner = Retuner();
+        for (std::size_t k = 0; k < voiceCount; ++k)
+            fresh.seen[k] = {&fresh.note[k], &fresh.volume[k], &fresh.offset[k], &fresh.factor[k]};
+        voices.tick(row);
+        fresh.tick(row);
+        ASSERT_EQ(voices.offset, fresh.offset) << t;
+        ASSERT_EQ(voices.factor, fresh.factor) << t;
     }
 }
 

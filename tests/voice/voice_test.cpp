@@ -182,7 +182,7 @@ TEST_F(VoiceTest, AnalogOscillatorDrivesAndScalesItsFilters) {
     bank.setAnalog(15, true);
     bank.output.setTargets(15, {1.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0}, 96, true);
     float left1[4] = {}, right1[4] = {};
-    bank.clearInputs(4, 1u << 15);
+    bank.mix(4, 1u << 15);
     for (int i = 0; i < 4; ++i) bank.input1(15)[i * voiceCount] = 2.0f;
     bank.render(4, 1u << 15, left1, right1);
     EXPECT_NEAR(left1[0], 0.5f * 0.333f, 1e-5f);

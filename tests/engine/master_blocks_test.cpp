@@ -1,0 +1,99 @@
+// The master chain does not hear in which blocks the host asks: every effect type, at any splitting.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "base/random.h"
+#include "effects/type_table.h"
+#include "tests/engine/engine_rig.h"
+
+namespace vantoric {
+namespace {
+
+namespace par = parameter;
+using test::EngineRig;
+
+constexpr int segment = 4096;  // host frames that each type plays
+
+// A held chord through two filters into the master effect, so that there is something to hear at any time.
+void beginChord(EngineRig& rig) {
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::SynType1, 4);
+    rig.set(par::FxMaMix, 0.8f);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 48, 100}, {0x90, 55, 100}, {0x90, 64, 100}});
+}
+
+void chooseEffect(EngineRig& rig, int type, float parameter) {
+    rig.setList(par::FxMaType, type);
+    for (int k = 0; k < 4; ++k) rig.set(par::FxMaPar1 + k, parameter);
+}
+
+// Plays every type for a segment in blocks as `nextBlock` gives them.
+std::vector<float> playAllTypes(const std::function<int()>& nextBlock, float parameter) {
+    EngineRig rig;
+    beginChord(rig);
+    for (int type = 0; type < effectTypeCount; ++type) {
+        chooseEffect(rig, type, parameter);
+        for (int left = segment; left > 0;) {
+            const int frames = std::min(left, nextBlock());
+            rig.block(frames);
+            left -= frames;
+        }
+    }
+    return rig.left;
+}
+
+void expectSameTypes(const std::vector<float>& reference, const std::vector<float>& other, const char* splitting) {
+    ASSERT_EQ(reference.size(), other.size());
+    for (int type = 0; type < effectTypeCount; ++type) {
+        const auto from = reference.begin() + type * segment;
+        EXPECT_TRUE(std::equal(from, from + segment, other.begin() + type * segment)) << splitting << ", type " << type;
+    }
+}
+
+TEST(MasterBlocks, EveryEffectSoundsTheSameInAnyBlocks) {
+    for (const float parameter : {0.45f, 0.9f}) {
+        const std::vector<float> reference = playAllTypes([] { return 64; }, parameter);
+        expectSameTypes(reference, playAllTypes([] { return segment; }, parameter), "blocks of 4096");
+        expectSameTypes(reference, playAllTypes([] { return 1; }, parameter), "blocks of 1");
+        expectSameTypes(reference, playAllTypes([] { return 257; }, parameter), "blocks of 257");
+        LinearCongruence random{7};
+        expectSameTypes(reference, playAllTypes([&] { return 1 + static_cast<int>(random.unit() * 4095); }, parameter),
+                        "random blocks");
+    }
+}
+
+TEST(MasterBlocks, AnEffectWorksInLargeBlocksToo) {
+    constexpr int ampSim = 60;
+    const auto play = [](int type, const char* label) {
+        EngineRig rig;
+        beginChord(rig);
+        chooseEffect(rig, type, 0.9f);
+        EXPECT_EQ(rig.audio.parameters().displayText(par::FxMaType), label);
+        for (int i = 0; i < 4; ++i) rig.block(2048);
+        return rig.left;
+    };
+    EXPECT_NE(play(0, "off"), play(ampSim, "Amp Sim"));
+}
+
+TEST(MasterBlocks, WhatLeavesTheChainStaysWithinItsBound) {
+    EngineRig rig(96000.0f);  // no decimator behind
+    beginChord(rig);
+    rig.set(par::Volume, 1.0f);
+    rig.set(par::LayerVol, 1.0f);
+    for (const int n : {par::EqLow, par::EqMid, par::EqHigh}) rig.set(n, 1.0f);
+    for (int type = 0; type < effectTypeCount; ++type) {
+        chooseEffect(rig, type, 1.0f);
+        rig.left.clear();
+        rig.right.clear();
+        for (int i = 0; i < 40; ++i) rig.block(256);
+        EXPECT_LE(rig.peak(), 16.0f) << type;
+        for (const float x : rig.left) ASSERT_TRUE(std::isfinite(x)) << type;
+    }
+}
+
+}  // namespace
+}  // namespace vantoric
