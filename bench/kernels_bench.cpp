@@ -1,10 +1,13 @@
-// Time per sample of every oscillator kernel, the tone stage and the mix: bench-kernels [increment]
+// Time per oscillator and internal sample of every kernel, alone and for sixteen voices side by side, against its aim; then
+// of the tone stage and the mix: bench-kernels [part of a name] [increment]
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 #include <vector>
 
+#include "sound/filters/wide_loops.h"
+#include "sound/kernel_batch.h"
 #include "sound/kernel_reads.h"
-#include "sound/kernels.h"
 #include "sound/oscillator_control.h"
 #include "thread_time.h"
 
@@ -13,14 +16,59 @@ using namespace vantoric;
 namespace {
 
 constexpr int tick = 96;
-constexpr int calls = 4000;
+constexpr int calls = 2000;
+constexpr int rounds = 70;
+
+struct Measured {
+    const char* name;
+    Kernel kernel;
+    double aim;  // ns side by side; 0: none
+};
+constexpr double fmAim = 1.2, analogAim = 1.6, stackAim = 2.0, noiseAim = 1.5;
+const Measured all[] = {
+    {"frameNearest", kernels::frameNearest, 0},
+    {"frameLinear", kernels::frameLinear, 0},
+    {"frameBlend", kernels::frameBlend, 0},
+    {"frameFmNearest", kernels::frameFmNearest, fmAim},
+    {"frameFmLinear", kernels::frameFmLinear, fmAim},
+    {"scanNearest", kernels::scanNearest, 0},
+    {"scanLinear", kernels::scanLinear, 0},
+    {"scanDouble", kernels::scanDouble, 0},
+    {"scanFmLinear", kernels::scanFmLinear, fmAim},
+    {"analogPlain", kernels::analogPlain, analogAim},
+    {"analogFm", kernels::analogFm, 0},
+    {"analogPulse", kernels::analogPulse, analogAim},
+    {"hypersaw3", kernels::hypersaw3, stackAim},
+    {"hypersaw5", kernels::hypersaw5, stackAim},
+    {"hypersaw7", kernels::hypersaw7, stackAim},
+    {"hypersaw9", kernels::hypersaw9, stackAim},
+    {"hypersquare9", kernels::hypersquare9, stackAim},
+    {"hypernoise9", kernels::hypernoise9, stackAim},
+    {"supersawJp", kernels::supersawJp, stackAim},
+    {"supersawClean", kernels::supersawClean, stackAim},
+    {"supernoise", kernels::supernoise, stackAim},
+    {"White", kernels::noiseWhite, noiseAim},
+    {"Lowpass", kernels::noiseLowpass, noiseAim},
+    {"Bandpass", kernels::noiseBandpass, noiseAim},
+    {"Random", kernels::noiseRandom, noiseAim},
+    {"Random Ramp", kernels::noiseRandomRamp, noiseAim},
+    {"Digital", kernels::noiseDigital, noiseAim},
+    {"Bandlimit", kernels::noiseBandlimit, noiseAim},
+    {"Synced", kernels::noiseSynced, noiseAim},
+    {"Pink", kernels::noisePink, noiseAim},
+    {"8Bit", kernels::noise8Bit, noiseAim},
+    {"Fractal1", kernels::fractal1, noiseAim},
+    {"Fractal2", kernels::fractal2, noiseAim},
+    {"Fractal3", kernels::fractal3, noiseAim},
+    {"Fractal4", kernels::fractal4, noiseAim},
+};
 
 struct Bench {
     EngineState engine;
     WaveStore waves;
     RandomSources random;
     std::vector<std::int16_t> wave;
-    std::int16_t in[tick], out[tick];
+    std::int16_t in[tick], out[voiceCount][tick];
     std::uint32_t increment;
 
     explicit Bench(std::uint32_t step) : wave(cycleOffset(128, 0, mipLevels)), increment(step) {
@@ -32,12 +80,7 @@ struct Bench {
         for (int i = 0; i < tick; ++i) in[i] = static_cast<std::int16_t>(i * 40 - 2000);
     }
 
-    template <class Work>
-    void measure(const char* name, Work work) {
-        std::printf("%-16s %6.2f ns\n", name, bench::bestTime(5, calls, work) * 1e9 / tick);
-    }
-
-    void kernel(const char* name, Kernel run) {
+    OscillatorState started() const {
         OscillatorState state;
         state.table = wave.data();
         state.frameCount = 128;
@@ -48,63 +91,54 @@ struct Bench {
         state.fmDepth = 3000;
         state.synced = 1;
         state.hiss = 80;
-        const KernelContext context{engine, waves, random};
-        measure(name, [&] { run(context, out, tick, state, in); });
+        return state;
     }
-};
 
-struct Named {
-    const char* name;
-    Kernel kernel;
-};
-const Named all[] = {
-    {"frameNearest", kernels::frameNearest},
-    {"frameLinear", kernels::frameLinear},
-    {"frameBlend", kernels::frameBlend},
-    {"frameFmNearest", kernels::frameFmNearest},
-    {"frameFmLinear", kernels::frameFmLinear},
-    {"scanNearest", kernels::scanNearest},
-    {"scanLinear", kernels::scanLinear},
-    {"scanDouble", kernels::scanDouble},
-    {"scanFmLinear", kernels::scanFmLinear},
-    {"analogPlain", kernels::analogPlain},
-    {"analogFm", kernels::analogFm},
-    {"analogPulse", kernels::analogPulse},
-    {"hypersaw3", kernels::hypersaw3},
-    {"hypersaw5", kernels::hypersaw5},
-    {"hypersaw7", kernels::hypersaw7},
-    {"hypersaw9", kernels::hypersaw9},
-    {"hypersquare9", kernels::hypersquare9},
-    {"hypernoise9", kernels::hypernoise9},
-    {"supersawJp", kernels::supersawJp},
-    {"supersawClean", kernels::supersawClean},
-    {"supernoise", kernels::supernoise},
-    {"White", kernels::noiseWhite},
-    {"Lowpass", kernels::noiseLowpass},
-    {"Bandpass", kernels::noiseBandpass},
-    {"Random", kernels::noiseRandom},
-    {"Random Ramp", kernels::noiseRandomRamp},
-    {"Digital", kernels::noiseDigital},
-    {"Bandlimit", kernels::noiseBandlimit},
-    {"Synced", kernels::noiseSynced},
-    {"Pink", kernels::noisePink},
-    {"8Bit", kernels::noise8Bit},
-    {"Fractal1", kernels::fractal1},
-    {"Fractal2", kernels::fractal2},
-    {"Fractal3", kernels::fractal3},
-    {"Fractal4", kernels::fractal4},
+    // ns a sample.
+    double alone(Kernel kernel) {
+        OscillatorState state = started();
+        const KernelContext context{engine, waves, random};
+        return bench::bestTime(rounds, calls, [&] { kernel(context, out[0], tick, state, in); }) * 1e9 / tick;
+    }
+    double sideBySide(Kernel kernel) {
+        OscillatorState states[voiceCount];
+        for (OscillatorState& state : states) state = started();
+        const auto layer = [&] {
+            KernelBatch batch(engine, waves, random, tick);
+            for (int voice = 0; voice < voiceCount; ++voice) batch.add(kernel, out[voice], states[voice], in);
+            batch.render();
+        };
+        return bench::bestTime(rounds, calls / voiceCount, layer) * 1e9 / (tick * voiceCount);
+    }
+
+    void print(const Measured& measured) {
+        filters::useWideLoops(false);
+        const double narrowAlone = alone(measured.kernel), narrow = sideBySide(measured.kernel);
+        filters::useWideLoops(true);
+        const double wideAlone = alone(measured.kernel), wide = sideBySide(measured.kernel);
+        std::printf("%-16s %6.2f %6.2f   %6.2f %6.2f", measured.name, narrowAlone, narrow, wideAlone, wide);
+        if (measured.aim > 0) std::printf("   %4.1f %s", measured.aim, wide <= measured.aim ? "" : "missed");
+        std::printf("\n");
+    }
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    Bench rig(argc > 1 ? static_cast<std::uint32_t>(std::strtoul(argv[1], nullptr, 10)) : 76896);
-    for (const Named& named : all) rig.kernel(named.name, named.kernel);
+    const std::string_view wanted = argc > 1 ? argv[1] : "";
+    Bench rig(argc > 2 ? static_cast<std::uint32_t>(std::strtoul(argv[2], nullptr, 10)) : 76896);
+    std::printf("ns a sample        four lanes      eight lanes    aim\n");
+    std::printf("                 alone    of 16   alone  of 16\n");
+    for (const Measured& measured : all)
+        if (std::string_view(measured.name).find(wanted) != std::string_view::npos) rig.print(measured);
     std::int32_t toneState = 0;
-    rig.measure("tone stage", [&] { toneStage(rig.out, tick, toneState, 2000, {500, 523}); });
+    const auto measure = [](const char* name, auto work) {
+        std::printf("%-16s %6.2f\n", name, bench::bestTime(rounds, calls, work) * 1e9 / tick);
+    };
+    measure("tone stage", [&] { toneStage(rig.out[0], tick, toneState, 2000, {500, 523}); });
     static float f1[tick * voiceCount], f2[tick * voiceCount];
-    const MixSource one{{rig.in, rig.out, rig.in}, {{9000, 3000}, {100, 20000}, {5000, 5000}}};
+    const MixSource one{{rig.in, rig.out[0], rig.in}, {{9000, 3000}, {100, 20000}, {5000, 5000}}};
     const MixSource voices[mixVoices] = {one, one, one, one};
-    rig.measure("mix of four voices", [&] { mixToLanes(voices, tick, f1, f2); });
+    measure("mix of four voices", [&] { mixToLanes(voices, tick, f1, f2); });
     return 0;
 }

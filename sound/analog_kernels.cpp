@@ -1,13 +1,12 @@
 // Single cycles through a model of an analog output stage: a two-tap mean, a one-pole low-pass, hiss.
 #include <algorithm>
 
-#include "base/lanes.h"
-#include "base/math.h"
 #include "base/numbers.h"
 #include "sound/fm_loop.h"
-#include "sound/four_reads.h"
+#include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
+#include "sound/side_by_side.h"
 
 namespace vantoric {
 
@@ -15,171 +14,168 @@ float analogCoefficient(float internalRate) {
     return static_cast<float>(std::min(1.0, 1.0 - fastExp(-6.28 * 13000.0 / static_cast<double>(internalRate))));
 }
 
-namespace kernels {
-
 namespace {
 
-// The output stage. Full-scale reads have 29 bits.
-class OutputStage {
+// An oscillator with the output stage behind it. The stage: a mean of two reads of 29 bits, of which each read gives its own
+// share and keeps what stands for it in the next; a one-pole low-pass; hiss.
+class AnalogRun {
 public:
-    OutputStage(const OscillatorState& state, float internalRate)
-        : pole_(analogCoefficient(internalRate)),
-          rest_(1.0f - pole_),
-          lowpass_(state.lowpass),
-          previous_(state.previousRead),
-          hiss_(static_cast<float>(state.hiss)) {}
+    template <class T>
+    using Chain = OutputLowpass<T>;
 
-    // The sample before its sign. `read`: this sample's share of the mean; `kept`: what stands for it in the
-    // next; `chance`: 0 to 1.
-    int step(std::int32_t read, std::int32_t kept, float chance) {
-        lowpass_ = rest_ * lowpass_ + pole_ * static_cast<float>(previous_ + read);
-        previous_ = kept;
-        const float y = lowpass_ * 3.05185e-5f + (chance * 2.0f * hiss_ - hiss_);
-        return static_cast<int>(std::clamp(y, -32767.0f, 32767.0f));
+    explicit AnalogRun(const KernelCall& call)
+        : call_(call), pole_(analogCoefficient(call.engine->internalRate)), previous_(call.state->previousRead) {}
+
+    static ChainLoop<Chain>* loop() { return kernelLoops().outputLowpass; }
+    Chain<float> chain() const { return {1.0f - pole_, call_.state->lowpass}; }
+    void store(const Chain<float>& chain) const {
+        call_.state->lowpass = chain.memory;
+        call_.state->previousRead = previous_;
     }
-#if defined(__SSE2__)
-    // Four samples in a row, each read its own kept one; only the low-pass goes one by one.
-    __m128i stepFour(__m128i reads, __m128 chances) {
-        const __m128i before = _mm_or_si128(_mm_slli_si128(reads, 4), _mm_cvtsi32_si128(previous_));
-        previous_ = _mm_cvtsi128_si32(_mm_shuffle_epi32(reads, 0xff));
-        alignas(16) float driven[4];
-        _mm_store_ps(driven, _mm_mul_ps(_mm_set1_ps(pole_), _mm_cvtepi32_ps(_mm_add_epi32(before, reads))));
-        const auto filtered = [&](int k) { return lowpass_ = rest_ * lowpass_ + driven[k]; };
-        const float y0 = filtered(0), y1 = filtered(1), y2 = filtered(2), y3 = filtered(3);
-        const __m128 hiss = _mm_set1_ps(hiss_);
-        const __m128 noise = _mm_sub_ps(_mm_mul_ps(_mm_mul_ps(chances, _mm_set1_ps(2.0f)), hiss), hiss);
-        const __m128 sum = _mm_add_ps(_mm_mul_ps(_mm_setr_ps(y0, y1, y2, y3), _mm_set1_ps(3.05185e-5f)), noise);
-        return _mm_cvttps_epi32(_mm_min_ps(_mm_max_ps(sum, _mm_set1_ps(-32767.0f)), _mm_set1_ps(32767.0f)));
+
+protected:
+    // The input of the low-pass from kept samples, whose shares are `shift` bits above them.
+    // kept[0] is free for the one before the first.
+    void drive(std::int32_t (&kept)[rowSamples + 1], int shift, float* row, int count) {
+        kept[0] = previous_;
+        previous_ = kept[count];
+        kernelLoops().driven(kept, shift, pole_, row, count);
     }
-#endif
-    void store(OscillatorState& state) const {
-        state.lowpass = lowpass_;
-        state.previousRead = previous_;
+    // The samples behind the low-pass, with hiss of one draw each.
+    template <class Source>
+    void finishWith(void (*draw)(Source&, float, float, float*, int), Source& source, bool turned, const float* row, int at,
+                    int count) const {
+        const auto level = static_cast<float>(call_.state->hiss);
+        Row hiss;
+        draw(source, 2.0f * level, level, hiss, count);
+        kernelLoops().analogSamples(row, hiss, turned, call_.out + at, count);
+    }
+    bool isTurned() const { return call_.state->polarity < 0; }
+    RandomSources& random() const { return *call_.random; }
+    // The step of a wave that runs in the direction of the phase.
+    std::uint32_t directedStep() const {
+        return call_.state->phaseDirection < 0 ? 0u - call_.state->increment : call_.state->increment;
+    }
+
+    const KernelCall& call_;
+
+private:
+    float pole_;
+    std::int32_t previous_;
+};
+
+class PlainRun : public AnalogRun {
+public:
+    explicit PlainRun(const KernelCall& call)
+        : AnalogRun(call),
+          cycle_(call.waves->rowCycle(call.state->analogRow, levelOf(call.state->increment))),
+          at_{call.state->phase, directedStep()} {}
+
+    bool ready() const { return cycle_ != nullptr; }
+    void fill(float* row, int, int count) {
+        std::int32_t kept[rowSamples + 1];
+        kernelLoops().wideReads(cycle_, at_, kept + 1, count);
+        drive(kept, 0, row, count);
+    }
+    void finish(const float* row, int at, int count) const {
+        finishWith(kernelLoops().hashRow, random().hash, isTurned(), row, at, count);
+    }
+    void store(const Chain<float>& chain) const {
+        AnalogRun::store(chain);
+        call_.state->phase = at_.phase;
     }
 
 private:
-    float pole_, rest_, lowpass_;
-    std::int32_t previous_;
-    float hiss_;
+    const std::int16_t* cycle_;
+    RunningPhase at_;
 };
 
-// The step of a wave that runs in the direction of the phase.
-std::uint32_t directedStep(const OscillatorState& state) {
-    return state.phaseDirection < 0 ? 0u - state.increment : state.increment;
-}
+// A pulse from two reads of a saw, 1024 - 2 width samples apart.
+class PulseRun : public AnalogRun {
+public:
+    explicit PulseRun(const KernelCall& call)
+        : AnalogRun(call),
+          cycle_(call.waves->rowCycle(pulseWidthRow, levelOf(call.state->increment))),
+          at_{call.state->phase, directedStep()},
+          width_(call.state->framePending) {}
 
-std::int16_t signedSample(int y, int polarity) { return static_cast<std::int16_t>(-y * polarity); }
-
-#if defined(__SSE2__)
-
-// Four draws in a row.
-__m128 fourUnits(HashNoise& hash) {
-    using Four = Lanes<float, 4>;
-    using Bits = IntegersOf<Four>;
-    const Bits counters([&](auto k) { return hash.counter + static_cast<std::uint32_t>(k); });
-    hash.counter += 4;
-    return static_cast<__m128>(fromUnsigned<Four>(hashMix(counters ^ Bits(hash.seed))) * Four(2.3283064e-10f));
-}
-
-// Groups of four samples for as long as none of them reaches the last pair of the cycle. Returns how many samples.
-int analogFours(const std::int16_t* cycle, std::int16_t* out, int count, std::uint32_t& phase, std::int32_t step, int polarity,
-                OutputStage& stage, HashNoise& hash) {
-    const auto inside = [](std::int32_t at) { return at >= 0 && at < static_cast<std::int32_t>(lastPair); };
-    const __m128i turned = _mm_set1_epi32(polarity > 0 ? -1 : 0);
-    const auto unsignedStep = static_cast<std::uint32_t>(step);
-    phase &= phaseMask;
-    int done = 0;
-    for (; count - done >= 4; done += 4) {
-        const auto at = static_cast<std::int32_t>(phase);
-        if (!inside(at + step) || !inside(at + 4 * step)) break;
-        const std::uint32_t first = phase + unsignedStep;
-        const __m128i reads = fourSums(fourPairs(cycle, first, unsignedStep), fourPhases(first, unsignedStep));
-        const __m128i y = stage.stepFour(reads, fourUnits(hash));
-        const __m128i samples = _mm_sub_epi32(_mm_xor_si128(y, turned), turned);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + done), _mm_packs_epi32(samples, samples));
-        phase += 4 * unsignedStep;
+    bool ready() const { return cycle_ != nullptr && width_ >= 0; }
+    void fill(float* row, int, int count) {
+        std::int32_t kept[rowSamples + 1];
+        kernelLoops().pulseReads(cycle_, static_cast<std::uint32_t>(width_), at_, kept + 1, count);
+        drive(kept, 0, row, count);
     }
-    return done;
-}
+    void finish(const float* row, int at, int count) const {
+        finishWith(kernelLoops().congruenceRow, random().congruence, false, row, at, count);
+    }
+    void store(const Chain<float>& chain) const {
+        AnalogRun::store(chain);
+        call_.state->phase = at_.phase;
+    }
 
-#else
+private:
+    const std::int16_t* cycle_;
+    RunningPhase at_;
+    int width_;
+};
 
-int analogFours(const std::int16_t*, std::int16_t*, int, std::uint32_t&, std::int32_t, int, OutputStage&, HashNoise&) {
-    return 0;
-}
+class FmRun : public AnalogRun {
+public:
+    explicit FmRun(const KernelCall& call) : AnalogRun(call), at_(*call.state, directedStep()) {
+        for (int level = 0; level < mipLevels; ++level) cycles_[level] = call.waves->rowCycle(call.state->analogRow, level);
+    }
+    bool ready() const {
+        return std::none_of(cycles_, cycles_ + mipLevels, [](const std::int16_t* cycle) { return cycle == nullptr; });
+    }
+    // The reads are of 16 bits; their shares stand 15 bits above what is kept of them.
+    void fill(float* row, int at, int count) {
+        const std::int16_t* in = call_.in + at;
+        std::int16_t reads[rowSamples];
+        const ModulatedWave wave{cycles_[0], static_cast<int>((cycles_[1] - cycles_[0]) / cycleSamples)};
+        const auto groups = [&](int i) { return kernelLoops().modulatedLinear(at_, wave, in + i, reads + i, count - i); };
+        // Soft sync: the wave turns round, from the next sample on.
+        const auto turn = [&](std::uint32_t&, int, int) {
+            call_.state->phaseDirection = static_cast<std::int8_t>(-call_.state->phaseDirection);
+            at_.step = 0u - at_.step;
+        };
+        runModulated(
+            at_, reads, count, in, groups, [] {}, turn,
+            [&](const FmSample& sample) {
+                return modulatedRead([&](int level) { return cycles_[level]; }, sample.phase, sample.step);
+            });
+        std::int32_t kept[rowSamples + 1];
+        std::copy_n(reads, count, kept + 1);
+        drive(kept, 15, row, count);
+    }
+    void finish(const float* row, int at, int count) const {
+        finishWith(kernelLoops().congruenceRow, random().congruence, isTurned(), row, at, count);
+    }
+    void store(const Chain<float>& chain) const {
+        AnalogRun::store(chain);
+        at_.store(*call_.state);
+    }
 
-#endif
+private:
+    const std::int16_t* cycles_[mipLevels];
+    ModulatedPhase at_;
+};
 
 }  // namespace
 
-void analogPlain(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    const std::int16_t* cycle = context.waves.rowCycle(state.analogRow, levelOf(state.increment));
-    if (cycle == nullptr) return;
-    OutputStage stage(state, context.engine.internalRate);
-    const int polarity = state.polarity < 0 ? -1 : 1;
-    const std::uint32_t step = directedStep(state);
-    std::uint32_t phase = state.phase;
-    const auto forward = static_cast<std::int32_t>(state.increment & phaseMask);
-    HashNoise hash = context.random.hash;
-    for (int i = 0; i < count;) {
-        i += analogFours(cycle, out + i, count - i, phase, state.phaseDirection < 0 ? -forward : forward, polarity, stage, hash);
-        for (const int end = std::min(count, i + 4); i < end; ++i) {
-            phase = (phase + step) & phaseMask;
-            const std::uint32_t at = phase >> 13;
-            const int v = linearSum(cycle[at], cycle[(at + 1) & 2047], phase);
-            out[i] = signedSample(stage.step(v, v, hash.unit()), polarity);
-        }
-    }
-    context.random.hash = hash;
-    state.phase = phase;
-    stage.store(state);
-}
+void sideBySide::analogPlain(std::span<const KernelCall> calls, int count) { renderRows<PlainRun>(calls, count); }
+void sideBySide::analogFm(std::span<const KernelCall> calls, int count) { renderRows<FmRun>(calls, count); }
+void sideBySide::analogPulse(std::span<const KernelCall> calls, int count) { renderRows<PulseRun>(calls, count); }
 
+namespace kernels {
+
+void analogPlain(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::analogPlain, context, out, count, state, in);
+}
 void analogFm(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
-    const std::int16_t* cycles[mipLevels];
-    for (int level = 0; level < mipLevels; ++level) {
-        cycles[level] = context.waves.rowCycle(state.analogRow, level);
-        if (cycles[level] == nullptr) return;
-    }
-    OutputStage stage(state, context.engine.internalRate);
-    const int polarity = state.polarity < 0 ? -1 : 1;
-    std::uint32_t step = directedStep(state);
-    LinearCongruence random = context.random.congruence;
-    // Soft sync: the wave turns round, from the next sample on.
-    const auto turn = [&](std::uint32_t&, int, int) {
-        state.phaseDirection = static_cast<std::int8_t>(-state.phaseDirection);
-        step = 0u - step;
-    };
-    runModulated(
-        state, out, count, in, step, [] {}, turn,
-        [&](const FmSample& sample) {
-            const auto v =
-                static_cast<std::int16_t>(modulatedRead([&](int level) { return cycles[level]; }, sample.phase, sample.step));
-            return signedSample(stage.step(v * 32768, v, random.unit()), polarity);
-        });
-    context.random.congruence = random;
-    stage.store(state);
+    alone(sideBySide::analogFm, context, out, count, state, in);
 }
-
-void analogPulse(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    const std::int16_t* cycle = context.waves.rowCycle(pulseWidthRow, levelOf(state.increment));
-    if (cycle == nullptr || state.framePending < 0) return;
-    OutputStage stage(state, context.engine.internalRate);
-    const auto width = static_cast<std::uint32_t>(state.framePending);
-    const std::uint32_t step = directedStep(state);
-    std::uint32_t phase = state.phase;
-    LinearCongruence random = context.random.congruence;
-    for (int i = 0; i < count; ++i) {
-        phase = (phase + step) & phaseMask;
-        const std::uint32_t a = (phase >> 13) + width, b = (phase >> 13) + 1024 - width;
-        const int left = cycle[a & 2047] - cycle[b & 2047];
-        const int right = cycle[(a + 1) & 2047] - cycle[(b + 1) & 2047];
-        const int v = linearSum(left, right, phase) >> 1;
-        out[i] = signedSample(stage.step(v, v, random.unit()), 1);
-    }
-    context.random.congruence = random;
-    state.phase = phase;
-    stage.store(state);
+void analogPulse(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::analogPulse, context, out, count, state, in);
 }
 
 }  // namespace kernels

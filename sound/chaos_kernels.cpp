@@ -1,10 +1,13 @@
 // Chaotic systems as oscillators: three attractors integrated by Euler's rule, and the Henon map.
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "base/numbers.h"
+#include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
+#include "sound/side_by_side.h"
 
 namespace vantoric {
 
@@ -41,83 +44,99 @@ void startHenonMap(OscillatorState& state) {
     state.work[1] = 1.0f;
 }
 
-namespace kernels {
-
 namespace {
-
-struct Point {
-    float x, y, z;
-};
 
 bool isFinite(float x) { return x - x == 0.0f; }
 
-// Integrates an attractor from the point in work[0] to work[2]. slope(point, u): its derivative, u a draw of
-// 32 bits; output(point, slope): the sample before truncation. All three coordinates move at once. A point
-// that has left the numbers starts again from the origin.
-template <class Slope, class Output>
-void attractor(int noiWave, const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, Slope slope,
-               Output output) {
-    const ChaosStep step = chaosStep(noiWave, state.increment);
-    Point p{state.work[0], state.work[1], state.work[2]};
-    Point d{};
-    LinearCongruence random = context.random.congruence;
-    for (int i = 0; i < count; ++i) {
-        for (int k = 0; k < step.subSteps; ++k) {
-            d = slope(p, static_cast<float>(random.next()));
-            p.x += d.x * step.dt;
-            p.y += d.y * step.dt;
-            p.z += d.z * step.dt;
-        }
-        out[i] = truncateToSample(output(p, d));
-    }
-    context.random.congruence = random;
+// An attractor from the point in work[0] to work[2].
+template <template <class> class System>
+AttractorOf<System, float> attractorOf(const KernelCall& call, const System<float>& system, float dt) {
+    const float* work = call.state->work;
+    return {system, {work[0], work[1], work[2]}, {}, dt};
+}
+
+// A point that has left the numbers starts again from the origin.
+void storePoint(const Point<float>& p, OscillatorState& state) {
     const bool sound = isFinite(p.x) && isFinite(p.y) && isFinite(p.z);
     state.work[0] = sound ? p.x : 0.0f;
     state.work[1] = sound ? p.y : 0.0f;
     state.work[2] = sound ? p.z : 0.0f;
 }
 
-float limited(float x) { return clampTo(x, -16000.0f, 16000.0f); }
+template <template <class> class System>
+void attractorAlone(const KernelCall& call, const System<float>& system, const ChaosStep& step, int count) {
+    auto attractor = attractorOf<System>(call, system, step.dt);
+    LinearCongruence& random = call.random->congruence;
+    for (int i = 0; i < count; ++i) {
+        for (int k = 0; k < step.subSteps; ++k) attractor.move(static_cast<float>(random.next()));
+        call.out[i] = truncateToSample(attractor.output());
+    }
+    storePoint(attractor.p, *call.state);
+}
+
+// systemOf(colour): the system of a call by its colour, 0 to 255.
+template <template <class> class System, class SystemOf>
+void renderAttractors(int noiWave, AttractorLoop<System>* KernelLoops::* loop, std::span<const KernelCall> calls, int count,
+                      SystemOf systemOf) {
+    const auto stepOf = [&](const KernelCall& call) { return chaosStep(noiWave, call.state->increment); };
+    const auto systemIn = [&](const KernelCall& call) { return systemOf(colour(*call.state)); };
+    if (calls.size() == 1) return attractorAlone<System>(calls[0], systemIn(calls[0]), stepOf(calls[0]), count);
+    Attractors<System> all;
+    const int runs = static_cast<int>(calls.size());
+    // Those of many steps a sample first, so that registers hold like ones.
+    std::uint8_t order[rowCount];
+    std::iota(order, order + runs, std::uint8_t{0});
+    std::stable_sort(order, order + runs, [&](int a, int b) { return calls[a].state->increment > calls[b].state->increment; });
+    for (int k = 0; k < runs; ++k) {
+        const KernelCall& call = calls[order[k]];
+        const ChaosStep step = stepOf(call);
+        all.bank.put(k, attractorOf<System>(call, systemIn(call), step.dt));
+        all.subSteps[k] = step.subSteps;
+        all.draws[k] = call.random->congruence.state;
+    }
+    const KernelLoops& loops = kernelLoops();
+    Row rows[rowCount];
+    for (int at = 0; at < count; at += rowSamples) {
+        const int now = std::min(rowSamples, count - at);
+        (loops.*loop)(all, rows, runs, now);
+        for (int k = 0; k < runs; ++k) loops.truncated(rows[k], 1.0f, calls[order[k]].out + at, now);
+    }
+    for (int k = 0; k < runs; ++k) {
+        calls[order[k]].random->congruence.state = all.draws[k];
+        storePoint(all.bank.get(k).p, *calls[order[k]].state);
+    }
+}
 
 }  // namespace
 
+void sideBySide::fractal1(std::span<const KernelCall> calls, int count) {
+    renderAttractors<Lorenz>(8, &KernelLoops::lorenz, calls, count,
+                             [](float c) { return Lorenz<float>{chaosParameter(8, static_cast<int>(c)), 1200.0f - 3.125f * c}; });
+}
+void sideBySide::fractal2(std::span<const KernelCall> calls, int count) {
+    renderAttractors<Rossler>(9, &KernelLoops::rossler, calls, count,
+                              [](float c) { return Rossler<float>{chaosParameter(9, static_cast<int>(c))}; });
+}
+void sideBySide::fractal3(std::span<const KernelCall> calls, int count) {
+    renderAttractors<Chua>(10, &KernelLoops::chua, calls, count,
+                           [](float c) { return Chua<float>{chaosParameter(10, static_cast<int>(c))}; });
+}
+
+namespace kernels {
+
 // Lorenz.
-void fractal1(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    const float c = colour(state);
-    const float b = chaosParameter(8, static_cast<int>(c));
-    const float gain = 1200.0f - 3.125f * c;
-    attractor(
-        8, context, out, count, state,
-        [b](const Point& p, float u) {
-            const float r = u * 4.66e-14f - 0.0001f;
-            return Point{8.0f * (p.y - p.x) + r, (28.0f - p.z) * p.x - p.y, p.x * p.y - b * p.z};
-        },
-        [gain](const Point& p, const Point&) { return limited(p.x * gain); });
+void fractal1(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::fractal1, context, out, count, state, in);
 }
 
 // Rossler.
-void fractal2(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    const float a = chaosParameter(9, static_cast<int>(colour(state)));
-    attractor(
-        9, context, out, count, state,
-        [a](const Point& p, float u) {
-            const float r = u * 4.66e-12f - 0.01f;
-            return Point{r - p.y - p.z, p.x + a * p.y, 0.2f + (p.x - 10.0f) * p.z};
-        },
-        [](const Point&, const Point& d) { return limited(d.x * 400.0f); });
+void fractal2(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::fractal2, context, out, count, state, in);
 }
 
-// Chua, with a cubic for the diode.
-void fractal3(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    const float g = chaosParameter(10, static_cast<int>(colour(state)));
-    attractor(
-        10, context, out, count, state,
-        [g](const Point& p, float u) {
-            const float r = u * 4.66e-14f - 0.0001f;
-            const float diode = p.x * p.x * p.x / 16.0f - p.x / 6.0f;
-            return Point{10.91865f * (p.y - diode + r), p.x - p.y + p.z, g * p.y - 0.05f * p.z};
-        },
-        [](const Point&, const Point& d) { return d.x * 2000.0f; });
+// Chua.
+void fractal3(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::fractal3, context, out, count, state, in);
 }
 
 // Henon's map at twice the pitch, its values joined by straight lines. work: x, y, level, slope.

@@ -1,6 +1,7 @@
 // The per-sample frame that all kernels with FM and sync share.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 
@@ -15,27 +16,43 @@ struct FmSample {
     bool wrapped;         // the total fell below the last one
 };
 
-// Runs `count` samples. The offset moves the read only; the accumulator stays unmodulated, so a constant
-// modulator does not bend the pitch.
-//   advance(): called as the phase steps, before the sync test
-//   restart(phase, x, last): a rising zero crossing of the input, when the oscillator is synced
-//   read(FmSample): the output sample
-// `step` is what the phase takes per sample: the increment, or its negative for a wave that runs backward.
-template <class Advance, class Restart, class Read>
-inline void runModulated(OscillatorState& state, std::int16_t* out, int count, const std::int16_t* in, std::uint32_t& step,
-                         Advance advance, Restart restart, Read read) {
-    std::uint32_t phase = state.phase;
-    const std::int64_t increment = static_cast<std::int32_t>(state.increment);
-    std::int32_t depth = state.fmDepth;
-    const std::int32_t depthStep = state.fmDepthStep;
-    std::int32_t lastOffset = state.lastFmOffset;
-    std::int32_t lastTotal = state.lastTotalPhase;
-    std::int16_t lastInput = state.lastSyncInput;
-    const bool synced = state.synced != 0;
-    for (int i = 0; i < count; ++i) {
+// The phase of an oscillator with FM and sync. The offset moves the read only; the accumulator stays unmodulated, so a
+// constant modulator does not bend the pitch.
+struct ModulatedPhase {
+    std::uint32_t phase;
+    std::uint32_t step;  // what the phase takes per sample: the increment, or its negative for a wave that runs backward
+    std::int32_t increment;
+    std::int32_t depth, depthStep;
+    std::int32_t lastOffset, lastTotal;
+    std::int16_t lastInput;
+    bool synced;
+
+    ModulatedPhase(const OscillatorState& state, std::uint32_t phaseStep)
+        : phase(state.phase),
+          step(phaseStep),
+          increment(static_cast<std::int32_t>(state.increment)),
+          depth(state.fmDepth),
+          depthStep(state.fmDepthStep),
+          lastOffset(state.lastFmOffset),
+          lastTotal(state.lastTotalPhase),
+          lastInput(state.lastSyncInput),
+          synced(state.synced != 0) {}
+
+    void store(OscillatorState& state) const {
+        state.phase = phase;
+        state.fmDepth = depth;
+        state.lastFmOffset = lastOffset;
+        state.lastTotalPhase = lastTotal;
+        state.lastSyncInput = lastInput;
+    }
+
+    // One sample of input x.
+    //   advance(): called as the phase steps, before the sync test
+    //   restart(phase, x, last): a rising zero crossing of the input, when the oscillator is synced
+    template <class Advance, class Restart>
+    FmSample next(std::int16_t x, Advance&& advance, Restart&& restart) {
         phase = (phase + step) & phaseMask;
         advance();
-        const std::int16_t x = in[i];
         if (synced) {
             if (x > 0 && lastInput < 1) restart(phase, x, lastInput);
             lastInput = x;
@@ -43,17 +60,26 @@ inline void runModulated(OscillatorState& state, std::int16_t* out, int count, c
         const auto offset = static_cast<std::int32_t>((static_cast<std::int64_t>(x) * depth) >> 4);
         depth = static_cast<std::int32_t>(static_cast<std::uint32_t>(depth) + static_cast<std::uint32_t>(depthStep));
         const auto total = static_cast<std::int32_t>(phase + static_cast<std::uint32_t>(offset));
-        const auto effective = static_cast<std::uint32_t>(std::llabs(increment - lastOffset + offset) >> 13);
-        out[i] = static_cast<std::int16_t>(
-            read(FmSample{static_cast<std::uint32_t>(total) & phaseMask, effective, total < lastTotal}));
+        const std::int64_t moved = static_cast<std::int64_t>(increment) - lastOffset + offset;
+        const FmSample sample{static_cast<std::uint32_t>(total) & phaseMask, static_cast<std::uint32_t>(std::llabs(moved) >> 13),
+                              total < lastTotal};
         lastOffset = offset;
         lastTotal = total;
+        return sample;
     }
-    state.phase = phase;
-    state.fmDepth = depth;
-    state.lastFmOffset = lastOffset;
-    state.lastTotalPhase = lastTotal;
-    state.lastSyncInput = lastInput;
+};
+
+// Runs `count` samples: groups(i) renders as many from sample i on as it can at once and returns their number, read(FmSample)
+// gives those in between one by one.
+template <class Groups, class Advance, class Restart, class Read>
+inline void runModulated(ModulatedPhase& at, std::int16_t* out, int count, const std::int16_t* in, Groups groups, Advance advance,
+                         Restart restart, Read read) {
+    constexpr int single = 8;
+    for (int i = 0; i < count;) {
+        i += groups(i);
+        for (const int end = std::min(count, i + single); i < end; ++i)
+            out[i] = static_cast<std::int16_t>(read(at.next(in[i], advance, restart)));
+    }
 }
 
 }  // namespace vantoric

@@ -3,6 +3,7 @@
 
 #include "sound/fm_loop.h"
 #include "sound/four_reads.h"
+#include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
 
@@ -143,27 +144,36 @@ void frameBlend(const KernelContext&, std::int16_t* out, int count, OscillatorSt
 void frameFmNearest(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
     if (!isReady(state)) return;
     const std::int16_t* cycle = WaveView(state).cycle(levelOf(state.increment), state.frame);
-    std::uint32_t step = state.increment;
+    const KernelLoops& loops = kernelLoops();
+    ModulatedPhase at(state, state.increment);
     runModulated(
-        state, out, count, in, step, [] {}, [](std::uint32_t& phase, int, int) { phase = 0; },
+        at, out, count, in, [&](int i) { return loops.modulatedNearest(at, cycle, in + i, out + i, count - i); }, [] {},
+        [](std::uint32_t& phase, int, int) { phase = 0; },
         [&](const FmSample& sample) { return nearestRead(cycle, sample.phase); });
+    at.store(state);
 }
 
 void frameFmLinear(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
     if (!isReady(state)) return;
     const WaveView wave(state);
+    const KernelLoops& loops = kernelLoops();
     const std::int64_t increment = static_cast<std::int32_t>(state.increment);
-    std::uint32_t step = state.increment;
+    ModulatedPhase at(state, state.increment);
     // The crossing falls between two input samples; the phase starts where a straight line puts it.
     const auto restart = [increment](std::uint32_t& phase, int x, int last) {
         phase = x == last ? 0 : static_cast<std::uint32_t>(increment + increment * last / (x - last)) & phaseMask;
     };
+    const auto groups = [&](int i) {
+        const ModulatedWave groupWave{wave.cycle(0, state.frame), wave.frames, state.frame != state.framePending};
+        return loops.modulatedLinear(at, groupWave, in + i, out + i, count - i);
+    };
     runModulated(
-        state, out, count, in, step, [] {}, restart,
+        at, out, count, in, groups, [] {}, restart,
         [&](const FmSample& sample) {
             if (sample.wrapped) state.frame = state.framePending;
             return modulatedRead([&](int level) { return wave.cycle(level, state.frame); }, sample.phase, sample.step);
         });
+    at.store(state);
 }
 
 }  // namespace vantoric::kernels

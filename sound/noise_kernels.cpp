@@ -3,8 +3,10 @@
 #include <cmath>
 
 #include "base/numbers.h"
+#include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
+#include "sound/side_by_side.h"
 
 namespace vantoric {
 
@@ -23,35 +25,100 @@ bool advance(std::uint32_t& phase, std::uint32_t step) {
     return wrapped;
 }
 
+// How many steps a 24-bit phase takes before one that wraps.
+std::uint32_t stepsToWrap(std::uint32_t phase, std::uint32_t step) {
+    return phase > phaseMask ? 0
+           : step == 0       ? maxTickSamples * 2
+                             : std::min<std::uint32_t>((phaseMask - phase) / step, maxTickSamples * 2);
+}
+
 }  // namespace
 
 ChamberlinCoefficients chamberlin(int frame, std::uint32_t increment) {
     return {static_cast<float>(fastExp(frame * 0.025)), clampTo(static_cast<float>(increment) * 3.7450704e-7f, 1e-5f, 1.0f)};
 }
 
+namespace {
+
+// Chamberlin's state variable filter over white noise from the congruence. work[0] is low, work[1] band.
+class FilteredNoise {
+public:
+    explicit FilteredNoise(const KernelCall& call) : call_(call), c_(chamberlin(colour(*call.state), call.state->increment)) {}
+
+    bool ready() const { return true; }
+    void fill(float* row, int, int count) {
+        kernelLoops().congruenceRow(call_.random->congruence, 2.0f * amplitude_, amplitude_, row, count);
+    }
+    void finish(const float* row, int at, int count) const { kernelLoops().truncated(row, 1.0f, call_.out + at, count); }
+
+protected:
+    NoiseFilter<float> filter() const { return {1.0f / c_.k, c_.f, call_.state->work[0], call_.state->work[1]}; }
+    void storeFilter(const NoiseFilter<float>& filter) const {
+        call_.state->work[0] = filter.low;
+        call_.state->work[1] = filter.band;
+    }
+    const KernelCall& call_;
+    ChamberlinCoefficients c_;
+    float amplitude_ = 0.0f;
+};
+
+struct LowpassRun : FilteredNoise {
+    template <class T>
+    using Chain = NoiseLowpass<T>;
+
+    explicit LowpassRun(const KernelCall& call) : FilteredNoise(call) {
+        amplitude_ = 9000.0f * std::sqrt(1.0f / c_.k) / std::sqrt(c_.f);
+    }
+    static ChainLoop<Chain>* loop() { return kernelLoops().noiseLowpass; }
+    Chain<float> chain() const { return {filter()}; }
+    void store(const Chain<float>& chain) const { storeFilter(chain); }
+};
+
+struct BandpassRun : FilteredNoise {
+    template <class T>
+    using Chain = NoiseBandpass<T>;
+
+    explicit BandpassRun(const KernelCall& call) : FilteredNoise(call) {
+        const float rate = call.engine->internalRate;
+        amplitude_ = 0.03125f / std::sqrt(c_.f) * std::sqrt(1.0f / c_.k) * (rate + 192000.0f);
+    }
+    static ChainLoop<Chain>* loop() { return kernelLoops().noiseBandpass; }
+    Chain<float> chain() const { return {filter()}; }
+    void store(const Chain<float>& chain) const { storeFilter(chain); }
+};
+
+// White noise in +-2500 behind Paul Kellet's economy filter.
+class PinkRun {
+public:
+    template <class T>
+    using Chain = PinkFilter<T>;
+
+    explicit PinkRun(const KernelCall& call) : call_(call) {}
+
+    bool ready() const { return true; }
+    static ChainLoop<Chain>* loop() { return kernelLoops().pinkFilter; }
+    Chain<float> chain() const { return {call_.state->work[0], call_.state->work[1], call_.state->work[2]}; }
+    void fill(float* row, int, int count) { kernelLoops().hashRow(call_.random->hash, 5000.0f, 2500.0f, row, count); }
+    void finish(const float* row, int at, int count) const { kernelLoops().truncated(row, 1.0f, call_.out + at, count); }
+    void store(const Chain<float>& chain) const {
+        call_.state->work[0] = chain.b0;
+        call_.state->work[1] = chain.b1;
+        call_.state->work[2] = chain.b2;
+    }
+
+private:
+    const KernelCall& call_;
+};
+
+}  // namespace
+
+void sideBySide::noiseLowpass(std::span<const KernelCall> calls, int count) { renderRows<LowpassRun>(calls, count); }
+void sideBySide::noiseBandpass(std::span<const KernelCall> calls, int count) { renderRows<BandpassRun>(calls, count); }
+void sideBySide::noisePink(std::span<const KernelCall> calls, int count) { renderRows<PinkRun>(calls, count); }
+
 namespace kernels {
 
 namespace {
-
-// Chamberlin's state variable filter over white noise in +-amplitude. work[0] is low, work[1] band.
-template <class Output>
-void filteredNoise(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, float amplitude,
-                   const ChamberlinCoefficients& c, Output output) {
-    const float damping = 1.0f / c.k;
-    const float range = 2.0f * amplitude;
-    float low = state.work[0], band = state.work[1];
-    LinearCongruence random = context.random.congruence;
-    for (int i = 0; i < count; ++i) {
-        const float e = unsignedValue(random.next()) * 2.33e-10f * range - amplitude;
-        const float high = e - low - band * damping;
-        band += high * c.f;
-        low += band * c.f;
-        out[i] = truncateToSample(output(low, band));
-    }
-    context.random.congruence = random;
-    state.work[0] = low;
-    state.work[1] = band;
-}
 
 // Runs a generator that acts at the wraps of a phase at twice the pitch, from half the sample rate on at every
 // sample; sample(wrapped) is the output.
@@ -68,21 +135,20 @@ void atDoublePitch(std::int16_t* out, int count, OscillatorState& state, Sample 
 // The level rises with the sample rate, so that the level per Hz stays.
 void noiseWhite(const KernelContext& context, std::int16_t* out, int count, OscillatorState&, const std::int16_t*) {
     const float amplitude = 0.07f * context.engine.internalRate + 3087.0f;
-    HashNoise hash = context.random.hash;
-    for (int i = 0; i < count; ++i) out[i] = truncateToSample(hash.unit() * (2.0f * amplitude) - amplitude);
-    context.random.hash = hash;
+    const KernelLoops& loops = kernelLoops();
+    Row row;
+    for (int at = 0; at < count; at += rowSamples) {
+        const int now = std::min(rowSamples, count - at);
+        loops.hashRow(context.random.hash, 2.0f * amplitude, amplitude, row, now);
+        loops.truncated(row, 1.0f, out + at, now);
+    }
 }
 
-void noiseLowpass(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    const auto c = chamberlin(colour(state), state.increment);
-    const float amplitude = 9000.0f * std::sqrt(1.0f / c.k) / std::sqrt(c.f);
-    filteredNoise(context, out, count, state, amplitude, c, [](float low, float) { return low; });
+void noiseLowpass(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::noiseLowpass, context, out, count, state, in);
 }
-
-void noiseBandpass(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    const auto c = chamberlin(colour(state), state.increment);
-    const float amplitude = 0.03125f / std::sqrt(c.f) * std::sqrt(1.0f / c.k) * (context.engine.internalRate + 192000.0f);
-    filteredNoise(context, out, count, state, amplitude, c, [](float, float band) { return band; });
+void noiseBandpass(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::noiseBandpass, context, out, count, state, in);
 }
 
 // Steps: work[0] is held from wrap to wrap.
@@ -148,7 +214,17 @@ void noiseSynced(const KernelContext& context, std::int16_t* out, int count, Osc
     const std::uint32_t step = state.increment >> 3;
     LinearCongruence generator{state.seed};
     std::uint32_t phase = state.phase;
+    // As many samples as the phase takes without a wrap, then one that goes step by step.
     for (int i = 0; i < count; ++i) {
+        const int rest = std::min({count - i, rowSamples, static_cast<int>(stepsToWrap(phase, step) / 2)});
+        if (rest >= widestLanes) {
+            Row row;
+            kernelLoops().pairedDraws(generator, scale, middle, row, rest);
+            kernelLoops().truncated(row, 1.0f, out + i, rest);
+            phase += 2 * step * static_cast<std::uint32_t>(rest);
+            i += rest - 1;
+            continue;
+        }
         if (advance(phase, step)) generator.state = pattern << 16;
         const float a = unsignedValue(generator.next());
         if (advance(phase, step))
@@ -162,21 +238,8 @@ void noiseSynced(const KernelContext& context, std::int16_t* out, int count, Osc
     state.phase = phase;
 }
 
-// Paul Kellet's economy filter.
-void noisePink(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    float b0 = state.work[0], b1 = state.work[1], b2 = state.work[2];
-    HashNoise hash = context.random.hash;
-    for (int i = 0; i < count; ++i) {
-        const float w = hash.unit() * 5000.0f - 2500.0f;
-        b0 = 0.99765f * b0 + 0.099046f * w;
-        b1 = 0.963f * b1 + 0.2965164f * w;
-        b2 = 0.57f * b2 + 1.0526913f * w;
-        out[i] = truncateToSample(b0 + b1 + b2 + 0.1848f * w);
-    }
-    context.random.hash = hash;
-    state.work[0] = b0;
-    state.work[1] = b1;
-    state.work[2] = b2;
+void noisePink(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::noisePink, context, out, count, state, in);
 }
 
 // A 16-bit generator of multiplier 75, offset by the colour: the pattern follows Pw. The seed holds its value.

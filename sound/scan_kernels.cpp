@@ -1,5 +1,6 @@
 // Kernels that scan through all frames of a wave while they read it.
 #include "sound/fm_loop.h"
+#include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
 
@@ -7,81 +8,69 @@ namespace vantoric::kernels {
 
 namespace {
 
-// The running position in the frames: 23 bits for one pass.
-struct FrameScan {
-    std::uint32_t phase, increment;
-    std::uint64_t frames;
+// The phases of a scan in a call of its kernel; `halves`: how many steps make a sample, as a power of two.
+struct Scan {
+    WaveView wave;
+    const std::int16_t* level;
+    RunningPhase at;
+    FrameScan frames;
 
-    FrameScan(const OscillatorState& state, std::uint32_t step)
-        : phase(state.scanPhase), increment(step), frames(static_cast<std::uint64_t>(state.frameCount)) {}
-    void step() { phase = (phase + increment) & 0x7fffff; }
-    int frame() const { return static_cast<int>((phase * frames) >> 23); }
-};
-
-// One read per sample at the scanned frame of one level.
-template <class Read>
-void scan(std::int16_t* out, int count, OscillatorState& state, Read read) {
-    if (state.table == nullptr) return;
-    const WaveView wave(state);
-    const int level = levelOf(state.increment);
-    FrameScan frames(state, state.scanIncrement);
-    const std::uint32_t increment = state.increment;
-    std::uint32_t phase = state.phase;
-    for (int i = 0; i < count; ++i) {
-        phase = (phase + increment) & phaseMask;
-        frames.step();
-        out[i] = static_cast<std::int16_t>(read(wave.cycle(level, frames.frame()), phase));
+    explicit Scan(const OscillatorState& state, int halves = 0)
+        : wave(state),
+          level(wave.cycle(levelOf(state.increment), 0)),
+          at{state.phase, state.increment >> halves},
+          frames{state.scanPhase, state.scanIncrement >> halves, static_cast<std::uint32_t>(state.frameCount)} {}
+    void store(OscillatorState& state) const {
+        state.phase = at.phase;
+        state.scanPhase = frames.phase;
     }
-    state.phase = phase;
-    state.scanPhase = frames.phase;
-}
+};
 
 }  // namespace
 
 void scanNearest(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    scan(out, count, state, nearestRead);
+    if (state.table == nullptr) return;
+    Scan scan(state);
+    kernelLoops().scannedNearest(scan.level, scan.at, scan.frames, out, count);
+    scan.store(state);
 }
 
 void scanLinear(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    scan(out, count, state, linearRead);
+    if (state.table == nullptr) return;
+    Scan scan(state);
+    kernelLoops().scannedLinear(scan.level, scan.at, scan.frames, out, count);
+    scan.store(state);
 }
 
 void scanDouble(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
     if (state.table == nullptr) return;
-    const WaveView wave(state);
-    const int level = levelOf(state.increment);
-    FrameScan frames(state, state.scanIncrement >> 1);
-    const std::uint32_t increment = state.increment >> 1;
-    std::uint32_t phase = state.phase;
-    const auto halfStep = [&] {
-        phase = (phase + increment) & phaseMask;
-        frames.step();
-        return linearRead(wave.cycle(level, frames.frame()), phase);
-    };
-    for (int i = 0; i < count; ++i) {
-        const int first = halfStep();
-        out[i] = static_cast<std::int16_t>((first + halfStep()) >> 1);
-    }
-    state.phase = phase;
-    state.scanPhase = frames.phase;
+    Scan scan(state, 1);
+    std::int16_t halves[2 * maxTickSamples];
+    kernelLoops().scannedLinear(scan.level, scan.at, scan.frames, halves, 2 * count);
+    for (int i = 0; i < count; ++i) out[i] = static_cast<std::int16_t>((halves[2 * i] + halves[2 * i + 1]) >> 1);
+    scan.store(state);
 }
 
 void scanFmLinear(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
     if (state.table == nullptr) return;
-    const WaveView wave(state);
-    FrameScan frames(state, state.scanIncrement);
-    std::uint32_t step = state.increment;
+    Scan scan(state);
+    const WaveView& wave = scan.wave;
+    ModulatedPhase at(state, state.increment);
+    const auto groups = [&](int i) {
+        return kernelLoops().modulatedScan(at, {wave.cycle(0, 0), wave.frames}, scan.frames, in + i, out + i, count - i);
+    };
     const auto restart = [&](std::uint32_t& phase, int, int) {
         phase = 0;
-        frames.phase = 0;
+        scan.frames.phase = 0;
     };
     runModulated(
-        state, out, count, in, step, [&] { frames.step(); }, restart,
+        at, out, count, in, groups, [&] { scan.frames.step(); }, restart,
         [&](const FmSample& sample) {
-            const int frame = frames.frame();
+            const int frame = scan.frames.frame();
             return modulatedRead([&](int level) { return wave.cycle(level, frame); }, sample.phase, sample.step);
         });
-    state.scanPhase = frames.phase;
+    state.scanPhase = scan.frames.phase;
+    at.store(state);
 }
 
 }  // namespace vantoric::kernels

@@ -1,8 +1,11 @@
 // Stacks of detuned oscillators.
-#include "base/math.h"
+#include <algorithm>
+
 #include "base/numbers.h"
+#include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
+#include "sound/side_by_side.h"
 
 namespace vantoric {
 
@@ -34,12 +37,25 @@ constexpr int supersawVoices = 7;
 // A step as its word holds it, below 0 too.
 std::uint32_t stepOf(double step) { return static_cast<std::uint32_t>(static_cast<std::int64_t>(step)); }
 
-int supersawSteps(double pitch, double p, std::uint32_t (&steps)[stackVoices]) {
-    steps[0] = stepOf(pitch);
-    for (int k = 1; k < supersawVoices; ++k) {
-        const double factor = math::exp(static_cast<float>(p * supersawExponents[k - 1]));
-        steps[k] = stepOf(pitch * factor);
+// e^x as a float for all exponents at once, |x| up to 0.12: the series as far as a float needs it.
+void supersawFactors(double p, double (&factors)[supersawVoices - 1]) {
+    static constexpr double reciprocals[] = {1.0 / 40320, 1.0 / 5040, 1.0 / 720, 1.0 / 120, 1.0 / 24, 1.0 / 6, 0.5, 1.0, 1.0};
+    constexpr int pairs = supersawVoices - 1;
+    double x[pairs], sum[pairs];
+    for (int k = 0; k < pairs; ++k) {
+        x[k] = static_cast<float>(p * supersawExponents[k]);
+        sum[k] = 1.0 / 362880;
     }
+    for (const double reciprocal : reciprocals)
+        for (int k = 0; k < pairs; ++k) sum[k] = sum[k] * x[k] + reciprocal;
+    for (int k = 0; k < pairs; ++k) factors[k] = static_cast<float>(sum[k]);
+}
+
+int supersawSteps(double pitch, double p, std::uint32_t (&steps)[stackVoices]) {
+    double factors[supersawVoices - 1];
+    supersawFactors(p, factors);
+    steps[0] = stepOf(pitch);
+    for (int k = 1; k < supersawVoices; ++k) steps[k] = stepOf(pitch * factors[k - 1]);
     return supersawVoices;
 }
 
@@ -60,145 +76,163 @@ int stackSteps(int ssWave, std::uint32_t increment, std::uint16_t detune, std::u
     return 2 * stack.pairs + 1;
 }
 
-namespace kernels {
-
 namespace {
 
-// The running phases of a stack, shifted to the top of their words so that they wrap by themselves.
-template <int voices>
-struct StackPhases {
-    std::uint32_t phase[voices], step[voices];
-
-    StackPhases(const OscillatorState& state, int ssWave) {
-        std::uint32_t steps[stackVoices] = {};
-        stackSteps(ssWave, state.increment, state.blendPending, steps);
-        for (int k = 0; k < voices; ++k) {
-            phase[k] = state.subPhase[k] << 8;
-            step[k] = steps[k] << 8;
-        }
-    }
-    void store(OscillatorState& state) const {
-        for (int k = 0; k < voices; ++k) state.subPhase[k] = phase[k] >> 8;
-    }
-    // Steps all voices and sums their nearest samples: nine unrelated read errors average out.
-    int stepAndSum(const std::int16_t* cycle) {
-        int sum = 0;
-#pragma GCC unroll 9
-        for (int k = 0; k < voices; ++k) {
-            phase[k] += step[k];
-            sum += cycle[phase[k] >> 21];
-        }
-        return sum;
-    }
-};
-
-template <int voices>
-void plainStack(const std::int16_t* cycle, int ssWave, float scale, std::int16_t* out, int count, OscillatorState& state) {
-    if (cycle == nullptr) return;
-    StackPhases<voices> stack(state, ssWave);
-    for (int i = 0; i < count; ++i) out[i] = truncateToSample(static_cast<float>(-stack.stepAndSum(cycle)) * scale);
-    stack.store(state);
-}
-
-// One-pole high-pass at a corner that follows the note; its memory is a float of the state.
-struct FollowingHighpass {
-    float pole, rest, memory;
-
-    FollowingHighpass(float corner, float kept) : pole(clampUnit(corner)), rest(1.0f - pole), memory(kept) {}
-    float step(float x) {
-        memory = rest * memory + pole * x;
-        return x - memory;
-    }
-};
-
-// Two high-passes in series behind a stack's sum.
-template <class Sum>
-void supersaw(std::int16_t* out, int count, OscillatorState& state, float scale, Sum sum) {
-    const float corner = static_cast<float>(state.increment) * 2.384186e-7f;
-    FollowingHighpass first(corner, state.work[0]), second(corner, state.work[1]);
-    for (int i = 0; i < count; ++i) out[i] = truncateToSample(second.step(first.step(static_cast<float>(sum()))) * scale);
-    state.work[0] = first.memory;
-    state.work[1] = second.memory;
-}
-
-void tableSupersaw(const std::int16_t* cycle, int ssWave, float scale, std::int16_t* out, int count, OscillatorState& state) {
-    if (cycle == nullptr) return;
-    StackPhases<supersawVoices> stack(state, ssWave);
-    supersaw(out, count, state, scale, [&] { return stack.stepAndSum(cycle); });
-    stack.store(state);
-}
-
-const std::int16_t* stackCycle(const KernelContext& context, const OscillatorState& state, int wave, int frame) {
-    return context.waves.cycle(wave, frame, levelOf(state.increment));
-}
-
+constexpr int computedSaw = -1;
 constexpr int sawFrame = 63, squareFrame = 0, noisySawFrame = 127;
+
+// A stack by its entry of the SSWave list: what its voices read and what their sum is scaled by.
+struct StackKernel {
+    int ssWave;
+    int wave, frame;  // of the WTWave list, or computedSaw
+    float scale;
+};
+constexpr StackKernel hypersawVir3x{3, vaTriangleSaw, sawFrame, 0.16f};
+constexpr StackKernel hypersawVir5x{4, vaTriangleSaw, sawFrame, 0.132f};
+constexpr StackKernel hypersawVir7x{5, vaTriangleSaw, sawFrame, 0.1f};
+constexpr StackKernel hypersawVir9x{6, vaTriangleSaw, sawFrame, 0.08f};
+constexpr StackKernel hypersquare9x{7, vaSquareImpulse, squareFrame, 0.08f};
+constexpr StackKernel hypernoise9x{8, noNoisySaw, noisySawFrame, 0.16f};
+constexpr StackKernel supersawJpStack{9, computedSaw, 0, 0.1083f};
+constexpr StackKernel supersawCleanStack{10, vaTriangleSaw, sawFrame, 0.108332f};
+constexpr StackKernel supernoiseStack{11, noNoisySaw, noisySawFrame, 0.2f};
+
+// A stack in a call of its kernel.
+class StackRun {
+public:
+    StackRun(const KernelCall& call, const StackKernel& kernel) : call_(call), kernel_(kernel) {
+        const OscillatorState& state = *call.state;
+        if (!isComputed()) cycle_ = call.waves->cycle(kernel.wave, kernel.frame, levelOf(state.increment));
+        std::uint32_t steps[stackVoices] = {};
+        stack_.voices = stackSteps(kernel.ssWave, state.increment, state.blendPending, steps);
+        for (int k = 0; k < stack_.voices; ++k) {
+            stack_.phase[k] = state.subPhase[k] << 8;
+            stack_.step[k] = steps[k] << 8;
+        }
+    }
+    bool ready() const { return isComputed() || cycle_ != nullptr; }
+    // The sum of the voices. Reads are of the nearest sample: nine unrelated errors average out. The computed saw has no
+    // band-limiting; above 48 kHz only one of two groups of its voices, the odd and the even ones in turn, steps at each
+    // sample, by twice its step.
+    void fill(float* row, int, int count) {
+        const KernelLoops& loops = kernelLoops();
+        if (!isComputed()) {
+            loops.tableSums(cycle_, stack_, row, count);
+        } else if (call_.engine->internalRate > 48000.0f) {
+            loops.sawSums(stack_, call_.state->alternate, row, count);
+            call_.state->alternate ^= static_cast<std::uint8_t>(count & 1);
+        } else {
+            loops.sawSums(stack_, -1, row, count);
+        }
+    }
+    void finish(const float* row, int at, int count) const { kernelLoops().truncated(row, kernel_.scale, call_.out + at, count); }
+    void store() const {
+        for (int k = 0; k < stack_.voices; ++k) call_.state->subPhase[k] = stack_.phase[k] >> 8;
+    }
+
+protected:
+    // A high-pass whose corner follows the note; its memory is a float of the state.
+    StackHighpass<float> highpass(float cornerPerIncrement, int memory) const {
+        const float pole = clampUnit(static_cast<float>(call_.state->increment) * cornerPerIncrement);
+        return {pole, 1.0f - pole, call_.state->work[memory]};
+    }
+    const KernelCall& call_;
+
+private:
+    bool isComputed() const { return kernel_.wave == computedSaw; }
+
+    const StackKernel& kernel_;
+    const std::int16_t* cycle_ = nullptr;
+    StackPhases stack_;
+};
+
+// The plain stacks' sums are negated.
+void plainStack(const StackKernel& kernel, const KernelContext& context, std::int16_t* out, int count, OscillatorState& state) {
+    const StackKernel negated{kernel.ssWave, kernel.wave, kernel.frame, -kernel.scale};
+    const KernelCall call{&context.engine, &context.waves, &context.random, out, &state, nullptr};
+    StackRun run(call, negated);
+    if (!run.ready()) return;
+    Row row;
+    for (int at = 0; at < count; at += rowSamples) {
+        const int now = std::min(rowSamples, count - at);
+        run.fill(row, at, now);
+        run.finish(row, at, now);
+    }
+    run.store();
+}
+
+// Behind one high-pass at eight times the note.
+struct HypernoiseRun : StackRun {
+    template <class T>
+    using Chain = StackHighpass<T>;
+    using StackRun::StackRun;
+
+    static ChainLoop<Chain>* loop() { return kernelLoops().stackHighpass; }
+    Chain<float> chain() const { return highpass(4.768372e-7f, 0); }
+    void store(const Chain<float>& chain) const {
+        StackRun::store();
+        call_.state->work[0] = chain.memory;
+    }
+};
+
+// Behind two in series.
+struct SupersawRun : StackRun {
+    template <class T>
+    using Chain = TwoStackHighpasses<T>;
+    using StackRun::StackRun;
+
+    static ChainLoop<Chain>* loop() { return kernelLoops().twoStackHighpasses; }
+    Chain<float> chain() const { return {highpass(2.384186e-7f, 0), highpass(2.384186e-7f, 1)}; }
+    void store(const Chain<float>& chain) const {
+        StackRun::store();
+        call_.state->work[0] = chain.first.memory;
+        call_.state->work[1] = chain.second.memory;
+    }
+};
 
 }  // namespace
 
+void sideBySide::hypernoise9(std::span<const KernelCall> calls, int count) {
+    renderRows<HypernoiseRun>(calls, count, hypernoise9x);
+}
+void sideBySide::supersawJp(std::span<const KernelCall> calls, int count) {
+    renderRows<SupersawRun>(calls, count, supersawJpStack);
+}
+void sideBySide::supersawClean(std::span<const KernelCall> calls, int count) {
+    renderRows<SupersawRun>(calls, count, supersawCleanStack);
+}
+void sideBySide::supernoise(std::span<const KernelCall> calls, int count) {
+    renderRows<SupersawRun>(calls, count, supernoiseStack);
+}
+
+namespace kernels {
+
 void hypersaw3(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    plainStack<3>(stackCycle(context, state, vaTriangleSaw, sawFrame), 3, 0.16f, out, count, state);
+    plainStack(hypersawVir3x, context, out, count, state);
 }
 void hypersaw5(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    plainStack<5>(stackCycle(context, state, vaTriangleSaw, sawFrame), 4, 0.132f, out, count, state);
+    plainStack(hypersawVir5x, context, out, count, state);
 }
 void hypersaw7(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    plainStack<7>(stackCycle(context, state, vaTriangleSaw, sawFrame), 5, 0.1f, out, count, state);
+    plainStack(hypersawVir7x, context, out, count, state);
 }
 void hypersaw9(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    plainStack<9>(stackCycle(context, state, vaTriangleSaw, sawFrame), 6, 0.08f, out, count, state);
+    plainStack(hypersawVir9x, context, out, count, state);
 }
 void hypersquare9(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    plainStack<9>(stackCycle(context, state, vaSquareImpulse, squareFrame), 7, 0.08f, out, count, state);
+    plainStack(hypersquare9x, context, out, count, state);
 }
-
-void hypernoise9(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    const std::int16_t* cycle = stackCycle(context, state, noNoisySaw, noisySawFrame);
-    if (cycle == nullptr) return;
-    StackPhases<9> stack(state, 8);
-    FollowingHighpass highpass(static_cast<float>(state.increment) * 4.768372e-7f, state.work[0]);
-    for (int i = 0; i < count; ++i) out[i] = truncateToSample(highpass.step(static_cast<float>(stack.stepAndSum(cycle))) * 0.16f);
-    stack.store(state);
-    state.work[0] = highpass.memory;
+void hypernoise9(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::hypernoise9, context, out, count, state, in);
 }
-
-// A computed saw without any band-limiting. Above 48 kHz only one of two groups of voices, the odd and the
-// even ones in turn, steps at each sample, by twice its step.
-void supersawJp(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    StackPhases<supersawVoices> stack(state, 9);
-    // Steps every `every`-th voice from `first` on, by so many steps at once, and sums these voices.
-    const auto sum = [&](int first, int every) {
-        int total = 0;
-#pragma GCC unroll 7
-        for (int k = first; k < supersawVoices; k += every) {
-            stack.phase[k] += static_cast<std::uint32_t>(every) * stack.step[k];
-            total += (static_cast<int>(stack.phase[k] >> 8) - 0x800000) >> 9;
-        }
-        return total;
-    };
-    if (context.engine.internalRate > 48000.0f) {
-        int sums[2] = {};
-        for (int k = 0; k < supersawVoices; ++k) sums[k & 1] += (static_cast<int>(stack.phase[k] >> 8) - 0x800000) >> 9;
-        auto alternate = state.alternate;
-        supersaw(out, count, state, 0.1083f, [&] {
-            alternate ^= 1;
-            if (alternate != 0)
-                sums[1] = sum(1, 2);
-            else
-                sums[0] = sum(0, 2);
-            return sums[0] + sums[1];
-        });
-        state.alternate = alternate;
-    } else {
-        supersaw(out, count, state, 0.1083f, [&] { return sum(0, 1); });
-    }
-    stack.store(state);
+void supersawJp(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::supersawJp, context, out, count, state, in);
 }
-void supersawClean(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    tableSupersaw(stackCycle(context, state, vaTriangleSaw, sawFrame), 10, 0.108332f, out, count, state);
+void supersawClean(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::supersawClean, context, out, count, state, in);
 }
-void supernoise(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    tableSupersaw(stackCycle(context, state, noNoisySaw, noisySawFrame), 11, 0.2f, out, count, state);
+void supernoise(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::supernoise, context, out, count, state, in);
 }
 
 }  // namespace kernels

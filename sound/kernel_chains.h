@@ -1,0 +1,145 @@
+// The recursive parts of the kernels: each waits for the sample before, so that several oscillators are run side by
+// side, lane = oscillator. One struct over its number type each; every lane gets the bits that float would.
+#pragma once
+
+#include <cstdint>
+
+#include "base/lanes.h"
+#include "base/numbers.h"
+#include "base/random.h"
+
+namespace vantoric {
+
+// One-pole high-pass behind a stack.
+template <class T>
+struct StackHighpass {
+    T pole, rest, memory;
+
+    T step(T x) {
+        memory = rest * memory + pole * x;
+        return x - memory;
+    }
+};
+
+// Two of them in series.
+template <class T>
+struct TwoStackHighpasses {
+    StackHighpass<T> first, second;
+
+    T step(T x) { return second.step(first.step(x)); }
+};
+
+// The low-pass of the analog output stage, behind the product with its pole.
+template <class T>
+struct OutputLowpass {
+    T rest, memory;
+
+    T step(T driven) { return memory = rest * memory + driven; }
+};
+
+// Chamberlin's state variable filter over noise.
+template <class T>
+struct NoiseFilter {
+    T damping, f, low, band;
+
+    void move(T e) {
+        const T high = e - low - band * damping;
+        band += high * f;
+        low += band * f;
+    }
+};
+template <class T>
+struct NoiseLowpass : NoiseFilter<T> {
+    T step(T e) {
+        this->move(e);
+        return this->low;
+    }
+};
+template <class T>
+struct NoiseBandpass : NoiseFilter<T> {
+    T step(T e) {
+        this->move(e);
+        return this->band;
+    }
+};
+
+// Paul Kellet's economy filter.
+template <class T>
+struct PinkFilter {
+    T b0, b1, b2;
+
+    T step(T w) {
+        b0 = T(0.99765f) * b0 + T(0.099046f) * w;
+        b1 = T(0.963f) * b1 + T(0.2965164f) * w;
+        b2 = T(0.57f) * b2 + T(1.0526913f) * w;
+        return b0 + b1 + b2 + T(0.1848f) * w;
+    }
+};
+
+// ---- chaos ---------------------------------------------------------------------------------------------------
+
+template <class T>
+struct Point {
+    T x, y, z;
+};
+
+// The attractors: slope(point, u) is the derivative, u a draw of 32 bits; output(point, slope) the sample before
+// truncation.
+
+template <class T>
+inline T limitedOutput(T x) {
+    return limit(x, T(-16000.0f), T(16000.0f));
+}
+
+template <class T>
+struct Lorenz {
+    T b, gain;
+
+    Point<T> slope(const Point<T>& p, T u) const {
+        const T r = u * T(4.66e-14f) - T(0.0001f);
+        return {T(8.0f) * (p.y - p.x) + r, (T(28.0f) - p.z) * p.x - p.y, p.x * p.y - b * p.z};
+    }
+    T output(const Point<T>& p, const Point<T>&) const { return limitedOutput(p.x * gain); }
+};
+
+template <class T>
+struct Rossler {
+    T a;
+
+    Point<T> slope(const Point<T>& p, T u) const {
+        const T r = u * T(4.66e-12f) - T(0.01f);
+        return {r - p.y - p.z, p.x + a * p.y, T(0.2f) + (p.x - T(10.0f)) * p.z};
+    }
+    T output(const Point<T>&, const Point<T>& d) const { return limitedOutput(d.x * T(400.0f)); }
+};
+
+// With a cubic for the diode.
+template <class T>
+struct Chua {
+    T g;
+
+    Point<T> slope(const Point<T>& p, T u) const {
+        const T r = u * T(4.66e-14f) - T(0.0001f);
+        const T diode = p.x * p.x * p.x * T(0.0625f) - p.x / T(6.0f);
+        return {T(10.91865f) * (p.y - diode + r), p.x - p.y + p.z, g * p.y - T(0.05f) * p.z};
+    }
+    T output(const Point<T>&, const Point<T>& d) const { return d.x * T(2000.0f); }
+};
+
+// An attractor on its way: all three coordinates move at once, by Euler's rule.
+template <template <class> class System, class T>
+struct AttractorOf {
+    System<T> system;
+    Point<T> p, d;
+    T dt;
+
+    void move(T u) {
+        d = system.slope(p, u);
+        p.x += d.x * dt;
+        p.y += d.y * dt;
+        p.z += d.z * dt;
+    }
+    T output() const { return system.output(p, d); }
+};
+
+}  // namespace vantoric

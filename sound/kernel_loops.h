@@ -1,0 +1,118 @@
+// The inner loops of the kernels: several samples of an oscillator in a register, or the recursive parts of several
+// oscillators. They exist for registers of four lanes, which any processor has, and of eight (AVX2): same bits.
+#pragma once
+
+#include <cstdint>
+
+#include "base/lane_bank.h"
+#include "sound/fm_loop.h"
+#include "sound/kernel_chains.h"
+#include "sound/oscillator_state.h"
+
+namespace vantoric {
+
+inline constexpr int rowSamples = 128;  // what the loops take at once, at most
+inline constexpr int rowCount = 16;     // oscillators side by side, at most
+inline constexpr int widestLanes = 8;
+
+// One row an oscillator. Loops may fill a row beyond `count`, up to a multiple of widestLanes.
+using Row = float[rowSamples];
+using WideRow = std::int32_t[rowSamples];
+
+// The running phases of a stack, shifted to the top of their words so that they wrap by themselves.
+struct StackPhases {
+    int voices;
+    std::uint32_t phase[stackVoices], step[stackVoices];
+};
+
+// A phase of 24 bits and what it takes per sample.
+struct RunningPhase {
+    std::uint32_t phase, step;
+};
+
+// The running position in the frames of a wave: 23 bits for one pass.
+struct FrameScan {
+    static constexpr int bits = 23;
+    static constexpr std::uint32_t mask = (1u << bits) - 1;
+
+    std::uint32_t phase, increment, frames;
+
+    void step(int samples = 1) { phase = (phase + increment * static_cast<std::uint32_t>(samples)) & mask; }
+    int frame() const { return static_cast<int>((static_cast<std::uint64_t>(phase) * frames) >> bits); }
+};
+
+// What an oscillator with FM reads: a frame at level 0 of a wave of so many frames; a scan adds its running frame.
+struct ModulatedWave {
+    const std::int16_t* table;
+    int frames;
+    bool latches = false;  // a wrap is to change the frame
+};
+
+// The recursive part of the first `runs` oscillators of a bank, in place over `count` samples of their rows. Rows and bank
+// up to the next multiple of widestLanes hold zeros.
+template <template <class> class Chain>
+using ChainLoop = void(LaneBank<Chain>& bank, Row* rows, int runs, int count);
+
+// Attractors side by side; their rows are filled. subSteps: how many steps make a sample; draws: the states of the linear
+// congruence, which are stepped.
+template <template <class> class System>
+struct Attractors {
+    template <class T>
+    using Chain = AttractorOf<System, T>;
+
+    LaneBank<Chain> bank;
+    std::int32_t subSteps[rowCount] = {};
+    std::uint32_t draws[rowCount] = {};
+};
+template <template <class> class System>
+using AttractorLoop = void(Attractors<System>& attractors, Row* rows, int runs, int count);
+
+struct KernelLoops {
+    // Sums of a stack's nearest reads of a cycle, and of its computed saws. alternate: 0 or 1 if only one group of voices
+    // steps at each sample, by twice its step, the group of the odd ones first after 0; below 0: all voices step.
+    void (*tableSums)(const std::int16_t* cycle, StackPhases& stack, float* row, int count);
+    void (*sawSums)(StackPhases& stack, int alternate, float* row, int count);
+
+    // (u x unit) x range - offset for the draws u of either source.
+    void (*hashRow)(HashNoise& hash, float range, float offset, float* row, int count);
+    void (*congruenceRow)(LinearCongruence& random, float range, float offset, float* row, int count);
+    // Two draws a sample: (a scale - middle) + b scale - middle.
+    void (*pairedDraws)(LinearCongruence& random, float scale, float middle, float* row, int count);
+
+    // Linear reads at 29 bits.
+    void (*wideReads)(const std::int16_t* cycle, RunningPhase& at, std::int32_t* row, int count);
+    // The difference of two such reads, `width` samples after the phase and before its opposite, halved.
+    void (*pulseReads)(const std::int16_t* cycle, std::uint32_t width, RunningPhase& at, std::int32_t* row, int count);
+    // pole x (kept sample before + (kept sample << shift)); kept[0] is the one before the first.
+    void (*driven)(const std::int32_t* kept, int shift, float pole, float* row, int count);
+    // The samples behind the low-pass of the analog output stage; negated unless `turned`.
+    void (*analogSamples)(const float* row, const float* hiss, bool turned, std::int16_t* out, int count);
+
+    // Reads with FM for as many samples as have neither a restart, a change of the frame nor a box read, N at a time; returns
+    // how many.
+    int (*modulatedNearest)(ModulatedPhase& at, const std::int16_t* cycle, const std::int16_t* in, std::int16_t* out, int count);
+    int (*modulatedLinear)(ModulatedPhase& at, const ModulatedWave& wave, const std::int16_t* in, std::int16_t* out, int count);
+    int (*modulatedScan)(ModulatedPhase& at, const ModulatedWave& wave, FrameScan& scan, const std::int16_t* in,
+                         std::int16_t* out, int count);
+    // Reads of the scanned frames of a level that begins at `level`.
+    void (*scannedNearest)(const std::int16_t* level, RunningPhase& at, FrameScan& scan, std::int16_t* out, int count);
+    void (*scannedLinear)(const std::int16_t* level, RunningPhase& at, FrameScan& scan, std::int16_t* out, int count);
+
+    // Samples of a row, scaled, as truncateToSample gives them.
+    void (*truncated)(const float* row, float scale, std::int16_t* out, int count);
+
+    ChainLoop<StackHighpass>* stackHighpass;
+    ChainLoop<TwoStackHighpasses>* twoStackHighpasses;
+    ChainLoop<OutputLowpass>* outputLowpass;
+    ChainLoop<NoiseLowpass>* noiseLowpass;
+    ChainLoop<NoiseBandpass>* noiseBandpass;
+    ChainLoop<PinkFilter>* pinkFilter;
+    AttractorLoop<Lorenz>* lorenz;
+    AttractorLoop<Rossler>* rossler;
+    AttractorLoop<Chua>* chua;
+};
+
+// The loops for this processor, as filters::useWideLoops leaves it.
+const KernelLoops& kernelLoops();
+
+}  // namespace vantoric
