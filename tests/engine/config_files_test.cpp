@@ -127,12 +127,14 @@ TEST_F(ConfigFiles, TheInstallPathIsLeftForOthers) {
     EXPECT_EQ(platform::readSetting("Path"), folder_.path());
 }
 
-TEST_F(ConfigFiles, ACutModulePathLeavesNoFileToOpen) {
-    const std::string longFolder = folder_.path() + std::string(250, 'd') + "/";
+TEST_F(ConfigFiles, AnInstallationFarDownIsFoundAndWritten) {
+    const std::string longFolder = folder_.path() + std::string(250, 'd') + "/" + std::string(250, 'e') + "/";
     ASSERT_TRUE(platform::makeFolder(longFolder + "Vantoric_data"));
-    store(longFolder + "Vantoric_data/VantoriSize.cfg", {5});
     platform::setDataFolder(platform::folderOfModulePath(longFolder + "Vantoric.so"));
-    EXPECT_EQ(readSizeIndex(), std::nullopt);
+    ASSERT_TRUE(writeSizeIndex(5, dialogs_));
+    EXPECT_EQ(readSizeIndex(), 5);
+    storeInstallPath();
+    EXPECT_EQ(platform::readSetting("Path"), longFolder);
 }
 
 }  // namespace
