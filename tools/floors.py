@@ -7,7 +7,7 @@ import sys
 MAY_SEE = {
     "base": [],
     "platform": [],
-    "vst": [],
+    "vst": ["base"],
     "sound": ["base"],
     "effects": ["base"],
     "samples": ["base", "platform", "sound"],
