@@ -21,7 +21,7 @@ bool fitsLanes(const ToneRun& run) {
     return run.coefficient >= 0 && run.coefficient <= unityCoefficient && *run.state == static_cast<std::int16_t>(*run.state);
 }
 
-using Rows = std::array<__m128i, packSize>;  // of eight samples of 16 bits
+using Rows = __m128i[packSize];  // of eight samples of 16 bits
 
 // Rows of stages become rows of moments, and the other way round.
 inline void transpose(Rows& rows) {
