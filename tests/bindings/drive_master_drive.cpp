@@ -93,6 +93,7 @@ Rendered render(const json& input, Effect& effect) {
 }
 
 Rendered renderDrive(const json& input) {
+    golden::requireType(input, EffectFamily::drive);
     RandomSources random;
     random.congruence.state = input.value("random_state", 1u);
     DriveCore drive(random);
@@ -179,6 +180,7 @@ Outcome noise(const Case& c) {
 json degrader(const Case& c) {
     if (c.input.contains("sr_p1"))
         return {{"n", each(c.input["sr_p1"], [](const json& r) { return Filter::factor(asFloat(r[1]), asFloat(r[0])); })}};
+    if (c.input.value("family", 4) != static_cast<int>(EffectFamily::degrade)) throw std::runtime_error("another family");
     Filter filter;
     const Rendered out = render(c.input, filter);
     return listedPair(c.input, out.left, out.right);

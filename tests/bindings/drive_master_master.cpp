@@ -180,6 +180,7 @@ json decimatorOutput(const Case& c) {
 json masterChain(const Case& c) {
     const int count = c.input.at("n_internal");
     const Rates r = ratesOf(asFloat(c.input.at("hostRate")));
+    if (c.input.value("internalRate", r.internalRate) != r.internalRate) throw std::runtime_error("another internal rate");
     auto left = signalOf(c.input, "left", count, r.internalRate), right = signalOf(c.input, "right", count, r.internalRate);
     Equalizer equalizer;
     equalizer.setSampleRate(r.internalRate);

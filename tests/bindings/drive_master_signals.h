@@ -8,9 +8,23 @@
 #include <stdexcept>
 #include <vector>
 
+#include "effects/type_table.h"
 #include "golden_runner/golden.h"
 
 namespace golden {
+
+// Whether an effect type, by its number or by its name, is the family's variant that a case gives.
+inline void requireType(const json& input, vantoric::EffectFamily family) {
+    if (!input.contains("type")) return;
+    const json& type = input["type"];
+    bool isFound = false;
+    for (int i = 0; i < 77; ++i) {
+        const vantoric::EffectType& row = vantoric::effectType(i);
+        const bool isMeant = type.is_string() ? type == row.name : type == i;
+        isFound = isFound || (isMeant && row.family == family && input.at("variant") == row.variant);
+    }
+    if (!isFound) throw std::runtime_error("type " + type.dump() + " is another effect");
+}
 
 inline std::vector<double> exactSignal(const json& s, int count, double sampleRate) {
     std::vector<double> x(static_cast<std::size_t>(count), 0.0);

@@ -1,9 +1,11 @@
 // The voices' distortions.
 #include <algorithm>
 #include <memory>
+#include <stdexcept>
 
 #include "bindings/drive_master_signals.h"
 #include "effects/distortion_bank.h"
+#include "parameters/label_lists.h"
 
 namespace {
 
@@ -47,10 +49,23 @@ json holdLengths(const json& pairs) {
     return {{"N", lengths}};
 }
 
-json variants(const json& indices) {
+json variants(const json& input) {
     json out = json::array();
-    for (const json& index : indices) out.push_back(distortionVariant(index));
+    for (const json& index : input["index"]) out.push_back(distortionVariant(index));
+    if (input.contains("label"))
+        for (std::size_t i = 0; i < input["label"].size(); ++i)
+            if (input["label"][i] != distortionTypeLabels[input["index"][i].get<std::size_t>()])
+                throw std::runtime_error("another label at " + std::to_string(i));
     return {{"variant", out}};
+}
+
+// The variant of the type, or those of the two types, that a case names.
+void requireVariant(const json& input) {
+    if (!input.contains("variant")) return;
+    const json types = input["DisType"].is_array() ? input["DisType"] : json::array({input["DisType"]});
+    const json given = input["variant"].is_array() ? input["variant"] : json::array({input["variant"]});
+    for (std::size_t i = 0; i < given.size(); ++i)
+        if (given[i] != distortionVariant(types.at(i))) throw std::runtime_error("another variant");
 }
 
 // [type, drive, samples] of each stretch of a case.
@@ -71,7 +86,8 @@ json stretches(const json& input) {
 
 json distort(const Case& c) {
     if (c.input.contains("sampleRate_Drive")) return holdLengths(c.input["sampleRate_Drive"]);
-    if (c.input.contains("index")) return variants(c.input["index"]);
+    if (c.input.contains("index")) return variants(c.input);
+    requireVariant(c.input);
     const int count = c.input.at("n");
     const double rate = c.input.at("sampleRate");
     std::vector<float> samples = signalOf(c.input, "signal", count, rate);

@@ -3,6 +3,8 @@
 
 #include "base/numbers.h"
 #include "base/parameters.h"
+#include "engine/midi_intake.h"
+#include "engine/rates.h"
 #include "golden_runner/golden.h"
 #include "parameters/label_lists.h"
 #include "voice/arpeggiator.h"
@@ -70,13 +72,39 @@ void at(const json& input, const char* script, int tick, Function function) {
         if (entry["tick"].get<int>() == tick) function(entry);
 }
 
-void sendMidi(Arpeggiator& arpeggiator, const json& message, const std::vector<float>& block, Recorder& target) {
-    const int kind = message[0].get<int>() & 0xf0, key = message[1], velocity = message[2];
-    if (kind == 0x90 && velocity > 0)
-        arpeggiator.noteOn(key, velocity, block.data(), target);
-    else
-        arpeggiator.noteOff(key, block.data(), target);
-}
+// Layer 0 as its arpeggiator hears it: messages pass the instrument's intake, with the pedal and all that is in it.
+class Keyboard final : public MidiListener {
+public:
+    Keyboard(EngineState& state, Arpeggiator& arpeggiator, const std::vector<float>& block, Recorder& target)
+        : arpeggiator_(arpeggiator), block_(block), target_(target), intake_(state, parameters_, map_, *this) {}
+
+    void play(const json& message) {
+        auto data1 = message[1].get<std::uint8_t>(), data2 = message[2].get<std::uint8_t>();
+        intake_.receive(message[0], data1, data2, 0);
+        intake_.drainMidiQueue(0);
+    }
+
+    void noteOn(int layer, int key, int velocity) override {
+        if (layer == 0) arpeggiator_.noteOn(key, velocity, block_.data(), target_);
+    }
+    void noteOff(int layer, int key) override {
+        if (layer == 0) arpeggiator_.noteOff(key, block_.data(), target_);
+    }
+    void allNotesOff() override { intake_.allNotesOff(); }
+    void resetEngine() override {
+        intake_.resetPedal();
+        arpeggiator_.reset(block_.data());
+    }
+    void programPending(int) override {}
+
+private:
+    Arpeggiator& arpeggiator_;
+    const std::vector<float>& block_;
+    Recorder& target_;
+    ParameterModel parameters_;
+    ControllerMap map_;
+    MidiIntake intake_;
+};
 
 double positionAt(const json& positions, int tick) {
     double position = 0;
@@ -91,19 +119,24 @@ json run(const golden::Case& c) {
     setParameters(block, c.input);
     setParameters(block, c.input["arpeggiator"]);
     EngineState engine;
+    setRates(engine, golden::asFloat(c.input["hostRate"]));
     engine.ticksPerSecond = c.input["ticksPerSecond"];
     engine.tempoBpm = c.input["tempoBpm"];
     Recorder target;
     Arpeggiator arpeggiator;
     arpeggiator.reset(block.data());
+    Keyboard keyboard(engine, arpeggiator, block, target);
     const int ticks = c.input["ticks"];
     const int stride = c.input.value("slideStride", 0);
     json slides = json::array();
     for (int tick = 0; tick < ticks; ++tick) {
         target.tick = tick;
-        at(c.input, "changes", tick, [&](const json& entry) { setParameters(block, entry["set"]); });
+        at(c.input, "changes", tick, [&](const json& entry) {
+            if (entry.contains("set")) setParameters(block, entry["set"]);
+            if (entry.contains("tempoBpm")) engine.tempoBpm = entry["tempoBpm"];
+        });
         at(c.input, "keys", tick, [&](const json& entry) {
-            for (const json& message : entry["midi"]) sendMidi(arpeggiator, message, block, target);
+            for (const json& message : entry["midi"]) keyboard.play(message);
         });
         engine.songPosition = positionAt(c.input["songPosition"], tick);
         arpeggiator.tick(block.data(), engine, target);

@@ -6,6 +6,8 @@
 #include "engine/controller_map.h"
 #include "golden_runner/digest.h"
 #include "golden_runner/golden.h"
+#include "platform/files.h"
+#include "platform/scratch_folder.h"
 #include "tests/patch/patch_bench.h"
 
 namespace {
@@ -121,7 +123,19 @@ void turnWheel(PatchBench& bench, int lsb, int msb) {
     bench.play(0xe0, static_cast<std::uint8_t>(lsb), static_cast<std::uint8_t>(msb));
 }
 
+// The range and the wheel one after the other; what the last of them leaves.
+json runWheelOperations(const json& operations) {
+    PatchBench bench;
+    for (const json& operation : operations) {
+        if (operation.contains("PitchWhl"))
+            bench.parameters.setParameter(vantoric::parameter::PitchWhl, golden::asFloat(operation["PitchWhl"]));
+        if (operation.contains("wheel")) turnWheel(bench, operation["wheel"][0], operation["wheel"][1]);
+    }
+    return {{"pitchWheel", bench.intake.pitchWheel()}, {"pitchBendFactor", bench.state.pitchBendFactor}};
+}
+
 json runWheelRows(const Case& c) {
+    if (c.input.contains("operations")) return runWheelOperations(c.input["operations"]);
     PatchBench bench;
     bench.parameters.setParameter(vantoric::parameter::PitchWhl, golden::asFloat(c.input.at("PitchWhl")));
     json rows = json::array();
@@ -144,7 +158,31 @@ json runWheelEvents(const Case& c) {
     return {{"w", positions}, {"pitchBendFactor", factors}};
 }
 
+// A map read from a file of these bytes (base64), or from one that is missing.
+json runMapRead(const json& file) {
+    const vantoric::platform::ScratchFolder folder;
+    const std::string path = folder / "map.cfg";
+    if (!file.is_null()) {
+        const golden::Bytes bytes = golden::fromBase64(file);
+        vantoric::platform::writeFile(path, bytes.data(), bytes.size());
+    }
+    PatchBench bench;
+    bench.ccMap.set(1, 1);  // is to go
+    bench.ccMap.load(path);
+    json map = json::array();
+    bool isUniform = true;
+    for (int controller = 0; controller < 128; ++controller) {
+        isUniform = isUniform && bench.ccMap.get(controller) == bench.ccMap.get(0);
+        if (bench.ccMap.get(controller) != ControllerMap::none) map.push_back({controller, bench.ccMap.get(controller)});
+    }
+    return {{"ccMap", map},
+            {"everyEntry", isUniform ? json(bench.ccMap.get(0)) : json()},
+            {"learnPending", bench.intake.learnPending()},
+            {"ccMapDirty", bench.intake.ccMapDirty() || bench.ccMap.isChanged()}};
+}
+
 json runMapFile(const Case& c) {
+    if (c.input.contains("file")) return runMapRead(c.input["file"]);
     ControllerMap map;
     for (const json& row : c.input.at("ccMap")) map.set(row[0], row[1]);
     const auto bytes = map.encode();

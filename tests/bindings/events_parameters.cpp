@@ -1,5 +1,6 @@
 // Parameters and all their texts.
 #include <map>
+#include <stdexcept>
 #include <string>
 
 #include "base/numbers.h"
@@ -38,6 +39,11 @@ json runAutomation(const Case& c) {
         for (const json& index : c.input.at("indices")) all = all && vantoric::canParameterBeAutomated(index, product.c_str());
         return {{"all", all}};
     }
+    if (c.expected.contains("parameterLayer")) {
+        json layers = json::array();
+        for (const json& index : c.input.at("indices")) layers.push_back(ParameterModel::parameterLayer(index));
+        return {{"parameterLayer", layers}};
+    }
     json rows = json::array();
     for (const json& row : c.expected.at("rows")) {
         const int can = vantoric::canParameterBeAutomated(row[0], product.c_str()) ? 1 : 0;
@@ -46,10 +52,25 @@ json runAutomation(const Case& c) {
     return {{"rows", rows}};
 }
 
+// The indices that a case names one by one or by its rule.
+std::vector<int> indicesOf(const json& indices) {
+    if (indices.is_array()) return indices.get<std::vector<int>>();
+    if (indices != "i below 24: i multiple of 3; else layer = n mod 4")
+        throw std::runtime_error("no rule " + indices.get<std::string>());
+    std::vector<int> chosen;
+    for (int i = 0; i < vantoric::parameterCount; ++i) {
+        const bool isGlobal = i < vantoric::globalParameterCount;
+        const int number = vantoric::numberOfParameter(i);
+        if (isGlobal ? i % 3 == 0 : ParameterModel::parameterLayer(i) - 1 == number % 4) chosen.push_back(i);
+    }
+    return chosen;
+}
+
 json runLimit(const Case& c) {
     json result = json::object();
-    for (const json& row : c.expected.value("limits", json::array()))
-        result["limits"].push_back({row[0], ParameterModel::parameterLimit(row[0]) * 128.0f});
+    for (const int index : indicesOf(c.input.value("indices", json::array())))
+        if (const float limit = ParameterModel::parameterLimit(index); limit != 1.0f)
+            result["limits"].push_back({index, limit * 128.0f});
     for (const json& row : c.expected.value("noGuard", json::array())) {
         const int index = row[1];
         const bool free = ParameterModel::parameterLimit(index) == 1.0f;

@@ -1,5 +1,6 @@
 // Notes on their way into voices, tick by tick, in a whole engine; and what a reset leaves.
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 #include <utility>
 
@@ -100,8 +101,18 @@ json byLayer(json events) {
     return events;
 }
 
+// The host's rate that gives so many ticks a second.
+float rateOfTicks(double ticksPerSecond) {
+    for (const float rate : {48000.0f, 44100.0f, 88200.0f, 96000.0f, 176400.0f, 192000.0f, 32000.0f}) {
+        EngineState state;
+        setRates(state, rate);
+        if (std::fabs(state.ticksPerSecond - ticksPerSecond) < 1e-6 * ticksPerSecond) return rate;
+    }
+    throw std::runtime_error("no rate has so many ticks a second");
+}
+
 json runVoices(const Case& c, int firstCompared) {
-    EngineRig rig(48000.0f);
+    EngineRig rig(c.input.contains("ticksPerSecond") ? rateOfTicks(c.input["ticksPerSecond"]) : 48000.0f);
     prepare(rig, c.input.at("parameters"));
     NoteLog notes(rig);
     const std::vector<int> layers = layersOf(c.expected.at("frames"));
@@ -193,6 +204,13 @@ json layerFilter(const Case& c) {
 }
 
 json layerSlew(const Case& c) {
+    if (c.input.contains("numbers")) {
+        json slewed = json::array();
+        for (const json& n : c.input["numbers"])
+            if (std::find(slewedParameters.begin(), slewedParameters.end(), n.get<int>()) != slewedParameters.end())
+                slewed.push_back(n);
+        return {{"slewed", slewed}};
+    }
     if (!c.input.contains("parameter")) {
         json numbers = json::array();
         for (const int n : slewedParameters) numbers.push_back({parameterInfo(n).name, n});

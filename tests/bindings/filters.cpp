@@ -359,7 +359,16 @@ json values(const golden::Case& c) {
     throw std::runtime_error("unknown operation " + operation);
 }
 
+// The label that a case gives must be one of its number.
+void requireLabel(const json& input) {
+    if (!input.contains("label")) return;
+    for (std::size_t i = 0; i < filterTypeLabels.size(); ++i)
+        if (input["label"] == filterTypeLabels[i] && filterNumber(static_cast<int>(i)) == input.at("number")) return;
+    throw std::runtime_error("label " + input["label"].dump() + " is another filter");
+}
+
 golden::Outcome check(const golden::Case& c) {
+    requireLabel(c.input);
     const DenormalsOff denormalsOff;
     if (c.input.at("operation") == "filterBound") return bound(c);
     return golden::compare(c.expected, values(c), c.tolerance);

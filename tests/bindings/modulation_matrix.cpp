@@ -109,6 +109,9 @@ golden::Outcome matrix(const golden::Case& c) {
 
     json got = {{"mod", json::array()}, {"envAfter", json::array()}};
     std::vector<bool> listed(layerParameterEnd);
+    for (const json& number : c.input.value("show", json::array()))
+        if (std::none_of(c.expected["mod"].begin(), c.expected["mod"].end(), [&](const json& row) { return row[0] == number; }))
+            throw std::runtime_error("number " + number.dump() + " is not shown");
     for (const json& entry : c.expected["mod"]) {
         const auto n = entry[0].get<std::size_t>();
         got["mod"].push_back({n, mod[n]});

@@ -184,6 +184,7 @@ struct KernelRun {
     Kernel kernel;
 
     explicit KernelRun(const json& input) : kernel(kernelNamed(input.at("kernel"))) {
+        if (input.contains("NoiWave")) requireNoise(input["NoiWave"]);
         engine.internalRate = input.value("internalRate", 96000.0f);
         random.congruence.state = input.value("congruence", 1u);
         random.hash.seed = input.value("hashSeed", random.hash.seed);
@@ -200,6 +201,15 @@ struct KernelRun {
         state.hiss = static_cast<std::int16_t>(input.value("hiss", 0));
         if (kernel == vantoric::kernels::fractal4) vantoric::startHenonMap(state);
         if (input.contains("state")) setFields(state, input.at("state"));
+    }
+
+    // A noise by its row of the list must be the kernel that was named.
+    void requireNoise(int noiWave) const {
+        vantoric::KernelChoice choice;
+        choice.synType = vantoric::noiseType;
+        choice.noiWave = noiWave;
+        choice.internalRate = engine.internalRate;
+        if (vantoric::chooseKernel(choice, {}) != kernel) throw std::runtime_error("NoiWave is another kernel");
     }
 
     // One call; `in` may be empty for zeros.

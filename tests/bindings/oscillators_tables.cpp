@@ -259,10 +259,18 @@ Outcome startPhases(const Case& c) {
 
 int waveSample(const json& recipe, LinearCongruence& random, int i) {
     const std::string kind = recipe.at("kind");
-    if (kind == "saw") return (2 * i - 2047) * recipe.at("k").get<int>();
-    if (kind == "constant") return recipe.at("k");
-    if (kind == "square") return i < 1024 ? recipe.at("k").get<int>() : -recipe.at("k").get<int>();
     if (kind == "noise") return static_cast<std::int32_t>(random.next()) >> recipe.at("shift").get<int>();
+    const int k = recipe.at("k");
+    if (kind == "saw") return (2 * i - 2047) * k;
+    if (kind == "sawDc") return (2 * i - 2047) * k + recipe.at("dc").get<int>();
+    if (kind == "constant") return k;
+    if (kind == "square") return i < 1024 ? k : -k;
+    if (kind == "pulse") return i < recipe.at("width").get<int>() ? k : -(k >> 2);
+    if (kind == "impulse") return i == recipe.at("at").get<int>() ? k : 0;
+    if (kind == "parabola") {
+        const int j = i & 1023, h = (j * (1024 - j)) >> 3;
+        return ((i >= 1024 ? -h : h) * k) >> 8;
+    }
     throw std::runtime_error("no wave kind " + kind);
 }
 

@@ -79,7 +79,8 @@ Samples play(Kernel kernel, const json& input, const Sample& sample, OscillatorS
 
 // Every kernel leaves the buffer as it was without a sample.
 json playEmpty(const json& input) {
-    const Sample sample;
+    Sample sample;
+    if (const std::int32_t length = input.value("length", 0); length > 0) throw std::runtime_error("there is a sample");
     Samples buffer = input.at("buffer").get<Samples>();
     static const EngineState engine;
     static const WaveStore waves;
@@ -185,8 +186,13 @@ json filter(const Case& c) {
     return got;
 }
 
-// The rows of the filter vectors in the same folder.
-LevelRows rowsOfFolder(const std::string& folder) {
+// The rows of a case, or, where it only refers to them, those of the filter vectors in the same folder.
+LevelRows rowsOf(const json& given, const std::string& folder) {
+    if (given.is_array()) {
+        LevelRows rows;
+        for (std::size_t level = 1; level < sampleLevels; ++level) rows[level - 1] = rowOfHalf(given.at(level - 1));
+        return rows;
+    }
     std::ifstream stream(folder + "/fir_filter.json");
     LevelRows rows;
     for (const json& entry : json::parse(stream))
@@ -202,7 +208,7 @@ json levels(const Case& c) {
     sample.length = c.input.at("length");
     const Samples level0 = firstSamples(c.input.at("level0"), sample.length);
     std::copy_n(level0.begin(), sample.length, sample.levels[0].get());
-    buildLevels(sample, c.input.at("wrap"), nullptr, rowsOfFolder(c.folder));
+    buildLevels(sample, c.input.at("wrap"), nullptr, rowsOf(c.input.value("rows_half", json()), c.folder));
     json got = json::object();
     for (std::size_t level = 1; level < sampleLevels; ++level)
         for (int i = 0; i < sample.length; i += c.input.at("stride").get<int>())

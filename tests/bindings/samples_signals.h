@@ -109,48 +109,56 @@ inline void appendNumber(std::vector<std::uint8_t>& bytes, std::uint32_t value, 
     for (int k = 0; k < size; ++k) bytes.push_back(static_cast<std::uint8_t>(value >> (8 * k)));
 }
 
+// One part of a file.
+inline std::vector<std::uint8_t> partOf(const json& entry) {
+    std::vector<std::uint8_t> bytes;
+    const auto part = entry.begin();
+    const std::string& kind = part.key();
+    const json& value = part.value();
+    if (kind == "hex") {
+        const auto raw = fromHex(value);
+        bytes.insert(bytes.end(), raw.begin(), raw.end());
+    } else if (kind == "text") {
+        const std::string text = value;
+        bytes.insert(bytes.end(), text.begin(), text.end());
+    } else if (kind == "u16") {
+        appendNumber(bytes, value, 2);
+    } else if (kind == "u32") {
+        appendNumber(bytes, value, 4);
+    } else if (kind == "zero") {
+        bytes.resize(bytes.size() + value.get<std::size_t>());
+    } else if (kind == "interleave") {
+        const Samples left = sampleSignal(value.at(0)), right = sampleSignal(value.at(1));
+        for (std::size_t i = 0; i < left.size(); ++i) {
+            appendNumber(bytes, static_cast<std::uint16_t>(left[i]), 2);
+            appendNumber(bytes, static_cast<std::uint16_t>(right.at(i)), 2);
+        }
+    } else {
+        for (const std::int16_t v : sampleSignal(value)) {
+            const auto wide = static_cast<std::uint32_t>(static_cast<std::int32_t>(v));
+            if (kind == "s16")
+                appendNumber(bytes, wide, 2);
+            else if (kind == "u8")
+                bytes.push_back(static_cast<std::uint8_t>((v + 32768) >> 8));
+            else if (kind == "s24")
+                appendNumber(bytes, wide << 8, 3);
+            else if (kind == "s32")
+                appendNumber(bytes, wide << 16, 4);
+            else if (kind == "f32")
+                appendNumber(bytes, std::bit_cast<std::uint32_t>(static_cast<float>(v / 32768.0)), 4);
+            else
+                throw std::runtime_error("unknown part " + kind);
+        }
+    }
+    return bytes;
+}
+
 // A file by its list of parts.
 inline std::vector<std::uint8_t> fileOf(const json& parts) {
     std::vector<std::uint8_t> bytes;
     for (const json& entry : parts) {
-        const auto part = entry.begin();
-        const std::string& kind = part.key();
-        const json& value = part.value();
-        if (kind == "hex") {
-            const auto raw = fromHex(value);
-            bytes.insert(bytes.end(), raw.begin(), raw.end());
-        } else if (kind == "text") {
-            const std::string text = value;
-            bytes.insert(bytes.end(), text.begin(), text.end());
-        } else if (kind == "u16") {
-            appendNumber(bytes, value, 2);
-        } else if (kind == "u32") {
-            appendNumber(bytes, value, 4);
-        } else if (kind == "zero") {
-            bytes.resize(bytes.size() + value.get<std::size_t>());
-        } else if (kind == "interleave") {
-            const Samples left = sampleSignal(value.at(0)), right = sampleSignal(value.at(1));
-            for (std::size_t i = 0; i < left.size(); ++i) {
-                appendNumber(bytes, static_cast<std::uint16_t>(left[i]), 2);
-                appendNumber(bytes, static_cast<std::uint16_t>(right.at(i)), 2);
-            }
-        } else {
-            for (const std::int16_t v : sampleSignal(value)) {
-                const auto wide = static_cast<std::uint32_t>(static_cast<std::int32_t>(v));
-                if (kind == "s16")
-                    appendNumber(bytes, wide, 2);
-                else if (kind == "u8")
-                    bytes.push_back(static_cast<std::uint8_t>((v + 32768) >> 8));
-                else if (kind == "s24")
-                    appendNumber(bytes, wide << 8, 3);
-                else if (kind == "s32")
-                    appendNumber(bytes, wide << 16, 4);
-                else if (kind == "f32")
-                    appendNumber(bytes, std::bit_cast<std::uint32_t>(static_cast<float>(v / 32768.0)), 4);
-                else
-                    throw std::runtime_error("unknown part " + kind);
-            }
-        }
+        const std::vector<std::uint8_t> part = partOf(entry);
+        bytes.insert(bytes.end(), part.begin(), part.end());
     }
     return bytes;
 }

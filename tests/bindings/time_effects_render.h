@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/random.h"
+#include "bindings/drive_master_signals.h"
 #include "effects/chorus.h"
 #include "effects/delay2.h"
 #include "effects/reverb_core.h"
@@ -127,6 +128,16 @@ void prepareEffect(Effect& effect, const json& input) {
     for (std::size_t i = 0; i < parameters.size(); ++i) effect.setParameter(static_cast<int>(i), asFloat(parameters[i]));
 }
 
+// What a case says of its effect must be that of the class it is bound to.
+template <class Effect>
+void requireClass(const json& input) {
+    using namespace vantoric;
+    constexpr bool isChorus = std::is_same_v<Effect, Chorus>, isDelay = std::is_same_v<Effect, Delay2>;
+    const std::string name = isChorus ? "Chorus" : isDelay ? "Delay2" : "ReverbCore";
+    if (input.value("class", name) != name) throw std::runtime_error("class " + input["class"].dump() + " is bound to " + name);
+    requireType(input, isChorus ? EffectFamily::modulation : isDelay ? EffectFamily::delay : EffectFamily::reverb);
+}
+
 // Checks what a case tells beside its sound ("derived", "taps"); called when the run is over.
 template <class Effect>
 using Inspection = void (*)(Outcome&, Effect&, const Case&);
@@ -154,6 +165,7 @@ Outcome renderWith(Effect& effect, vantoric::RandomSources& random, const Case& 
 //   run, golden::renderedEffect<vantoric::ReverbCore, inspectReverb>.
 template <class Effect, Inspection<Effect> inspect = nullptr>
 Outcome renderedEffect(const Case& c) {
+    requireClass<Effect>(c.input);
     vantoric::RandomSources random;
     if constexpr (std::is_constructible_v<Effect, vantoric::RandomSources&>) {
         Effect effect(random);

@@ -1,6 +1,10 @@
 #include "golden_runner/golden.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <set>
+#include <utility>
 
 namespace golden {
 
@@ -23,6 +27,47 @@ int matchLength(const std::string& pattern, const std::string& stem) {
         return stem.compare(0, prefix.size(), prefix) == 0 ? static_cast<int>(prefix.size()) : -1;
     }
     return pattern == stem ? static_cast<int>(stem.size()) + 1000 : -1;
+}
+
+// What stands in a case for its reader only.
+struct Commentary {
+    const char* part;  // of the case
+    const char* area;  // "": all
+    const char* key;
+};
+constexpr Commentary commentary[] = {
+    {"input", "", "note"},
+    {"input", "", "about"},
+    {"input", "", "formula"},
+    {"input", "", "optional"},  // may be missed by a program with other integer types
+    {"input", "drive_master", "uses_fastExp"},
+    {"input", "drive_master", "other_order"},
+    {"input", "drive_master", "name"},  // of a gate's pattern
+    {"input", "samples", "label"},      // of a test tone
+    {"expected", "", "note"},
+    {"expected", "drive_master", "left_rising"},  // by another order of the four points
+    {"expected", "drive_master", "right_rising"},
+    {"expected", "oscillators", "kind"},   // what is special about a row
+    {"expected", "oscillators", "steps"},  // for diagnosis
+    {"expected", "oscillators", "outputOtherGroupFirst"},
+    {"expected", "oscillators", "outputOneDrawPerSample"},
+    {"expected", "samples", "margin"},  // to the next best
+    {"expected", "samples", "ratio_of_the_model"},
+    {"expected", "time_effects", "rms"},   // to find a fault
+    {"expected", "time_effects", "nine"},  // by another telling of the quick exponential
+    {"expected", "time_effects", "Dmp_nine"},
+    {"tolerance", "", "note"},
+    {"tolerance", "", "abs"},  // of texts and integers nothing asks for them
+    {"tolerance", "", "rel"},
+    {"tolerance", "", "fields"},
+    {"tolerance", "time_effects", "admits"},
+};
+
+bool isCommentary(const std::string& part, const std::string& area, const std::string& way) {
+    const std::string key = way.substr(way.find_last_of('.') + 1);
+    return std::any_of(std::begin(commentary), std::end(commentary), [&](const Commentary& row) {
+        return part == row.part && key == row.key && (*row.area == '\0' || area.empty() || area == row.area);
+    });
 }
 
 bool isTolerance(const json& t) { return t.is_object() && (t.contains("abs") || t.contains("rel")); }
@@ -65,7 +110,8 @@ void Outcome::number(double got, double expected, double abs, double rel, const 
 void compareInto(Outcome& outcome, const json& expected, const json& got, const json& tolerance, const std::string& where) {
     if (expected.is_object()) {
         if (!got.is_object()) return outcome.fail(where + ": not an object");
-        for (const auto& [key, value] : expected.items()) {
+        for (const auto& [key, unused] : expected.items()) {
+            const json& value = expected.at(key);
             if (!got.contains(key)) {
                 outcome.fail(where + "." + key + ": missing");
                 continue;
@@ -87,6 +133,16 @@ void compareInto(Outcome& outcome, const json& expected, const json& got, const 
     } else if (expected != got) {
         outcome.fail(where + ": got " + got.dump() + ", expected " + expected.dump());
     }
+}
+
+void requireAllRead(const Case& c, Outcome& outcome) {
+    for (const auto& [part, value] : {std::pair{"input", &c.input}, {"expected", &c.expected}, {"tolerance", &c.tolerance}})
+        for (const std::string& way : unreadKeys(*value))
+            if (!isCommentary(part, c.area, way)) outcome.fail(std::string(part) + "." + way + " is not read");
+    static const std::set<std::string> known = {"case",      "about",   "input",        "expected", "expected_law",
+                                                "tolerance", "reading", "alsoAccepted", "note"};
+    for (const auto& [key, value] : c.whole.items())
+        if (!known.contains(key)) outcome.fail(key + " is not known");
 }
 
 Outcome compare(const json& expected, const json& got, const json& tolerance) {

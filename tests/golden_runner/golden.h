@@ -3,20 +3,20 @@
 #pragma once
 
 #include <cmath>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "golden_runner/watched.h"
+
 namespace golden {
 
-using json = nlohmann::json;
-
 struct Case {
-    std::string name;  // "kind/name" or whatever the file calls it
-    std::string stem;  // the file's name without a trailing _1, _2 or _partN and without its ending
-    json input, expected, tolerance;
-    json whole;          // the case as it stands in the file
-    std::string folder;  // of the file, for cases that refer to another file
+    std::string name;                 // "kind/name" or whatever the file calls it
+    std::string area;                 // of its binding: "modulation"
+    std::string stem;                 // the file's name without a trailing _1, _2 or _partN and without its ending
+    json input, expected, tolerance;  // watched
+    json whole;                       // the case as it stands in the file
+    std::string folder;               // of the file, for cases that refer to another file
 };
 
 // What a case came to. `worst` is the largest ratio of a deviation to its allowance: above 1 fails.
@@ -32,6 +32,10 @@ struct Outcome {
     // Counts one number; `where` names it in a message.
     void number(double got, double expected, double abs, double rel, const std::string& where);
 };
+
+// Fails a case that says something which its binding did not ask for: a key of input, expected or tolerance that was not
+// read, or an unknown one beside them. Commentary is let pass.
+void requireAllRead(const Case& c, Outcome& outcome);
 
 // Compares `got` with `expected` value by value. Every key and element of `expected` must be in `got`;
 // got may hold more. Tolerance: {"abs", "rel"} for all, or such a pair per field of an object.
