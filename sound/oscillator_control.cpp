@@ -14,53 +14,11 @@ namespace vantoric {
 
 namespace {
 
-std::int32_t truncated32(double value) {
-    return truncateTo(value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
-}
-
 constexpr float mixScale = 2097152000.0f;
 
 std::uint32_t product(std::int32_t a, std::int32_t b) { return static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b); }
 
 }  // namespace
-
-std::uint32_t increment24(double d) { return static_cast<std::uint32_t>(truncated32(d * 16777216.0)); }
-
-int toneCoefficient(double d) { return truncateTo((std::fabs(d) - std::fabs(d - 0.1)) * 134312.0 + 13431.2, -32768, 32767); }
-
-std::uint32_t scanIncrement(double d, float pw) {
-    const double p = pw;
-    return static_cast<std::uint32_t>(truncated32(p * d * p * 262144.0));
-}
-
-WavePosition wavePosition(int frameCount, float pw) {
-    const double position = frameCount * (2.0 * clampUnit(static_cast<double>(pw))) * 0.499995;
-    const auto frame = static_cast<std::int32_t>(position);
-    return {frame, static_cast<std::uint16_t>((position - frame) * 65535.0)};
-}
-
-void setPosition(OscillatorState& state, float pw) {
-    const WavePosition position = wavePosition(state.frameCount, pw);
-    state.framePending = position.frame;
-    state.blendPending = position.blend;
-    if (state.frame < 0) {
-        state.frame = position.frame;
-        state.blend = position.blend;
-    }
-}
-
-std::int32_t fmDepthTarget(float fm) {
-    const float v = doubledUnit(fm);
-    return static_cast<std::int32_t>(v * v * 32767.5f);
-}
-
-std::int32_t fmDepthStep(std::int32_t target, std::int32_t present, int tickSamples) { return (target - present) / tickSamples; }
-
-ToneGains toneGains(float timbre) {
-    const float x = 2.0f * doubledUnit(timbre) - 2.0f;
-    const int wet = static_cast<int>(x * -511.5f);
-    return {static_cast<std::int16_t>(wet), static_cast<std::int16_t>(x <= 0.0f ? 1023 - wet : 1023)};
-}
 
 void toneStage(std::int16_t* buffer, int count, std::int32_t& toneState, int coefficient, const ToneGains& gains) {
     if (!gains.isHeard()) return;
@@ -73,12 +31,6 @@ void toneStage(std::int16_t* buffer, int count, std::int32_t& toneState, int coe
         buffer[i] = static_cast<std::int16_t>(static_cast<std::int32_t>(product(dry, x) + product(wet, s)) >> 10);
     }
     toneState = s;
-}
-
-MixGains mixGains(bool active, float vol, float filtMix) {
-    if (!active) return {};
-    const float g = doubledUnit(vol);
-    return {truncated32((1.0f - filtMix) * g * 16383.5f), truncated32(filtMix * g * 16383.5f)};
 }
 
 namespace {

@@ -83,7 +83,9 @@ OutputTargets OutputStage::gains(int voice) const {
 }
 
 // One voice without the terms of the sound modes, both sides at once: a group that is mostly empty is done sooner so.
-void OutputStage::renderVoice(const float* f1, const float* f2, int count, int voice) {
+// add(i, left, right) takes its samples.
+template <class Add>
+void OutputStage::renderVoice(const float* f1, const float* f2, int count, int voice, Add add) {
     using Pair = Lanes<double, 2>;
     const auto pair = [voice](const std::array<OutputMemory::Row, gainCount>& rows, Gain left, Gain right) {
         const std::array<double, 2> values = {rows[left][voice], rows[right][voice]};
@@ -93,16 +95,13 @@ void OutputStage::renderVoice(const float* f1, const float* f2, int count, int v
     const Pair step1 = pair(memory_.step, left1, right1), step2 = pair(memory_.step, left2, right2);
     double gainRing = memory_.gain[ring][voice];
     const double stepRing = memory_.step[ring][voice];
-    double* sumLeft = &memory_.sumLeft[voice % laneGroup];
-    double* sumRight = &memory_.sumRight[voice % laneGroup];
     for (int i = 0; i < count; ++i) {
         gain1 += step1;
         gain2 += step2;
         gainRing += stepRing;
         const double a = f1[i * voiceCount + voice] + outputAntiDenormal, b = f2[i * voiceCount + voice] + outputAntiDenormal;
         const Pair both = gain1 * Pair(a) + gain2 * Pair(b) + Pair(gainRing * a * b);
-        sumLeft[i * laneGroup] += both[0];
-        sumRight[i * laneGroup] += both[1];
+        add(i, both[0], both[1]);
     }
     const auto keep = [&](Gain left, Gain right, const Pair& gains) {
         memory_.gain[left][voice] = gains[0];
@@ -115,13 +114,24 @@ void OutputStage::renderVoice(const float* f1, const float* f2, int count, int v
 }
 
 void OutputStage::render(const float* f1, const float* f2, int count, LaneMask mask, float* left, float* right) {
+    const bool plain = !memory_.bassOn && !memory_.transientOn;
+    if (plain && std::has_single_bit(mask))
+        return renderVoice(f1, f2, count, std::countr_zero(mask), [=](int i, double l, double r) {
+            left[i] += static_cast<float>(l);
+            right[i] += static_cast<float>(r);
+        });
     std::fill_n(memory_.sumLeft.begin(), count * laneGroup, 0.0);
     std::fill_n(memory_.sumRight.begin(), count * laneGroup, 0.0);
     for (int first = 0; first < voiceCount; first += laneGroup) {
         if (((mask >> first) & 15) == 0) continue;
-        if (!memory_.bassOn && !memory_.transientOn && std::popcount(mask >> first & 15u) <= 2)
-            for (unsigned rest = mask >> first & 15u; rest != 0; rest &= rest - 1)
-                renderVoice(f1, f2, count, first + std::countr_zero(rest));
+        if (plain && std::popcount(mask >> first & 15u) <= 2)
+            for (unsigned rest = mask >> first & 15u; rest != 0; rest &= rest - 1) {
+                const int voice = first + std::countr_zero(rest), lane = voice % laneGroup;
+                renderVoice(f1, f2, count, voice, [this, lane](int i, double l, double r) {
+                    memory_.sumLeft[i * laneGroup + lane] += l;
+                    memory_.sumRight[i * laneGroup + lane] += r;
+                });
+            }
         else
             renderGroup(memory_, f1, f2, count, mask, first);
     }

@@ -72,7 +72,8 @@ public:
     OutputTargets gains(int voice) const;
 
 private:
-    void renderVoice(const float* f1, const float* f2, int count, int voice);
+    template <class Add>
+    void renderVoice(const float* f1, const float* f2, int count, int voice, Add add);
 
     OutputMemory memory_;
 };
