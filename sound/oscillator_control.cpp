@@ -1,14 +1,12 @@
 #include "sound/oscillator_control.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-
-#if defined(__SSE2__)
+#if defined(VANTORIC_WIDE_LOOPS)
+#include <immintrin.h>
+#elif defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
-#include "base/numbers.h"
+#include "sound/filters/wide_loops.h"
 
 namespace vantoric {
 
@@ -71,6 +69,56 @@ void storeLanes(__m128 (&rows)[mixVoices], float* lanes) {
     for (int i = 0; i < 4; ++i) _mm_storeu_ps(lanes + i * voiceCount, rows[i]);
 }
 
+#if defined(VANTORIC_WIDE_LOOPS)
+
+// The first samples up to a multiple of eight on a processor with AVX2: both blocks of a register hold four samples of a
+// voice. Nothing but instructions here: what this function called would not be compiled for AVX2.
+[[gnu::target("avx2")]] int mixEights(const MixSource (&voices)[mixVoices], const SideGains (&gains)[2][mixVoices], int count,
+                                      float* f1, float* f2) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m256 scale = _mm256_set1_ps(mixScale);
+    int i = 0;
+    for (; i + 8 <= count; i += 8) {
+        __m256 rows[2][mixVoices];
+#pragma GCC unroll 4
+        for (int v = 0; v < mixVoices; ++v) {
+            rows[0][v] = rows[1][v] = _mm256_setzero_ps();
+            const auto& buffers = voices[v].buffers;
+            if (buffers[0] == nullptr) continue;
+            const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buffers[0] + i));
+            const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buffers[1] + i));
+            const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buffers[2] + i));
+            const __m256i pairs = _mm256_set_m128i(_mm_unpackhi_epi16(a, b), _mm_unpacklo_epi16(a, b));
+            const __m256i rest = _mm256_set_m128i(_mm_unpackhi_epi16(c, zero), _mm_unpacklo_epi16(c, zero));
+#pragma GCC unroll 2
+            for (int side = 0; side < 2; ++side) {
+                const __m256i firstTwo = _mm256_broadcastsi128_si256(gains[side][v].firstTwo);
+                const __m256i third = _mm256_broadcastsi128_si256(gains[side][v].third);
+                const __m256i sum = _mm256_add_epi32(_mm256_madd_epi16(pairs, firstTwo), _mm256_madd_epi16(rest, third));
+                rows[side][v] = _mm256_div_ps(_mm256_cvtepi32_ps(sum), scale);
+            }
+        }
+#pragma GCC unroll 2
+        for (int side = 0; side < 2; ++side) {
+            float* lanes = (side == 0 ? f1 : f2) + i * voiceCount;
+            const __m256 low1 = _mm256_unpacklo_ps(rows[side][0], rows[side][1]);
+            const __m256 high1 = _mm256_unpackhi_ps(rows[side][0], rows[side][1]);
+            const __m256 low2 = _mm256_unpacklo_ps(rows[side][2], rows[side][3]);
+            const __m256 high2 = _mm256_unpackhi_ps(rows[side][2], rows[side][3]);
+            const __m256 moments[4] = {_mm256_shuffle_ps(low1, low2, 0x44), _mm256_shuffle_ps(low1, low2, 0xee),
+                                       _mm256_shuffle_ps(high1, high2, 0x44), _mm256_shuffle_ps(high1, high2, 0xee)};
+#pragma GCC unroll 4
+            for (int k = 0; k < 4; ++k) {
+                _mm_storeu_ps(lanes + k * voiceCount, _mm256_castps256_ps128(moments[k]));
+                _mm_storeu_ps(lanes + (k + 4) * voiceCount, _mm256_extractf128_ps(moments[k], 1));
+            }
+        }
+    }
+    return i;
+}
+
+#endif
+
 // The first samples up to a multiple of four, if all gains have 16 bits. Returns how many.
 int mixFours(const MixSource (&voices)[mixVoices], int count, float* f1, float* f2) {
     for (const MixSource& voice : voices)
@@ -87,6 +135,9 @@ int mixFours(const MixSource (&voices)[mixVoices], int count, float* f1, float* 
     const auto four = [](const std::int16_t* at) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(at)); };
     __m128 rows1[mixVoices] = {}, rows2[mixVoices] = {};
     int i = 0;
+#if defined(VANTORIC_WIDE_LOOPS)
+    if (filters::wideLoopsInUse()) i = mixEights(voices, gains, count, f1, f2);
+#endif
     for (; i + 4 <= count; i += 4) {
 #pragma GCC unroll 4
         for (int v = 0; v < mixVoices; ++v) {

@@ -133,7 +133,7 @@ TEST(Mix, AVoiceGoesIntoItsLaneAndSilenceIntoTheOthersOfItsGroup) {
         }
 }
 
-TEST(Mix, EverySampleIsTheWrappedSumOverItsScale) {
+void expectWrappedSums() {
     LinearCongruence chance{7};
     Samples b[3];
     for (Samples& buffer : b)
@@ -157,6 +157,14 @@ TEST(Mix, EverySampleIsTheWrappedSumOverItsScale) {
             }
         }
     }
+}
+
+TEST(Mix, EverySampleIsTheWrappedSumOverItsScale) {
+    expectWrappedSums();
+    if (!filters::wideLoopsInUse()) return;
+    filters::useWideLoops(false);
+    expectWrappedSums();
+    filters::useWideLoops(true);
 }
 
 TEST(AnalogClip, SaturatesAtOneHalfOnceItPassesOneQuarter) {
