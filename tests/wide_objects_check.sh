@@ -6,7 +6,8 @@ set -euo pipefail
 checked=77
 for object in "$@"; do
     [[ $object == *_wide.cpp.o ]] || continue
-    shared=$(nm --demangle --defined-only --extern-only "$object" | grep -E ' [WVu] ' | grep -v personality || true)
+    symbols=$(nm --demangle --defined-only --extern-only "$object")
+    shared=$(grep -E ' [WVu] ' <<<"$symbols" | grep -v personality || true)
     [[ -z $shared ]] || { printf 'shared with other objects:\n%s\n' "$shared"; exit 1; }
     checked=0
 done

@@ -4,8 +4,8 @@
 set -euo pipefail
 for object in "$@"; do
     [[ $object == *wide_loops.cpp.o ]] || continue
-    others=$(nm --demangle --defined-only --extern-only "$object" |
-        grep -vE ' [WV] .*(runInLanes|runChains)<.*, 8(, [0-9])?>|WideLoops<.*::byVariant$|personality' || true)
+    symbols=$(nm --demangle --defined-only --extern-only "$object")
+    others=$(grep -vE ' [WV] .*(runInLanes|runChains)<.*, 8(, [0-9])?>|WideLoops<.*::byVariant$|personality' <<<"$symbols" || true)
     [[ -z $others ]] && exit 0
     printf 'not loops of eight lanes:\n%s\n' "$others"
     exit 1
