@@ -1,66 +1,22 @@
 #include "sound/oscillator_control.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-
-#if defined(__SSE2__)
+#if defined(VANTORIC_WIDE_LOOPS)
+#include <immintrin.h>
+#elif defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
-#include "base/numbers.h"
+#include "sound/filters/wide_loops.h"
 
 namespace vantoric {
 
 namespace {
-
-std::int32_t truncated32(double value) {
-    return truncateTo(value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
-}
 
 constexpr float mixScale = 2097152000.0f;
 
 std::uint32_t product(std::int32_t a, std::int32_t b) { return static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b); }
 
 }  // namespace
-
-std::uint32_t increment24(double d) { return static_cast<std::uint32_t>(truncated32(d * 16777216.0)); }
-
-int toneCoefficient(double d) { return truncateTo((std::fabs(d) - std::fabs(d - 0.1)) * 134312.0 + 13431.2, -32768, 32767); }
-
-std::uint32_t scanIncrement(double d, float pw) {
-    const double p = pw;
-    return static_cast<std::uint32_t>(truncated32(p * d * p * 262144.0));
-}
-
-WavePosition wavePosition(int frameCount, float pw) {
-    const double position = frameCount * (2.0 * clampUnit(static_cast<double>(pw))) * 0.499995;
-    const auto frame = static_cast<std::int32_t>(position);
-    return {frame, static_cast<std::uint16_t>((position - frame) * 65535.0)};
-}
-
-void setPosition(OscillatorState& state, float pw) {
-    const WavePosition position = wavePosition(state.frameCount, pw);
-    state.framePending = position.frame;
-    state.blendPending = position.blend;
-    if (state.frame < 0) {
-        state.frame = position.frame;
-        state.blend = position.blend;
-    }
-}
-
-std::int32_t fmDepthTarget(float fm) {
-    const float v = doubledUnit(fm);
-    return static_cast<std::int32_t>(v * v * 32767.5f);
-}
-
-std::int32_t fmDepthStep(std::int32_t target, std::int32_t present, int tickSamples) { return (target - present) / tickSamples; }
-
-ToneGains toneGains(float timbre) {
-    const float x = 2.0f * doubledUnit(timbre) - 2.0f;
-    const int wet = static_cast<int>(x * -511.5f);
-    return {static_cast<std::int16_t>(wet), static_cast<std::int16_t>(x <= 0.0f ? 1023 - wet : 1023)};
-}
 
 void toneStage(std::int16_t* buffer, int count, std::int32_t& toneState, int coefficient, const ToneGains& gains) {
     if (!gains.isHeard()) return;
@@ -73,12 +29,6 @@ void toneStage(std::int16_t* buffer, int count, std::int32_t& toneState, int coe
         buffer[i] = static_cast<std::int16_t>(static_cast<std::int32_t>(product(dry, x) + product(wet, s)) >> 10);
     }
     toneState = s;
-}
-
-MixGains mixGains(bool active, float vol, float filtMix) {
-    if (!active) return {};
-    const float g = doubledUnit(vol);
-    return {truncated32((1.0f - filtMix) * g * 16383.5f), truncated32(filtMix * g * 16383.5f)};
 }
 
 namespace {
@@ -119,6 +69,56 @@ void storeLanes(__m128 (&rows)[mixVoices], float* lanes) {
     for (int i = 0; i < 4; ++i) _mm_storeu_ps(lanes + i * voiceCount, rows[i]);
 }
 
+#if defined(VANTORIC_WIDE_LOOPS)
+
+// The first samples up to a multiple of eight on a processor with AVX2: both blocks of a register hold four samples of a
+// voice. Nothing but instructions here: what this function called would not be compiled for AVX2.
+[[gnu::target("avx2")]] int mixEights(const MixSource (&voices)[mixVoices], const SideGains (&gains)[2][mixVoices], int count,
+                                      float* f1, float* f2) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m256 scale = _mm256_set1_ps(mixScale);
+    int i = 0;
+    for (; i + 8 <= count; i += 8) {
+        __m256 rows[2][mixVoices];
+#pragma GCC unroll 4
+        for (int v = 0; v < mixVoices; ++v) {
+            rows[0][v] = rows[1][v] = _mm256_setzero_ps();
+            const auto& buffers = voices[v].buffers;
+            if (buffers[0] == nullptr) continue;
+            const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buffers[0] + i));
+            const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buffers[1] + i));
+            const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buffers[2] + i));
+            const __m256i pairs = _mm256_set_m128i(_mm_unpackhi_epi16(a, b), _mm_unpacklo_epi16(a, b));
+            const __m256i rest = _mm256_set_m128i(_mm_unpackhi_epi16(c, zero), _mm_unpacklo_epi16(c, zero));
+#pragma GCC unroll 2
+            for (int side = 0; side < 2; ++side) {
+                const __m256i firstTwo = _mm256_broadcastsi128_si256(gains[side][v].firstTwo);
+                const __m256i third = _mm256_broadcastsi128_si256(gains[side][v].third);
+                const __m256i sum = _mm256_add_epi32(_mm256_madd_epi16(pairs, firstTwo), _mm256_madd_epi16(rest, third));
+                rows[side][v] = _mm256_div_ps(_mm256_cvtepi32_ps(sum), scale);
+            }
+        }
+#pragma GCC unroll 2
+        for (int side = 0; side < 2; ++side) {
+            float* lanes = (side == 0 ? f1 : f2) + i * voiceCount;
+            const __m256 low1 = _mm256_unpacklo_ps(rows[side][0], rows[side][1]);
+            const __m256 high1 = _mm256_unpackhi_ps(rows[side][0], rows[side][1]);
+            const __m256 low2 = _mm256_unpacklo_ps(rows[side][2], rows[side][3]);
+            const __m256 high2 = _mm256_unpackhi_ps(rows[side][2], rows[side][3]);
+            const __m256 moments[4] = {_mm256_shuffle_ps(low1, low2, 0x44), _mm256_shuffle_ps(low1, low2, 0xee),
+                                       _mm256_shuffle_ps(high1, high2, 0x44), _mm256_shuffle_ps(high1, high2, 0xee)};
+#pragma GCC unroll 4
+            for (int k = 0; k < 4; ++k) {
+                _mm_storeu_ps(lanes + k * voiceCount, _mm256_castps256_ps128(moments[k]));
+                _mm_storeu_ps(lanes + (k + 4) * voiceCount, _mm256_extractf128_ps(moments[k], 1));
+            }
+        }
+    }
+    return i;
+}
+
+#endif
+
 // The first samples up to a multiple of four, if all gains have 16 bits. Returns how many.
 int mixFours(const MixSource (&voices)[mixVoices], int count, float* f1, float* f2) {
     for (const MixSource& voice : voices)
@@ -135,6 +135,9 @@ int mixFours(const MixSource (&voices)[mixVoices], int count, float* f1, float* 
     const auto four = [](const std::int16_t* at) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(at)); };
     __m128 rows1[mixVoices] = {}, rows2[mixVoices] = {};
     int i = 0;
+#if defined(VANTORIC_WIDE_LOOPS)
+    if (filters::wideLoopsInUse()) i = mixEights(voices, gains, count, f1, f2);
+#endif
     for (; i + 4 <= count; i += 4) {
 #pragma GCC unroll 4
         for (int v = 0; v < mixVoices; ++v) {

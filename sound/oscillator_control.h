@@ -1,8 +1,11 @@
 // What a control tick derives for an oscillator, its tone stage, and the mix of three oscillators.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 
+#include "base/numbers.h"
 #include "sound/oscillator_state.h"
 
 namespace vantoric {
@@ -12,27 +15,53 @@ inline constexpr int mixVoices = 4;  // that are mixed at once
 // Below, d is a frequency in cycles per sample of the internal rate; control values are as the matrix left
 // them and may leave 0 to 1. Results that would pass 32 bits are held there; NaN reads as the lowest value.
 
+inline std::int32_t truncated32(double value) {
+    return truncateTo(value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
+}
+
 // The 24-bit phase increment: d x 16777216.
-std::uint32_t increment24(double d);
+inline std::uint32_t increment24(double d) { return static_cast<std::uint32_t>(truncated32(d * 16777216.0)); }
 
 // Coefficient of the tone stage: 268624 d up to d = 0.1, 26862 above.
-int toneCoefficient(double d);
+inline int toneCoefficient(double d) {
+    return truncateTo((std::fabs(d) - std::fabs(d - 0.1)) * 134312.0 + 13431.2, -32768, 32767);
+}
 
 // Increment of the frame scan, growing with the square of Pw.
-std::uint32_t scanIncrement(double d, float pw);
+inline std::uint32_t scanIncrement(double d, float pw) {
+    const double p = pw;
+    return static_cast<std::uint32_t>(truncated32(p * d * p * 262144.0));
+}
 
 // Pw as a position in `frameCount` frames; frame is below frameCount, blend the 16-bit fraction towards the next.
 struct WavePosition {
     std::int32_t frame;
     std::uint16_t blend;
 };
-WavePosition wavePosition(int frameCount, float pw);
+inline WavePosition wavePosition(int frameCount, float pw) {
+    const double position = frameCount * (2.0 * clampUnit(static_cast<double>(pw))) * 0.499995;
+    const auto frame = static_cast<std::int32_t>(position);
+    return {frame, static_cast<std::uint16_t>((position - frame) * 65535.0)};
+}
 // Hands the position to the state; on the first tick of a note (frame not yet set) the kernel starts on it.
-void setPosition(OscillatorState& state, float pw);
+inline void setPosition(OscillatorState& state, float pw) {
+    const WavePosition position = wavePosition(state.frameCount, pw);
+    state.framePending = position.frame;
+    state.blendPending = position.blend;
+    if (state.frame < 0) {
+        state.frame = position.frame;
+        state.blend = position.blend;
+    }
+}
 
 // FM depth for Fm1 or Fm2, 0 to 131070, and the step per sample that reaches it in `tickSamples` (above 0).
-std::int32_t fmDepthTarget(float fm);
-std::int32_t fmDepthStep(std::int32_t target, std::int32_t present, int tickSamples);
+inline std::int32_t fmDepthTarget(float fm) {
+    const float v = doubledUnit(fm);
+    return static_cast<std::int32_t>(v * v * 32767.5f);
+}
+inline std::int32_t fmDepthStep(std::int32_t target, std::int32_t present, int tickSamples) {
+    return (target - present) / tickSamples;
+}
 
 // Weights of the tone stage from Timbre: below the middle it crossfades to its low-pass, above it subtracts it.
 struct ToneGains {
@@ -41,7 +70,11 @@ struct ToneGains {
     // Around the middle the stage is skipped.
     bool isHeard() const { return wet >= 20 || wet <= -20; }
 };
-ToneGains toneGains(float timbre);
+inline ToneGains toneGains(float timbre) {
+    const float x = 2.0f * doubledUnit(timbre) - 2.0f;
+    const int wet = static_cast<int>(x * -511.5f);
+    return {static_cast<std::int16_t>(wet), static_cast<std::int16_t>(x <= 0.0f ? 1023 - wet : 1023)};
+}
 
 // Runs the tone stage over `count` samples in place, unless its gains skip it; toneState is its memory.
 // Results wrap at 16 bits.
@@ -51,7 +84,11 @@ void toneStage(std::int16_t* buffer, int count, std::int32_t& toneState, int coe
 struct MixGains {
     std::int32_t toFilter1 = 0, toFilter2 = 0;
 };
-MixGains mixGains(bool active, float vol, float filtMix);
+inline MixGains mixGains(bool active, float vol, float filtMix) {
+    if (!active) return {};
+    const float g = doubledUnit(vol);
+    return {truncated32((1.0f - filtMix) * g * 16383.5f), truncated32(filtMix * g * 16383.5f)};
+}
 
 // One voice of a mix: the buffers of its oscillators and their gains. Without buffers it is silent.
 struct MixSource {

@@ -30,6 +30,26 @@ struct OutputLevels {
 // The gain targets of a tick.
 OutputTargets outputTargets(const OutputLevels& levels);
 
+// The end of sixteen voices between two samples: what the stage keeps, by kind and voice, so that four voices load as one
+// vector.
+struct OutputMemory {
+    static constexpr int gainCount = 7;
+    enum Gain : int { left1, left2, right1, right2, ring, bass, transient };
+    enum Filter : int { bassLeft, bassRight, fastLeft, slowLeft, fastRight, slowRight, filterMemories };
+
+    using Row = std::array<double, voiceCount>;
+    alignas(32) std::array<Row, gainCount> gain{};
+    alignas(32) std::array<Row, gainCount> step{};  // per sample
+    alignas(32) std::array<Row, filterMemories> filter{};
+
+    bool bassOn = false, transientOn = false;
+    double bassCoefficient = 0.0, transientCoefficient = 0.0;
+
+    // Sums of the voices, four partial sums a sample, so that the order of addition never depends on how
+    // many voices sound.
+    alignas(32) std::array<double, maxTickSamples * laneGroup> sumLeft{}, sumRight{};
+};
+
 class OutputStage {
 public:
     // Sets the ramps of a voice (0 to 15): from the present gains to `targets` over `tickSamples` samples.
@@ -52,24 +72,10 @@ public:
     OutputTargets gains(int voice) const;
 
 private:
-    static constexpr int gainCount = 7;
+    template <class Add>
+    void renderVoice(const float* f1, const float* f2, int count, int voice, Add add);
 
-    template <bool withBass, bool withTransient>
-    void renderGroup(const float* f1, const float* f2, int count, LaneMask mask, int first);
-    void renderVoice(const float* f1, const float* f2, int count, int voice);
-
-    // By kind and voice, so that four voices load as one vector.
-    using Row = std::array<double, voiceCount>;
-    alignas(32) std::array<Row, gainCount> gain_{};
-    alignas(32) std::array<Row, gainCount> step_{};  // per sample
-    alignas(32) std::array<Row, 6> memory_{};        // bass left and right, transients left 1, 2 and right 1, 2
-
-    bool bassOn_ = false, transientOn_ = false;
-    double bassCoefficient_ = 0.0, transientCoefficient_ = 0.0;
-
-    // Sums of the voices, four partial sums a sample, so that the order of addition never depends on how
-    // many voices sound.
-    alignas(32) std::array<double, maxTickSamples * laneGroup> sumLeft_{}, sumRight_{};
+    OutputMemory memory_;
 };
 
 }  // namespace vantoric

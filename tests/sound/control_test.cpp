@@ -4,6 +4,7 @@
 
 #include "kernel_fixture.h"
 #include "sound/analog_clip.h"
+#include "sound/filters/wide_loops.h"
 #include "sound/oscillator_control.h"
 #include "sound/tone_stages.h"
 
@@ -42,11 +43,11 @@ TEST(ToneStage, TheCornerFollowsThePitchUpToATenthOfTheRate) {
 }
 
 // Any number of stages, any count, coefficients on both sides of unity, memories of more than 16 bits.
-TEST(ToneStage, ManySideBySideGiveWhatOneAfterTheOtherDoes) {
+void expectStagesSideBySideAsOneByOne() {
     std::mt19937 chance(7);
     const auto between = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(chance); };
     for (int round = 0; round < 300; ++round) {
-        const int stages = between(0, 21), count = between(0, maxTickSamples);
+        const int stages = between(0, 40), count = between(0, maxTickSamples);
         std::vector<Samples> one(stages, Samples(maxTickSamples)), many;
         std::vector<std::int32_t> oneState(stages), manyState;
         std::vector<ToneRun> runs(stages);
@@ -68,6 +69,14 @@ TEST(ToneStage, ManySideBySideGiveWhatOneAfterTheOtherDoes) {
         ASSERT_EQ(many, one) << round;
         ASSERT_EQ(manyState, oneState) << round;
     }
+}
+
+TEST(ToneStage, ManySideBySideGiveWhatOneAfterTheOtherDoes) {
+    expectStagesSideBySideAsOneByOne();
+    if (!filters::wideLoopsInUse()) return;
+    filters::useWideLoops(false);
+    expectStagesSideBySideAsOneByOne();
+    filters::useWideLoops(true);
 }
 
 TEST(Control, NonsenseIsHeldWithinItsType) {
@@ -124,7 +133,7 @@ TEST(Mix, AVoiceGoesIntoItsLaneAndSilenceIntoTheOthersOfItsGroup) {
         }
 }
 
-TEST(Mix, EverySampleIsTheWrappedSumOverItsScale) {
+void expectWrappedSums() {
     LinearCongruence chance{7};
     Samples b[3];
     for (Samples& buffer : b)
@@ -148,6 +157,14 @@ TEST(Mix, EverySampleIsTheWrappedSumOverItsScale) {
             }
         }
     }
+}
+
+TEST(Mix, EverySampleIsTheWrappedSumOverItsScale) {
+    expectWrappedSums();
+    if (!filters::wideLoopsInUse()) return;
+    filters::useWideLoops(false);
+    expectWrappedSums();
+    filters::useWideLoops(true);
 }
 
 TEST(AnalogClip, SaturatesAtOneHalfOnceItPassesOneQuarter) {

@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "sound/filters/wide_loops.h"
 #include "sound/kernels.h"
 #include "tests/voice/layer_bench.h"
 
@@ -18,7 +19,7 @@ struct Interplay : ::testing::Test, LayerBench {
     Voice& second() { return voice(14); }
 };
 
-constexpr int dynamicBass = 2, linear = 0, transientAndBass = 10;
+constexpr int dynamicBass = 2, linear = 0, transientMode = 9, transientAndBass = 10;
 
 TEST_F(Interplay, AGainThatNoModeReadsIsWhereItsRampWouldBe) {
     LayerBench always;
@@ -40,6 +41,42 @@ TEST_F(Interplay, AGainThatNoModeReadsIsWhereItsRampWouldBe) {
             ASSERT_EQ(here.left1, there.left1) << t;
         }
     }
+}
+
+// Whatever the processor, however many voices of a group sound: registers of four lanes, of two, or a voice alone.
+TEST(OutputStage, GivesTheSameBitsOnEveryProcessor) {
+    const auto rendered = [](bool wide, LaneMask mask, int soundMode) {
+        const bool before = filters::wideLoopsInUse();
+        filters::useWideLoops(wide);
+        std::mt19937 chance(9);
+        const auto unit = [&] { return static_cast<double>(chance()) / 4294967296.0; };
+        const auto stage = std::make_unique<OutputStage>();
+        stage->setMode(soundMode, 96000.0);
+        std::vector<float> result;
+        static LaneBuffer f1, f2;
+        for (const int count : {96, 1, 40}) {
+            for (int v = 0; v < voiceCount; ++v)
+                stage->setTargets(v, {unit(), unit(), unit(), unit(), unit(), unit(), unit()}, 96, count == 1);
+            for (int i = 0; i < count * voiceCount; ++i) {
+                f1[i] = static_cast<float>(unit() - 0.5);
+                f2[i] = static_cast<float>(unit() - 0.5);
+            }
+            std::vector<float> left(count), right(count);
+            stage->render(f1, f2, count, mask, left.data(), right.data());
+            result.insert(result.end(), left.begin(), left.end());
+            result.insert(result.end(), right.begin(), right.end());
+        }
+        for (int v = 0; v < voiceCount; ++v) {
+            const OutputTargets gains = stage->gains(v);
+            for (const double gain : {gains.left1, gains.right2, gains.ring, gains.bass, gains.transient})
+                result.push_back(static_cast<float>(gain));
+        }
+        filters::useWideLoops(before);
+        return result;
+    };
+    for (const int soundMode : {linear, dynamicBass, transientMode, transientAndBass})
+        for (const LaneMask mask : {0xffff, 0x8000, 0x0011, 0x7350, 0xe00f})
+            EXPECT_EQ(rendered(true, mask, soundMode), rendered(false, mask, soundMode)) << soundMode << ' ' << mask;
 }
 
 TEST_F(Interplay, AModeSwitchedOnTakesUpTheRampsWhereTheyStand) {

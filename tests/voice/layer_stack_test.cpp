@@ -56,8 +56,8 @@ TEST(LayerStack, SoundsAsOneLayerAfterTheOther) {
     std::mt19937 chance(11);
     const auto below = [&](int end) { return std::uniform_int_distribution<int>(0, end - 1)(chance); };
     const auto oneOf = [&](std::initializer_list<int> values) { return values.begin()[below(static_cast<int>(values.size()))]; };
-    for (int patch = 0; patch < 24; ++patch) {
-        Stack together, apart;
+    Stack together, apart;
+    for (int patch = 0; patch < 60; ++patch) {
         const auto onBoth = [&](int layer, int number, int row) {
             together.setList(layer, number, row);
             apart.setList(layer, number, row);
@@ -81,6 +81,8 @@ TEST(LayerStack, SoundsAsOneLayerAfterTheOther) {
             onBoth(layer, par::FxInMix, 100);
             onBoth(layer, par::Layer1On + layer, below(8) == 0 ? 0 : 128);
         }
+        for (Stack* stack : {&together, &apart})
+            for (Layer* layer : stack->layers) layer->reset();
         for (int t = 0; t < 6; ++t) {
             const int layer = below(layerCount), key = 30 + below(60), count = 1 + below(96);
             for (Stack* stack : {&together, &apart}) {
