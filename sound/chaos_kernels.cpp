@@ -52,7 +52,7 @@ bool isFinite(float x) { return x - x == 0.0f; }
 template <template <class> class System>
 AttractorOf<System, float> attractorOf(const KernelCall& call, const System<float>& system, float dt) {
     const float* work = call.state->work;
-    return {system, {work[0], work[1], work[2]}, {}, dt};
+    return {system, {work[0], work[1], work[2]}, 0.0f, dt};
 }
 
 // A point that has left the numbers starts again from the origin.

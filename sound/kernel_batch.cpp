@@ -49,26 +49,51 @@ const KernelRow& rowOf(Kernel kernel) {
 
 void KernelBatch::add(Kernel kernel, std::int16_t* out, OscillatorState& state, const std::int16_t* in, const Sample* sample) {
     const KernelRow& row = rowOf(kernel);
-    const auto samples = static_cast<std::uint32_t>(count_);
     if (row.draws == Draws::knownAfterwards) {
         kernel(KernelContext{engine_, waves_, random_, sample}, out, count_, state, in);
         return;
     }
-    entries_[static_cast<std::size_t>(size_++)] = {kernel, row.sideBySide, out, &state, in, sample, random_};
-    if (row.draws == Draws::oneHash) random_.hash.counter += samples;
-    if (row.draws == Draws::oneCongruence) random_.congruence.skip(samples);
-    if (row.draws == Draws::oneASubStep)
-        random_.congruence.skip(samples * static_cast<std::uint32_t>(chaosStep(row.noiWave, state.increment).subSteps));
+    entries_[static_cast<std::size_t>(size_++)] = {
+        kernel, row.sideBySide, out, &state, in, sample, random_.congruence.state, random_.hash.counter};
+    if (row.draws == Draws::oneHash) random_.hash.counter += static_cast<std::uint32_t>(count_);
+    if (row.draws == Draws::oneCongruence) skipCongruence(1);
+    if (row.draws == Draws::oneASubStep) skipCongruence(chaosStep(row.noiWave, state.increment).subSteps);
+}
+
+// Passes over the draws of a call; subSteps is a power of two.
+void KernelBatch::skipCongruence(int subSteps) {
+    if (stride_ == 0) {
+        LinearCongruence zero{0}, one{1};
+        zero.skip(static_cast<std::uint32_t>(count_));
+        one.skip(static_cast<std::uint32_t>(count_));
+        strideAddend_ = zero.state;
+        stride_ = one.state - zero.state;
+    }
+    std::uint32_t factor = stride_, addend = strideAddend_;
+    for (; subSteps > 1; subSteps /= 2) {
+        addend *= factor + 1u;
+        factor *= factor;
+    }
+    random_.congruence.state = random_.congruence.state * factor + addend;
+}
+
+RandomSources KernelBatch::drawsOf(const Entry& entry) const {
+    RandomSources random = random_;
+    random.congruence.state = entry.congruence;
+    random.hash.counter = entry.hashCounter;
+    return random;
 }
 
 void KernelBatch::render() {
     for (int i = 0; i < size_; ++i) {
         Entry& entry = entries_[static_cast<std::size_t>(i)];
         if (entry.kernel == nullptr) continue;
-        if (entry.sideBySide != nullptr)
+        if (entry.sideBySide != nullptr) {
             renderSideBySide(i);
-        else
-            entry.kernel({engine_, waves_, entry.random, entry.sample}, entry.out, count_, *entry.state, entry.in);
+        } else {
+            RandomSources random = drawsOf(entry);
+            entry.kernel({engine_, waves_, random, entry.sample}, entry.out, count_, *entry.state, entry.in);
+        }
     }
     size_ = 0;
 }
@@ -77,11 +102,14 @@ void KernelBatch::render() {
 void KernelBatch::renderSideBySide(int first) {
     SideBySideFunction* const function = entries_[static_cast<std::size_t>(first)].sideBySide;
     KernelCall calls[rowCount];
+    RandomSources random[rowCount];
     std::size_t gathered = 0;
     for (int i = first; i < size_ && gathered < rowCount; ++i) {
         Entry& entry = entries_[static_cast<std::size_t>(i)];
         if (entry.sideBySide != function || entry.kernel == nullptr) continue;
-        calls[gathered++] = {&engine_, &waves_, &entry.random, entry.out, entry.state, entry.in};
+        random[gathered] = drawsOf(entry);
+        calls[gathered] = {&engine_, &waves_, &random[gathered], entry.out, entry.state, entry.in};
+        ++gathered;
         entry.kernel = nullptr;
     }
     function({calls, gathered}, count_);

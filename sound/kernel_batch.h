@@ -37,9 +37,11 @@ private:
         OscillatorState* state;
         const std::int16_t* in;
         const Sample* sample;
-        RandomSources random;
+        std::uint32_t congruence, hashCounter;  // where its draws begin
     };
 
+    RandomSources drawsOf(const Entry& entry) const;
+    void skipCongruence(int subSteps);
     void renderSideBySide(int first);
 
     const EngineState& engine_;
@@ -47,6 +49,7 @@ private:
     RandomSources& random_;
     int count_;
     int size_ = 0;
+    std::uint32_t stride_ = 0, strideAddend_ = 0;  // of the congruence over count_ draws; 0: not yet known
     std::array<Entry, capacity> entries_;
 };
 

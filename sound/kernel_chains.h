@@ -83,8 +83,8 @@ struct Point {
     T x, y, z;
 };
 
-// The attractors: slope(point, u) is the derivative, u a draw of 32 bits; output(point, slope) the sample before
-// truncation.
+// The attractors: slope(point, u) is the derivative, u a draw of 32 bits. Some are heard by a coordinate, output(x), some by
+// its slope.
 
 template <class T>
 inline T limitedOutput(T x) {
@@ -93,29 +93,32 @@ inline T limitedOutput(T x) {
 
 template <class T>
 struct Lorenz {
+    static constexpr bool heardBySlope = false;
     T b, gain;
 
     Point<T> slope(const Point<T>& p, T u) const {
         const T r = u * T(4.66e-14f) - T(0.0001f);
         return {T(8.0f) * (p.y - p.x) + r, (T(28.0f) - p.z) * p.x - p.y, p.x * p.y - b * p.z};
     }
-    T output(const Point<T>& p, const Point<T>&) const { return limitedOutput(p.x * gain); }
+    T output(T x) const { return limitedOutput(x * gain); }
 };
 
 template <class T>
 struct Rossler {
+    static constexpr bool heardBySlope = true;
     T a;
 
     Point<T> slope(const Point<T>& p, T u) const {
         const T r = u * T(4.66e-12f) - T(0.01f);
         return {r - p.y - p.z, p.x + a * p.y, T(0.2f) + (p.x - T(10.0f)) * p.z};
     }
-    T output(const Point<T>&, const Point<T>& d) const { return limitedOutput(d.x * T(400.0f)); }
+    T output(T slope) const { return limitedOutput(slope * T(400.0f)); }
 };
 
 // With a cubic for the diode.
 template <class T>
 struct Chua {
+    static constexpr bool heardBySlope = true;
     T g;
 
     Point<T> slope(const Point<T>& p, T u) const {
@@ -123,23 +126,25 @@ struct Chua {
         const T diode = p.x * p.x * p.x * T(0.0625f) - p.x / T(6.0f);
         return {T(10.91865f) * (p.y - diode + r), p.x - p.y + p.z, g * p.y - T(0.05f) * p.z};
     }
-    T output(const Point<T>&, const Point<T>& d) const { return d.x * T(2000.0f); }
+    T output(T slope) const { return slope * T(2000.0f); }
 };
 
 // An attractor on its way: all three coordinates move at once, by Euler's rule.
 template <template <class> class System, class T>
 struct AttractorOf {
     System<T> system;
-    Point<T> p, d;
+    Point<T> p;
+    T slopeOfX;  // kept only where it is heard: registers are short
     T dt;
 
     void move(T u) {
-        d = system.slope(p, u);
+        const Point<T> d = system.slope(p, u);
         p.x += d.x * dt;
         p.y += d.y * dt;
         p.z += d.z * dt;
+        if constexpr (System<T>::heardBySlope) slopeOfX = d.x;
     }
-    T output() const { return system.output(p, d); }
+    T output() const { return system.output(System<T>::heardBySlope ? slopeOfX : p.x); }
 };
 
 }  // namespace vantoric

@@ -14,6 +14,7 @@ namespace vantoric {
 inline constexpr int rowSamples = 128;  // what the loops take at once, at most
 inline constexpr int rowCount = 16;     // oscillators side by side, at most
 inline constexpr int widestLanes = 8;
+inline constexpr int maxSubSteps = 512;  // of an attractor in a sample
 
 // One row an oscillator. Loops may fill a row beyond `count`, up to a multiple of widestLanes.
 using Row = float[rowSamples];

@@ -60,10 +60,13 @@ inline int boxRead(const std::int16_t* cycle, std::uint32_t phase, std::uint32_t
     return (sum / reads) >> 1;
 }
 
+// From this effective step on the modulated kernels take box reads.
+inline constexpr int boxStep = 128;
+
 // The read of the modulated kernels: `step` is the effective step of this sample, cycleOf(level) the cycle.
 template <class CycleOf>
 inline int modulatedRead(CycleOf cycleOf, std::uint32_t phase, std::uint32_t step) {
-    return step < 128 ? linearRead(cycleOf(mipMap[(step * 3) >> 2]), phase) : boxRead(cycleOf(7), phase, step);
+    return step < boxStep ? linearRead(cycleOf(mipMap[(step * 3) >> 2]), phase) : boxRead(cycleOf(7), phase, step);
 }
 
 // Truncation to 16 bits that wraps beyond them; what passes 32 bits is held there first. NaN gives 0.

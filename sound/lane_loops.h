@@ -83,13 +83,21 @@ struct LaneLoops {
         hash.counter += static_cast<std::uint32_t>(count);
     }
 
+    // Two registers of draws in turn, as each product takes long.
     static void congruenceRow(LinearCongruence& random, float range, float offset, float* row, int count) {
-        Bits drawn = congruenceStates<N>(random.state);
-        for (int i = 0; i < count; i += N, drawn = congruencesOn<N, N>(drawn)) {
-            drawnRow(drawn, 2.33e-10f, range, offset, row + i);
-            const int taken = std::min(N, count - i);
-            random.state = drawn[static_cast<std::size_t>(taken - 1)];
+        Bits even = congruenceStates<N>(random.state), odd = congruencesOn<N, N>(even);
+        for (int i = 0;; i += 2 * N) {
+            drawnRow(even, 2.33e-10f, range, offset, row + i);
+            if (count - i <= N) return keepLast(random, even, count - i);
+            drawnRow(odd, 2.33e-10f, range, offset, row + i + N);
+            if (count - i <= 2 * N) return keepLast(random, odd, count - i - N);
+            even = congruencesOn<N, 2 * N>(even);
+            odd = congruencesOn<N, 2 * N>(odd);
         }
+    }
+    // `taken` of these draws were the last.
+    static void keepLast(LinearCongruence& random, const Bits& drawn, int taken) {
+        random.state = drawn[static_cast<std::size_t>(taken - 1)];
     }
 
     static void pairedDraws(LinearCongruence& random, float scale, float middle, float* row, int count) {
@@ -98,8 +106,7 @@ struct LaneLoops {
             const Bits second = congruencesOn<N, 1>(first);
             const Floats a = fromUnsigned<Floats>(first), b = fromUnsigned<Floats>(second);
             store(a * Floats(scale) - Floats(middle) + b * Floats(scale) - Floats(middle), row + i);
-            const int taken = std::min(N, count - i);
-            random.state = second[static_cast<std::size_t>(taken - 1)];
+            if (count - i <= N) keepLast(random, second, count - i);
         }
     }
 
@@ -180,36 +187,40 @@ struct LaneLoops {
         Ints steps;   // effective steps in table samples
         Ints totals;  // phases before they were cut to 24 bits
         Ints lastTotals;
-        bool restarts;
     };
+    using Mask = typename Ints::mask_type;
 
-    // Groups of N samples as long as read(group, i) takes them. Depths and increments far beyond what the parameters reach
-    // go one by one, as their products need more than 32 bits.
-    template <class Read>
-    static int modulatedGroups(ModulatedPhase& at, const std::int16_t* in, int count, Read read) {
+    // Groups of N samples until one of them has to go one by one: breaks(group) is where, beside restarts. read(group, i)
+    // reads the others. Depths and increments far beyond what the parameters reach go one by one as well, as their products
+    // need more than 32 bits.
+    template <class Breaks, class Read>
+    static int modulatedGroups(ModulatedPhase& at, const std::int16_t* in, int count, Breaks breaks, Read read) {
         const std::int64_t lastDepth = at.depth + static_cast<std::int64_t>(at.depthStep) * count;
         const auto within = [](std::int64_t x, std::int64_t bound) { return x > -bound && x < bound; };
         if (!within(at.depth, 1 << 18) || !within(lastDepth, 1 << 18) || !within(at.increment, 1 << 28) ||
             !within(at.lastOffset, 1 << 29))
             return 0;
-        const Bits up = countedUp<N>();
+        const Bits up = countedUp<N>(), step(at.step * N);
+        const Ints depthStep(at.depthStep * N), increment(at.increment);
         Bits phases = Bits(at.phase) + Bits(at.step) * up;
         Ints depths = Ints(at.depth) + Ints(at.depthStep) * asInts<N>(up - Bits(1u));
         Ints inputs(at.lastInput), offsets(at.lastOffset), totals(at.lastTotal);
+        const Mask synced(at.synced);
         int done = 0;
         for (; count - done >= N; done += N) {
-            const Ints x = widened<N>(in + done), masked = asInts<N>(phases & Bits(phaseMask));
+            const Ints x = widened<N>(in + done);
             // (x depth) >> 4 in two parts of 16 bits.
             const Ints offset =
                 halvesMultiplied<N>(x, (depths >> 4) & Ints(0xffff)) + (halvesMultiplied<N>(x, depths & Ints(15)) >> 4);
-            const Ints moved = Ints(at.increment) - oneEarlier<N>(offsets, offset) + offset;
-            const Ints total = masked + offset;
-            const Group group{asBits<N>(total) & Bits(phaseMask), ((moved ^ (moved >> 31)) - (moved >> 31)) >> 13, total,
-                              oneEarlier<N>(totals, total),
-                              at.synced && anyOf(x > Ints(0) && oneEarlier<N>(inputs, x) < Ints(1))};
-            if (group.restarts || !read(group, done)) break;
-            phases += Bits(at.step * N);
-            depths += Ints(at.depthStep * N);
+            const Ints total = asInts<N>(phases & Bits(phaseMask)) + offset;
+            const Group group{asBits<N>(total) & Bits(phaseMask),
+                              magnitude(increment - oneEarlier<N>(offsets, offset) + offset) >> 13, total,
+                              oneEarlier<N>(totals, total)};
+            const Mask restarts = synced && x > Ints(0) && oneEarlier<N>(inputs, x) < Ints(1);
+            if (anyOf(restarts || breaks(group))) break;
+            read(group, done);
+            phases += step;
+            depths += depthStep;
             inputs = x;
             offsets = offset;
             totals = total;
@@ -221,13 +232,13 @@ struct LaneLoops {
         at.lastTotal = lastLane<N>(totals);
         return done;
     }
+    static Ints magnitude(const Ints& x) { return (x ^ (x >> 31)) - (x >> 31); }
 
     static int modulatedNearest(ModulatedPhase& at, const std::int16_t* cycle, const std::int16_t* in, std::int16_t* out,
                                 int count) {
-        return modulatedGroups(at, in, count, [&](const Group& group, int i) {
-            storeWrapped<N>(samplesAt<N>(cycle, group.phases >> 13) >> 1, out + i);
-            return true;
-        });
+        return modulatedGroups(
+            at, in, count, [](const Group&) { return Mask(false); },
+            [&](const Group& group, int i) { storeSmall<N>(samplesAt<N>(cycle, group.phases >> 13) >> 1, out + i); });
     }
 
     // The running frames of a scan.
@@ -252,15 +263,18 @@ struct LaneLoops {
     static int linearWithFm(ModulatedPhase& at, const ModulatedWave& wave, const std::int16_t* in, std::int16_t* out, int count,
                             Frames frames) {
         if (wave.frames > 32767) return 0;
-        return modulatedGroups(at, in, count, [&](const Group& group, int i) {
-            if (anyOf(group.steps >= Ints(128))) return false;
-            if (wave.latches && anyOf(group.totals < group.lastTotals)) return false;
+        const Ints levelStride(wave.frames);
+        const std::int16_t* const table = wave.table;
+        const Mask latches(wave.latches);
+        const auto breaks = [&](const Group& group) {
+            return group.steps >= Ints(boxStep) || (latches && group.totals < group.lastTotals);
+        };
+        return modulatedGroups(at, in, count, breaks, [&](const Group& group, int i) {
             // Levels by three quarters of the steps: the exponent of 2 x + 1 is the number of the bits of x.
             const Ints odd = ((group.steps + group.steps + group.steps) >> 1) | Ints(1);
             const Ints levels = (std::bit_cast<Ints>(toFloats<N>(odd)) >> 23) - Ints(127);
-            const Bits cycles = asBits<N>(halvesMultiplied<N>(levels, Ints(wave.frames)) << 11) + frames();
-            storeWrapped<N>(linearSums<N>(wave.table, cycles, group.phases) >> 14, out + i);
-            return true;
+            const Bits cycles = asBits<N>(halvesMultiplied<N>(levels, levelStride) << 11) + frames();
+            storeSmall<N>(linearSums<N>(table, cycles, group.phases) >> 14, out + i);
         });
     }
 
@@ -315,64 +329,64 @@ struct LaneLoops {
         for (int g = 0; g < registers; ++g) bank.template store<N>(g * N, lanes[g], 0xffff);
     }
 
-    // Registers of attractors in turn, sample by sample: one computes while the other waits.
-    template <template <class> class System>
-    static void attractors(Attractors<System>& all, Row* rows, int runs, int count) {
-        using Chain = AttractorOf<System, Floats>;
-        constexpr int most = rowCount / N;
-        const int registers = (runs + N - 1) / N;
-        struct Run {
-            Chain chain;
-            Bits draws;
-            Ints subSteps;
-            int fewest, longest;
-        } lanes[most];
+    // Attractors in `registers` registers from `first` on, in turn, step by step: one computes while another waits. uneven:
+    // they take more or fewer steps a sample.
+    template <template <class> class System, int registers, bool uneven>
+    static void attractorRegisters(Attractors<System>& all, Row* rows, int first, int fewest, int most, int count) {
+        AttractorOf<System, Floats> chains[registers];
+        Bits draws[registers];
+        Ints subSteps[registers];
         for (int g = 0; g < registers; ++g) {
-            const std::int32_t* subSteps = all.subSteps + g * N;
-            const std::int32_t* end = subSteps + std::min(N, runs - g * N);
-            lanes[g] = {all.bank.template load<N>(g * N), Bits(all.draws + g * N, stdx::element_aligned),
-                        Ints(subSteps, stdx::element_aligned), *std::min_element(subSteps, end),
-                        *std::max_element(subSteps, end)};
+            const int lane = first + g * N;
+            chains[g] = all.bank.template load<N>(lane);
+            draws[g] = Bits(all.draws + lane, stdx::element_aligned);
+            subSteps[g] = Ints(all.subSteps + lane, stdx::element_aligned);
         }
+        Floats x[registers][N];
         for (int i = 0; i < count; i += N) {
-            Floats x[most][N];
-            for (int k = 0; k < std::min(N, count - i); ++k)
-                for (int g = 0; g < registers; ++g) {
-                    Run run = lanes[g];
-                    for (int step = 0; step < run.longest; ++step) {
-                        const Bits drawn = congruenceStep(run.draws);
-                        Chain moved = run.chain;
-                        moved.move(fromUnsigned<Floats>(drawn));
-                        if (step < run.fewest) {
-                            run.draws = drawn;
-                            run.chain = moved;
-                        } else {
-                            const auto moves = Ints(step) < run.subSteps;
-                            run.draws = select(std::bit_cast<typename Bits::mask_type>(moves), drawn, run.draws);
-                            keep(std::bit_cast<typename Floats::mask_type>(moves), moved, run.chain);
-                        }
+            for (int k = 0; k < std::min(N, count - i); ++k) {
+                for (int step = 0; step < fewest; ++step)
+                    for (int g = 0; g < registers; ++g) {
+                        draws[g] = congruenceStep(draws[g]);
+                        chains[g].move(fromUnsigned<Floats>(draws[g]));
                     }
-                    x[g][k] = run.chain.output();
-                    lanes[g] = run;
-                }
+                if constexpr (uneven)
+                    for (int step = fewest; step < most; ++step)
+                        for (int g = 0; g < registers; ++g) moveSome(chains[g], draws[g], Ints(step) < subSteps[g]);
+                for (int g = 0; g < registers; ++g) x[g][k] = chains[g].output();
+            }
             for (int g = 0; g < registers; ++g) {
                 turn<N>(x[g]);
-                for (int k = 0; k < N; ++k) store(x[g][k], rows[g * N + k] + i);
+                for (int k = 0; k < N; ++k) store(x[g][k], rows[first + g * N + k] + i);
             }
         }
         for (int g = 0; g < registers; ++g) {
-            all.bank.template store<N>(g * N, lanes[g].chain, 0xffff);
-            lanes[g].draws.copy_to(all.draws + g * N, stdx::element_aligned);
+            all.bank.template store<N>(first + g * N, chains[g], 0xffff);
+            draws[g].copy_to(all.draws + first + g * N, stdx::element_aligned);
         }
     }
-    // Takes over the point and the slope of the lanes that move.
+    // A step of the lanes of `moves`.
     template <class Chain>
-    static void keep(const typename Floats::mask_type& moves, const Chain& moved, Chain& chain) {
-        const auto point = [&](const Point<Floats>& to, Point<Floats>& from) {
-            from = {select(moves, to.x, from.x), select(moves, to.y, from.y), select(moves, to.z, from.z)};
-        };
-        point(moved.p, chain.p);
-        point(moved.d, chain.d);
+    static void moveSome(Chain& chain, Bits& draws, const typename Ints::mask_type& moves) {
+        const Bits drawn = congruenceStep(draws);
+        Chain moved = chain;
+        moved.move(fromUnsigned<Floats>(drawn));
+        draws = select(std::bit_cast<typename Bits::mask_type>(moves), drawn, draws);
+        const auto lanes = std::bit_cast<typename Floats::mask_type>(moves);
+        chain.p = {select(lanes, moved.p.x, chain.p.x), select(lanes, moved.p.y, chain.p.y), select(lanes, moved.p.z, chain.p.z)};
+        chain.slopeOfX = select(lanes, moved.slopeOfX, chain.slopeOfX);
+    }
+    template <template <class> class System>
+    static void attractors(Attractors<System>& all, Row* rows, int runs, int count) {
+        for (int first = 0; first < runs;) {
+            const bool two = runs - first > N;
+            const int lanes = two ? 2 * N : N;
+            const auto [fewest, most] = std::minmax_element(all.subSteps + first, all.subSteps + std::min(runs, first + lanes));
+            const auto loop = two ? *fewest == *most ? attractorRegisters<System, 2, false> : attractorRegisters<System, 2, true>
+                                  : attractorRegisters<System, 1, true>;
+            loop(all, rows, first, *fewest, *most, count);
+            first += lanes;
+        }
     }
 
     static constexpr KernelLoops table = {

@@ -72,26 +72,30 @@ inline IntLanes<N> widened(const std::int16_t* samples) {
         return IntLanes<N>([&](auto k) { return samples[k]; });
 }
 
-// The low 16 bits of every lane, in a row.
+// Lanes that fit into 16 bits, in a row.
 template <int N>
-inline void storeWrapped(const IntLanes<N>& x, std::int16_t* out) {
-    const IntLanes<N> wrapped = (x << 16) >> 16;
+inline void storeSmall(const IntLanes<N>& x, std::int16_t* out) {
 #if defined(__SSE2__)
     if constexpr (N == 4) {
-        const auto four = static_cast<__m128i>(wrapped);
+        const auto four = static_cast<__m128i>(x);
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packs_epi32(four, four));
         return;
     }
 #endif
 #if defined(__AVX2__)
     if constexpr (N == 8) {
-        const auto eight = static_cast<__m256i>(wrapped);
+        const auto eight = static_cast<__m256i>(x);
         const __m128i packed = _mm_packs_epi32(_mm256_castsi256_si128(eight), _mm256_extracti128_si256(eight, 1));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out), packed);
         return;
     }
 #endif
-    for (int k = 0; k < N; ++k) out[k] = static_cast<std::int16_t>(wrapped[k]);
+    for (int k = 0; k < N; ++k) out[k] = static_cast<std::int16_t>(x[k]);
+}
+// The low 16 bits of every lane, in a row.
+template <int N>
+inline void storeWrapped(const IntLanes<N>& x, std::int16_t* out) {
+    storeSmall<N>((x << 16) >> 16, out);
 }
 
 // ---- reads of a wave -----------------------------------------------------------------------------------------
