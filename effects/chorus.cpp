@@ -45,8 +45,6 @@ void Chorus::reset() {
 
 void Chorus::setSampleRate(float rate) { sampleRate_ = rate; }
 
-void Chorus::setVariant(int variant) { variant_ = variant; }
-
 void Chorus::setParameter(int index, float value) { parameters_.set(index, clampUnit(value)); }
 
 // The lines write from `position_` or the sample after it on.
@@ -57,26 +55,9 @@ void Chorus::announce(int count) {
 
 void Chorus::process(float* left, float* right, int count) {
     if (count <= 0) return;
+    if (row_ == nullptr) return;
     announce(count);
-    switch (variant_) {
-        case 2: return flanger(left, right, count);
-        case 3: return rotary(left, right, count);
-        case 7: return chorus(left, right, count);
-        case 8: return ensemble(left, right, count);
-        case 9: return phaser(left, right, count);
-        case 10: return phaserFeedback(left, right, count, false);
-        case 11: return phaserFeedback(left, right, count, true);
-        case 12: return stereoFlanger(left, right, count);
-        case 13: return chorusWhite(left, right, count);
-        case 14: return vibrato(left, right, count, false);
-        case 15: return vibrato(left, right, count, true);
-        case 16: return tremolo(left, right, count, false);
-        case 17: return tremolo(left, right, count, true);
-        case 18: return chorusStandard(left, right, count);
-        case 19: return hyperUnison(left, right, count);
-        case 20: return haas(left, right, count);
-        default: return;
-    }
+    (this->*row_->run)(left, right, count);
 }
 
 // Two taps a side, one twice as far as the other; their difference is fed back.
@@ -221,7 +202,7 @@ void Chorus::phaser(float* left, float* right, int count) {
 }
 
 // `opposite`: the right side's notches fall while the left side's rise.
-void Chorus::phaserFeedback(float* left, float* right, int count, bool opposite) {
+void Chorus::sweepPhaser(float* left, float* right, int count, bool opposite) {
     const float mix = parameters_.mix(), dry = 1.0f - mix;
     const int stages = 2 + 2 * static_cast<int>(parameters_[3] * 5.999f);
     const float p4 = parameters_[4];
@@ -243,6 +224,9 @@ void Chorus::phaserFeedback(float* left, float* right, int count, bool opposite)
         right[n] = side(allpassRight_, feedbackRight_, b, right[n]);
     }
 }
+
+void Chorus::phaserFeedback(float* left, float* right, int count) { sweepPhaser(left, right, count, false); }
+void Chorus::phaserStereo(float* left, float* right, int count) { sweepPhaser(left, right, count, true); }
 
 void Chorus::stereoFlanger(float* left, float* right, int count) {
     const float mix = parameters_.mix();
@@ -282,7 +266,7 @@ void Chorus::chorusWhite(float* left, float* right, int count) {
 }
 
 // The excursion shrinks as the rate grows, so that the depth in pitch stays.
-void Chorus::vibrato(float* left, float* right, int count, bool opposite) {
+void Chorus::bendPitch(float* left, float* right, int count, bool opposite) {
     const float mix = parameters_.mix();
     const float rate = square(parameters_[1]) * 20.0f + 1.0f;
     const float increment = rate / sampleRate_;
@@ -295,8 +279,11 @@ void Chorus::vibrato(float* left, float* right, int count, bool opposite) {
     }
 }
 
+void Chorus::vibrato(float* left, float* right, int count) { bendPitch(left, right, count, false); }
+void Chorus::vibratoStereo(float* left, float* right, int count) { bendPitch(left, right, count, true); }
+
 // The mix is the depth.
-void Chorus::tremolo(float* left, float* right, int count, bool opposite) {
+void Chorus::swellLevel(float* left, float* right, int count, bool opposite) {
     const float mix = parameters_.mix();
     const float increment = (square(parameters_[1]) * 23.0f + 0.25f) / sampleRate_;
     for (int n = 0; n < count; ++n) {
@@ -305,6 +292,9 @@ void Chorus::tremolo(float* left, float* right, int count, bool opposite) {
         right[n] = dryWet(right[n], right[n] * (opposite ? 1.0f - s : s), mix);
     }
 }
+
+void Chorus::tremolo(float* left, float* right, int count) { swellLevel(left, right, count, false); }
+void Chorus::tremoloStereo(float* left, float* right, int count) { swellLevel(left, right, count, true); }
 
 // Both shares of the mix are raised towards its middle, which keeps the loudness.
 void Chorus::chorusStandard(float* left, float* right, int count) {

@@ -109,33 +109,14 @@ void Delay2::setSampleRate(float rate) { sampleRate_ = rate; }
 
 void Delay2::setTempo(float beatsPerMinute) { tempo_ = beatsPerMinute; }
 
-void Delay2::setVariant(int variant) { variant_ = variant; }
-
 void Delay2::setParameter(int index, float value) { parameters_.set(index, clampUnit(value)); }
 
 void Delay2::process(float* left, float* right, int count) {
-    if (count <= 0) return;
+    if (count <= 0 || row_ == nullptr) return;
     const Sides io{left, right};
     ringA_.beginBlock(position_, count + 1);
     ringB_.beginBlock(position_, count + 1);
-    switch (variant_) {
-        case 0: return delay(io, count);
-        case 1: return pingPong(io, count);
-        case 2: return delayBand(io, count);
-        case 3: return multitap(io, count);
-        case 4: return echo(io, count);
-        case 5: return delayDual(io, count);
-        case 6: return delayDiffuse(io, count);
-        case 7: return tapeDelay(io, count);
-        case 8: return resonator(io, count);
-        case 9: return delayFat(io, count);
-        case 10: return reflections(io, count);
-        case 11: return delayWide(io, count);
-        case 12:
-        case 13:
-        case 14: return reverbGated(io, count);
-        default: return;
-    }
+    (this->*row_->run)(io, count);
 }
 
 // The note that p selects, in the order of arithmetic of the wide and gated types.
@@ -477,7 +458,7 @@ void Delay2::delayWide(Sides io, int count) {
 Delay2::GatedTaps Delay2::gatedTaps() const {
     GatedTaps taps;
     taps.count = std::min(static_cast<int>(parameters_[2] * 15.0f + 1.0f), 16);
-    const bool echoes = variant_ == 13;
+    const bool echoes = is(Variant::reverbGatedEcho);
     const int time = wideNote(parameters_[1]);
     const float length = static_cast<float>(echoes ? static_cast<int>(time * 0.5 + 1.0) : 1 + time);
     const float n = static_cast<float>(taps.count), spread = std::sqrt(parameters_[2]);
@@ -517,11 +498,11 @@ void Delay2::reverbGated(Sides io, int count) {
     const float h = sweptDamping(parameters_[3]), l = damping(square(parameters_[4]) * 2000.0f + 1.0f);
     const float c = quickExp(-1256.0f / sampleRate_);
     const Diffuser diffuser{static_cast<int>(sampleRate_ * 0.0006326531f + 1.0f)};
+    const bool grows = is(Variant::reverbReverse);
     std::array<std::array<float, 17>, 2> weight{};
     for (const int side : {0, 1})
         for (int i = 1; i <= taps.count; ++i)
-            weight[side][i] =
-                tapSigns[side][i] * (variant_ == 14 ? static_cast<float>(i) / static_cast<float>(taps.count) : 1.0f);
+            weight[side][i] = tapSigns[side][i] * (grows ? static_cast<float>(i) / static_cast<float>(taps.count) : 1.0f);
 
     Chunk x;
     for (int done = 0; done < count; done += chunk) {

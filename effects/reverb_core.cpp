@@ -101,35 +101,35 @@ void ReverbCore::reset() {
 
 void ReverbCore::setSampleRate(float rate) { sampleRate_ = rate; }
 
-void ReverbCore::setVariant(int variant) { variant_ = variant; }
-
 void ReverbCore::setParameter(int index, float value) { parameters_.set(index, value); }
 
 void ReverbCore::process(float* left, float* right, int count) {
-    if (count <= 0) return;
-    const ReverbVariant variant{variant_};
-    switch (variant) {
-        case ReverbVariant::theater:
-        case ReverbVariant::hangar: return runChain(chainPlan(variant, parameters_, sampleRate_), left, right, count);
-        case ReverbVariant::room: enterFixedShape(0.45); break;
-        case ReverbVariant::hall: enterFixedShape(0.5); break;
-        case ReverbVariant::cathedral:
-        case ReverbVariant::infinity:
-        case ReverbVariant::big:
-        case ReverbVariant::glass:
-        case ReverbVariant::plate:
-        case ReverbVariant::cold: break;
-        case ReverbVariant::laserPunch: return runPunch(punchPlan(parameters_, sampleRate_), left, right, count);
-        default: return;
-    }
-    runTank(tankPlan(variant, parameters_, sampleRate_), left, right, count);
+    if (count > 0 && row_ != nullptr) (this->*row_->run)(left, right, count);
 }
 
-// "Reverb Room" starts with empty lines if the last of the fixed shapes was not its own.
-void ReverbCore::enterFixedShape(double shape) {
-    if (shape == 0.45 && lastShape_ != shape)
+void ReverbCore::chain(float* left, float* right, int count) {
+    runChain(chainPlan(row_->variant, parameters_, sampleRate_), left, right, count);
+}
+
+void ReverbCore::tank(float* left, float* right, int count) {
+    runTank(tankPlan(row_->variant, parameters_, sampleRate_), left, right, count);
+}
+
+// The two tanks of fixed shape share their lines: the room starts with empty ones if the last of them was the hall.
+void ReverbCore::hall(float* left, float* right, int count) {
+    lastShape_ = 0.5;
+    tank(left, right, count);
+}
+
+void ReverbCore::room(float* left, float* right, int count) {
+    if (lastShape_ != 0.45)
         for (int line = 0; line < 6; ++line) lines_[line].clear();
-    lastShape_ = shape;
+    lastShape_ = 0.45;
+    tank(left, right, count);
+}
+
+void ReverbCore::laserPunch(float* left, float* right, int count) {
+    runPunch(punchPlan(parameters_, sampleRate_), left, right, count);
 }
 
 void ReverbCore::runChain(const ChainPlan& plan, float* left, float* right, int count) {
