@@ -36,11 +36,16 @@ void Chorus::reset() {
     for (Line* ring : {&ringA_, &ringB_, &ringC_, &ringD_}) ring->clear();
     position_ = 0;
     phase1_ = phase2_ = phase3_ = 0.0f;
+    sweepLeft_ = 0;
     lowLeft_ = lowRight_ = 0.0f;
     walk_.fill(0.0f);
     slope_.fill(0.0f);
     feedbackLeft_ = feedbackRight_ = 0.0f;
     allpassLeft_ = allpassRight_ = {};
+}
+
+void Chorus::touchMemory(int variant) {
+    if (const Row* row = rowOf(rows, variant)) touchLines({&ringA_, &ringB_, &ringC_, &ringD_}, row->lines.lines);
 }
 
 void Chorus::setSampleRate(float rate) { sampleRate_ = rate; }
@@ -70,8 +75,8 @@ void Chorus::flanger(float* left, float* right, int count) {
 
     const auto side = [&](Line& ring, float& feedback, float near, float far, float in) {
         const float tap = linearTap(ring, position_, near);
-        feedback = ((tap - linearTap(ring, position_, far)) * gain + feedback) * 0.5f;
-        ring[position_ + 1] = feedback + in;
+        feedback = heldInLoop(((tap - linearTap(ring, position_, far)) * gain + feedback) * 0.5f);
+        ring[position_ + 1] = heldInLoop(feedback + in);
         return (in + tap) * mix * 0.5f + in * dry;
     };
     for (int n = 0; n < count; ++n, advance()) {
@@ -84,14 +89,36 @@ void Chorus::flanger(float* left, float* right, int count) {
 }
 
 // A bass rotor and a horn behind a crossover, each moving in delay and level, the right ear opposite the left.
-// The speed of both is swept slowly, once a block.
 void Chorus::rotary(float* left, float* right, int count) {
     ringC_.beginBlock(position_, count);
     ringD_.beginBlock(position_, count);
+    if (sweepStep_ == 0) {
+        sweepRotors(count);
+        return turnRotors(left, right, count);
+    }
+    for (int done = 0; done < count;) {
+        if (sweepLeft_ == 0) {
+            sweepRotors(sweepStep_);
+            sweepLeft_ = sweepStep_;
+        }
+        const int length = std::min(count - done, sweepLeft_);
+        turnRotors(left + done, right + done, length);
+        sweepLeft_ -= length;
+        done += length;
+    }
+}
+
+// The speed of both rotors is swept slowly.
+void Chorus::sweepRotors(int samples) {
+    const double rate = sampleRate_;
+    const double drift = (cube(static_cast<double>(parameters_[3])) * 0.999 + 0.001) * samples / rate;
+    stepRotor(phase3_, drift);
+}
+
+void Chorus::turnRotors(float* left, float* right, int count) {
     const float mix = parameters_.mix(), level = parameters_[2];
     const double rate = sampleRate_;
-    const double drift = (cube(static_cast<double>(parameters_[3])) * 0.999 + 0.001) * count / rate;
-    const double slow = stepRotor(phase3_, drift);
+    const double slow = phase3_;
     const double sweep = slow > 0.5 ? 1.0 - slow : slow;
     const double speed = fastExp(((sweep - 0.25) * parameters_[4] + parameters_[1]) * 4.0);
     const double increment1 = 0.625 * speed / rate, increment2 = 0.90625 * speed / rate;
@@ -213,7 +240,7 @@ void Chorus::sweepPhaser(float* left, float* right, int count, bool opposite) {
     const float depth = parameters_[2] * 0.9f;
 
     const auto side = [&](PhaserChain& chain, float& last, float a, float in) {
-        last = chain.run(feedback * last + in + antiDenormal, stages, a);
+        last = heldInLoop(chain.run(feedback * last + in + antiDenormal, stages, a));
         return (last + in + antiDenormal) * 0.5f * mix + in * dry;
     };
     for (int n = 0; n < count; ++n) {
@@ -236,7 +263,8 @@ void Chorus::stereoFlanger(float* left, float* right, int count) {
     for (int n = 0; n < count; ++n) {
         const float t = triangle(stepPhase(phase1_, increment));
         advance();
-        write(left[n] - gain * feedbackLeft_ + antiDenormal, right[n] - gain * feedbackRight_ + antiDenormal);
+        write(heldInLoop(left[n] - gain * feedbackLeft_ + antiDenormal),
+              heldInLoop(right[n] - gain * feedbackRight_ + antiDenormal));
         feedbackLeft_ = cubicTap(ringA_, position_, t * depth);
         feedbackRight_ = cubicTap(ringB_, position_, (1.0f - t) * depth);
         left[n] = dryWet(left[n], feedbackLeft_, mix);
@@ -253,7 +281,7 @@ void Chorus::chorusWhite(float* left, float* right, int count) {
 
     const auto side = [&](Line& ring, float& feedback, float delay, float in) {
         const float v = in - feedback * gain;
-        ring[position_] = v;
+        ring[position_] = heldInLoop(v);
         feedback = cubicTap(ring, position_, delay);
         return dryWet(in, v * gain + feedback, mix);
     };

@@ -46,11 +46,17 @@ public:
     void setSampleRate(float rate);
     // The effect of the family by its Variant. A number not in use passes audio.
     void setVariant(int variant) { row_ = rowOf(rows, variant); }
+    // The slow sweep of the rotary cabinet's speed steps once a call by its length, as at first (0), or whenever so many
+    // samples have passed: then the sound does not depend on how it is cut into blocks.
+    void setSweepStep(int samples) { sweepStep_ = samples; }
     // Index 0 is the mix, 1 to 4 the parameters, values held to 0 to 1; other indices are ignored.
     void setParameter(int index, float value);
     // Processes `count` samples in place and does its own blending of dry and wet. Nothing happens for a
     // count of 0 or less.
     void process(float* left, float* right, int count);
+
+    // Has the system map what a variant's lines use. Any thread, also while audio runs.
+    void touchMemory(int variant);
 
 private:
     using Line = Ring<float, 15>;
@@ -81,6 +87,8 @@ private:
     void hyperUnison(float* left, float* right, int count);
     void haas(float* left, float* right, int count);
 
+    void sweepRotors(int samples);
+    void turnRotors(float* left, float* right, int count);
     void sweepPhaser(float* left, float* right, int count, bool opposite);
     void bendPitch(float* left, float* right, int count, bool opposite);
     void swellLevel(float* left, float* right, int count, bool opposite);
@@ -167,6 +175,7 @@ private:
     Line ringA_, ringB_, ringC_, ringD_;  // left, right; the high bands of the rotary cabinet
     int position_ = 0;                    // where all lines write
     float phase1_ = 0.0f, phase2_ = 0.0f, phase3_ = 0.0f;
+    int sweepStep_ = 0, sweepLeft_ = 0;  // of phase 3, in samples; those until the next step
     float lowLeft_ = 0.0f, lowRight_ = 0.0f;
     std::array<float, 4> walk_{}, slope_{};
     float feedbackLeft_ = 0.0f, feedbackRight_ = 0.0f;

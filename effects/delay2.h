@@ -64,6 +64,9 @@ public:
     // count of 0 or less.
     void process(float* left, float* right, int count);
 
+    // Has the system map what a variant's lines use. Any thread, also while audio runs.
+    void touchMemory(int variant);
+
     // The taps of the gated and reverse reverbs at the present settings: distances in samples of tap 1 to
     // `count` (tap 0 does not sound).
     struct GatedTaps {

@@ -99,6 +99,14 @@ void ReverbCore::reset() {
     punch_.fill({});
 }
 
+void ReverbCore::touchMemory(int variant) {
+    const Row* row = rowOf(rows, variant);
+    if (row == nullptr) return;
+    for (int line = 0; line < row->lines.lines; ++line) lines_[line].touch();
+    if (row->lines.shortOnes)
+        for (Line& line : predelay_) line.touch();
+}
+
 void ReverbCore::setSampleRate(float rate) { sampleRate_ = rate; }
 
 void ReverbCore::setParameter(int index, float value) { parameters_.set(index, value); }
@@ -173,7 +181,7 @@ void ReverbCore::runChain(const ChainPlan& plan, float* left, float* right, int 
                             f * sides(stage.left[i & mask], stage.right[j & mask]) + readOffset;
             state.damped = v * damp + state.damped * undamped;
             const Sides dispersed = state.allpass.step(state.damped, allpass);
-            const Sides written = x - state.damped * stage.feedback + writeOffset;
+            const Sides written = heldInLoop(x - state.damped * stage.feedback + writeOffset);
             stage.left[position & mask] = written[0];
             stage.right[position & mask] = written[1];
             x = x + dispersed * Sides(0.5) - state.damped * Sides(0.25);
@@ -273,12 +281,14 @@ void ReverbCore::runLines(const TankPlan& plan, const Chunk& signal, float* left
         const Sides a1 = signal[n] - first * g;
         const Sides a2 = a1 * g + first - second * g;
         const Sides last = a2 * g + second;
-        a[position] = a1[0];
-        d[position] = a1[1];
-        b[position] = a2[0];
-        e[position] = a2[1];
-        c[position] = last[0];
-        f[position] = last[1];
+        const auto write = [position](double* one, double* other, Sides x) {
+            const Sides held = heldInLoop(x);
+            one[position] = held[0];
+            other[position] = held[1];
+        };
+        write(a, d, a1);
+        write(b, e, a2);
+        write(c, f, last);
         position_ = (position + 1) & mask;
 
         const Sides tap = sides(c[(position_ - plan.tapLeft) & mask], f[(position_ - plan.tapRight) & mask]);

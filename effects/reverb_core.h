@@ -32,6 +32,9 @@ public:
     // does not depend on how it is cut into blocks.
     void process(float* left, float* right, int count);
 
+    // Has the system map what a variant's lines use. Any thread, also while audio runs.
+    void touchMemory(int variant);
+
 private:
     using Line = Ring<double, 15>;
     using Sides = Lanes<double, 2>;  // the two sides of a structure
@@ -77,7 +80,7 @@ public:
     using Row = EffectRow<Variant, void (ReverbCore::*)(float* left, float* right, int count)>;
     static constexpr EffectFamily family = EffectFamily::reverb;
 
-    // One row an effect. Lines: as listed below; the short ones are the predelays.
+    // One row an effect. Lines: see lines_; the short ones are the predelays.
     // clang-format off
     static constexpr Row rows[] = {
         {2, "Reverb Hall", "Reverb medium", Variant::hall, {0.33f, 0.9f, 0.35f, 0.4f, 0.25f}, &ReverbCore::hall,

@@ -9,7 +9,7 @@ MAY_SEE = {
     "platform": [],
     "vst": [],
     "sound": ["base"],
-    "effects": ["base"],
+    "effects": ["base", "platform"],
     "samples": ["base", "platform", "sound"],
     "voice": ["base", "sound", "effects", "samples"],
     "engine": ["base", "platform", "vst", "sound", "effects", "samples", "voice"],
