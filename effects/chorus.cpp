@@ -36,6 +36,7 @@ void Chorus::reset() {
     for (Line* ring : {&ringA_, &ringB_, &ringC_, &ringD_}) ring->clear();
     position_ = 0;
     phase1_ = phase2_ = phase3_ = 0.0f;
+    sweepLeft_ = 0;
     lowLeft_ = lowRight_ = 0.0f;
     walk_.fill(0.0f);
     slope_.fill(0.0f);
@@ -43,9 +44,11 @@ void Chorus::reset() {
     allpassLeft_ = allpassRight_ = {};
 }
 
-void Chorus::setSampleRate(float rate) { sampleRate_ = rate; }
+void Chorus::touchMemory(int variant) {
+    if (const Row* row = rowOf(rows, variant)) touchLines({&ringA_, &ringB_, &ringC_, &ringD_}, row->lines.lines);
+}
 
-void Chorus::setVariant(int variant) { variant_ = variant; }
+void Chorus::setSampleRate(float rate) { sampleRate_ = rate; }
 
 void Chorus::setParameter(int index, float value) { parameters_.set(index, clampUnit(value)); }
 
@@ -57,26 +60,9 @@ void Chorus::announce(int count) {
 
 void Chorus::process(float* left, float* right, int count) {
     if (count <= 0) return;
+    if (row_ == nullptr) return;
     announce(count);
-    switch (variant_) {
-        case 2: return flanger(left, right, count);
-        case 3: return rotary(left, right, count);
-        case 7: return chorus(left, right, count);
-        case 8: return ensemble(left, right, count);
-        case 9: return phaser(left, right, count);
-        case 10: return phaserFeedback(left, right, count, false);
-        case 11: return phaserFeedback(left, right, count, true);
-        case 12: return stereoFlanger(left, right, count);
-        case 13: return chorusWhite(left, right, count);
-        case 14: return vibrato(left, right, count, false);
-        case 15: return vibrato(left, right, count, true);
-        case 16: return tremolo(left, right, count, false);
-        case 17: return tremolo(left, right, count, true);
-        case 18: return chorusStandard(left, right, count);
-        case 19: return hyperUnison(left, right, count);
-        case 20: return haas(left, right, count);
-        default: return;
-    }
+    (this->*row_->run)(left, right, count);
 }
 
 // Two taps a side, one twice as far as the other; their difference is fed back.
@@ -89,8 +75,8 @@ void Chorus::flanger(float* left, float* right, int count) {
 
     const auto side = [&](Line& ring, float& feedback, float near, float far, float in) {
         const float tap = linearTap(ring, position_, near);
-        feedback = ((tap - linearTap(ring, position_, far)) * gain + feedback) * 0.5f;
-        ring[position_ + 1] = feedback + in;
+        feedback = heldInLoop(((tap - linearTap(ring, position_, far)) * gain + feedback) * 0.5f);
+        ring[position_ + 1] = heldInLoop(feedback + in);
         return (in + tap) * mix * 0.5f + in * dry;
     };
     for (int n = 0; n < count; ++n, advance()) {
@@ -103,14 +89,36 @@ void Chorus::flanger(float* left, float* right, int count) {
 }
 
 // A bass rotor and a horn behind a crossover, each moving in delay and level, the right ear opposite the left.
-// The speed of both is swept slowly, once a block.
 void Chorus::rotary(float* left, float* right, int count) {
     ringC_.beginBlock(position_, count);
     ringD_.beginBlock(position_, count);
+    if (sweepStep_ == 0) {
+        sweepRotors(count);
+        return turnRotors(left, right, count);
+    }
+    for (int done = 0; done < count;) {
+        if (sweepLeft_ == 0) {
+            sweepRotors(sweepStep_);
+            sweepLeft_ = sweepStep_;
+        }
+        const int length = std::min(count - done, sweepLeft_);
+        turnRotors(left + done, right + done, length);
+        sweepLeft_ -= length;
+        done += length;
+    }
+}
+
+// The speed of both rotors is swept slowly.
+void Chorus::sweepRotors(int samples) {
+    const double rate = sampleRate_;
+    const double drift = (cube(static_cast<double>(parameters_[3])) * 0.999 + 0.001) * samples / rate;
+    stepRotor(phase3_, drift);
+}
+
+void Chorus::turnRotors(float* left, float* right, int count) {
     const float mix = parameters_.mix(), level = parameters_[2];
     const double rate = sampleRate_;
-    const double drift = (cube(static_cast<double>(parameters_[3])) * 0.999 + 0.001) * count / rate;
-    const double slow = stepRotor(phase3_, drift);
+    const double slow = phase3_;
     const double sweep = slow > 0.5 ? 1.0 - slow : slow;
     const double speed = fastExp(((sweep - 0.25) * parameters_[4] + parameters_[1]) * 4.0);
     const double increment1 = 0.625 * speed / rate, increment2 = 0.90625 * speed / rate;
@@ -221,7 +229,7 @@ void Chorus::phaser(float* left, float* right, int count) {
 }
 
 // `opposite`: the right side's notches fall while the left side's rise.
-void Chorus::phaserFeedback(float* left, float* right, int count, bool opposite) {
+void Chorus::sweepPhaser(float* left, float* right, int count, bool opposite) {
     const float mix = parameters_.mix(), dry = 1.0f - mix;
     const int stages = 2 + 2 * static_cast<int>(parameters_[3] * 5.999f);
     const float p4 = parameters_[4];
@@ -232,7 +240,7 @@ void Chorus::phaserFeedback(float* left, float* right, int count, bool opposite)
     const float depth = parameters_[2] * 0.9f;
 
     const auto side = [&](PhaserChain& chain, float& last, float a, float in) {
-        last = chain.run(feedback * last + in + antiDenormal, stages, a);
+        last = heldInLoop(chain.run(feedback * last + in + antiDenormal, stages, a));
         return (last + in + antiDenormal) * 0.5f * mix + in * dry;
     };
     for (int n = 0; n < count; ++n) {
@@ -244,6 +252,9 @@ void Chorus::phaserFeedback(float* left, float* right, int count, bool opposite)
     }
 }
 
+void Chorus::phaserFeedback(float* left, float* right, int count) { sweepPhaser(left, right, count, false); }
+void Chorus::phaserStereo(float* left, float* right, int count) { sweepPhaser(left, right, count, true); }
+
 void Chorus::stereoFlanger(float* left, float* right, int count) {
     const float mix = parameters_.mix();
     const float increment = (cube(parameters_[1]) * 0.99f + 0.01f) / sampleRate_ * 3.0f;
@@ -252,7 +263,8 @@ void Chorus::stereoFlanger(float* left, float* right, int count) {
     for (int n = 0; n < count; ++n) {
         const float t = triangle(stepPhase(phase1_, increment));
         advance();
-        write(left[n] - gain * feedbackLeft_ + antiDenormal, right[n] - gain * feedbackRight_ + antiDenormal);
+        write(heldInLoop(left[n] - gain * feedbackLeft_ + antiDenormal),
+              heldInLoop(right[n] - gain * feedbackRight_ + antiDenormal));
         feedbackLeft_ = cubicTap(ringA_, position_, t * depth);
         feedbackRight_ = cubicTap(ringB_, position_, (1.0f - t) * depth);
         left[n] = dryWet(left[n], feedbackLeft_, mix);
@@ -269,7 +281,7 @@ void Chorus::chorusWhite(float* left, float* right, int count) {
 
     const auto side = [&](Line& ring, float& feedback, float delay, float in) {
         const float v = in - feedback * gain;
-        ring[position_] = v;
+        ring[position_] = heldInLoop(v);
         feedback = cubicTap(ring, position_, delay);
         return dryWet(in, v * gain + feedback, mix);
     };
@@ -282,7 +294,7 @@ void Chorus::chorusWhite(float* left, float* right, int count) {
 }
 
 // The excursion shrinks as the rate grows, so that the depth in pitch stays.
-void Chorus::vibrato(float* left, float* right, int count, bool opposite) {
+void Chorus::bendPitch(float* left, float* right, int count, bool opposite) {
     const float mix = parameters_.mix();
     const float rate = square(parameters_[1]) * 20.0f + 1.0f;
     const float increment = rate / sampleRate_;
@@ -295,8 +307,11 @@ void Chorus::vibrato(float* left, float* right, int count, bool opposite) {
     }
 }
 
+void Chorus::vibrato(float* left, float* right, int count) { bendPitch(left, right, count, false); }
+void Chorus::vibratoStereo(float* left, float* right, int count) { bendPitch(left, right, count, true); }
+
 // The mix is the depth.
-void Chorus::tremolo(float* left, float* right, int count, bool opposite) {
+void Chorus::swellLevel(float* left, float* right, int count, bool opposite) {
     const float mix = parameters_.mix();
     const float increment = (square(parameters_[1]) * 23.0f + 0.25f) / sampleRate_;
     for (int n = 0; n < count; ++n) {
@@ -305,6 +320,9 @@ void Chorus::tremolo(float* left, float* right, int count, bool opposite) {
         right[n] = dryWet(right[n], right[n] * (opposite ? 1.0f - s : s), mix);
     }
 }
+
+void Chorus::tremolo(float* left, float* right, int count) { swellLevel(left, right, count, false); }
+void Chorus::tremoloStereo(float* left, float* right, int count) { swellLevel(left, right, count, true); }
 
 // Both shares of the mix are raised towards its middle, which keeps the loudness.
 void Chorus::chorusStandard(float* left, float* right, int count) {

@@ -105,37 +105,27 @@ void Delay2::reset() {
     dispersion_ = {};
 }
 
+void Delay2::touchMemory(int variant) {
+    const Row* row = rowOf(rows, variant);
+    if (row == nullptr) return;
+    touchLines({&ringA_, &ringB_, &ringC_, &ringD_}, row->lines.lines);
+    if (!row->lines.shortOnes) return;
+    touchLines({&diffuseE_, &diffuseF_}, 2);
+    for (Line* ring : {&ringC_, &ringD_}) ring->touch(SmallLine::size);
+}
+
 void Delay2::setSampleRate(float rate) { sampleRate_ = rate; }
 
 void Delay2::setTempo(float beatsPerMinute) { tempo_ = beatsPerMinute; }
 
-void Delay2::setVariant(int variant) { variant_ = variant; }
-
 void Delay2::setParameter(int index, float value) { parameters_.set(index, clampUnit(value)); }
 
 void Delay2::process(float* left, float* right, int count) {
-    if (count <= 0) return;
+    if (count <= 0 || row_ == nullptr) return;
     const Sides io{left, right};
     ringA_.beginBlock(position_, count + 1);
     ringB_.beginBlock(position_, count + 1);
-    switch (variant_) {
-        case 0: return delay(io, count);
-        case 1: return pingPong(io, count);
-        case 2: return delayBand(io, count);
-        case 3: return multitap(io, count);
-        case 4: return echo(io, count);
-        case 5: return delayDual(io, count);
-        case 6: return delayDiffuse(io, count);
-        case 7: return tapeDelay(io, count);
-        case 8: return resonator(io, count);
-        case 9: return delayFat(io, count);
-        case 10: return reflections(io, count);
-        case 11: return delayWide(io, count);
-        case 12:
-        case 13:
-        case 14: return reverbGated(io, count);
-        default: return;
-    }
+    (this->*row_->run)(io, count);
 }
 
 // The note that p selects, in the order of arithmetic of the wide and gated types.
@@ -161,7 +151,7 @@ void Delay2::delay(Sides io, int count) {
             SideState& state = state_[side];
             float& sample = io[side][n];
             const float y = readBehind(line(side), position_ - base, depth * (side == 0 ? t : 1.0f - t));
-            line(side)[position_] = state.low.low((sample - y) * feedback, damp, antiDenormal);
+            line(side)[position_] = heldInLoop(state.low.low((sample - y) * feedback, damp, antiDenormal));
             sample = dryWet(sample, state.cut.cut(y, c, antiDenormal), mix);
         }
     }
@@ -189,8 +179,8 @@ void Delay2::pingPong(Sides io, int count) {
         const float x = share * ringD_[position_ - time] + ringC_[position_ - time];
         io[0][n] = dryWet(left, state_[0].cut.cut(x, c, antiDenormal), mix);
         io[1][n] = dryWet(right, state_[1].cut.cut(b, c, antiDenormal), mix);
-        ringA_[position_] = b + mono;
-        ringB_[position_] = a + mono;
+        ringA_[position_] = heldInLoop(b + mono);
+        ringB_[position_] = heldInLoop(a + mono);
     }
 }
 
@@ -212,7 +202,7 @@ void Delay2::delayBand(Sides io, int count) {
             low += c * band;
             const float high = (sample - y) * feedback - low - band;
             band += c * high;
-            line(side)[position_] = band;
+            line(side)[position_] = heldInLoop(band);
             sample = dryWet(sample, y, mix);
         }
     }
@@ -250,7 +240,7 @@ void Delay2::multitap(Sides io, int count) {
         const std::array<float, 2> in{io[0][n], io[1][n]};
         for (const int side : {0, 1}) {
             const float fed = (in[side] - line(side)[position_ - length]) * feedback;
-            line(side)[position_] = state_[side].low.low(fed, k, antiDenormal);
+            line(side)[position_] = heldInLoop(state_[side].low.low(fed, k, antiDenormal));
             (side == 0 ? ringC_ : ringD_)[position_] = fed;
         }
         float left = 0.0f, right = 0.0f;
@@ -286,7 +276,7 @@ void Delay2::echo(Sides io, int count) {
         }
         for (const int side : {0, 1}) {
             float& sample = io[side][n];
-            line(side)[position_] = sample - z[side] * straight[side] - z[1 - side] * crossed[1 - side];
+            line(side)[position_] = heldInLoop(sample - z[side] * straight[side] - z[1 - side] * crossed[1 - side]);
             sample = dryWet(sample, z[side], mix);
         }
     }
@@ -306,7 +296,7 @@ void Delay2::delayDual(Sides io, int count) {
         for (const int side : {0, 1}) z[side] = state_[side].cut.cut(state_[side].low.low(read[side], k), c, antiDenormal);
         for (const int side : {0, 1}) {
             float& sample = io[side][n];
-            line(side)[position_] = sample - z[1 - side] * feedback;
+            line(side)[position_] = heldInLoop(sample - z[1 - side] * feedback);
             sample = dryWet(sample, z[side], mix);
         }
     }
@@ -355,7 +345,7 @@ void Delay2::delayDiffuse(Sides io, int count) {
             SideState& state = state_[side];
             float& sample = io[side][n];
             const float diffused = diffuser.step(*this, side, sample);
-            line(side)[position_] = state.low.low((diffused - read[side]) * feedback, k, antiDenormal);
+            line(side)[position_] = heldInLoop(state.low.low((diffused - read[side]) * feedback, k, antiDenormal));
             sample = dryWet(sample, state.cut.cut(read[side], c, antiDenormal), mix);
         }
         position2_ = (position2_ + 1) & SmallLine::mask;
@@ -383,7 +373,7 @@ void Delay2::tapeDelay(Sides io, int count) {
             const float bright = state.cut.cut(y, k, antiDenormal);
             s2 = (1.0f - c) * s2 + bright * c - antiDenormal;
             s3 = math::tanh(drive * ((1.0f - c) * s3 + c * s2 + antiDenormal)) * g;
-            line(side)[position_] = sample - s3;
+            line(side)[position_] = heldInLoop(sample - s3);
             sample = dryWet(sample, s3, mix);
         }
     }
@@ -402,7 +392,7 @@ void Delay2::resonator(Sides io, int count) {
             float& sample = io[side][n];
             const float y = readBehind(line(side), position_, length);
             const float s = state.low.low((sample - y) * feedback, h, antiDenormal);
-            line(side)[position_] = state.cut.cut(s, l, antiDenormal);
+            line(side)[position_] = heldInLoop(state.cut.cut(s, l, antiDenormal));
             sample = dryWet(sample, y, mix);
         }
     }
@@ -423,7 +413,7 @@ void Delay2::delayFat(Sides io, int count) {
             float& sample = io[side][n];
             float& w = state.feedback;
             const float a = sample - w * 0.7071f + antiDenormal;
-            line(side)[position_] = state.cut.cut(state.low.low(a, h), l);
+            line(side)[position_] = heldInLoop(state.cut.cut(state.low.low(a, h), l));
             w = readBehind(line(side), position_ - time, depth * (side == 0 ? t : 1.0f - t)) * mix;
             sample = a * 0.7071f + w;
         }
@@ -442,9 +432,9 @@ void Delay2::reflections(Sides io, int count) {
         const float c = state.low.low(first[position2_ - firstDistance], h);
         const float d = state.low2.low(second[position2_ - secondDistance], h);
         const float x = in - g * c;
-        first[position2_] = x;
+        first[position2_] = heldInLoop(x);
         const float x2 = x * g + c - g * d;
-        second[position2_] = x2;
+        second[position2_] = heldInLoop(x2);
         return dryWet(in, state.cut.cut(x2 * g + d, c120, antiDenormal), mix);
     };
     for (int n = 0; n < count; ++n) {
@@ -466,7 +456,7 @@ void Delay2::delayWide(Sides io, int count) {
             SideState& state = state_[side];
             float& sample = io[side][n];
             const float z = state.cut.cut(state.low.low(line(side)[position_ - time], h), l, antiDenormal);
-            line(side)[position_] = sample - z * feedback;
+            line(side)[position_] = heldInLoop(sample - z * feedback);
             if (side == 0) ringC_[position_] = z;
             sample = dryWet(sample, side == 0 ? ringC_[position_ - late] : z, mix);
         }
@@ -477,7 +467,7 @@ void Delay2::delayWide(Sides io, int count) {
 Delay2::GatedTaps Delay2::gatedTaps() const {
     GatedTaps taps;
     taps.count = std::min(static_cast<int>(parameters_[2] * 15.0f + 1.0f), 16);
-    const bool echoes = variant_ == 13;
+    const bool echoes = is(Variant::reverbGatedEcho);
     const int time = wideNote(parameters_[1]);
     const float length = static_cast<float>(echoes ? static_cast<int>(time * 0.5 + 1.0) : 1 + time);
     const float n = static_cast<float>(taps.count), spread = std::sqrt(parameters_[2]);
@@ -517,11 +507,11 @@ void Delay2::reverbGated(Sides io, int count) {
     const float h = sweptDamping(parameters_[3]), l = damping(square(parameters_[4]) * 2000.0f + 1.0f);
     const float c = quickExp(-1256.0f / sampleRate_);
     const Diffuser diffuser{static_cast<int>(sampleRate_ * 0.0006326531f + 1.0f)};
+    const bool grows = is(Variant::reverbReverse);
     std::array<std::array<float, 17>, 2> weight{};
     for (const int side : {0, 1})
         for (int i = 1; i <= taps.count; ++i)
-            weight[side][i] =
-                tapSigns[side][i] * (variant_ == 14 ? static_cast<float>(i) / static_cast<float>(taps.count) : 1.0f);
+            weight[side][i] = tapSigns[side][i] * (grows ? static_cast<float>(i) / static_cast<float>(taps.count) : 1.0f);
 
     Chunk x;
     for (int done = 0; done < count; done += chunk) {

@@ -69,8 +69,6 @@ void DriveCore::reset() {
 
 void DriveCore::setSampleRate(float rate) { sampleRate_ = rate; }
 
-void DriveCore::setVariant(int variant) { variant_ = variant; }
-
 void DriveCore::setParameter(int index, float value) { parameters_.set(index, value); }
 
 // Low-pass, four points, shaper. The buffers are padded so that whole vectors can be taken.
@@ -106,7 +104,7 @@ void DriveCore::shape(float* left, float* right, int count, const Shaper& shaper
 }
 
 // Two shaped points for each sample of b and c: the drive stage behind a pair of one-poles.
-void DriveCore::tubeAmp(Side& side, float* buffer, int count) const {
+void DriveCore::tubeAmpSide(Side& side, float* buffer, int count) const {
     const float p1 = parameters_[1], m = parameters_.mix();
     const float a = 0.9f * p1, post = setupExp((parameters_[2] - 0.5f) * 8.0f);
     const float q = p1 * p1 * p1 * 50.0f, r = p1 * p1 * p1 * 12.5f + 1.0f;
@@ -123,7 +121,7 @@ void DriveCore::tubeAmp(Side& side, float* buffer, int count) const {
 }
 
 // Band-limit, four points without the low-pass, two stages of distortion at the fourfold rate, mean, bass.
-void DriveCore::ampSim(Side& side, float* buffer, int count) const {
+void DriveCore::ampSimSide(Side& side, float* buffer, int count) const {
     const float m = parameters_.mix();
     if (!(m > 0.0001f) || count > ampBlock) return;
     const float open = 1.0f - parameters_[2];
@@ -171,7 +169,7 @@ float DriveCore::splitCoefficient(float p2, float sampleRate) {
 }
 
 // A state-variable split: the band around a frequency is saturated, p3 balances it against the rest.
-void DriveCore::multiband(Side& side, float* buffer, int count) const {
+void DriveCore::multibandSide(Side& side, float* buffer, int count) const {
     const float c = splitCoefficient(parameters_[2], sampleRate_);
     const float p1 = parameters_[1], p3 = parameters_[3], m = parameters_.mix();
     float low = side.low, band = side.band;
@@ -215,56 +213,78 @@ void DriveCore::noise(float* left, float* right, int count) {
     }
 }
 
-void DriveCore::clip(float* left, float* right, int count) {
-    const float depth = 4.0f * parameters_[1] + 0.0001f;
-    const float gain = depth < 1.0f ? 0.03125f / depth : 0.03125f;
-    const float drive = 8.0f * depth;
-    if (variant_ == 14)
-        return shape(left, right, count, sumOfPoints([drive](Samples z) { return softCurve(z * Samples(drive)); }, gain));
-    shape(left, right, count,
-          sumOfPoints([drive](Samples z) { return limit(z * Samples(drive), Samples(-1), Samples(1)); }, gain));
+namespace {
+
+// The drive of the clippers, and the gain that keeps the level of quiet ones.
+struct Clipping {
+    explicit Clipping(float p1) {
+        const float depth = 4.0f * p1 + 0.0001f;
+        gain = depth < 1.0f ? 0.03125f / depth : 0.03125f;
+        drive = 8.0f * depth;
+    }
+    float gain, drive;
+};
+
+}  // namespace
+
+void DriveCore::softClip(float* left, float* right, int count) {
+    const Clipping clipping(parameters_[1]);
+    const auto curve = [drive = clipping.drive](Samples z) { return softCurve(z * Samples(drive)); };
+    shape(left, right, count, sumOfPoints(curve, clipping.gain));
+}
+
+void DriveCore::hardClip(float* left, float* right, int count) {
+    const Clipping clipping(parameters_[1]);
+    const auto curve = [drive = clipping.drive](Samples z) { return limit(z * Samples(drive), Samples(-1), Samples(1)); };
+    shape(left, right, count, sumOfPoints(curve, clipping.gain));
+}
+
+void DriveCore::tubeAmp(float* left, float* right, int count) {
+    if (!(parameters_[1] > 0.0001f)) return;
+    tubeAmpSide(left_, left, count);
+    tubeAmpSide(right_, right, count);
+}
+
+void DriveCore::ampSim(float* left, float* right, int count) {
+    ampSimSide(left_, left, count);
+    ampSimSide(right_, right, count);
+}
+
+void DriveCore::rectify(float* left, float* right, int count) { shape(left, right, count, Rectifier{parameters_[1]}); }
+
+void DriveCore::warp(float* left, float* right, int count) {
+    const float depth = 16.0f * parameters_[1] + 0.0001f;
+    const auto curve = [depth](Samples z) { return warpShape(z * Samples(depth)); };
+    shape(left, right, count, sumOfPoints(curve, depth < 1.0f ? 0.03125f / depth : 0.03125f));
+}
+
+void DriveCore::waveshape(float* left, float* right, int count) {
+    const float depth = 16.0f * parameters_[1] + 1.0f;
+    shape(left, right, count, sumOfPoints([depth](Samples z) { return waveShape(z * Samples(depth)); }, 0.03125f));
+}
+
+void DriveCore::ripple(float* left, float* right, int count) {
+    shape(left, right, count, Rippler{24.0f * parameters_[1] + 1.0f});
+}
+
+void DriveCore::bitcrush(float* left, float* right, int count) {
+    const float q = setupExp(6.0f - 4.2f * parameters_[1]);
+    const auto level = [q](Samples z) { return crushLevel(z, Samples(q)) - Samples(99.5f); };
+    shape(left, right, count, sumOfPoints(level, 0.25f / q));
+}
+
+void DriveCore::saturate(float* left, float* right, int count) {
+    const float p1 = parameters_[1], depth = 4.0f * p1 + 0.0001f;
+    shape(left, right, count, Saturator{depth, (2.0f * p1 + 1.0f) * 0.0625f / depth});
+}
+
+void DriveCore::multibandDist(float* left, float* right, int count) {
+    multibandSide(left_, left, count);
+    multibandSide(right_, right, count);
 }
 
 void DriveCore::process(float* left, float* right, int count) {
-    const float p1 = parameters_[1];
-    switch (variant_) {
-        case 2:  // Tube Amp
-            if (!(p1 > 0.0001f)) return;
-            tubeAmp(left_, left, count);
-            return tubeAmp(right_, right, count);
-        case 12:  // Amp Sim
-            ampSim(left_, left, count);
-            return ampSim(right_, right, count);
-        case 13: return noise(left, right, count);
-        case 14:  // Soft Clip
-        case 21:  // Hard Clip
-            return clip(left, right, count);
-        case 16: return shape(left, right, count, Rectifier{p1});
-        case 17: {  // Warp
-            const float depth = 16.0f * p1 + 0.0001f;
-            return shape(left, right, count,
-                         sumOfPoints([depth](Samples z) { return warpShape(z * Samples(depth)); },
-                                     depth < 1.0f ? 0.03125f / depth : 0.03125f));
-        }
-        case 18: {  // Waveshape
-            const float depth = 16.0f * p1 + 1.0f;
-            return shape(left, right, count, sumOfPoints([depth](Samples z) { return waveShape(z * Samples(depth)); }, 0.03125f));
-        }
-        case 19: return shape(left, right, count, Rippler{24.0f * p1 + 1.0f});
-        case 22: {  // Bitcrush
-            const float q = setupExp(6.0f - 4.2f * p1);
-            return shape(left, right, count,
-                         sumOfPoints([q](Samples z) { return crushLevel(z, Samples(q)) - Samples(99.5f); }, 0.25f / q));
-        }
-        case 24: {  // Saturate
-            const float depth = 4.0f * p1 + 0.0001f;
-            return shape(left, right, count, Saturator{depth, (2.0f * p1 + 1.0f) * 0.0625f / depth});
-        }
-        case 25:  // Multiband Dist
-            multiband(left_, left, count);
-            return multiband(right_, right, count);
-        default: return;
-    }
+    if (row_ != nullptr) (this->*row_->run)(left, right, count);
 }
 
 }  // namespace vantoric

@@ -137,6 +137,14 @@ struct OnePole {
     T cut(T x, T k, T offset = T(0)) { return x - low(x, k, offset); }
 };
 
+// What is written into a feedback loop, held within 16: far above what settings reach that come to rest, so that the
+// others sing loudly instead of growing without end. NaN stays, for the slot to find and clear. For numbers and lanes.
+template <class T>
+inline T heldInLoop(T x) {
+    using S = ScalarOf<T>;
+    return minimum(T(S(16)), maximum(T(S(-16)), x));
+}
+
 // First-order allpass: y = (y - x) c + previous x.
 template <class T>
 struct AllpassStage {

@@ -5,6 +5,7 @@
 
 #include "base/lanes.h"
 #include "effects/biquad_design.h"
+#include "effects/effect_row.h"
 
 namespace vantoric {
 
@@ -15,6 +16,9 @@ class Equalizer {
 public:
     enum Band { low = 0, high = 1, mid = 2 };
 
+    // The number of the effect within the family.
+    enum class Variant : int { equalizer = 0 };
+
     Equalizer();
 
     // Each 0 to 1; 0.5 is flat. Acts at the next block.
@@ -24,6 +28,9 @@ public:
     void setHighGain(float value) { highGain_ = value; }
     // As an effect: 1 low gain, 2 mid gain, 3 mid frequency, 4 high gain. The mix, index 0, has no effect.
     void setParameter(int index, float value);
+
+    // The family has one effect.
+    void setVariant(int) {}
 
     // Hz, above 0. Computes all coefficients anew.
     void setSampleRate(double rate);
@@ -42,6 +49,26 @@ private:
         Pair s1 = 0.0, s2 = 0.0, s3 = 0.0;
     };
 
+    // What they show.
+    struct Text {
+        static constexpr auto decibels = [](float p) { return static_cast<float>(-10 + static_cast<int>(20.0f * p)); };
+    };
+
+public:
+    using Row = EffectRow<Variant, void (Equalizer::*)(float* left, float* right, int count)>;
+    static constexpr EffectFamily family = EffectFamily::equalizer;
+
+    // One row an effect.
+    // clang-format off
+    static constexpr Row rows[] = {
+        {20, "Equalizer", "Equalizer", Variant::equalizer, {1.0f, 0.5f, 0.5f, 0.5f, 0.5f}, &Equalizer::process,
+         {shown::number("Low gain %d dB", Text::decibels), shown::number("Mid gain %d dB", Text::decibels),
+          shown::number("Mid freq %d Hz", [](float p) { return static_cast<float>(250 + static_cast<int>(4000.0f * p * p)); }),
+          shown::number("High gain %d dB", Text::decibels)}},
+    };
+    // clang-format on
+
+private:
     void update();
     template <bool Low, bool High, bool Mid>
     void run(float* left, float* right, int count);

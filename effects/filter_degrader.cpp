@@ -4,7 +4,6 @@ namespace vantoric {
 
 namespace {
 
-constexpr int degrader = 6;
 constexpr int longestHold = 1 << 24;
 
 }  // namespace
@@ -18,8 +17,6 @@ void Filter::reset() {
 
 void Filter::setSampleRate(float rate) { sampleRate_ = rate; }
 
-void Filter::setVariant(int variant) { variant_ = variant; }
-
 void Filter::setParameter(int index, float value) { parameters_.set(index, value); }
 
 int Filter::factor(float p1, float sampleRate) {
@@ -27,9 +24,12 @@ int Filter::factor(float p1, float sampleRate) {
     return truncateTo(sampleRate / reduced, 1, longestHold);
 }
 
-// A box average over `factor` samples, held until the next one is complete.
 void Filter::process(float* left, float* right, int count) {
-    if (variant_ != degrader || count > longestBlock) return;
+    if (row_ != nullptr && count <= longestBlock) (this->*row_->run)(left, right, count);
+}
+
+// A box average over `factor` samples, held until the next one is complete.
+void Filter::degrader(float* left, float* right, int count) {
     const int samples = factor(parameters_[1], sampleRate_);
     const float whole = static_cast<float>(samples), wet = parameters_.mix(), dry = 1.0f - wet;
     for (int i = 0; i < count; ++i) {

@@ -14,135 +14,107 @@ constexpr int lastNamedType = 73;
 }  // namespace
 
 Multieffect::Multieffect(RandomSources& random) : delay_(random), modulation_(random), drive_(random) {
-    parameters_.fill(0.5f);
-    for (int index = 0; index < 5; ++index) setParameter(index, 0.5f);
-    degrade_.setVariant(2);
-    drive_.setVariant(2);
+    for (auto& parameter : parameters_) parameter.store(0.5f, std::memory_order_relaxed);
+    modulation_.setSweepStep(sweepStep);
     ready_ = true;
-    setSampleRate(44100.0f);
-    setTempo(120.0f, 0.0);
-    clearAll();
 }
 
-void Multieffect::clearState() {
-    if (!ready_) return;
-    switch (effectType(type_).family) {
-        case EffectFamily::reverb: return reverb_.reset();
-        case EffectFamily::delay: return delay_.reset();
-        case EffectFamily::modulation: return modulation_.reset();
-        case EffectFamily::degrade: return degrade_.reset();
-        case EffectFamily::dynamics: return dynamics_.reset();
-        case EffectFamily::drive: return drive_.reset();
-        case EffectFamily::equalizer: return equalizer_.reset();
-        case EffectFamily::vocoder: return vocoder_.reset();
+template <class Action>
+void Multieffect::withFamily(EffectFamily family, Action action) {
+    switch (family) {
+        case EffectFamily::reverb: return action(reverb_);
+        case EffectFamily::delay: return action(delay_);
+        case EffectFamily::modulation: return action(modulation_);
+        case EffectFamily::degrade: return action(degrade_);
+        case EffectFamily::dynamics: return action(dynamics_);
+        case EffectFamily::drive: return action(drive_);
+        case EffectFamily::equalizer: return action(equalizer_);
+        case EffectFamily::vocoder: return action(vocoder_);
         default: return;
     }
 }
 
-void Multieffect::clearAll() {
-    if (!ready_) return;
-    reverb_.reset();
-    delay_.reset();
-    modulation_.reset();
-    degrade_.reset();
-    dynamics_.reset();
-    drive_.reset();
-    equalizer_.reset();
-    vocoder_.reset();
-}
-
-void Multieffect::setSampleRate(float rate) {
-    if (!ready_ || rate == lastSampleRate_) return;
-    lastSampleRate_ = rate;
-    reverb_.setSampleRate(rate);
-    delay_.setSampleRate(rate);
-    modulation_.setSampleRate(rate);
-    degrade_.setSampleRate(rate);
-    dynamics_.setSampleRate(rate);
-    drive_.setSampleRate(rate);
-    vocoder_.setSampleRate(rate);
-    equalizer_.setSampleRate(rate);
-}
+void Multieffect::clearState() { wanted_.fetch_add(firstCount, std::memory_order_relaxed); }
 
 bool Multieffect::setType(int type) {
-    if (!ready_) return false;
     type = legalEffectType(type);
-    const bool changed = type != lastType_;
-    lastType_ = type;
-    if (!changed) return false;
-    type_ = type;
-    setVariant(effectType(type));
-    clearState();
+    Start before = wanted_.load(std::memory_order_relaxed);
+    Start after;
+    do {
+        if ((before & 255) == static_cast<Start>(type)) return false;
+        after = ((before & ~Start(255)) + firstCount) | static_cast<Start>(type);
+    } while (!wanted_.compare_exchange_weak(before, after, std::memory_order_relaxed));
     return true;
 }
 
-void Multieffect::setVariant(const EffectType& row) {
-    switch (row.family) {
-        case EffectFamily::reverb: return reverb_.setVariant(row.variant);
-        case EffectFamily::delay: return delay_.setVariant(row.variant);
-        case EffectFamily::modulation: return modulation_.setVariant(row.variant);
-        case EffectFamily::degrade: return degrade_.setVariant(row.variant);
-        case EffectFamily::dynamics: return dynamics_.setVariant(row.variant);
-        case EffectFamily::drive: return drive_.setVariant(row.variant);
-        case EffectFamily::vocoder: return vocoder_.setVariant(row.variant);
-        default: return;
-    }
-}
-
 void Multieffect::setParameter(int index, float value) {
-    if (index < 0 || index >= static_cast<int>(parameters_.size())) return;
-    parameters_[index] = value;
-    reverb_.setParameter(index, value);
-    drive_.setParameter(index, value);
-    vocoder_.setParameter(index, value);
-    equalizer_.setParameter(index, value);
-    dynamics_.setParameter(index, value);
-    degrade_.setParameter(index, value);
-    delay_.setParameter(index, value);
-    modulation_.setParameter(index, value);
+    if (index >= 0 && index < static_cast<int>(parameters_.size())) parameters_[index].store(value, std::memory_order_relaxed);
 }
 
 float Multieffect::getParameter(int index) const {
-    return index >= 0 && index < static_cast<int>(parameters_.size()) ? parameters_[index] : 0.0f;
+    const bool kept = index >= 0 && index < static_cast<int>(parameters_.size());
+    return kept ? parameters_[index].load(std::memory_order_relaxed) : 0.0f;
 }
 
 void Multieffect::setTempo(float beatsPerMinute, double songPosition) {
-    delay_.setTempo(beatsPerMinute);
-    dynamics_.setTempo(songPosition, beatsPerMinute);
+    tempo_.store(beatsPerMinute, std::memory_order_relaxed);
+    songPosition_.store(songPosition, std::memory_order_relaxed);
 }
 
-void Multieffect::runFamily(float* left, float* right, int count) {
-    switch (effectType(type_).family) {
-        case EffectFamily::reverb: return reverb_.process(left, right, count);
-        case EffectFamily::delay: return delay_.process(left, right, count);
-        case EffectFamily::modulation: return modulation_.process(left, right, count);
-        case EffectFamily::degrade: return degrade_.process(left, right, count);
-        case EffectFamily::dynamics: return dynamics_.process(left, right, count);
-        case EffectFamily::drive: return drive_.process(left, right, count);
-        case EffectFamily::equalizer: return equalizer_.process(left, right, count);
-        case EffectFamily::vocoder: return vocoder_.process(left, right, count);
-        default: return;
+void Multieffect::touchMemory(int type) {
+    const EffectType& row = effectType(type);
+    withFamily(row.family, [&](auto& family) {
+        if constexpr (requires { family.touchMemory(row.variant); }) family.touchMemory(row.variant);
+    });
+}
+
+void Multieffect::clearFamily(const EffectType& row) {
+    withFamily(row.family, [](auto& family) { family.reset(); });
+}
+
+// Hands on what was set since the last block.
+void Multieffect::feed(const EffectType& row) {
+    withFamily(row.family, [&](auto& family) {
+        for (int index = 0; index < 5; ++index) family.setParameter(index, parameters_[index].load(std::memory_order_relaxed));
+    });
+    const float rate = sampleRate_.load(std::memory_order_relaxed);
+    if (rate != familiesRate_) {
+        familiesRate_ = rate;
+        for (int family = static_cast<int>(EffectFamily::reverb); family <= static_cast<int>(EffectFamily::vocoder); ++family)
+            withFamily(EffectFamily{family}, [&](auto& each) { each.setSampleRate(rate); });
     }
+    const float tempo = tempo_.load(std::memory_order_relaxed);
+    delay_.setTempo(tempo);
+    dynamics_.setTempo(songPosition_.load(std::memory_order_relaxed), tempo);
 }
 
 void Multieffect::process(float* left, float* right, int count) {
-    if (!ready_ || count <= 0 || static_cast<int>(effectType(type_).family) <= 0) return;
-    runFamily(left, right, count);
+    if (!ready_ || count <= 0) return;
+    const Start wanted = wanted_.load(std::memory_order_relaxed);
+    const EffectType& row = effectType(typeOf(wanted));
+    if (static_cast<int>(row.family) <= 0) return;
+    if (wanted != current_) {
+        current_ = wanted;
+        withFamily(row.family, [&](auto& family) { family.setVariant(row.variant); });
+        clearFamily(row);
+    }
+    feed(row);
+    withFamily(row.family, [&](auto& family) { family.process(left, right, count); });
     if (!allFinite(left, right, count)) {
-        clearState();
+        clearFamily(row);
         std::fill_n(left, count, 0.0f);
         std::fill_n(right, count, 0.0f);
     }
 }
 
 void Multieffect::getTypeName(char* text) const {
-    std::snprintf(text, effectTextSize, "%s", type_ > lastNamedType ? "Illegal type" : effectType(type_).name);
+    std::snprintf(text, effectTextSize, "%s", type() > lastNamedType ? "Illegal type" : effectType(type()).name);
 }
 
 void Multieffect::getParameterName(int index, char* text) const { effectParameterName(index, text); }
 
 void Multieffect::getParameterDisplay(int index, char* text) const {
-    effectParameterText(type_, index, getParameter(index), text);
+    effectParameterText(type(), index, getParameter(index), text);
 }
 
 }  // namespace vantoric

@@ -99,37 +99,45 @@ void ReverbCore::reset() {
     punch_.fill({});
 }
 
-void ReverbCore::setSampleRate(float rate) { sampleRate_ = rate; }
+void ReverbCore::touchMemory(int variant) {
+    const Row* row = rowOf(rows, variant);
+    if (row == nullptr) return;
+    for (int line = 0; line < row->lines.lines; ++line) lines_[line].touch();
+    if (row->lines.shortOnes)
+        for (Line& line : predelay_) line.touch();
+}
 
-void ReverbCore::setVariant(int variant) { variant_ = variant; }
+void ReverbCore::setSampleRate(float rate) { sampleRate_ = rate; }
 
 void ReverbCore::setParameter(int index, float value) { parameters_.set(index, value); }
 
 void ReverbCore::process(float* left, float* right, int count) {
-    if (count <= 0) return;
-    const ReverbVariant variant{variant_};
-    switch (variant) {
-        case ReverbVariant::theater:
-        case ReverbVariant::hangar: return runChain(chainPlan(variant, parameters_, sampleRate_), left, right, count);
-        case ReverbVariant::room: enterFixedShape(0.45); break;
-        case ReverbVariant::hall: enterFixedShape(0.5); break;
-        case ReverbVariant::cathedral:
-        case ReverbVariant::infinity:
-        case ReverbVariant::big:
-        case ReverbVariant::glass:
-        case ReverbVariant::plate:
-        case ReverbVariant::cold: break;
-        case ReverbVariant::laserPunch: return runPunch(punchPlan(parameters_, sampleRate_), left, right, count);
-        default: return;
-    }
-    runTank(tankPlan(variant, parameters_, sampleRate_), left, right, count);
+    if (count > 0 && row_ != nullptr) (this->*row_->run)(left, right, count);
 }
 
-// "Reverb Room" starts with empty lines if the last of the fixed shapes was not its own.
-void ReverbCore::enterFixedShape(double shape) {
-    if (shape == 0.45 && lastShape_ != shape)
+void ReverbCore::chain(float* left, float* right, int count) {
+    runChain(chainPlan(row_->variant, parameters_, sampleRate_), left, right, count);
+}
+
+void ReverbCore::tank(float* left, float* right, int count) {
+    runTank(tankPlan(row_->variant, parameters_, sampleRate_), left, right, count);
+}
+
+// The two tanks of fixed shape share their lines: the room starts with empty ones if the last of them was the hall.
+void ReverbCore::hall(float* left, float* right, int count) {
+    lastShape_ = 0.5;
+    tank(left, right, count);
+}
+
+void ReverbCore::room(float* left, float* right, int count) {
+    if (lastShape_ != 0.45)
         for (int line = 0; line < 6; ++line) lines_[line].clear();
-    lastShape_ = shape;
+    lastShape_ = 0.45;
+    tank(left, right, count);
+}
+
+void ReverbCore::laserPunch(float* left, float* right, int count) {
+    runPunch(punchPlan(parameters_, sampleRate_), left, right, count);
 }
 
 void ReverbCore::runChain(const ChainPlan& plan, float* left, float* right, int count) {
@@ -173,7 +181,7 @@ void ReverbCore::runChain(const ChainPlan& plan, float* left, float* right, int 
                             f * sides(stage.left[i & mask], stage.right[j & mask]) + readOffset;
             state.damped = v * damp + state.damped * undamped;
             const Sides dispersed = state.allpass.step(state.damped, allpass);
-            const Sides written = x - state.damped * stage.feedback + writeOffset;
+            const Sides written = heldInLoop(x - state.damped * stage.feedback + writeOffset);
             stage.left[position & mask] = written[0];
             stage.right[position & mask] = written[1];
             x = x + dispersed * Sides(0.5) - state.damped * Sides(0.25);
@@ -273,12 +281,14 @@ void ReverbCore::runLines(const TankPlan& plan, const Chunk& signal, float* left
         const Sides a1 = signal[n] - first * g;
         const Sides a2 = a1 * g + first - second * g;
         const Sides last = a2 * g + second;
-        a[position] = a1[0];
-        d[position] = a1[1];
-        b[position] = a2[0];
-        e[position] = a2[1];
-        c[position] = last[0];
-        f[position] = last[1];
+        const auto write = [position](double* one, double* other, Sides x) {
+            const Sides held = heldInLoop(x);
+            one[position] = held[0];
+            other[position] = held[1];
+        };
+        write(a, d, a1);
+        write(b, e, a2);
+        write(c, f, last);
         position_ = (position + 1) & mask;
 
         const Sides tap = sides(c[(position_ - plan.tapLeft) & mask], f[(position_ - plan.tapRight) & mask]);

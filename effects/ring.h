@@ -19,24 +19,26 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <memory>
-#include <new>
+#include <atomic>
+#include <cstddef>
+#include <initializer_list>
 #include <utility>
+
+#include "base/heard_while_written.h"
+#include "platform/memory.h"
 
 namespace vantoric {
 
 // 2^Bits samples of T (float or double). Indices wrap at the length, negative ones too. Everything but
-// construction runs on the audio thread. A clear from another thread, even during a block or another clear, is
-// heard as a click and never leaves the buffers: the two stay, and one pointer tells which is in use.
+// construction and `touch` runs on the audio thread.
 template <class T, int Bits>
 class Ring {
 public:
     static constexpr int size = 1 << Bits;
     static constexpr int mask = size - 1;
 
-    // Allocates both buffers, zeroed. Throws std::bad_alloc if memory is short.
-    Ring() : buffers_{allocate(), allocate()} {}
+    // Reserves both buffers, zeroed. Throws std::bad_alloc if memory is short.
+    Ring() = default;
 
     T operator[](int index) const { return inUse_[index & mask]; }
     T& operator[](int index) { return inUse_[index & mask]; }
@@ -60,25 +62,30 @@ public:
         }
     }
 
+    // Has the system map the first `count` samples of both buffers, so that the audio thread does not find them
+    // missing. Any thread, also while audio runs: in every page a 0 is exchanged for a 0, and other numbers stay.
+    void touch(int count = size) {
+        const HeardWhileWritten audioRunsOn;
+        for (const int which : {0, 1})
+            for (int i = 0; i < count; i += page) touchSample(buffer(which)[i]);
+    }
+
 private:
     struct Extent {
         int first = 0, count = 0;  // wraps at the end of the ring
     };
-    struct Free {
-        void operator()(T* memory) const { std::free(memory); }
-    };
-    using Buffer = std::unique_ptr<T[], Free>;
-
     static constexpr int wipeRate = 8;                            // samples wiped for each one written
     static constexpr int shortExtent = std::min(size / 8, 2048);  // wiped at once
 
-    static Buffer allocate() {
-        T* memory = static_cast<T*>(std::calloc(size, sizeof(T)));
-        if (memory == nullptr) throw std::bad_alloc();
-        return Buffer(memory);
+    static constexpr int page = 4096 / sizeof(T);  // of the systems that map the least at a time
+
+    static void touchSample(T& sample) {
+        T zero(0);
+        std::atomic_ref<T>(sample).compare_exchange_strong(zero, T(0), std::memory_order_relaxed);
     }
 
-    T* other() const { return buffers_[inUse_ == buffers_[0].get() ? 1 : 0].get(); }
+    T* buffer(int which) const { return static_cast<T*>(memory_[which].data()); }
+    T* other() const { return buffer(inUse_ == buffer(0) ? 1 : 0); }
 
     void mark(int first, int count) {
         const int offset = (first - written_.first) & mask;
@@ -100,9 +107,16 @@ private:
         extent = {(first + count) & mask, whole - count};
     }
 
-    const std::array<Buffer, 2> buffers_;
-    T* inUse_ = buffers_[0].get();
+    static constexpr std::size_t bytes = size * sizeof(T);
+    const std::array<platform::ZeroedPages, 2> memory_{platform::ZeroedPages(bytes), platform::ZeroedPages(bytes)};
+    T* inUse_ = buffer(0);
     Extent written_, stale_;  // of the buffer in use; of the other one
 };
+
+// Touches the first `count` of some lines.
+template <class Line>
+void touchLines(std::initializer_list<Line*> lines, int count) {
+    std::for_each(lines.begin(), lines.begin() + count, [](Line* line) { line->touch(); });
+}
 
 }  // namespace vantoric

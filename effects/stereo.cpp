@@ -40,7 +40,7 @@ constexpr Pattern patterns[patternCount] = {
     {0.5f, "###x#_x_#_x_#_x_o_#_x_o_#_x_##xx"},  // Scramble 5
 };
 
-constexpr float gateSpeeds[] = {0.25f, 0.375f, 0.5f, 0.75f, 1.0f};
+constexpr float gateRates[] = {0.25f, 0.375f, 0.5f, 0.75f, 1.0f};
 
 constexpr float gateValue(char sign) {
     switch (sign) {
@@ -82,19 +82,10 @@ void Stereo::setTempo(double songPosition, double beatsPerMinute) {
     tempo_ = beatsPerMinute;
 }
 
-void Stereo::setVariant(int variant) { variant_ = variant; }
-
 void Stereo::setParameter(int index, float value) { parameters_.set(index, value); }
 
 void Stereo::process(float* left, float* right, int count) {
-    switch (variant_) {
-        case compressor: return compress(left, right, count);
-        case trancegate: return gate(left, right, count);
-        case surroundEncode: return encode(left, right, count);
-        case surroundPan: return pan(left, right, count);
-        case stereoWidth: return widen(left, right, count);
-        default: return;
-    }
+    if (row_ != nullptr) (this->*row_->run)(left, right, count);
 }
 
 struct Stereo::CompressorLaw {
@@ -115,7 +106,7 @@ void Stereo::compress(const CompressorLaw& law, float& envelope, float* buffer, 
     envelope = e;
 }
 
-void Stereo::compress(float* left, float* right, int count) {
+void Stereo::compressor(float* left, float* right, int count) {
     const auto& p = parameters_;
     const CompressorLaw law{p[1] * p[1] * 0.5f, ((1.0f - p[2]) * 39.0f + 1.0f) / sampleRate_,
                             ((1.0f - p[3]) * 39.0f + 1.0f) / sampleRate_, std::sqrt(std::max(p[4], 0.0f)), p.mix()};
@@ -129,14 +120,14 @@ int Stereo::gateStep() const {
     const auto& p = parameters_;
     // Smoothing makes the gate late: it looks ahead as much.
     const double position = songPosition_ + static_cast<double>(p[3] * p[3]) * 0.05;
-    const float speed = gateSpeeds[truncateTo(p[2] * 4.999f, 0, 4)];
+    const float speed = gateRates[truncateTo(p[2] * 4.999f, 0, 4)];
     const int offset = truncateTo(p[4] * 3.99f, 0, 3) * 4;
     const double steps = position * speed * patterns[gatePattern()].speed * patternLength;
     return (offset + truncateTo(steps, -2000000000, 2000000000)) & (patternLength - 1);
 }
 
 // The gate settles at half the pattern's value times the colour of the side.
-void Stereo::gate(float* left, float* right, int count) {
+void Stereo::trancegate(float* left, float* right, int count) {
     const float g = gateValue(patterns[gatePattern()].steps[gateStep()]);
     const float colourLeft = g == 1.0f ? 1.4f : g == 0.5f ? 0.6f : 1.0f;
     const float colourRight = g == 1.0f ? 0.6f : g == 0.5f ? 1.4f : 1.0f;
@@ -156,7 +147,7 @@ void Stereo::gate(float* left, float* right, int count) {
     gateRight_ = gateRight;
 }
 
-void Stereo::encode(float* left, float* right, int count) const {
+void Stereo::surroundEncode(float* left, float* right, int count) {
     const Placing at = placing(parameters_[1]);
     const float mix = parameters_.mix(), dry = 1.0f - mix;
     for (int i = 0; i < count; ++i) {
@@ -166,7 +157,7 @@ void Stereo::encode(float* left, float* right, int count) const {
     }
 }
 
-void Stereo::pan(float* left, float* right, int count) {
+void Stereo::surroundPan(float* left, float* right, int count) {
     const float increment = (parameters_[1] * parameters_[1] * 23.0f + 0.0625f) / sampleRate_;
     const float mix = parameters_.mix(), dry = 1.0f - mix;
     float phase = panPhase_;
@@ -187,7 +178,7 @@ void Stereo::pan(float* left, float* right, int count) {
     panDirection_ = direction;
 }
 
-void Stereo::widen(float* left, float* right, int count) const {
+void Stereo::stereoWidth(float* left, float* right, int count) {
     const float p1 = parameters_[1];
     const float keep = p1 < 0.5f ? 1.0f - 2.0f * (0.5f - p1) : 1.0f;
     const float sum = 0.5f - p1;  // the share of the other side: added below the middle, taken away above

@@ -1,31 +1,19 @@
-// The 77 effect types: what each is called in its slot, which family and variant make its sound, and the
-// settings it opens with.
+// The 77 effect types as one table, put together from the rows of the families.
 #pragma once
 
-#include <array>
-
+#include "effects/effect_row.h"
 #include "effects/type_labels.h"
 
 namespace vantoric {
 
-enum class EffectFamily : int {
-    separator = -1,  // a dividing line of the menu: audio passes untouched
-    off = 0,
-    reverb = 1,
-    delay = 2,
-    modulation = 3,
-    degrade = 4,
-    dynamics = 5,
-    drive = 6,
-    equalizer = 7,
-    vocoder = 8,
-};
-
+// A type for whoever need not know its family's class.
 struct EffectType {
-    const char* name;  // the slot's own name; the menu's label differs in some rows
+    const char* label;  // the menu's
+    const char* name;   // the slot's own
     EffectFamily family;
-    int variant;
-    std::array<float, 5> defaults;  // mix, parameters 1 to 4, each 0 to 1
+    int variant;  // the family's number for it
+    EffectDefaults defaults;
+    ParameterTexts texts;
 };
 
 // The type itself for 0 to 76, else 0.

@@ -16,18 +16,16 @@ constexpr float gains20[] = {0.8f,  0.7f,  0.8f,  0.95f, 1.0f,  1.0f,  1.0f, 1.0
 // In place of the last four from 48000 Hz on.
 constexpr float topGains20[] = {1.1f, 1.1f, 1.1f, 0.99f};
 
-constexpr bool isTwelve(int variant) { return variant == 2; }
-
-float gainOf(int variant, int band, float sampleRate) {
-    if (isTwelve(variant)) return 1.0f;
+float gainOf(bool twelve, int band, float sampleRate) {
+    if (twelve) return 1.0f;
     return band >= 16 && sampleRate >= 48000.0f ? topGains20[band - 16] : gains20[band];
 }
 
 // Band-pass around a frequency in Hz; the higher, the narrower. Bilinear, K = tan of half the angle.
-VocoderCore::Coefficients bandPass(int variant, int band, double frequency, double sampleRate) {
+VocoderCore::Coefficients bandPass(bool twelve, int band, double frequency, double sampleRate) {
     const double n = clampTo(frequency / sampleRate, 0.0001, 0.45);
     const double k = math::tan(n * 3.14159);
-    const double r = isTwelve(variant) ? std::max(2.5 - n * 3.925, 0.000001) : (1.0 - n * 1.57) * widths20[band];
+    const double r = twelve ? std::max(2.5 - n * 3.925, 0.000001) : (1.0 - n * 1.57) * widths20[band];
     const double v = k / r, d = v + 1.0 + k * k;
     VocoderCore::Coefficients c;
     c.b0 = static_cast<float>(k / (d * r));
@@ -59,36 +57,27 @@ void VocoderCore::reset() {
 
 void VocoderCore::setSampleRate(float rate) { sampleRate_ = rate; }
 
-void VocoderCore::setVariant(int variant) { variant_ = variant; }
-
 void VocoderCore::setParameter(int index, float value) { parameters_.set(index, value); }
 
-int VocoderCore::bands() const {
-    switch (variant_) {
-        case 2: return 12;
-        case 4:
-        case 5: return 20;
-        default: return 0;
-    }
-}
+int VocoderCore::bands() const { return row_ == nullptr ? 0 : isTwelve() ? 12 : maxBands; }
 
 // Coefficients depend on these settings alone. Done where they are needed, on the audio thread: settings may
 // come from another.
 void VocoderCore::update() {
     const float formant = parameters_[1];
-    if (variant_ == knownVariant_ && sampleRate_ == knownRate_ && formant == knownFormant_) return;
-    knownVariant_ = variant_;
+    if (row_ == nullptr || (row_ == knownRow_ && sampleRate_ == knownRate_ && formant == knownFormant_)) return;
+    knownRow_ = row_;
     knownRate_ = sampleRate_;
     knownFormant_ = formant;
-    const bool twelve = isTwelve(variant_);
+    const bool twelve = isTwelve();
     const double shift = math::exp(0.5 - static_cast<double>(formant));
     for (int band = 0; band < bands(); ++band) {
         const int group = band / groupSize, at = band % groupSize;
         const double speech = twelve ? speechFrequencies12[band] : frequencies20[band];
         const double carrier = twelve ? carrierFrequencies12[band] * shift : frequencies20[band] * 1.2 * shift;
-        const float gain = gainOf(variant_, band, sampleRate_);
-        setLane(analysis_[group].section, at, bandPass(variant_, band, speech, sampleRate_));
-        setLane(synthesis_[group].section, at, bandPass(variant_, band, carrier, sampleRate_));
+        const float gain = gainOf(twelve, band, sampleRate_);
+        setLane(analysis_[group].section, at, bandPass(twelve, band, speech, sampleRate_));
+        setLane(synthesis_[group].section, at, bandPass(twelve, band, carrier, sampleRate_));
         analysis_[group].gain[at] = gain;
         synthesis_[group].gain[at] = twelve ? 96.0f : gain * 128.0f;
     }
@@ -151,7 +140,7 @@ template <int Bands>
 void VocoderCore::mix(const Levels& bands, float* left, float* right, int count) const {
     const float blend = parameters_.mix(), dry = 1.0f - blend;
     const float q = parameters_[2] * 0.5f;
-    const float w = 1.0f - parameters_[2] * (isTwelve(variant_) ? 0.2f : 0.25f);
+    const float w = 1.0f - parameters_[2] * (isTwelve() ? 0.2f : 0.25f);
     const float a = (0.5f + q) * blend, b = (0.5f - q) * blend;
     for (int i = 0; i < count; ++i) {
         float odd = 0.0f, even = 0.0f;
@@ -176,15 +165,14 @@ void VocoderCore::run(float* left, float* right, int count) {
     }
 }
 
+void VocoderCore::svc(float* left, float* right, int count) { run<3, true>(left, right, count); }
+void VocoderCore::pro(float* left, float* right, int count) { run<5, true>(left, right, count); }
+void VocoderCore::linear(float* left, float* right, int count) { run<5, false>(left, right, count); }
+
 void VocoderCore::process(float* left, float* right, int count) {
-    if (count <= 0 || count > maxBlock) return;
+    if (count <= 0 || count > maxBlock || row_ == nullptr) return;
     update();
-    switch (variant_) {
-        case 2: return run<3, true>(left, right, count);
-        case 4: return run<5, true>(left, right, count);
-        case 5: return run<5, false>(left, right, count);
-        default: return;
-    }
+    (this->*row_->run)(left, right, count);
 }
 
 }  // namespace vantoric

@@ -12,7 +12,7 @@ ROOMS = {
     "base": [],
     "platform": [],
     "sound": ["base"],
-    "effects": ["base"],
+    "effects": ["base", "platform"],
     "samples": ["base", "platform", "sound"],
     "voice": ["base", "sound", "effects", "samples"],
     "parameters": ["base", "sound", "effects"],

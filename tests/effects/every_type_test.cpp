@@ -84,7 +84,7 @@ TEST(EveryType, MayFollowAnyOtherOnEveryBlock) {
     }
 }
 
-// The window sets types and parameters straight on the slots while they play: a click may come of it, nothing worse.
+// The window, a load or a suspension set and clear the slots while they play.
 TEST(EveryType, MayComeFromAnotherThreadWhileAudioRuns) {
     const auto box = std::make_unique<Box>();
     std::atomic<bool> done{false};
@@ -93,6 +93,12 @@ TEST(EveryType, MayComeFromAnotherThreadWhileAudioRuns) {
         while (!done) {
             box->slot.setType(static_cast<int>(generator.unit() * 76.99f));
             for (int k = 0; k < 5; ++k) box->slot.setParameter(k, generator.unit());
+            if (generator.unit() < 0.1f) box->slot.clearState();
+            if (generator.unit() < 0.1f) box->slot.setSampleRate(generator.unit() < 0.5f ? 44100.0f : 88200.0f);
+            box->slot.setTempo(60.0f + 100.0f * generator.unit(), generator.unit());
+            char text[effectTextSize];
+            box->slot.getParameterDisplay(1, text);
+            if (generator.unit() < 0.02f) box->slot.touchMemory(box->slot.type());
         }
     });
     const Sound in = noise(88, 0.5f);

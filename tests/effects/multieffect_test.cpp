@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace vantoric {
@@ -70,6 +71,24 @@ TEST_F(Slot, AnotherTypeAndBackStartsSilent) {
     EXPECT_GT(std::fabs(processed({0.0f})[0]), 0.01f);
     slot.setType(16);
     slot.setType(20);
+    EXPECT_LT(std::fabs(processed({0.0f})[0]), 0.001f);
+}
+
+// A request of any thread is carried out by the thread that plays, at its next block, and only once.
+TEST_F(Slot, AChangeOfTypeActsAtTheNextBlock) {
+    slot.setType(20);
+    slot.setParameter(1, 1.0f);
+    processed(std::vector<float>(200, 0.5f));
+    std::thread([&] {
+        EXPECT_TRUE(slot.setType(6));
+        EXPECT_FALSE(slot.setType(6));
+        EXPECT_TRUE(slot.setType(20));
+        EXPECT_EQ(slot.type(), 20);
+    }).join();
+    EXPECT_LT(std::fabs(processed({0.0f})[0]), 0.001f);
+    processed(std::vector<float>(200, 0.5f));
+    EXPECT_GT(std::fabs(processed({0.0f})[0]), 0.01f);
+    std::thread([&] { slot.clearState(); }).join();
     EXPECT_LT(std::fabs(processed({0.0f})[0]), 0.001f);
 }
 

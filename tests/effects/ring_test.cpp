@@ -1,5 +1,7 @@
 #include "effects/ring.h"
 
+#include <cmath>
+
 namespace vantoric {
 namespace {
 
@@ -32,6 +34,19 @@ TEST(Ring, WrapsIndicesOnBothSides) {
     EXPECT_EQ(ring[5 - Small::size], 0.25f);
     ring[-1] = 0.5f;
     EXPECT_EQ(ring[Small::mask], 0.5f);
+}
+
+TEST(Ring, KeepsItsSamplesWhenItsMemoryIsTouched) {
+    Small ring;
+    int position = 0;
+    play(ring, position, Small::size - 100);
+    ring[0] = -0.0f;
+    ring.touch();
+    EXPECT_TRUE(std::signbit(ring[0]));
+    EXPECT_EQ(soundingSamples(ring), Small::size - 101);
+    ring.clear();
+    ring.touch(1000);
+    EXPECT_EQ(soundingSamples(ring), 0);
 }
 
 TEST(Ring, ClearsWhatAShortPlayLeft) {

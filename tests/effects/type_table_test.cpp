@@ -23,6 +23,24 @@ TEST(EffectTypes, TheMenuNamesASeparatorWhereverTheTableHasOne) {
         EXPECT_EQ(std::string(insertTypeLabels[type]) == "-", effectType(type).family == EffectFamily::separator) << type;
 }
 
+TEST(EffectTypes, EveryRowHasATextForEachParameterThatItsEffectListensTo) {
+    for (int type = 0; type < effectTypeCount; ++type)
+        for (const ParameterText& text : effectType(type).texts) {
+            const std::string format = text.format;
+            EXPECT_EQ(format.empty(), text.number == nullptr) << type;
+            if (format.find("%s") != std::string::npos) {
+                EXPECT_LT(text.number(1.0f), static_cast<float>(text.nameCount)) << type;
+                EXPECT_GE(text.number(1.0f), static_cast<float>(text.nameCount - 1)) << type;
+            }
+        }
+}
+
+TEST(EffectTypes, MenuAndSlotCallSomeEffectsDifferently) {
+    EXPECT_STREQ(insertTypeLabels[7], "Delay Band");
+    EXPECT_STREQ(effectType(7).name, "PingPong");
+    EXPECT_STREQ(insertTypeLabels[34], "Phaser Stereo ");
+}
+
 TEST(EffectTypes, AValueOfOneHalfIsNoise) {
     EXPECT_EQ(typeFromValue(0.5f), 64);
     EXPECT_STREQ(effectType(64).name, "Noise");
