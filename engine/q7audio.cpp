@@ -27,7 +27,7 @@ constexpr char vendor[] = "vantoric.example";
 constexpr std::int32_t vendorVersion = 3300;
 constexpr std::int32_t uniqueId = ('Q' << 24) | ('7' << 16) | ('D' << 8) | 'I';
 
-constexpr int bankTries = 500, bankPause = 10;  // milliseconds that a start may wait for the wave banks
+constexpr int bankTries = 5000, bankPause = 1;  // milliseconds that a start may wait for the wave banks
 
 constexpr float smoothTake = 0.02f, smoothKeep = 0.98f;
 
@@ -60,7 +60,6 @@ void smoothControllers(EngineState& state, float modwheel, float pitchWheel, flo
 Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
     : AudioEffectX(host, 1, parameterCount),
       dialogs_(dialogs),
-      instanceNumber_(WaveLibrary::shared().addInstance()),
       midi_(state_, parameters_, controllerMap_, *this),
       program_(dialogs),
       layers_{std::make_unique<Layer>(0, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
@@ -104,7 +103,6 @@ Q7Audio::~Q7Audio() {
     storeInstallPath();
     worker_.stop();
     for (auto& layer : layers_) layer.reset();
-    WaveLibrary::shared().removeInstance();
 }
 
 void Q7Audio::describeToHost() {
@@ -131,7 +129,8 @@ PatchWaves Q7Audio::patchWaves() {
     const AllOscillators all = allOscillators();
     for (std::size_t i = 0; i < all.size(); ++i) {
         waves.samples[i] = all[i].sample;
-        waves.customWaves[i] = all[i].customWave->samples.data();
+        waves.customWaves[i] = all[i].customWave->cycle.data();
+        waves.slots[i] = all[i].customWave;
     }
     return waves;
 }

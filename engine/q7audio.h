@@ -26,6 +26,7 @@
 #include "engine/sfz_import.h"
 #include "engine/song_clock.h"
 #include "engine/tick_clock.h"
+#include "engine/wave_library.h"
 #include "engine/wave_worker.h"
 #include "platform/dialogs.h"
 #include "voice/layer.h"
@@ -102,11 +103,12 @@ public:
     QuickImport& quickImport() { return quickImport_; }
     SampleEditor& sampleEditor() { return sampleEditor_; }
     CustomWaveLoader& customWaveLoader() { return customWaveLoader_; }
+    WaveWorker& waveWorker() { return worker_; }
     SfzImport& sfzImport() { return sfzImport_; }
     Layer& layer(int index) { return *layers_[index]; }
     Multieffect& masterEffect() { return master_; }
     RandomSources& random() { return random_; }
-    int instanceNumber() const { return instanceNumber_; }
+    int instanceNumber() const { return membership_.number(); }
     float samplesToTick() const { return clock_.samplesToTick(); }
     double lastPpqPos() const { return song_.lastPpqPos(); }
     // Null for none. While no block runs.
@@ -124,6 +126,7 @@ private:
     void refreshAll() override;
     void lookUpPatchName() override;
     void setBusy(bool busy) override;
+    void prepareToSound() override { worker_.touchBanks(); }
 
     void describeToHost();
     void renderPiece(float* left, float* right, int frames, int firstFrame);
@@ -145,7 +148,7 @@ private:
     EngineState state_;
     RandomSources random_;
     platform::Dialogs& dialogs_;
-    int instanceNumber_;
+    WaveLibrary::Membership membership_{WaveLibrary::shared()};
     ParameterModel parameters_;
     ControllerMap controllerMap_;
     MidiIntake midi_;

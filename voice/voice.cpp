@@ -134,7 +134,7 @@ void Voice::prepareOscillatorState(int i) {
                                  .ssWave = listAt(par::SSWave1 + i),
                                  .noiWave = listAt(par::NoiWave1 + i),
                                  .anaWave = listAt(par::AnaWave1 + i),
-                                 .customWave = layer_.customWave(i).samples.data()},
+                                 .customWave = &layer_.customWave(i)},
                                 layer_.waves());
     if (synType == sampleType) writeSampleGuards(layer_.sample(i), listAt(par::LoopMod1 + i) == loopModeLoop);
     if (synType == analogType) pitch[i].tuning = drawAnalogTuning(i, i > 0 ? pitch[i - 1].tuning : 1.0, random.congruence);
@@ -361,7 +361,7 @@ void Voice::renderOscillators(int count) {
         if (!oscillatorOn[i]) continue;
         const KernelContext context{layer_.engine(), layer_.waves(), layer_.random(), &layer_.sample(i)};
         const auto& previous = buffers_[(i + oscillatorCount - 1) % oscillatorCount];
-        kernels_[i](context, buffers_[i].data(), count, oscillators[i], previous.data());
+        runKernel(kernels_[i], context, buffers_[i].data(), count, oscillators[i], previous.data());
         if (tone_[i].isHeard()) toneStage(buffers_[i].data(), count, toneState_[i], toneCoefficient_[i], tone_[i]);
     }
     mixToLanes(buffers_[0].data(), buffers_[1].data(), buffers_[2].data(), mix_, count, layer_.bank().input1(index_),
