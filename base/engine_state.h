@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 
+#include "base/doorbell.h"
 #include "base/flag.h"
 
 namespace vantoric {
@@ -17,16 +18,18 @@ inline constexpr int maxTickSamples = 256;  // longest stretch that a voice rend
 
 // The flags by which the threads exclude each other; each bounded wait clears its flag by force.
 struct EngineFlags {
-    Flag engineLocked;      // a patch is being loaded: the block is silent, the queue stands
-    Flag audioRunning;      // the audio block is inside the engine
-    Flag audioMuted;        // sample commands, or the first instance before its banks are loaded
-    Flag bootPending;       // the wave worker has not started yet
-    Flag editorClosing;     // the instance is going away
-    Flag rebuildRequested;  // waves changed: the worker is to rebuild all levels
-    Flag rebuildCancel;     // the worker is to give up its rebuild
-    Flag rebuildRunning;    // the worker is rebuilding
-    Flag workerStop;        // the worker is to end
-    Flag workerStopped;     // the worker has ended
+    Flag engineLocked;                         // a patch is being loaded: the block is silent, the queue stands
+    Flag audioRunning;                         // the audio block is inside the engine
+    Flag audioMuted;                           // sample commands, or the first instance before its banks are loaded
+    Flag bootPending;                          // the wave worker has not started yet
+    Flag editorClosing;                        // the instance is going away
+    Doorbell workerBell;                       // the wave worker waits here
+    RingingFlag rebuildRequested{workerBell};  // waves changed: the worker is to rebuild all levels
+    RingingFlag rebuildOwed{workerBell};       // a load that failed took a request back: once the engine is free
+    Flag rebuildCancel;                        // the worker is to give up its rebuild
+    Flag rebuildRunning;                       // the worker is rebuilding
+    Flag workerStop;                           // the worker is to end
+    Flag workerStopped;                        // the worker has ended
 };
 
 struct EngineState {

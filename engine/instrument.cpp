@@ -21,7 +21,9 @@ namespace {
 
 namespace par = parameter;
 
-constexpr int bankTries = 500, bankPause = 10;  // milliseconds that a start may wait for the wave banks
+constexpr int bankTries = 5000, bankPause = 1;  // milliseconds that a start may wait for the wave banks
+
+constexpr int offlineWait = 10000;  // milliseconds that a host which renders to a file waits for waves
 
 constexpr float smoothTake = 0.02f, smoothKeep = 0.98f;
 
@@ -65,7 +67,6 @@ void smoothControllers(EngineState& state, float modwheel, float pitchWheel, flo
 
 Instrument::Instrument(platform::Dialogs& dialogs)
     : dialogs_(dialogs),
-      instanceNumber_(WaveLibrary::shared().addInstance()),
       midi_(state_, parameters_, controllerMap_, *this),
       program_(dialogs),
       layers_{std::make_unique<Layer>(0, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
@@ -107,7 +108,6 @@ Instrument::~Instrument() {
     platform::writeSetting("Path", platform::dataFolder());  // tells installers where the instrument lives
     worker_.stop();
     for (auto& layer : layers_) layer.reset();
-    WaveLibrary::shared().removeInstance();
 }
 
 AllOscillators Instrument::allOscillators() {
@@ -124,7 +124,8 @@ PatchWaves Instrument::patchWaves() {
     const AllOscillators all = allOscillators();
     for (std::size_t i = 0; i < all.size(); ++i) {
         waves.samples[i] = all[i].sample;
-        waves.customWaves[i] = all[i].customWave->samples.data();
+        waves.customWaves[i] = all[i].customWave->cycle.data();
+        waves.slots[i] = all[i].customWave;
     }
     return waves;
 }
@@ -217,6 +218,7 @@ void Instrument::renderBlock(Sample* left, Sample* right, int frames, const Tran
         return;
     }
     {
+        if (transport.offline) worker_.waitForWaves(offlineWait);
         const AudioThreadCheck::Scope inside(audioThread_);
         const DenormalsOff denormalsOff;
         transport_ = transport;

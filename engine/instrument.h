@@ -112,6 +112,7 @@ public:
     SampleEditor& sampleEditor() { return sampleEditor_; }
     CustomWaveLoader& customWaveLoader() { return customWaveLoader_; }
     SfzImport& sfzImport() { return sfzImport_; }
+    WaveWorker& waveWorker() { return worker_; }
 
     // ---- a face, before it plays; null for none
     void setHostPort(HostPort* port) { hostPort_ = port; }
@@ -130,7 +131,7 @@ public:
     Layer& layer(int index) { return *layers_[index]; }
     Multieffect& masterEffect() { return master_; }
     RandomSources& random() { return random_; }
-    int instanceNumber() const { return instanceNumber_; }
+    int instanceNumber() const { return membership_.number(); }
     float samplesToTick() const { return clock_.samplesToTick(); }
     double lastPpqPos() const { return song_.lastPpqPos(); }
     // Null for none. While no block runs.
@@ -147,6 +148,7 @@ private:
     void programPending(int number) override { programChanges_.post(number); }
     void refreshAll() override { parameters_.changes().noteAll(ChangeSource::patch); }
     void lookUpPatchName() override { patchesLoaded_.fetch_add(1, std::memory_order_release); }
+    void prepareToSound() override { worker_.touchBanks(); }
     void setBusy(bool busy) override { busy_.store(busy, std::memory_order_release); }
 
     template <class Sample>
@@ -171,7 +173,7 @@ private:
     EngineState state_;
     RandomSources random_;
     platform::Dialogs& dialogs_;
-    int instanceNumber_;
+    WaveLibrary::Membership membership_{WaveLibrary::shared()};
     ParameterModel parameters_;
     ControllerMap controllerMap_;
     MidiIntake midi_;

@@ -1,19 +1,63 @@
 #include "engine/wave_worker.h"
 
+#include <chrono>
+#include <new>
+#include <utility>
+
 #include "base/heard_while_written.h"
 #include "base/parameters.h"
-#include "engine/wave_library.h"
 #include "parameters/parameter_model.h"
 #include "platform/module_folder.h"
 #include "platform/thread.h"
 #include "samples/sample_levels.h"
+#include "sound/kernels.h"
 
 namespace vantoric {
 
 namespace {
-constexpr int pollMilliseconds = 10;
-constexpr int stopTries = 350, stopPause = 100;
+
+constexpr int releaseTries = 100;  // of 1 ms that a block may take to end
+
+// What the stacks read, by SSWave from stackWaveFirst on; the computed saw reads nothing.
+BankPart stackPart(int ssWave) {
+    constexpr int sawFrame = 63, squareFrame = 0, noisySawFrame = 127;
+    switch (ssWave) {
+        case 3:
+        case 4:
+        case 5:
+        case 6:
+        case 10: return {vaTriangleSaw, false, sawFrame};
+        case 7: return {vaSquareImpulse, false, squareFrame};
+        case 8:
+        case 11: return {noNoisySaw, false, noisySawFrame};
+        default: return {};
+    }
+}
+
+BankPart analogPart(int row) {
+    if (row >= analogRowCount) return {};
+    return {analogRows[static_cast<std::size_t>(row)].wave, false, analogRows[static_cast<std::size_t>(row)].frame};
+}
+
 }  // namespace
+
+BanksInUse banksInUse(const ParameterModel& parameters) {
+    BanksInUse parts;
+    for (int i = 0; i < layerCount * oscillatorCount; ++i) {
+        const auto listOf = [&](int first) {
+            return parameters.getListIndex(hostIndex(first + i % oscillatorCount, i / oscillatorCount));
+        };
+        BankPart& part = parts[static_cast<std::size_t>(i)];
+        const int ssWave = listOf(parameter::SSWave1);
+        switch (listOf(parameter::SynType1)) {
+            case wavetableType: part = {listOf(parameter::WTWave1), false}; break;
+            case hypersawType: part = ssWave < stackWaveFirst ? BankPart{ssWave, true} : stackPart(ssWave); break;
+            case analogType: part = analogPart(listOf(parameter::AnaWave1)); break;
+            default: break;
+        }
+    }
+    return parts;
+}
 
 WaveWorker::WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const ParameterModel& parameters,
                        const AllOscillators& oscillators)
@@ -21,8 +65,11 @@ WaveWorker::WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialo
 
 WaveWorker::~WaveWorker() { stop(); }
 
+// ---- the thread ---------------------------------------------------------------------------------------------
+
 void WaveWorker::start() {
     flags_.rebuildRequested.clear();
+    flags_.rebuildOwed.clear();
     flags_.rebuildCancel.clear();
     flags_.rebuildRunning.clear();
     flags_.workerStop.clear();
@@ -35,38 +82,106 @@ void WaveWorker::askToStop() {
     flags_.workerStop.set();
     flags_.rebuildCancel.set();
     flags_.rebuildRequested.clear();
+    flags_.workerBell.ring();
 }
 
 void WaveWorker::stop() {
     if (!thread_.joinable()) return;
     askToStop();
-    for (int i = 0; i < stopTries && !flags_.workerStopped.isSet(); ++i) platform::sleepMilliseconds(i < 20 ? 5 : stopPause);
     thread_.join();
 }
 
-void WaveWorker::run() {
+void WaveWorker::run() noexcept {
     flags_.bootPending.clear();
-    // Everybody waits for the banks; what comes later nobody does.
-    if (library_.load(platform::bankFolder(), dialogs_, flags_.workerStop)) flags_.audioMuted.clear();
-    platform::setLowestPriority();
+    guarded([this] { boot(); });
+    tellWaiters();
     while (!flags_.workerStop.isSet()) {
         poll();
-        platform::sleepMilliseconds(pollMilliseconds);
+        if (!flags_.workerStop.isSet()) flags_.workerBell.wait();
     }
     flags_.workerStopped.set();
 }
 
-void WaveWorker::poll() {
+// Everybody waits for the banks; what comes later nobody does.
+void WaveWorker::boot() {
+    if (library_.load(platform::bankFolder(), dialogs_, flags_.workerStop)) {
+        guarded([this] { touchBanks(); });
+        flags_.audioMuted.clear();
+    }
+    isBooted_.store(true, std::memory_order_release);
+    platform::setLowestPriority();
+    library_.prefetch();
+}
+
+// Nothing that goes wrong in the thread ends it.
+template <class Work>
+void WaveWorker::guarded(Work&& work) noexcept {
+    try {
+        try {
+            work();
+        } catch (const std::bad_alloc&) {
+            dialogs_.message("Error WtoOs", "Not enought memory.");
+        }
+    } catch (...) {
+        // Not even the box could be shown, or it failed itself.
+    }
+}
+
+void WaveWorker::poll() noexcept {
+    if (banksChosen_.isSet()) {
+        banksChosen_.clear();  // before the work, so that a choice made during it is not lost
+        guarded([this] { touchBanks(); });
+    }
     // A cancel that met no rebuild must not stop the next one.
-    if (!flags_.rebuildRequested.isSet()) return flags_.rebuildCancel.clear();
+    if (!flags_.rebuildRequested.isSet()) flags_.rebuildCancel.clear();
+    if (!isAsked()) return;
     flags_.rebuildRunning.set();
-    // Asked again: whoever took the request back in between may be freeing the waves by now.
-    const bool stillRequested = flags_.rebuildRequested.isSet();
+    // Looked at again: whoever took the request back in between may be freeing the waves by now.
+    const bool isStillAsked = isAsked();
     flags_.rebuildRequested.clear();  // before the work, so that a request made during it is not lost
-    if (stillRequested) rebuild();
+    if (isStillAsked) {
+        flags_.rebuildOwed.clear();
+        guarded([this] { rebuild(); });
+    }
     flags_.rebuildCancel.clear();
     flags_.rebuildRunning.clear();
+    tellWaiters();
+    releaseReplaced();
 }
+
+// ---- those who wait for it ----------------------------------------------------------------------------------
+
+bool WaveWorker::isAsked() const {
+    return flags_.rebuildRequested.isSet() || (flags_.rebuildOwed.isSet() && !flags_.engineLocked.isSet());
+}
+
+bool WaveWorker::isIdle() const {
+    return isBooted_.load(std::memory_order_acquire) && !isAsked() && !flags_.rebuildRunning.isSet();
+}
+
+void WaveWorker::tellWaiters() {
+    {
+        const std::lock_guard guard(finishing_);
+    }  // none is between its look and its sleep
+    finished_.notify_all();
+}
+
+bool WaveWorker::waitForWaves(int maxMilliseconds) {
+    if (isIdle()) return true;
+    std::unique_lock lock(finishing_);
+    return finished_.wait_for(lock, std::chrono::milliseconds(maxMilliseconds), [this] { return isIdle(); });
+}
+
+// ---- banks --------------------------------------------------------------------------------------------------
+
+void WaveWorker::touchBanks() { library_.touch(banksInUse(parameters_)); }
+
+void WaveWorker::wavesChosen() {
+    banksChosen_.set();
+    flags_.workerBell.ring();
+}
+
+// ---- custom waves and samples -------------------------------------------------------------------------------
 
 // A new request cancels the rebuild that runs: all begins anew at the next poll.
 bool WaveWorker::isCancelled() {
@@ -75,27 +190,51 @@ bool WaveWorker::isCancelled() {
 }
 
 void WaveWorker::rebuild() {
+    if (!rebuildCustomWaves()) return;
+    // Voices play on: a sample whose levels were there before may be heard half old and half new.
     const HeardWhileWritten voicesPlayOn;
-    const Flag& cancel = flags_.rebuildCancel;
-    // Frame 0 is compared as it was given: rebuilding levels rewrites it.
-    for (const OscillatorMemory& oscillator : oscillators_) {
-        if (isCancelled()) return;
-        spreadFirstFrame(*oscillator.customWave);
-    }
-    const CustomWave* before = nullptr;
-    bool copyOfBefore[layerCount * oscillatorCount] = {};
-    for (std::size_t i = 0; i < oscillators_.size(); ++i) {
-        copyOfBefore[i] = before != nullptr && sameFirstFrame(*before, *oscillators_[i].customWave);
-        before = oscillators_[i].customWave;
-    }
     for (std::size_t i = 0; i < oscillators_.size(); ++i) {
         if (isCancelled()) return;
-        if (copyOfBefore[i])
-            copyMips(*oscillators_[i - 1].customWave, *oscillators_[i].customWave);
-        else if (!makeCustomMips(*oscillators_[i].customWave, cancel))
-            return;
-        if (!buildLevels(*oscillators_[i].sample, isLooped(static_cast<int>(i)), &cancel)) return;
+        Sample& sample = *oscillators_[i].sample;
+        if (!buildLevels(sample, isLooped(static_cast<int>(i)), &flags_.rebuildCancel)) return;
+        sample.levelsPending.clear();
     }
+}
+
+// Makes the waves of all cycles that have none. False when it was cancelled.
+bool WaveWorker::rebuildCustomWaves() {
+    for (std::size_t i = 0; i < oscillators_.size(); ++i) {
+        if (isCancelled()) return false;
+        CustomWaveSlot& slot = *oscillators_[i].customWave;
+        if (slot.isBuilt()) continue;
+        const unsigned generation = slot.generation();
+        // Cycles are compared as they were given: making a wave changes its frame 0.
+        CustomWaveSlot* const before = i > 0 ? oscillators_[i - 1].customWave : nullptr;
+        const bool isLikeBefore = before != nullptr && before->isBuilt() && sameCycle(before->given().data(), slot.cycle.data());
+        auto wave = isLikeBefore ? before->wave() : makeWave(slot.cycle);
+        if (wave == nullptr) return false;
+        // Patches are saved meanwhile: they take the cycle as it was or as it is now.
+        const HeardWhileWritten saversReadOn;
+        replaced_.reserve(replaced_.size() + 1);
+        if (auto old = slot.publish(std::move(wave), generation)) replaced_.push_back(std::move(old));
+    }
+    return true;
+}
+
+// Null when it was cancelled.
+std::shared_ptr<const CustomWave> WaveWorker::makeWave(const CustomCycle& cycle) {
+    if (auto wave = library_.customWaves().find(cycle)) return wave;
+    const auto wave = std::make_shared<CustomWave>();
+    std::copy(cycle.begin(), cycle.end(), wave->frame(0, 0));
+    if (!makeCustomMips(*wave, flags_.rebuildCancel)) return nullptr;
+    library_.customWaves().add(cycle, wave);
+    return wave;
+}
+
+// Once no block has been running, none reads what was replaced before.
+void WaveWorker::releaseReplaced() {
+    if (replaced_.empty()) return;
+    if (waitUntilClear(flags_.audioRunning, releaseTries, 1, platform::sleepMilliseconds, false)) replaced_.clear();
 }
 
 bool WaveWorker::isLooped(int oscillator) const {

@@ -16,19 +16,20 @@ CustomWaveLoader::CustomWaveLoader(EngineFlags& flags, ParameterModel& parameter
                                    platform::Dialogs& dialogs, SleepFunction sleep)
     : flags_(flags), parameters_(parameters), waves_(waves), dialogs_(dialogs), sleep_(sleep) {}
 
-CustomWave* CustomWaveLoader::waveOf(int layer, int oscillator) const {
+CustomWaveSlot* CustomWaveLoader::waveOf(int layer, int oscillator) const {
     if (layer < 0 || layer >= layerCount || oscillator < 0 || oscillator >= oscillatorCount) return nullptr;
     return waves_[static_cast<std::size_t>(layer * oscillatorCount + oscillator)];
 }
 
 bool CustomWaveLoader::resynthesize(int layer, int oscillator, const std::string& path) {
-    CustomWave* const wave = waveOf(layer, oscillator);
-    std::array<std::int16_t, cycleSamples> cycle{};
+    CustomWaveSlot* const wave = waveOf(layer, oscillator);
+    CustomCycle cycle{};
     if (wave == nullptr || !showOutcome(dialogs_, resynthesizeFile(path, cycle))) return false;
     {
         // A rebuild that runs would end by writing the earlier wave over this one.
         const EngineHold hold(flags_, sleep_);
-        std::copy(cycle.begin(), cycle.end(), wave->frame(0, 0));
+        wave->forget();
+        wave->cycle = cycle;
     }
     flags_.rebuildRequested.set();
     parameters_.setParameter(hostIndex(parameter::Start1 + oscillator, layer), 0.0f);
@@ -54,10 +55,10 @@ bool CustomWaveLoader::randomWave(int layer, int oscillator) {
 }
 
 bool CustomWaveLoader::saveWave(int layer, int oscillator) {
-    const CustomWave* const wave = waveOf(layer, oscillator);
+    const CustomWaveSlot* const wave = waveOf(layer, oscillator);
     std::string path;
     return wave != nullptr && platform::askFilePath(dialogs_, path, "", true, platform::FileKind::Wave) &&
-           showOutcome(dialogs_, writeWave({wave->frame(0, 0), cycleSamples}, path));
+           showOutcome(dialogs_, writeWave(wave->cycle, path));
 }
 
 }  // namespace vantoric

@@ -13,7 +13,7 @@
 namespace vantoric {
 
 // The twelve custom waves of an engine, indexed layer x 3 + oscillator. They outlive their users.
-using CustomWaveHolders = std::array<CustomWave*, layerCount * oscillatorCount>;
+using CustomWaveHolders = std::array<CustomWaveSlot*, layerCount * oscillatorCount>;
 
 // Called by one thread at a time that is not the audio thread; voices may play meanwhile. Layers are 0 to 3,
 // oscillators 0 to 2; others do nothing.
@@ -41,7 +41,7 @@ public:
     LinearCongruence random;
 
 private:
-    CustomWave* waveOf(int layer, int oscillator) const;
+    CustomWaveSlot* waveOf(int layer, int oscillator) const;
 
     EngineFlags& flags_;
     ParameterModel& parameters_;

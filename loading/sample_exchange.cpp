@@ -26,6 +26,10 @@ bool exchangeSample(Sample& holder, const SampleContent& content, bool wrap, boo
     {
         const EngineHold hold(flags, sleep);
         std::swap(holder.levels, fresh.levels);
+        if (isBuilt)
+            holder.levelsPending.clear();
+        else
+            holder.levelsPending.set();
         holder.length = length;
         holder.loopStart = content.loopStart;
         holder.loopEnd = content.loopEnd;

@@ -118,6 +118,7 @@ int PatchChunk::setChunk(const std::uint8_t* data, std::int32_t size) {
     takeLock();
     quieten();
     if (data == nullptr || size < chunk::fixedSize) return 1;
+    const bool rebuildWasDue = flags.rebuildRequested.isSet() || flags.rebuildRunning.isSet();
     flags.rebuildCancel.set();
     flags.rebuildRequested.clear();
     const int version = data[chunk::versionOffset];
@@ -125,6 +126,7 @@ int PatchChunk::setChunk(const std::uint8_t* data, std::int32_t size) {
         refuse("Error",
                "The preset can not be loaded. The version number of the file format is not supported. You must update Vantori.");
         flags.engineLocked.clear();
+        if (rebuildWasDue) flags.rebuildOwed.set();  // the patch in force plays on
         return 0;
     }
     stopRebuild();
@@ -134,12 +136,16 @@ int PatchChunk::setChunk(const std::uint8_t* data, std::int32_t size) {
     convertOlderPatch(version);
     if (!flags.bootPending.isSet()) readCustomWaves(data);
     stopRebuild();
-    if (!readSampleHeaders(data, size) || !readSampleData(data, size)) return 0;
+    if (!readSampleHeaders(data, size) || !readSampleData(data, size)) {
+        flags.rebuildOwed.set();
+        return 0;
+    }
     flags.rebuildCancel.clear();
     flags.rebuildRequested.set();
     cleanMatrix();
     program_.setProgram(0);
     host_.resetEngine();
+    host_.prepareToSound();
     flags.engineLocked.clear();
     host_.refreshAll();
     host_.lookUpPatchName();
@@ -175,6 +181,7 @@ void PatchChunk::convertOlderPatch(int version) {
 void PatchChunk::readCustomWaves(const std::uint8_t* data) {
     for (int index = 0; index < chunk::waveCount; ++index) {
         const std::uint8_t* wave = data + chunk::customWaveOffset + index * chunk::waveSamples * 2;
+        if (waves_.slots[index] != nullptr) waves_.slots[index]->forget();
         chunk::readSamples(wave, waves_.customWaves[index], chunk::waveSamples);
     }
 }
@@ -211,6 +218,7 @@ bool PatchChunk::readSampleData(const std::uint8_t* data, std::int32_t size) {
         for (int level = 1; level < sampleLevels; ++level) {
             std::copy_n(sample.levels[0].get(), header.length, sample.levels[level].get());
         }
+        sample.levelsPending.set();  // until the worker has made them
         sample.length = header.length;
         sample.loopStart = header.loopStart;
         sample.loopEnd = header.loopEnd;

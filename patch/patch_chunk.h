@@ -12,6 +12,7 @@
 #include "patch/program_slot.h"
 #include "platform/dialogs.h"
 #include "samples/sample.h"
+#include "sound/custom_wave.h"
 
 namespace vantoric {
 
@@ -24,6 +25,9 @@ public:
     virtual void refreshAll() = 0;
     // The browser is to look up the name of the patch that was loaded.
     virtual void lookUpPatchName() = 0;
+    // The parameters and waves of a patch are in place and will sound in a moment: what its voices read is to be
+    // fetched into memory.
+    virtual void prepareToSound() {}
     // The window shows that it is busy, or no longer. Without a window nothing.
     virtual void setBusy(bool busy) = 0;
 
@@ -35,6 +39,7 @@ protected:
 struct PatchWaves {
     std::array<Sample*, chunk::waveCount> samples{};
     std::array<std::int16_t*, chunk::waveCount> customWaves{};  // frame 0 of level 0: 2048 samples each
+    std::array<CustomWaveSlot*, chunk::waveCount> slots{};      // where these are the cycles of; null: of none
 };
 
 // The bytes of a chunk; size 0 if there are none.

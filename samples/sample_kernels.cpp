@@ -127,6 +127,7 @@ namespace kernels {
 void sampleRead(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
     const Sample& sample = *context.sample;
     if (!isPlayable(sample)) return;
+    if (sample.levelsPending.isSet()) return keepSilent(out, count, state);
     if ((state.phase >> fractionBits) >= static_cast<std::uint32_t>(sample.length) + 3) state.phase = 0;
     Playhead head(sample, state);
     const int level = sampleLevel(head.step);
@@ -149,6 +150,7 @@ void sampleRead(const KernelContext& context, std::int16_t* out, int count, Osci
 void sampleFmPlain(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
     const Sample& sample = *context.sample;
     if (!isPlayable(sample)) return;
+    if (sample.levelsPending.isSet()) return keepSilent(out, count, state);
     const int level = sampleLevel(sampleStep(sample.sampleRate, state.increment));
     const std::int16_t* const table = sample.levels[level].get();
     const auto length = static_cast<std::uint32_t>(sample.length);
@@ -159,6 +161,7 @@ void sampleFmPlain(const KernelContext& context, std::int16_t* out, int count, O
 void sampleFmLevels(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
     const Sample& sample = *context.sample;
     if (!isPlayable(sample)) return;
+    if (sample.levelsPending.isSet()) return keepSilent(out, count, state);
     const auto length = static_cast<std::uint32_t>(sample.length);
     const std::int64_t increment = static_cast<std::int32_t>(state.increment);
     runModulatedSample(sample, state, out, count, in, [&](std::uint32_t position, std::int32_t offset) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 #include "base/numbers.h"
 
@@ -67,12 +68,34 @@ bool sameCycle(const std::int16_t* a, const std::int16_t* b) {
     return std::equal(a, a + cycleSamples, b, [](int x, int y) { return std::abs(x - y) < 3; });
 }
 
-void copyMips(const CustomWave& from, CustomWave& to) { to.samples = from.samples; }
+void CustomWaveSlot::forget() {
+    const std::lock_guard guard(publishing_);
+    generation_.fetch_add(1, std::memory_order_acq_rel);
+    samples_.store(nullptr, std::memory_order_release);
+}
 
-void spreadFirstFrame(CustomWave& wave) {
-    for (int level = 0; level < mipLevels; ++level)
-        for (int index = 0; index < customFrames; ++index)
-            if (level != 0 || index != 0) std::copy_n(wave.frame(0, 0), cycleSamples, wave.frame(level, index));
+std::shared_ptr<const CustomWave> CustomWaveSlot::publish(std::shared_ptr<const CustomWave> wave, unsigned generation) {
+    const std::lock_guard guard(publishing_);
+    if (generation != this->generation()) return wave;
+    given_ = cycle;
+    std::copy_n(wave->frame(0, 0), cycleSamples, cycle.begin());
+    samples_.store(wave->samples.data(), std::memory_order_release);
+    std::swap(wave_, wave);
+    return wave;
+}
+
+std::shared_ptr<const CustomWave> CustomWaveCache::find(const CustomCycle& cycle) {
+    const std::lock_guard guard(mutex_);
+    for (const auto& entry : entries_)
+        if (entry->cycle == cycle)
+            if (auto wave = entry->wave.lock()) return wave;
+    return nullptr;
+}
+
+void CustomWaveCache::add(const CustomCycle& cycle, const std::shared_ptr<const CustomWave>& wave) {
+    const std::lock_guard guard(mutex_);
+    std::erase_if(entries_, [](const auto& entry) { return entry->wave.expired(); });
+    entries_.push_back(std::make_unique<Entry>(Entry{cycle, wave}));
 }
 
 }  // namespace vantoric

@@ -2,7 +2,11 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
 
 #include "base/fft.h"
 #include "base/flag.h"
@@ -11,9 +15,10 @@
 
 namespace vantoric {
 
-// One oscillator's custom wave, 1 MiB: level-major like the waves of the store. Frame 0 of level 0 holds the
-// cycle as the user gave it. Voices read while the worker rebuilds: a frame may be heard half old and half
-// new, which is accepted.
+using CustomCycle = std::array<std::int16_t, cycleSamples>;
+
+// A custom wave, 1 MiB: level-major like the waves of the store. Frame 0 of level 0 holds the cycle as the user gave
+// it, until the others are made.
 struct CustomWave {
     std::array<std::int16_t, mipLevels * customFrames * cycleSamples> samples{};
 
@@ -45,10 +50,55 @@ bool makeCustomMips(CustomWave& wave, const Flag& cancel);
 bool sameCycle(const std::int16_t* a, const std::int16_t* b);
 inline bool sameFirstFrame(const CustomWave& a, const CustomWave& b) { return sameCycle(a.frame(0, 0), b.frame(0, 0)); }
 
-// Copies all frames and levels. Worker thread.
-void copyMips(const CustomWave& from, CustomWave& to);
+// What an oscillator of a layer has: the cycle that its user gave it and, once the worker has made it, the wave of that
+// cycle. Made waves never change, so oscillators of all instances with the same cycle share one.
+class CustomWaveSlot {
+public:
+    // Frame 0 of level 0, as patches keep it: as it was given, then as the worker made it. To be written after forget()
+    // and while neither the audio block nor the worker is at work.
+    CustomCycle cycle{};
 
-// Copies frame 0 of level 0 into every frame and level, until the mips are made. Worker thread.
-void spreadFirstFrame(CustomWave& wave);
+    // All frames and levels; null until the worker has made them of the present cycle: the oscillator is silent then.
+    // What it points to stays until the audio block that runs has ended. Any thread.
+    const std::int16_t* samples() const { return samples_.load(std::memory_order_acquire); }
+    bool isBuilt() const { return samples() != nullptr; }
+
+    // The wave no longer sounds: another cycle comes. Not on the audio thread.
+    void forget();
+
+    // Worker thread. The cycle as it was given, also once its wave is made.
+    const CustomCycle& given() const { return isBuilt() ? given_ : cycle; }
+    // The wave of the present cycle; null until it is made.
+    std::shared_ptr<const CustomWave> wave() const { return isBuilt() ? wave_ : nullptr; }
+    // Counts the calls of forget(). To be asked for before the cycle is read.
+    unsigned generation() const { return generation_.load(std::memory_order_acquire); }
+    // Lets a wave sound that was made of the cycle of that generation; of an earlier one it is dropped. Returns the wave
+    // that it replaces, or `wave` itself, which a block that still runs may read.
+    std::shared_ptr<const CustomWave> publish(std::shared_ptr<const CustomWave> wave, unsigned generation);
+
+private:
+    std::mutex publishing_;
+    std::atomic<unsigned> generation_{0};
+    std::atomic<const std::int16_t*> samples_{nullptr};
+    std::shared_ptr<const CustomWave> wave_;
+    CustomCycle given_{};
+};
+
+// The custom waves that the instances of the process have made and still use, by the cycle they were made of. Workers.
+class CustomWaveCache {
+public:
+    // The wave of exactly this cycle; null if there is none.
+    std::shared_ptr<const CustomWave> find(const CustomCycle& cycle);
+    // Remembers a wave as long as somebody uses it.
+    void add(const CustomCycle& cycle, const std::shared_ptr<const CustomWave>& wave);
+
+private:
+    struct Entry {
+        CustomCycle cycle;
+        std::weak_ptr<const CustomWave> wave;
+    };
+    std::mutex mutex_;
+    std::vector<std::unique_ptr<Entry>> entries_;
+};
 
 }  // namespace vantoric

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "base/numbers.h"
+#include "sound/custom_wave.h"
 #include "sound/kernels.h"
 
 namespace vantoric {
@@ -19,6 +20,8 @@ const std::array<Kernel, noiseKernelCount> noiseKernels = {
 };
 
 namespace {
+
+constexpr int fadeInSamples = 256;
 
 struct PlainAndModulated {
     Kernel plain, modulated;
@@ -132,12 +135,32 @@ Kernel chooseKernel(const KernelChoice& choice, const SampleKernels& sample) {
     }
 }
 
+void keepSilent(std::int16_t* out, int count, OscillatorState& state) {
+    std::fill_n(out, count, 0);
+    state.fadeIn = fadeInSamples;
+}
+
+void runKernel(Kernel kernel, const KernelContext& context, std::int16_t* out, int count, OscillatorState& state,
+               const std::int16_t* in) {
+    if (state.customWave != nullptr) {
+        state.table = state.customWave->samples();
+        if (state.table == nullptr) return keepSilent(out, count, state);
+    }
+    const int faded = std::min<int>(state.fadeIn, count);
+    kernel(context, out, count, state, in);
+    if (faded == 0) return;
+    for (int i = 0; i < faded; ++i)
+        out[i] = static_cast<std::int16_t>(out[i] * (fadeInSamples - state.fadeIn + i) / fadeInSamples);
+    state.fadeIn = static_cast<std::uint16_t>(state.fadeIn - faded);
+}
+
 void prepareOscillator(OscillatorState& state, const OscillatorSetup& setup, const WaveStore& waves) {
     state.table = nullptr;
+    state.customWave = nullptr;
     state.frameCount = 1;
     const auto takeWave = [&](const BankWave* wave) {
         if (wave == nullptr) return;
-        state.table = wave->samples.get();
+        state.table = wave->samples;
         state.frameCount = wave->frames;
     };
     switch (setup.synType) {
@@ -148,7 +171,8 @@ void prepareOscillator(OscillatorState& state, const OscillatorSetup& setup, con
             if (setup.noiWave == 11) startHenonMap(state);
             break;
         case customWaveType:
-            state.table = setup.customWave;
+            state.customWave = setup.customWave;
+            state.table = setup.customWave != nullptr ? setup.customWave->samples() : nullptr;
             state.frameCount = customFrames;
             break;
         case analogType: prepareAnalog(state, setup.anaWave); break;

@@ -99,6 +99,14 @@ struct KernelChoice {
 // beyond their lists: silent kernel, but AnaWave, which reads as its last row, and Quality, as its last grade.
 Kernel chooseKernel(const KernelChoice& choice, const SampleKernels& sample);
 
+// Runs the kernel of a sounding oscillator, as kernels run. One whose custom wave is not made yet is silent, and comes in
+// smoothly once it is.
+void runKernel(Kernel kernel, const KernelContext& context, std::int16_t* out, int count, OscillatorState& state,
+               const std::int16_t* in);
+
+// For kernels whose wave is not made yet: silence, after which runKernel() fades in what comes.
+void keepSilent(std::int16_t* out, int count, OscillatorState& state);
+
 // What note-on reads of the parameters for one oscillator.
 struct OscillatorSetup {
     int synType = 0;
@@ -106,7 +114,7 @@ struct OscillatorSetup {
     int ssWave = 0;
     int noiWave = 0;
     int anaWave = 0;
-    const std::int16_t* customWave = nullptr;  // level-major, 32 frames
+    const CustomWaveSlot* customWave = nullptr;
 };
 
 // At note-on, after the state was cleared: sets `table`, `frameCount` and the fields of the type.

@@ -8,6 +8,7 @@
 
 namespace vantoric {
 
+class CustomWaveSlot;
 class WaveStore;
 struct Sample;
 
@@ -47,7 +48,9 @@ struct OscillatorState {
     std::int32_t previousRead = 0;
     std::int16_t hiss = 0;  // noise floor of the analog kernels
     std::int8_t phaseDirection = 1;
-    std::uint8_t alternate = 0;  // which group of voices the alternating stack steps next
+    const CustomWaveSlot* customWave = nullptr;  // what `table` is taken from at each call; null: it stays
+    std::uint16_t fadeIn = 0;                    // samples still to be faded in after a silence without a wave
+    std::uint8_t alternate = 0;                  // which group of voices the alternating stack steps next
 };
 
 // What a kernel sees of the world. One per voice and oscillator.

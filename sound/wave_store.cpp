@@ -7,6 +7,7 @@
 #include <new>
 #include <string>
 #include <system_error>
+#include <utility>
 
 #include "sound/kernel_reads.h"
 
@@ -129,11 +130,11 @@ WaveLoad WaveStore::loadWaveFile(int index, const std::filesystem::path& path, b
     return publish(index, isSsList, std::move(buffer), header->frames);
 }
 
-WaveLoad WaveStore::loadBanks(const std::filesystem::path& dataFolder, const Flag& stop) {
+WaveLoad WaveStore::loadBanks(const std::filesystem::path& dataFolder, const Flag& stop, const BankReader& read) {
     WaveLoad result = WaveLoad::loaded;
     const auto load = [&](const WaveFile& file, int index, bool isSsList) {
         if (stop.isSet()) return;
-        if (loadWaveFile(index, dataFolder / (std::string(file.stem) + ".va"), isSsList) == WaveLoad::outOfMemory)
+        if (read(*this, index, dataFolder / (std::string(file.stem) + ".va"), isSsList) == WaveLoad::outOfMemory)
             result = WaveLoad::outOfMemory;
     };
     for (int i = 0; i < wtWaveCount; ++i) load(wtWaveFiles[i], i, false);
@@ -150,15 +151,22 @@ WaveLoad WaveStore::setWave(int index, bool isSsList, const std::int16_t* sample
     return publish(index, isSsList, std::move(buffer), frames);
 }
 
+WaveLoad WaveStore::publish(int index, bool isSsList, std::unique_ptr<std::int16_t[]> samples, int frames) try {
+    const std::int16_t* const first = samples.get();
+    return showWave(index, isSsList, first, frames, std::shared_ptr<std::int16_t[]>(std::move(samples)));
+} catch (const std::bad_alloc&) {
+    return WaveLoad::outOfMemory;
+}
+
 // A wave that was there before stays allocated, since a voice may be reading it.
-WaveLoad WaveStore::publish(int index, bool isSsList, std::unique_ptr<std::int16_t[]> samples, int frames) {
-    try {
-        waves_.push_back(std::make_unique<BankWave>(BankWave{frames, std::move(samples)}));
-    } catch (const std::bad_alloc&) {
-        return WaveLoad::outOfMemory;
-    }
+WaveLoad WaveStore::showWave(int index, bool isSsList, const std::int16_t* samples, int frames,
+                             std::shared_ptr<const void> keeper) try {
+    if (index < 0 || index >= listSize || samples == nullptr || frames < 1) return WaveLoad::skipped;
+    waves_.push_back(std::make_unique<BankWave>(BankWave{frames, samples, std::move(keeper)}));
     entries_[isSsList][index].store(waves_.back().get(), std::memory_order_release);
     return WaveLoad::loaded;
+} catch (const std::bad_alloc&) {
+    return WaveLoad::outOfMemory;
 }
 
 void WaveStore::buildWaveRows() {
@@ -170,7 +178,7 @@ void WaveStore::buildWaveRows() {
 const std::int16_t* WaveStore::cycle(int index, int frame, int level) const {
     const BankWave* found = wave(index);
     if (found == nullptr) return nullptr;
-    return found->samples.get() + cycleOffset(found->frames, std::min(frame, found->frames - 1), level);
+    return found->samples + cycleOffset(found->frames, std::min(frame, found->frames - 1), level);
 }
 
 void WaveStore::clear() {

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -66,8 +67,14 @@ enum class WaveLoad {
 // A wave in the store: level-major, frames x 8 levels x 2048 samples.
 struct BankWave {
     int frames = 1;
-    std::unique_ptr<std::int16_t[]> samples;
+    const std::int16_t* samples = nullptr;
+    std::shared_ptr<const void> keeper;  // the samples stay as long as it does
 };
+
+class WaveStore;
+
+// How loadBanks() gets a file into an entry: WaveStore::loadWaveFile, or what knows another way.
+using BankReader = std::function<WaveLoad(WaveStore&, int index, const std::filesystem::path&, bool isSsList)>;
 
 // Filled by the first instance's worker while voices of other instances may already play. A wave is whole
 // before its pointer is published, and stays where it is until clear(): readers need no lock and see either
@@ -81,9 +88,11 @@ public:
     WaveLoad loadWaveFile(int index, const std::filesystem::path& path, bool isSsList);
     // Loads every file of both lists from `dataFolder`, then builds the rows. Gives up between files when
     // `stop` is set. outOfMemory if any file met it. As above.
-    WaveLoad loadBanks(const std::filesystem::path& dataFolder, const Flag& stop);
+    WaveLoad loadBanks(const std::filesystem::path& dataFolder, const Flag& stop, const BankReader& read = readBank);
     // Puts a copy of a wave made in memory into an entry. As above.
     WaveLoad setWave(int index, bool isSsList, const std::int16_t* samples, int frames);
+    // Lets an entry show samples that lie elsewhere and stay there as long as `keeper` does. As above.
+    WaveLoad showWave(int index, bool isSsList, const std::int16_t* samples, int frames, std::shared_ptr<const void> keeper);
     // Points the analog rows into the loaded waves; a row whose wave is missing stays empty. A wave with
     // fewer frames than the row asks for gives its last one. As above.
     void buildWaveRows();
@@ -101,6 +110,9 @@ public:
     const std::int16_t* rowCycle(int row, int level) const { return rows_[row][level].load(std::memory_order_acquire); }
 
 private:
+    static WaveLoad readBank(WaveStore& store, int index, const std::filesystem::path& path, bool isSsList) {
+        return store.loadWaveFile(index, path, isSsList);
+    }
     WaveLoad publish(int index, bool isSsList, std::unique_ptr<std::int16_t[]> samples, int frames);
 
     std::atomic<const BankWave*> entries_[2][listSize] = {};  // [isSsList]

@@ -44,7 +44,6 @@ bool velocityPasses(int velocityRange, int velocity) { return inRange(velocityRa
 Layer::Layer(int index, const EngineState& engine, RandomSources& random, const WaveStore& waves, SleepFunction sleep)
     : index_(index), engine_(engine), random_(random), waves_(waves), sleep_(sleep), bank_(std::make_unique<VoiceBank>(random)) {
     for (auto& insert : inserts_) insert = std::make_unique<Multieffect>(random);
-    for (auto& wave : customWaves_) wave = std::make_unique<CustomWave>();
     for (int i = 0; i < voiceCount; ++i) {
         voices_[i] = std::make_unique<Voice>(*this, i);
         Voice& voice = *voices_[i];

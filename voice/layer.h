@@ -108,8 +108,8 @@ public:
     Multieffect& insert(int which) { return *inserts_[which]; }
     Sample& sample(int oscillator) { return samples_[oscillator]; }
     const Sample& sample(int oscillator) const { return samples_[oscillator]; }
-    CustomWave& customWave(int oscillator) { return *customWaves_[oscillator]; }
-    const CustomWave& customWave(int oscillator) const { return *customWaves_[oscillator]; }
+    CustomWaveSlot& customWave(int oscillator) { return customWaves_[oscillator]; }
+    const CustomWaveSlot& customWave(int oscillator) const { return customWaves_[oscillator]; }
 
     // Null for none. While nothing plays.
     void setNoteObserver(NoteObserver* observer) { observer_ = observer; }
@@ -157,7 +157,7 @@ private:
     std::array<std::unique_ptr<Multieffect>, 2> inserts_;
     std::array<std::unique_ptr<Voice>, voiceCount> voices_;
     std::array<Sample, oscillatorCount> samples_;
-    std::array<std::unique_ptr<CustomWave>, oscillatorCount> customWaves_;
+    std::array<CustomWaveSlot, oscillatorCount> customWaves_;
 
     // What the first insert is told: the layer's own value and the extremes of the sounding voices.
     struct InsertFeed {

@@ -135,7 +135,7 @@ void Voice::prepareOscillatorState(int i) {
                                  .ssWave = listAt(par::SSWave1 + i),
                                  .noiWave = listAt(par::NoiWave1 + i),
                                  .anaWave = listAt(par::AnaWave1 + i),
-                                 .customWave = layer_.customWave(i).samples.data()},
+                                 .customWave = &layer_.customWave(i)},
                                 layer_.waves());
     if (synType == sampleType) writeSampleGuards(layer_.sample(i), listAt(par::LoopMod1 + i) == loopModeLoop);
     if (synType == analogType) pitch[i].tuning = drawAnalogTuning(i, i > 0 ? pitch[i - 1].tuning : 1.0, random.congruence);
@@ -374,7 +374,7 @@ void Voice::renderOscillators(int count, DueTones& due) {
         if (!oscillatorOn[i]) continue;
         const KernelContext context{layer_.engine(), layer_.waves(), layer_.random(), &layer_.sample(i)};
         const auto& previous = bank.buffer(index_, (i + oscillatorCount - 1) % oscillatorCount);
-        kernels_[i](context, bank.buffer(index_, i).data(), count, oscillators[i], previous.data());
+        runKernel(kernels_[i], context, bank.buffer(index_, i).data(), count, oscillators[i], previous.data());
         if (!bank.toneIsHeard(index_, i)) continue;
         const ToneRun tone = bank.toneRun(index_, i);
         if (i + 1 < oscillatorCount && hearsPrevious_[i + 1])

@@ -21,7 +21,7 @@ SampleHolders holdersOf(Patch& patch) {
 }
 
 // A custom wave is made one at a time, so that one place serves all.
-CustomWaveHolders sharedBy(CustomWave& wave) {
+CustomWaveHolders sharedBy(CustomWaveSlot& wave) {
     CustomWaveHolders holders;
     holders.fill(&wave);
     return holders;
@@ -33,7 +33,7 @@ SampleBench::SampleBench(Patch& patch, platform::Dialogs& dialogs)
     : patch_(patch),
       chunk_(patch, dialogs),
       samples_(holdersOf(patch)),
-      customWave_(std::make_unique<CustomWave>()),
+      customWave_(std::make_unique<CustomWaveSlot>()),
       loader_(chunk_.flags(), patch.parameters, samples_, dialogs, platform::sleepMilliseconds),
       editor_(chunk_.flags(), patch.parameters, samples_, dialogs, platform::sleepMilliseconds),
       customWaveLoader_(chunk_.flags(), patch.parameters, sharedBy(*customWave_), dialogs, platform::sleepMilliseconds),
@@ -53,7 +53,7 @@ bool SampleBench::loadWave(int wave, const WaveOrder& order) {
 bool SampleBench::resynthesize(int wave, const std::string& path) {
     if (!customWaveLoader_.resynthesize(layerOf(wave), oscillatorOf(wave), path)) return false;
     Cycle& cycle = patch_.customWaves[static_cast<std::size_t>(wave)];
-    std::copy_n(customWave_->frame(0, 0), cycle.size(), cycle.begin());
+    std::copy_n(customWave_->cycle.begin(), cycle.size(), cycle.begin());
     play(wave, customWaveType);
     return true;
 }

@@ -58,7 +58,7 @@ private:
     Patch& patch_;
     ChunkBench chunk_;
     SampleHolders samples_;
-    std::unique_ptr<CustomWave> customWave_;  // the one of all oscillators that is being made
+    std::unique_ptr<CustomWaveSlot> customWave_;  // the one of all oscillators that is being made
     SampleLoader loader_;
     SampleEditor editor_;
     CustomWaveLoader customWaveLoader_;

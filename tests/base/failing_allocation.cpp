@@ -1,6 +1,7 @@
 #include "tests/base/failing_allocation.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <new>
 
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
@@ -9,3 +10,12 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     if (failingAllocation != 0 && size >= failingAllocation) return nullptr;
     return ::operator new[](size);
 }
+
+void* operator new(std::size_t size) {
+    const std::size_t throwing = vantoric::test::throwingAllocation;
+    void* const memory = throwing != 0 && size >= throwing ? nullptr : std::malloc(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }

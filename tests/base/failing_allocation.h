@@ -1,12 +1,17 @@
-// For tests of short memory: which of the allocations that may fail without an exception do fail. A test program links
-// failing_allocation.cpp, which replaces that operator.
+// For tests of short memory: which allocations fail. A test program links failing_allocation.cpp, which replaces the
+// operators.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 
 namespace vantoric::test {
 
+// Of arrays asked for without an exception.
 inline std::size_t failingAllocation = 0;  // bytes from which on they fail; 0: none
 inline std::size_t allocatedAtMost = 0;    // bytes of the largest that was asked for
+
+// Of plain `new`, on all threads: bytes from which on it throws std::bad_alloc; 0: never.
+inline std::atomic<std::size_t> throwingAllocation{0};
 
 }  // namespace vantoric::test

@@ -48,7 +48,7 @@ json resynthMessage(const Case& c) {
     platform::RecordedDialogs dialogs;
     EngineFlags flags;
     ParameterModel parameters;
-    CustomWave wave;
+    CustomWaveSlot wave;
     CustomWaveHolders waves{};
     waves.fill(&wave);
     CustomWaveLoader loader(flags, parameters, waves, dialogs, noSleep);

@@ -23,8 +23,7 @@ void richPatch(EngineRig& rig) {
     for (int layer = 0; layer < 2; ++layer) {
         rig.plainLayer(layer);
         for (int i = 0; i < oscillatorCount; ++i) {
-            CustomWave& custom = rig.audio.layer(layer).customWave(i);
-            std::copy(wave.begin(), wave.end(), custom.samples.begin());
+            test::giveWave(rig.audio.layer(layer).customWave(i), wave);
             rig.set(par::On1 + i, 1.0f, layer);
             rig.set(par::Vol1 + i, 0.6f, layer);
             rig.set(par::Pw1 + i, 0.3f, layer);

@@ -67,6 +67,13 @@ inline std::vector<std::int16_t> plainWave(int frames) {
     return samples;
 }
 
+// Lets an oscillator play a wave as it stands, as if the worker had made it.
+inline void giveWave(CustomWaveSlot& slot, const std::vector<std::int16_t>& samples) {
+    const auto wave = std::make_shared<CustomWave>();
+    std::copy(samples.begin(), samples.end(), wave->samples.begin());
+    slot.publish(wave, slot.generation());
+}
+
 // The host's side: tempo and position, if it has any to tell.
 struct RigHost {
     Transport transport;

@@ -1,9 +1,15 @@
 #include "engine/wave_worker.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <new>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -15,7 +21,9 @@
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/thread.h"
+#include "sound/kernels.h"
 #include "tests/engine/engine_rig.h"
+#include "tests/base/failing_allocation.h"
 
 namespace vantoric {
 namespace {
@@ -31,14 +39,15 @@ struct Worker : ::testing::Test {
     }
     // A square wave as it comes from a patch: frame 0 of level 0 alone.
     void giveSquare(int oscillator) {
+        waves[static_cast<std::size_t>(oscillator)].forget();
         for (int i = 0; i < cycleSamples; ++i)
-            waves[static_cast<std::size_t>(oscillator)].samples[static_cast<std::size_t>(i)] =
-                i < cycleSamples / 2 ? 9000 : -9000;
+            waves[static_cast<std::size_t>(oscillator)].cycle[static_cast<std::size_t>(i)] = i < cycleSamples / 2 ? 9000 : -9000;
     }
     bool levelsOf(int oscillator) {
-        for (const auto sample : waves[static_cast<std::size_t>(oscillator)].samples)
-            if (sample != 0 && sample != 9000 && sample != -9000) return true;
-        return false;
+        const std::int16_t* const made = waves[static_cast<std::size_t>(oscillator)].samples();
+        if (made == nullptr) return false;
+        return std::any_of(made, made + sizeof(CustomWave) / 2,
+                           [](int sample) { return sample != 0 && sample != 9000 && sample != -9000; });
     }
     bool idle() const { return !flags.rebuildRequested.isSet() && !flags.rebuildCancel.isSet() && !flags.rebuildRunning.isSet(); }
     void waitFor(const Flag& flag, bool set) {
@@ -50,7 +59,7 @@ struct Worker : ::testing::Test {
     WaveLibrary library;
     ParameterModel parameters;
     std::array<Sample, layerCount * oscillatorCount> samples;
-    std::array<CustomWave, layerCount * oscillatorCount> waves;
+    std::array<CustomWaveSlot, layerCount * oscillatorCount> waves;
     WaveWorker worker;
 };
 
@@ -62,6 +71,75 @@ TEST_F(Worker, RebuildsWhatIsAskedForAndClearsTheFlags) {
     EXPECT_TRUE(levelsOf(0));
     EXPECT_TRUE(levelsOf(11));
     EXPECT_TRUE(idle());
+}
+
+TEST_F(Worker, OscillatorsOfTheSameCycleShareOneWave) {
+    giveSquare(2);
+    giveSquare(3);
+    giveSquare(7);
+    flags.rebuildRequested.set();
+    worker.poll();
+    EXPECT_EQ(waves[2].samples(), waves[3].samples());
+    EXPECT_EQ(waves[2].samples(), waves[7].samples());
+    EXPECT_NE(waves[2].samples(), waves[0].samples());
+    EXPECT_EQ(waves[0].samples(), waves[11].samples()) << "both were never given one";
+}
+
+TEST_F(Worker, ACycleThatHardlyDiffersFromTheOneBeforeTakesItsWave) {
+    giveSquare(5);
+    giveSquare(6);
+    waves[6].cycle[100] += 2;
+    giveSquare(8);
+    waves[8].cycle[100] += 2;
+    flags.rebuildRequested.set();
+    worker.poll();
+    EXPECT_EQ(waves[6].samples(), waves[5].samples());
+    EXPECT_NE(waves[8].samples(), waves[5].samples()) << "the one before is another";
+}
+
+TEST_F(Worker, ARequestLeavesWhatIsBuiltAsItIs) {
+    giveSquare(5);
+    flags.rebuildRequested.set();
+    worker.poll();
+    const CustomCycle made = waves[5].cycle;
+    const std::int16_t* const before = waves[5].samples();
+    giveSquare(6);
+    flags.rebuildRequested.set();
+    worker.poll();
+    EXPECT_EQ(waves[5].cycle, made);
+    EXPECT_EQ(waves[5].samples(), before);
+    EXPECT_EQ(waves[6].samples(), before) << "it was given the same cycle";
+}
+
+TEST_F(Worker, WhatAFailedLoadTookBackIsMadeUpForOnceTheEngineIsFree) {
+    giveSquare(3);
+    flags.engineLocked.set();
+    flags.rebuildOwed.set();
+    flags.rebuildCancel.set();
+    worker.poll();
+    EXPECT_FALSE(levelsOf(3)) << "a load is at work";
+    {
+        const EngineHold hold(flags, platform::sleepMilliseconds);
+        worker.poll();
+        EXPECT_FALSE(levelsOf(3)) << "another one is";
+    }
+    worker.poll();
+    EXPECT_TRUE(levelsOf(3));
+    EXPECT_FALSE(flags.rebuildOwed.isSet());
+    EXPECT_TRUE(idle());
+}
+
+TEST_F(Worker, ASampleIsSilentUntilItsLevelsAreMade) {
+    ASSERT_TRUE(samples[4].allocate(5000));
+    samples[4].length = 5000;
+    samples[4].levelsPending.set();
+    flags.rebuildRequested.set();
+    flags.rebuildCancel.set();
+    worker.poll();
+    EXPECT_TRUE(samples[4].levelsPending.isSet());
+    flags.rebuildRequested.set();
+    worker.poll();
+    EXPECT_FALSE(samples[4].levelsPending.isSet());
 }
 
 TEST_F(Worker, DoesNothingUnasked) {
@@ -133,6 +211,104 @@ TEST_F(Worker, StartsWithCleanFlagsUnmutesWithTheBanksAndStops) {
     EXPECT_FALSE(flags.rebuildRunning.isSet());
 }
 
+TEST_F(Worker, SleepsUntilItIsRung) {
+    worker.start();
+    ASSERT_TRUE(worker.waitForWaves(5000));
+    const auto timesWoken = [] {
+        long sum = 0;
+        for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+            std::ifstream status(task.path() / "status");
+            for (std::string line; std::getline(status, line);)
+                if (line.starts_with("voluntary_ctxt_switches:") && task.path().filename() != std::to_string(getpid()))
+                    sum += std::stol(line.substr(24));
+        }
+        return sum;
+    };
+    platform::sleepMilliseconds(100);  // what it does at the start is done
+    const long before = timesWoken();
+    platform::sleepMilliseconds(500);
+    EXPECT_LE(timesWoken() - before, 2);
+    giveSquare(1);
+    flags.rebuildRequested.set();
+    EXPECT_TRUE(worker.waitForWaves(5000));
+    EXPECT_TRUE(levelsOf(1));
+}
+
+TEST_F(Worker, WhoeverWaitsForWavesGetsThemBuiltOrItsTime) {
+    EXPECT_FALSE(worker.waitForWaves(1)) << "the banks are not loaded";
+    worker.start();
+    EXPECT_TRUE(worker.waitForWaves(5000));
+    for (int round = 0; round < 20; ++round) {
+        giveSquare(round % 12);
+        flags.rebuildRequested.set();
+        ASSERT_TRUE(worker.waitForWaves(5000));
+        ASSERT_TRUE(levelsOf(round % 12));
+    }
+    worker.stop();
+    flags.rebuildRequested.set();
+    EXPECT_FALSE(worker.waitForWaves(1)) << "nobody is at work";
+}
+
+TEST_F(Worker, AllocationsThatFailEndNeitherThreadNorProcess) {
+    worker.start();
+    ASSERT_TRUE(worker.waitForWaves(5000));
+    giveSquare(3);
+    test::throwingAllocation = sizeof(CustomWave);
+    flags.rebuildRequested.set();
+    EXPECT_TRUE(worker.waitForWaves(5000));
+    test::throwingAllocation = 0;
+    EXPECT_FALSE(levelsOf(3)) << "silent";
+    ASSERT_EQ(dialogs.boxes().size(), 1u);
+    EXPECT_EQ(dialogs.boxes()[0].title, "Error WtoOs");
+    EXPECT_EQ(dialogs.boxes()[0].text, "Not enought memory.");
+    flags.rebuildRequested.set();
+    EXPECT_TRUE(worker.waitForWaves(5000));
+    EXPECT_TRUE(levelsOf(3)) << "the next request builds it";
+    worker.stop();
+    EXPECT_TRUE(flags.workerStopped.isSet());
+}
+
+TEST_F(Worker, ABoxThatFailsEndsTheThreadNeither) {
+    struct Failing final : platform::RecordedDialogs {
+        void message(const std::string&, const std::string&) override { throw std::runtime_error("no box"); }
+    } failing;
+    WaveWorker other(flags, library, failing, parameters, all());
+    giveSquare(3);
+    test::throwingAllocation = sizeof(CustomWave);
+    flags.rebuildRequested.set();
+    other.poll();
+    test::throwingAllocation = 0;
+    EXPECT_TRUE(idle());
+}
+
+TEST_F(Worker, KnowsTheBanksThatAPatchPlays) {
+    for (const BankPart& part : banksInUse(parameters)) {
+        EXPECT_EQ(part.index, 0);
+        EXPECT_EQ(part.frame, BankPart::allFrames);
+    }
+    const auto set = [&](int number, int row) { parameters.writeRaw(number, listValue(row)); };
+    const auto first = [&] { return banksInUse(parameters)[0]; };
+    set(parameter::WTWave1, 35);
+    EXPECT_EQ(first().index, 35);
+    set(parameter::SynType1, hypersawType);
+    set(parameter::SSWave1, 2);
+    EXPECT_EQ(first().index, 2);
+    EXPECT_TRUE(first().isSsList);
+    set(parameter::SSWave1, 7);
+    EXPECT_EQ(first().index, vaSquareImpulse);
+    EXPECT_EQ(first().frame, 0);
+    set(parameter::SSWave1, 9);
+    EXPECT_EQ(first().index, BankPart::none) << "computed";
+    set(parameter::SynType1, analogType);
+    set(parameter::AnaWave1, 18);
+    EXPECT_EQ(first().index, elAlpha2);
+    EXPECT_EQ(first().frame, 64);
+    for (const int type : {noiseType, sampleType, customWaveType}) {
+        set(parameter::SynType1, type);
+        EXPECT_EQ(first().index, BankPart::none) << type;
+    }
+}
+
 TEST_F(Worker, StopsWithoutEverHavingStarted) {
     worker.stop();
     EXPECT_FALSE(flags.workerStopped.isSet());
@@ -172,15 +348,27 @@ TEST_F(Worker, AHoldsWaitsAreBounded) {
 
 TEST_F(Worker, TheLastInstanceEmptiesTheLibrary) {
     const Flag go;
-    EXPECT_EQ(library.addInstance(), 1);
-    EXPECT_EQ(library.addInstance(), 2);
-    EXPECT_TRUE(library.load(test::sharedDataFolder().path(), dialogs, go));
-    library.removeInstance();
-    EXPECT_TRUE(library.loaded());
-    library.removeInstance();
+    {
+        const WaveLibrary::Membership first(library);
+        EXPECT_EQ(first.number(), 1);
+        {
+            const WaveLibrary::Membership second(library);
+            EXPECT_EQ(second.number(), 2);
+            EXPECT_TRUE(library.load(test::sharedDataFolder().path(), dialogs, go));
+        }
+        EXPECT_TRUE(library.loaded());
+    }
     EXPECT_FALSE(library.loaded());
-    EXPECT_EQ(library.addInstance(), 1);
-    library.removeInstance();
+    EXPECT_EQ(WaveLibrary::Membership(library).number(), 1);
+}
+
+TEST_F(Worker, AnInstanceWhoseConstructionFailsLeavesTheCountRight) {
+    struct Instance {
+        explicit Instance(WaveLibrary& banks) : membership(banks) { throw std::bad_alloc(); }
+        WaveLibrary::Membership membership;
+    };
+    EXPECT_THROW(Instance failing(library), std::bad_alloc);
+    EXPECT_EQ(WaveLibrary::Membership(library).number(), 1);
 }
 
 // A bank of one frame.
@@ -205,10 +393,9 @@ TEST_F(Worker, AnInstanceThatComesAsTheLastOneGoesHasItsBanks) {
     for (int t = 0; t < 2; ++t)
         threads.emplace_back([&] {
             for (int i = 0; i < 100; ++i) {
-                library.addInstance();
+                const WaveLibrary::Membership membership(library);
                 library.load(folder, dialogs, go);
                 if (library.store().wave(vaTriangleSaw) == nullptr) ++without;
-                library.removeInstance();
             }
         });
     for (std::thread& thread : threads) thread.join();

@@ -30,7 +30,7 @@ std::vector<std::int16_t> tone(int length, int period) {
 struct CustomWaveLoading : testing::Test {
     CustomWaveLoading() {
         for (std::size_t i = 0; i < holders.size(); ++i) {
-            waves.push_back(std::make_unique<CustomWave>());
+            waves.push_back(std::make_unique<CustomWaveSlot>());
             holders[i] = waves.back().get();
         }
         for (int i = 0; i < parameterCount; ++i) parameters.writeRaw(i, 0.25f);
@@ -42,15 +42,15 @@ struct CustomWaveLoading : testing::Test {
         return path;
     }
     int peakOf(int index) const {
-        const std::int16_t* frame = holders[static_cast<std::size_t>(index)]->frame(0, 0);
-        return *std::max_element(frame, frame + cycleSamples);
+        const CustomCycle& cycle = holders[static_cast<std::size_t>(index)]->cycle;
+        return *std::max_element(cycle.begin(), cycle.end());
     }
 
     platform::ScratchFolder folder;
     EngineFlags flags;
     ParameterModel parameters;
     platform::RecordedDialogs dialogs;
-    std::vector<std::unique_ptr<CustomWave>> waves;
+    std::vector<std::unique_ptr<CustomWaveSlot>> waves;
     CustomWaveHolders holders{};
     std::unique_ptr<CustomWaveLoader> loader;
 };
@@ -66,7 +66,7 @@ TEST_F(CustomWaveLoading, FillsFrame0AndAsksTheWorkerForTheRest) {
 }
 
 TEST_F(CustomWaveLoading, LeavesTheWaveAsItWasAfterAFailure) {
-    holders[0]->samples.fill(55);
+    holders[0]->cycle.fill(55);
     EXPECT_FALSE(loader->resynthesize(0, 0, folder / "none.wav"));
     EXPECT_EQ(peakOf(0), 55);
     EXPECT_FALSE(flags.rebuildRequested.isSet());
@@ -101,7 +101,7 @@ TEST_F(CustomWaveLoading, RandomWaveComesFromTheFolderOfCycles) {
 }
 
 TEST_F(CustomWaveLoading, SaveWritesTheCycleOf2048Samples) {
-    holders[0]->frame(0, 0)[5] = 77;
+    holders[0]->cycle[5] = 77;
     dialogs.choosePathNext(folder / "cycle");
     EXPECT_TRUE(loader->saveWave(0, 0));
     std::vector<std::uint8_t> bytes;
@@ -113,9 +113,9 @@ TEST_F(CustomWaveLoading, SaveWritesTheCycleOf2048Samples) {
 TEST_F(CustomWaveLoading, MakesAWaveThatAnEnginePlays) {
     test::EngineRig rig;
     EXPECT_TRUE(rig.audio.customWaveLoader().resynthesize(0, 0, put(folder / "x.wav", 2048, 2048)));
-    for (int i = 0; i < 500 && (rig.audio.flags().rebuildRequested.isSet() || rig.audio.flags().rebuildRunning.isSet()); ++i)
-        platform::sleepMilliseconds(10);
-    EXPECT_NEAR(rig.audio.layer(0).customWave(0).frame(3, 0)[512], 20000, 20) << "the worker has made its levels";
+    EXPECT_TRUE(rig.audio.waveWorker().waitForWaves(5000));
+    EXPECT_NEAR(rig.audio.layer(0).customWave(0).samples()[cycleOffset(customFrames, 0, 3) + 512], 20000, 20)
+        << "the worker has made its levels";
 }
 
 }  // namespace

@@ -231,6 +231,7 @@ TEST_F(Patch, ARefusedVersionHasAlreadyEndedTheRebuildAndAShortChunkHasNot) {
     load(HandMadeChunk(8).bytes);
     EXPECT_FALSE(flags().rebuildRequested.isSet());
     EXPECT_TRUE(flags().rebuildCancel.isSet());
+    EXPECT_TRUE(flags().rebuildOwed.isSet()) << "the patch in force is still to be built";
 }
 
 TEST_F(Patch, TakesUpTo27BytesOfAName) {

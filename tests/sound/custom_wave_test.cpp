@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "base/math.h"
+#include "sound/kernels.h"
 
 using namespace vantoric;
 
@@ -81,14 +82,138 @@ TEST(CustomWaves, CyclesThatDifferByLessThanThreeCountAsTheSame) {
     EXPECT_FALSE(sameFirstFrame(*a, *b));
 }
 
-TEST(CustomWaves, TheFirstFrameSpreadsUntilTheMipsAreMade) {
-    const auto wave = waveOf([](int i) { return i * 3; });
-    spreadFirstFrame(*wave);
-    for (int level = 0; level < mipLevels; ++level)
-        for (int frame = 0; frame < customFrames; ++frame) EXPECT_TRUE(sameCycle(wave->frame(level, frame), wave->frame(0, 0)));
-    const auto copy = std::make_unique<CustomWave>();
-    copyMips(*wave, *copy);
-    EXPECT_EQ(copy->samples, wave->samples);
+// The wave of a cycle, made.
+std::shared_ptr<const CustomWave> madeOf(const CustomCycle& cycle) {
+    const auto wave = std::make_shared<CustomWave>();
+    std::copy(cycle.begin(), cycle.end(), wave->frame(0, 0));
+    const Flag cancel;
+    EXPECT_TRUE(makeCustomMips(*wave, cancel));
+    return wave;
+}
+
+CustomCycle cycleOf(int height) {
+    CustomCycle cycle;
+    for (int i = 0; i < cycleSamples; ++i) cycle[static_cast<std::size_t>(i)] = static_cast<std::int16_t>(i < 1024 ? height : 0);
+    return cycle;
+}
+
+TEST(CustomWaveSlots, AreSilentUntilTheirWaveIsMade) {
+    CustomWaveSlot slot;
+    EXPECT_EQ(slot.samples(), nullptr);
+    slot.cycle = cycleOf(9000);
+    const auto wave = madeOf(slot.cycle);
+    EXPECT_EQ(slot.publish(wave, slot.generation()), nullptr) << "there was none before";
+    EXPECT_EQ(slot.samples(), wave->samples.data());
+    EXPECT_EQ(slot.wave(), wave);
+}
+
+TEST(CustomWaveSlots, KeepTheCycleAsGivenAndShowItAsMade) {
+    CustomWaveSlot slot;
+    slot.cycle = cycleOf(9000);
+    const CustomCycle given = slot.cycle;
+    slot.publish(madeOf(given), slot.generation());
+    EXPECT_EQ(slot.given(), given);
+    EXPECT_NEAR(slot.cycle[512], 4500, 300) << "without the constant part";
+}
+
+TEST(CustomWaveSlots, FallSilentAtOnceForAnotherCycle) {
+    CustomWaveSlot slot;
+    slot.publish(madeOf(slot.cycle), slot.generation());
+    slot.forget();
+    EXPECT_EQ(slot.samples(), nullptr);
+    EXPECT_EQ(slot.wave(), nullptr);
+    slot.cycle = cycleOf(100);
+    EXPECT_EQ(slot.given(), slot.cycle);
+}
+
+TEST(CustomWaveSlots, NeverPlayAWaveOfACycleThatWasReplacedMeanwhile) {
+    CustomWaveSlot slot;
+    const unsigned before = slot.generation();
+    const auto old = madeOf(cycleOf(9000));
+    slot.forget();
+    slot.cycle = cycleOf(100);
+    EXPECT_EQ(slot.publish(old, before), old);
+    EXPECT_EQ(slot.samples(), nullptr);
+    EXPECT_EQ(slot.cycle, cycleOf(100));
+}
+
+TEST(CustomWaveSlots, HandOutTheWaveThatABlockMayStillRead) {
+    CustomWaveSlot slot;
+    const auto first = madeOf(cycleOf(1)), second = madeOf(cycleOf(2));
+    slot.publish(first, slot.generation());
+    slot.forget();
+    EXPECT_EQ(slot.publish(second, slot.generation()), first);
+}
+
+TEST(CustomWaveCaches, RememberTheWaveOfACycleWhileItIsUsed) {
+    CustomWaveCache cache;
+    EXPECT_EQ(cache.find(cycleOf(1)), nullptr);
+    auto wave = madeOf(cycleOf(1));
+    cache.add(cycleOf(1), wave);
+    EXPECT_EQ(cache.find(cycleOf(1)), wave);
+    EXPECT_EQ(cache.find(cycleOf(2)), nullptr);
+    wave.reset();
+    EXPECT_EQ(cache.find(cycleOf(1)), nullptr);
+    cache.add(cycleOf(1), madeOf(cycleOf(1)));
+    EXPECT_EQ(cache.find(cycleOf(1)), nullptr);
+}
+
+struct Playing : ::testing::Test {
+    Playing() {
+        state.increment = 1 << 16;  // a cycle of 256 samples
+        state.frame = state.framePending = 0;
+        prepareOscillator(state, {.synType = customWaveType, .customWave = &slot}, waves);
+    }
+    std::array<std::int16_t, 512> play(Kernel kernel = kernels::frameLinear) {
+        std::array<std::int16_t, 512> out;
+        out.fill(12345);
+        for (int half = 0; half < 512; half += 256) runKernel(kernel, context, out.data() + half, 256, state, in.data());
+        return out;
+    }
+    void make() {
+        slot.cycle = cycleOf(9000);
+        slot.publish(madeOf(slot.cycle), slot.generation());
+    }
+
+    CustomWaveSlot slot;
+    WaveStore waves;
+    EngineState engine;
+    RandomSources random;
+    KernelContext context{engine, waves, random};
+    OscillatorState state;
+    std::array<std::int16_t, 256> in{};
+};
+
+TEST_F(Playing, IsSilentWithoutAWave) {
+    for (const Kernel kernel : {kernels::frameLinear, kernels::frameNearest, kernels::frameFmLinear})
+        for (const std::int16_t sample : play(kernel)) ASSERT_EQ(sample, 0);
+}
+
+TEST_F(Playing, ComesInSmoothlyWhenTheWaveIsMade) {
+    play();
+    make();
+    const auto first = play();
+    EXPECT_LT(std::abs(first[0]), 40);
+    EXPECT_LT(std::abs(first[25]), 300);
+    for (int i = 1; i < 100; ++i)
+        EXPECT_LT(std::abs(first[static_cast<std::size_t>(i)] - first[static_cast<std::size_t>(i - 1)]), 100) << i;
+    EXPECT_GT(std::abs(first[300]), 2000);
+}
+
+TEST_F(Playing, HasItsFullLevelFromTheStartIfTheWaveWasThere) {
+    make();
+    const auto first = play();
+    EXPECT_GT(std::abs(first[0]), 2000);
+}
+
+TEST_F(Playing, FallsSilentAndTakesTheNextWaveWithoutANewNote) {
+    make();
+    play();
+    slot.forget();
+    for (const std::int16_t sample : play()) ASSERT_EQ(sample, 0);
+    make();
+    play();
+    EXPECT_GT(std::abs(play()[0]), 1000);
 }
 
 TEST(CustomWaves, ALoudWaveIsClampedAndNeverWraps) {

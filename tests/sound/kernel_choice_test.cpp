@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "kernel_fixture.h"
+#include "sound/custom_wave.h"
 
 using namespace vantoric;
 
@@ -118,10 +119,15 @@ TEST(Preparation, ANoteTakesItsWaveAndFrames) {
     prepareOscillator(o.state, setup, o.waves);
     EXPECT_EQ(o.state.frameCount, 3);
     setup.synType = customWaveType;
-    setup.customWave = o.table.data();
+    CustomWaveSlot slot;
+    setup.customWave = &slot;
     prepareOscillator(o.state, setup, o.waves);
     EXPECT_EQ(o.state.frameCount, 32);
-    EXPECT_EQ(o.state.table, o.table.data());
+    EXPECT_EQ(o.state.table, nullptr) << "it is not made";
+    const auto made = std::make_shared<CustomWave>();
+    slot.publish(made, slot.generation());
+    prepareOscillator(o.state, setup, o.waves);
+    EXPECT_EQ(o.state.table, made->samples.data());
 }
 
 TEST(Analog, TheSignFollowsThePolarityOfTheRow) {

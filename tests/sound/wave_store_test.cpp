@@ -69,7 +69,7 @@ TEST_F(Banks, AGoodFileBecomesAWave) {
     ASSERT_NE(wave, nullptr);
     EXPECT_EQ(wave->frames, 3);
     EXPECT_EQ(wave->samples[12345], 12345);
-    EXPECT_EQ(store.cycle(5, 2, 1), wave->samples.get() + 5 * cycleSamples);
+    EXPECT_EQ(store.cycle(5, 2, 1), wave->samples + 5 * cycleSamples);
     EXPECT_EQ(store.wave(5, true), nullptr);
 }
 
