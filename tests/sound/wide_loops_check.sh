@@ -5,7 +5,7 @@ set -euo pipefail
 for object in "$@"; do
     [[ $object == *wide_loops.cpp.o ]] || continue
     others=$(nm --demangle --defined-only --extern-only "$object" |
-        grep -vE ' [WV] .*(runInLanes|runChains)<.*, 8(, [0-9])?>|WideLoops<.*::byVariant$|personality' || true)
+        grep -vE ' [WV] .*(runLoop|runInLanes|runChains)<.*, 8(, [0-9])?>|::wideLoops$|personality' || true)
     [[ -z $others ]] && exit 0
     printf 'not loops of eight lanes:\n%s\n' "$others"
     exit 1
