@@ -1,6 +1,7 @@
 // The sample loops of a topology and the types that they sound for, made from its rows; for the families' sources.
 #pragma once
 
+#include <cmath>
 #include <cstring>
 #include <iterator>
 #include <type_traits>
@@ -9,6 +10,8 @@
 #include "sound/filters/wide_loops.h"
 
 namespace vantoric::filters {
+
+inline constexpr float largestMemory = 1e18f;
 
 // Which lanes hold a number that is not finite, or so large that what it makes of later samples might not be.
 template <template <class> class Topology, class T>
@@ -21,7 +24,7 @@ MaskOf<T> lanesOutOfRange(const Topology<T>& loop) {
         std::memcpy(static_cast<void*>(&field), bytes + k * sizeof(T), sizeof field);
         sum += absolute(field);
     }
-    return !(sum < T(ScalarOf<T>(1e18)));
+    return !(sum < T(ScalarOf<T>(largestMemory)));
 }
 
 // The loops are flattened, as the compiler would otherwise call steps and operators through memory. With the
@@ -80,16 +83,17 @@ bool runVoice(LoopRun<Voices>& run, int voice, int stride, int count) {
     auto& cells = run.memory.template cells<Topology>();
     float* at = run.buffer + voice;
     Topology<T> loop = cells.get(voice);
+    float last = 0.0f;  // of a delay line, whose memory is long and its gain high where it runs away
     if constexpr (runsByVoice<Topology>) {
         DelayLine& line = run.memory.line(voice);
-        for (int i = 0; i < count; ++i, at += stride) *at = loop.step(*at, line);
+        for (int i = 0; i < count; ++i, at += stride) *at = last = loop.step(*at, line);
     } else {
         Draws<T> random(run.starts, voice);
         for (int i = 0; i < count; ++i, at += stride)
             *at = static_cast<float>(loop.template step<Variant>(static_cast<T>(*at), random));
     }
     cells.put(voice, loop);
-    return !lanesOutOfRange(loop);
+    return !lanesOutOfRange(loop) && std::fabs(last) < largestMemory;
 }
 
 template <template <class> class Topology, VariantOf<Topology> Variant>

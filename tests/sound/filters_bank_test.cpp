@@ -219,6 +219,30 @@ TEST_F(FilterBankTest, AFilterThatIsNoLongerFiniteIsClearedAndSilentForOneRun) {
     }
 }
 
+TEST_F(FilterBankTest, OfTwoPlacesAtOnceTheOneThatIsNoLongerFiniteIsSilentForTheRun) {
+    forBothWidths([] {
+        RandomSources random;
+        FilterBank first(random), second(random);
+        FilterUnderTest fresh("LP 24dB", 0.6f, 0.5f, 0.2f);
+        for (int v = 0; v < voiceCount; ++v)
+            for (FilterBank* bank : {&first, &second}) bank->setup(v, fresh.settings);
+        static LaneBuffer a, b;
+        std::fill_n(a, tick * voiceCount, 0.25f);
+        std::fill_n(b, tick * voiceCount, 0.25f);
+        b[20 * voiceCount + 9] = std::numeric_limits<float>::quiet_NaN();
+        ASSERT_TRUE(FilterBank::runTogether(first, a, second, b, tick, 0xffff));
+        const std::vector<float> expected = fresh.run(std::vector<float>(tick, 0.25f));
+        for (int i = 0; i < tick; ++i)
+            for (int v = 0; v < voiceCount; ++v) {
+                ASSERT_EQ(a[i * voiceCount + v], expected[i]);
+                ASSERT_EQ(b[i * voiceCount + v], v == 9 ? 0.0f : expected[i]);
+            }
+        std::fill_n(b, tick * voiceCount, 0.25f);
+        second.run(b, tick, 0x0200);
+        for (int i = 0; i < tick; ++i) ASSERT_EQ(b[i * voiceCount + 9], expected[i]);
+    });
+}
+
 TEST_F(FilterBankTest, AClearedVoicePassesAudioAndStartsAfresh) {
     RandomSources random;
     FilterBank bank(random);
@@ -311,6 +335,46 @@ TEST_F(FilterBankTest, EveryTypeStaysFiniteAndBoundedAtItsExtremes) {
                 EXPECT_GT(loudest, 0.01f) << type << " at " << rate;
             }
         }
+}
+
+// Cutoff, resonance and analog far past their ends, and all types in turn, each at its own pace for each voice.
+FilterSettings anySettings(int voice, int turn, float rate, const std::vector<int>& types) {
+    const auto swept = [=](float cycle) {
+        return 0.5f - 0.5f * std::cos(6.2832f * static_cast<float>(turn + 29 * voice) / cycle);
+    };
+    return {.sampleRate = rate,
+            .tickSamples = static_cast<int>(rate) / 1000,
+            .type = types[static_cast<std::size_t>(turn / 9 + 5 * voice) % types.size()],
+            .cutoff = 1.2f * swept(31.0f) - 0.1f,
+            .resonance = 1.2f * swept(23.0f) - 0.1f,
+            .analog = 8.0f * swept(17.0f) - 4.0f};
+}
+
+// The tests above sweep what a patch and its matrix reach; this one whatever a setup takes, through every type.
+TEST_F(FilterBankTest, SweptThroughAllTypesAndFarBeyondTheAnalogRangeEverythingStaysFinite) {
+    const int turns = std::getenv("VANTORIC_LONG_TESTS") != nullptr ? 200000 : 1000;
+    static LaneBuffer buffer;
+    const std::vector<int> types = filterIndices();
+    for (const float rate : {44100.0f, 96000.0f, 192000.0f}) {
+        RandomSources random;
+        FilterBank bank(random);
+        SignalSource source(13);
+        const int samples = static_cast<int>(rate) / 1000;
+        float loudest = 0.0f;
+        for (int turn = 0; turn < turns; ++turn) {
+            const auto signal = static_cast<Signal>(turn / 50 % 3);
+            for (int v = 0; v < voiceCount; ++v) bank.setup(v, anySettings(v, turn, rate, types));
+            for (int i = 0; i < samples; ++i) std::fill_n(buffer + i * voiceCount, voiceCount, source.next(signal));
+            bank.run(buffer, samples, 0xffff);
+            for (int i = 0; i < samples * voiceCount; ++i) {
+                ASSERT_TRUE(std::isfinite(buffer[i]))
+                    << labelOf(anySettings(i % voiceCount, turn, rate, types).type) << " at " << rate << ", turn " << turn;
+                loudest = std::max(loudest, std::fabs(buffer[i]));
+            }
+        }
+        EXPECT_LT(loudest, 1e24f) << rate;
+        EXPECT_GT(loudest, 0.1f) << rate;
+    }
 }
 
 }  // namespace

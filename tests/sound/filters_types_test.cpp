@@ -393,5 +393,46 @@ TEST_F(FilterTypes, AnOpenResponseIsFlatAndALowPassFalls) {
     EXPECT_EQ(low, again);
 }
 
+TEST_F(FilterTypes, ASingleFilterThatIsNoLongerFiniteIsClearedAndSilentForOneRun) {
+    for (const int type : filterIndices()) {
+        const std::string label = labelOf(type);
+        if (label == "Ringmod" || label == "Aliaser") continue;  // no feedback: they forget it by themselves
+        for (const float wrong : {INFINITY, -INFINITY, NAN}) {
+            FilterUnderTest broken(label, 0.6f, 0.5f, 0.2f), fresh(label, 0.6f, 0.5f, 0.2f);
+            broken.run(noise(264));
+            std::vector<float> x = noise(88);
+            x[30] = wrong;
+            EXPECT_EQ(broken.run(x), std::vector<float>(88, 0.0f)) << label;
+            broken.set(0.6f, 0.5f, 0.2f);
+            fresh.set(0.6f, 0.5f, 0.2f);  // past the first glide of the delay types
+            broken.random = fresh.random = {};
+            EXPECT_EQ(broken.run(noise(264)), fresh.run(noise(264))) << label;
+        }
+    }
+}
+
+// Far below the usual rates some types run away from a click alone.
+TEST_F(FilterTypes, AResponseIsFiniteWhateverTheSettingsAndOneThatRunsAwayIsSilent) {
+    FilterResponse response;
+    const FilterSettings usual{.type = indexOfFilter("LP 24dB"), .cutoff = 0.6f, .resonance = 0.5f};
+    const auto expected = FilterResponse().measure(usual);
+    int silent = 0;
+    for (const float rate : {4000.0f, 8000.0f, 88200.0f})
+        for (const int type : filterIndices())
+            for (const float cutoff : {0.0f, 0.5f, 0.95f, 1.0f})
+                for (const float resonance : {0.0f, 0.5f, 1.0f})
+                    for (const float analog : {-4.0f, 0.0f, 1.0f, 4.0f}) {
+                        const auto magnitudes = response.measure(
+                            {.sampleRate = rate, .type = type, .cutoff = cutoff, .resonance = resonance, .analog = analog});
+                        double sum = 0.0;
+                        for (const double m : magnitudes) sum += m;
+                        ASSERT_TRUE(std::isfinite(sum)) << labelOf(type) << " at " << rate;
+                        if (sum != 0.0) continue;
+                        ++silent;
+                        ASSERT_EQ(response.measure(usual), expected) << "after " << labelOf(type) << " at " << rate;
+                    }
+    EXPECT_GT(silent, 0);
+}
+
 }  // namespace
 }  // namespace vantoric
