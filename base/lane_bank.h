@@ -62,16 +62,14 @@ public:
 
     // The loop of one voice, by value. lane: 0 to 15.
     Topology<Scalar> get(int lane) const {
-        std::array<Scalar, fieldCount> values;
-        for (int k = 0; k < fieldCount; ++k) values[k] = rows_[k][lane];
         Topology<Scalar> topology;
-        std::memcpy(static_cast<void*>(&topology), values.data(), sizeof topology);
+        auto* bytes = reinterpret_cast<unsigned char*>(&topology);
+        for (int k = 0; k < fieldCount; ++k) std::memcpy(bytes + k * sizeof(Scalar), &rows_[k][lane], sizeof(Scalar));
         return topology;
     }
     void put(int lane, const Topology<Scalar>& topology) {
-        std::array<Scalar, fieldCount> values;
-        std::memcpy(values.data(), &topology, sizeof topology);
-        for (int k = 0; k < fieldCount; ++k) rows_[k][lane] = values[k];
+        const auto* bytes = reinterpret_cast<const unsigned char*>(&topology);
+        for (int k = 0; k < fieldCount; ++k) std::memcpy(&rows_[k][lane], bytes + k * sizeof(Scalar), sizeof(Scalar));
     }
 
     // The loops of `N` neighbouring voices as one; `first` is a multiple of laneGroup.

@@ -9,8 +9,8 @@
 
 #include <xmmintrin.h>
 
-#include "parameters/label_lists.h"
 #include "sound/filter_bank.h"
+#include "sound/filter_labels.h"
 #include "sound/filters/wide_loops.h"
 #include "sound/voice_filter.h"
 #include "thread_time.h"
@@ -31,7 +31,7 @@ public:
     void report(int index) {
         settings_ = {
             .sampleRate = 96000.0f, .tickSamples = tick, .type = index, .cutoff = 0.7f, .resonance = 0.6f, .analog = 0.5f};
-        std::printf("%3d %-16s %8.2f ", index, filterTypeLabels[static_cast<std::size_t>(index)], alone());
+        std::printf("%3d %-16s %8.2f ", index, filterLabels[static_cast<std::size_t>(index)], alone());
         for (const bool wide : {false, true}) {
             filters::useWideLoops(wide);
             std::printf("| %8.2f %8.2f ", lanes(4), lanes(16));

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "effects/type_labels.h"
+#include "sound/filter_labels.h"
 
 namespace vantoric {
 
@@ -113,15 +114,6 @@ constexpr const char* arpStepNote[] = {
     "-35", "-34", "-33", "-32", "-31", "-30", "-29", "-28", "-27", "-26", "-25", "-23", "-22", "-21", "-20", "-18",
     "-15", "-14", "-13", "-", "3/4", "15/16",
 };
-constexpr const char* filterTypes[] = {
-    "Bypass", "-", "LP 12dB", "LP 18dB", "LP 24dB", "LP Digital", "-", "HP 12dB", "HP 18dB", "HP 24dB", "HP Digital",
-    "-", "BP 12dB", "BP 18dB", "BP 24dB", "BP Digital", "-", "EQ LoSh", "EQ HiSh", "EQ Wide", "EQ Peak", "EQ Notch",
-    "-", "Phaser", "Comb+", "Comb-", "Vocals", "Aliaser", "Ringmod", "-", "LP Ladder", "LP FM", "LP Shaped", "-",
-    "FractalLP1", "FractalLP2", "FractalLP3", "FractalLP4", "FractalFO1", "FractalFO2", "-", "Vocals 2", "Vocal AM",
-    "LP AM", "BP Boobs", "M Shape", "-", "Phys String", "Phys Flute", "-", "LP Butter", "LP Orvix", "LP Elliptic",
-    "LP MS-20", "-", "Phaser 2x", "Phaser 3x", "Phaser 4x", "Phaser 5x", "-", "Formant 1x", "Formant 2x",
-    "Formant 3x", "Formant 4x",
-};
 constexpr const char* distortionTypes[] = {
     "Bypass", "-", "Tube", "Soft", "Fuzz", "Asym", "-", "Crush", "ShapSin", "ShapTri", "ShapAsy", "ShapPul",
     "ShapWar", "ShapHal", "ShapZap", "ShapSym", "-", "Selfsync", "Degrade", "Noise", "NoiseRM", "Scream",
@@ -207,7 +199,7 @@ constinit const LabelList arpChordLabels = arpChord;
 constinit const LabelList arpRetriggerLabels = arpRetrigger;
 constinit const LabelList arpStepVolumeLabels = arpStepVolume;
 constinit const LabelList arpStepNoteLabels = arpStepNote;
-constinit const LabelList filterTypeLabels = filterTypes;
+constinit const LabelList filterTypeLabels = filterLabels;
 constinit const LabelList distortionTypeLabels = distortionTypes;
 constinit const LabelList matrixSourceLabels = matrixSource;
 constinit const LabelList matrixDestinationLabels = matrixDestination;

@@ -22,8 +22,11 @@ public:
 
     // The type's own number; -1 where audio passes through.
     int number() const { return slot_.number(); }
-    // Which of its topology's loops the last setup chose; 0 where audio passes through.
-    int variant() const { return slot_.loop() != nullptr ? slot_.loop()->variant : 0; }
+    // Which of its topology's variants the last setup chose; for a topology that the present type is one of.
+    template <template <class> class Topology>
+    auto variant() const {
+        return static_cast<filters::VariantOf<Topology>>(slot_.loop() != nullptr ? slot_.loop()->variant : 0);
+    }
     // What the setups have left for one another.
     const filters::SetupMemory& kept() const { return slot_.kept(); }
     // Coefficients and memories of a topology; those of the present type are the ones in use.

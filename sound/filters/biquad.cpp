@@ -1,3 +1,4 @@
+// The second-order designs, and the setups of the types that are built from them.
 #include "sound/filters/biquad.h"
 
 #include <cmath>
@@ -77,8 +78,6 @@ struct Formants {
     }
 };
 
-constexpr int cascade = 0, parallel = 1;
-
 }  // namespace
 
 BiquadDesign designBiquad(int kind, double c, double r, double sampleRate) {
@@ -111,80 +110,67 @@ BiquadDesign designBiquad(int kind, double c, double r, double sampleRate) {
     }
 }
 
-int setupHpDigital(const FilterInputs& in, BiquadOne<float>& filter) {
+void setupHpDigital(const FilterInputs& in, BiquadOne<float>& filter) {
     filter.section1.set(designBiquad(biquadHighPass, in.c, in.r, in.sampleRate));
     filter.gain = 1.0f;
-    return 0;
 }
 
-int setupNotch(const FilterInputs& in, BiquadOne<float>& filter) {
+void setupNotch(const FilterInputs& in, BiquadOne<float>& filter) {
     filter.section1.set(designBiquad(biquadNotch, in.c, in.r, in.sampleRate));
     filter.gain = 1.3f;
-    return 0;
 }
 
-int setupLpDigital(const FilterInputs& in, BiquadTwo<float>& filter) {
+void setupLpDigital(const FilterInputs& in, BiquadTwo<float>& filter) {
     setSame(filter, designBiquad(biquadLowPass, in.c, 0.8 * in.r, in.sampleRate), fastExp(-2.56 * in.r * in.r));
-    return cascade;
 }
 
-int setupBpDigital(const FilterInputs& in, BiquadTwo<float>& filter) {
+void setupBpDigital(const FilterInputs& in, BiquadTwo<float>& filter) {
     const double gain = fastExp(-4.0 * in.r * in.r) * (2.0 * in.r + 2.0);
     setSame(filter, designBiquad(biquadBandPass, in.c, in.r, in.sampleRate), gain);
-    return cascade;
 }
 
-int setupWide(const FilterInputs& in, BiquadTwo<float>& filter) {
+void setupWide(const FilterInputs& in, BiquadTwo<float>& filter) {
     const double e = fastExp(-5.0 * in.r * in.r);
     setSame(filter, designBiquad(biquadPeakWide, in.c, in.r, in.sampleRate), (in.r + 1.0) * (in.r + 1.0) * e * e);
-    return cascade;
 }
 
-int setupPeak(const FilterInputs& in, BiquadTwo<float>& filter) {
+void setupPeak(const FilterInputs& in, BiquadTwo<float>& filter) {
     setSame(filter, designBiquad(biquadPeakRatio, in.c, 0.7 * in.r, in.sampleRate), fastExp(-1.47 * in.r * in.r));
-    return cascade;
 }
 
-int setupLowShelf(const FilterInputs& in, BiquadTwo<float>& filter) {
+void setupLowShelf(const FilterInputs& in, BiquadTwo<float>& filter) {
     setSame(filter, designBiquad(biquadLowShelf, in.c, in.r, in.sampleRate), math::pow(2.0f, static_cast<float>(in.r)));
-    return cascade;
 }
 
-int setupHighShelf(const FilterInputs& in, BiquadTwo<float>& filter) {
+void setupHighShelf(const FilterInputs& in, BiquadTwo<float>& filter) {
     setSame(filter, designBiquad(biquadHighShelf, in.c, in.r, in.sampleRate), math::pow(2.0f, static_cast<float>(in.r)));
-    return cascade;
 }
 
-int setupMShape(const FilterInputs& in, BiquadTwo<float>& filter) {
+void setupMShape(const FilterInputs& in, BiquadTwo<float>& filter) {
     setBoth(filter, designBiquad(biquadHighPass, in.c - in.r * 0.5, 0.7, in.sampleRate),
             designBiquad(biquadLowPass, in.c + in.r * 0.5, 0.5, in.sampleRate), 0.7);
-    return cascade;
 }
 
-int setupBoobs(const FilterInputs& in, BiquadTwo<float>& filter) {
+void setupBoobs(const FilterInputs& in, BiquadTwo<float>& filter) {
     setBoth(filter, designBiquad(biquadBandPass, in.c - in.r * 0.5, 0.8, in.sampleRate),
             designBiquad(biquadBandPass, in.c + in.r * 0.5, 0.8, in.sampleRate), 1.0);
-    return parallel;
 }
 
-int setupElliptic(const FilterInputs& in, BiquadTwo<float>& filter) {
+void setupElliptic(const FilterInputs& in, BiquadTwo<float>& filter) {
     setBoth(filter, designBiquad(biquadLowPass, in.c, 0.2 * in.r + 0.15, in.sampleRate),
             designBiquad(biquadLowPass, in.c + 0.114 * in.r + 0.114, 0.3 * in.r + 0.6, in.sampleRate), 1.0 - 0.25 * in.r);
-    return cascade;
 }
 
-int setupVocals(const FilterInputs& in, BiquadTwo<float>& filter) {
+void setupVocals(const FilterInputs& in, BiquadTwo<float>& filter) {
     const Formants formants(in);
     setBoth(filter, designBiquad(biquadPeakNarrow, formants.f1, 0.7, in.sampleRate),
             designBiquad(biquadPeakNarrow, formants.f2, 0.7, in.sampleRate), 0.6);
-    return cascade;
 }
 
-int setupVocals2(const FilterInputs& in, BiquadTwo<float>& filter) {
+void setupVocals2(const FilterInputs& in, BiquadTwo<float>& filter) {
     const Formants formants(in);
     setBoth(filter, designBiquad(biquadBandPass, formants.f1, 0.9, in.sampleRate),
             designBiquad(biquadLowPass, formants.f2, 0.7, in.sampleRate), 0.6);
-    return parallel;
 }
 
 AmLaw amLaw(double fn, double r) {
@@ -199,7 +185,7 @@ AmLaw amLaw(double fn, double r) {
     return law;
 }
 
-int setupAm(const FilterInputs& in, BiquadAm<float>& filter) {
+void setupAm(const FilterInputs& in, BiquadAm<float>& filter) {
     const AmLaw law = amLaw(in.fn(), in.r);
     const double w = 1.0 - (1.0 - in.r) * (1.0 - in.r), w2 = w * w;
     const double apart = 0.06 - 0.036 * w;
@@ -208,24 +194,10 @@ int setupAm(const FilterInputs& in, BiquadAm<float>& filter) {
     filter.rate = stepOfPhase(law.rate);
     filter.depth = static_cast<float>(law.depth);
     filter.gain = static_cast<float>((1.0 - 0.6272 * w2) * law.scale);
-    return 0;
 }
 
-template <int Voices>
-std::span<const FilterType<Voices>> biquadTypes() {
-    static constexpr FilterType<Voices> types[] = {
-        filterType<Voices, BiquadTwo, setupLpDigital>(5, 0),  filterType<Voices, BiquadOne, setupHpDigital>(10, 1),
-        filterType<Voices, BiquadTwo, setupBpDigital>(15, 2), filterType<Voices, BiquadTwo, setupLowShelf>(17, 7),
-        filterType<Voices, BiquadTwo, setupHighShelf>(18, 8), filterType<Voices, BiquadTwo, setupWide>(19, 4),
-        filterType<Voices, BiquadTwo, setupPeak>(20, 5),      filterType<Voices, BiquadOne, setupNotch>(21, 3),
-        filterType<Voices, BiquadTwo, setupVocals>(26, 17),   filterType<Voices, BiquadTwo, setupVocals2>(41, 70),
-        filterType<Voices, BiquadAm, setupAm>(43, 107),       filterType<Voices, BiquadTwo, setupBoobs>(44, 15),
-        filterType<Voices, BiquadTwo, setupMShape>(45, 11),   filterType<Voices, BiquadTwo, setupElliptic>(52, 26, true),
-    };
-    return types;
-}
-
-template std::span<const FilterType<1>> biquadTypes<1>();
-template std::span<const FilterType<voiceCount>> biquadTypes<voiceCount>();
+template struct TypesOf<BiquadOne>;
+template struct TypesOf<BiquadTwo>;
+template struct TypesOf<BiquadAm>;
 
 }  // namespace vantoric::filters

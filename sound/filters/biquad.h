@@ -5,7 +5,7 @@
 
 #include "sound/filters/curves.h"
 #include "sound/filters/draws.h"
-#include "sound/filters/filter_inputs.h"
+#include "sound/filters/filter_row.h"
 
 namespace vantoric::filters {
 
@@ -58,26 +58,38 @@ struct Section {
     }
 };
 
+// One section.
 template <class T>
 struct BiquadOne {
-    static constexpr int variants = 1;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = OneForm;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     Section<T> section1;
     T gain;
 
     void clear() { section1.clear(); }
-    template <int>
+    template <Variant>
     T step(T x, Draws<T>&) {
         return section1.step(x) * gain;
     }
 };
 
-// Two sections; variant 0 in a chain, 1 side by side.
+void setupHpDigital(const FilterInputs& in, BiquadOne<float>& filter);
+void setupNotch(const FilterInputs& in, BiquadOne<float>& filter);
+template <>
+inline constexpr FilterRow<BiquadOne> filterRows<BiquadOne>[] = {
+    {10, "HP Digital", 1, setupHpDigital},
+    {21, "EQ Notch", 3, setupNotch},
+};
+
+// The second section on the first's output, or both on the input.
+enum class BiquadPair { cascade, parallel, count };
+
+// Two sections.
 template <class T>
 struct BiquadTwo {
-    static constexpr int variants = 2;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = BiquadPair;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     Section<T> section1, section2;
     T gain;
@@ -86,21 +98,47 @@ struct BiquadTwo {
         section1.clear();
         section2.clear();
     }
-    template <int V>
+    template <Variant V>
     T step(T x, Draws<T>&) {
         const T y = section1.step(x);
-        if constexpr (V == 0)
+        if constexpr (V == BiquadPair::cascade)
             return section2.step(y) * gain;
         else
             return (y + section2.step(x)) * gain;
     }
 };
 
+void setupLpDigital(const FilterInputs& in, BiquadTwo<float>& filter);
+void setupBpDigital(const FilterInputs& in, BiquadTwo<float>& filter);
+void setupLowShelf(const FilterInputs& in, BiquadTwo<float>& filter);
+void setupHighShelf(const FilterInputs& in, BiquadTwo<float>& filter);
+void setupWide(const FilterInputs& in, BiquadTwo<float>& filter);
+void setupPeak(const FilterInputs& in, BiquadTwo<float>& filter);
+void setupVocals(const FilterInputs& in, BiquadTwo<float>& filter);
+void setupVocals2(const FilterInputs& in, BiquadTwo<float>& filter);
+void setupBoobs(const FilterInputs& in, BiquadTwo<float>& filter);
+void setupMShape(const FilterInputs& in, BiquadTwo<float>& filter);
+void setupElliptic(const FilterInputs& in, BiquadTwo<float>& filter);
+template <>
+inline constexpr FilterRow<BiquadTwo> filterRows<BiquadTwo>[] = {
+    {5, "LP Digital", 0, setupLpDigital, BiquadPair::cascade},
+    {15, "BP Digital", 2, setupBpDigital, BiquadPair::cascade},
+    {17, "EQ LoSh", 7, setupLowShelf, BiquadPair::cascade},
+    {18, "EQ HiSh", 8, setupHighShelf, BiquadPair::cascade},
+    {19, "EQ Wide", 4, setupWide, BiquadPair::cascade},
+    {20, "EQ Peak", 5, setupPeak, BiquadPair::cascade},
+    {26, "Vocals", 17, setupVocals, BiquadPair::cascade},
+    {41, "Vocals 2", 70, setupVocals2, BiquadPair::parallel},
+    {44, "BP Boobs", 15, setupBoobs, BiquadPair::parallel},
+    {45, "M Shape", 11, setupMShape, BiquadPair::cascade},
+    {52, "LP Elliptic", 26, setupElliptic, BiquadPair::cascade, Recompute::everySetup},
+};
+
 // "LP AM": two sections with an amplitude modulation at the filter's own frequency between them.
 template <class T>
 struct BiquadAm {
-    static constexpr int variants = 1;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = OneForm;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     Section<T> section1, section2;
     T rate, depth, gain;
@@ -111,7 +149,7 @@ struct BiquadAm {
         section2.clear();
         phase = T(0);
     }
-    template <int>
+    template <Variant>
     T step(T x, Draws<T>&) {
         const T v = section1.step(x);
         phase = wrapped(phase + rate);
@@ -119,26 +157,14 @@ struct BiquadAm {
     }
 };
 
+void setupAm(const FilterInputs& in, BiquadAm<float>& filter);
+template <>
+inline constexpr FilterRow<BiquadAm> filterRows<BiquadAm>[] = {{43, "LP AM", 107, setupAm}};
+
 // The modulation of "LP AM": steps of the phase per sample, depth, and the level that makes up for it.
 struct AmLaw {
     double rate, depth, scale;
 };
 AmLaw amLaw(double fn, double r);
-
-// Setups: they set the coefficients and return the variant.
-int setupHpDigital(const FilterInputs& in, BiquadOne<float>& filter);
-int setupNotch(const FilterInputs& in, BiquadOne<float>& filter);
-int setupLpDigital(const FilterInputs& in, BiquadTwo<float>& filter);
-int setupBpDigital(const FilterInputs& in, BiquadTwo<float>& filter);
-int setupWide(const FilterInputs& in, BiquadTwo<float>& filter);
-int setupPeak(const FilterInputs& in, BiquadTwo<float>& filter);
-int setupLowShelf(const FilterInputs& in, BiquadTwo<float>& filter);
-int setupHighShelf(const FilterInputs& in, BiquadTwo<float>& filter);
-int setupMShape(const FilterInputs& in, BiquadTwo<float>& filter);
-int setupBoobs(const FilterInputs& in, BiquadTwo<float>& filter);
-int setupElliptic(const FilterInputs& in, BiquadTwo<float>& filter);
-int setupVocals(const FilterInputs& in, BiquadTwo<float>& filter);
-int setupVocals2(const FilterInputs& in, BiquadTwo<float>& filter);
-int setupAm(const FilterInputs& in, BiquadAm<float>& filter);
 
 }  // namespace vantoric::filters

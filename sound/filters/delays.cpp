@@ -1,3 +1,4 @@
+// The setups of the combs and strings.
 #include "sound/filters/delays.h"
 
 #include <algorithm>
@@ -25,36 +26,18 @@ void setupPhys(const FilterInputs& in, Phys<float>& filter, double length, float
 
 }  // namespace
 
-int setupComb(const FilterInputs& in, Comb<float>& filter) {
+void setupComb(const FilterInputs& in, Comb<float>& filter) {
     const double closed = 1.0 - in.c;
     filter.glide.set(in, std::min((closed * closed + 0.002) * in.sampleRate * 0.006666667, longest));
     filter.fb = static_cast<float>((1.0 - (1.0 - in.r) * (1.0 - in.r)) * 0.9);
     filter.gain = static_cast<float>(fastExp(-(in.r * in.r)) * 0.5);
-    return 0;
 }
 
-int setupString(const FilterInputs& in, Phys<float>& filter) {
-    setupPhys(in, filter, 12.396, 1.0f);
-    return 0;
-}
+void setupString(const FilterInputs& in, Phys<float>& filter) { setupPhys(in, filter, 12.396, 1.0f); }
 
-int setupFlute(const FilterInputs& in, Phys<float>& filter) {
-    setupPhys(in, filter, 6.198, -1.0f);
-    return 0;
-}
+void setupFlute(const FilterInputs& in, Phys<float>& filter) { setupPhys(in, filter, 6.198, -1.0f); }
 
-template <int Voices>
-std::span<const FilterType<Voices>> delayTypes() {
-    static constexpr FilterType<Voices> types[] = {
-        filterType<Voices, Comb, setupComb>(24, 33, true),
-        filterType<Voices, Comb, setupComb>(25, 34, true),
-        filterType<Voices, Phys, setupString>(47, 160, true),
-        filterType<Voices, Phys, setupFlute>(48, 161, true),
-    };
-    return types;
-}
-
-template std::span<const FilterType<1>> delayTypes<1>();
-template std::span<const FilterType<voiceCount>> delayTypes<voiceCount>();
+template struct TypesOf<Comb>;
+template struct TypesOf<Phys>;
 
 }  // namespace vantoric::filters

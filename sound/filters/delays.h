@@ -7,7 +7,7 @@
 #include <new>
 
 #include "sound/filters/draws.h"
-#include "sound/filters/filter_inputs.h"
+#include "sound/filters/filter_row.h"
 
 namespace vantoric::filters {
 
@@ -72,9 +72,9 @@ struct Glide {
 // "Comb+" and "Comb-", which sound alike.
 template <class T>
 struct Comb {
-    static constexpr int variants = 1;
+    using Variant = OneForm;
     static constexpr bool byVoice = true;
-    static constexpr DrawCounts draws(int) { return {}; }
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     Glide<T> glide;
     T fb, gain;
@@ -98,12 +98,19 @@ struct Comb {
     }
 };
 
+void setupComb(const FilterInputs& in, Comb<float>& filter);
+template <>
+inline constexpr FilterRow<Comb> filterRows<Comb>[] = {
+    {24, "Comb+", 33, setupComb, Recompute::everySetup},
+    {25, "Comb-", 34, setupComb, Recompute::everySetup},
+};
+
 // "Phys String", "Phys Flute": a damping one-pole in the loop, a fifth-order reading.
 template <class T>
 struct Phys {
-    static constexpr int variants = 1;
+    using Variant = OneForm;
     static constexpr bool byVoice = true;
-    static constexpr DrawCounts draws(int) { return {}; }
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     Glide<T> glide;
     T sign, fb, damp, gain;
@@ -130,9 +137,12 @@ struct Phys {
     }
 };
 
-// Setups: they set the coefficients and return the variant.
-int setupComb(const FilterInputs& in, Comb<float>& filter);
-int setupString(const FilterInputs& in, Phys<float>& filter);
-int setupFlute(const FilterInputs& in, Phys<float>& filter);
+void setupString(const FilterInputs& in, Phys<float>& filter);
+void setupFlute(const FilterInputs& in, Phys<float>& filter);
+template <>
+inline constexpr FilterRow<Phys> filterRows<Phys>[] = {
+    {47, "Phys String", 160, setupString, Recompute::everySetup},
+    {48, "Phys Flute", 161, setupFlute, Recompute::everySetup},
+};
 
 }  // namespace vantoric::filters

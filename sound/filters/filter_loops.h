@@ -1,12 +1,17 @@
-// The sample loops of a topology and the row of a type, for the families' sources.
+// The sample loops of a topology and the types that they sound for, made from its rows; for the families' sources.
 #pragma once
 
+#include <cmath>
 #include <cstring>
+#include <iterator>
+#include <type_traits>
 #include <utility>
 
 #include "sound/filters/wide_loops.h"
 
 namespace vantoric::filters {
+
+inline constexpr float largestMemory = 1e18f;
 
 // Which lanes hold a number that is not finite, or so large that what it makes of later samples might not be.
 template <template <class> class Topology, class T>
@@ -19,11 +24,8 @@ MaskOf<T> lanesOutOfRange(const Topology<T>& loop) {
         std::memcpy(static_cast<void*>(&field), bytes + k * sizeof(T), sizeof field);
         sum += absolute(field);
     }
-    return !(sum < T(ScalarOf<T>(1e18)));
+    return !(sum < T(ScalarOf<T>(largestMemory)));
 }
-
-template <template <class> class Topology>
-constexpr bool runsByVoice = requires { Topology<float>::byVoice; };
 
 // The loops are flattened, as the compiler would otherwise call steps and operators through memory. With the
 // sanitizers' checks in each of them that takes minutes to compile, and speed does not matter.
@@ -41,7 +43,7 @@ struct Chain {
 inline constexpr int maxChains = 4;  // that are run at once: as many as hide the processor's delays
 
 // Steps K chains of `width` lanes in turn: while one waits for its last result, the others go on.
-template <template <class> class Topology, int Variant, int width, int K>
+template <template <class> class Topology, VariantOf<Topology> Variant, int width, int K>
 VANTORIC_FLATTEN void runChains(const Chain* chains, int count) {
     using T = Lanes<TopologyScalar<Topology>, width>;
     using Samples = Lanes<float, width>;
@@ -75,25 +77,26 @@ VANTORIC_FLATTEN void runChains(const Chain* chains, int count) {
 }
 
 // One voice; its samples stand `stride` apart. Returns whether its memory is in range.
-template <template <class> class Topology, int Variant, int Voices>
+template <template <class> class Topology, VariantOf<Topology> Variant, int Voices>
 bool runVoice(LoopRun<Voices>& run, int voice, int stride, int count) {
     using T = TopologyScalar<Topology>;
     auto& cells = run.memory.template cells<Topology>();
     float* at = run.buffer + voice;
     Topology<T> loop = cells.get(voice);
+    float last = 0.0f;  // of a delay line, whose memory is long and its gain high where it runs away
     if constexpr (runsByVoice<Topology>) {
         DelayLine& line = run.memory.line(voice);
-        for (int i = 0; i < count; ++i, at += stride) *at = loop.step(*at, line);
+        for (int i = 0; i < count; ++i, at += stride) *at = last = loop.step(*at, line);
     } else {
         Draws<T> random(run.starts, voice);
         for (int i = 0; i < count; ++i, at += stride)
             *at = static_cast<float>(loop.template step<Variant>(static_cast<T>(*at), random));
     }
     cells.put(voice, loop);
-    return !lanesOutOfRange(loop);
+    return !lanesOutOfRange(loop) && std::fabs(last) < largestMemory;
 }
 
-template <template <class> class Topology, int Variant>
+template <template <class> class Topology, VariantOf<Topology> Variant>
 void runByVoice(std::span<LoopRun<voiceCount>> runs, int count) {
     for (LoopRun<voiceCount>& run : runs)
         for (int v = 0; v < voiceCount; ++v)
@@ -101,7 +104,7 @@ void runByVoice(std::span<LoopRun<voiceCount>> runs, int count) {
                 run.broken |= static_cast<LaneMask>(1u << v);
 }
 
-template <template <class> class Topology, int Variant, int width>
+template <template <class> class Topology, VariantOf<Topology> Variant, int width>
 void runInLanes(std::span<LoopRun<voiceCount>> runs, int count) {
     Chain chains[maxLoopRuns * voiceCount / width];
     int left = 0;
@@ -125,46 +128,71 @@ void runInLanes(std::span<LoopRun<voiceCount>> runs, int count) {
     }
 }
 
-template <template <class> class Topology, int Variant, int Voices>
+// A loop of one voice, or of the voices of a layer in registers of `width` lanes.
+template <template <class> class Topology, VariantOf<Topology> Variant, int Voices, int width>
 void runLoop(std::span<LoopRun<Voices>> runs, int count) {
     if constexpr (Voices == 1)
         runs[0].broken = runVoice<Topology, Variant>(runs[0], 0, 1, count) ? 0 : 1;
     else if constexpr (runsByVoice<Topology>)
         runByVoice<Topology, Variant>(runs, count);
     else
-        runInLanes<Topology, Variant, laneGroup>(runs, count);
+        runInLanes<Topology, Variant, width>(runs, count);
 }
 
-// The loops of a topology, by variant.
+template <template <class> class Topology, int Voices, int width>
+constexpr std::array<Loop<Voices>, variantCount<Topology>> loopsByVariant() {
+    return []<int... Value>(std::integer_sequence<int, Value...>) {
+        return std::array{Loop<Voices>{&runLoop<Topology, VariantOf<Topology>(Value), Voices, width>,
+                                       Topology<float>::draws(VariantOf<Topology>(Value)), Value}...};
+    }(std::make_integer_sequence<int, variantCount<Topology>>{});
+}
+
 template <template <class> class Topology, int Voices>
-const Loop<Voices>* loopOf(int variant) {
-    static constexpr auto loops = []<int... Variant>(std::integer_sequence<int, Variant...>) {
-        return std::array<Loop<Voices>, sizeof...(Variant)>{
-            Loop<Voices>{&runLoop<Topology, Variant, Voices>, Topology<float>::draws(Variant), Variant}...};
-    }(std::make_integer_sequence<int, Topology<float>::variants>{});
+const Loop<Voices>* loopOf(VariantOf<Topology> variant) {
+    static constexpr auto loops = loopsByVariant<Topology, Voices, laneGroup>();
+    const auto place = static_cast<std::size_t>(variant);
 #if defined(VANTORIC_WIDE_LOOPS)
     if constexpr (Voices == voiceCount && !runsByVoice<Topology>)
-        if (wideLoopsInUse()) return &WideLoops<Topology>::byVariant[variant];
+        if (wideLoopsInUse()) return &static_cast<const WideLoopsOf<Topology>&>(wideLoops).byVariant[place];
 #endif
-    return &loops[variant];
+    return &loops[place];
 }
 
-// A row of the table. Setup: int (const FilterInputs&, Topology<scalar>&), the variant.
-template <int Voices, template <class> class Topology, auto Setup>
-constexpr FilterType<Voices> filterType(int index, int number, bool everyCall = false) {
-    return {index, number, everyCall,
-            [](const FilterInputs& in, FilterMemory<Voices>& memory, int voice) {
-                auto loop = memory.template cells<Topology>().get(voice);
-                const int variant = Setup(in, loop);
-                memory.template cells<Topology>().put(voice, loop);
-                return loopOf<Topology, Voices>(variant);
-            },
-            [](FilterMemory<Voices>& memory, int voice) {
-                auto loop = memory.template cells<Topology>().get(voice);
-                loop.clear();
-                memory.template cells<Topology>().put(voice, loop);
-                if constexpr (runsByVoice<Topology>) memory.line(voice).clear();
-            }};
+// Flattened for the same reason: a setup that is called finds its loop in memory.
+template <int Voices, template <class> class Topology, std::size_t Row>
+VANTORIC_FLATTEN const Loop<Voices>* setupVoice(const FilterInputs& in, FilterMemory<Voices>& memory, int voice) {
+    auto loop = memory.template cells<Topology>().get(voice);
+    const VariantOf<Topology> variant = filterRows<Topology>[Row].setup(in, loop);
+    memory.template cells<Topology>().put(voice, loop);
+    return loopOf<Topology, Voices>(variant);
+}
+
+template <int Voices, template <class> class Topology>
+void clearVoice(FilterMemory<Voices>& memory, int voice) {
+    auto loop = memory.template cells<Topology>().get(voice);
+    loop.clear();
+    memory.template cells<Topology>().put(voice, loop);
+    if constexpr (runsByVoice<Topology>) memory.line(voice).clear();
+}
+
+template <int Voices, template <class> class Topology>
+std::span<const FilterType<Voices>> typesOfRows() {
+    static_assert(std::is_array_v<decltype(filterRows<Topology>)>, "a loop without rows");
+    static constexpr auto types = []<std::size_t... Row>(std::index_sequence<Row...>) {
+        return std::array{FilterType<Voices>{filterRows<Topology>[Row].index, filterRows<Topology>[Row].number,
+                                             filterRows<Topology>[Row].recompute == Recompute::everySetup,
+                                             &setupVoice<Voices, Topology, Row>, &clearVoice<Voices, Topology>}...};
+    }(std::make_index_sequence<std::size(filterRows<Topology>)>{});
+    return types;
+}
+
+template <template <class> class Topology>
+std::span<const FilterType<1>> TypesOf<Topology>::single() {
+    return typesOfRows<1, Topology>();
+}
+template <template <class> class Topology>
+std::span<const FilterType<voiceCount>> TypesOf<Topology>::ofLayer() {
+    return typesOfRows<voiceCount, Topology>();
 }
 
 }  // namespace vantoric::filters

@@ -5,27 +5,9 @@
 #include <tuple>
 
 #include "base/lane_bank.h"
-#include "sound/filters/biquad.h"
-#include "sound/filters/delays.h"
-#include "sound/filters/fractal.h"
-#include "sound/filters/ladders.h"
-#include "sound/filters/modulated.h"
-#include "sound/filters/phasers.h"
-#include "sound/filters/svf.h"
+#include "sound/filters/loop_list.h"
 
 namespace vantoric::filters {
-
-// The number type of a topology: float, but for the one that solves in double precision.
-template <template <class> class Topology>
-struct ScalarFor {
-    using Type = float;
-};
-template <>
-struct ScalarFor<Ms20> {
-    using Type = double;
-};
-template <template <class> class Topology>
-using TopologyScalar = typename ScalarFor<Topology>::Type;
 
 // The loop of a single voice, with the interface of a LaneBank.
 template <template <class> class Topology, class Scalar>
@@ -67,11 +49,9 @@ public:
 
 private:
     template <template <class> class... Topologies>
-    using AllCells = std::tuple<typename CellsOf<Voices, Topologies>::Type...>;
+    static std::tuple<typename CellsOf<Voices, Topologies>::Type...> cellsOf(LoopList<Topologies...>);
 
-    AllCells<Svf12, Svf18, Svf24, SvfShaped, BiquadOne, BiquadTwo, BiquadAm, Ladder, Orvix, Butter, Ms20, Fractal, Phaser,
-             FeedbackPhaser, LpFm, VocalAm, Ringmod, Aliaser, Comb, Phys>
-        cells_;
+    decltype(cellsOf(AllLoops{})) cells_;
     LineMemory lineMemory_;
     std::array<DelayLine, Voices> lines_;
 };

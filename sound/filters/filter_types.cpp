@@ -1,5 +1,7 @@
 #include "sound/filters/filter_types.h"
 
+#include "sound/filter_labels.h"
+#include "sound/filters/filter_menu.h"
 #include "sound/filters/wide_loops.h"
 
 namespace vantoric::filters {
@@ -22,16 +24,30 @@ bool wideWanted = true;
 bool wideLoopsInUse() { return widePossible && wideWanted; }
 void useWideLoops(bool wide) { wideWanted = wide; }
 
-template <int Voices>
-const FilterType<Voices>* findFilterType(int index) {
-    for (const auto& family : {svfTypes<Voices>(), biquadTypes<Voices>(), ladderTypes<Voices>(), fractalTypes<Voices>(),
-                               phaserTypes<Voices>(), modulatedTypes<Voices>(), delayTypes<Voices>()})
-        for (const FilterType<Voices>& type : family)
+namespace {
+
+template <int Voices, template <class> class... Topologies>
+const FilterType<Voices>* findAmong(LoopList<Topologies...>, int index) {
+    for (const auto& types : {TypesOf<Topologies>::template all<Voices>()...})
+        for (const FilterType<Voices>& type : types)
             if (type.index == index) return &type;
     return nullptr;
+}
+
+}  // namespace
+
+template <int Voices>
+const FilterType<Voices>* findFilterType(int index) {
+    return findAmong<Voices>(AllLoops{}, index);
 }
 
 template const FilterType<1>* findFilterType<1>(int);
 template const FilterType<voiceCount>* findFilterType<voiceCount>(int);
 
 }  // namespace vantoric::filters
+
+namespace vantoric {
+
+constinit const std::array<const char*, 64> filterLabels = filters::menuLabels();
+
+}  // namespace vantoric

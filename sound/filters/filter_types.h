@@ -1,4 +1,4 @@
-// The table of filter types and what a type is: a setup, a way to clear it, and loops by variant.
+// What a filter type is to those who run it: a setup, a way to clear it, and loops by variant.
 #pragma once
 
 #include <span>
@@ -24,7 +24,7 @@ template <int Voices>
 struct Loop {
     void (*run)(std::span<LoopRun<Voices>> runs, int count);
     DrawCounts draws;
-    int variant;
+    int variant;  // the value of the loop's enumeration
 };
 
 // Most runs that a loop takes at once.
@@ -43,20 +43,18 @@ struct FilterType {
 template <int Voices>
 const FilterType<Voices>* findFilterType(int index);
 
-// The rows of each family.
-template <int Voices>
-std::span<const FilterType<Voices>> svfTypes();
-template <int Voices>
-std::span<const FilterType<Voices>> biquadTypes();
-template <int Voices>
-std::span<const FilterType<Voices>> ladderTypes();
-template <int Voices>
-std::span<const FilterType<Voices>> fractalTypes();
-template <int Voices>
-std::span<const FilterType<Voices>> phaserTypes();
-template <int Voices>
-std::span<const FilterType<Voices>> modulatedTypes();
-template <int Voices>
-std::span<const FilterType<Voices>> delayTypes();
+// The types of a loop; the source of its family makes them.
+template <template <class> class Topology>
+struct TypesOf {
+    static std::span<const FilterType<1>> single();
+    static std::span<const FilterType<voiceCount>> ofLayer();
+    template <int Voices>
+    static std::span<const FilterType<Voices>> all() {
+        if constexpr (Voices == 1)
+            return single();
+        else
+            return ofLayer();
+    }
+};
 
 }  // namespace vantoric::filters

@@ -1,3 +1,4 @@
+// The setups of the ladders.
 #include "sound/filters/ladders.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ constexpr double ladderFeedback[] = {480, 355, 280, 225, 187, 162, 144, 130, 124
 
 }  // namespace
 
-int setupLadder(const FilterInputs& in, Ladder<float>& filter) {
+void setupLadder(const FilterInputs& in, Ladder<float>& filter) {
     const double t = std::min(in.fn() * 44100.0, 0.499);
     const int i = static_cast<int>(20.0 * t);
     const double z = 20.0 * t - i;
@@ -35,10 +36,9 @@ int setupLadder(const FilterInputs& in, Ladder<float>& filter) {
     filter.asym = static_cast<float>(asym);
     filter.mix = static_cast<float>(in.a);
     filter.gain = static_cast<float>((0.3 - (2.0 * in.r - 1.0) * (0.6 * in.r - 0.3) + 1.0) * ((0.5 - p * 0.5) * in.r + 1.0));
-    return 0;
 }
 
-int setupOrvix(const FilterInputs& in, Orvix<float>& filter) {
+OrvixForm setupOrvix(const FilterInputs& in, Orvix<float>& filter) {
     const double root = std::sqrt(in.r);
     double f = 2.0 * math::sin(static_cast<float>(in.fn() * 69272.06));
     double drive = 0.0;
@@ -56,10 +56,10 @@ int setupOrvix(const FilterInputs& in, Orvix<float>& filter) {
     filter.B = static_cast<float>(2.0504 * f + 0.4 * q - 3.4);
     filter.C = static_cast<float>(0.2 * f);
     filter.D = static_cast<float>(-0.6 * f);
-    return filter.drive < 0.01f && filter.q < 0.6f ? 1 : 0;
+    return filter.drive < 0.01f && filter.q < 0.6f ? OrvixForm::linear : OrvixForm::clipped;
 }
 
-int setupButter(const FilterInputs& in, Butter<float>& filter) {
+ButterForm setupButter(const FilterInputs& in, Butter<float>& filter) {
     const double w = 2.0 * in.r - in.r * in.r;
     const double t = std::min(in.fn() * 44100.0, 0.5);
     const double g = std::min(5.8433576 * t - 6.096 * t * t, 1.0 - 0.2 * w);
@@ -68,31 +68,22 @@ int setupButter(const FilterInputs& in, Butter<float>& filter) {
     filter.m = static_cast<float>(0.875 * v);
     filter.gain = static_cast<float>(0.25 * v + 0.0625);
     filter.noise = static_cast<float>(8.0 * in.a * in.a);
-    if (filter.m <= 0.02f) return 0;
-    return filter.m <= 0.2f ? 1 : 2;
+    if (filter.m <= 0.02f) return ButterForm::open;
+    return filter.m <= 0.2f ? ButterForm::linear : ButterForm::clipped;
 }
 
-int setupMs20(const FilterInputs& in, Ms20<double>& filter) {
+Ms20Form setupMs20(const FilterInputs& in, Ms20<double>& filter) {
     const double t = std::min(in.fn() * 44100.0 * 1.015, 0.33);
     filter.h = math::tan(math::pi * t);
     filter.D = (clampTo(4.0 * t * t * t + 6.0 * t * t, 0.0, 6.0) + in.r) * 4.0;
     filter.gain = 1.0 - in.r * 0.5;
     filter.analog = in.a;
-    return in.a == 0.0 ? 1 : 0;
+    return in.a == 0.0 ? Ms20Form::still : Ms20Form::noisy;
 }
 
-template <int Voices>
-std::span<const FilterType<Voices>> ladderTypes() {
-    static constexpr FilterType<Voices> types[] = {
-        filterType<Voices, Ladder, setupLadder>(30, 42),
-        filterType<Voices, Butter, setupButter>(50, 170),
-        filterType<Voices, Orvix, setupOrvix>(51, 217),
-        filterType<Voices, Ms20, setupMs20>(53, 234),
-    };
-    return types;
-}
-
-template std::span<const FilterType<1>> ladderTypes<1>();
-template std::span<const FilterType<voiceCount>> ladderTypes<voiceCount>();
+template struct TypesOf<Ladder>;
+template struct TypesOf<Orvix>;
+template struct TypesOf<Butter>;
+template struct TypesOf<Ms20>;
 
 }  // namespace vantoric::filters

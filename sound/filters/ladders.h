@@ -3,7 +3,7 @@
 
 #include "sound/filters/curves.h"
 #include "sound/filters/draws.h"
-#include "sound/filters/filter_inputs.h"
+#include "sound/filters/filter_row.h"
 
 namespace vantoric::filters {
 
@@ -11,15 +11,15 @@ namespace vantoric::filters {
 template <class T>
 struct Ladder {
     using S = ScalarOf<T>;
-    static constexpr int variants = 1;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = OneForm;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     T pole, in, fb, asym, mix, gain;
     T x0, y1, y2, y3, y4;
 
     void clear() { x0 = y1 = y2 = y3 = y4 = T(0); }
 
-    template <int>
+    template <Variant>
     T step(T x, Draws<T>&) {
         const T d = y4 - y2;
         const T v = y4 + d * d * asym;
@@ -37,26 +37,32 @@ struct Ladder {
     }
 };
 
-// "LP Orvix": the four-pole state-variable chain with a clipped, noisy feedback. Variant 0 is the clipped
-// form, 1 the linear one without noise.
+void setupLadder(const FilterInputs& in, Ladder<float>& filter);
+template <>
+inline constexpr FilterRow<Ladder> filterRows<Ladder>[] = {{30, "LP Ladder", 42, setupLadder}};
+
+// Without noise, the linear form saves work while neither drive nor resonance would reach the clip.
+enum class OrvixForm { clipped, linear, count };
+
+// "LP Orvix": the four-pole state-variable chain with a clipped, noisy feedback.
 template <class T>
 struct Orvix {
     using S = ScalarOf<T>;
-    static constexpr int variants = 2;
-    static constexpr DrawCounts draws(int variant) { return {.congruence = variant == 0 ? 2 : 0}; }
+    using Variant = OrvixForm;
+    static constexpr DrawCounts draws(Variant form) { return {.congruence = form == OrvixForm::clipped ? 2 : 0}; }
 
     T f, q, drive, gain, A, B, C, D;
     T s1, s2, s3, s4, previousHigh;
 
     void clear() { s1 = s2 = s3 = s4 = previousHigh = T(0); }
 
-    template <int V>
+    template <Variant V>
     T step(T x, Draws<T>& random) {
         const T in = x * gain * T(13) + T(S(1e-6));
         T sum = T(0);
         for (int i = 0; i < 2; ++i) {
             T fb;
-            if constexpr (V == 0) {
+            if constexpr (V == OrvixForm::clipped) {
                 const T noisy = random.congruence() * T(S(9.32e-12)) + T(S(1.05)) * s2 - T(S(0.02));
                 fb = softClip(noisy * q - T(3) * drive * s2 * s3);
             } else {
@@ -74,27 +80,34 @@ struct Orvix {
     }
 };
 
-// "LP Butter": four one-poles in a ring of three forms, by the amount of feedback: none, linear, clipped.
+OrvixForm setupOrvix(const FilterInputs& in, Orvix<float>& filter);
+template <>
+inline constexpr FilterRow<Orvix> filterRows<Orvix>[] = {{51, "LP Orvix", 217, setupOrvix}};
+
+// By the amount of feedback.
+enum class ButterForm { open, linear, clipped, count };
+
+// "LP Butter": four one-poles in a ring.
 template <class T>
 struct Butter {
     using S = ScalarOf<T>;
-    static constexpr int variants = 3;
-    static constexpr DrawCounts draws(int) { return {.congruence = 1}; }
+    using Variant = ButterForm;
+    static constexpr DrawCounts draws(Variant) { return {.congruence = 1}; }
 
     T g, m, noise, gain;
     T y1, y2, y3, y4, z1, z2;
 
     void clear() { y1 = y2 = y3 = y4 = z1 = z2 = T(0); }
 
-    template <int V>
+    template <Variant V>
     T step(T x, Draws<T>& random) {
         const T in = T(16) * x + T(S(1e-6));
         const T n = (random.congruence() * T(S(2.33e-11)) - T(S(0.05))) * noise;
         const T v = T(S(2.288)) * y4 + T(S(0.832)) * z1 + T(S(2.08)) * z2;
         T u;
-        if constexpr (V == 0)
+        if constexpr (V == ButterForm::open)
             u = in + n * m;
-        else if constexpr (V == 1)
+        else if constexpr (V == ButterForm::linear)
             u = in - m * v + n * m;
         else
             u = (T(1) - m) * in + softClip((in - v + n) * m);
@@ -109,20 +122,26 @@ struct Butter {
     }
 };
 
+ButterForm setupButter(const FilterInputs& in, Butter<float>& filter);
+template <>
+inline constexpr FilterRow<Butter> filterRows<Butter>[] = {{50, "LP Butter", 170, setupButter}};
+
+// For an analog amount of 0 there is no noise, but the draws count.
+enum class Ms20Form { noisy, still, count };
+
 // "LP MS-20": an implicit solve of a nonlinear two-pole with noise in the nonlinearity, in double precision.
-// Variant 1 is for an analog amount of 0: no noise, but the draws count.
 template <class T>
 struct Ms20 {
     using S = ScalarOf<T>;
-    static constexpr int variants = 2;
-    static constexpr DrawCounts draws(int) { return {.hash = 3}; }
+    using Variant = Ms20Form;
+    static constexpr DrawCounts draws(Variant) { return {.hash = 3}; }
 
     T h, D, gain, analog;
     T s1, s2, previousI2, previousY;
 
     void clear() { s1 = s2 = previousI2 = previousY = T(0); }
 
-    template <int V>
+    template <Variant V>
     T step(T x, Draws<T>& random) {
         const T n1 = noise<V>(random), n2 = noise<V>(random), n3 = noise<V>(random);
         const T i2 = T(S(2.25)) * x + T(S(0.02)) * n1 + T(S(1e-6));
@@ -136,9 +155,9 @@ struct Ms20 {
     }
 
 private:
-    template <int V>
+    template <Variant V>
     T noise(Draws<T>& random) const {
-        if constexpr (V == 0)
+        if constexpr (V == Ms20Form::noisy)
             return analog * T(S(4.656613e-10)) * random.hash() - analog;
         else
             return T(0);
@@ -160,10 +179,12 @@ private:
     }
 };
 
-// Setups: they set the coefficients and return the variant.
-int setupLadder(const FilterInputs& in, Ladder<float>& filter);
-int setupOrvix(const FilterInputs& in, Orvix<float>& filter);
-int setupButter(const FilterInputs& in, Butter<float>& filter);
-int setupMs20(const FilterInputs& in, Ms20<double>& filter);
+template <>
+struct ScalarFor<Ms20> {
+    using Type = double;
+};
+Ms20Form setupMs20(const FilterInputs& in, Ms20<double>& filter);
+template <>
+inline constexpr FilterRow<Ms20> filterRows<Ms20>[] = {{53, "LP MS-20", 234, setupMs20}};
 
 }  // namespace vantoric::filters

@@ -4,7 +4,7 @@
 #include "base/shapes.h"
 #include "sound/filters/curves.h"
 #include "sound/filters/draws.h"
-#include "sound/filters/filter_inputs.h"
+#include "sound/filters/filter_row.h"
 
 namespace vantoric::filters {
 
@@ -12,15 +12,15 @@ namespace vantoric::filters {
 template <class T>
 struct LpFm {
     using S = ScalarOf<T>;
-    static constexpr int variants = 1;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = OneForm;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     T cutoff, r, amount, angle;  // angle: radians at the open filter
     T band, low;
 
     void clear() { band = low = T(0); }
 
-    template <int>
+    template <Variant>
     T step(T x, Draws<T>&) {
         const T c = limit(amount * x + cutoff, T(0), T(1));
         const T z = minimum(angle * exponential((T(1) - c) * T(-6)), T(S(1.5)));
@@ -42,19 +42,23 @@ struct LpFm {
     }
 };
 
+void setupLpFm(const FilterInputs& in, LpFm<float>& filter);
+template <>
+inline constexpr FilterRow<LpFm> filterRows<LpFm>[] = {{31, "LP FM", 157, setupLpFm}};
+
 // "Vocal AM": a Chamberlin filter whose resonance is amplitude-modulated at four times its frequency.
 template <class T>
 struct VocalAm {
     using S = ScalarOf<T>;
-    static constexpr int variants = 1;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = OneForm;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     T f, q, gain, rate;
     T band, low, phase;
 
     void clear() { band = low = phase = T(0); }
 
-    template <int>
+    template <Variant>
     T step(T x, Draws<T>&) {
         low += f * band;
         const T high = gain * x + T(S(1e-6)) - low - q * band;
@@ -64,19 +68,23 @@ struct VocalAm {
     }
 };
 
+void setupVocalAm(const FilterInputs& in, VocalAm<float>& filter);
+template <>
+inline constexpr FilterRow<VocalAm> filterRows<VocalAm>[] = {{42, "Vocal AM", 105, setupVocalAm}};
+
 // "Ringmod": a sine against the input.
 template <class T>
 struct Ringmod {
     using S = ScalarOf<T>;
-    static constexpr int variants = 1;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = OneForm;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     T rate, depth;
     T phase;
 
     void clear() { phase = T(0); }
 
-    template <int>
+    template <Variant>
     T step(T x, Draws<T>&) {
         const T y = (T(1) - depth + depth * polynomialSine(T(S(6.283185307179586)) * phase)) * (x + T(S(1e-6)));
         phase = wrapped(phase + rate);
@@ -84,18 +92,22 @@ struct Ringmod {
     }
 };
 
+void setupRingmod(const FilterInputs& in, Ringmod<float>& filter);
+template <>
+inline constexpr FilterRow<Ringmod> filterRows<Ringmod>[] = {{28, "Ringmod", 35, setupRingmod, Recompute::everySetup}};
+
 // "Aliaser": holds the mean of each N inputs from the sample that completes them on.
 template <class T>
 struct Aliaser {
-    static constexpr int variants = 1;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = OneForm;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     T N;
     T sum, count, held;
 
     void clear() { sum = count = held = T(0); }
 
-    template <int>
+    template <Variant>
     T step(T x, Draws<T>&) {
         sum += x;
         count += T(1);
@@ -107,10 +119,8 @@ struct Aliaser {
     }
 };
 
-// Setups: they set the coefficients and return the variant.
-int setupLpFm(const FilterInputs& in, LpFm<float>& filter);
-int setupVocalAm(const FilterInputs& in, VocalAm<float>& filter);
-int setupRingmod(const FilterInputs& in, Ringmod<float>& filter);
-int setupAliaser(const FilterInputs& in, Aliaser<float>& filter);
+void setupAliaser(const FilterInputs& in, Aliaser<float>& filter);
+template <>
+inline constexpr FilterRow<Aliaser> filterRows<Aliaser>[] = {{27, "Aliaser", 41, setupAliaser}};
 
 }  // namespace vantoric::filters

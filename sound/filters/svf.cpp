@@ -1,3 +1,4 @@
+// The setups of the state-variable filters.
 #include "sound/filters/svf.h"
 
 #include "sound/filters/filter_loops.h"
@@ -58,41 +59,29 @@ double fadedDrive(double f, double amount) {
     return f <= 0.625 ? (2.5 - 4.0 * f) * amount : 0.0;
 }
 
-int setupSvf12(const FilterInputs& in, Svf12<float>& filter, FilterOutput output) {
-    const int steps = setupTwoPoles(in, filter, in.a, 2.0);
-    return output + 3 * (steps - 1);
+Svf12Form setupLp12(const FilterInputs& in, Svf12<float>& filter) {
+    return setupTwoPoles(in, filter, in.a, 2.0) == 2 ? Svf12Form::lowPassTwice : Svf12Form::lowPass;
 }
 
-int setupSvf18(const FilterInputs& in, Svf18<float>& filter, FilterOutput output) {
-    setupManyPoles(in, filter, in.a, 1.2);
-    return output;
+Svf12Form setupHp12(const FilterInputs& in, Svf12<float>& filter) {
+    return setupTwoPoles(in, filter, in.a, 2.0) == 2 ? Svf12Form::highPassTwice : Svf12Form::highPass;
 }
 
-int setupSvf24(const FilterInputs& in, Svf24<float>& filter, FilterOutput output) {
-    setupManyPoles(in, filter, in.a * in.a, 0.93);
-    return output;
+Svf12Form setupBp12(const FilterInputs& in, Svf12<float>& filter) {
+    return setupTwoPoles(in, filter, in.a, 2.0) == 2 ? Svf12Form::bandPassTwice : Svf12Form::bandPass;
 }
 
-int setupSvfShaped(const FilterInputs& in, SvfShaped<float>& filter) { return setupTwoPoles(in, filter, 1.0, 1.0) - 1; }
+void setupSvf18(const FilterInputs& in, Svf18<float>& filter) { setupManyPoles(in, filter, in.a, 1.2); }
 
-template <int Voices>
-std::span<const FilterType<Voices>> svfTypes() {
-    static constexpr FilterType<Voices> types[] = {
-        filterType<Voices, Svf12, [](const FilterInputs& in, auto& f) { return setupSvf12(in, f, lowPass); }>(2, 120),
-        filterType<Voices, Svf12, [](const FilterInputs& in, auto& f) { return setupSvf12(in, f, highPass); }>(7, 121),
-        filterType<Voices, Svf12, [](const FilterInputs& in, auto& f) { return setupSvf12(in, f, bandPass); }>(12, 122),
-        filterType<Voices, Svf18, [](const FilterInputs& in, auto& f) { return setupSvf18(in, f, lowPass); }>(3, 130),
-        filterType<Voices, Svf18, [](const FilterInputs& in, auto& f) { return setupSvf18(in, f, highPass); }>(8, 131),
-        filterType<Voices, Svf18, [](const FilterInputs& in, auto& f) { return setupSvf18(in, f, bandPass); }>(13, 132),
-        filterType<Voices, Svf24, [](const FilterInputs& in, auto& f) { return setupSvf24(in, f, lowPass); }>(4, 140),
-        filterType<Voices, Svf24, [](const FilterInputs& in, auto& f) { return setupSvf24(in, f, highPass); }>(9, 141),
-        filterType<Voices, Svf24, [](const FilterInputs& in, auto& f) { return setupSvf24(in, f, bandPass); }>(14, 142),
-        filterType<Voices, SvfShaped, setupSvfShaped>(32, 158),
-    };
-    return types;
+void setupSvf24(const FilterInputs& in, Svf24<float>& filter) { setupManyPoles(in, filter, in.a * in.a, 0.93); }
+
+SvfShapedForm setupSvfShaped(const FilterInputs& in, SvfShaped<float>& filter) {
+    return setupTwoPoles(in, filter, 1.0, 1.0) == 2 ? SvfShapedForm::twice : SvfShapedForm::once;
 }
 
-template std::span<const FilterType<1>> svfTypes<1>();
-template std::span<const FilterType<voiceCount>> svfTypes<voiceCount>();
+template struct TypesOf<Svf12>;
+template struct TypesOf<Svf18>;
+template struct TypesOf<Svf24>;
+template struct TypesOf<SvfShaped>;
 
 }  // namespace vantoric::filters

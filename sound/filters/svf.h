@@ -1,41 +1,48 @@
 // State-variable filters of two, three and four poles with a saturating resonance, oversampled inside.
-//
-// Each step takes the variant as `V`: which output it sums (lowPass, highPass, bandPass) plus 3 for two
-// steps a sample where the number of steps varies.
 #pragma once
 
 #include "base/shapes.h"
 #include "sound/filters/curves.h"
 #include "sound/filters/draws.h"
-#include "sound/filters/filter_inputs.h"
+#include "sound/filters/filter_row.h"
 
 namespace vantoric::filters {
 
-enum FilterOutput : int { lowPass, highPass, bandPass };
+// Which output a loop sums over its steps.
+enum class SvfOutput { lowPass, highPass, bandPass, count };
 
-// Adds the output of the variant to a sum.
-template <int Output, class T>
+template <SvfOutput Output, class T>
 inline void addOutput(T& sum, T low, T high, T band) {
-    if constexpr (Output == lowPass) sum += low;
-    if constexpr (Output == highPass) sum += high;
-    if constexpr (Output == bandPass) sum += band;
+    if constexpr (Output == SvfOutput::lowPass) sum += low;
+    if constexpr (Output == SvfOutput::highPass) sum += high;
+    if constexpr (Output == SvfOutput::bandPass) sum += band;
 }
+
+// The output, and whether a sample takes one step or two.
+enum class Svf12Form { lowPass, highPass, bandPass, lowPassTwice, highPassTwice, bandPassTwice, count };
+
+constexpr SvfOutput outputOf(Svf12Form form) {
+    if (form == Svf12Form::lowPass || form == Svf12Form::lowPassTwice) return SvfOutput::lowPass;
+    if (form == Svf12Form::highPass || form == Svf12Form::highPassTwice) return SvfOutput::highPass;
+    return SvfOutput::bandPass;
+}
+constexpr int stepsOf(Svf12Form form) { return form >= Svf12Form::lowPassTwice ? 2 : 1; }
 
 // "12dB". `drive` squares the band output into the resonance.
 template <class T>
 struct Svf12 {
     using S = ScalarOf<T>;
-    static constexpr int variants = 6;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = Svf12Form;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     T f, q, drive, gain;
     T band, low;
 
     void clear() { band = low = T(0); }
 
-    template <int V>
+    template <Variant V>
     T step(T x, Draws<T>&) {
-        constexpr int steps = 1 + V / 3;
+        constexpr int steps = stepsOf(V);
         const T in = x * gain * T(15) + T(S(1e-6));
         T sum = T(0);
         for (int i = 0; i < steps; ++i) {
@@ -43,25 +50,35 @@ struct Svf12 {
             const T high = in - low - band + v;
             band += high * f;
             low += band * f;
-            addOutput<V % 3>(sum, low, high, band);
+            addOutput<outputOf(V)>(sum, low, high, band);
         }
         return sum * T(S(1.0 / (15 * steps)));
     }
+};
+
+Svf12Form setupLp12(const FilterInputs& in, Svf12<float>& filter);
+Svf12Form setupHp12(const FilterInputs& in, Svf12<float>& filter);
+Svf12Form setupBp12(const FilterInputs& in, Svf12<float>& filter);
+template <>
+inline constexpr FilterRow<Svf12> filterRows<Svf12>[] = {
+    {2, "LP 12dB", 120, setupLp12},
+    {7, "HP 12dB", 121, setupHp12},
+    {12, "BP 12dB", 122, setupBp12},
 };
 
 // "18dB"
 template <class T>
 struct Svf18 {
     using S = ScalarOf<T>;
-    static constexpr int variants = 3;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = SvfOutput;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     T f, q, drive, gain;
     T s1, s2, s3;
 
     void clear() { s1 = s2 = s3 = T(0); }
 
-    template <int V>
+    template <Variant V>
     T step(T x, Draws<T>&) {
         const T g = minimum(f, T(S(0.9)));
         const T damp1 = T(S(1.8)) - T(S(0.36)) * g;
@@ -84,19 +101,27 @@ struct Svf18 {
     }
 };
 
+void setupSvf18(const FilterInputs& in, Svf18<float>& filter);
+template <>
+inline constexpr FilterRow<Svf18> filterRows<Svf18>[] = {
+    {3, "LP 18dB", 130, setupSvf18, SvfOutput::lowPass},
+    {8, "HP 18dB", 131, setupSvf18, SvfOutput::highPass},
+    {13, "BP 18dB", 132, setupSvf18, SvfOutput::bandPass},
+};
+
 // "24dB"
 template <class T>
 struct Svf24 {
     using S = ScalarOf<T>;
-    static constexpr int variants = 3;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = SvfOutput;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     T f, q, drive, gain;
     T s1, s2, s3, s4, previousHigh;
 
     void clear() { s1 = s2 = s3 = s4 = previousHigh = T(0); }
 
-    template <int V>
+    template <Variant V>
     T step(T x, Draws<T>&) {
         const T damp = T(1) - T(S(0.7)) * f;
         const T damp3 = T(2) * damp;
@@ -121,21 +146,32 @@ struct Svf24 {
     }
 };
 
-// "LP Shaped": the resonance goes through a sine and folds over as it rises. Variant 1 takes two steps.
+void setupSvf24(const FilterInputs& in, Svf24<float>& filter);
+template <>
+inline constexpr FilterRow<Svf24> filterRows<Svf24>[] = {
+    {4, "LP 24dB", 140, setupSvf24, SvfOutput::lowPass},
+    {9, "HP 24dB", 141, setupSvf24, SvfOutput::highPass},
+    {14, "BP 24dB", 142, setupSvf24, SvfOutput::bandPass},
+};
+
+// Whether a sample takes one step or two.
+enum class SvfShapedForm { once, twice, count };
+
+// "LP Shaped": the resonance goes through a sine and folds over as it rises.
 template <class T>
 struct SvfShaped {
     using S = ScalarOf<T>;
-    static constexpr int variants = 2;
-    static constexpr DrawCounts draws(int) { return {}; }
+    using Variant = SvfShapedForm;
+    static constexpr DrawCounts draws(Variant) { return {}; }
 
     T f, q, drive, gain;
     T band, low;
 
     void clear() { band = low = T(0); }
 
-    template <int V>
+    template <Variant V>
     T step(T x, Draws<T>&) {
-        constexpr int steps = 1 + V;
+        constexpr int steps = V == SvfShapedForm::twice ? 2 : 1;
         const T in = x * gain * T(30) + T(S(2e-6));
         T sum = T(0);
         for (int i = 0; i < steps; ++i) {
@@ -151,11 +187,9 @@ struct SvfShaped {
     }
 };
 
-// Setups: they set the coefficients and return the variant.
-int setupSvf12(const FilterInputs& in, Svf12<float>& filter, FilterOutput output);
-int setupSvf18(const FilterInputs& in, Svf18<float>& filter, FilterOutput output);
-int setupSvf24(const FilterInputs& in, Svf24<float>& filter, FilterOutput output);
-int setupSvfShaped(const FilterInputs& in, SvfShaped<float>& filter);
+SvfShapedForm setupSvfShaped(const FilterInputs& in, SvfShaped<float>& filter);
+template <>
+inline constexpr FilterRow<SvfShaped> filterRows<SvfShaped>[] = {{32, "LP Shaped", 158, setupSvfShaped}};
 
 // `drive` as it fades out between the tuning coefficients 0.375 and 0.625.
 double fadedDrive(double f, double amount);

@@ -6,28 +6,18 @@
 namespace vantoric::filters {
 
 template <template <class> class Topology>
-constinit const std::array<Loop<voiceCount>, Topology<float>::variants> WideLoops<Topology>::byVariant =
-    []<int... Variant>(std::integer_sequence<int, Variant...>) {
-        return std::array{Loop<voiceCount>{&runInLanes<Topology, Variant, 8>, Topology<float>::draws(Variant), Variant}...};
-    }(std::make_integer_sequence<int, Topology<float>::variants>{});
+consteval WideLoopsOf<Topology> wideLoopsOf() {
+    if constexpr (runsByVoice<Topology>)
+        return {};
+    else
+        return {loopsByVariant<Topology, voiceCount, 8>()};
+}
 
-template struct WideLoops<Svf12>;
-template struct WideLoops<Svf18>;
-template struct WideLoops<Svf24>;
-template struct WideLoops<SvfShaped>;
-template struct WideLoops<BiquadOne>;
-template struct WideLoops<BiquadTwo>;
-template struct WideLoops<BiquadAm>;
-template struct WideLoops<Ladder>;
-template struct WideLoops<Orvix>;
-template struct WideLoops<Butter>;
-template struct WideLoops<Ms20>;
-template struct WideLoops<Fractal>;
-template struct WideLoops<Phaser>;
-template struct WideLoops<FeedbackPhaser>;
-template struct WideLoops<LpFm>;
-template struct WideLoops<VocalAm>;
-template struct WideLoops<Ringmod>;
-template struct WideLoops<Aliaser>;
+template <template <class> class... Topologies>
+consteval WideLoops<LoopList<Topologies...>> wideLoopsOfAll(LoopList<Topologies...>) {
+    return {wideLoopsOf<Topologies>()...};
+}
+
+constinit const WideLoops<AllLoops> wideLoops = wideLoopsOfAll(AllLoops{});
 
 }  // namespace vantoric::filters

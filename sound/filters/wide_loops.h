@@ -12,29 +12,18 @@ bool wideLoopsInUse();
 // processor, or in a build without these loops, nothing changes. Not while another thread sets up filters.
 void useWideLoops(bool wide);
 
-// The loops of a topology, by variant.
+// The loops of a topology, by variant; none where its voices go one by one.
 template <template <class> class Topology>
-struct WideLoops {
-    static const std::array<Loop<voiceCount>, Topology<float>::variants> byVariant;
+struct WideLoopsOf {
+    std::array<Loop<voiceCount>, runsByVoice<Topology> ? 0 : variantCount<Topology>> byVariant;
 };
 
-extern template struct WideLoops<Svf12>;
-extern template struct WideLoops<Svf18>;
-extern template struct WideLoops<Svf24>;
-extern template struct WideLoops<SvfShaped>;
-extern template struct WideLoops<BiquadOne>;
-extern template struct WideLoops<BiquadTwo>;
-extern template struct WideLoops<BiquadAm>;
-extern template struct WideLoops<Ladder>;
-extern template struct WideLoops<Orvix>;
-extern template struct WideLoops<Butter>;
-extern template struct WideLoops<Ms20>;
-extern template struct WideLoops<Fractal>;
-extern template struct WideLoops<Phaser>;
-extern template struct WideLoops<FeedbackPhaser>;
-extern template struct WideLoops<LpFm>;
-extern template struct WideLoops<VocalAm>;
-extern template struct WideLoops<Ringmod>;
-extern template struct WideLoops<Aliaser>;
+// Those of all topologies.
+template <class List>
+struct WideLoops;
+template <template <class> class... Topologies>
+struct WideLoops<LoopList<Topologies...>> : WideLoopsOf<Topologies>... {};
+
+extern const WideLoops<AllLoops> wideLoops;
 
 }  // namespace vantoric::filters

@@ -6,7 +6,7 @@
 #include "base/random.h"
 #include "engine/denormals.h"
 #include "golden_runner/golden.h"
-#include "parameters/label_lists.h"
+#include "sound/filter_labels.h"
 #include "sound/filter_response.h"
 #include "sound/voice_filter.h"
 
@@ -134,14 +134,14 @@ json coefficients(const VoiceFilter& filter, const json& input) {
     switch (number) {
         case 120:
         case 121:
-        case 122: return svfOf(filter.loop<Svf12>(), 1 + filter.variant() / 3);
+        case 122: return svfOf(filter.loop<Svf12>(), stepsOf(filter.variant<Svf12>()));
         case 130:
         case 131:
         case 132: return svfOf(filter.loop<Svf18>(), 2);
         case 140:
         case 141:
         case 142: return svfOf(filter.loop<Svf24>(), 2);
-        case 158: return svfOf(filter.loop<SvfShaped>(), 1 + filter.variant());
+        case 158: return svfOf(filter.loop<SvfShaped>(), filter.variant<SvfShaped>() == SvfShapedForm::twice ? 2 : 1);
         case 217: {
             const auto& o = filter.loop<Orvix>();
             return {{"f", o.f}, {"q", o.q}, {"drive", o.drive}, {"gain", o.gain}, {"A", o.A}, {"B", o.B}, {"C", o.C}, {"D", o.D}};
@@ -175,7 +175,7 @@ json coefficients(const VoiceFilter& filter, const json& input) {
             return {{"f", v.f}, {"q", v.q}, {"gain", v.gain}, {"rate", v.rate}};
         }
         case 157: return {{"cutoff", filter.loop<LpFm>().cutoff}};
-        case 150: return {{"a", filter.loop<Phaser>().a}, {"stages", Phaser<float>::stages(filter.variant())}};
+        case 150: return {{"a", filter.loop<Phaser>().a}, {"stages", Phaser<float>::stages(filter.variant<Phaser>())}};
         default: break;
     }
     if (number >= 151 && number <= 156) return {{"f", filter.loop<Fractal>().f}};
@@ -215,7 +215,7 @@ json generators(const json& input) {
 json filterList(const json& input) {
     json labels = json::array(), numbers = json::array();
     for (const json& index : input.at("index")) {
-        labels.push_back(filterTypeLabels[index.get<std::size_t>()]);
+        labels.push_back(filterLabels[index.get<std::size_t>()]);
         numbers.push_back(filterNumber(index.get<int>()));
     }
     return {{"label", labels}, {"number", numbers}};

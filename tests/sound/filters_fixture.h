@@ -7,9 +7,11 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "sound/filter_bank.h"
+#include "sound/filter_labels.h"
 #include "sound/voice_filter.h"
 
 namespace vantoric {
@@ -22,11 +24,11 @@ inline std::vector<int> filterIndices() {
     return indices;
 }
 
-// List indices by number, for tests that look at one type.
-inline int indexOfFilter(int number) {
+inline std::string labelOf(int index) { return filterLabels[static_cast<std::size_t>(index)]; }
+inline int indexOfFilter(const std::string& label) {
     for (const int i : filterIndices())
-        if (filterNumber(i) == number) return i;
-    ADD_FAILURE() << "no filter " << number;
+        if (labelOf(i) == label) return i;
+    ADD_FAILURE() << "no filter " << label;
     return 0;
 }
 
@@ -61,8 +63,8 @@ struct FilterUnderTest {
     VoiceFilter filter{random};
     FilterSettings settings;
 
-    explicit FilterUnderTest(int number, float cutoff = 0.5f, float resonance = 0.5f, float analog = 0.0f) {
-        settings.type = indexOfFilter(number);
+    explicit FilterUnderTest(const std::string& label, float cutoff = 0.5f, float resonance = 0.5f, float analog = 0.0f) {
+        settings.type = indexOfFilter(label);
         set(cutoff, resonance, analog);
     }
     void set(float cutoff, float resonance, float analog) {

@@ -1,0 +1,11 @@
+// The menu of filter types.
+#pragma once
+
+#include <array>
+
+namespace vantoric {
+
+// A label for each index into the list of filter types, separators ("-") included. Any thread; for ever valid.
+extern const std::array<const char*, 64> filterLabels;
+
+}  // namespace vantoric
