@@ -9,7 +9,7 @@
 
 #include <xmmintrin.h>
 
-#include "engine/label_lists.h"
+#include "parameters/label_lists.h"
 #include "sound/filter_bank.h"
 #include "sound/filters/wide_loops.h"
 #include "sound/voice_filter.h"

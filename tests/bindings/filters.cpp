@@ -5,8 +5,8 @@
 #include "base/numbers.h"
 #include "base/random.h"
 #include "engine/denormals.h"
-#include "engine/label_lists.h"
 #include "golden_runner/golden.h"
+#include "parameters/label_lists.h"
 #include "sound/filter_response.h"
 #include "sound/voice_filter.h"
 
