@@ -75,7 +75,7 @@ void Chorus::flanger(float* left, float* right, int count) {
 
     const auto side = [&](Line& ring, float& feedback, float near, float far, float in) {
         const float tap = linearTap(ring, position_, near);
-        feedback = heldInLoop(((tap - linearTap(ring, position_, far)) * gain + feedback) * 0.5f);
+        feedback = (heldInLoop((tap - linearTap(ring, position_, far)) * gain) + feedback) * 0.5f;
         ring[position_ + 1] = heldInLoop(feedback + in);
         return (in + tap) * mix * 0.5f + in * dry;
     };
@@ -281,7 +281,7 @@ void Chorus::chorusWhite(float* left, float* right, int count) {
 
     const auto side = [&](Line& ring, float& feedback, float delay, float in) {
         const float v = in - feedback * gain;
-        ring[position_] = heldInLoop(v);
+        ring[position_] = v;
         feedback = cubicTap(ring, position_, delay);
         return dryWet(in, v * gain + feedback, mix);
     };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
 
 namespace vantoric {
 
@@ -57,6 +58,13 @@ float linearAhead(const R& ring, int index, float excursion) {
     const int whole = static_cast<int>(excursion);
     const float f = excursion - static_cast<float>(whole);
     return (1.0f - f) * ring[index + whole] + f * ring[index + whole + 1];
+}
+
+// What a sample asks of either side, with the side known when it is compiled.
+template <class Action>
+[[gnu::always_inline]] inline void bothSides(Action action) {
+    action(std::integral_constant<int, 0>());
+    action(std::integral_constant<int, 1>());
 }
 
 }  // namespace
@@ -147,13 +155,13 @@ void Delay2::delay(Sides io, int count) {
     const float increment = 1.0f / sampleRate_, c = 480.0f / sampleRate_;
     for (int n = 0; n < count; ++n, advance()) {
         const float t = triangle(stepPhase(lfoPhase_[0], increment));
-        for (const int side : {0, 1}) {
+        bothSides([&](auto side) {
             SideState& state = state_[side];
             float& sample = io[side][n];
             const float y = readBehind(line(side), position_ - base, depth * (side == 0 ? t : 1.0f - t));
             line(side)[position_] = heldInLoop(state.low.low((sample - y) * feedback, damp, antiDenormal));
             sample = dryWet(sample, state.cut.cut(y, c, antiDenormal), mix);
-        }
+        });
     }
 }
 
@@ -195,7 +203,7 @@ void Delay2::delayBand(Sides io, int count) {
     const float increment = 1.0f / sampleRate_;
     for (int n = 0; n < count; ++n, advance()) {
         const float t = triangle(stepPhase(lfoPhase_[0], increment));
-        for (const int side : {0, 1}) {
+        bothSides([&](auto side) {
             float &low = state_[side].low.state, &band = state_[side].low2.state;
             float& sample = io[side][n];
             const float y = readBehind(line(side), position_ - base, depth * (side == 0 ? t : 1.0f - t));
@@ -204,7 +212,7 @@ void Delay2::delayBand(Sides io, int count) {
             band += c * high;
             line(side)[position_] = heldInLoop(band);
             sample = dryWet(sample, y, mix);
-        }
+        });
     }
 }
 
@@ -313,7 +321,7 @@ void Delay2::announceDiffuser(int count) {
     for (SmallLine* ring : {&diffuseE_, &diffuseF_}) ring->beginBlock(first, count);
 }
 
-float Delay2::Diffuser::step(Delay2& delay, int side, float x) const {
+[[gnu::always_inline]] inline float Delay2::Diffuser::step(Delay2& delay, int side, float x) const {
     const auto pass = [&](auto& first, int firstDistance, auto& second, int secondDistance) {
         const int now = delay.position2_;
         const float g = first[(now - firstDistance) & SmallLine::mask];
@@ -341,13 +349,13 @@ void Delay2::delayDiffuse(Sides io, int count) {
         const float t = triangle(stepPhase(lfoPhase_[0], increment));
         const std::array<float, 2> read{readBehind(ringA_, position_ - base, t * static_cast<float>(depth)),
                                         readBehind(ringA_, position_ - base, (1.0f - t) * static_cast<float>(depth))};
-        for (const int side : {0, 1}) {
+        bothSides([&](auto side) {
             SideState& state = state_[side];
             float& sample = io[side][n];
             const float diffused = diffuser.step(*this, side, sample);
             line(side)[position_] = heldInLoop(state.low.low((diffused - read[side]) * feedback, k, antiDenormal));
             sample = dryWet(sample, state.cut.cut(read[side], c, antiDenormal), mix);
-        }
+        });
         position2_ = (position2_ + 1) & SmallLine::mask;
     }
 }
@@ -373,7 +381,7 @@ void Delay2::tapeDelay(Sides io, int count) {
             const float bright = state.cut.cut(y, k, antiDenormal);
             s2 = (1.0f - c) * s2 + bright * c - antiDenormal;
             s3 = math::tanh(drive * ((1.0f - c) * s3 + c * s2 + antiDenormal)) * g;
-            line(side)[position_] = heldInLoop(sample - s3);
+            line(side)[position_] = sample - s3;
             sample = dryWet(sample, s3, mix);
         }
     }
@@ -387,14 +395,14 @@ void Delay2::resonator(Sides io, int count) {
     const float h = damping(quickExp(-5.0f * parameters_[3]) * 22000.0f);
     const float l = damping(square(parameters_[4]) * 2000.0f + 1.0f);
     for (int n = 0; n < count; ++n, advance()) {
-        for (const int side : {0, 1}) {
+        bothSides([&](auto side) {
             SideState& state = state_[side];
             float& sample = io[side][n];
             const float y = readBehind(line(side), position_, length);
             const float s = state.low.low((sample - y) * feedback, h, antiDenormal);
             line(side)[position_] = heldInLoop(state.cut.cut(s, l, antiDenormal));
             sample = dryWet(sample, y, mix);
-        }
+        });
     }
 }
 
@@ -413,7 +421,7 @@ void Delay2::delayFat(Sides io, int count) {
             float& sample = io[side][n];
             float& w = state.feedback;
             const float a = sample - w * 0.7071f + antiDenormal;
-            line(side)[position_] = heldInLoop(state.cut.cut(state.low.low(a, h), l));
+            line(side)[position_] = state.cut.cut(state.low.low(a, h), l);
             w = readBehind(line(side), position_ - time, depth * (side == 0 ? t : 1.0f - t)) * mix;
             sample = a * 0.7071f + w;
         }
@@ -432,9 +440,9 @@ void Delay2::reflections(Sides io, int count) {
         const float c = state.low.low(first[position2_ - firstDistance], h);
         const float d = state.low2.low(second[position2_ - secondDistance], h);
         const float x = in - g * c;
-        first[position2_] = heldInLoop(x);
+        first[position2_] = x;
         const float x2 = x * g + c - g * d;
-        second[position2_] = heldInLoop(x2);
+        second[position2_] = x2;
         return dryWet(in, state.cut.cut(x2 * g + d, c120, antiDenormal), mix);
     };
     for (int n = 0; n < count; ++n) {
@@ -452,14 +460,14 @@ void Delay2::delayWide(Sides io, int count) {
     const int late = static_cast<int>(sampleRate_ * 0.015f);
     const float h = sweptDamping(parameters_[3]), l = damping(square(parameters_[4]) * 2000.0f + 0.5f);
     for (int n = 0; n < count; ++n, advance()) {
-        for (const int side : {0, 1}) {
+        bothSides([&](auto side) {
             SideState& state = state_[side];
             float& sample = io[side][n];
             const float z = state.cut.cut(state.low.low(line(side)[position_ - time], h), l, antiDenormal);
             line(side)[position_] = heldInLoop(sample - z * feedback);
             if (side == 0) ringC_[position_] = z;
             sample = dryWet(sample, side == 0 ? ringC_[position_ - late] : z, mix);
-        }
+        });
     }
 }
 

@@ -5,6 +5,8 @@
 
 namespace vantoric {
 
+const float loopBound = 16.0f;
+
 std::array<float, 16> shaperFilter(double cutoff, double factor) {
     constexpr double roundPi = 3.14159;
     std::array<double, 16> taps;

@@ -137,12 +137,17 @@ struct OnePole {
     T cut(T x, T k, T offset = T(0)) { return x - low(x, k, offset); }
 };
 
-// What is written into a feedback loop, held within 16: far above what settings reach that come to rest, so that the
-// others sing loudly instead of growing without end. NaN stays, for the slot to find and clear. For numbers and lanes.
+// 16. The number stands in another file: beside a constant that it knows, the compiler turns a minimum that lets NaN
+// pass into a branch or four instructions.
+extern const float loopBound;
+
+// What is written into a feedback loop, held within +-16: far above what settings reach that come to rest, so that the
+// others sing loudly instead of growing without end. NaN stays, for the slot to find and clear. Loops that lose level at
+// any setting do without. For numbers and lanes.
 template <class T>
 inline T heldInLoop(T x) {
-    using S = ScalarOf<T>;
-    return minimum(T(S(16)), maximum(T(S(-16)), x));
+    const T high(static_cast<ScalarOf<T>>(loopBound));
+    return minimum(high, maximum(-high, x));
 }
 
 // First-order allpass: y = (y - x) c + previous x.

@@ -181,7 +181,7 @@ void ReverbCore::runChain(const ChainPlan& plan, float* left, float* right, int 
                             f * sides(stage.left[i & mask], stage.right[j & mask]) + readOffset;
             state.damped = v * damp + state.damped * undamped;
             const Sides dispersed = state.allpass.step(state.damped, allpass);
-            const Sides written = heldInLoop(x - state.damped * stage.feedback + writeOffset);
+            const Sides written = x - state.damped * stage.feedback + writeOffset;
             stage.left[position & mask] = written[0];
             stage.right[position & mask] = written[1];
             x = x + dispersed * Sides(0.5) - state.damped * Sides(0.25);
