@@ -14,10 +14,12 @@
 std::size_t failingAllocation = 0;
 static std::size_t allocatedAtMost = 0;
 
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept try {
     allocatedAtMost = std::max(allocatedAtMost, size);
     if (failingAllocation != 0 && size >= failingAllocation) return nullptr;
     return ::operator new[](size);
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 namespace vantoric {

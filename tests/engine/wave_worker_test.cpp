@@ -1,9 +1,11 @@
 #include "engine/wave_worker.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
@@ -20,6 +22,7 @@
 #include "engine/wave_library.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 #include "platform/thread.h"
 #include "sound/kernels.h"
 #include "tests/engine/engine_rig.h"
@@ -371,16 +374,116 @@ TEST_F(Worker, AnInstanceWhoseConstructionFailsLeavesTheCountRight) {
     EXPECT_EQ(WaveLibrary::Membership(library).number(), 1);
 }
 
-// A bank of one frame.
-std::vector<std::uint8_t> smallBank() {
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(bankHeaderBytes) + bankFrameBytes);
+// A bank of some frames (1 or 64), sample n of which is n mod 30000.
+std::vector<std::uint8_t> smallBank(int frames = 1) {
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(bankHeaderBytes) +
+                                    static_cast<std::size_t>(frames) * bankFrameBytes);
     bytes[16] = 16;
     bytes[20] = bytes[22] = 1;
     bytes[34] = 16;
-    bytes[41] = bankFrameBytes >> 8 & 0xff;
-    bytes[42] = bankFrameBytes >> 16;
+    const int size = frames * bankFrameBytes;
+    bytes[41] = size >> 8 & 0xff;
+    bytes[42] = static_cast<std::uint8_t>(size >> 16);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(size) / 2; ++i) {
+        bytes[bankHeaderBytes + 2 * i] = i % 30000 & 0xff;
+        bytes[bankHeaderBytes + 2 * i + 1] = static_cast<std::uint8_t>(i % 30000 >> 8);
+    }
     return bytes;
 }
+
+// A library with one bank of 64 frames in the entry of the first wave.
+struct Library : ::testing::Test {
+    Library() {
+        const auto bank = smallBank(64);
+        EXPECT_TRUE(platform::writeFile(path, bank.data(), bank.size()));
+    }
+    bool load() { return library.load(folder.path(), dialogs, go); }
+    static long faults() {
+        rusage usage{};
+        getrusage(RUSAGE_THREAD, &usage);
+        return usage.ru_minflt + usage.ru_majflt;
+    }
+    // Page faults of reading so many samples from one on.
+    static long faultsOfReading(const std::int16_t* samples, std::size_t count) {
+        const long before = faults();
+        long sum = 0;
+        for (std::size_t i = 0; i < count; i += 64) sum += samples[i];
+        return faults() - before + (sum < 0);
+    }
+
+    platform::ScratchFolder folder;
+    const std::string path = folder / "VA_Triangle_Saw.va";
+    platform::RecordedDialogs dialogs;
+    const Flag go;
+    WaveLibrary library;
+    const WaveLibrary::Membership membership{library};
+};
+
+TEST_F(Library, ShowsTheBanksAsTheyLieInTheirFiles) {
+    ASSERT_TRUE(load());
+    const BankWave* const wave = library.store().wave(vaTriangleSaw);
+    ASSERT_NE(wave, nullptr);
+    EXPECT_EQ(wave->frames, 64);
+    for (const std::size_t i : {0u, 2047u, 29999u, 30000u, 1048575u}) EXPECT_EQ(wave->samples[i], i % 30000) << i;
+    EXPECT_EQ(library.store().rowCycle(0, 2), library.store().cycle(vaTriangleSaw, 63, 2));
+}
+
+TEST_F(Library, FetchesWhatAPatchPlaysAheadOfItsVoices) {
+    ASSERT_TRUE(load());
+    const BankPart whole{vaTriangleSaw, false}, missing{vaSquareImpulse, false}, nothing;
+    library.touch(std::array{missing, nothing, whole});
+    EXPECT_LE(faultsOfReading(library.store().wave(vaTriangleSaw)->samples, 64u * mipLevels * cycleSamples), 2);
+}
+
+TEST_F(Library, FetchesSingleFramesAtAllLevels) {
+    ASSERT_TRUE(load());
+    library.touch(std::array{BankPart{vaTriangleSaw, false, 63}, BankPart{vaTriangleSaw, false, 900}});
+    long sum = 0;
+    for (int level = 0; level < mipLevels; ++level)
+        sum += faultsOfReading(library.store().cycle(vaTriangleSaw, 63, level), cycleSamples);
+    EXPECT_LE(sum, 2);
+}
+
+TEST_F(Library, AFileThatIsCutShortFallsSilentAtTheNextLoad) {
+    ASSERT_TRUE(load());
+    std::filesystem::resize_file(path, 4096);
+    library.touch(std::array{BankPart{vaTriangleSaw, false}});
+    const std::int16_t* const samples = library.store().wave(vaTriangleSaw)->samples;
+    EXPECT_TRUE(std::all_of(samples, samples + 64u * mipLevels * cycleSamples, [](int sample) { return sample == 0; }));
+}
+
+TEST_F(Library, WhatCanNotBeReadInPlaceIsReadAndMoved) {
+    auto bank = smallBank(64);
+    bank[16] = 17;  // the data begin at an odd place
+    bank.insert(bank.begin() + bankHeaderBytes, 0);
+    ASSERT_TRUE(platform::writeFile(path, bank.data(), bank.size()));
+    ASSERT_TRUE(load());
+    ASSERT_NE(library.store().wave(vaTriangleSaw), nullptr);
+    EXPECT_EQ(library.store().wave(vaTriangleSaw)->samples[12345], 12345);
+    library.touch(std::array{BankPart{vaTriangleSaw, false}});
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(Library, ShortMemoryShowsABoxAndLeavesTheEntryEmpty) {
+    auto header = smallBank();
+    header.resize(bankHeaderBytes);
+    header[41] = 0x80;
+    header[42] = header[43] = 0xff;
+    ASSERT_TRUE(platform::writeFile(path, header.data(), header.size()));
+    std::filesystem::resize_file(path, 0xffff8000ull + bankHeaderBytes);  // almost all of it a hole
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    const rlimit tight{std::min<rlim_t>(before.rlim_max, 2u << 30), before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &tight), 0);
+    const bool isLoaded = load();
+    setrlimit(RLIMIT_AS, &before);
+    EXPECT_TRUE(isLoaded);
+    EXPECT_EQ(library.store().wave(vaTriangleSaw), nullptr);
+    ASSERT_EQ(dialogs.boxes().size(), 1u);
+    EXPECT_EQ(dialogs.boxes()[0].title, "Error WtoOs");
+    EXPECT_EQ(dialogs.boxes()[0].text, "Not enought memory.");
+}
+#endif
 
 TEST_F(Worker, AnInstanceThatComesAsTheLastOneGoesHasItsBanks) {
     const std::string folder = test::sharedDataFolder().path() + "banks/";
