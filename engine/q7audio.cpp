@@ -200,6 +200,7 @@ void Q7Audio::resetEngine() {
 
 void Q7Audio::processReplacing(float**, float** outputs, std::int32_t frames) {
     const DenormalsOff denormalsOff;
+    audioThread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
     const int longest = state_.oversampled ? bufferSamples / 2 : bufferSamples;
     int done = 0;
     do {
@@ -212,6 +213,7 @@ void Q7Audio::processReplacing(float**, float** outputs, std::int32_t frames) {
 void Q7Audio::processDoubleReplacing(double** inputs, double** outputs, std::int32_t frames) {
     static_cast<void>(inputs);
     const DenormalsOff denormalsOff;
+    audioThread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
     const int longest = state_.oversampled ? bufferSamples / 2 : bufferSamples;
     int done = 0;
     do {
@@ -354,7 +356,10 @@ void Q7Audio::lookUpPatchName() {
     if (EditorLink* link = parameters_.editorLink()) link->patchLoaded(program_.getProgramName());
 }
 
-void Q7Audio::setParameter(std::int32_t index, float value) { parameters_.setParameter(index, value); }
+void Q7Audio::setParameter(std::int32_t index, float value) {
+    parameters_.setParameter(index, value);
+    if (choosesWave(index) && std::this_thread::get_id() != audioThread_.load(std::memory_order_relaxed)) worker_.wavesChosen();
+}
 float Q7Audio::getParameter(std::int32_t index) { return parameters_.getParameter(index); }
 void Q7Audio::getParameterLabel(std::int32_t index, char* text) { parameters_.getParameterLabel(index, text); }
 void Q7Audio::getParameterDisplay(std::int32_t index, char* text) { parameters_.getParameterDisplay(index, text); }

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "base/engine_state.h"
@@ -170,6 +172,7 @@ private:
     SfzImport sfzImport_;
     WaveWorker worker_;
     float hostRate_ = 44100.0f;
+    std::atomic<std::thread::id> audioThread_{};  // of the last block: it rings no bells
     BlockObserver* observer_ = nullptr;
     bool justResumed_ = true;  // kept for the host's start and stop; nothing reads it
     StereoBuffer internal_, widened_;

@@ -1,5 +1,6 @@
 #include "engine/wave_worker.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -312,6 +313,16 @@ TEST_F(Worker, KnowsTheBanksThatAPatchPlays) {
     }
 }
 
+TEST(WaveChoices, AreTheTypesAndTheThreeListsOfWavesOfAllLayers) {
+    int count = 0;
+    for (int index = -1; index <= parameterCount; ++index) count += choosesWave(index);
+    EXPECT_EQ(count, 4 * oscillatorCount * layerCount);
+    EXPECT_TRUE(choosesWave(hostIndex(parameter::WTWave1 + 2, 3)));
+    EXPECT_TRUE(choosesWave(parameter::AnaWave1));
+    EXPECT_FALSE(choosesWave(parameter::Pw1));
+    EXPECT_FALSE(choosesWave(parameter::Volume));
+}
+
 TEST_F(Worker, StopsWithoutEverHavingStarted) {
     worker.stop();
     EXPECT_FALSE(flags.workerStopped.isSet());
@@ -402,6 +413,18 @@ struct Library : ::testing::Test {
         rusage usage{};
         getrusage(RUSAGE_THREAD, &usage);
         return usage.ru_minflt + usage.ru_majflt;
+    }
+    // How many pages of so many samples are in this process's view, as /proc/self/pagemap tells.
+    static int residentPages(const std::int16_t* samples, std::size_t count) {
+        const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+        const auto first = reinterpret_cast<std::size_t>(samples) / page;
+        const auto last = (reinterpret_cast<std::size_t>(samples + count) - 1) / page;
+        std::vector<std::uint64_t> entries(last - first + 1);
+        const int map = open("/proc/self/pagemap", O_RDONLY);
+        EXPECT_EQ(pread(map, entries.data(), entries.size() * 8, static_cast<off_t>(first * 8)),
+                  static_cast<ssize_t>(entries.size() * 8));
+        close(map);
+        return static_cast<int>(std::count_if(entries.begin(), entries.end(), [](auto entry) { return entry >> 63 != 0; }));
     }
     // Page faults of reading so many samples from one on.
     static long faultsOfReading(const std::int16_t* samples, std::size_t count) {
@@ -513,6 +536,28 @@ TEST_F(Worker, ALibraryThatIsToldToStopIsNotLoaded) {
     EXPECT_FALSE(library.loaded());
     stop.clear();
     EXPECT_TRUE(library.load(test::sharedDataFolder().path(), dialogs, stop));
+}
+
+TEST_F(Library, AWaveThatIsChosenOutsideTheAudioThreadIsFetchedByTheWorker) {
+    EngineFlags flags;
+    ParameterModel parameters;
+    std::array<Sample, layerCount * oscillatorCount> samples;
+    std::array<CustomWaveSlot, layerCount * oscillatorCount> slots;
+    AllOscillators oscillators;
+    for (std::size_t i = 0; i < oscillators.size(); ++i) oscillators[i] = {&samples[i], &slots[i]};
+    for (int i = 0; i < layerCount * oscillatorCount; ++i)
+        parameters.writeRaw(hostIndex(parameter::SynType1 + i % oscillatorCount, i / oscillatorCount), listValue(noiseType));
+    ASSERT_TRUE(load());
+    WaveWorker worker(flags, library, dialogs, parameters, oscillators);
+    worker.start();
+    ASSERT_TRUE(worker.waitForWaves(5000));
+    const std::int16_t* const bank = library.store().wave(vaTriangleSaw)->samples;
+    constexpr std::size_t whole = 64u * mipLevels * cycleSamples;
+    EXPECT_LE(residentPages(bank, whole), 40) << "what nobody plays takes no memory";
+    parameters.writeRaw(parameter::SynType1, listValue(wavetableType));
+    worker.wavesChosen();
+    for (int i = 0; i < 5000 && residentPages(bank, whole) < 513; ++i) platform::sleepMilliseconds(1);
+    EXPECT_EQ(residentPages(bank, whole), 513);
 }
 
 }  // namespace
