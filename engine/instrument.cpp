@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <string>
+#include <thread>
 
 #include "base/engine_hold.h"
 #include "base/numbers.h"
@@ -221,6 +222,7 @@ void Instrument::renderBlock(Sample* left, Sample* right, int frames, const Tran
         if (transport.offline) worker_.waitForWaves(offlineWait);
         const AudioThreadCheck::Scope inside(audioThread_);
         const DenormalsOff denormalsOff;
+        audioThreadId_.store(std::this_thread::get_id(), std::memory_order_relaxed);
         transport_ = transport;
         const bool oversampled = runsOversampled(hostRate());
         const int longest = oversampled ? bufferSamples / 2 : bufferSamples;
@@ -344,6 +346,11 @@ void Instrument::releaseUnheldNotes() {
     if (nothingHeld && nothingHeld_)
         for (auto& layer : layers_) layer->releaseUnheldNotes();
     nothingHeld_ = nothingHeld;
+}
+
+void Instrument::setParameter(int index, float value, ChangeSource source) {
+    parameters_.setParameter(index, value, source);
+    if (choosesWave(index) && std::this_thread::get_id() != audioThreadId_.load(std::memory_order_relaxed)) worker_.wavesChosen();
 }
 
 void Instrument::loadSmoothedControllers() {

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "base/engine_state.h"
@@ -91,6 +92,9 @@ public:
     // The internal rate in Hz, which every reader of a rate in the instrument gets.
     float internalRate() const;
     float hostRate() const { return hostRate_.load(std::memory_order_relaxed); }
+    // Sets a parameter as `parameters().setParameter` does; where it chooses another wave, the worker fetches its bank,
+    // so that the block need not. On the audio thread it only sets.
+    void setParameter(int index, float value, ChangeSource source = ChangeSource::host);
     // The parameters: values, texts, and what has changed in them.
     ParameterModel& parameters() { return parameters_; }
     const ParameterModel& parameters() const { return parameters_; }
@@ -203,6 +207,7 @@ private:
     bool nothingHeld_ = false;  // at the tick before
     bool justResumed_ = true;   // kept for the host's start and stop; nothing reads it
     AudioThreadCheck audioThread_;
+    std::atomic<std::thread::id> audioThreadId_{};  // the thread that rendered last
     std::atomic_flag inBlock_;
     Transport transport_;  // of the block that runs
     StereoBuffer internal_, widened_;

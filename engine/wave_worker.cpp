@@ -59,6 +59,15 @@ BanksInUse banksInUse(const ParameterModel& parameters) {
     return parts;
 }
 
+bool choosesWave(int index) {
+    if (index < 0 || index >= parameterCount) return false;
+    const int number =
+        index < globalParameterCount ? index : globalParameterCount + (index - globalParameterCount) % layerParameterStride;
+    for (const int first : {parameter::SynType1, parameter::WTWave1, parameter::SSWave1, parameter::AnaWave1})
+        if (number >= first && number < first + oscillatorCount) return true;
+    return false;
+}
+
 WaveWorker::WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const ParameterModel& parameters,
                        const AllOscillators& oscillators)
     : flags_(flags), library_(library), dialogs_(dialogs), parameters_(parameters), oscillators_(oscillators) {}

@@ -31,6 +31,9 @@ using AllOscillators = std::array<OscillatorMemory, layerCount * oscillatorCount
 using BanksInUse = std::array<BankPart, layerCount * oscillatorCount>;
 BanksInUse banksInUse(const ParameterModel& parameters);
 
+// Whether a parameter of the host's numbering (any index) decides which bank an oscillator reads.
+bool choosesWave(int index);
+
 class WaveWorker {
 public:
     // `parameters` tell which samples loop and which banks are played.

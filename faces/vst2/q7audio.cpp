@@ -108,7 +108,7 @@ std::int32_t Q7Audio::processEvents(VstEvents* events) {
 
 // ---- parameters and programs --------------------------------------------------------------------------------
 
-void Q7Audio::setParameter(std::int32_t index, float value) { instrument_.parameters().setParameter(index, value); }
+void Q7Audio::setParameter(std::int32_t index, float value) { instrument_.setParameter(index, value); }
 float Q7Audio::getParameter(std::int32_t index) { return instrument_.parameters().getParameter(index); }
 void Q7Audio::getParameterLabel(std::int32_t index, char* text) { instrument_.parameters().getParameterLabel(index, text); }
 void Q7Audio::getParameterDisplay(std::int32_t index, char* text) { instrument_.parameters().getParameterDisplay(index, text); }

@@ -1,9 +1,12 @@
 #include "engine/wave_worker.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
@@ -20,6 +23,7 @@
 #include "parameters/parameter_model.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
 #include "platform/thread.h"
 #include "sound/kernels.h"
 #include "tests/engine/engine_rig.h"
@@ -309,6 +313,16 @@ TEST_F(Worker, KnowsTheBanksThatAPatchPlays) {
     }
 }
 
+TEST(WaveChoices, AreTheTypesAndTheThreeListsOfWavesOfAllLayers) {
+    int count = 0;
+    for (int index = -1; index <= parameterCount; ++index) count += choosesWave(index);
+    EXPECT_EQ(count, 4 * oscillatorCount * layerCount);
+    EXPECT_TRUE(choosesWave(hostIndex(parameter::WTWave1 + 2, 3)));
+    EXPECT_TRUE(choosesWave(parameter::AnaWave1));
+    EXPECT_FALSE(choosesWave(parameter::Pw1));
+    EXPECT_FALSE(choosesWave(parameter::Volume));
+}
+
 TEST_F(Worker, StopsWithoutEverHavingStarted) {
     worker.stop();
     EXPECT_FALSE(flags.workerStopped.isSet());
@@ -371,16 +385,128 @@ TEST_F(Worker, AnInstanceWhoseConstructionFailsLeavesTheCountRight) {
     EXPECT_EQ(WaveLibrary::Membership(library).number(), 1);
 }
 
-// A bank of one frame.
-std::vector<std::uint8_t> smallBank() {
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(bankHeaderBytes) + bankFrameBytes);
+// A bank of some frames (1 or 64), sample n of which is n mod 30000.
+std::vector<std::uint8_t> smallBank(int frames = 1) {
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(bankHeaderBytes) +
+                                    static_cast<std::size_t>(frames) * bankFrameBytes);
     bytes[16] = 16;
     bytes[20] = bytes[22] = 1;
     bytes[34] = 16;
-    bytes[41] = bankFrameBytes >> 8 & 0xff;
-    bytes[42] = bankFrameBytes >> 16;
+    const int size = frames * bankFrameBytes;
+    bytes[41] = size >> 8 & 0xff;
+    bytes[42] = static_cast<std::uint8_t>(size >> 16);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(size) / 2; ++i) {
+        bytes[bankHeaderBytes + 2 * i] = i % 30000 & 0xff;
+        bytes[bankHeaderBytes + 2 * i + 1] = static_cast<std::uint8_t>(i % 30000 >> 8);
+    }
     return bytes;
 }
+
+// A library with one bank of 64 frames in the entry of the first wave.
+struct Library : ::testing::Test {
+    Library() {
+        const auto bank = smallBank(64);
+        EXPECT_TRUE(platform::writeFile(path, bank.data(), bank.size()));
+    }
+    bool load() { return library.load(folder.path(), dialogs, go); }
+    static long faults() {
+        rusage usage{};
+        getrusage(RUSAGE_THREAD, &usage);
+        return usage.ru_minflt + usage.ru_majflt;
+    }
+    // How many pages of so many samples are in this process's view, as /proc/self/pagemap tells.
+    static int residentPages(const std::int16_t* samples, std::size_t count) {
+        const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+        const auto first = reinterpret_cast<std::size_t>(samples) / page;
+        const auto last = (reinterpret_cast<std::size_t>(samples + count) - 1) / page;
+        std::vector<std::uint64_t> entries(last - first + 1);
+        const int map = open("/proc/self/pagemap", O_RDONLY);
+        EXPECT_EQ(pread(map, entries.data(), entries.size() * 8, static_cast<off_t>(first * 8)),
+                  static_cast<ssize_t>(entries.size() * 8));
+        close(map);
+        return static_cast<int>(std::count_if(entries.begin(), entries.end(), [](auto entry) { return entry >> 63 != 0; }));
+    }
+    // Page faults of reading so many samples from one on.
+    static long faultsOfReading(const std::int16_t* samples, std::size_t count) {
+        const long before = faults();
+        long sum = 0;
+        for (std::size_t i = 0; i < count; i += 64) sum += samples[i];
+        return faults() - before + (sum < 0);
+    }
+
+    platform::ScratchFolder folder;
+    const std::string path = folder / "VA_Triangle_Saw.va";
+    platform::RecordedDialogs dialogs;
+    const Flag go;
+    WaveLibrary library;
+    const WaveLibrary::Membership membership{library};
+};
+
+TEST_F(Library, ShowsTheBanksAsTheyLieInTheirFiles) {
+    ASSERT_TRUE(load());
+    const BankWave* const wave = library.store().wave(vaTriangleSaw);
+    ASSERT_NE(wave, nullptr);
+    EXPECT_EQ(wave->frames, 64);
+    for (const std::size_t i : {0u, 2047u, 29999u, 30000u, 1048575u}) EXPECT_EQ(wave->samples[i], i % 30000) << i;
+    EXPECT_EQ(library.store().rowCycle(0, 2), library.store().cycle(vaTriangleSaw, 63, 2));
+}
+
+TEST_F(Library, FetchesWhatAPatchPlaysAheadOfItsVoices) {
+    ASSERT_TRUE(load());
+    const BankPart whole{vaTriangleSaw, false}, missing{vaSquareImpulse, false}, nothing;
+    library.touch(std::array{missing, nothing, whole});
+    EXPECT_LE(faultsOfReading(library.store().wave(vaTriangleSaw)->samples, 64u * mipLevels * cycleSamples), 2);
+}
+
+TEST_F(Library, FetchesSingleFramesAtAllLevels) {
+    ASSERT_TRUE(load());
+    library.touch(std::array{BankPart{vaTriangleSaw, false, 63}, BankPart{vaTriangleSaw, false, 900}});
+    long sum = 0;
+    for (int level = 0; level < mipLevels; ++level)
+        sum += faultsOfReading(library.store().cycle(vaTriangleSaw, 63, level), cycleSamples);
+    EXPECT_LE(sum, 2);
+}
+
+TEST_F(Library, AFileThatIsCutShortFallsSilentAtTheNextLoad) {
+    ASSERT_TRUE(load());
+    std::filesystem::resize_file(path, 4096);
+    library.touch(std::array{BankPart{vaTriangleSaw, false}});
+    const std::int16_t* const samples = library.store().wave(vaTriangleSaw)->samples;
+    EXPECT_TRUE(std::all_of(samples, samples + 64u * mipLevels * cycleSamples, [](int sample) { return sample == 0; }));
+}
+
+TEST_F(Library, WhatCanNotBeReadInPlaceIsReadAndMoved) {
+    auto bank = smallBank(64);
+    bank[16] = 17;  // the data begin at an odd place
+    bank.insert(bank.begin() + bankHeaderBytes, 0);
+    ASSERT_TRUE(platform::writeFile(path, bank.data(), bank.size()));
+    ASSERT_TRUE(load());
+    ASSERT_NE(library.store().wave(vaTriangleSaw), nullptr);
+    EXPECT_EQ(library.store().wave(vaTriangleSaw)->samples[12345], 12345);
+    library.touch(std::array{BankPart{vaTriangleSaw, false}});
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(Library, ShortMemoryShowsABoxAndLeavesTheEntryEmpty) {
+    auto header = smallBank();
+    header.resize(bankHeaderBytes);
+    header[41] = 0x80;
+    header[42] = header[43] = 0xff;
+    ASSERT_TRUE(platform::writeFile(path, header.data(), header.size()));
+    std::filesystem::resize_file(path, 0xffff8000ull + bankHeaderBytes);  // almost all of it a hole
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    const rlimit tight{std::min<rlim_t>(before.rlim_max, 2u << 30), before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &tight), 0);
+    const bool isLoaded = load();
+    setrlimit(RLIMIT_AS, &before);
+    EXPECT_TRUE(isLoaded);
+    EXPECT_EQ(library.store().wave(vaTriangleSaw), nullptr);
+    ASSERT_EQ(dialogs.boxes().size(), 1u);
+    EXPECT_EQ(dialogs.boxes()[0].title, "Error WtoOs");
+    EXPECT_EQ(dialogs.boxes()[0].text, "Not enought memory.");
+}
+#endif
 
 TEST_F(Worker, AnInstanceThatComesAsTheLastOneGoesHasItsBanks) {
     const std::string folder = test::sharedDataFolder().path() + "banks/";
@@ -410,6 +536,28 @@ TEST_F(Worker, ALibraryThatIsToldToStopIsNotLoaded) {
     EXPECT_FALSE(library.loaded());
     stop.clear();
     EXPECT_TRUE(library.load(test::sharedDataFolder().path(), dialogs, stop));
+}
+
+TEST_F(Library, AWaveThatIsChosenOutsideTheAudioThreadIsFetchedByTheWorker) {
+    EngineFlags flags;
+    ParameterModel parameters;
+    std::array<Sample, layerCount * oscillatorCount> samples;
+    std::array<CustomWaveSlot, layerCount * oscillatorCount> slots;
+    AllOscillators oscillators;
+    for (std::size_t i = 0; i < oscillators.size(); ++i) oscillators[i] = {&samples[i], &slots[i]};
+    for (int i = 0; i < layerCount * oscillatorCount; ++i)
+        parameters.writeRaw(hostIndex(parameter::SynType1 + i % oscillatorCount, i / oscillatorCount), listValue(noiseType));
+    ASSERT_TRUE(load());
+    WaveWorker worker(flags, library, dialogs, parameters, oscillators);
+    worker.start();
+    ASSERT_TRUE(worker.waitForWaves(5000));
+    const std::int16_t* const bank = library.store().wave(vaTriangleSaw)->samples;
+    constexpr std::size_t whole = 64u * mipLevels * cycleSamples;
+    EXPECT_LE(residentPages(bank, whole), 40) << "what nobody plays takes no memory";
+    parameters.writeRaw(parameter::SynType1, listValue(wavetableType));
+    worker.wavesChosen();
+    for (int i = 0; i < 5000 && residentPages(bank, whole) < 513; ++i) platform::sleepMilliseconds(1);
+    EXPECT_EQ(residentPages(bank, whole), 513);
 }
 
 }  // namespace
