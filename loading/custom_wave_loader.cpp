@@ -5,6 +5,7 @@
 
 #include "base/engine_hold.h"
 #include "base/parameters.h"
+#include "loading/show_outcome.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
 #include "samples/wave_file.h"
@@ -23,7 +24,7 @@ CustomWave* CustomWaveLoader::waveOf(int layer, int oscillator) const {
 bool CustomWaveLoader::resynthesize(int layer, int oscillator, const std::string& path) {
     CustomWave* const wave = waveOf(layer, oscillator);
     std::array<std::int16_t, cycleSamples> cycle{};
-    if (wave == nullptr || !resynthesizeFile(path, cycle, dialogs_)) return false;
+    if (wave == nullptr || !showOutcome(dialogs_, resynthesizeFile(path, cycle))) return false;
     {
         // A rebuild that runs would end by writing the earlier wave over this one.
         const EngineHold hold(flags_, sleep_);
@@ -56,7 +57,7 @@ bool CustomWaveLoader::saveWave(int layer, int oscillator) {
     const CustomWave* const wave = waveOf(layer, oscillator);
     std::string path;
     return wave != nullptr && platform::askFilePath(dialogs_, path, "", true, platform::FileKind::Wave) &&
-           writeWave({wave->frame(0, 0), cycleSamples}, path, dialogs_);
+           showOutcome(dialogs_, writeWave({wave->frame(0, 0), cycleSamples}, path));
 }
 
 }  // namespace vantoric

@@ -15,7 +15,7 @@ bool QuickImport::importSample() {
     prepareLayer();
     std::string path;
     if (!loader_.askWaveFile(path)) return false;
-    if (!(isStereoFile(path) ? importStereo(path) : loader_.loadSample(-1, 0, path))) return false;
+    if (!(isStereoFile(path) ? importStereo(path) : loader_.loadSample(-1, 0, path, false, Refusal::leavesEarlier))) return false;
     program_.setProgramName(patchNameOfPath(path));
     return true;
 }
@@ -24,7 +24,7 @@ bool QuickImport::importVocoder() {
     if (!files_.loadPatchFile(platform::bankFolder() + "Quick_Vocoder.fxp")) return false;
     dialogs_.message("Hint", "Now select a speech sample or a drumline...");
     std::string path;
-    if (!loader_.askWaveFile(path) || !loader_.loadSample(-1, 0, path)) return false;
+    if (!loader_.askWaveFile(path) || !loader_.loadSample(-1, 0, path, false, Refusal::leavesEarlier)) return false;
     program_.setProgramName(patchNameOfPath(path));
     return true;
 }
@@ -41,7 +41,8 @@ void QuickImport::prepareLayer() {
 }
 
 bool QuickImport::importStereo(const std::string& path) {
-    if (!loader_.loadSampleChannel(-1, 0, path, false, 0) || !loader_.loadSampleChannel(-1, 1, path, false, 1)) return false;
+    for (int channel = 0; channel < 2; ++channel)
+        if (!loader_.loadSampleChannel(-1, channel, path, false, channel, Refusal::leavesEarlier)) return false;
     set(par::SynType1 + 1, listValue(sampleType));
     set(par::On1 + 1, 1.0f);
     set(par::FilPan1, 0.0f);

@@ -6,6 +6,7 @@
 #include "base/engine_hold.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
+#include "loading/show_outcome.h"
 #include "samples/autotune.h"
 #include "samples/wave_file.h"
 
@@ -64,24 +65,23 @@ bool SampleEditor::run(int layer, int oscillator, int command) {
     if (role == EditRole::undo) return undo(layer, oscillator, *holder);
     EditSound before = soundOf(*holder, flags_, sleep_);
     if (before.samples.empty()) return false;
-    const bool changes = role != EditRole::exportWave;
-    if (changes) {
-        EditSound sound = before;
-        if (role == EditRole::autotune)
-            sound.sampleRate = rateOfLag(bestLag(sound.samples.data(), static_cast<std::int32_t>(sound.samples.size())));
-        else
-            applyEdit(sound, command, random);
-        const bool loops = role == EditRole::loop;
-        if (role == EditRole::autotune || role == EditRole::tune)
-            setRate(*holder, sound.sampleRate);
-        else
-            put(*holder, sound, loops, loops || isLooped(layer, oscillator));
-        writeParameters(layer, oscillator, role);
-    } else {
+    if (role == EditRole::exportWave) {
         exportWave(before);
+        return false;
     }
+    EditSound sound = before;
+    if (role == EditRole::autotune)
+        sound.sampleRate = rateOfLag(bestLag(sound.samples.data(), static_cast<std::int32_t>(sound.samples.size())));
+    else
+        applyEdit(sound, command, random);
+    const bool loops = role == EditRole::loop;
+    if (role == EditRole::autotune || role == EditRole::tune)
+        setRate(*holder, sound.sampleRate);
+    else
+        put(*holder, sound, loops, loops || isLooped(layer, oscillator));
+    writeParameters(layer, oscillator, role);
     backupOf(layer, oscillator) = std::move(before);
-    return changes;
+    return true;
 }
 
 bool SampleEditor::undo(int layer, int oscillator, Sample& holder) {
@@ -115,7 +115,8 @@ std::optional<EditSound>& SampleEditor::backupOf(int layer, int oscillator) {
 
 void SampleEditor::exportWave(const EditSound& sound) {
     std::string path;
-    if (platform::askFilePath(dialogs_, path, "", true, platform::FileKind::Wave)) writeWave(sound.samples, path, dialogs_);
+    if (platform::askFilePath(dialogs_, path, "", true, platform::FileKind::Wave))
+        showOutcome(dialogs_, writeWave(sound.samples, path));
 }
 
 void SampleEditor::writeParameters(int layer, int oscillator, EditRole role) {

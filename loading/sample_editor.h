@@ -21,8 +21,8 @@ public:
                  SleepFunction sleep);
 
     // Runs command 0 to 44 (see editCommands) on the sample of layer 0 to 3, oscillator 0 to 2. From command 2
-    // on the sound is stored first, one level deep; command 0 swaps it with the stored one, which has the
-    // engine muted for 100 ms, and does nothing if none was stored. An empty sample takes only command 0.
+    // on the sound is stored first, one level deep, but for the export, which changes none; command 0 swaps it with the stored
+    // one, which has the engine muted for 100 ms, and does nothing if none was stored. An empty sample takes only command 0.
     // Levels are rebuilt with wrap for the looping commands and the undo, not at all for those that set only the
     // rate, without wrap for the others, and the window hears that all is to be shown anew. True if the sample
     // changed: the patch is then another. Short memory gives a box and changes nothing. Indices out of range do

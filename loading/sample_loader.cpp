@@ -21,16 +21,17 @@ SampleLoader::SampleLoader(EngineFlags& flags, ParameterModel& parameters, const
                            platform::Dialogs& dialogs, SleepFunction sleep)
     : flags_(flags), parameters_(parameters), holders_(holders), dialogs_(dialogs), sleep_(sleep) {}
 
-bool SampleLoader::loadSample(int layer, int oscillator, const std::string& path, bool silent) {
-    return load({layerOf(layer), oscillator, path, 0, silent, false});
+bool SampleLoader::loadSample(int layer, int oscillator, const std::string& path, bool silent, Refusal refusal) {
+    return load({layerOf(layer), oscillator, path, 0, silent, false, refusal});
 }
 
-bool SampleLoader::loadSampleChannel(int layer, int oscillator, const std::string& path, bool keepTuning, int channel) {
-    return load({layerOf(layer), oscillator, path, channel, false, keepTuning});
+bool SampleLoader::loadSampleChannel(int layer, int oscillator, const std::string& path, bool keepTuning, int channel,
+                                     Refusal refusal) {
+    return load({layerOf(layer), oscillator, path, channel, false, keepTuning, refusal});
 }
 
 bool SampleLoader::loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped) {
-    if (!loadSample(layer, oscillator, path)) return false;
+    if (!loadSample(layer, oscillator, path, false, Refusal::leavesEarlier)) return false;
     const bool tune =
         dialogs_.question("Autotune", wasDropped ? "Autotune the sample?"
                                                  : "Should the sample be tuned automatically (YES) or be tuned to C (NO)?");
@@ -75,7 +76,7 @@ bool SampleLoader::load(const Task& task) try {
         case WaveRead::tooLarge: return refuse(task, "Warning", "This wave file is too large.");
         case WaveRead::done: break;
     }
-    {
+    if (task.refusal == Refusal::leavesNone) {
         const EngineHold hold(flags_, sleep_);
         holder->length = holder->loopStart = holder->loopEnd = 0;
     }
@@ -94,6 +95,7 @@ bool SampleLoader::load(const Task& task) try {
 WaveError SampleLoader::read(const Task& task, std::span<const std::uint8_t> file, WaveSound& sound) const {
     const WaveLayout layout = parseWave(file);
     if (layout.error != WaveError::none) return layout.error;
+    if (layout.sampleRate > maxSampleRate) return WaveError::badRate;
     sound = {convertWave(file, layout, task.channel), layout.sampleRate, layout.loopOn, layout.loopStart, layout.loopEnd};
     reduceSound(sound, levelRows().front());
     return WaveError::none;

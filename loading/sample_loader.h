@@ -10,6 +10,9 @@
 
 namespace vantoric {
 
+// What a refused file leaves in an oscillator: no sample, or the one that was there.
+enum class Refusal : unsigned char { leavesNone, leavesEarlier };
+
 // Called by one thread at a time that is not the audio thread; voices may play and the worker may rebuild
 // meanwhile. Layers are 0 to 3, or -1 for the one the window shows; oscillators 0 to 2; others load nothing.
 class SampleLoader {
@@ -20,14 +23,17 @@ public:
     // Loads a wave file, of a stereo file the left channel, into a sample: data, rate and loop go to the
     // holder, `LoopMod` follows the file's loop, `Start` becomes 0, and a note in the file name tunes `Oct`
     // and `Semi`. False, with a box unless `silent` or the file cannot be opened, if it was refused: a file
-    // that is missing or above 10000000 bytes leaves the earlier sample, any other leaves the oscillator
-    // without one. A loop that the sound does not hold is forgotten with a box.
-    bool loadSample(int layer, int oscillator, const std::string& path, bool silent = false);
+    // that is missing or above 10000000 bytes leaves the earlier sample, any other what `refusal` says. A loop that the
+    // sound does not hold is forgotten with a box.
+    bool loadSample(int layer, int oscillator, const std::string& path, bool silent = false,
+                    Refusal refusal = Refusal::leavesNone);
 
     // The same for channel 0 (left) or 1 (right) of a stereo file, with boxes. keepTuning: the file name does not tune.
-    bool loadSampleChannel(int layer, int oscillator, const std::string& path, bool keepTuning, int channel);
+    bool loadSampleChannel(int layer, int oscillator, const std::string& path, bool keepTuning, int channel,
+                           Refusal refusal = Refusal::leavesNone);
 
-    // Loads a file that the user chose in a dialog or dropped, and asks whether it is to be tuned.
+    // Loads a file that the user chose in a dialog or dropped, and asks whether it is to be tuned. One that is refused
+    // leaves the earlier sample.
     bool loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped);
 
     // Lets the user choose a wave file and loads it into the layer that the window shows. False if none
@@ -48,6 +54,7 @@ private:
         const std::string& path;
         int channel;
         bool silent, keepTuning;
+        Refusal refusal;
     };
 
     bool load(const Task& task);

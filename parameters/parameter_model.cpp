@@ -1,6 +1,7 @@
 #include "parameters/parameter_model.h"
 
 #include "base/numbers.h"
+#include "base/text.h"
 
 namespace vantoric {
 
@@ -21,9 +22,10 @@ const Limits& allLimits() {
     return limits;
 }
 
-void cutText(const std::string& full, char* text) {
-    const std::size_t length = full.copy(text, hostTextLength);
-    text[length] = 0;
+void writeCut(const std::string& full, char* text) {
+    const std::string_view cut = cutText(full, hostTextLength);
+    cut.copy(text, cut.size());
+    text[cut.size()] = 0;
 }
 
 }  // namespace
@@ -64,15 +66,15 @@ void ParameterModel::snapshotLayer(int layer, float* block) const {
 }
 
 void ParameterModel::getParameterName(int index, char* text) const {
-    cutText(isParameter(index) ? parameterInfo(numberOfParameter(index)).name : "", text);
+    writeCut(isParameter(index) ? parameterInfo(numberOfParameter(index)).name : "", text);
 }
 
 void ParameterModel::getParameterDisplay(int index, char* text) const {
-    cutText(controlsPresent_.load(std::memory_order_relaxed) ? displayText(index) : std::string(), text);
+    writeCut(controlsPresent_.load(std::memory_order_relaxed) ? displayText(index) : std::string(), text);
 }
 
 void ParameterModel::getParameterLabel(int index, char* text) const {
-    cutText(isParameter(index) ? parameterUnit(numberOfParameter(index), lfoModeOf(index)) : "", text);
+    writeCut(isParameter(index) ? parameterUnit(numberOfParameter(index), lfoModeOf(index)) : "", text);
 }
 
 std::string ParameterModel::displayText(int index) const {

@@ -7,6 +7,7 @@
 
 #include "base/numbers.h"
 #include "base/parameters.h"
+#include "base/text.h"
 
 namespace vantoric {
 
@@ -66,7 +67,8 @@ ChunkBytes PatchChunk::getChunk() {
     std::fill(data, data + chunk::parameterOffset, std::uint8_t{0});
     data[chunk::versionOffset] = chunk::formatVersion;
     const std::string name = program_.getProgramName();
-    std::memcpy(data + chunk::nameOffset, name.data(), std::min<std::size_t>(name.size(), chunk::nameWritten));
+    const std::string_view stored = cutText(name, chunk::nameWritten);
+    std::memcpy(data + chunk::nameOffset, stored.data(), stored.size());
     for (int i = 0; i < parameterCount; ++i)
         chunk::writeBigFloat(data + chunk::parameterOffset + 4 * i, parameters_.getParameter(i));
 

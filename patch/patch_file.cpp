@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/parameters.h"
+#include "base/text.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
 
@@ -38,7 +39,8 @@ PatchHeader makePatchHeader(const std::string& name, std::int32_t chunkSize) {
     std::memcpy(&header[identifierOffset], identifier, 4);
     chunk::writeBigLong(&header[20], 1);
     chunk::writeBigLong(&header[24], parameterCount);
-    std::memcpy(&header[nameOffset], name.data(), std::min(name.size(), nameBytes));
+    const std::string_view stored = cutText(name, nameBytes);
+    std::memcpy(&header[nameOffset], stored.data(), stored.size());
     chunk::writeBigLong(&header[chunkSizeOffset], static_cast<std::uint32_t>(chunkSize));
     return header;
 }
@@ -57,7 +59,7 @@ std::span<const std::uint8_t> chunkOfFile(std::span<const std::uint8_t> file) {
 
 std::string patchNameOfPath(const std::string& path) {
     const std::string name = path.substr(startOfLastComponent(path));
-    return name.substr(0, name.size() - std::min(name.size(), extensionLength));
+    return std::string(cutText(name, name.size() - std::min(name.size(), extensionLength)));
 }
 
 std::string folderOfPath(const std::string& path) { return path.substr(0, startOfLastComponent(path)); }

@@ -15,7 +15,7 @@ namespace vantoric {
 inline constexpr int patchHeaderBytes = 60;
 using PatchHeader = std::array<std::uint8_t, patchHeaderBytes>;
 
-// The header of a patch of that name (stored up to 26 characters) with a chunk of `chunkSize` bytes.
+// The header of a patch of that name (stored up to 26 bytes, its last character whole) with a chunk of `chunkSize` bytes.
 PatchHeader makePatchHeader(const std::string& name, std::int32_t chunkSize);
 
 // Whether a file begins like a patch of this instrument. Other fields of the header may hold anything.
@@ -26,7 +26,7 @@ bool isPatchFile(std::span<const std::uint8_t> file);
 std::span<const std::uint8_t> chunkOfFile(std::span<const std::uint8_t> file);
 
 // The name that a file gives its patch: the last component of the path without its last 4 characters,
-// whatever they are. Both slash and backslash separate.
+// whatever they are (and without what they leave of a longer character). Both slash and backslash separate.
 std::string patchNameOfPath(const std::string& path);
 
 // The folder of a path with its separator; empty if it has none.

@@ -23,7 +23,7 @@ bool DesktopDialogs::question(const std::string& title, const std::string& text)
 }
 
 bool DesktopDialogs::choosePath(const FileRequest& request, std::string& path) {
-    char chosen[1024] = {};
+    std::string chosen(32768, '\0');  // the longest path that the system knows
     std::string filter = request.filterText;
     filter.push_back('\0');
     filter += request.extension.empty() ? "*.*" : "*" + request.extension;
@@ -31,13 +31,13 @@ bool DesktopDialogs::choosePath(const FileRequest& request, std::string& path) {
     OPENFILENAMEA dialog{};
     dialog.lStructSize = sizeof dialog;
     dialog.lpstrFilter = filter.c_str();
-    dialog.lpstrFile = chosen;
-    dialog.nMaxFile = sizeof chosen;
+    dialog.lpstrFile = chosen.data();
+    dialog.nMaxFile = static_cast<DWORD>(chosen.size());
     dialog.lpstrTitle = request.title.c_str();
     dialog.lpstrInitialDir = request.startFolder.empty() ? nullptr : request.startFolder.c_str();
     dialog.Flags = OFN_NOCHANGEDIR | OFN_HIDEREADONLY | (request.isSave ? 0 : OFN_FILEMUSTEXIST);
     if (!(request.isSave ? GetSaveFileNameA(&dialog) : GetOpenFileNameA(&dialog))) return false;
-    path = chosen;
+    path = chosen.c_str();
     return true;
 }
 

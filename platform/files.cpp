@@ -1,6 +1,8 @@
 #include "platform/files.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -9,7 +11,9 @@
 #ifdef _WIN32
 #include <io.h>
 #include <process.h>
+#include <windows.h>
 #else
+#include <fcntl.h>
 #include <unistd.h>
 #endif
 
@@ -24,14 +28,6 @@ struct CloseFile {
 };
 using OpenFile = std::unique_ptr<std::FILE, CloseFile>;
 
-#ifdef _WIN32
-bool mayWrite(const std::string& path) { return _access(path.c_str(), 2) == 0; }
-long processNumber() { return _getpid(); }
-#else
-bool mayWrite(const std::string& path) { return access(path.c_str(), W_OK) == 0; }
-long processNumber() { return getpid(); }
-#endif
-
 bool readAll(std::FILE* file, std::vector<std::uint8_t>& bytes, std::size_t limit) {
     constexpr std::size_t chunk = 65536;
     for (;;) {
@@ -44,54 +40,137 @@ bool readAll(std::FILE* file, std::vector<std::uint8_t>& bytes, std::size_t limi
     }
 }
 
-bool writeAll(const std::string& path, const void* bytes, std::size_t size) {
-    OpenFile file(std::fopen(path.c_str(), "wbx"));
-    if (!file) return false;
-    const bool written = size == 0 || std::fwrite(bytes, 1, size, file.get()) == size;
-    return std::fclose(file.release()) == 0 && written;
+// What becomes of writing the bytes of a new file.
+enum class Written { done, failed, nameTaken };
+
+#ifdef _WIN32
+
+bool mayWrite(const std::string& path) { return _access(path.c_str(), 2) == 0; }
+long processNumber() { return _getpid(); }
+
+bool writeToDisk(HANDLE file, const std::uint8_t* bytes, std::size_t size) {
+    while (size > 0) {
+        DWORD count = 0;
+        if (!WriteFile(file, bytes, static_cast<DWORD>(std::min(size, std::size_t{1} << 30)), &count, nullptr)) return false;
+        bytes += count;
+        size -= count;
+    }
+    return FlushFileBuffers(file) != 0;
 }
 
-std::string nameBeside(const std::string& path) {
+Written writeNew(const std::string& path, const void* bytes, std::size_t size) {
+    const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_FILE_EXISTS ? Written::nameTaken : Written::failed;
+    const bool isOnDisk = writeToDisk(file, static_cast<const std::uint8_t*>(bytes), size);
+    return CloseHandle(file) && isOnDisk ? Written::done : Written::failed;
+}
+
+bool replaceFile(const std::string& from, const std::string& to) {
+    return MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+}
+
+void syncFolder(const fs::path&) {}  // MOVEFILE_WRITE_THROUGH has waited for it
+
+#else
+
+bool mayWrite(const std::string& path) { return access(path.c_str(), W_OK) == 0; }
+long processNumber() { return getpid(); }
+
+bool writeToDisk(int file, const std::uint8_t* bytes, std::size_t size) {
+    while (size > 0) {
+        const ssize_t count = write(file, bytes, size);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return false;
+        bytes += count;
+        size -= static_cast<std::size_t>(count);
+    }
+    return fsync(file) == 0;
+}
+
+Written writeNew(const std::string& path, const void* bytes, std::size_t size) {
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0) return errno == EEXIST ? Written::nameTaken : Written::failed;
+    const bool isOnDisk = writeToDisk(file, static_cast<const std::uint8_t*>(bytes), size);
+    return close(file) == 0 && isOnDisk ? Written::done : Written::failed;
+}
+
+bool replaceFile(const std::string& from, const std::string& to) { return std::rename(from.c_str(), to.c_str()) == 0; }
+
+// Some file systems cannot: there the name is on disk a little later, and names one whole file or the other.
+void syncFolder(const fs::path& folder) {
+    const int handle = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (handle < 0) return;
+    fsync(handle);
+    close(handle);
+}
+
+#endif
+
+// A name that nobody else uses, of a length of its own: the target's may be as long as a name can be.
+std::string nameInside(const fs::path& folder) {
     static std::atomic<unsigned> counter{0};
-    return path + "." + std::to_string(processNumber()) + "-" + std::to_string(counter.fetch_add(1)) + ".tmp";
+    const std::string name = "vantoric-" + std::to_string(processNumber()) + "-" + std::to_string(counter.fetch_add(1)) + ".tmp";
+    return (folder / name).string();
+}
+
+// Files that a crash has left may have names that are made again.
+Written writeBeside(const fs::path& folder, const void* bytes, std::size_t size, std::string& beside) {
+    constexpr int tries = 1000;
+    Written written = Written::nameTaken;
+    for (int i = 0; i < tries && written == Written::nameTaken; ++i) {
+        beside = nameInside(folder);
+        written = writeNew(beside, bytes, size);
+    }
+    return written;
 }
 
 }  // namespace
 
-bool readFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit) {
+FileRead tryReadFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit) {
     bytes.clear();
     std::error_code error;
     // Asked before opening: opening a pipe would wait for its writer.
-    if (!fs::is_regular_file(path, error)) return false;
+    const fs::file_status status = fs::status(path, error);
+    if (status.type() == fs::file_type::not_found) return FileRead::missing;
+    if (!fs::is_regular_file(status)) return FileRead::unreadable;
     const OpenFile file(std::fopen(path.c_str(), "rb"));
+    if (!file) return FileRead::unreadable;
     const std::uintmax_t size = fs::file_size(path, error);
-    if (!file || (!error && size > limit)) return false;
+    if (!error && size > limit) return FileRead::tooLarge;
     if (!error) bytes.reserve(static_cast<std::size_t>(size) + 65536);
-    if (readAll(file.get(), bytes, limit)) return true;
+    if (readAll(file.get(), bytes, limit)) return FileRead::done;
+    const bool isTooLarge = bytes.size() > limit;
     bytes.clear();
-    return false;
+    return isTooLarge ? FileRead::tooLarge : FileRead::unreadable;
+}
+
+bool readFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit) {
+    return tryReadFile(path, bytes, limit) == FileRead::done;
 }
 
 bool writeFile(const std::string& path, const void* bytes, std::size_t size) {
     std::error_code error;
-    std::string target = path;
-    if (fs::is_symlink(path, error)) {
-        const fs::path real = fs::canonical(path, error);
+    fs::path target = path;
+    if (fs::is_symlink(target, error)) {
+        target = fs::canonical(path, error);
         if (error) return false;
-        target = real.string();
     }
     const fs::file_status status = fs::status(target, error);
     const bool replaces = fs::exists(status);
-    if (replaces && (!fs::is_regular_file(status) || !mayWrite(target))) return false;
-    const std::string beside = nameBeside(target);
-    bool done = writeAll(beside, bytes, size);
+    if (!target.has_filename() || (replaces && (!fs::is_regular_file(status) || !mayWrite(target.string())))) return false;
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    std::string beside;
+    const Written written = writeBeside(folder, bytes, size, beside);
+    if (written == Written::nameTaken) return false;
+    bool done = written == Written::done;
     if (done && replaces) fs::permissions(beside, status.permissions(), error);
-    if (done) {
-        fs::rename(beside, target, error);
-        done = !error;
+    done = done && replaceFile(beside, target.string());
+    if (!done) {
+        fs::remove(beside, error);
+        return false;
     }
-    if (!done) fs::remove(beside, error);
-    return done;
+    syncFolder(folder);
+    return true;
 }
 
 bool listFolder(const std::string& folder, std::vector<FolderEntry>& entries) {

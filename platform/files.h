@@ -11,14 +11,19 @@ namespace vantoric::platform {
 
 inline constexpr std::size_t defaultReadLimit = std::size_t{1} << 30;  // bytes
 
-// Reads a whole regular file. False, with `bytes` empty, if there is none, it cannot be read (a folder, a
-// device, missing rights, gone or failing while being read) or it holds more than `limit` bytes.
+// missing: no file of that name. unreadable: a folder, a device, missing rights, or failing while being read.
+enum class FileRead { done, missing, unreadable, tooLarge };
+
+// Reads a whole regular file of up to `limit` bytes. `bytes` is empty unless done.
+FileRead tryReadFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit = defaultReadLimit);
+// The same for those who need no reason: whether it is done.
 bool readFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit = defaultReadLimit);
 
-// Writes a whole file: beside its place first, then renamed, so that a reader sees the old or the new one.
-// An existing file keeps its access rights; a symbolic link stays, and its target is replaced. False, with
-// the old file as it was, if it is write protected or a folder, or the folder is missing or cannot be
-// written. `bytes` may be null if `size` is 0.
+// Writes a whole file: beside its place first, and only once it is on disk renamed, so that a reader sees the
+// old or the new one, also after a power cut. It may take as long as the disk does. An existing file keeps its
+// access rights; a symbolic link stays, and its target is replaced. False, with the old file as it was, if it
+// is write protected or a folder, the folder is missing or cannot be written, or the disk is full or fails.
+// `bytes` may be null if `size` is 0.
 bool writeFile(const std::string& path, const void* bytes, std::size_t size);
 
 struct FolderEntry {

@@ -22,13 +22,31 @@ std::string below(const std::string& folder, const char* name) { return folder +
 
 #ifdef _WIN32
 
+constexpr DWORD longestPath = 32768;  // that the system knows
+
+// Behind all links; the path itself where the system does not tell.
+std::string realPath(const std::string& path) {
+    const HANDLE file = CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return path;
+    std::string real(longestPath, '\0');
+    const DWORD length = GetFinalPathNameByHandleA(file, real.data(), longestPath, FILE_NAME_NORMALIZED);
+    CloseHandle(file);
+    if (length == 0 || length >= longestPath) return path;
+    real.resize(length);
+    const std::string longForm = "\\\\?\\", shareForm = longForm + "UNC\\";
+    if (real.starts_with(shareForm)) return "\\\\" + real.substr(shareForm.size());
+    return real.starts_with(longForm) ? real.substr(longForm.size()) : real;
+}
+
 std::string modulePath() {
     HMODULE module = nullptr;
     const DWORD flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     if (!GetModuleHandleExA(flags, reinterpret_cast<LPCSTR>(&modulePath), &module)) return {};
-    char path[modulePathLimit + 1] = {};
-    const DWORD length = GetModuleFileNameA(module, path, sizeof path);
-    return std::string(path, length < sizeof path ? length : sizeof path - 1);
+    std::string path(longestPath, '\0');
+    const DWORD length = GetModuleFileNameA(module, path.data(), longestPath);
+    path.resize(length < longestPath ? length : 0);
+    return realPath(path);
 }
 
 #else
@@ -41,17 +59,17 @@ std::string modulePath() {
     const fs::path named(info.dli_fname);
     // A program found by the search path is known to the loader by its bare name only.
     const fs::path path = named.has_parent_path() ? fs::absolute(named, error) : fs::read_symlink("/proc/self/exe", error);
-    return error ? std::string() : path.string();
+    if (error) return {};
+    // Weakly: a module that was replaced or removed since it was loaded is where it was.
+    const fs::path real = fs::weakly_canonical(path, error);
+    return error ? path.string() : real.string();
 }
 
 #endif
 
 }  // namespace
 
-std::string folderOfModulePath(const std::string& path) {
-    const std::string cut = path.substr(0, modulePathLimit);
-    return cut.substr(0, cut.rfind(pathSeparator) + 1);
-}
+std::string folderOfModulePath(const std::string& path) { return path.substr(0, path.rfind(pathSeparator) + 1); }
 
 std::string moduleFolder() { return folderOfModulePath(modulePath()); }
 

@@ -12,14 +12,11 @@ inline constexpr char pathSeparator = '\\';
 inline constexpr char pathSeparator = '/';
 #endif
 
-// Longest module path in characters; a longer one is cut, and then nothing below it opens.
-inline constexpr int modulePathLimit = 255;
-
-// The part of `path` up to and with its last separator, after a cut to `modulePathLimit` characters;
-// empty if no separator is left.
+// The part of `path`, of any length, up to and with its last separator; empty without one.
 std::string folderOfModulePath(const std::string& path);
 
-// Folder of the shared library or program that holds this code, with its trailing separator. Asks the
+// Folder of the shared library or program that holds this code, with its trailing separator: that of the real
+// file, however many links led to it, as the data lie beside the file and not beside the links. Asks the
 // system at each call. Empty if the system does not tell. Any thread but the audio thread.
 std::string moduleFolder();
 

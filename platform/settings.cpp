@@ -60,10 +60,8 @@ std::string unescaped(const std::string& text) {
 
 using Settings = std::map<std::string, std::string>;
 
-Settings load(const std::string& path) {
+Settings parse(const std::vector<std::uint8_t>& bytes) {
     Settings settings;
-    std::vector<std::uint8_t> bytes;
-    readFile(path, bytes, settingsLimit);
     const std::string text(bytes.begin(), bytes.end());
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
@@ -81,8 +79,9 @@ void setSettingsFolder(const std::string& folder) { chosenFolder() = folder; }
 
 std::string readSetting(const std::string& name) {
     const std::string folder = settingsFolder();
-    if (folder.empty()) return {};
-    const Settings settings = load(folder + "/settings");
+    std::vector<std::uint8_t> bytes;
+    if (folder.empty() || !readFile(folder + "/settings", bytes, settingsLimit)) return {};
+    const Settings settings = parse(bytes);
     const auto found = settings.find(name);
     return found == settings.end() ? std::string() : found->second;
 }
@@ -90,11 +89,16 @@ std::string readSetting(const std::string& name) {
 bool writeSetting(const std::string& name, const std::string& value) {
     const std::string folder = settingsFolder();
     if (folder.empty() || name.find_first_of("=\n") != std::string::npos || !makeFolder(folder)) return false;
-    Settings settings = load(folder + "/settings");
+    const std::string path = folder + "/settings";
+    std::vector<std::uint8_t> bytes;
+    const FileRead read = tryReadFile(path, bytes, settingsLimit);
+    // What cannot be read cannot be kept.
+    if (read != FileRead::done && read != FileRead::missing) return false;
+    Settings settings = parse(bytes);
     settings[name] = value;
     std::string text;
     for (const auto& [key, stored] : settings) text += key + "=" + escaped(stored) + "\n";
-    return writeFile(folder + "/settings", text.data(), text.size());
+    return text.size() <= settingsLimit && writeFile(path, text.data(), text.size());
 }
 
 }  // namespace vantoric::platform

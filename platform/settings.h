@@ -11,7 +11,8 @@ namespace vantoric::platform {
 std::string readSetting(const std::string& name);
 
 // Stores a text, keeping all others; the folder or key is made if necessary. Written in one step.
-// `name` must not hold '=' or a line break. A failure is silent: false.
+// `name` must not hold '=' or a line break. A failure is silent: false, with all as it was. Settings that are
+// there and cannot be read, or would take more than 64 KiB, are left alone: a failure.
 bool writeSetting(const std::string& name, const std::string& value);
 
 // Keeps the settings in `folder` (without Orvix/Vantoric) instead of the user's configuration folder; an

@@ -13,10 +13,14 @@ constexpr char keyName[] = "Software\\Orvix\\Vantoric\\";
 void setSettingsFolder(const std::string&) {}
 
 std::string readSetting(const std::string& name) {
-    char text[1024] = {};
-    DWORD size = sizeof text;
-    const LSTATUS status = RegGetValueA(HKEY_CURRENT_USER, keyName, name.c_str(), RRF_RT_REG_SZ, nullptr, text, &size);
-    return status == ERROR_SUCCESS ? std::string(text) : std::string();
+    DWORD size = 0;
+    const auto read = [&](char* text) {
+        return RegGetValueA(HKEY_CURRENT_USER, keyName, name.c_str(), RRF_RT_REG_SZ, nullptr, text, &size) == ERROR_SUCCESS;
+    };
+    if (!read(nullptr)) return {};
+    std::string text(size, '\0');
+    if (!read(text.data())) return {};
+    return text.c_str();  // up to its end mark
 }
 
 bool writeSetting(const std::string& name, const std::string& value) {

@@ -41,7 +41,7 @@ inline constexpr int editCommandCount = 45;
 // The rows of the menu by their index.
 extern const std::array<EditCommand, editCommandCount> editCommands;
 
-// First row that stores the sound for undo; all from here on do, but for separators.
+// First row that stores the sound for undo; all from here on do, but for separators and the export.
 inline constexpr int firstStoredCommand = 2;
 
 // The samples that a command works on: those between the loop markers, whichever comes first; from 0 to

@@ -63,11 +63,6 @@ int scaleToPeak(CycleSpan cycle) {
     return peak;
 }
 
-bool refuse(platform::Dialogs& dialogs, const std::string& title, const char* text) {
-    dialogs.message(title, text);
-    return false;
-}
-
 }  // namespace
 
 CycleSource resynthesizeSound(Sound sound, CycleSpan cycle) {
@@ -84,27 +79,27 @@ CycleSource resynthesizeSound(Sound sound, CycleSpan cycle) {
     return source;
 }
 
-bool resynthesizeWave(std::span<const std::uint8_t> file, const std::string& title, CycleSpan cycle, platform::Dialogs& dialogs) {
+Outcome resynthesizeWave(std::span<const std::uint8_t> file, const std::string& title, CycleSpan cycle) {
     const WaveLayout layout = parseWave(file);
-    if (layout.error != WaveError::none) return refuse(dialogs, title, waveErrorText(layout.error));
+    if (layout.error != WaveError::none) return Outcome::failure(title, waveErrorText(layout.error));
     const std::vector<std::int16_t> sound = convertWave(file, layout, 0, resynthesisFloatScale);
-    if (sound.empty()) return refuse(dialogs, title, waveErrorText(WaveError::noData));  // less than one frame
+    if (sound.empty()) return Outcome::failure(title, waveErrorText(WaveError::noData));  // less than one frame
     resynthesizeSound(sound, cycle);
-    return true;
+    return Outcome::success();
 }
 
-bool resynthesizeFile(const std::string& path, CycleSpan cycle, platform::Dialogs& dialogs) try {
+Outcome resynthesizeFile(const std::string& path, CycleSpan cycle) try {
     std::vector<std::uint8_t> file;
     switch (readWaveFile(path, file, maxResynthesisBytes)) {
-        case WaveRead::unreadable: return false;
+        case WaveRead::unreadable: return Outcome::silentFailure();
         case WaveRead::tooLarge:
-            return refuse(dialogs, "Error",
-                          "This file is too large and not suitable for resynthesis. Please choose a smaller one!");
+            return Outcome::failure("Error",
+                                    "This file is too large and not suitable for resynthesis. Please choose a smaller one!");
         case WaveRead::done: break;
     }
-    return resynthesizeWave(file, path, cycle, dialogs);
+    return resynthesizeWave(file, path, cycle);
 } catch (const std::bad_alloc&) {
-    return refuse(dialogs, "Error", "Not enought memory.");
+    return Outcome::failure("Error", "Not enought memory.");
 }
 
 }  // namespace vantoric

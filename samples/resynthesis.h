@@ -7,7 +7,7 @@
 #include <span>
 #include <string>
 
-#include "platform/dialogs.h"
+#include "base/outcome.h"
 #include "sound/oscillator_state.h"
 
 namespace vantoric {
@@ -31,12 +31,12 @@ struct CycleSource {
 // std::bad_alloc.
 CycleSource resynthesizeSound(std::span<const std::int16_t> sound, CycleSpan cycle);
 
-// The same from the bytes of a wave file, with its first channel. False, with a box titled `title` and `cycle`
-// as it was, if they are no wave file that can be read. Any bytes. May throw std::bad_alloc.
-bool resynthesizeWave(std::span<const std::uint8_t> file, const std::string& title, CycleSpan cycle, platform::Dialogs& dialogs);
+// The same from the bytes of a wave file, with its first channel. A failure, told under `title`, with `cycle` as it
+// was, if they are no wave file that can be read. Any bytes. May throw std::bad_alloc.
+Outcome resynthesizeWave(std::span<const std::uint8_t> file, const std::string& title, CycleSpan cycle);
 
-// The same from a file. A file above 1000000 bytes is refused with a box, one that cannot be opened without.
-// Short memory is a box. Throws nothing.
-bool resynthesizeFile(const std::string& path, CycleSpan cycle, platform::Dialogs& dialogs);
+// The same from a file. One above 1000000 bytes and short memory are failures that are told; a file that cannot be
+// opened is passed over in silence.
+Outcome resynthesizeFile(const std::string& path, CycleSpan cycle);
 
 }  // namespace vantoric

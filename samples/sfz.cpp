@@ -100,7 +100,14 @@ void readAllKeys(SfzRegion& region, Text value) {
     if (const auto key = sfzKey(firstWord(value))) region.lokey = region.hikey = region.keyCenter = *key;
 }
 
-void readSequence(SfzRegion& region, Text value) { region.isLaterRound = firstWord(value) != "1"; }
+// Any place of a region that names another round drops it; what its group says counts until the region says it.
+void readSequence(SfzRegion& region, Text value) {
+    bool isLater = region.isRoundGiven && region.isLaterRound;
+    for (std::optional<Text> place = value; place; place = behind(*place, "seq_position="))
+        isLater = isLater || firstWord(*place) != "1";
+    region.isLaterRound = isLater;
+    region.isRoundGiven = true;
+}
 
 void readHighVelocity(SfzRegion& region, Text value) {
     if (const auto number = numberOf(value)) region.isLowerLayer = *number < 127.0;
@@ -230,6 +237,7 @@ private:
         if (level == otherLevel) return;
         for (std::size_t k = level; k < otherLevel; ++k) levels_[k] = k == globalLevel ? SfzRegion() : levels_[k - 1];
         levels_[level].group = file_.groups;
+        levels_[level].isRoundGiven = false;
     }
 
     void settings(Text text) {

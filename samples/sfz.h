@@ -39,6 +39,7 @@ struct SfzRegion {
     std::optional<int> polyphony;    // voices, 1 or more
     // Each of these keeps a region out.
     bool isLaterRound = false, isReleaseSound = false, isLowerLayer = false;
+    bool isRoundGiven = false;  // by the region itself
 };
 
 struct SfzFile {

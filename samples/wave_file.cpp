@@ -2,10 +2,7 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <memory>
 #include <string_view>
 
 #include "base/numbers.h"
@@ -21,9 +18,12 @@ constexpr std::size_t readMargin = 1000;    // zero bytes that stand behind a fi
 constexpr std::size_t headerSearch = 1000;  // bytes in which the format chunk is looked for
 constexpr std::size_t formatPosition = 12;  // where it usually stands
 constexpr int pcmTag = 1, floatTag = 3;
+constexpr int extensibleTag = 0xfffe;  // the sub-format tells
+// Of a sub-format, behind its two bytes of a tag: the standard media identifier.
+constexpr std::uint8_t mediaId[] = {0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80, 0x00, 0x00, 0xaa, 0x00, 0x38, 0x9b, 0x71};
 
 // Fields of the format chunk, from its tag on.
-constexpr std::size_t tagField = 8, channelsField = 10, rateField = 12, bitsField = 22;
+constexpr std::size_t tagField = 8, channelsField = 10, rateField = 12, bitsField = 22, subFormatField = 32;
 // Fields of the sampler chunk, from its tag on.
 constexpr std::size_t loopCountField = 36, loopStartField = 52, loopEndField = 56;
 
@@ -48,10 +48,18 @@ std::optional<std::size_t> findFormat(File file) {
     return findTag(file.first(std::min(file.size(), headerSearch)), "fmt ");
 }
 
+// The tag that counts. An extensible format without a sub-format of the standard kind keeps its own.
+std::uint32_t formatTag(File file, std::size_t format) {
+    const std::uint32_t tag = word16(file, format + tagField);
+    const std::size_t id = format + subFormatField + 2;
+    if (tag != extensibleTag || id + sizeof mediaId > file.size()) return tag;
+    return std::memcmp(file.data() + id, mediaId, sizeof mediaId) == 0 ? word16(file, format + subFormatField) : tag;
+}
+
 WaveError readFormat(File file, WaveLayout& layout) {
     const std::optional<std::size_t> format = findFormat(file);
     if (!format) return WaveError::badHeader;
-    const std::uint32_t tag = word16(file, *format + tagField);
+    const std::uint32_t tag = formatTag(file, *format);
     const std::uint32_t channels = word16(file, *format + channelsField);
     const std::uint32_t bits = word16(file, *format + bitsField);
     if (tag != pcmTag && tag != floatTag) return WaveError::badEncoding;
@@ -108,17 +116,6 @@ std::int16_t sampleAt(File file, const WaveLayout& layout, std::size_t at, doubl
     }
 }
 
-bool isTooLarge(const std::string& path, std::size_t limit) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error)) return false;
-    const std::uintmax_t size = std::filesystem::file_size(path, error);
-    if (error || size <= limit) return false;
-    std::FILE* const file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr) return false;
-    std::fclose(file);
-    return true;
-}
-
 constexpr int octaves = 7;
 constexpr const char* noteNames[5][12] = {
     {"C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#", "B"},
@@ -157,7 +154,8 @@ private:
 const char* waveErrorText(WaveError error) {
     switch (error) {
         case WaveError::badHeader: return "Invalid wav file header.";
-        case WaveError::badEncoding: return "Unsupported file format (no PCM or FLOAT encoding).";
+        case WaveError::badEncoding:
+        case WaveError::badRate: return "Unsupported file format (no PCM or FLOAT encoding).";
         case WaveError::badChannels: return "Only mono or stereo samples can be loaded.";
         case WaveError::badBits: return "Only 8bit, 16bit, 24bit or 32 bit samples can be loaded.";
         case WaveError::noData: return "Corrupt Wav file format. No data found.";
@@ -215,8 +213,11 @@ bool settleLoop(WaveSound& sound) {
 }
 
 WaveRead readWaveFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit) {
-    if (platform::readFile(path, bytes, limit)) return WaveRead::done;
-    return isTooLarge(path, limit) ? WaveRead::tooLarge : WaveRead::unreadable;
+    switch (platform::tryReadFile(path, bytes, limit)) {
+        case platform::FileRead::done: return WaveRead::done;
+        case platform::FileRead::tooLarge: return WaveRead::tooLarge;
+        default: return WaveRead::unreadable;
+    }
 }
 
 bool isStereoFile(const std::string& path) {
@@ -258,11 +259,10 @@ std::vector<std::uint8_t> waveFileBytes(std::span<const std::int16_t> samples) {
     return bytes;
 }
 
-bool writeWave(std::span<const std::int16_t> samples, const std::string& path, platform::Dialogs& dialogs) {
+Outcome writeWave(std::span<const std::int16_t> samples, const std::string& path) {
     const std::vector<std::uint8_t> bytes = waveFileBytes(samples);
-    if (platform::writeFile(path, bytes.data(), bytes.size())) return true;
-    dialogs.message(path, "File write error. File is write protected or opened by another application.");
-    return false;
+    if (platform::writeFile(path, bytes.data(), bytes.size())) return Outcome::success();
+    return Outcome::failure(path, "File write error. File is write protected or opened by another application.");
 }
 
 }  // namespace vantoric

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/dialogs.h"
+#include "base/outcome.h"
 #include "samples/sample_levels.h"
 
 namespace vantoric {
@@ -20,9 +20,11 @@ inline constexpr std::int32_t maxPlayableSamples = 524277;  // what a 19-bit pos
 
 inline constexpr double sampleFloatScale = 32766.0 * 0.9;  // of 32-bit float files that become samples
 
-enum class WaveError { none, badHeader, badEncoding, badChannels, badBits, noData };
+// badRate: more than `maxSampleRate`, which a sample cannot keep in a patch. parseWave never gives it, as not all that is
+// made of a wave keeps its rate.
+enum class WaveError { none, badHeader, badEncoding, badChannels, badBits, noData, badRate };
 
-// The text of the box for an error; empty for none.
+// What the user is told of an error; empty for none.
 const char* waveErrorText(WaveError error);
 
 // Where a file keeps its sound.
@@ -38,9 +40,10 @@ struct WaveLayout {
     std::uint32_t loopStart = 0, loopEnd = 0;  // samples; the end is the last one inside
 };
 
-// Finds format, loop and data in the bytes of a file; tests them in the order of WaveError. `file` may hold
-// anything and may be empty. A data size that passes the end of the file by more than the reader's margin of
-// 1000 zero bytes is cut to the file; so the frames never take more than the file and that margin.
+// Finds format, loop and data in the bytes of a file; tests them in the order of WaveError. The extensible format counts
+// as what its sub-format says, PCM or float. `file` may hold anything and may be empty. A data size that passes the end of the
+// file by more than the reader's margin of 1000 zero bytes is cut to the file; so the frames never take more than the file and
+// that margin.
 WaveLayout parseWave(std::span<const std::uint8_t> file);
 
 // Whether the format chunk of a file's bytes says two channels.
@@ -94,7 +97,7 @@ std::optional<FileNameTuning> fileNameTuning(const std::string& path);
 // std::bad_alloc.
 std::vector<std::uint8_t> waveFileBytes(std::span<const std::int16_t> samples);
 
-// Writes that file. False, with a box that has the path as its title, if it cannot be created.
-bool writeWave(std::span<const std::int16_t> samples, const std::string& path, platform::Dialogs& dialogs);
+// Writes that file. A failure, told under the path, if it cannot be created. May throw std::bad_alloc.
+Outcome writeWave(std::span<const std::int16_t> samples, const std::string& path);
 
 }  // namespace vantoric

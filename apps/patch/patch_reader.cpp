@@ -9,6 +9,7 @@
 #include "apps/patch/value_text.h"
 #include "apps/patch/wave_text.h"
 #include "base/numbers.h"
+#include "base/text.h"
 #include "parameters/parameter_table.h"
 #include "parameters/parameter_text.h"
 
@@ -42,7 +43,7 @@ Json parse(std::string_view text) {
 
 std::string shown(const Json& value) {
     std::string text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
-    return text.size() > 40 ? text.substr(0, 40) + "..." : text;
+    return text.size() > 40 ? std::string(cutText(text, 40)) + "..." : text;
 }
 
 // One key of the text, with the way to it.

@@ -43,7 +43,8 @@ SampleBench::SampleBench(Patch& patch, platform::Dialogs& dialogs)
 
 bool SampleBench::loadWave(int wave, const WaveOrder& order) {
     const int layer = layerOf(wave), oscillator = oscillatorOf(wave);
-    if (!loader_.loadSampleChannel(layer, oscillator, order.path, order.keepTuning, order.channel)) return false;
+    if (!loader_.loadSampleChannel(layer, oscillator, order.path, order.keepTuning, order.channel, Refusal::leavesEarlier))
+        return false;
     if (order.autotune) loader_.autotune(layer, oscillator);
     play(wave, sampleType);
     return true;

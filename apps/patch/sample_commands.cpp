@@ -11,6 +11,7 @@
 #include "apps/patch/patch_text.h"
 #include "apps/patch/storage.h"
 #include "apps/patch/value_text.h"
+#include "base/text.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
 
@@ -160,7 +161,7 @@ int SampleCommands::run() try {
 
 void SampleCommands::begin(Patch& patch) const {
     if (options_.patch == "init" && !platform::exists(options_.patch))
-        patch.name = fs::path(options_.out).stem().string().substr(0, longestName);
+        patch.name = cutText(fs::path(options_.out).stem().string(), longestName);
     else
         load(options_.patch, patch);
 }

@@ -5,6 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <string_view>
+
+#include "base/text.h"
 
 namespace vantoric {
 
@@ -48,9 +51,10 @@ bool channelsReadable(Sample** inputs, std::int32_t count) {
 }  // namespace
 
 void copyText(char* destination, const char* text, std::size_t maxCharacters) {
-    const std::size_t length = strnlen(text, maxCharacters);
-    std::memcpy(destination, text, length);
-    destination[length] = 0;
+    constexpr std::size_t behind = 3;  // of a character that begins within the limit
+    const std::string_view cut = cutText({text, strnlen(text, maxCharacters + behind)}, maxCharacters);
+    cut.copy(destination, cut.size());
+    destination[cut.size()] = 0;
 }
 
 AudioEffect::AudioEffect(HostCallback host, std::int32_t programs, std::int32_t parameters) : host_(host) {

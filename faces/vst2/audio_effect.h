@@ -15,7 +15,8 @@ namespace vantoric {
 // Size of every text buffer that an operation of AudioEffect or AudioEffectX is given, closing zero included.
 constexpr std::size_t textBufferSize = 256;
 
-// Copies at most `maxCharacters` of `text` and a closing zero: `destination` holds maxCharacters + 1.
+// Copies at most `maxCharacters` bytes of `text`, which ends in a zero, and a closing zero: `destination` holds
+// maxCharacters + 1. A character of several bytes (UTF-8) is copied whole or not at all.
 void copyText(char* destination, const char* text, std::size_t maxCharacters);
 
 class AudioEffect {

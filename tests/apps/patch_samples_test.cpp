@@ -187,8 +187,7 @@ TEST_F(SampleProgram, MakesACustomWaveOfAFile) {
     const Patch& made = read("a.fxp");
     EXPECT_EQ(made.parameters.getListIndex(hostIndex(p::SynType1 + 2, 1)), customWaveType);
     std::array<std::int16_t, cycleSamples> expected{};
-    platform::DesktopDialogs dialogs;
-    ASSERT_TRUE(resynthesizeFile(folder / "tone.wav", expected, dialogs));
+    ASSERT_TRUE(resynthesizeFile(folder / "tone.wav", expected));
     EXPECT_EQ(made.customWaves[5], expected);
     EXPECT_EQ(made.customWaves[4], initCycle());
     // One turn of a sine, at the peak of all cycles.

@@ -172,10 +172,9 @@ json tuning(const Case& c) {
 
 json write(const Case& c) {
     const platform::ScratchFolder scratch;
-    platform::RecordedDialogs dialogs;
     const auto written = [&](const Samples& samples) {
         std::vector<std::uint8_t> bytes;
-        if (!writeWave(samples, scratch / "out.wav", dialogs) || !platform::readFile(scratch / "out.wav", bytes))
+        if (!writeWave(samples, scratch / "out.wav") || !platform::readFile(scratch / "out.wav", bytes))
             throw std::runtime_error("not written");
         return bytes;
     };

@@ -121,12 +121,12 @@ TEST_F(ConfigFiles, FlagFilesCountByTheirPresence) {
     EXPECT_TRUE(deallocRequested());
 }
 
-TEST_F(ConfigFiles, ACutModulePathLeavesNoFileToOpen) {
-    const std::string longFolder = folder_.path() + std::string(250, 'd') + "/";
+TEST_F(ConfigFiles, AnInstallationFarDownIsFoundAndWritten) {
+    const std::string longFolder = folder_.path() + std::string(250, 'd') + "/" + std::string(250, 'e') + "/";
     ASSERT_TRUE(platform::makeFolder(longFolder + "Vantoric_data"));
-    store(longFolder + "Vantoric_data/VantoriSize.cfg", {5});
     platform::setDataFolder(platform::folderOfModulePath(longFolder + "Vantoric.so"));
-    EXPECT_EQ(readSizeIndex(), std::nullopt);
+    ASSERT_TRUE(writeSizeIndex(5, dialogs_));
+    EXPECT_EQ(readSizeIndex(), 5);
 }
 
 }  // namespace

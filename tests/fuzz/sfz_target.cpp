@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "platform/recorded_dialogs.h"
 #include "samples/resynthesis.h"
 #include "samples/sfz.h"
 #include "samples/wave_file.h"
@@ -57,17 +56,17 @@ void sfzFile(const std::uint8_t* data, std::size_t size) {
 
 // The file's own bytes.
 void resynthesis(const std::uint8_t* data, std::size_t size) {
-    platform::RecordedDialogs dialogs;
     std::array<std::int16_t, cycleSamples> cycle;
     cycle.fill(-32768);
     const WaveLayout layout = parseWave({data, size});
     if (layout.error == WaveError::none && static_cast<std::size_t>(layout.frames) > longestSound) return;
-    if (!resynthesizeWave({data, size}, "x", cycle, dialogs)) {
-        require(dialogs.boxes().size() == 1, "a refusal is told");
+    const Outcome outcome = resynthesizeWave({data, size}, "x", cycle);
+    if (!outcome) {
+        require(outcome.title == "x" && !outcome.text.empty(), "a refusal is told");
         for (const std::int16_t s : cycle) require(s == -32768, "and changes nothing");
         return;
     }
-    require(dialogs.boxes().empty(), "a success is quiet");
+    require(outcome.text.empty(), "a success is quiet");
     int peak = 0;
     for (const int s : cycle) peak = std::max(peak, std::abs(s));
     require(peak == 0 || (peak >= resynthesisPeak - 1 && peak <= resynthesisPeak), "a cycle is silent or at its peak");

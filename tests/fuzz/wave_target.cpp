@@ -31,6 +31,17 @@ Bytes madeWave(std::uint32_t tag, std::uint32_t channels, std::uint32_t bits, bo
     return bytes;
 }
 
+// With a sub-format of the standard kind.
+Bytes extensibleWave() {
+    Bytes bytes;
+    put(bytes, "RIFF", {100});
+    put(bytes, "WAVE", {});
+    put(bytes, "fmt ", {40, 0xfffe | 1 << 16, 44100, 88200, 2 | 16 << 16, 22 | 16 << 16, 0, 1, 0x100000, 0xaa000080, 0x719b3800});
+    put(bytes, "data", {dataBytes});
+    for (std::uint8_t i = 0; i < dataBytes; ++i) bytes.push_back(static_cast<std::uint8_t>(i * 37));
+    return bytes;
+}
+
 void requireSoundSamples(const WaveSound& sound) {
     require(sound.samples.size() <= static_cast<std::size_t>(maxPlayableSamples), "a sound is within reach");
     require(sound.loopStart <= sound.loopEnd && sound.loopEnd <= sound.samples.size(), "a loop is within its sound");
@@ -69,7 +80,7 @@ void waveFile(const std::uint8_t* data, std::size_t size) {
 
 std::vector<Bytes> waveFileSeeds() {
     std::vector<Bytes> seeds = {madeWave(1, 1, 8, false), madeWave(1, 2, 16, true), madeWave(1, 2, 24, false),
-                                madeWave(3, 1, 32, true)};
+                                madeWave(3, 1, 32, true), extensibleWave()};
     Bytes headless = seeds[1];
     headless.erase(headless.begin(), headless.begin() + 12);
     seeds.push_back(headless);

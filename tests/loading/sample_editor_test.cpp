@@ -213,6 +213,16 @@ TEST_F(SampleEditing, ExportWritesTheWholeSampleAndChangesNothing) {
     EXPECT_TRUE(dialogs.boxes().empty());
 }
 
+TEST_F(SampleEditing, ExportDoesNotTouchTheUndo) {
+    Sample& sample = put(0, 0, {1, 2, 3});
+    editor->editSample(0, 0, reverse);
+    dialogs.choosePathNext(folder / "out");
+    editor->editSample(0, 0, exportWave);
+    editor->editSample(0, 0, exportWave);
+    EXPECT_TRUE(editor->editSample(0, 0, undo));
+    EXPECT_EQ(dataOf(sample), Data({1, 2, 3}));
+}
+
 TEST_F(SampleEditing, ExportToAPlaceThatCannotBeWrittenGivesABox) {
     put(0, 0, {1, 2, 3});
     dialogs.choosePathNext(folder / "none/out.wav");

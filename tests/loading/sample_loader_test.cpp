@@ -169,6 +169,48 @@ TEST_F(SampleLoading, ARefusedFileLeavesTheOscillatorEmpty) {
     EXPECT_EQ(value(par::Start1), 0.25f);
 }
 
+TEST_F(SampleLoading, AChosenFileThatIsRefusedLeavesTheEarlierSample) {
+    fill(0);
+    WaveMaker encoded = WaveMaker().putFrames(4);
+    encoded.tag = 2;
+    for (const Bytes& file : {Bytes(100), encoded.file(), WaveMaker().claimSize(0).file()})
+        for (const bool wasDropped : {false, true}) {
+            dialogs.clear();
+            EXPECT_FALSE(loader->loadChosen(0, 0, put("x.wav", file), wasDropped));
+            EXPECT_EQ(dialogs.boxes().size(), 1u);
+            EXPECT_EQ(samples[0].length, 77);
+            EXPECT_EQ(value(par::Start1), 0.25f);
+        }
+    dialogs.choosePathNext(put("x.wav", Bytes(100)));
+    EXPECT_FALSE(loader->loadSampleDialog(0));
+    EXPECT_EQ(samples[0].length, 77);
+    EXPECT_FALSE(loader->loadSampleChannel(0, 0, put("x.wav", Bytes(100)), false, 1, Refusal::leavesEarlier));
+    EXPECT_EQ(samples[0].length, 77);
+    const std::string path = wave();
+    failingAllocation = 200;
+    EXPECT_FALSE(loader->loadChosen(0, 0, path, false));
+    failingAllocation = 0;
+    EXPECT_EQ(samples[0].length, 77);
+    EXPECT_NE(samples[0].levels[4], nullptr);
+}
+
+TEST_F(SampleLoading, ARateThatNoPatchCanHoldIsRefused) {
+    const auto file = [&](std::uint32_t rate) {
+        WaveMaker maker = WaveMaker().putFrames(50);
+        maker.rate = rate;
+        return put("x.wav", maker.file());
+    };
+    EXPECT_TRUE(loader->loadSample(0, 0, file(384000)));
+    EXPECT_EQ(samples[0].sampleRate, 384000u);
+    EXPECT_TRUE(dialogs.boxes().empty());
+    for (const std::uint32_t rate : {384001u, 768000u, 0xffffffffu}) {
+        dialogs.clear();
+        EXPECT_FALSE(loader->loadChosen(0, 0, file(rate), false));
+        EXPECT_EQ(onlyBox(), "Error: Unsupported file format (no PCM or FLOAT encoding).");
+        EXPECT_EQ(samples[0].sampleRate, 384000u) << "the sample that was there stays";
+    }
+}
+
 TEST_F(SampleLoading, EveryRefusalHasItsText) {
     const auto boxFor = [&](int tag, int channels, int bits, std::uint32_t size) {
         WaveMaker maker = WaveMaker().putFrames(4).claimSize(size);

@@ -78,6 +78,12 @@ TEST_F(PatchFile, SavedAndLoadedIsTheSamePatch) {
     EXPECT_FALSE(busy);
 }
 
+TEST_F(PatchFile, HeaderSplitsNoCharacter) {
+    const PatchHeader header = makePatchHeader(std::string(24, 'n') + "\xe2\x82\xac", 1);
+    EXPECT_EQ(header[28 + 23], 'n');
+    for (int k = 24; k < 28; ++k) EXPECT_EQ(header[static_cast<std::size_t>(28 + k)], 0);
+}
+
 TEST_F(PatchFile, NameOfTheFileIsTheNameOfThePatch) {
     files->loadPatchFile(put("x.fxp", file(HandMadeChunk().name("Inside").bytes)));
     EXPECT_EQ(program.getProgramName(), "x");
@@ -88,6 +94,8 @@ TEST_F(PatchFile, LastFourCharactersGoWhateverTheyAre) {
     EXPECT_EQ(patchNameOfPath("C:\\a\\Big Bass.fxp"), "Big Bass");
     EXPECT_EQ(patchNameOfPath("noextension"), "noexten");
     EXPECT_EQ(patchNameOfPath("/folder/abc"), "");
+    EXPECT_EQ(patchNameOfPath("/folder/caf\xc3\xa9.fxp"), "caf\xc3\xa9");
+    EXPECT_EQ(patchNameOfPath("/folder/caf\xc3\xa9 wi"), "caf") << "its last four bytes begin within a letter";
     EXPECT_EQ(patchNameOfPath("/folder/"), "");
     EXPECT_EQ(patchNameOfPath(""), "");
     files->loadPatchFile(put("noextension", file(HandMadeChunk().bytes)));

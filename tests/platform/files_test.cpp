@@ -1,13 +1,47 @@
 #include "platform/files.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <fstream>
 
 #include "platform/scratch_folder.h"
+
+namespace {
+
+// What the disk was asked for, in turn: "sync NAME" and "rename NAME NAME".
+struct Disk {
+    std::vector<std::string> asked;
+    bool isFailing = false;  // no sync succeeds
+} disk;
+
+std::string lastName(const std::string& path) { return path.substr(path.find_last_of('/') + 1); }
+
+}  // namespace
+
+// This program's own in place of the system's, so that the order is seen and a disk can fail.
+extern "C" int fsync(int file) {
+    char path[4096] = {};
+    const ssize_t length = readlink(("/proc/self/fd/" + std::to_string(file)).c_str(), path, sizeof path - 1);
+    disk.asked.push_back("sync " + (length < 0 ? std::string("?") : lastName(path)));
+    if (disk.isFailing) {
+        errno = EIO;
+        return -1;
+    }
+    return static_cast<int>(syscall(SYS_fsync, file));
+}
+
+extern "C" int rename(const char* from, const char* to) noexcept {
+    disk.asked.push_back("rename " + lastName(from) + " " + lastName(to));
+    return renameat(AT_FDCWD, from, AT_FDCWD, to);
+}
 
 namespace vantoric::platform {
 namespace {
@@ -72,6 +106,83 @@ TEST(Files, ASymbolicLinkStaysAndItsTargetIsWritten) {
     EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
 }
 
+TEST(Files, WhatIsWrittenIsOnDiskBeforeItReplacesAnything) {
+    const ScratchFolder folder;
+    ASSERT_TRUE(makeFolder(folder / "patches"));
+    disk = {};
+    ASSERT_TRUE(writeFile(folder / "patches/a", "1", 1));
+    ASSERT_EQ(disk.asked.size(), 3u);
+    const std::string beside = disk.asked[0].substr(sizeof "sync");
+    EXPECT_EQ(disk.asked[0], "sync " + beside);
+    EXPECT_EQ(disk.asked[1], "rename " + beside + " a");
+    EXPECT_EQ(disk.asked[2], "sync patches") << "and so is its name";
+}
+
+TEST(Files, ADiskThatFailsLeavesTheOldFile) {
+    const ScratchFolder folder;
+    ASSERT_TRUE(writeFile(folder / "a", "old", 3));
+    disk = {{}, true};
+    EXPECT_FALSE(writeFile(folder / "a", "new one", 7));
+    EXPECT_FALSE(writeFile(folder / "b", "new one", 7));
+    disk = {};
+    EXPECT_EQ(contents(folder / "a"), (Bytes{'o', 'l', 'd'}));
+    EXPECT_EQ(names(folder.path()), std::vector<std::string>{"a"});
+}
+
+// Ends the process with 0 if a write fails for want of room: no file of it may pass 100 bytes.
+[[noreturn]] void writeWithoutRoom(const std::string& path) {
+    const rlimit limit{100, 100};
+    std::signal(SIGXFSZ, SIG_IGN);
+    const std::string text(1000, 'x');
+    _exit(setrlimit(RLIMIT_FSIZE, &limit) == 0 && !writeFile(path, text.data(), text.size()) ? 0 : 1);
+}
+
+TEST(Files, WithoutRoomTheOldFileStays) {
+    const ScratchFolder folder;
+    ASSERT_TRUE(writeFile(folder / "a", "old", 3));
+    EXPECT_EXIT(writeWithoutRoom(folder / "a"), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(contents(folder / "a"), (Bytes{'o', 'l', 'd'}));
+    EXPECT_EQ(names(folder.path()), std::vector<std::string>{"a"});
+}
+
+TEST(Files, ANameMayBeAsLongAsTheSystemAllows) {
+    const ScratchFolder folder;
+    const std::string longest(255, 'n');
+    ASSERT_TRUE(writeFile(folder / longest, "1", 1));
+    ASSERT_TRUE(writeFile(folder / longest, "2", 1));
+    EXPECT_EQ(contents(folder / longest), Bytes{'2'});
+    EXPECT_EQ(names(folder.path()), std::vector<std::string>{longest});
+    EXPECT_FALSE(writeFile(folder / (longest + "n"), "1", 1));
+    EXPECT_EQ(names(folder.path()), std::vector<std::string>{longest});
+}
+
+TEST(Files, APathMayBeLongerThanAName) {
+    const ScratchFolder folder;
+    std::string deep = folder.path();
+    for (int i = 0; i < 12; ++i) deep += std::string(200, static_cast<char>('a' + i)) + "/";
+    ASSERT_TRUE(makeFolder(deep));
+    ASSERT_TRUE(writeFile(deep + "a", "1", 1));
+    EXPECT_EQ(contents(deep + "a"), Bytes{'1'});
+    EXPECT_EQ(names(deep), std::vector<std::string>{"a"});
+    EXPECT_TRUE(removeFile(deep + "a"));
+}
+
+TEST(Files, WhatACrashLeftIsNotInTheWay) {
+    const ScratchFolder folder;
+    disk = {};
+    ASSERT_TRUE(writeFile(folder / "a", "1", 1));
+    // The number in the name counts up: the next ten are taken.
+    const std::string used = disk.asked[0].substr(sizeof "sync");
+    const std::size_t number = used.find_last_of('-') + 1;
+    const int count = std::stoi(used.substr(number));
+    for (int i = 1; i <= 10; ++i) {
+        std::ofstream(folder / (used.substr(0, number) + std::to_string(count + i) + ".tmp")) << "left";
+    }
+    ASSERT_TRUE(writeFile(folder / "a", "2", 1));
+    EXPECT_EQ(contents(folder / "a"), Bytes{'2'});
+    EXPECT_EQ(names(folder.path()).size(), 11u) << "what was there stays";
+}
+
 // Ends the process with the result of a write by an ordinary user, whoever runs the test.
 [[noreturn]] void writeAsOrdinaryUser(const std::string& path) {
     if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
@@ -109,6 +220,20 @@ TEST(Files, ReadingFailsForWhatIsNoReadableFile) {
         EXPECT_FALSE(readFile(path, bytes)) << path;
         EXPECT_TRUE(bytes.empty());
     }
+}
+
+TEST(Files, AReaderTellsWhatIsMissingFromWhatCannotBeRead) {
+    const ScratchFolder folder;
+    ASSERT_TRUE(makeFolder(folder / "sub"));
+    ASSERT_TRUE(writeFile(folder / "a", "12345", 5));
+    Bytes bytes;
+    EXPECT_EQ(tryReadFile(folder / "missing", bytes), FileRead::missing);
+    EXPECT_EQ(tryReadFile(folder / "missing/a", bytes), FileRead::missing);
+    EXPECT_EQ(tryReadFile(folder / "sub", bytes), FileRead::unreadable);
+    EXPECT_EQ(tryReadFile(folder / "a", bytes, 4), FileRead::tooLarge);
+    EXPECT_EQ(tryReadFile("/proc/self/status", bytes, 100), FileRead::tooLarge);
+    EXPECT_TRUE(bytes.empty());
+    EXPECT_EQ(tryReadFile(folder / "a", bytes, 5), FileRead::done);
 }
 
 TEST(Files, AFileAboveTheLimitIsRefused) {

@@ -1,6 +1,10 @@
 #include "platform/settings.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
 
 #include "platform/files.h"
 #include "platform/scratch_folder.h"
@@ -55,6 +59,45 @@ TEST_F(Settings, ADamagedFileReadsAsFarAsItGoes) {
     ASSERT_TRUE(writeFile(folder_ / "Orvix/Vantoric/settings", text.data(), text.size()));
     EXPECT_EQ(readSetting("Path"), "/a");
     EXPECT_EQ(readSetting("Last"), "no line end");
+}
+
+std::string textOf(const std::string& path) {
+    std::vector<std::uint8_t> bytes;
+    EXPECT_TRUE(readFile(path, bytes));
+    return std::string(bytes.begin(), bytes.end());
+}
+
+TEST_F(Settings, AFileThatIsTooLargeIsLeftAlone) {
+    ASSERT_TRUE(makeFolder(folder_ / "Orvix/Vantoric"));
+    const std::string path = folder_ / "Orvix/Vantoric/settings";
+    const std::string text = "Other=b\n" + std::string(70000, '#') + "\nLast=c\n";
+    ASSERT_TRUE(writeFile(path, text.data(), text.size()));
+    EXPECT_FALSE(writeSetting("Path", "/a"));
+    EXPECT_EQ(textOf(path), text);
+}
+
+TEST_F(Settings, AValueThatMakesTheFileTooLargeToReadIsRefused) {
+    ASSERT_TRUE(writeSetting("Path", "/a"));
+    EXPECT_FALSE(writeSetting("Other", std::string(70000, 'b')));
+    EXPECT_EQ(readSetting("Path"), "/a");
+    EXPECT_TRUE(writeSetting("Path", "/c"));
+}
+
+// Ends the process with 0 if an ordinary user's write fails.
+[[noreturn]] void writeAsOrdinaryUser() {
+    if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
+    _exit(writeSetting("Path", "/a") ? 1 : 0);
+}
+
+TEST_F(Settings, AFileThatCannotBeReadIsLeftAlone) {
+    ASSERT_TRUE(writeSetting("Other", "b"));
+    const std::string path = folder_ / "Orvix/Vantoric/settings";
+    // A folder that anybody may write into, and a file that may be written and not read.
+    for (const char* folder : {"", "Orvix", "Orvix/Vantoric"}) ASSERT_EQ(chmod((folder_ / folder).c_str(), 0777), 0);
+    ASSERT_EQ(chmod(path.c_str(), 0222), 0);
+    EXPECT_EXIT(writeAsOrdinaryUser(), testing::ExitedWithCode(0), "");
+    ASSERT_EQ(chmod(path.c_str(), 0644), 0);
+    EXPECT_EQ(textOf(path), "Other=b\n");
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "platform/files.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 #include "samples/wave_file.h"
 
@@ -119,10 +118,7 @@ protected:
         platform::writeFile(path, bytes.data(), bytes.size());
         return path;
     }
-    std::string lastText() const { return dialogs.boxes().empty() ? "" : dialogs.boxes().back().text; }
-
     platform::ScratchFolder folder;
-    platform::RecordedDialogs dialogs;
     Cycle cycle{};
 };
 
@@ -130,29 +126,33 @@ TEST_F(ResynthesisFiles, AreRefusedAboveAMillionBytes) {
     std::vector<std::uint8_t> bytes = waveFileBytes(sine(499978, 400.0));
     ASSERT_EQ(bytes.size(), 1000000u);
     bytes.push_back(0);
-    EXPECT_FALSE(resynthesizeFile(put(bytes), cycle, dialogs));
-    EXPECT_EQ(lastText(), "This file is too large and not suitable for resynthesis. Please choose a smaller one!");
-    EXPECT_EQ(dialogs.boxes().back().title, "Error");
+    const Outcome outcome = resynthesizeFile(put(bytes), cycle);
+    EXPECT_FALSE(outcome);
+    EXPECT_EQ(outcome.text, "This file is too large and not suitable for resynthesis. Please choose a smaller one!");
+    EXPECT_EQ(outcome.title, "Error");
     EXPECT_EQ(cycle[0], 1234);
 }
 
 TEST_F(ResynthesisFiles, OfAMillionBytesAreTaken) {
     std::vector<std::uint8_t> bytes = waveFileBytes(sine(5000, 400.0));
     bytes.resize(1000000);
-    EXPECT_TRUE(resynthesizeFile(put(bytes), cycle, dialogs));
-    EXPECT_TRUE(dialogs.boxes().empty());
+    const Outcome outcome = resynthesizeFile(put(bytes), cycle);
+    EXPECT_TRUE(outcome);
+    EXPECT_EQ(outcome.text, "");
 }
 
 TEST_F(ResynthesisFiles, ThatAreMissingFailInSilence) {
-    EXPECT_FALSE(resynthesizeFile(folder / "none.wav", cycle, dialogs));
-    EXPECT_TRUE(dialogs.boxes().empty());
+    const Outcome outcome = resynthesizeFile(folder / "none.wav", cycle);
+    EXPECT_FALSE(outcome);
+    EXPECT_EQ(outcome.text, "");
 }
 
-TEST_F(ResynthesisFiles, WithoutAHeaderGiveABoxTitledWithTheirPath) {
+TEST_F(ResynthesisFiles, WithoutAHeaderAreToldUnderTheirPath) {
     const std::string path = put({1, 2, 3});
-    EXPECT_FALSE(resynthesizeFile(path, cycle, dialogs));
-    EXPECT_EQ(lastText(), "Invalid wav file header.");
-    EXPECT_EQ(dialogs.boxes().back().title, path);
+    const Outcome outcome = resynthesizeFile(path, cycle);
+    EXPECT_FALSE(outcome);
+    EXPECT_EQ(outcome.text, "Invalid wav file header.");
+    EXPECT_EQ(outcome.title, path);
     EXPECT_EQ(cycle[0], 1234);
 }
 
@@ -160,8 +160,13 @@ TEST_F(ResynthesisFiles, WithLessThanOneFrameHoldNoData) {
     std::vector<std::uint8_t> bytes = waveFileBytes(Sound(1, 5));
     bytes[40] = 1;  // bytes of data
     bytes.pop_back();
-    EXPECT_FALSE(resynthesizeFile(put(bytes), cycle, dialogs));
-    EXPECT_EQ(lastText(), "Corrupt Wav file format. No data found.");
+    EXPECT_EQ(resynthesizeFile(put(bytes), cycle).text, "Corrupt Wav file format. No data found.");
+}
+
+TEST_F(ResynthesisFiles, MayHaveAnyRate) {
+    std::vector<std::uint8_t> bytes = waveFileBytes(sine(5000, 400.0));
+    bytes[26] = 0x7f;  // more than 8 MHz: a cycle has no rate
+    EXPECT_TRUE(resynthesizeFile(put(bytes), cycle));
 }
 
 }  // namespace

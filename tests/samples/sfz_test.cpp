@@ -119,6 +119,11 @@ TEST(SfzText, RoundRobinsBeyondTheFirstAreLeftOut) {
                         "<region> sample=c.wav seq_length=2 seq_position=3\n"),
               Names({"a.wav"}));
     EXPECT_EQ(samplesOf("<region>\nsample=a.wav\nseq_position=1\n<region>\nseq_position=2\nsample=b.wav\n"), Names({"a.wav"}));
+    EXPECT_EQ(samplesOf("<region>\nseq_position=2\nsample=b.wav\nseq_position=1\n<region>\nsample=a.wav\n"), Names({"a.wav"}));
+    EXPECT_EQ(samplesOf("<region> seq_position=1 sample=b.wav seq_position=2\n<region> sample=a.wav\n"), Names({"a.wav"}));
+    EXPECT_EQ(samplesOf("<group> seq_position=2\n<region> sample=a.wav seq_position=1\n<region> sample=b.wav\n"),
+              Names({"a.wav"}))
+        << "a region's own word counts, not its group's";
     EXPECT_EQ(samplesOf("<group> seq_position=2\n<region> sample=b.wav\n<group> seq_position=1\n<region> sample=a.wav\n"),
               Names({"a.wav"}));
 }

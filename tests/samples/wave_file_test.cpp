@@ -11,7 +11,6 @@
 #include <thread>
 
 #include "platform/files.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 #include "tests/samples/wave_maker.h"
 
@@ -144,6 +143,45 @@ TEST(WaveHeader, DataMayComeBeforeTheFormatAndTheSamplerBeforeData) {
     EXPECT_TRUE(layout.loopOn);
     EXPECT_EQ(layout.loopStart, 3u);
     EXPECT_EQ(layout.loopEnd, 9u);
+}
+
+TEST(WaveHeader, TheExtensibleFormatIsThatOfItsSubFormat) {
+    for (const int bits : {8, 16, 24, 32}) {
+        WaveMaker plain;
+        plain.bits = bits;
+        plain.channels = 2;
+        for (int i = 0; i < 6; ++i) plain.put(i * 40).put(i * 50);
+        WaveMaker extensible = plain;
+        extensible.isExtensible = true;
+        for (const int channel : {0, 1}) EXPECT_EQ(soundOf(extensible.file(), channel), soundOf(plain.file(), channel)) << bits;
+    }
+    WaveMaker floats;
+    floats.tag = 3;
+    floats.bits = 32;
+    floats.isExtensible = true;
+    EXPECT_EQ(soundOf(floats.putFloat(0.5f).putFloat(-1.0f).file()), (Samples{14744, -29489}));
+}
+
+TEST(WaveHeader, AnExtensibleFormatOfAnotherKindIsRefused) {
+    WaveMaker wave = WaveMaker().putFrames(6);
+    wave.isExtensible = true;
+    const std::size_t subFormat = 44, end = 60;
+    for (const int tag : {0, 2, 6, 7, 65534}) {
+        wave.tag = tag;
+        EXPECT_EQ(errorOf(wave.file()), WaveError::badEncoding) << tag;
+    }
+    wave.tag = 1;
+    EXPECT_EQ(errorOf(wave.file()), WaveError::none);
+    for (std::size_t at = subFormat; at < end; ++at) {
+        Bytes file = wave.file();
+        file[at] ^= 0x40;
+        EXPECT_EQ(errorOf(file), WaveError::badEncoding) << "an identifier of somebody's own: byte " << at;
+    }
+    WaveMaker plain = WaveMaker().putFrames(200);
+    plain.tag = 65534;
+    EXPECT_EQ(errorOf(plain.file()), WaveError::badEncoding) << "no sub-format at all";
+    const Bytes whole = wave.file();
+    EXPECT_EQ(errorOf(Bytes(whole.begin(), whole.begin() + end - 1)), WaveError::badEncoding) << "the file ends within it";
 }
 
 TEST(WaveHeader, NothingIsAFile) {
@@ -438,25 +476,24 @@ TEST(WaveWriting, AFileHas44BytesAndTwoPerSample) {
 
 TEST(WaveWriting, WhatIsWrittenClaims44100HzAndLoadsAgain) {
     platform::ScratchFolder folder;
-    platform::RecordedDialogs dialogs;
     const Samples sound{-32767, -1, 0, 1, 32766, 32767};
-    ASSERT_TRUE(writeWave(sound, folder / "x.wav", dialogs));
+    const Outcome outcome = writeWave(sound, folder / "x.wav");
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome.text, "");
     Bytes file;
     ASSERT_EQ(readWaveFile(folder / "x.wav", file), WaveRead::done);
     EXPECT_EQ(parseWave(file).sampleRate, 44100u);
     EXPECT_EQ(soundOf(file), (Samples{-32766, 0, 1, 2, 32767, 32767}));
-    EXPECT_TRUE(dialogs.boxes().empty());
 }
 
 TEST(WaveWriting, AFailureIsToldUnderThePath) {
     platform::ScratchFolder folder;
-    platform::RecordedDialogs dialogs;
-    const std::string path = folder / "missing/x.wav";
-    EXPECT_FALSE(writeWave(Samples{1}, path, dialogs));
-    EXPECT_FALSE(writeWave(Samples{1}, folder.path(), dialogs));
-    ASSERT_EQ(dialogs.boxes().size(), 2u);
-    EXPECT_EQ(dialogs.boxes()[0].title, path);
-    EXPECT_EQ(dialogs.boxes()[0].text, "File write error. File is write protected or opened by another application.");
+    for (const std::string& path : {folder / "missing/x.wav", folder.path()}) {
+        const Outcome outcome = writeWave(Samples{1}, path);
+        EXPECT_FALSE(outcome);
+        EXPECT_EQ(outcome.title, path);
+        EXPECT_EQ(outcome.text, "File write error. File is write protected or opened by another application.");
+    }
 }
 
 }  // namespace

@@ -21,6 +21,7 @@ inline void putNumber(Bytes& bytes, std::uint32_t value, int size) {
 // A file piece by piece. Sizes are those of the pieces unless told otherwise.
 struct WaveMaker {
     int tag = 1, channels = 1, bits = 16;
+    bool isExtensible = false;  // `tag` is then that of the sub-format
     std::uint32_t rate = 44100;
     Bytes data;
     bool hasSizeOfItsOwn = false;
@@ -56,13 +57,20 @@ struct WaveMaker {
     Bytes format() const {
         Bytes bytes;
         putText(bytes, "fmt ");
-        putNumber(bytes, 16, 4);
-        putNumber(bytes, static_cast<std::uint32_t>(tag), 2);
+        putNumber(bytes, isExtensible ? 40 : 16, 4);
+        putNumber(bytes, isExtensible ? 0xfffeu : static_cast<std::uint32_t>(tag), 2);
         putNumber(bytes, static_cast<std::uint32_t>(channels), 2);
         putNumber(bytes, rate, 4);
         putNumber(bytes, rate * 2, 4);
         putNumber(bytes, static_cast<std::uint32_t>(channels * bits / 8), 2);
         putNumber(bytes, static_cast<std::uint32_t>(bits), 2);
+        if (!isExtensible) return bytes;
+        putNumber(bytes, 22, 2);
+        putNumber(bytes, static_cast<std::uint32_t>(bits), 2);
+        putNumber(bytes, 0, 4);  // no places for the channels
+        putNumber(bytes, static_cast<std::uint32_t>(tag), 2);
+        for (const int byte : {0, 0, 0, 0, 0x10, 0, 0x80, 0, 0, 0xaa, 0, 0x38, 0x9b, 0x71})
+            bytes.push_back(static_cast<std::uint8_t>(byte));
         return bytes;
     }
     Bytes dataChunk() const {

@@ -233,6 +233,17 @@ TEST_F(Dispatcher, ProgramNamesAreTakenUpToTheBuffer) {
     EXPECT_EQ(effect->programName.size(), textBufferSize - 1);
 }
 
+TEST_F(Dispatcher, NoTextIsCutWithinACharacter) {
+    effect->programName = std::string(26, 'n') + "\xc3\xa9 and more";
+    EXPECT_EQ(text(pluginGetProgramName, 27), std::string(26, 'n'));
+    EXPECT_EQ(text(pluginGetProgramNameIndexed, 27), std::string(26, 'n'));
+    effect->programName = std::string(25, 'n') + "\xc3\xa9 and more";
+    EXPECT_EQ(text(pluginGetProgramName, 27), std::string(25, 'n') + "\xc3\xa9");
+    std::string name = std::string(textBufferSize - 2, 'z') + "\xe2\x82\xac";
+    call(pluginSetProgramName, 0, 0, name.data());
+    EXPECT_EQ(effect->programName, std::string(textBufferSize - 2, 'z'));
+}
+
 TEST_F(Dispatcher, RateAndBlockSizeActSwitchedOnOrOff) {
     call(pluginSetSampleRate, 0, 0, nullptr, 96000.0f);
     call(pluginSetBlockSize, 0, 64);
