@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "base/flag.h"
+#include "base/passes.h"
 
 namespace vantoric {
 
@@ -27,6 +28,10 @@ struct EngineFlags {
     Flag rebuildRunning;    // the worker is rebuilding
     Flag workerStop;        // the worker is to end
     Flag workerStopped;     // the worker has ended
+
+    // Who may be reading waves whatever the flags say: one was cleared by force.
+    Passes blockPasses;   // the audio block
+    Passes workerPasses;  // the worker, from one look at the flags to the next
 };
 
 struct EngineState {

@@ -12,7 +12,6 @@
 #include "engine/instrument.h"
 #include "engine/wave_library.h"
 #include "platform/module_folder.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/settings.h"
 #include "platform/thread.h"
 #include "sound/filters/wide_loops.h"
@@ -34,8 +33,7 @@ constexpr int blockFrames = 256;
 constexpr int openPass = 0, lowPass24 = 4;
 
 struct Rig {
-    platform::RecordedDialogs dialogs;
-    Instrument audio{dialogs};
+    Instrument audio;
     std::vector<float> left = std::vector<float>(blockFrames), right = std::vector<float>(blockFrames);
 
     Rig() {

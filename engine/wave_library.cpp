@@ -21,11 +21,11 @@ void WaveLibrary::removeInstance() {
     stage_.store(Stage::empty, std::memory_order_release);
 }
 
-bool WaveLibrary::load(const std::string& folder, platform::Dialogs& dialogs, const Flag& stop) {
+bool WaveLibrary::load(const std::string& folder, Messages& messages, const Flag& stop) {
     while (!loaded()) {
         Stage expected = Stage::empty;
         if (stage_.compare_exchange_strong(expected, Stage::loading)) {
-            const bool complete = loadAll(folder, dialogs, stop);
+            const bool complete = loadAll(folder, messages, stop);
             stage_.store(complete ? Stage::loaded : Stage::empty, std::memory_order_release);
         } else {
             platform::sleepMilliseconds(1);
@@ -35,8 +35,8 @@ bool WaveLibrary::load(const std::string& folder, platform::Dialogs& dialogs, co
     return true;
 }
 
-bool WaveLibrary::loadAll(const std::string& folder, platform::Dialogs& dialogs, const Flag& stop) {
-    if (store_.loadBanks(folder, stop) == WaveLoad::outOfMemory) dialogs.message("Error WtoOs", "Not enought memory.");
+bool WaveLibrary::loadAll(const std::string& folder, Messages& messages, const Flag& stop) {
+    if (store_.loadBanks(folder, stop) == WaveLoad::outOfMemory) messages.post("Error WtoOs", "Not enought memory.");
     return !stop.isSet();
 }
 

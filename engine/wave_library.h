@@ -6,7 +6,7 @@
 #include <string>
 
 #include "base/flag.h"
-#include "platform/dialogs.h"
+#include "base/messages.h"
 #include "sound/wave_store.h"
 
 namespace vantoric {
@@ -25,8 +25,8 @@ public:
 
     // Loads all banks from `folder` (with its trailing separator) unless another instance has done so or is
     // at it; in that case waits until it has finished. Missing and bad files are left out in silence, short
-    // memory shows a box. Gives up, returning false, when `stop` is set. Worker threads only.
-    bool load(const std::string& folder, platform::Dialogs& dialogs, const Flag& stop);
+    // memory is told. Gives up, returning false, when `stop` is set. Worker threads only.
+    bool load(const std::string& folder, Messages& messages, const Flag& stop);
 
     const WaveStore& store() const { return store_; }
     bool loaded() const { return stage_.load(std::memory_order_acquire) == Stage::loaded; }
@@ -34,7 +34,7 @@ public:
 private:
     enum class Stage { empty, loading, loaded };
 
-    bool loadAll(const std::string& folder, platform::Dialogs& dialogs, const Flag& stop);
+    bool loadAll(const std::string& folder, Messages& messages, const Flag& stop);
 
     WaveStore store_;
     std::mutex counting_;  // no instance comes while the last one clears up

@@ -15,9 +15,9 @@ constexpr int pollMilliseconds = 10;
 constexpr int stopTries = 350, stopPause = 100;
 }  // namespace
 
-WaveWorker::WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const ParameterModel& parameters,
+WaveWorker::WaveWorker(EngineFlags& flags, WaveLibrary& library, Messages& messages, const ParameterModel& parameters,
                        const AllOscillators& oscillators)
-    : flags_(flags), library_(library), dialogs_(dialogs), parameters_(parameters), oscillators_(oscillators) {}
+    : flags_(flags), library_(library), messages_(messages), parameters_(parameters), oscillators_(oscillators) {}
 
 WaveWorker::~WaveWorker() { stop(); }
 
@@ -47,7 +47,7 @@ void WaveWorker::stop() {
 void WaveWorker::run() {
     flags_.bootPending.clear();
     // Everybody waits for the banks; what comes later nobody does.
-    if (library_.load(platform::bankFolder(), dialogs_, flags_.workerStop)) flags_.audioMuted.clear();
+    if (library_.load(platform::bankFolder(), messages_, flags_.workerStop)) flags_.audioMuted.clear();
     platform::setLowestPriority();
     while (!flags_.workerStop.isSet()) {
         poll();
@@ -59,6 +59,7 @@ void WaveWorker::run() {
 void WaveWorker::poll() {
     // A cancel that met no rebuild must not stop the next one.
     if (!flags_.rebuildRequested.isSet()) return flags_.rebuildCancel.clear();
+    const Passes::Scope reading(flags_.workerPasses);
     flags_.rebuildRunning.set();
     // Asked again: whoever took the request back in between may be freeing the waves by now.
     const bool stillRequested = flags_.rebuildRequested.isSet();

@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "base/engine_state.h"
-#include "platform/dialogs.h"
+#include "base/messages.h"
 #include "samples/sample.h"
 #include "sound/custom_wave.h"
 
@@ -25,7 +25,7 @@ using AllOscillators = std::array<OscillatorMemory, layerCount * oscillatorCount
 class WaveWorker {
 public:
     // `parameters` tell which samples loop.
-    WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const ParameterModel& parameters,
+    WaveWorker(EngineFlags& flags, WaveLibrary& library, Messages& messages, const ParameterModel& parameters,
                const AllOscillators& oscillators);
     ~WaveWorker();
 
@@ -51,7 +51,7 @@ private:
 
     EngineFlags& flags_;
     WaveLibrary& library_;
-    platform::Dialogs& dialogs_;
+    Messages& messages_;
     const ParameterModel& parameters_;
     AllOscillators oscillators_;
     std::thread thread_;

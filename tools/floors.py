@@ -31,7 +31,7 @@ ROOMS |= {
     "apps/midi": [],
     "apps/render": ["base", "apps/midi"],  # knows the plug-in by its binary interface alone
     "apps/song": ["base", "apps/midi"],
-    "apps/patch": ["base", "platform", "sound", "samples", "parameters", "patch", "loading"],
+    "apps/patch": ["base", "platform", "sound", "samples", "parameters", "patch", "loading", "library"],
     "factory/waves": ["base"],
     "factory/cycles": ["base", "platform", "samples", "factory/waves"],
     "factory/patches": ["base", "platform", "engine", "apps/render"],

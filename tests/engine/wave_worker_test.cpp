@@ -7,13 +7,12 @@
 #include <thread>
 #include <vector>
 
-#include "base/engine_hold.h"
+#include "base/engine_access.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "engine/wave_library.h"
 #include "parameters/parameter_model.h"
 #include "platform/files.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/thread.h"
 #include "tests/engine/engine_rig.h"
 
@@ -22,7 +21,7 @@ namespace {
 
 // A worker with the memory of twelve oscillators that no voice reads.
 struct Worker : ::testing::Test {
-    Worker() : worker(flags, library, dialogs, parameters, all()) { test::sharedDataFolder(); }
+    Worker() : worker(flags, library, messages, parameters, all()) { test::sharedDataFolder(); }
 
     AllOscillators all() {
         AllOscillators oscillators;
@@ -46,7 +45,7 @@ struct Worker : ::testing::Test {
     }
 
     EngineFlags flags;
-    platform::RecordedDialogs dialogs;
+    Messages messages;
     WaveLibrary library;
     ParameterModel parameters;
     std::array<Sample, layerCount * oscillatorCount> samples;
@@ -140,8 +139,9 @@ TEST_F(Worker, StopsWithoutEverHavingStarted) {
 
 TEST_F(Worker, AHoldKeepsEveryoneAwayAndAsksAgainForTheRebuildItStopped) {
     flags.rebuildRequested.set();
+    EngineAccess access(flags, platform::sleepMilliseconds);
     {
-        const EngineHold hold(flags, platform::sleepMilliseconds);
+        const EngineHold hold(access, HoldFor::waves);
         EXPECT_TRUE(flags.engineLocked.isSet());
         EXPECT_TRUE(idle());
     }
@@ -150,8 +150,9 @@ TEST_F(Worker, AHoldKeepsEveryoneAwayAndAsksAgainForTheRebuildItStopped) {
 }
 
 TEST_F(Worker, AHoldAsksForNoRebuildThatNobodyWanted) {
+    EngineAccess access(flags, platform::sleepMilliseconds);
     {
-        const EngineHold hold(flags, platform::sleepMilliseconds);
+        const EngineHold hold(access, HoldFor::waves);
     }
     EXPECT_FALSE(flags.rebuildRequested.isSet());
 }
@@ -164,7 +165,8 @@ TEST_F(Worker, AHoldsWaitsAreBounded) {
     flags.engineLocked.set();
     flags.audioRunning.set();
     flags.rebuildRunning.set();
-    const EngineHold hold(flags, countSleep);
+    EngineAccess access(flags, countSleep);
+    const EngineHold hold(access, HoldFor::waves);
     EXPECT_EQ(slept, 51 * 100 + 1000 + 1000);
     EXPECT_FALSE(flags.rebuildRunning.isSet());
     EXPECT_FALSE(flags.audioRunning.isSet());
@@ -174,7 +176,7 @@ TEST_F(Worker, TheLastInstanceEmptiesTheLibrary) {
     const Flag go;
     EXPECT_EQ(library.addInstance(), 1);
     EXPECT_EQ(library.addInstance(), 2);
-    EXPECT_TRUE(library.load(test::sharedDataFolder().path(), dialogs, go));
+    EXPECT_TRUE(library.load(test::sharedDataFolder().path(), messages, go));
     library.removeInstance();
     EXPECT_TRUE(library.loaded());
     library.removeInstance();
@@ -206,7 +208,7 @@ TEST_F(Worker, AnInstanceThatComesAsTheLastOneGoesHasItsBanks) {
         threads.emplace_back([&] {
             for (int i = 0; i < 100; ++i) {
                 library.addInstance();
-                library.load(folder, dialogs, go);
+                library.load(folder, messages, go);
                 if (library.store().wave(vaTriangleSaw) == nullptr) ++without;
                 library.removeInstance();
             }
@@ -219,10 +221,10 @@ TEST_F(Worker, AnInstanceThatComesAsTheLastOneGoesHasItsBanks) {
 TEST_F(Worker, ALibraryThatIsToldToStopIsNotLoaded) {
     Flag stop;
     stop.set();
-    EXPECT_FALSE(library.load(test::sharedDataFolder().path(), dialogs, stop));
+    EXPECT_FALSE(library.load(test::sharedDataFolder().path(), messages, stop));
     EXPECT_FALSE(library.loaded());
     stop.clear();
-    EXPECT_TRUE(library.load(test::sharedDataFolder().path(), dialogs, stop));
+    EXPECT_TRUE(library.load(test::sharedDataFolder().path(), messages, stop));
 }
 
 }  // namespace

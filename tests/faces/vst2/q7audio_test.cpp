@@ -141,6 +141,22 @@ TEST_F(Q7AudioTest, EventsOtherThanMidiAreIgnored) {
     EXPECT_EQ(audio->instrument().midi().queued(0).status, 0);
 }
 
+TEST_F(Q7AudioTest, ShowsWhatTheInstrumentHasToTellAtTheEndOfTheCall) {
+    ASSERT_EQ(dialogs.boxes().size(), 1u) << "a start without factory sounds";
+    EXPECT_EQ(dialogs.boxes()[0].text, "The factory sounds are missing. Please reinstall the software.");
+    audio->setProgramName("a name of twenty-eight bytes");
+    ASSERT_EQ(dialogs.boxes().size(), 2u);
+    EXPECT_EQ(dialogs.boxes()[1].title, "Warning");
+    void* data = nullptr;
+    const std::int32_t size = audio->getChunk(&data, false);
+    ASSERT_GT(size, 0);
+    *static_cast<std::uint8_t*>(data) = 8;
+    EXPECT_EQ(audio->setChunk(data, size, false), 0);
+    std::free(data);
+    ASSERT_EQ(dialogs.boxes().size(), 3u);
+    EXPECT_EQ(dialogs.boxes()[2].title, "Error");
+}
+
 TEST_F(Q7AudioTest, ChunkBringsThePatchBack) {
     audio->setParameter(par::Cutoff1, 0.375f);
     audio->setProgramName("Mine");
