@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+#include "platform/recorded_dialogs.h"
 #include "tests/engine/engine_rig.h"
 
 namespace vantoric {
