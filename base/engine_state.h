@@ -7,6 +7,7 @@
 
 #include "base/doorbell.h"
 #include "base/flag.h"
+#include "base/passes.h"
 
 namespace vantoric {
 
@@ -30,6 +31,10 @@ struct EngineFlags {
     Flag rebuildRunning;                       // the worker is rebuilding
     Flag workerStop;                           // the worker is to end
     Flag workerStopped;                        // the worker has ended
+
+    // Who may be reading waves whatever the flags say: one was cleared by force.
+    Passes blockPasses;   // the audio block
+    Passes workerPasses;  // the worker, from one look at the flags to the next
 };
 
 struct EngineState {

@@ -14,7 +14,6 @@
 #include "engine/instrument.h"
 #include "engine/wave_library.h"
 #include "platform/module_folder.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/settings.h"
 #include "platform/thread.h"
 #include "sound/filters/wide_loops.h"
@@ -64,8 +63,7 @@ public:
     std::vector<float> left = std::vector<float>(blockFrames), right = std::vector<float>(blockFrames);
 
 private:
-    platform::RecordedDialogs dialogs_;
-    Instrument audio_{dialogs_};
+    Instrument audio_;
 };
 
 enum class Patch { plain, filters, full };

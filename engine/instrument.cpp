@@ -5,7 +5,6 @@
 #include <string>
 #include <thread>
 
-#include "base/engine_hold.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "engine/denormals.h"
@@ -66,24 +65,23 @@ void smoothControllers(EngineState& state, float modwheel, float pitchWheel, flo
 
 // ---- start and stop -----------------------------------------------------------------------------------------
 
-Instrument::Instrument(platform::Dialogs& dialogs)
-    : dialogs_(dialogs),
+Instrument::Instrument()
+    : access_(state_.flags, platform::sleepMilliseconds),
       midi_(state_, parameters_, controllerMap_, *this),
-      program_(dialogs),
+      program_(messages_),
       layers_{std::make_unique<Layer>(0, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
               std::make_unique<Layer>(1, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
               std::make_unique<Layer>(2, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
               std::make_unique<Layer>(3, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds)},
       master_(random_),
-      patchChunk_(state_, parameters_, program_, patchWaves(), *this, dialogs, platform::sleepMilliseconds),
-      patchFiles_(patchChunk_, program_, *this, dialogs),
-      sampleLoader_(state_.flags, parameters_, patchWaves().samples, dialogs, platform::sleepMilliseconds),
-      quickImport_(patchFiles_, program_, parameters_, sampleLoader_, dialogs),
-      sampleEditor_(state_.flags, parameters_, patchWaves().samples, dialogs, platform::sleepMilliseconds),
-      customWaveLoader_(state_.flags, parameters_, customWaves(), dialogs, platform::sleepMilliseconds),
-      sfzImport_(state_.flags, parameters_, program_, patchWaves().samples, sampleLoader_, *this, dialogs,
-                 platform::sleepMilliseconds),
-      worker_(state_.flags, WaveLibrary::shared(), dialogs, parameters_, allOscillators()) {
+      patchChunk_(access_, parameters_, program_, patchWaves(), *this, messages_),
+      patchFiles_(patchChunk_, program_, *this, messages_),
+      sampleLoader_(access_, parameters_, patchWaves().samples, messages_),
+      quickImport_(patchFiles_, program_, parameters_, sampleLoader_, access_, messages_),
+      sampleEditor_(access_, parameters_, patchWaves().samples, messages_),
+      customWaveLoader_(access_, parameters_, customWaves(), messages_),
+      sfzImport_(access_, parameters_, program_, patchWaves().samples, sampleLoader_, *this, messages_),
+      worker_(state_.flags, WaveLibrary::shared(), messages_, parameters_, allOscillators()) {
     state_.flags.audioMuted.set();
     for (auto* pair : {&internal_, &widened_})
         for (auto& side : *pair) side.assign(bufferSamples, 0.0f);
@@ -94,7 +92,7 @@ Instrument::Instrument(platform::Dialogs& dialogs)
     // Custom waves are only taken once the worker has started.
     waitUntilClear(state_.flags.bootPending, 1000, 1, platform::sleepMilliseconds, false);
     const std::string welcome = welcomePatchPath();
-    if (!platform::exists(welcome)) dialogs_.message("Error", "The factory sounds are missing. Please reinstall the software.");
+    if (!platform::exists(welcome)) messages_.post("Error", "The factory sounds are missing. Please reinstall the software.");
     patchFiles_.loadPatchFile(welcome);
 
     // A host may render faster than time as soon as it has the instance, so the banks are to be there first.
@@ -141,8 +139,7 @@ CustomWaveHolders Instrument::customWaves() {
 // ---- rates, switching off and on ----------------------------------------------------------------------------
 
 void Instrument::setSampleRate(float hostRate) {
-    audioThread_.notInsideBlock();
-    const EngineHold hold(state_.flags, platform::sleepMilliseconds);
+    const EngineHold hold(access_, HoldFor::settings);
     hostRate_.store(hostRate, std::memory_order_relaxed);
     setRates(state_, hostRate);
     stage_.setSampleRate(state_.internalRateExact);
@@ -152,8 +149,7 @@ void Instrument::setSampleRate(float hostRate) {
 float Instrument::internalRate() const { return internalRateOf(hostRate()); }
 
 void Instrument::stop() {
-    audioThread_.notInsideBlock();
-    const EngineHold hold(state_.flags, platform::sleepMilliseconds);
+    const EngineHold hold(access_, HoldFor::settings);
     readParameters();
     for (auto& layer : layers_)
         if (layer->layerOn) layer->clearArpeggiator();
@@ -168,8 +164,7 @@ void Instrument::stop() {
 }
 
 void Instrument::start() {
-    audioThread_.notInsideBlock();
-    const EngineHold hold(state_.flags, platform::sleepMilliseconds);
+    const EngineHold hold(access_, HoldFor::settings);
     justResumed_ = true;
     song_.reset(state_);
 }
@@ -220,7 +215,7 @@ void Instrument::renderBlock(Sample* left, Sample* right, int frames, const Tran
     }
     {
         if (transport.offline) worker_.waitForWaves(offlineWait);
-        const AudioThreadCheck::Scope inside(audioThread_);
+        const AudioThreadCheck::Scope inside(access_.audioThread());
         const DenormalsOff denormalsOff;
         audioThreadId_.store(std::this_thread::get_id(), std::memory_order_relaxed);
         transport_ = transport;
@@ -259,6 +254,7 @@ void Instrument::renderAudioBlock(float* left, float* right, int count, int firs
     std::fill_n(left, count, 0.0f);
     std::fill_n(right, count, 0.0f);
     EngineFlags& flags = state_.flags;
+    const Passes::Scope reading(flags.blockPasses);
     flags.audioRunning.set();
     if (flags.editorClosing.isSet() || flags.audioMuted.isSet() || flags.engineLocked.isSet()) return flags.audioRunning.clear();
     if (flags.bootPending.isSet()) return;  // the next waiter or the next block clears the mark

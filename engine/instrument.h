@@ -10,9 +10,10 @@
 #include <thread>
 #include <vector>
 
+#include "base/engine_access.h"
 #include "base/engine_state.h"
+#include "base/messages.h"
 #include "base/random.h"
-#include "base/thread_check.h"
 #include "effects/equalizer.h"
 #include "effects/multieffect.h"
 #include "effects/sound_mode_stage.h"
@@ -36,7 +37,6 @@
 #include "patch/patch_chunk.h"
 #include "patch/patch_file.h"
 #include "patch/program_slot.h"
-#include "platform/dialogs.h"
 #include "voice/layer.h"
 
 namespace vantoric {
@@ -56,10 +56,10 @@ void smoothControllers(EngineState& state, float modwheel, float pitchWheel, flo
 
 class Instrument final : private MidiListener, private PatchHost {
 public:
-    // Boxes go to `dialogs`, which must outlive the object. Starts the wave worker and loads the welcome patch from the
+    // Starts the wave worker and loads the welcome patch from the
     // data folder; waits until the wave banks are there, at most 5 seconds. Throws std::bad_alloc or what the system
     // throws for a thread that cannot be made; nothing is left behind then.
-    explicit Instrument(platform::Dialogs& dialogs = platform::desktopDialogs());
+    Instrument();
     // Saves the controller map. No other thread may be at work in the object any more.
     ~Instrument();
     Instrument(const Instrument&) = delete;
@@ -105,7 +105,10 @@ public:
     // Whether a patch file is being loaded, or was refused as none.
     bool isBusy() const { return busy_.load(std::memory_order_acquire); }
 
-    // ---- one thread at a time that is not the audio thread: patches and programs
+    // What there is to tell a user; whoever has one takes it after each call that may have posted something.
+    Messages& messages() { return messages_; }
+
+    // ---- any thread but the audio thread: patches and programs. Each call takes its turn at the engine.
 
     ProgramSlot& program() { return program_; }
     PatchFiles& patchFiles() { return patchFiles_; }
@@ -176,7 +179,8 @@ private:
 
     EngineState state_;
     RandomSources random_;
-    platform::Dialogs& dialogs_;
+    Messages messages_;
+    EngineAccess access_;
     WaveLibrary::Membership membership_{WaveLibrary::shared()};
     ParameterModel parameters_;
     ControllerMap controllerMap_;
@@ -206,7 +210,6 @@ private:
     BlockObserver* observer_ = nullptr;
     bool nothingHeld_ = false;  // at the tick before
     bool justResumed_ = true;   // kept for the host's start and stop; nothing reads it
-    AudioThreadCheck audioThread_;
     std::atomic<std::thread::id> audioThreadId_{};  // the thread that rendered last
     std::atomic_flag inBlock_;
     Transport transport_;  // of the block that runs

@@ -28,7 +28,7 @@ void WaveLibrary::removeInstance() {
     files_ = Files();
 }
 
-bool WaveLibrary::load(const std::string& folder, platform::Dialogs& dialogs, const Flag& stop) {
+bool WaveLibrary::load(const std::string& folder, Messages& messages, const Flag& stop) {
     WaveLoad result = WaveLoad::loaded;
     {
         const std::lock_guard guard(loading_);
@@ -37,7 +37,7 @@ bool WaveLibrary::load(const std::string& folder, platform::Dialogs& dialogs, co
             isLoaded_.store(!stop.isSet(), std::memory_order_release);
         }
     }
-    if (result == WaveLoad::outOfMemory) dialogs.message("Error WtoOs", "Not enought memory.");
+    if (result == WaveLoad::outOfMemory) messages.post("Error WtoOs", "Not enought memory.");
     return !stop.isSet();
 }
 

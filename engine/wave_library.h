@@ -10,7 +10,7 @@
 #include <string>
 
 #include "base/flag.h"
-#include "platform/dialogs.h"
+#include "base/messages.h"
 #include "platform/mapped_file.h"
 #include "sound/custom_wave.h"
 #include "sound/wave_store.h"
@@ -53,8 +53,8 @@ public:
 
     // Loads all banks from `folder` (with its trailing separator) unless another instance has done so or is
     // at it; in that case waits until it has finished. Missing and bad files are left out in silence, short
-    // memory shows a box. Gives up, returning false, when `stop` is set. Worker threads only.
-    bool load(const std::string& folder, platform::Dialogs& dialogs, const Flag& stop);
+    // memory is told. Gives up, returning false, when `stop` is set. Worker threads only.
+    bool load(const std::string& folder, Messages& messages, const Flag& stop);
 
     // Fetches parts of the banks into memory, so that no voice waits for them. Entries that
     // hold no bank are passed over. Waits for the disk if need be; not for the audio thread.

@@ -68,9 +68,9 @@ bool choosesWave(int index) {
     return false;
 }
 
-WaveWorker::WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const ParameterModel& parameters,
+WaveWorker::WaveWorker(EngineFlags& flags, WaveLibrary& library, Messages& messages, const ParameterModel& parameters,
                        const AllOscillators& oscillators)
-    : flags_(flags), library_(library), dialogs_(dialogs), parameters_(parameters), oscillators_(oscillators) {}
+    : flags_(flags), library_(library), messages_(messages), parameters_(parameters), oscillators_(oscillators) {}
 
 WaveWorker::~WaveWorker() { stop(); }
 
@@ -113,7 +113,7 @@ void WaveWorker::run() noexcept {
 
 // Everybody waits for the banks; what comes later nobody does.
 void WaveWorker::boot() {
-    if (library_.load(platform::bankFolder(), dialogs_, flags_.workerStop)) {
+    if (library_.load(platform::bankFolder(), messages_, flags_.workerStop)) {
         guarded([this] { touchBanks(); });
         flags_.audioMuted.clear();
     }
@@ -129,10 +129,10 @@ void WaveWorker::guarded(Work&& work) noexcept {
         try {
             work();
         } catch (const std::bad_alloc&) {
-            dialogs_.message("Error WtoOs", "Not enought memory.");
+            messages_.post("Error WtoOs", "Not enought memory.");
         }
     } catch (...) {
-        // Not even the box could be shown, or it failed itself.
+        // Not even the message could be kept.
     }
 }
 
@@ -144,6 +144,7 @@ void WaveWorker::poll() noexcept {
     // A cancel that met no rebuild must not stop the next one.
     if (!flags_.rebuildRequested.isSet()) flags_.rebuildCancel.clear();
     if (!isAsked()) return;
+    const Passes::Scope reading(flags_.workerPasses);
     flags_.rebuildRunning.set();
     // Looked at again: whoever took the request back in between may be freeing the waves by now.
     const bool isStillAsked = isAsked();

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "base/engine_state.h"
+#include "base/messages.h"
 #include "engine/wave_library.h"
-#include "platform/dialogs.h"
 #include "samples/sample.h"
 #include "sound/custom_wave.h"
 
@@ -37,7 +37,7 @@ bool choosesWave(int index);
 class WaveWorker {
 public:
     // `parameters` tell which samples loop and which banks are played.
-    WaveWorker(EngineFlags& flags, WaveLibrary& library, platform::Dialogs& dialogs, const ParameterModel& parameters,
+    WaveWorker(EngineFlags& flags, WaveLibrary& library, Messages& messages, const ParameterModel& parameters,
                const AllOscillators& oscillators);
     ~WaveWorker();
 
@@ -85,7 +85,7 @@ private:
 
     EngineFlags& flags_;
     WaveLibrary& library_;
-    platform::Dialogs& dialogs_;
+    Messages& messages_;
     const ParameterModel& parameters_;
     AllOscillators oscillators_;
     Flag banksChosen_;

@@ -3,47 +3,43 @@
 #include <algorithm>
 #include <vector>
 
-#include "base/engine_hold.h"
 #include "base/parameters.h"
-#include "loading/show_outcome.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
 #include "samples/wave_file.h"
 
 namespace vantoric {
 
-CustomWaveLoader::CustomWaveLoader(EngineFlags& flags, ParameterModel& parameters, const CustomWaveHolders& waves,
-                                   platform::Dialogs& dialogs, SleepFunction sleep)
-    : flags_(flags), parameters_(parameters), waves_(waves), dialogs_(dialogs), sleep_(sleep) {}
+CustomWaveLoader::CustomWaveLoader(EngineAccess& access, ParameterModel& parameters, const CustomWaveHolders& waves,
+                                   Messages& messages)
+    : access_(access), parameters_(parameters), waves_(waves), messages_(messages) {}
 
 CustomWaveSlot* CustomWaveLoader::waveOf(int layer, int oscillator) const {
     if (layer < 0 || layer >= layerCount || oscillator < 0 || oscillator >= oscillatorCount) return nullptr;
     return waves_[static_cast<std::size_t>(layer * oscillatorCount + oscillator)];
 }
 
-bool CustomWaveLoader::resynthesize(int layer, int oscillator, const std::string& path) {
+bool CustomWaveLoader::resynthesize(int layer, int oscillator, const std::string& path) try {
     CustomWaveSlot* const wave = waveOf(layer, oscillator);
     CustomCycle cycle{};
-    if (wave == nullptr || !showOutcome(dialogs_, resynthesizeFile(path, cycle))) return false;
+    if (wave == nullptr || !messages_.post(resynthesizeFile(path, cycle))) return false;
+    const EngineTurn turn(access_);
     {
         // A rebuild that runs would end by writing the earlier wave over this one.
-        const EngineHold hold(flags_, sleep_);
+        const EngineHold hold(access_, HoldFor::waves);
         wave->forget();
         wave->cycle = cycle;
     }
-    flags_.rebuildRequested.set();
+    access_.flags().rebuildRequested.set();
     parameters_.setParameter(hostIndex(parameter::Start1 + oscillator, layer), 0.0f);
     parameters_.changes().noteAll(ChangeSource::window);
     return true;
+} catch (...) {
+    messages_.post("Error", "Not enought memory.");
+    return false;
 }
 
-bool CustomWaveLoader::resynthesizeDialog(int layer, int oscillator) {
-    std::string path;
-    return platform::askFilePath(dialogs_, path, platform::wavetableFolder(), false, platform::FileKind::Wave) &&
-           resynthesize(layer, oscillator, path);
-}
-
-bool CustomWaveLoader::randomWave(int layer, int oscillator) {
+bool CustomWaveLoader::randomWave(int layer, int oscillator) try {
     const std::string folder = platform::wavetableFolder();
     std::vector<platform::FolderEntry> entries;
     platform::listFolder(folder, entries);
@@ -52,13 +48,19 @@ bool CustomWaveLoader::randomWave(int layer, int oscillator) {
     std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
     const std::size_t chosen = (random.next() >> 8) % entries.size();  // its low bits repeat soon
     return resynthesize(layer, oscillator, folder + entries[chosen].name);
+} catch (...) {
+    messages_.post("Error", "Not enought memory.");
+    return false;
 }
 
-bool CustomWaveLoader::saveWave(int layer, int oscillator) {
+bool CustomWaveLoader::saveWave(int layer, int oscillator, const std::string& path) try {
     const CustomWaveSlot* const wave = waveOf(layer, oscillator);
-    std::string path;
-    return wave != nullptr && platform::askFilePath(dialogs_, path, "", true, platform::FileKind::Wave) &&
-           showOutcome(dialogs_, writeWave(wave->cycle, path));
+    if (wave == nullptr) return false;
+    const EngineTurn turn(access_);
+    return messages_.post(writeWave(wave->cycle, path));
+} catch (...) {
+    messages_.post("Error", "Not enought memory.");
+    return false;
 }
 
 }  // namespace vantoric

@@ -1,5 +1,7 @@
 #include "loading/quick_import.h"
 
+#include <utility>
+
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "platform/module_folder.h"
@@ -10,23 +12,40 @@ namespace vantoric {
 
 namespace par = parameter;
 
-bool QuickImport::importSample() {
-    if (!files_.loadPatchFile(platform::bankFolder() + "Quick_Sample.fxp")) return false;
+std::string QuickImport::sampleTemplate() { return platform::bankFolder() + "Quick_Sample.fxp"; }
+std::string QuickImport::vocoderTemplate() { return platform::bankFolder() + "Quick_Vocoder.fxp"; }
+
+bool QuickImport::importSample(const std::string& path) try {
+    const EngineTurn turn(access_);
+    std::optional<PreparedWave> left = loader_.prepareWave(path), right;
+    if (left && isStereoFile(path)) {
+        right = loader_.prepareWave(path, 1);
+        if (!right) return false;
+    }
+    if (!left || !files_.loadPatchFile(sampleTemplate())) return false;
     prepareLayer();
-    std::string path;
-    if (!loader_.askWaveFile(path)) return false;
-    if (!(isStereoFile(path) ? importStereo(path) : loader_.loadSample(-1, 0, path, false, Refusal::leavesEarlier))) return false;
+    loader_.place(-1, 0, std::move(*left));
+    if (right) spreadStereo(std::move(*right));
     program_.setProgramName(patchNameOfPath(path));
     return true;
+} catch (...) {
+    return failed();
 }
 
-bool QuickImport::importVocoder() {
-    if (!files_.loadPatchFile(platform::bankFolder() + "Quick_Vocoder.fxp")) return false;
-    dialogs_.message("Hint", "Now select a speech sample or a drumline...");
-    std::string path;
-    if (!loader_.askWaveFile(path) || !loader_.loadSample(-1, 0, path, false, Refusal::leavesEarlier)) return false;
+bool QuickImport::importVocoder(const std::string& path) try {
+    const EngineTurn turn(access_);
+    std::optional<PreparedWave> wave = loader_.prepareWave(path);
+    if (!wave || !files_.loadPatchFile(vocoderTemplate())) return false;
+    loader_.place(-1, 0, std::move(*wave));
     program_.setProgramName(patchNameOfPath(path));
     return true;
+} catch (...) {
+    return failed();
+}
+
+bool QuickImport::failed() {
+    messages_.post("Error", "Not enought memory.");
+    return false;
 }
 
 // The sound as it was recorded: no filter at work, one oscillator that plays a sample, on a layer that sounds.
@@ -40,16 +59,14 @@ void QuickImport::prepareLayer() {
     set(par::On1, 1.0f);
 }
 
-bool QuickImport::importStereo(const std::string& path) {
-    for (int channel = 0; channel < 2; ++channel)
-        if (!loader_.loadSampleChannel(-1, channel, path, false, channel, Refusal::leavesEarlier)) return false;
+void QuickImport::spreadStereo(PreparedWave&& right) {
+    loader_.place(-1, 1, std::move(right));
     set(par::SynType1 + 1, listValue(sampleType));
     set(par::On1 + 1, 1.0f);
     set(par::FilPan1, 0.0f);
     set(par::FilPan1 + 1, 1.0f);
     set(par::FiltMix1 + 1, 1.0f);
     set(par::Oct1 + 1, parameters_.getParameter(hostIndex(par::Oct1, loader_.currentLayer)));
-    return true;
 }
 
 void QuickImport::set(int number, float value) { parameters_.setParameter(hostIndex(number, loader_.currentLayer), value); }

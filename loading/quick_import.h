@@ -7,37 +7,41 @@
 #include "parameters/parameter_model.h"
 #include "patch/patch_file.h"
 #include "patch/program_slot.h"
-#include "platform/dialogs.h"
 
 namespace vantoric {
 
-// Called by the thread of the SampleLoader.
+// Any thread but the audio thread: each import takes its turn. Throws nothing.
 class QuickImport {
 public:
-    QuickImport(PatchFiles& files, ProgramSlot& program, ParameterModel& parameters, SampleLoader& loader,
-                platform::Dialogs& dialogs)
-        : files_(files), program_(program), parameters_(parameters), loader_(loader), dialogs_(dialogs) {}
+    QuickImport(PatchFiles& files, ProgramSlot& program, ParameterModel& parameters, SampleLoader& loader, EngineAccess& access,
+                Messages& messages)
+        : files_(files), program_(program), parameters_(parameters), loader_(loader), access_(access), messages_(messages) {}
 
-    // Loads the template "Quick_Sample.fxp" of the bank folder, lets the user choose a wave file and puts it
-    // into oscillator 1 of the layer that the window shows; a stereo file goes to oscillators 1 and 2, left
-    // and right through a filter each. The patch is then named after the file. False if the template is
-    // missing, nothing was chosen, or the file was refused (with the loader's box).
-    bool importSample();
+    // The templates "Quick_Sample.fxp" and "Quick_Vocoder.fxp" of the bank folder.
+    static std::string sampleTemplate();
+    static std::string vocoderTemplate();
 
-    // Loads the template "Quick_Vocoder.fxp" of the bank folder, tells the user what to choose and puts the
-    // chosen file into oscillator 1, the modulator of the template's vocoder. Name and result as above.
-    bool importVocoder();
+    // Replaces the patch by the template and puts a wave file into oscillator 1 of the layer that the window shows; a stereo
+    // file goes to oscillators 1 and 2, left and right through a filter each. The patch is then named after the file. The
+    // wave is ready before the template is loaded: false, with the patch as it was, if the file was refused (with the
+    // loader's message) or the template is missing (without) or is none (with its message).
+    bool importSample(const std::string& path);
+
+    // The same with the other template: the file goes into oscillator 1, the modulator of its vocoder.
+    bool importVocoder(const std::string& path);
 
 private:
     void prepareLayer();
-    bool importStereo(const std::string& path);
+    void spreadStereo(PreparedWave&& right);
     void set(int number, float value);
+    bool failed();
 
     PatchFiles& files_;
     ProgramSlot& program_;
     ParameterModel& parameters_;
     SampleLoader& loader_;
-    platform::Dialogs& dialogs_;
+    EngineAccess& access_;
+    Messages& messages_;
 };
 
 }  // namespace vantoric

@@ -3,10 +3,8 @@
 #include <new>
 #include <utility>
 
-#include "base/engine_hold.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
-#include "loading/show_outcome.h"
 #include "samples/autotune.h"
 #include "samples/wave_file.h"
 
@@ -16,9 +14,7 @@ namespace {
 
 constexpr int muteMilliseconds = 100;  // for a running block to end
 
-// Under a hold, since another thread may be loading a patch.
-EditSound soundOf(const Sample& holder, EngineFlags& flags, SleepFunction sleep) {
-    const EngineHold hold(flags, sleep);
+EditSound soundOf(const Sample& holder) {
     EditSound sound{{}, holder.loopStart, holder.loopEnd, holder.sampleRate};
     if (holder.length > 0 && holder.levels[0])
         sound.samples.assign(holder.levels[0].get(), holder.levels[0].get() + holder.length);
@@ -45,30 +41,44 @@ private:
 
 }  // namespace
 
-SampleEditor::SampleEditor(EngineFlags& flags, ParameterModel& parameters, const SampleHolders& holders,
-                           platform::Dialogs& dialogs, SleepFunction sleep)
-    : flags_(flags), parameters_(parameters), holders_(holders), dialogs_(dialogs), sleep_(sleep) {}
+SampleEditor::SampleEditor(EngineAccess& access, ParameterModel& parameters, const SampleHolders& holders, Messages& messages)
+    : access_(access), parameters_(parameters), holders_(holders), messages_(messages) {}
 
 bool SampleEditor::editSample(int layer, int oscillator, int command) try {
-    if (command < 0 || command >= editCommandCount || !run(layer, oscillator, command)) return false;
+    if (command < 0 || command >= editCommandCount) return false;
+    const EngineTurn turn(access_);
+    if (!run(layer, oscillator, command)) return false;
     parameters_.changes().noteAll(ChangeSource::window);
     return true;
-} catch (const std::bad_alloc&) {
-    dialogs_.message("Error", "Not enought memory.");
+} catch (...) {
+    messages_.post("Error", "Not enought memory.");
+    return false;
+}
+
+bool SampleEditor::hasSample(int layer, int oscillator) {
+    const Sample* const holder = holderOf(holders_, layer, oscillator);
+    const EngineTurn turn(access_);
+    return holder != nullptr && holder->length > 0 && holder->levels[0];
+}
+
+bool SampleEditor::exportWave(int layer, int oscillator, const std::string& path) try {
+    const Sample* const holder = holderOf(holders_, layer, oscillator);
+    if (holder == nullptr) return false;
+    const EngineTurn turn(access_);
+    const EditSound sound = soundOf(*holder);
+    return !sound.samples.empty() && messages_.post(writeWave(sound.samples, path));
+} catch (...) {
+    messages_.post("Error", "Not enought memory.");
     return false;
 }
 
 bool SampleEditor::run(int layer, int oscillator, int command) {
     Sample* const holder = holderOf(holders_, layer, oscillator);
     const EditRole role = editCommands[static_cast<std::size_t>(command)].role;
-    if (holder == nullptr || role == EditRole::separator) return false;
+    if (holder == nullptr || role == EditRole::separator || role == EditRole::exportWave) return false;
     if (role == EditRole::undo) return undo(layer, oscillator, *holder);
-    EditSound before = soundOf(*holder, flags_, sleep_);
+    EditSound before = soundOf(*holder);
     if (before.samples.empty()) return false;
-    if (role == EditRole::exportWave) {
-        exportWave(before);
-        return false;
-    }
     EditSound sound = before;
     if (role == EditRole::autotune)
         sound.sampleRate = rateOfLag(bestLag(sound.samples.data(), static_cast<std::int32_t>(sound.samples.size())));
@@ -87,8 +97,8 @@ bool SampleEditor::run(int layer, int oscillator, int command) {
 bool SampleEditor::undo(int layer, int oscillator, Sample& holder) {
     std::optional<EditSound>& backup = backupOf(layer, oscillator);
     if (!backup) return false;
-    const Mute mute(flags_.audioMuted, sleep_);
-    EditSound before = soundOf(holder, flags_, sleep_);
+    const Mute mute(access_.flags().audioMuted, access_.sleepFunction());
+    EditSound before = soundOf(holder);
     put(holder, *backup, true, isLooped(layer, oscillator));
     *backup = std::move(before);
     return true;
@@ -96,12 +106,12 @@ bool SampleEditor::undo(int layer, int oscillator, Sample& holder) {
 
 void SampleEditor::put(Sample& holder, const EditSound& sound, bool wrap, bool isLooped) {
     const SampleContent content{sound.samples, sound.loopStart, sound.loopEnd, sound.sampleRate};
-    if (!exchangeSample(holder, content, wrap, isLooped, flags_, sleep_)) throw std::bad_alloc();
+    if (!exchangeSample(access_, holder, content, wrap, isLooped)) throw std::bad_alloc();
 }
 
 // The levels stay as they are.
 void SampleEditor::setRate(Sample& holder, std::uint32_t rate) {
-    const EngineHold hold(flags_, sleep_);
+    const EngineHold hold(access_, HoldFor::waves);
     holder.sampleRate = rate;
 }
 
@@ -111,12 +121,6 @@ bool SampleEditor::isLooped(int layer, int oscillator) const {
 
 std::optional<EditSound>& SampleEditor::backupOf(int layer, int oscillator) {
     return backups_[static_cast<std::size_t>(layer * oscillatorCount + oscillator)];
-}
-
-void SampleEditor::exportWave(const EditSound& sound) {
-    std::string path;
-    if (platform::askFilePath(dialogs_, path, "", true, platform::FileKind::Wave))
-        showOutcome(dialogs_, writeWave(sound.samples, path));
 }
 
 void SampleEditor::writeParameters(int layer, int oscillator, EditRole role) {

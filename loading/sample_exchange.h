@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 
+#include "base/engine_access.h"
 #include "base/engine_state.h"
 #include "samples/sample.h"
 
@@ -26,10 +27,22 @@ struct SampleContent {
     std::uint32_t sampleRate = 44100;         // Hz
 };
 
-// Makes buffers, levels (with or without wrap) and guards (for a looped sound or not) beside the holder, which
-// then takes them over under an EngineHold. Levels that `rebuildCancel` cut short are left to the worker. False,
-// with the holder as it was, if memory is short. Any thread but the audio thread, one at a time.
-bool exchangeSample(Sample& holder, const SampleContent& content, bool wrap, bool isLooped, EngineFlags& flags,
-                    SleepFunction sleep);
+// A sound that is ready to be exchanged.
+struct PreparedSample {
+    Sample sample;
+    bool isBuilt = true;  // the levels; else a cancel came between
+};
+
+// Makes buffers, levels (with or without wrap) and guards (for a looped sound or not). Gives up the levels when `cancel` is
+// set. False if memory is short. Touches nothing that others use.
+bool prepareSample(PreparedSample& prepared, const SampleContent& content, bool wrap, bool isLooped, const Flag& cancel);
+
+// Puts a prepared sound into a holder, under an EngineHold. What was there is freed once nobody can be reading it. Levels
+// that were given up are left to the worker. Any thread but the audio thread. Allocates nothing but, where a reader is late,
+// its place among the retired.
+void exchangeSample(EngineAccess& access, Sample& holder, PreparedSample&& prepared);
+
+// Both. False, with the holder as it was, if memory is short.
+bool exchangeSample(EngineAccess& access, Sample& holder, const SampleContent& content, bool wrap, bool isLooped);
 
 }  // namespace vantoric

@@ -1,12 +1,10 @@
 #include "loading/sample_loader.h"
 
-#include <new>
+#include <utility>
 #include <vector>
 
-#include "base/engine_hold.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
-#include "patch/patch_file.h"
 #include "samples/autotune.h"
 #include "samples/sample_levels.h"
 
@@ -17,9 +15,8 @@ constexpr char memoryTitle[] = "Error L2";
 constexpr char memoryText[] = "Not enought memory to load sample.";
 }  // namespace
 
-SampleLoader::SampleLoader(EngineFlags& flags, ParameterModel& parameters, const SampleHolders& holders,
-                           platform::Dialogs& dialogs, SleepFunction sleep)
-    : flags_(flags), parameters_(parameters), holders_(holders), dialogs_(dialogs), sleep_(sleep) {}
+SampleLoader::SampleLoader(EngineAccess& access, ParameterModel& parameters, const SampleHolders& holders, Messages& messages)
+    : access_(access), parameters_(parameters), holders_(holders), messages_(messages) {}
 
 bool SampleLoader::loadSample(int layer, int oscillator, const std::string& path, bool silent, Refusal refusal) {
     return load({layerOf(layer), oscillator, path, 0, silent, false, refusal});
@@ -30,100 +27,98 @@ bool SampleLoader::loadSampleChannel(int layer, int oscillator, const std::strin
     return load({layerOf(layer), oscillator, path, channel, false, keepTuning, refusal});
 }
 
-bool SampleLoader::loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped) {
-    if (!loadSample(layer, oscillator, path, false, Refusal::leavesEarlier)) return false;
-    const bool tune =
-        dialogs_.question("Autotune", wasDropped ? "Autotune the sample?"
-                                                 : "Should the sample be tuned automatically (YES) or be tuned to C (NO)?");
-    if (tune) autotune(layer, oscillator);
-    return true;
-}
-
-bool SampleLoader::loadSampleDialog(int oscillator) {
-    std::string path;
-    return askWaveFile(path) && loadChosen(-1, oscillator, path, false);
-}
-
-bool SampleLoader::askWaveFile(std::string& path) {
-    if (!platform::askFilePath(dialogs_, path, lastFolder_, false, platform::FileKind::Wave)) return false;
-    const std::string folder = folderOfPath(path);
-    if (!folder.empty()) lastFolder_ = folder;
-    return true;
-}
-
 void SampleLoader::autotune(int layer, int oscillator) try {
     Sample* const holder = holderOf(holders_, layerOf(layer), oscillator);
     if (holder == nullptr) return;
-    std::vector<std::int16_t> copy;
-    {
-        const EngineHold hold(flags_, sleep_);
-        if (holder->length <= 0 || !holder->levels[0]) return;
-        copy.assign(holder->levels[0].get(), holder->levels[0].get() + holder->length);
-    }
+    const EngineTurn turn(access_);
+    if (holder->length <= 0 || !holder->levels[0]) return;
+    const std::vector<std::int16_t> copy(holder->levels[0].get(), holder->levels[0].get() + holder->length);
     const std::uint32_t rate = rateOfLag(bestLag(copy.data(), static_cast<std::int32_t>(copy.size())));
-    const EngineHold hold(flags_, sleep_);
+    const EngineHold hold(access_, HoldFor::waves);
     holder->sampleRate = rate;
-} catch (const std::bad_alloc&) {
-    dialogs_.message(memoryTitle, memoryText);
+} catch (...) {
+    messages_.post(memoryTitle, memoryText);
 }
 
 bool SampleLoader::load(const Task& task) try {
     Sample* const holder = holderOf(holders_, task.layer, task.oscillator);
     if (holder == nullptr) return false;
+    const EngineTurn turn(access_);
     std::vector<std::uint8_t> file;
-    switch (readWaveFile(task.path, file)) {
-        case WaveRead::unreadable: return false;
-        case WaveRead::tooLarge: return refuse(task, "Warning", "This wave file is too large.");
-        case WaveRead::done: break;
-    }
+    if (!readBytes(task.path, task.silent, file)) return false;
     if (task.refusal == Refusal::leavesNone) {
-        const EngineHold hold(flags_, sleep_);
+        const EngineHold hold(access_, HoldFor::waves);
         holder->length = holder->loopStart = holder->loopEnd = 0;
     }
-    WaveSound sound;
-    const WaveError error = read(task, file, sound);
-    if (error != WaveError::none) return refuse(task, "Error", waveErrorText(error));
-    const bool loopIsSound = settleLoop(sound);
-    if (!publish(task, sound)) return refuse(task, memoryTitle, memoryText);
-    if (!loopIsSound) refuse(task, task.path.c_str(), "The loop point information of this sample is not valid!");
-    writeParameters(task, sound.loopOn);
+    std::optional<PreparedWave> wave = prepare(file, task.path, task.channel, task.silent);
+    if (!wave) return false;
+    place(task.layer, task.oscillator, std::move(*wave), task.keepTuning, task.silent);
     return true;
-} catch (const std::bad_alloc&) {
-    return refuse(task, memoryTitle, memoryText);
+} catch (...) {
+    return refuse(task.silent, memoryTitle, memoryText);
 }
 
-WaveError SampleLoader::read(const Task& task, std::span<const std::uint8_t> file, WaveSound& sound) const {
+std::optional<PreparedWave> SampleLoader::prepareWave(const std::string& path, int channel, bool silent) try {
+    std::vector<std::uint8_t> file;
+    if (!readBytes(path, silent, file)) return std::nullopt;
+    return prepare(file, path, channel, silent);
+} catch (...) {
+    refuse(silent, memoryTitle, memoryText);
+    return std::nullopt;
+}
+
+bool SampleLoader::readBytes(const std::string& path, bool silent, std::vector<std::uint8_t>& file) {
+    switch (readWaveFile(path, file)) {
+        case WaveRead::done: return true;
+        case WaveRead::tooLarge: return refuse(silent, "Warning", "This wave file is too large.");
+        default: return false;
+    }
+}
+
+std::optional<PreparedWave> SampleLoader::prepare(std::span<const std::uint8_t> file, const std::string& path, int channel,
+                                                  bool silent) {
     const WaveLayout layout = parseWave(file);
-    if (layout.error != WaveError::none) return layout.error;
-    if (layout.sampleRate > maxSampleRate) return WaveError::badRate;
-    sound = {convertWave(file, layout, task.channel), layout.sampleRate, layout.loopOn, layout.loopStart, layout.loopEnd};
+    const bool isPlayable = layout.error != WaveError::none || layout.sampleRate <= maxSampleRate;
+    const WaveError error = isPlayable ? layout.error : WaveError::badRate;
+    if (error != WaveError::none) {
+        refuse(silent, "Error", waveErrorText(error));
+        return std::nullopt;
+    }
+    WaveSound sound{convertWave(file, layout, channel), layout.sampleRate, layout.loopOn, layout.loopStart, layout.loopEnd};
     reduceSound(sound, levelRows().front());
-    return WaveError::none;
-}
-
-bool SampleLoader::publish(const Task& task, const WaveSound& sound) {
+    PreparedWave wave;
+    wave.path = path;
+    wave.loopWasSound = settleLoop(sound);
+    wave.loopOn = sound.loopOn;
     const SampleContent content{sound.samples, static_cast<std::int32_t>(sound.loopStart),
                                 static_cast<std::int32_t>(sound.loopEnd), sound.sampleRate};
-    Sample& holder = *holderOf(holders_, task.layer, task.oscillator);
-    return exchangeSample(holder, content, sound.loopOn, sound.loopOn, flags_, sleep_);
+    if (prepareSample(wave.sample, content, sound.loopOn, sound.loopOn, access_.flags().rebuildCancel)) return wave;
+    refuse(silent, memoryTitle, memoryText);
+    return std::nullopt;
 }
 
-void SampleLoader::writeParameters(const Task& task, bool loopOn) {
-    setParameter(task, parameter::LoopMod1, listValue(loopOn ? loopModeLoop : loopModeSingle));
-    setParameter(task, parameter::Start1, 0.0f);
-    if (task.keepTuning) return;
-    const std::optional<FileNameTuning> tuning = fileNameTuning(task.path);
+void SampleLoader::place(int layer, int oscillator, PreparedWave&& wave, bool keepTuning, bool silent) {
+    Sample* const holder = holderOf(holders_, layerOf(layer), oscillator);
+    if (holder == nullptr) return;
+    const EngineTurn turn(access_);
+    exchangeSample(access_, *holder, std::move(wave.sample));
+    if (!wave.loopWasSound) refuse(silent, wave.path, "The loop point information of this sample is not valid!");
+    writeParameters(layerOf(layer), oscillator, wave, keepTuning);
+}
+
+void SampleLoader::writeParameters(int layer, int oscillator, const PreparedWave& wave, bool keepTuning) {
+    const auto set = [&](int number, float value) { parameters_.setParameter(hostIndex(number + oscillator, layer), value); };
+    set(parameter::LoopMod1, listValue(wave.loopOn ? loopModeLoop : loopModeSingle));
+    set(parameter::Start1, 0.0f);
+    if (keepTuning) return;
+    const std::optional<FileNameTuning> tuning = fileNameTuning(wave.path);
     if (!tuning) return;
-    setParameter(task, parameter::Oct1, tuning->oct);
-    setParameter(task, parameter::Semi1, tuning->semi);
+    set(parameter::Oct1, tuning->oct);
+    set(parameter::Semi1, tuning->semi);
 }
 
-void SampleLoader::setParameter(const Task& task, int number, float value) {
-    parameters_.setParameter(hostIndex(number + task.oscillator, task.layer), value);
-}
-
-bool SampleLoader::refuse(const Task& task, const char* title, const char* text) {
-    if (!task.silent) dialogs_.message(title, text);
+bool SampleLoader::refuse(bool silent, std::string_view title, std::string_view text) {
+    if (!silent) messages_.post(title, text);
     return false;
 }
 

@@ -1,11 +1,13 @@
 // Loading wave files into the oscillators' samples, with what it does to the parameters and says to the user.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
+#include "base/messages.h"
 #include "loading/sample_exchange.h"
 #include "parameters/parameter_model.h"
-#include "platform/dialogs.h"
 #include "samples/wave_file.h"
 
 namespace vantoric {
@@ -13,39 +15,43 @@ namespace vantoric {
 // What a refused file leaves in an oscillator: no sample, or the one that was there.
 enum class Refusal : unsigned char { leavesNone, leavesEarlier };
 
-// Called by one thread at a time that is not the audio thread; voices may play and the worker may rebuild
-// meanwhile. Layers are 0 to 3, or -1 for the one the window shows; oscillators 0 to 2; others load nothing.
+// A wave file on its way into an oscillator: all that can fail has been done.
+struct PreparedWave {
+    std::string path;
+    PreparedSample sample;
+    bool loopOn = false;
+    bool loopWasSound = true;  // else the loop of the file was forgotten
+};
+
+// Any thread but the audio thread: each call takes its turn; voices may play and the worker may rebuild meanwhile. What there
+// is to tell goes to the messages. Throws nothing. Layers are 0 to 3, or -1 for the one the window shows; oscillators 0 to 2;
+// others load nothing.
 class SampleLoader {
 public:
-    SampleLoader(EngineFlags& flags, ParameterModel& parameters, const SampleHolders& holders, platform::Dialogs& dialogs,
-                 SleepFunction sleep);
+    SampleLoader(EngineAccess& access, ParameterModel& parameters, const SampleHolders& holders, Messages& messages);
 
     // Loads a wave file, of a stereo file the left channel, into a sample: data, rate and loop go to the
     // holder, `LoopMod` follows the file's loop, `Start` becomes 0, and a note in the file name tunes `Oct`
-    // and `Semi`. False, with a box unless `silent` or the file cannot be opened, if it was refused: a file
+    // and `Semi`. False, with a message unless `silent` or the file cannot be opened, if it was refused: a file
     // that is missing or above 10000000 bytes leaves the earlier sample, any other what `refusal` says. A loop that the
-    // sound does not hold is forgotten with a box.
+    // sound does not hold is forgotten with a message.
     bool loadSample(int layer, int oscillator, const std::string& path, bool silent = false,
                     Refusal refusal = Refusal::leavesNone);
 
-    // The same for channel 0 (left) or 1 (right) of a stereo file, with boxes. keepTuning: the file name does not tune.
+    // The same for channel 0 (left) or 1 (right) of a stereo file, never silent. keepTuning: the file name does not tune.
     bool loadSampleChannel(int layer, int oscillator, const std::string& path, bool keepTuning, int channel,
                            Refusal refusal = Refusal::leavesNone);
 
-    // Loads a file that the user chose in a dialog or dropped, and asks whether it is to be tuned. One that is refused
-    // leaves the earlier sample.
-    bool loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped);
-
-    // Lets the user choose a wave file and loads it into the layer that the window shows. False if none
-    // was chosen or it was refused. The dialog starts in the folder that was used last.
-    bool loadSampleDialog(int oscillator);
-    // The dialog alone: false, with `path` as it was, if none was chosen.
-    bool askWaveFile(std::string& path);
+    // The two halves of a load: reads, converts and builds beside everything, nothing with a message if the file was refused
+    // (without if it cannot be opened); then puts it in its place as loadSampleChannel does, which does nothing for an
+    // oscillator that there is none of. The second may throw std::bad_alloc, with the sample in its place.
+    std::optional<PreparedWave> prepareWave(const std::string& path, int channel = 0, bool silent = false);
+    void place(int layer, int oscillator, PreparedWave&& wave, bool keepTuning = false, bool silent = false);
 
     // Sets the rate of a sample so that its pitch plays as the note C. An empty one is left alone.
     void autotune(int layer, int oscillator);
 
-    // The layer that the window shows, 0 to 3.
+    // The layer that the window shows, 0 to 3. Set by the thread that loads.
     int currentLayer = 0;
 
 private:
@@ -58,19 +64,16 @@ private:
     };
 
     bool load(const Task& task);
-    WaveError read(const Task& task, std::span<const std::uint8_t> file, WaveSound& sound) const;
-    bool publish(const Task& task, const WaveSound& sound);
-    void writeParameters(const Task& task, bool loopOn);
-    void setParameter(const Task& task, int number, float value);
-    bool refuse(const Task& task, const char* title, const char* text);
+    bool readBytes(const std::string& path, bool silent, std::vector<std::uint8_t>& file);
+    std::optional<PreparedWave> prepare(std::span<const std::uint8_t> file, const std::string& path, int channel, bool silent);
+    void writeParameters(int layer, int oscillator, const PreparedWave& wave, bool keepTuning);
+    bool refuse(bool silent, std::string_view title, std::string_view text);
     int layerOf(int layer) const { return layer == -1 ? currentLayer : layer; }
 
-    EngineFlags& flags_;
+    EngineAccess& access_;
     ParameterModel& parameters_;
     SampleHolders holders_;
-    platform::Dialogs& dialogs_;
-    SleepFunction sleep_;
-    std::string lastFolder_;
+    Messages& messages_;
 };
 
 }  // namespace vantoric

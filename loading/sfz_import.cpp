@@ -1,12 +1,12 @@
 #include "loading/sfz_import.h"
 
 #include <algorithm>
-#include <new>
+#include <utility>
 #include <vector>
 
-#include "base/engine_hold.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
+#include "patch/exchange_contents.h"
 #include "patch/patch_file.h"
 #include "patch/patch_reset.h"
 #include "platform/files.h"
@@ -39,61 +39,69 @@ std::string sfzSamplePath(const std::string& sfzPath, const std::string& sample)
     return isAbsolute(sample) || isAbsolute(path) ? path : folderOfPath(sfzPath) + path;
 }
 
-SfzImport::SfzImport(EngineFlags& flags, ParameterModel& parameters, ProgramSlot& program, const SampleHolders& holders,
-                     SampleLoader& loader, PatchHost& host, platform::Dialogs& dialogs, SleepFunction sleep)
-    : flags_(flags),
+SfzImport::SfzImport(EngineAccess& access, ParameterModel& parameters, ProgramSlot& program, const SampleHolders& holders,
+                     SampleLoader& loader, PatchHost& host, Messages& messages)
+    : access_(access),
       parameters_(parameters),
       program_(program),
       holders_(holders),
       loader_(loader),
       host_(host),
-      dialogs_(dialogs),
-      sleep_(sleep) {}
+      messages_(messages) {}
 
 bool SfzImport::refuse(const char* text) {
-    dialogs_.message("Error", text);
+    messages_.post("Error", text);
     return false;
 }
 
-bool SfzImport::importSfzDialog() {
-    std::string path;
-    return platform::askFilePath(dialogs_, path, "", false, platform::FileKind::Sfz) && importSfz(path);
+std::optional<SfzFile> SfzImport::readSfz(const std::string& path) try {
+    std::vector<std::uint8_t> bytes;
+    if (!platform::readFile(path, bytes, maxSfzBytes)) {
+        refuse("File read error");
+        return std::nullopt;
+    }
+    SfzFile file = parseSfz({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    if (file.lines > 0) return file;
+    refuse("This sfz file is not compatible with Vantori. No valid lines found.");
+    return std::nullopt;
+} catch (...) {
+    refuse("Not enought memory.");
+    return std::nullopt;
 }
 
-bool SfzImport::importSfz(const std::string& path) try {
-    std::vector<std::uint8_t> bytes;
-    if (!platform::readFile(path, bytes, maxSfzBytes)) return refuse("File read error");
-    const SfzFile file = parseSfz({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-    if (file.lines == 0) return refuse("This sfz file is not compatible with Vantori. No valid lines found.");
-    const bool onlyFirstGroup =
-        file.groups > 1 && !dialogs_.question("Warning",
-                                              "This *.sfz file is not supported and contains more than one <group>. "
-                                              "Should all groups be merged?");
-    const SfzPlan plan = planSfz(file, onlyFirstGroup);
+bool SfzImport::importSfz(const std::string& path, SfzGroups groups) {
+    const std::optional<SfzFile> file = readSfz(path);
+    return file && importSfz(path, *file, groups);
+}
+
+bool SfzImport::importSfz(const std::string& path, const SfzFile& file, SfzGroups groups) try {
+    const SfzPlan plan = planSfz(file, file.groups > 1 && groups == SfzGroups::onlyFirst);
     if (plan.oscillators.empty()) return refuse("No sample found. This sfz file is not compatible with Vantori.");
     if (plan.keyInfoMissing)
-        dialogs_.message("Warning",
-                         "The key info of this sfz file is invalid! Please check lokey=, hikey= and "
-                         "pitch_keycenter= .");
+        messages_.post("Warning",
+                       "The key info of this sfz file is invalid! Please check lokey=, hikey= and "
+                       "pitch_keycenter= .");
+    const EngineTurn turn(access_);
+    replacePatch(path, plan);
+    return true;
+} catch (...) {
+    return refuse("Not enought memory.");
+}
+
+void SfzImport::replacePatch(const std::string& path, const SfzPlan& plan) {
     beginPatch(path, plan);
     for (std::size_t k = 0; k < plan.oscillators.size(); ++k)
         placeRegion(path, static_cast<int>(k) / oscillatorCount, static_cast<int>(k) % oscillatorCount, plan.oscillators[k]);
-    flags_.rebuildRequested.set();
+    access_.flags().rebuildRequested.set();
     host_.refreshAll();
-    return true;
-} catch (const std::bad_alloc&) {
-    return refuse("Not enought memory.");
 }
 
 // Silence, then an empty patch with the layers that are used.
 void SfzImport::beginPatch(const std::string& path, const SfzPlan& plan) {
     {
-        const EngineHold hold(flags_, sleep_);
+        const EngineHold hold(access_, HoldFor::waves);
         host_.allNotesOff();
-        for (Sample* sample : holders_) {
-            for (auto& level : sample->levels) level.reset();
-            sample->clearHeader();
-        }
+        for (Sample* sample : holders_) exchangeContents(access_, *sample, Sample());
         resetAllParameters(parameters_);
         for (int layer = 0; layer < layerCount; ++layer) setUpLayer(layer, plan);
         parameters_.setParameterQuiet(par::SoundMod, 0.0f);
@@ -135,7 +143,7 @@ void SfzImport::setVelocityDepth(int layer, float depth) {
 void SfzImport::placeRegion(const std::string& path, int layer, int oscillator, const SfzOscillator& region) {
     set(par::SynType1 + oscillator, layer, listValue(sampleType));
     if (!loader_.loadSample(layer, oscillator, sfzSamplePath(path, region.sample)))
-        dialogs_.message("Error", "File not found: " + region.sample);
+        messages_.post("Error", "File not found: " + region.sample);
     set(par::Oct1 + oscillator, layer, region.oct);
     set(par::Semi1 + oscillator, layer, region.semi);
     set(par::Detune1 + oscillator, layer, region.detune);
@@ -157,7 +165,7 @@ void SfzImport::setLoop(int layer, int oscillator, const SfzOscillator& region) 
         takePoint(region.loopStart, sample.length, "The loop_start is outside of the sample borders!", start);
         takePoint(region.loopEnd, sample.length, "The loop_end is outside of the sample borders!", end);
     }
-    const EngineHold hold(flags_, sleep_);
+    const EngineHold hold(access_, HoldFor::waves);
     sample.loopStart = start;
     sample.loopEnd = end;
 }
@@ -165,7 +173,7 @@ void SfzImport::setLoop(int layer, int oscillator, const SfzOscillator& region) 
 // One that was given, if it lies within the sample.
 void SfzImport::takePoint(std::int32_t point, std::int32_t length, const char* complaint, std::int32_t& taken) {
     if (point > length)
-        dialogs_.message("Error", complaint);
+        messages_.post("Error", complaint);
     else if (point >= 0)
         taken = point;
 }

@@ -1,14 +1,15 @@
 // SFZ files as patches: at most twelve of their regions become the oscillators of the four layers.
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "base/messages.h"
 #include "loading/sample_exchange.h"
 #include "loading/sample_loader.h"
 #include "parameters/parameter_model.h"
 #include "patch/patch_chunk.h"
 #include "patch/program_slot.h"
-#include "platform/dialogs.h"
 #include "samples/sfz.h"
 
 namespace vantoric {
@@ -17,23 +18,30 @@ namespace vantoric {
 // starts at the folder of the SFZ file.
 std::string sfzSamplePath(const std::string& sfzPath, const std::string& sample);
 
-// Called by one thread at a time that is not the audio thread; voices may play and the worker may rebuild
-// meanwhile. Works with or without a window.
+// What becomes of a file of several groups.
+enum class SfzGroups : unsigned char { onlyFirst, merged };
+
+// Any thread but the audio thread: an import takes its turn; voices may play and the worker may rebuild meanwhile. Messages
+// tell what is missing or odd. Throws nothing. Works with or without a window.
 class SfzImport {
 public:
-    SfzImport(EngineFlags& flags, ParameterModel& parameters, ProgramSlot& program, const SampleHolders& holders,
-              SampleLoader& loader, PatchHost& host, platform::Dialogs& dialogs, SleepFunction sleep);
+    SfzImport(EngineAccess& access, ParameterModel& parameters, ProgramSlot& program, const SampleHolders& holders,
+              SampleLoader& loader, PatchHost& host, Messages& messages);
 
-    // Replaces the patch in force by one made of the file and names it after it. A box tells what is missing
-    // or odd; several groups are a question. False, with the patch as it was, if the file cannot be read or
-    // no region with a sample is in it. A sample that is missing or refused leaves its oscillator empty.
-    bool importSfz(const std::string& path);
+    // Reads a file. Nothing, with a message, if that fails or it holds no lines. Whoever imports one of several groups asks
+    // the user first what is to become of them.
+    std::optional<SfzFile> readSfz(const std::string& path);
 
-    // Lets the user choose a file first. False as above or if none was chosen.
-    bool importSfzDialog();
+    // Replaces the patch in force by one made of what was read and names it after the path. False, with the patch as it
+    // was, if no region with a sample is in it. A sample that is missing or refused leaves its oscillator empty.
+    bool importSfz(const std::string& path, const SfzFile& file, SfzGroups groups);
+
+    // Both at once.
+    bool importSfz(const std::string& path, SfzGroups groups);
 
 private:
     bool refuse(const char* text);
+    void replacePatch(const std::string& path, const SfzPlan& plan);
     void beginPatch(const std::string& path, const SfzPlan& plan);
     void setUpLayer(int layer, const SfzPlan& plan);
     void setVelocityDepth(int layer, float depth);
@@ -42,14 +50,13 @@ private:
     void takePoint(std::int32_t point, std::int32_t length, const char* complaint, std::int32_t& taken);
     void set(int number, int layer, float value) { parameters_.setParameterQuiet(hostIndex(number, layer), value); }
 
-    EngineFlags& flags_;
+    EngineAccess& access_;
     ParameterModel& parameters_;
     ProgramSlot& program_;
     SampleHolders holders_;
     SampleLoader& loader_;
     PatchHost& host_;
-    platform::Dialogs& dialogs_;
-    SleepFunction sleep_;
+    Messages& messages_;
 };
 
 }  // namespace vantoric

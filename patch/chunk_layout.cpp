@@ -33,4 +33,19 @@ bool isSound(const SampleHeader& header, std::int64_t maxLength) {
            header.sampleRate <= maxSampleRate;
 }
 
+bool areHeadersSound(std::span<const std::uint8_t> chunk) {
+    for (int index = 0; index < waveCount; ++index)
+        if (!isSound(readSampleHeader(chunk.data(), index), static_cast<std::int64_t>(chunk.size()) / 2)) return false;
+    return true;
+}
+
+Outcome check(std::span<const std::uint8_t> chunk) {
+    if (chunk[versionOffset] > formatVersion) return Outcome::failure("Error", newerVersionText);
+    if (!areHeadersSound(chunk)) return Outcome::failure("Error", badHeaderText);
+    std::int64_t end = sampleDataOffset;
+    for (int index = 0; index < waveCount; ++index) end += std::int64_t{readSampleHeader(chunk.data(), index).length} * 2;
+    if (end > static_cast<std::int64_t>(chunk.size())) return Outcome::failure("Error", missingDataText);
+    return Outcome::success();
+}
+
 }  // namespace vantoric::chunk

@@ -1,11 +1,13 @@
 // Where things stand in a patch chunk, and how numbers are written there. Integers are little-endian,
-// parameter values big-endian. Nothing here allocates or fails.
+// parameter values big-endian. But for `check`, nothing here allocates or fails.
 #pragma once
 
 #include <bit>
 #include <cstdint>
+#include <span>
 
 #include "base/engine_state.h"
+#include "base/outcome.h"
 #include "base/parameters.h"
 
 namespace vantoric::chunk {
@@ -68,5 +70,18 @@ void writeSampleHeader(std::uint8_t* chunk, int index, const SampleHeader& heade
 // True if the loop lies within the length, the length is from 0 to `maxLength` and the rate not above
 // 384000 Hz. A rate of 0 is accepted.
 bool isSound(const SampleHeader& header, std::int64_t maxLength);
+
+// What a user is told of a chunk that is refused, under the title "Error".
+inline constexpr char newerVersionText[] =
+    "The preset can not be loaded. The version number of the file format is not supported. You must update Vantori.";
+inline constexpr char badHeaderText[] = "Invalid sample header";
+inline constexpr char missingDataText[] = "Invalid sample chunk size.";
+
+// Whether every sample header of a chunk that has at least its fixed size is sound and within it.
+bool areHeadersSound(std::span<const std::uint8_t> chunk);
+
+// Whether a chunk that has at least its fixed size would be loaded whole: version, headers, sample data. A failure has the
+// text above. Any bytes. May throw std::bad_alloc.
+Outcome check(std::span<const std::uint8_t> chunk);
 
 }  // namespace vantoric::chunk

@@ -4,16 +4,17 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "base/text.h"
+#include "patch/exchange_contents.h"
 
 namespace vantoric {
 
 namespace {
 
-constexpr int lockTries = 1000;  // of 1 ms
 constexpr int synthesisTypeSample = 3;
 constexpr int matrixRows = 16;
 
@@ -35,9 +36,15 @@ chunk::SampleHeader headerOf(const Sample& sample) {
 
 }  // namespace
 
-PatchChunk::PatchChunk(EngineState& state, ParameterModel& parameters, ProgramSlot& program, const PatchWaves& waves,
-                       PatchHost& host, platform::Dialogs& dialogs, SleepFunction sleep)
-    : state_(state), parameters_(parameters), program_(program), waves_(waves), host_(host), dialogs_(dialogs), sleep_(sleep) {}
+PatchChunk::PatchChunk(EngineAccess& access, ParameterModel& parameters, ProgramSlot& program, const PatchWaves& waves,
+                       PatchHost& host, Messages& messages)
+    : access_(access),
+      flags_(access.flags()),
+      parameters_(parameters),
+      program_(program),
+      waves_(waves),
+      host_(host),
+      messages_(messages) {}
 
 // Writing.
 
@@ -50,25 +57,34 @@ void PatchChunk::boundSample(Sample& sample) {
     const bool hasData = sample.length == 0 || sample.levels[0] != nullptr;
     if (hasData && chunk::isSound(headerOf(sample), maxSampleLength)) return;
     sample.clearHeader();
-    dialogs_.message("Error", "Invalid sample parametres.");
+    messages_.post("Error", "Invalid sample parametres.");
 }
 
-ChunkBytes PatchChunk::getChunk() {
-    waitUntilClear(state_.flags.engineLocked, 100, 100, sleep_, false);
+// A lock that a failed load left is waited for without the turn, so that the next load can take it meanwhile.
+ChunkBytes PatchChunk::getChunk() try {
+    waitUntilClear(flags_.engineLocked, 100, 100, access_.sleepFunction(), false);
+    const EngineTurn turn(access_);
+    return writeChunk();
+} catch (...) {
+    messages_.post("Error", "Memory allocation error on saving");
+    return {};
+}
+
+ChunkBytes PatchChunk::writeChunk() {
     std::size_t words = 36868;
     for (const Sample* sample : waves_.samples) words += static_cast<std::size_t>(clampTo(sample->length, 0, maxSampleLength));
     ChunkBytes bytes;
     bytes.data.reset(new (std::nothrow) std::uint8_t[words * 2]);
     if (!bytes.data) {
-        dialogs_.message("Error", "Memory allocation error on saving");
+        messages_.post("Error", "Memory allocation error on saving");
         return bytes;
     }
     std::uint8_t* const data = bytes.data.get();
     std::fill(data, data + chunk::parameterOffset, std::uint8_t{0});
     data[chunk::versionOffset] = chunk::formatVersion;
     const std::string name = program_.getProgramName();
-    const std::string_view written = cutText(name, chunk::nameWritten);
-    std::memcpy(data + chunk::nameOffset, written.data(), written.size());
+    const std::string_view cutName = cutText(name, chunk::nameWritten);
+    std::memcpy(data + chunk::nameOffset, cutName.data(), cutName.size());
     for (int i = 0; i < parameterCount; ++i)
         chunk::writeBigFloat(data + chunk::parameterOffset + 4 * i, parameters_.getParameter(i));
 
@@ -90,67 +106,74 @@ ChunkBytes PatchChunk::getChunk() {
 
 // Reading.
 
-void PatchChunk::takeLock() {
-    waitUntilClear(state_.flags.engineLocked, lockTries, 1, sleep_);
-    state_.flags.engineLocked.set();
-    waitUntilClear(state_.flags.audioRunning, lockTries, 1, sleep_);
-}
-
 void PatchChunk::quieten() {
     host_.allNotesOff();
     host_.resetEngine();
 }
 
-// The block may be running again: it is held once more, so that it does not render what is being reset.
-void PatchChunk::quietenWhilePlaying() {
-    takeLock();
-    quieten();
-    state_.flags.engineLocked.clear();
-}
-
 bool PatchChunk::refuse(const char* title, const char* text) {
-    dialogs_.message(title, text);
+    messages_.post(title, text);
     return false;
 }
 
-int PatchChunk::setChunk(const std::uint8_t* data, std::int32_t size) {
-    EngineFlags& flags = state_.flags;
-    takeLock();
+int PatchChunk::setChunk(const std::uint8_t* data, std::int32_t size) try {
+    return replacePatch(data, size) ? 1 : 0;
+} catch (...) {
+    return refuse("Error SetCh1", "Not enought memory.") ? 1 : 0;
+}
+
+bool PatchChunk::replacePatch(const std::uint8_t* data, std::int32_t size) {
+    const EngineTurn turn(access_);
+    {
+        EngineHold hold(access_, HoldFor::patch);
+        hold.setStaysLocked(true);  // unless it all goes well
+        quieten();
+        if (data == nullptr || size < chunk::fixedSize) return true;
+        if (!readPatch(data, size, hold)) return false;
+        hold.setStaysLocked(false);
+    }
+    host_.refreshAll();
+    host_.lookUpPatchName();
+    // The block may be running again: it is held once more, so that it does not render what is being reset.
+    const EngineHold hold(access_, HoldFor::patch);
     quieten();
-    if (data == nullptr || size < chunk::fixedSize) return 1;
-    const bool rebuildWasDue = flags.rebuildRequested.isSet() || flags.rebuildRunning.isSet();
-    flags.rebuildCancel.set();
-    flags.rebuildRequested.clear();
+    return true;
+}
+
+// The worker reads waves and lengths. It is stopped before they are touched and again before memory is exchanged.
+bool PatchChunk::readPatch(const std::uint8_t* data, std::int32_t size, EngineHold& hold) {
+    const bool rebuildWasDue = flags_.rebuildRequested.isSet() || flags_.rebuildRunning.isSet();
+    flags_.rebuildCancel.set();
+    flags_.rebuildRequested.clear();
     const int version = data[chunk::versionOffset];
     if (version > chunk::formatVersion) {
-        refuse("Error",
-               "The preset can not be loaded. The version number of the file format is not supported. You must update Vantori.");
-        flags.engineLocked.clear();
-        if (rebuildWasDue) flags.rebuildOwed.set();  // the patch in force plays on
-        return 0;
+        hold.setStaysLocked(false);
+        if (rebuildWasDue) flags_.rebuildOwed.set();  // the patch in force plays on
+        return refuse("Error", chunk::newerVersionText);
     }
-    stopRebuild();
+    hold.endRebuild();
     for (Sample* sample : waves_.samples) sample->clearHeader();
     readName(data);
     readParameters(data);
     convertOlderPatch(version);
-    if (!flags.bootPending.isSet()) readCustomWaves(data);
-    stopRebuild();
-    if (!readSampleHeaders(data, size) || !readSampleData(data, size)) {
-        flags.rebuildOwed.set();
-        return 0;
+    if (!flags_.bootPending.isSet()) readCustomWaves(data);
+    hold.endRebuild();
+    // Every header is checked before memory is taken, so that what a header claims costs nothing.
+    if (!chunk::areHeadersSound({data, static_cast<std::size_t>(size)})) {
+        flags_.rebuildOwed.set();
+        return refuse("Error", chunk::badHeaderText);
     }
-    flags.rebuildCancel.clear();
-    flags.rebuildRequested.set();
+    if (!readSampleData(data, size)) {
+        flags_.rebuildOwed.set();
+        return false;
+    }
+    flags_.rebuildCancel.clear();
+    flags_.rebuildRequested.set();
     cleanMatrix();
     program_.setProgram(0);
     host_.resetEngine();
     host_.prepareToSound();
-    flags.engineLocked.clear();
-    host_.refreshAll();
-    host_.lookUpPatchName();
-    quietenWhilePlaying();
-    return 1;
+    return true;
 }
 
 void PatchChunk::readName(const std::uint8_t* data) {
@@ -186,49 +209,32 @@ void PatchChunk::readCustomWaves(const std::uint8_t* data) {
     }
 }
 
-// The worker reads waves and lengths. Asked before they are touched and again before memory is freed, since
-// an editing command of another thread may have begun a rebuild in between.
-void PatchChunk::stopRebuild() {
-    EngineFlags& flags = state_.flags;
-    if (!flags.rebuildRunning.isSet()) return;
-    flags.rebuildCancel.set();
-    flags.rebuildRequested.clear();
-    waitUntilClear(flags.rebuildRunning, lockTries, 1, sleep_);
-}
-
-// Every header is checked before memory is taken, so that what a header claims costs nothing.
-bool PatchChunk::readSampleHeaders(const std::uint8_t* data, std::int32_t size) {
-    for (int index = 0; index < chunk::waveCount; ++index) {
-        if (chunk::isSound(chunk::readSampleHeader(data, index), size / 2)) continue;
-        return refuse("Error", "Invalid sample header");
-    }
-    return true;
-}
-
 // A sample gets its length only once it has been read whole; all before it have then theirs.
 bool PatchChunk::readSampleData(const std::uint8_t* data, std::int32_t size) {
     std::int64_t position = chunk::sampleDataOffset;
     for (int index = 0; index < chunk::waveCount; ++index) {
         const chunk::SampleHeader header = chunk::readSampleHeader(data, index);
         const std::int64_t end = position + std::int64_t{header.length} * 2;
-        if (end > size) return refuse("Error", "Invalid sample chunk size.");
-        Sample& sample = *waves_.samples[index];
-        if (!sample.allocate(header.length)) return refuse("Error SetCh1", "Not enought memory.");
-        chunk::readSamples(data + position, sample.levels[0].get(), header.length);
+        if (end > size) return refuse("Error", chunk::missingDataText);
+        Sample fresh;
+        if (!fresh.allocate(header.length)) return refuse("Error SetCh1", "Not enought memory.");
+        chunk::readSamples(data + position, fresh.levels[0].get(), header.length);
         for (int level = 1; level < sampleLevels; ++level) {
-            std::copy_n(sample.levels[0].get(), header.length, sample.levels[level].get());
+            std::copy_n(fresh.levels[0].get(), header.length, fresh.levels[level].get());
         }
-        sample.levelsPending.set();  // until the worker has made them
-        sample.length = header.length;
-        sample.loopStart = header.loopStart;
-        sample.loopEnd = header.loopEnd;
-        sample.sampleRate = header.sampleRate;
+        fresh.length = header.length;
+        fresh.loopStart = header.loopStart;
+        fresh.loopEnd = header.loopEnd;
+        fresh.sampleRate = header.sampleRate;
+        waves_.samples[index]->levelsPending.set();  // until the worker has made them
+        exchangeContents(access_, *waves_.samples[index], std::move(fresh));
         position = end;
     }
     return true;
 }
 
 void PatchChunk::cleanMatrix() {
+    const EngineTurn turn(access_);
     for (int layer = 0; layer < layerCount; ++layer) {
         for (int row = 0; row < matrixRows; ++row) {
             const int source = hostIndex(parameter::MatSrc1 + row, layer);

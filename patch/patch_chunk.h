@@ -6,11 +6,12 @@
 #include <cstdint>
 #include <memory>
 
+#include "base/engine_access.h"
 #include "base/engine_state.h"
+#include "base/messages.h"
 #include "parameters/parameter_model.h"
 #include "patch/chunk_layout.h"
 #include "patch/program_slot.h"
-#include "platform/dialogs.h"
 #include "samples/sample.h"
 #include "sound/custom_wave.h"
 
@@ -48,49 +49,51 @@ struct ChunkBytes {
     std::int32_t size = 0;
 };
 
-// Called by one thread at a time that is not the audio thread. The flags of the EngineState keep the audio
-// block and the wave worker away while a patch is exchanged.
+// Any thread but the audio thread: each call takes its turn, so that no patch is saved half loaded. The flags keep the audio
+// block and the wave worker away while a patch is exchanged. What there is to tell goes to the messages. Throws nothing.
 class PatchChunk {
 public:
-    PatchChunk(EngineState& state, ParameterModel& parameters, ProgramSlot& program, const PatchWaves& waves, PatchHost& host,
-               platform::Dialogs& dialogs, SleepFunction sleep);
+    PatchChunk(EngineAccess& access, ParameterModel& parameters, ProgramSlot& program, const PatchWaves& waves, PatchHost& host,
+               Messages& messages);
+
+    EngineAccess& access() { return access_; }
 
     // Builds the chunk of the patch in force. A sample whose lengths or rate are out of bounds is emptied
-    // with a box. Empty, with a box, if memory is short.
+    // with a message. Empty, with a message, if memory is short. While the engine is locked, it waits at most 100 times
+    // 100 ms, and for a load that runs until it is done.
     ChunkBytes getChunk();
 
-    // Loads a chunk of `size` bytes. Returns 1, or 0 with a box for a newer format, a bad sample header,
+    // Loads a chunk of `size` bytes. Returns 1, or 0 with a message for a newer format, a bad sample header,
     // missing sample data or short memory. A chunk below the fixed size stops all notes, loads nothing and
     // returns 1. After such a short chunk and after a failure of the samples `engineLocked` stays set and
     // the engine silent until the next load. Memory in use stays within six times `size` and 300 KB,
-    // whatever the headers claim.
+    // whatever the headers claim, besides what is replaced and may still be read.
     int setChunk(const std::uint8_t* data, std::int32_t size);
 
     // Clears every matrix row that has no source or no destination.
     void cleanMatrix();
 
 private:
-    void takeLock();
+    ChunkBytes writeChunk();
+    bool replacePatch(const std::uint8_t* data, std::int32_t size);
+    bool readPatch(const std::uint8_t* data, std::int32_t size, EngineHold& hold);
     void quieten();
-    void quietenWhilePlaying();
     bool refuse(const char* title, const char* text);
     void readName(const std::uint8_t* data);
     void readParameters(const std::uint8_t* data);
     void convertOlderPatch(int version);
     void readCustomWaves(const std::uint8_t* data);
-    void stopRebuild();
-    bool readSampleHeaders(const std::uint8_t* data, std::int32_t size);
     bool readSampleData(const std::uint8_t* data, std::int32_t size);
     bool inSampleMode(int index) const;
     void boundSample(Sample& sample);
 
-    EngineState& state_;
+    EngineAccess& access_;
+    EngineFlags& flags_;
     ParameterModel& parameters_;
     ProgramSlot& program_;
     PatchWaves waves_;
     PatchHost& host_;
-    platform::Dialogs& dialogs_;
-    SleepFunction sleep_;
+    Messages& messages_;
 };
 
 }  // namespace vantoric

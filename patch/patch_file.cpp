@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <memory>
-#include <new>
 #include <vector>
 
 #include "base/parameters.h"
@@ -72,76 +70,86 @@ std::string favouritePath(const std::string& name) { return platform::favourites
 
 std::string welcomePatchPath() { return patchPath("ArpMultilayer", "0Welcome"); }
 
-PatchFiles::PatchFiles(PatchChunk& chunk, ProgramSlot& program, PatchHost& host, platform::Dialogs& dialogs)
-    : chunk_(chunk), program_(program), host_(host), dialogs_(dialogs) {}
+PatchFiles::PatchFiles(PatchChunk& chunk, ProgramSlot& program, PatchHost& host, Messages& messages)
+    : chunk_(chunk), program_(program), host_(host), messages_(messages) {}
 
-bool PatchFiles::loadPatchFile(const std::string& path) {
+bool PatchFiles::loadPatchFile(const std::string& path) try {
     host_.setBusy(true);
+    return load(path);
+} catch (...) {
+    messages_.post("Error", "Not enought memory.");
+    host_.setBusy(false);
+    return false;
+}
+
+// No save comes between the patch and its name.
+bool PatchFiles::load(const std::string& path) {
     std::vector<std::uint8_t> file;
     if (!platform::readFile(path, file)) {
         host_.setBusy(false);
         return false;
     }
-    if (!isPatchFile(file)) {
-        dialogs_.message(path, "This file is not compatible with this product.");
-        return false;
-    }
+    if (!isLoadable(path, file)) return false;
     const std::span<const std::uint8_t> bytes = chunkOfFile(file);
-    chunk_.setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size()));
+    const EngineTurn turn(chunk_.access());
+    const bool isLoaded = chunk_.setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size())) != 0;
     program_.setProgramName(patchNameOfPath(path));
     host_.setBusy(false);
-    return true;
+    return isLoaded;
 }
 
-bool PatchFiles::savePatchFile(const std::string& path) {
-    const ChunkBytes chunk = chunk_.getChunk();
-    if (!chunk.data) return false;
-    const std::size_t size = patchHeaderBytes + static_cast<std::size_t>(chunk.size);
-    const std::unique_ptr<std::uint8_t[]> file(new (std::nothrow) std::uint8_t[size]);
-    if (!file) {
-        dialogs_.message("Error", "Memory allocation error on saving");
+bool PatchFiles::isLoadable(const std::string& path, std::span<const std::uint8_t> file) {
+    const std::span<const std::uint8_t> bytes = chunkOfFile(file);
+    if (!isPatchFile(file) || bytes.size() < static_cast<std::size_t>(chunk::fixedSize)) {
+        messages_.post(path, "This file is not compatible with this product.");
         return false;
     }
-    const PatchHeader header = makePatchHeader(program_.getProgramName(), chunk.size);
-    std::copy(header.begin(), header.end(), file.get());
-    std::copy_n(chunk.data.get(), chunk.size, file.get() + patchHeaderBytes);
-    if (platform::writeFile(path, file.get(), size)) return true;
-    dialogs_.message(path,
-                     "File write error. File is write protected, opened by another application or the path does not exist.");
+    const bool isGood = messages_.post(chunk::check(bytes));
+    if (!isGood) host_.setBusy(false);
+    return isGood;
+}
+
+bool PatchFiles::savePatchFile(const std::string& path) try { return save(path); } catch (...) {
+    messages_.post("Error", "Memory allocation error on saving");
     return false;
 }
 
-bool PatchFiles::loadPatch() {
-    std::string path;
-    const std::string start = loadedBefore_ ? std::string() : platform::soundsFolder();
-    if (!platform::askFilePath(dialogs_, path, start, false, platform::FileKind::Patch)) return false;
-    loadedBefore_ = true;
-    loadPatchFile(path);
-    return true;
+// The header and the chunk hold the same name; the file is written while others may go on.
+bool PatchFiles::save(const std::string& path) {
+    std::vector<std::uint8_t> file;
+    {
+        const ChunkBytes chunk = chunk_.getChunk();
+        if (!chunk.data) return false;
+        const char* const name = reinterpret_cast<const char*>(chunk.data.get()) + chunk::nameOffset;
+        const PatchHeader header = makePatchHeader({name, strnlen(name, chunk::nameWritten)}, chunk.size);
+        file.reserve(header.size() + static_cast<std::size_t>(chunk.size));
+        file.assign(header.begin(), header.end());
+        file.insert(file.end(), chunk.data.get(), chunk.data.get() + chunk.size);
+    }
+    if (platform::writeFile(path, file.data(), file.size())) return true;
+    messages_.post(path, "File write error. File is write protected, opened by another application or the path does not exist.");
+    return false;
 }
 
-bool PatchFiles::savePatchAs() {
-    std::string path;
-    const std::string start = saveFolder_.empty() ? platform::userFolder() : saveFolder_;
-    if (!platform::askFilePath(dialogs_, path, start, true, platform::FileKind::Patch)) return false;
-    saveFolder_ = folderOfPath(path);
+bool PatchFiles::savePatchAs(const std::string& path) try {
     program_.setProgramName(patchNameOfPath(path));
-    return savePatchFile(path);
+    return save(path);
+} catch (...) {
+    messages_.post("Error", "Memory allocation error on saving");
+    return false;
 }
 
 bool PatchFiles::quickSavePatch(const std::string& category, const std::string& name) {
     if (category == "Custom") {
-        dialogs_.message("Error", "Your patch still has no name. Use 'Save patch as...' to store it.");
+        messages_.post("Error", "Your patch still has no name. Use 'Save patch as...' to store it.");
         return false;
     }
     return savePatchFile(patchPath(category, name));
 }
 
 bool PatchFiles::deletePatch(const std::string& category, const std::string& name) {
-    const std::string path = patchPath(category, name);
-    if (!dialogs_.question("Warning", "Are you sure that you want to delete the file '" + path + "'?")) return false;
-    if (platform::removeFile(path)) return true;
-    dialogs_.message("Error", "Could not delete this file. Please check if it is write protected.");
+    if (platform::removeFile(patchPath(category, name))) return true;
+    messages_.post("Error", "Could not delete this file. Please check if it is write protected.");
     return false;
 }
 

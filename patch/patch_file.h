@@ -1,4 +1,4 @@
-// Patch files: a chunk behind a header of 60 bytes, and the commands of the file menu that need no window.
+// Patch files: a chunk behind a header of 60 bytes, and what the file menu does with them.
 #pragma once
 
 #include <array>
@@ -6,9 +6,9 @@
 #include <span>
 #include <string>
 
+#include "base/messages.h"
 #include "patch/patch_chunk.h"
 #include "patch/program_slot.h"
-#include "platform/dialogs.h"
 
 namespace vantoric {
 
@@ -37,40 +37,41 @@ std::string patchPath(const std::string& category, const std::string& name);
 std::string favouritePath(const std::string& name);
 std::string welcomePatchPath();
 
-// File commands. All on the editor's thread or before there is one, never on the audio thread.
+// Loads, saves and removes patch files. Nothing is asked here; what there is to tell goes to the messages. Any thread but
+// the audio thread. Loading and saving to a path throw nothing, the others at most std::bad_alloc.
 class PatchFiles {
 public:
-    PatchFiles(PatchChunk& chunk, ProgramSlot& program, PatchHost& host, platform::Dialogs& dialogs);
+    PatchFiles(PatchChunk& chunk, ProgramSlot& program, PatchHost& host, Messages& messages);
 
-    // Loads a whole patch; the file's name becomes the patch's name, whatever the chunk says. A file that
-    // cannot be read is passed over in silence; one of another kind gives a box and leaves the window's
-    // busy state set. True if a chunk was handed to the engine.
+    // Loads a whole patch; the file's name becomes the patch's name, whatever the chunk says. The file is checked whole
+    // before anything is replaced: one that cannot be read is passed over in silence; one of another kind, or too short for
+    // a patch, is told under its path and leaves the window's busy state set; a newer format, a bad sample header and
+    // missing sample data are told as setChunk would. The patch before plays on then. True if the patch was loaded.
     bool loadPatchFile(const std::string& path);
 
-    // Saves the patch in force under its own name. False, with a box, if the file cannot be written or
+    // Saves the patch in force under its own name. False, with a message, if the file cannot be written or
     // memory is short.
     bool savePatchFile(const std::string& path);
 
-    // "Load patch": asks for a file and loads it. True if one was chosen; the caller then lets the browser
-    // follow the patch name.
-    bool loadPatch();
-    // "Save patch as...": asks for a path, names the patch after it, saves.
-    bool savePatchAs();
+    // "Save patch as..." to a path that was chosen: names the patch after it, saves.
+    bool savePatchAs(const std::string& path);
     // "Quick save patch": replaces the shown patch's file without a question. The category "Custom" has none
-    // and gives a box.
+    // and gives a message.
     bool quickSavePatch(const std::string& category, const std::string& name);
-    // "Delete Patch": asks, then removes the file. True if it is gone; the caller then rebuilds its lists.
+    // "Delete Patch", once the user has agreed. True if the file is gone; the caller then rebuilds its lists.
     bool deletePatch(const std::string& category, const std::string& name);
     // Saves the patch in force among the favourites.
     bool addToFavourites();
 
 private:
+    bool load(const std::string& path);
+    bool isLoadable(const std::string& path, std::span<const std::uint8_t> file);
+    bool save(const std::string& path);
+
     PatchChunk& chunk_;
     ProgramSlot& program_;
     PatchHost& host_;
-    platform::Dialogs& dialogs_;
-    bool loadedBefore_ = false;
-    std::string saveFolder_;  // of the last "Save patch as..."
+    Messages& messages_;
 };
 
 }  // namespace vantoric

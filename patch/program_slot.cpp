@@ -3,14 +3,18 @@
 namespace vantoric {
 
 void ProgramSlot::setProgramName(const std::string& text) {
-    if (text.size() <= longestName) {
-        name_ = text;
-        return;
-    }
-    dialogs_.message("Warning",
-                     "The name of the preset is longer than 27 characters. This hurts the VST/AU interface specification and can "
-                     "crash your host software. Please use a shorter name!");
-    name_ = "ThisNameIsTooLong";
+    const bool isTooLong = text.size() > longestName;
+    if (isTooLong)
+        messages_.post("Warning",
+                       "The name of the preset is longer than 27 characters. This hurts the VST/AU interface specification and "
+                       "can crash your host software. Please use a shorter name!");
+    const std::lock_guard guard(naming_);
+    name_ = isTooLong ? "ThisNameIsTooLong" : text;
+}
+
+std::string ProgramSlot::getProgramName() const {
+    const std::lock_guard guard(naming_);
+    return name_.empty() ? "Noname" : name_;
 }
 
 bool ProgramSlot::getProgramNameIndexed(int, int index, std::string& text) const {

@@ -2,33 +2,35 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 #include <string>
 
+#include "base/messages.h"
 #include "base/random.h"
-#include "platform/dialogs.h"
 
 namespace vantoric {
 
-// Not shared between threads: host and editor call from one thread at a time.
+// Any thread but the audio thread, also while another loads a patch.
 class ProgramSlot {
 public:
     static constexpr int longestName = 27;  // characters
 
-    explicit ProgramSlot(platform::Dialogs& dialogs) : dialogs_(dialogs) {}
+    explicit ProgramSlot(Messages& messages) : messages_(messages) {}
 
     // No index has an effect on the sound: the values in force are the program's own.
     void setProgram(int index) { static_cast<void>(index); }
     int getProgram() const { return 0; }
 
-    // Stores a name. One of 28 or more characters is answered with a box and becomes "ThisNameIsTooLong".
+    // Stores a name. One of 28 or more characters is answered with a message and becomes "ThisNameIsTooLong".
     void setProgramName(const std::string& text);
     // The name, or "Noname" if it is empty: 1 to 27 characters.
-    std::string getProgramName() const { return name_.empty() ? "Noname" : name_; }
+    std::string getProgramName() const;
     // The name of program `index` of any category; false, with `text` as it was, for an index other than 0.
     bool getProgramNameIndexed(int category, int index, std::string& text) const;
 
 private:
-    platform::Dialogs& dialogs_;
+    Messages& messages_;
+    mutable std::mutex naming_;
     std::string name_ = "000";
 };
 

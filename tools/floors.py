@@ -16,7 +16,7 @@ ROOMS = {
     "samples": ["base", "platform", "sound"],
     "voice": ["base", "sound", "effects", "samples"],
     "parameters": ["base", "sound", "effects"],
-    "patch": ["base", "platform", "samples", "parameters"],
+    "patch": ["base", "platform", "sound", "samples", "parameters"],
     "loading": ["base", "platform", "sound", "samples", "parameters", "patch"],
     "engine": ["base", "platform", "sound", "effects", "samples", "voice", "parameters", "patch", "loading"],
 }
@@ -31,11 +31,11 @@ ROOMS |= {
     "apps/midi": [],
     "apps/render": ["base", "apps/midi"],  # knows the plug-in by its binary interface alone
     "apps/song": ["base", "apps/midi"],
-    "apps/patch": ["base", "platform", "sound", "samples", "parameters", "patch", "loading"],
+    "apps/patch": ["base", "platform", "sound", "samples", "parameters", "patch", "loading", "library"],
     "factory/waves": ["base"],
     "factory/cycles": ["base", "platform", "samples", "factory/waves"],
     "factory/patches": ["base", "platform", "engine", "apps/render"],
-    "bench": EVERYTHING,
+    "bench": [*EVERYTHING, "apps/render"],
 }
 
 # Tests that see more than their room does.

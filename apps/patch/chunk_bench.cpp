@@ -17,8 +17,9 @@ PatchWaves wavesOf(Patch& patch) {
 
 }  // namespace
 
-ChunkBench::ChunkBench(Patch& patch, platform::Dialogs& dialogs)
-    : program_(dialogs),
-      chunk_(state_, patch.parameters, program_, wavesOf(patch), *this, dialogs, platform::sleepMilliseconds) {}
+ChunkBench::ChunkBench(Patch& patch, Messages& messages)
+    : access_(flags_, platform::sleepMilliseconds),
+      program_(messages),
+      chunk_(access_, patch.parameters, program_, wavesOf(patch), *this, messages) {}
 
 }  // namespace vantoric::patch

@@ -4,18 +4,17 @@
 #include "apps/patch/patch.h"
 #include "patch/patch_chunk.h"
 #include "patch/program_slot.h"
-#include "platform/dialogs.h"
 
 namespace vantoric::patch {
 
-// Patch and dialogs outlive it. One thread.
+// Patch and messages outlive it. One thread.
 class ChunkBench final : public PatchHost {
 public:
-    ChunkBench(Patch& patch, platform::Dialogs& dialogs);
+    ChunkBench(Patch& patch, Messages& messages);
 
     PatchChunk& chunk() { return chunk_; }
     ProgramSlot& program() { return program_; }
-    EngineFlags& flags() { return state_.flags; }
+    EngineAccess& access() { return access_; }
 
     // Nothing plays and nobody looks.
     void allNotesOff() override {}
@@ -25,7 +24,8 @@ public:
     void setBusy(bool) override {}
 
 private:
-    EngineState state_;
+    EngineFlags flags_;
+    EngineAccess access_;
     ProgramSlot program_;
     PatchChunk chunk_;
 };

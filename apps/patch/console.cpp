@@ -28,11 +28,6 @@ bool Console::question(const std::string& title, const std::string& text) {
     return yes;
 }
 
-bool Console::choosePath(const platform::FileRequest&, std::string& chosen) {
-    if (!path.empty()) chosen = path;
-    return !path.empty();
-}
-
 void Console::print(const std::string& line) {
     if (busyShown_) std::fputs("\r\033[K", stderr);
     busyShown_ = false;

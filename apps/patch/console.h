@@ -11,15 +11,14 @@
 
 namespace vantoric::patch {
 
-// Messages go to standard error, each a line "program: title: text". Questions and choosers are answered by
-// what the command line said. Safe to call from several threads at once.
+// Messages go to standard error, each a line "program: title: text". Questions are answered by what the
+// command line said. Safe to call from several threads at once.
 class Console final : public platform::Dialogs {
 public:
     explicit Console(std::string program) : program_(std::move(program)) {}
 
-    // The answers to come.
+    // The answer to every question.
     bool yes = true;
-    std::string path;  // empty: none is chosen
 
     // How many boxes there were; hints do not count and are not shown, since nobody clicks here.
     int messages() const;
@@ -27,7 +26,8 @@ public:
     void message(const std::string& title, const std::string& text) override;
     // Shown with its answer.
     bool question(const std::string& title, const std::string& text) override;
-    bool choosePath(const platform::FileRequest& request, std::string& chosen) override;
+    // Chooses none: the command line names every file.
+    bool choosePath(const platform::FileRequest&, std::string&) override { return false; }
 
 private:
     friend class Busy;

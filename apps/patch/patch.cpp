@@ -8,7 +8,6 @@
 #include "base/numbers.h"
 #include "parameters/parameter_text.h"
 #include "patch/patch_file.h"
-#include "platform/recorded_dialogs.h"
 
 namespace vantoric::patch {
 
@@ -38,10 +37,10 @@ constexpr InitValue initLayer[] = {
     {parameter::SusVol, 1, 1.0f},
 };
 
-// The last box that was shown.
-std::string complaint(const platform::RecordedDialogs& dialogs) {
-    const auto boxes = dialogs.boxes();
-    return boxes.empty() ? "not a patch of this instrument" : boxes.back().text;
+// What was told last.
+std::string complaint(Messages& messages) {
+    const std::vector<Message> told = messages.take();
+    return told.empty() ? "not a patch of this instrument" : told.back().text;
 }
 
 Cycle makeInitCycle() {
@@ -91,17 +90,18 @@ void setSample(Patch& patch, int index, std::span<const std::int16_t> frames, st
 }
 
 void cleanMatrix(Patch& patch) {
-    platform::RecordedDialogs dialogs;
-    ChunkBench(patch, dialogs).chunk().cleanMatrix();
+    Messages messages;
+    ChunkBench(patch, messages).chunk().cleanMatrix();
 }
 
 std::vector<std::uint8_t> toPatchFile(Patch& patch) {
-    platform::RecordedDialogs dialogs;
-    ChunkBench bench(patch, dialogs);
+    Messages messages;
+    ChunkBench bench(patch, messages);
     bench.program().setProgramName(patch.name);
     const ChunkBytes chunk = bench.chunk().getChunk();
-    // A box with a chunk: something of the patch was given up.
-    if (chunk.size == 0 || !dialogs.boxes().empty()) throw PatchError("", complaint(dialogs));
+    // A message with a chunk: something of the patch was given up.
+    const std::vector<Message> told = messages.take();
+    if (chunk.size == 0 || !told.empty()) throw PatchError("", told.empty() ? "memory is short" : told.back().text);
     std::vector<std::uint8_t> file(static_cast<std::size_t>(patchHeaderBytes) + static_cast<std::size_t>(chunk.size));
     const PatchHeader header = makePatchHeader(patch.name, chunk.size);
     std::copy_n(header.data(), header.size(), file.data());
@@ -115,10 +115,10 @@ void fromPatchFile(std::span<const std::uint8_t> file, Patch& patch) {
     if (bytes.size() < static_cast<std::size_t>(chunk::fixedSize))
         throw PatchError("", "truncated: " + std::to_string(file.size()) + " bytes, a patch has at least " +
                                  std::to_string(patchHeaderBytes + chunk::fixedSize));
-    platform::RecordedDialogs dialogs;
-    ChunkBench bench(patch, dialogs);
+    Messages messages;
+    ChunkBench bench(patch, messages);
     if (bench.chunk().setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size())) == 0)
-        throw PatchError("", complaint(dialogs));
+        throw PatchError("", complaint(messages));
     patch.name = bench.program().getProgramName();
 }
 

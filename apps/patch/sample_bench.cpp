@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/numbers.h"
+#include "library/show_messages.h"
 #include "platform/files.h"
 #include "platform/thread.h"
 #include "sound/kernels.h"
@@ -31,27 +32,36 @@ CustomWaveHolders sharedBy(CustomWaveSlot& wave) {
 
 SampleBench::SampleBench(Patch& patch, platform::Dialogs& dialogs)
     : patch_(patch),
-      chunk_(patch, dialogs),
+      dialogs_(dialogs),
+      chunk_(patch, messages_),
       samples_(holdersOf(patch)),
       customWave_(std::make_unique<CustomWaveSlot>()),
-      loader_(chunk_.flags(), patch.parameters, samples_, dialogs, platform::sleepMilliseconds),
-      editor_(chunk_.flags(), patch.parameters, samples_, dialogs, platform::sleepMilliseconds),
-      customWaveLoader_(chunk_.flags(), patch.parameters, sharedBy(*customWave_), dialogs, platform::sleepMilliseconds),
-      sfz_(chunk_.flags(), patch.parameters, chunk_.program(), samples_, loader_, chunk_, dialogs, platform::sleepMilliseconds),
-      files_(chunk_.chunk(), chunk_.program(), chunk_, dialogs),
-      quick_(files_, chunk_.program(), patch.parameters, loader_, dialogs) {}
+      loader_(chunk_.access(), patch.parameters, samples_, messages_),
+      editor_(chunk_.access(), patch.parameters, samples_, messages_),
+      customWaveLoader_(chunk_.access(), patch.parameters, sharedBy(*customWave_), messages_),
+      sfz_(chunk_.access(), patch.parameters, chunk_.program(), samples_, loader_, chunk_, messages_),
+      files_(chunk_.chunk(), chunk_.program(), chunk_, messages_),
+      quick_(files_, chunk_.program(), patch.parameters, loader_, chunk_.access(), messages_),
+      chooser_(dialogs),
+      imports_(quick_, sfz_, chooser_, messages_, dialogs) {}
+
+bool SampleBench::told(bool result) {
+    showMessages(messages_, dialogs_);
+    return result;
+}
 
 bool SampleBench::loadWave(int wave, const WaveOrder& order) {
     const int layer = layerOf(wave), oscillator = oscillatorOf(wave);
-    if (!loader_.loadSampleChannel(layer, oscillator, order.path, order.keepTuning, order.channel, Refusal::leavesEarlier))
+    if (!told(loader_.loadSampleChannel(layer, oscillator, order.path, order.keepTuning, order.channel, Refusal::leavesEarlier)))
         return false;
     if (order.autotune) loader_.autotune(layer, oscillator);
+    told(true);
     play(wave, sampleType);
     return true;
 }
 
 bool SampleBench::resynthesize(int wave, const std::string& path) {
-    if (!customWaveLoader_.resynthesize(layerOf(wave), oscillatorOf(wave), path)) return false;
+    if (!told(customWaveLoader_.resynthesize(layerOf(wave), oscillatorOf(wave), path))) return false;
     Cycle& cycle = patch_.customWaves[static_cast<std::size_t>(wave)];
     std::copy_n(customWave_->cycle.begin(), cycle.size(), cycle.begin());
     play(wave, customWaveType);
@@ -59,13 +69,13 @@ bool SampleBench::resynthesize(int wave, const std::string& path) {
 }
 
 bool SampleBench::importSfz(const std::string& path) {
-    if (!sfz_.importSfz(path)) return false;
+    if (!imports_.importSfz(path)) return false;
     patch_.name = chunk_.program().getProgramName();
     return true;
 }
 
-bool SampleBench::quickImport(bool vocoder) {
-    if (!(vocoder ? quick_.importVocoder() : quick_.importSample())) return false;
+bool SampleBench::quickImport(const std::string& path, bool vocoder) {
+    if (!told(vocoder ? quick_.importVocoder(path) : quick_.importSample(path))) return false;
     patch_.name = chunk_.program().getProgramName();
     return true;
 }
@@ -81,9 +91,13 @@ void SampleBench::mark(int wave, std::int32_t start, std::int32_t end) {
 void SampleBench::edit(int wave, int command) {
     const EditCommand& row = editCommands[static_cast<std::size_t>(command)];
     if (row.role != EditRole::undo) sampleOf(wave);
-    const bool changed = editor_.editSample(layerOf(wave), oscillatorOf(wave), command);
-    if (changed || row.role == EditRole::exportWave) return;
+    if (told(editor_.editSample(layerOf(wave), oscillatorOf(wave), command))) return;
     throw PatchError("", row.role == EditRole::undo ? "there is nothing to undo" : "the command could not be run");
+}
+
+void SampleBench::exportWave(int wave, const std::string& path) {
+    sampleOf(wave);
+    told(editor_.exportWave(layerOf(wave), oscillatorOf(wave), path));
 }
 
 Sample& SampleBench::sampleOf(int wave) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "apps/patch/chunk_bench.h"
+#include "library/import_commands.h"
 #include "loading/custom_wave_loader.h"
 #include "loading/quick_import.h"
 #include "loading/sample_editor.h"
@@ -38,24 +39,29 @@ public:
     // Replaces the patch by an SFZ file. False, with the patch as it was, if it was refused.
     bool importSfz(const std::string& path);
 
-    // Replaces the patch by the template of a quick import, of the data folder, with the file that the
-    // dialogs choose. False if the template is missing or the file was refused.
-    bool quickImport(bool vocoder);
+    // Replaces the patch by the template of a quick import, of the data folder, with a wave file. False, with the patch as
+    // it was, if the template is missing or the file was refused.
+    bool quickImport(const std::string& path, bool vocoder);
 
     // Sets the markers of an oscillator's sample, which are both its loop and the selection of the commands.
     // Throws PatchError unless 0 <= start <= end <= length.
     void mark(int wave, std::int32_t start, std::int32_t end);
 
     // Runs an edit command (0 to 44, no separator) on an oscillator's sample; undo goes one command back.
-    // Throws PatchError if there is nothing that it could work on or undo, or memory is short. What became of
-    // an exported file only the dialogs tell.
+    // Throws PatchError if there is nothing that it could work on or undo, or memory is short.
     void edit(int wave, int command);
+    // Writes an oscillator's sample to a wave file. Throws PatchError if there is none. What became of the file only the
+    // dialogs tell.
+    void exportWave(int wave, const std::string& path);
 
 private:
+    bool told(bool result);
     void play(int wave, int synthesisType);
     Sample& sampleOf(int wave);
 
     Patch& patch_;
+    platform::Dialogs& dialogs_;
+    Messages messages_;
     ChunkBench chunk_;
     SampleHolders samples_;
     std::unique_ptr<CustomWaveSlot> customWave_;  // the one of all oscillators that is being made
@@ -65,6 +71,8 @@ private:
     SfzImport sfz_;
     PatchFiles files_;
     QuickImport quick_;
+    WaveChooser chooser_;
+    ImportCommands imports_;
 };
 
 }  // namespace vantoric::patch

@@ -200,7 +200,6 @@ int SampleCommands::resynthesize() {
 }
 
 int SampleCommands::edit() {
-    constexpr int exportCommand = 3;
     std::vector<int> commands;
     for (const std::string& text : options_.commands) commands.push_back(editCommandOf(text));
     const bool exports = std::find(commands.begin(), commands.end(), exportCommand) != commands.end();
@@ -212,7 +211,6 @@ int SampleCommands::edit() {
     Patch patch;
     load(options_.patch, patch);
     SampleBench bench(patch, console_);
-    console_.path = options_.exportTo;
     runEdits(bench, commands);
     if (console_.messages() > 0) return fileTrouble;
     save(options_.out, patch);
@@ -227,7 +225,10 @@ void SampleCommands::runEdits(SampleBench& bench, const std::vector<int>& comman
     }
     for (const int command : commands) {
         const Busy busy(console_, editCommands[static_cast<std::size_t>(command)].label);
-        bench.edit(wave(), command);
+        if (command == exportCommand)
+            bench.exportWave(wave(), options_.exportTo);
+        else
+            bench.edit(wave(), command);
     }
     if (!options_.loop.empty()) {
         const Markers markers = *markersIn(options_.loop);
@@ -257,10 +258,9 @@ int SampleCommands::quickImport() {
         throw PatchError("", "the template " + platform::bankFolder() + name + " is missing");
     Patch patch;
     SampleBench bench(patch, console_);
-    console_.path = options_.in;
     {
         const Busy busy(console_, "importing " + options_.in);
-        if (!bench.quickImport(options_.vocoder)) return refused();
+        if (!bench.quickImport(options_.in, options_.vocoder)) return refused();
     }
     return reportImport(patch);
 }

@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "library/show_messages.h"
+
 namespace vantoric {
 
 namespace {
@@ -24,15 +26,18 @@ bool canParameterBeAutomated(std::int32_t index, const char* hostProduct) {
     return ParameterModel::isAutomatable(index);
 }
 
-Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs) : AudioEffectX(host, 1, parameterCount), instrument_(dialogs) {
+Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs) : AudioEffectX(host, 1, parameterCount), dialogs_(dialogs) {
     describeToHost();
     instrument_.setHostPort(this);
+    showMessages();
 }
 
 Q7Audio::~Q7Audio() {
     setEditor(nullptr);
     instrument_.setHostPort(nullptr);
 }
+
+void Q7Audio::showMessages() { vantoric::showMessages(instrument_.messages(), dialogs_); }
 
 void Q7Audio::describeToHost() {
     setNumInputs(0);
@@ -122,7 +127,11 @@ bool Q7Audio::canParameterBeAutomated(std::int32_t index) {
 
 void Q7Audio::setProgram(std::int32_t index) { instrument_.program().setProgram(index); }
 std::int32_t Q7Audio::getProgram() { return instrument_.program().getProgram(); }
-void Q7Audio::setProgramName(const char* text) { instrument_.program().setProgramName(text); }
+void Q7Audio::setProgramName(const char* text) {
+    instrument_.program().setProgramName(text);
+    showMessages();
+}
+
 void Q7Audio::getProgramName(char* text) { writeText(text, instrument_.program().getProgramName()); }
 
 bool Q7Audio::getProgramNameIndexed(std::int32_t category, std::int32_t index, char* text) {
@@ -153,6 +162,7 @@ bool Q7Audio::hasMidiProgramsChanged(std::int32_t) {
 
 std::int32_t Q7Audio::getChunk(void** data, bool) {
     const ChunkBytes bytes = instrument_.patchChunk().getChunk();
+    showMessages();
     if (bytes.size <= 0) return 0;
     *data = std::malloc(static_cast<std::size_t>(bytes.size));
     if (*data == nullptr) return 0;
@@ -161,7 +171,9 @@ std::int32_t Q7Audio::getChunk(void** data, bool) {
 }
 
 std::int32_t Q7Audio::setChunk(void* data, std::int32_t size, bool) {
-    return instrument_.patchChunk().setChunk(static_cast<const std::uint8_t*>(data), size);
+    const int isLoaded = instrument_.patchChunk().setChunk(static_cast<const std::uint8_t*>(data), size);
+    showMessages();
+    return isLoaded;
 }
 
 // ---- what it is ---------------------------------------------------------------------------------------------

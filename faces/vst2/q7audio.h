@@ -7,6 +7,7 @@
 #include "engine/host_port.h"
 #include "engine/instrument.h"
 #include "faces/vst2/audio_effect.h"
+#include "platform/dialogs.h"
 
 namespace vantoric {
 
@@ -16,7 +17,8 @@ bool canParameterBeAutomated(std::int32_t index, const char* hostProduct);
 
 class Q7Audio final : public AudioEffectX, private HostPort {
 public:
-    // Boxes go to `dialogs`, which must outlive the object. See Instrument for what it may throw.
+    // What the instrument has to tell is shown by `dialogs`, which must outlive the object, at the end of the call in question.
+    // See Instrument for what it may throw.
     explicit Q7Audio(HostCallback host, platform::Dialogs& dialogs = platform::desktopDialogs());
     ~Q7Audio() override;
 
@@ -66,8 +68,10 @@ private:
     bool sizeWanted(int width, int height) override;
 
     void describeToHost();
+    void showMessages();
     Transport askTransport();
 
+    platform::Dialogs& dialogs_;
     Instrument instrument_;
     std::string nameTold_;  // of the MIDI program, when the host last asked whether it changed
 };

@@ -51,7 +51,7 @@ double loudest(const Take& take) {
 Studio::Studio() {
     makeInstallation(folder_.path());
     platform::setDataFolder(folder_.path());
-    engine_ = std::make_unique<Instrument>(dialogs_);
+    engine_ = std::make_unique<Instrument>();
     engine_->setSampleRate(studioRate);
     engine_->start();
     waitForWaves();

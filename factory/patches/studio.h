@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "engine/instrument.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 
 namespace vantoric::factory {
@@ -42,16 +41,12 @@ public:
     // The value of a parameter of the loaded patch.
     const ParameterModel& parameters() { return engine_->parameters(); }
 
-    // Boxes that the instrument has shown since the start.
-    std::vector<platform::RecordedDialogs::Box> boxes() const { return dialogs_.boxes(); }
-
 private:
     void render(Take& take, double seconds);
     void renderTail(Take& take, double seconds);
     void waitForWaves();
 
     platform::ScratchFolder folder_;
-    platform::RecordedDialogs dialogs_;
     std::unique_ptr<Instrument> engine_;
     double ppqPos_ = 0.0;  // the song runs while a studio renders, so that what follows its position moves
 };

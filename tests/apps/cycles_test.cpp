@@ -12,7 +12,6 @@
 #include "factory/cycles/cycle.h"
 #include "loading/custom_wave_loader.h"
 #include "platform/files.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 #include "samples/wave_file.h"
 
@@ -143,8 +142,9 @@ TEST(SingleCycles, LoadAsCustomWaves) {
     const auto wave = std::make_unique<CustomWave>();
     CustomWaveHolders holders{};
     holders.fill(wave.get());
-    platform::RecordedDialogs dialogs;
-    CustomWaveLoader loader(flags, parameters, holders, dialogs, [](int) {});
+    EngineAccess access(flags, [](int) {});
+    Messages messages;
+    CustomWaveLoader loader(access, parameters, holders, messages);
     const std::string path = folder.path() + "cycle.wav";
     ofAll([&](const Cycle& cycle) {
         ASSERT_TRUE(writeCycle(cycle, path));
@@ -156,7 +156,7 @@ TEST(SingleCycles, LoadAsCustomWaves) {
         for (int i = 0; i < 2048; ++i)
             ASSERT_NEAR(wave->frame(0, 0)[i], cycle[static_cast<std::size_t>(i)] * 20000.0 / cyclePeak, 3.0) << i;
     });
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(messages.take().empty());
 }
 
 TEST(SingleCycles, CannotBeWrittenWhereThereIsNoFolder) { EXPECT_FALSE(writeCycle(made()[0], "/nowhere/at/all.wav")); }

@@ -51,8 +51,7 @@ struct QuickTemplates : testing::Test {
 
 TEST_F(QuickTemplates, PlayAMonoSampleOnBothSides) {
     test::EngineRig rig;
-    rig.dialogs.choosePathNext(clicks(1));
-    ASSERT_TRUE(rig.audio.quickImport().importSample());
+    ASSERT_TRUE(rig.audio.quickImport().importSample(clicks(1)));
     play(rig, 60);
     EXPECT_GT(peakOf(rig.left), 0.02f);
     EXPECT_NEAR(peakOf(rig.left), peakOf(rig.right), 0.05f * peakOf(rig.left));
@@ -60,8 +59,7 @@ TEST_F(QuickTemplates, PlayAMonoSampleOnBothSides) {
 
 TEST_F(QuickTemplates, PlayAStereoSampleOnItsSides) {
     test::EngineRig rig;
-    rig.dialogs.choosePathNext(clicks(2));
-    ASSERT_TRUE(rig.audio.quickImport().importSample());
+    ASSERT_TRUE(rig.audio.quickImport().importSample(clicks(2)));
     play(rig, 60);
     EXPECT_GT(peakOf(rig.left), 0.02f);
     EXPECT_GT(peakOf(rig.right), 0.02f);
@@ -69,14 +67,12 @@ TEST_F(QuickTemplates, PlayAStereoSampleOnItsSides) {
 
 TEST_F(QuickTemplates, LetASampleModulateAVoice) {
     test::EngineRig rig;
-    rig.dialogs.choosePathNext(clicks(1));
-    ASSERT_TRUE(rig.audio.quickImport().importVocoder());
+    ASSERT_TRUE(rig.audio.quickImport().importVocoder(clicks(1)));
     play(rig, 48);
     EXPECT_GT(rig.peak(), 0.01f);
     const float voiced = rig.peak();
     // Without a modulator the vocoder is silent.
-    rig.dialogs.choosePathNext("");
-    ASSERT_FALSE(rig.audio.quickImport().importVocoder());
+    ASSERT_TRUE(rig.audio.patchFiles().loadPatchFile(QuickImport::vocoderTemplate()));
     play(rig, 48);
     EXPECT_LT(rig.peak(12000), 0.1f * voiced);
 }

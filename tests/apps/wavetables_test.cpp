@@ -38,9 +38,9 @@ TEST_F(MadeCycles, AllLoadWithoutAComplaint) {
     EXPECT_GE(files.size(), 61u);
     EXPECT_TRUE(fs::exists(files.front().parent_path() / "2048.wav"));
     test::EngineRig rig;
-    rig.dialogs.clear();
+    rig.told.clear();
     for (const fs::path& file : files) EXPECT_TRUE(rig.audio.customWaveLoader().resynthesize(0, 0, file)) << file;
-    EXPECT_TRUE(rig.dialogs.boxes().empty());
+    EXPECT_TRUE(rig.told.boxes().empty());
 }
 
 TEST_F(MadeCycles, ServeAsRandomWaves) {

@@ -5,6 +5,7 @@
 #include "engine/engine_rig.h"
 #include "faces/vst2/q7audio.h"
 #include "golden_runner/golden.h"
+#include "platform/recorded_dialogs.h"
 #include "sound/kernel_reads.h"
 
 namespace {

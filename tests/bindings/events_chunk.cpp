@@ -124,7 +124,7 @@ json stateAfter(const Case& c, PatchBench& bench, int returned) {
     }
     return {{"returned", returned},
             {"boxes", bench.boxTexts()},
-            {"warning", !bench.dialogs.boxes().empty()},
+            {"warning", !bench.told.boxes().empty()},
             {"engineLocked", bench.state.flags.engineLocked.isSet()},
             {"name", bench.program.getProgramName()},
             {"getProgramName", bench.program.getProgramName()},
@@ -207,7 +207,7 @@ json runName(const Case& c) {
         bench.program.setProgramName(vantoric::patchNameOfPath(c.input["path"]));
     else
         bench.program.setProgramName(c.input.at("text"));
-    return {{"getProgramName", bench.program.getProgramName()}, {"warning", !bench.dialogs.boxes().empty()}};
+    return {{"getProgramName", bench.program.getProgramName()}, {"warning", !bench.told.boxes().empty()}};
 }
 
 const golden::Binding b1("events", "chunk_write", golden::checkValues<runWrite>);

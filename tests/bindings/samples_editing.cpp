@@ -7,7 +7,6 @@
 #include "loading/custom_wave_loader.h"
 #include "loading/sample_editor.h"
 #include "platform/files.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 #include "samples/sample_levels.h"
 #include "samples/wave_file.h"
@@ -45,15 +44,16 @@ json resynthMessage(const Case& c) {
     const std::vector<std::uint8_t> file = fileOf(c.input.at("file"));
     if (file.size() != c.input.at("file_bytes").get<std::size_t>()) throw std::runtime_error("the recipe gives another file");
     platform::writeFile(scratch.path, file.data(), file.size());
-    platform::RecordedDialogs dialogs;
+    Messages messages;
     EngineFlags flags;
+    EngineAccess access(flags, noSleep);
     ParameterModel parameters;
     CustomWaveSlot wave;
     CustomWaveHolders waves{};
     waves.fill(&wave);
-    CustomWaveLoader loader(flags, parameters, waves, dialogs, noSleep);
+    CustomWaveLoader loader(access, parameters, waves, messages);
     json got{{"returns", loader.resynthesize(0, 0, scratch.path)}, {"message", nullptr}};
-    for (const auto& box : dialogs.boxes())
+    for (const Message& box : messages.take())
         got["message"] = {{"text", box.text}, {"title", box.title == scratch.path ? "<path>" : box.title}};
     return got;
 }
@@ -74,7 +74,12 @@ public:
         editor.random.state = input.value("random_state", 0u);
     }
 
-    void run(int command) { editor.editSample(layer, oscillator, command); }
+    void run(int command, const std::string& exportPath = "") {
+        if (command == exportCommand)
+            editor.exportWave(layer, oscillator, exportPath);
+        else
+            editor.editSample(layer, oscillator, command);
+    }
 
     json state() const {
         json samples = json::array();
@@ -110,8 +115,9 @@ public:
 
     static constexpr int layer = 2, oscillator = 1;
     EngineFlags flags;
+    EngineAccess access{flags, noSleep};
     ParameterModel parameters;
-    platform::RecordedDialogs dialogs;
+    Messages messages;
     Sample sample;
     std::array<Sample, layerCount * oscillatorCount> others;
     SampleHolders holders = [this] {
@@ -120,7 +126,7 @@ public:
         all[layer * oscillatorCount + oscillator] = &sample;
         return all;
     }();
-    SampleEditor editor{flags, parameters, holders, dialogs, noSleep};
+    SampleEditor editor{access, parameters, holders, messages};
 
 private:
     static int numberNamed(const std::string& name) {
@@ -133,8 +139,7 @@ private:
 Outcome editCommand(const Case& c) {
     const ScratchFile scratch;
     EditBench bench(c.input);
-    bench.dialogs.choosePathNext(scratch.path);
-    bench.run(c.input.at("command"));
+    bench.run(c.input.at("command"), scratch.path);
     json got = bench.state();
     got["state_after"] = bench.editor.random.state;
     if (c.expected.contains("parameters")) got["parameters"] = bench.parametersOf(c.expected["parameters"]);

@@ -5,7 +5,7 @@
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "bindings/samples_signals.h"
-#include "loading/sfz_import.h"
+#include "library/import_commands.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
@@ -55,9 +55,11 @@ struct ImportBench {
     int row(int number, int layer) const { return parameters.getListIndex(hostIndex(number, layer)); }
 
     EngineFlags flags;
+    EngineAccess access{flags, noSleep};
     ParameterModel parameters;
+    Messages messages;
     platform::RecordedDialogs dialogs;
-    ProgramSlot program{dialogs};
+    ProgramSlot program{messages};
     std::array<Sample, layerCount * oscillatorCount> samples;
     SampleHolders holders{};
     QuietHost host;
@@ -88,11 +90,16 @@ json oscillatorState(const ImportBench& bench, std::size_t k, const SfzOscillato
 Outcome importCase(const Case& c) {
     const SfzFolder folder(c.input);
     ImportBench bench;
-    SampleLoader loader(bench.flags, bench.parameters, bench.holders, bench.dialogs, noSleep);
-    SfzImport import(bench.flags, bench.parameters, bench.program, bench.holders, loader, bench.host, bench.dialogs, noSleep);
+    SampleLoader loader(bench.access, bench.parameters, bench.holders, bench.messages);
+    SfzImport import(bench.access, bench.parameters, bench.program, bench.holders, loader, bench.host, bench.messages);
+    PatchChunk chunk(bench.access, bench.parameters, bench.program, {}, bench.host, bench.messages);
+    PatchFiles files(chunk, bench.program, bench.host, bench.messages);
+    QuickImport quick(files, bench.program, bench.parameters, loader, bench.access, bench.messages);
+    WaveChooser chooser(bench.dialogs);
+    ImportCommands commands(quick, import, chooser, bench.messages, bench.dialogs);
     const bool merge = c.input.value("merge_groups", false);
     bench.dialogs.answerNext(merge);
-    json got{{"returns", import.importSfz(folder.path)}, {"messages", json::array()}, {"oscillators", json::array()}};
+    json got{{"returns", commands.importSfz(folder.path)}, {"messages", json::array()}, {"oscillators", json::array()}};
     for (const auto& box : bench.dialogs.boxes()) got["messages"].push_back(box.text);
 
     const SfzFile file = parseSfz(c.input.at("text").get<std::string>());

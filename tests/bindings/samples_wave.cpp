@@ -4,7 +4,6 @@
 #include "bindings/samples_signals.h"
 #include "loading/sample_loader.h"
 #include "platform/files.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 #include "samples/resynthesis.h"
 #include "samples/wave_file.h"
@@ -79,11 +78,12 @@ Outcome checkLoad(const Case& c) {
     ParameterModel parameters;
     for (int i = 0; i < parameterCount; ++i) parameters.writeRaw(i, 0.5f);
     Writes writes(parameters);
-    platform::RecordedDialogs dialogs;
+    Messages messages;
+    EngineAccess access(flags, noSleep);
     std::array<Sample, 12> samples;
     SampleHolders holders;
     for (std::size_t i = 0; i < samples.size(); ++i) holders[i] = &samples[i];
-    SampleLoader loader(flags, parameters, holders, dialogs, noSleep);
+    SampleLoader loader(access, parameters, holders, messages);
     const int layer = c.input.at("layer"), oscillator = c.input.at("oscillator");
     Sample* const holder = holderOf(holders, layer < 0 ? loader.currentLayer : layer, oscillator);
     if (holder == nullptr) throw std::runtime_error("no such oscillator");
@@ -101,7 +101,7 @@ Outcome checkLoad(const Case& c) {
     if (file.size() != c.input.at("file_bytes").get<std::size_t>()) outcome.fail("the recipe gives another file");
     json expected = c.expected;
     got["messages"] = json::array();
-    for (const auto& box : dialogs.boxes()) {
+    for (const Message& box : messages.take()) {
         const std::size_t k = got["messages"].size();
         const bool compared = k >= expected["messages"].size() || !expected["messages"][k]["title"].is_null();
         got["messages"].push_back(

@@ -1,4 +1,4 @@
-// A whole engine for tests: its own data folder, a host that answers as told, dialogs that nobody sees.
+// A whole engine for tests: its own data folder, a host that answers as told, and what it tells.
 #pragma once
 
 #include <algorithm>
@@ -13,10 +13,10 @@
 #include "base/parameters.h"
 #include "engine/instrument.h"
 #include "platform/module_folder.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 #include "platform/settings.h"
 #include "platform/thread.h"
+#include "tests/base/told.h"
 
 namespace vantoric::test {
 
@@ -88,7 +88,7 @@ struct Midi {
 
 class EngineRig {
 public:
-    explicit EngineRig(float hostRate = 48000.0f) : folder_(sharedDataFolder()), audio(dialogs) {
+    explicit EngineRig(float hostRate = 48000.0f) : folder_(sharedDataFolder()) {
         audio.setSampleRate(hostRate);
         for (int i = 0; i < 5000 && audio.flags().audioMuted.isSet(); ++i) platform::sleepMilliseconds(1);
     }
@@ -157,9 +157,9 @@ private:
     DataFolder& folder_;
 
 public:
-    platform::RecordedDialogs dialogs;
     RigHost host;
     Instrument audio;
+    Told told{audio.messages()};
     std::vector<float> left, right;
 
 private:

@@ -46,7 +46,7 @@ TEST(Instrument, TheWelcomePatchIsThePatchOfAFreshInstance) {
     }
     EngineRig fresh;
     std::filesystem::remove(path);
-    EXPECT_TRUE(fresh.dialogs.boxes().empty());
+    EXPECT_TRUE(fresh.told.boxes().empty());
     EXPECT_EQ(fresh.audio.parameters().getParameter(par::Cutoff1), 0.375f);
     EXPECT_EQ(fresh.audio.program().getProgramName(), "0Welcome");
     EXPECT_EQ(fresh.audio.state().songPosition, 0.0);
@@ -138,9 +138,9 @@ TEST(Instrument, SuspendEndsPedalAndSmoothingAndKeepsTheDecimator) {
 
 TEST(Instrument, MissingFactorySoundsAreReportedAndTheEngineGoesOn) {
     EngineRig rig;
-    ASSERT_FALSE(rig.dialogs.boxes().empty());
-    EXPECT_EQ(rig.dialogs.boxes()[0].title, "Error");
-    EXPECT_EQ(rig.dialogs.boxes()[0].text, "The factory sounds are missing. Please reinstall the software.");
+    ASSERT_FALSE(rig.told.boxes().empty());
+    EXPECT_EQ(rig.told.boxes()[0].title, "Error");
+    EXPECT_EQ(rig.told.boxes()[0].text, "The factory sounds are missing. Please reinstall the software.");
     rig.block(64);
     EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());
 }
@@ -417,6 +417,18 @@ TEST(Instrument, StateBringsThePatchBack) {
     EXPECT_EQ(rig.audio.patchChunk().setChunk(state.data.get(), state.size), 1);
     EXPECT_EQ(rig.audio.parameters().getParameter(par::Cutoff1), 0.375f);
     EXPECT_EQ(rig.audio.program().getProgramName(), "Mine");
+}
+
+TEST(Instrument, ALoadThatFailedLeavesItSilentWhateverIsSwitchedUntilTheNextLoad) {
+    EngineRig rig;
+    const ChunkBytes whole = rig.audio.patchChunk().getChunk();
+    EXPECT_EQ(rig.audio.patchChunk().setChunk(whole.data.get(), 100), 1);
+    rig.audio.setSampleRate(96000.0f);
+    rig.audio.stop();
+    rig.audio.start();
+    EXPECT_TRUE(rig.audio.flags().engineLocked.isSet());
+    EXPECT_EQ(rig.audio.patchChunk().setChunk(whole.data.get(), whole.size), 1);
+    EXPECT_FALSE(rig.audio.flags().engineLocked.isSet());
 }
 
 TEST(Instrument, LayersFollowTheParametersAtTheNextTick) {

@@ -16,13 +16,12 @@
 #include <thread>
 #include <vector>
 
-#include "base/engine_hold.h"
+#include "base/engine_access.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "engine/wave_library.h"
 #include "parameters/parameter_model.h"
 #include "platform/files.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 #include "platform/thread.h"
 #include "sound/kernels.h"
@@ -34,7 +33,7 @@ namespace {
 
 // A worker with the memory of twelve oscillators that no voice reads.
 struct Worker : ::testing::Test {
-    Worker() : worker(flags, library, dialogs, parameters, all()) { test::sharedDataFolder(); }
+    Worker() : worker(flags, library, messages, parameters, all()) { test::sharedDataFolder(); }
 
     AllOscillators all() {
         AllOscillators oscillators;
@@ -59,7 +58,7 @@ struct Worker : ::testing::Test {
     }
 
     EngineFlags flags;
-    platform::RecordedDialogs dialogs;
+    Messages messages;
     WaveLibrary library;
     ParameterModel parameters;
     std::array<Sample, layerCount * oscillatorCount> samples;
@@ -123,7 +122,8 @@ TEST_F(Worker, WhatAFailedLoadTookBackIsMadeUpForOnceTheEngineIsFree) {
     worker.poll();
     EXPECT_FALSE(levelsOf(3)) << "a load is at work";
     {
-        const EngineHold hold(flags, platform::sleepMilliseconds);
+        EngineAccess access(flags, platform::sleepMilliseconds);
+        const EngineHold hold(access, HoldFor::waves);
         worker.poll();
         EXPECT_FALSE(levelsOf(3)) << "another one is";
     }
@@ -262,27 +262,15 @@ TEST_F(Worker, AllocationsThatFailEndNeitherThreadNorProcess) {
     EXPECT_TRUE(worker.waitForWaves(5000));
     test::throwingAllocation = 0;
     EXPECT_FALSE(levelsOf(3)) << "silent";
-    ASSERT_EQ(dialogs.boxes().size(), 1u);
-    EXPECT_EQ(dialogs.boxes()[0].title, "Error WtoOs");
-    EXPECT_EQ(dialogs.boxes()[0].text, "Not enought memory.");
+    const std::vector<Message> told = messages.take();
+    ASSERT_EQ(told.size(), 1u);
+    EXPECT_EQ(told[0].title, "Error WtoOs");
+    EXPECT_EQ(told[0].text, "Not enought memory.");
     flags.rebuildRequested.set();
     EXPECT_TRUE(worker.waitForWaves(5000));
     EXPECT_TRUE(levelsOf(3)) << "the next request builds it";
     worker.stop();
     EXPECT_TRUE(flags.workerStopped.isSet());
-}
-
-TEST_F(Worker, ABoxThatFailsEndsTheThreadNeither) {
-    struct Failing final : platform::RecordedDialogs {
-        void message(const std::string&, const std::string&) override { throw std::runtime_error("no box"); }
-    } failing;
-    WaveWorker other(flags, library, failing, parameters, all());
-    giveSquare(3);
-    test::throwingAllocation = sizeof(CustomWave);
-    flags.rebuildRequested.set();
-    other.poll();
-    test::throwingAllocation = 0;
-    EXPECT_TRUE(idle());
 }
 
 TEST_F(Worker, KnowsTheBanksThatAPatchPlays) {
@@ -331,7 +319,8 @@ TEST_F(Worker, StopsWithoutEverHavingStarted) {
 TEST_F(Worker, AHoldKeepsEveryoneAwayAndAsksAgainForTheRebuildItStopped) {
     flags.rebuildRequested.set();
     {
-        const EngineHold hold(flags, platform::sleepMilliseconds);
+        EngineAccess access(flags, platform::sleepMilliseconds);
+        const EngineHold hold(access, HoldFor::waves);
         EXPECT_TRUE(flags.engineLocked.isSet());
         EXPECT_TRUE(idle());
     }
@@ -341,7 +330,8 @@ TEST_F(Worker, AHoldKeepsEveryoneAwayAndAsksAgainForTheRebuildItStopped) {
 
 TEST_F(Worker, AHoldAsksForNoRebuildThatNobodyWanted) {
     {
-        const EngineHold hold(flags, platform::sleepMilliseconds);
+        EngineAccess access(flags, platform::sleepMilliseconds);
+        const EngineHold hold(access, HoldFor::waves);
     }
     EXPECT_FALSE(flags.rebuildRequested.isSet());
 }
@@ -354,7 +344,8 @@ TEST_F(Worker, AHoldsWaitsAreBounded) {
     flags.engineLocked.set();
     flags.audioRunning.set();
     flags.rebuildRunning.set();
-    const EngineHold hold(flags, countSleep);
+    EngineAccess access(flags, countSleep);
+    const EngineHold hold(access, HoldFor::waves);
     EXPECT_EQ(slept, 51 * 100 + 1000 + 1000);
     EXPECT_FALSE(flags.rebuildRunning.isSet());
     EXPECT_FALSE(flags.audioRunning.isSet());
@@ -368,7 +359,7 @@ TEST_F(Worker, TheLastInstanceEmptiesTheLibrary) {
         {
             const WaveLibrary::Membership second(library);
             EXPECT_EQ(second.number(), 2);
-            EXPECT_TRUE(library.load(test::sharedDataFolder().path(), dialogs, go));
+            EXPECT_TRUE(library.load(test::sharedDataFolder().path(), messages, go));
         }
         EXPECT_TRUE(library.loaded());
     }
@@ -408,7 +399,7 @@ struct Library : ::testing::Test {
         const auto bank = smallBank(64);
         EXPECT_TRUE(platform::writeFile(path, bank.data(), bank.size()));
     }
-    bool load() { return library.load(folder.path(), dialogs, go); }
+    bool load() { return library.load(folder.path(), messages, go); }
     static long faults() {
         rusage usage{};
         getrusage(RUSAGE_THREAD, &usage);
@@ -436,7 +427,7 @@ struct Library : ::testing::Test {
 
     platform::ScratchFolder folder;
     const std::string path = folder / "VA_Triangle_Saw.va";
-    platform::RecordedDialogs dialogs;
+    Messages messages;
     const Flag go;
     WaveLibrary library;
     const WaveLibrary::Membership membership{library};
@@ -502,9 +493,10 @@ TEST_F(Library, ShortMemoryShowsABoxAndLeavesTheEntryEmpty) {
     setrlimit(RLIMIT_AS, &before);
     EXPECT_TRUE(isLoaded);
     EXPECT_EQ(library.store().wave(vaTriangleSaw), nullptr);
-    ASSERT_EQ(dialogs.boxes().size(), 1u);
-    EXPECT_EQ(dialogs.boxes()[0].title, "Error WtoOs");
-    EXPECT_EQ(dialogs.boxes()[0].text, "Not enought memory.");
+    const std::vector<Message> told = messages.take();
+    ASSERT_EQ(told.size(), 1u);
+    EXPECT_EQ(told[0].title, "Error WtoOs");
+    EXPECT_EQ(told[0].text, "Not enought memory.");
 }
 #endif
 
@@ -520,7 +512,7 @@ TEST_F(Worker, AnInstanceThatComesAsTheLastOneGoesHasItsBanks) {
         threads.emplace_back([&] {
             for (int i = 0; i < 100; ++i) {
                 const WaveLibrary::Membership membership(library);
-                library.load(folder, dialogs, go);
+                library.load(folder, messages, go);
                 if (library.store().wave(vaTriangleSaw) == nullptr) ++without;
             }
         });
@@ -532,10 +524,10 @@ TEST_F(Worker, AnInstanceThatComesAsTheLastOneGoesHasItsBanks) {
 TEST_F(Worker, ALibraryThatIsToldToStopIsNotLoaded) {
     Flag stop;
     stop.set();
-    EXPECT_FALSE(library.load(test::sharedDataFolder().path(), dialogs, stop));
+    EXPECT_FALSE(library.load(test::sharedDataFolder().path(), messages, stop));
     EXPECT_FALSE(library.loaded());
     stop.clear();
-    EXPECT_TRUE(library.load(test::sharedDataFolder().path(), dialogs, stop));
+    EXPECT_TRUE(library.load(test::sharedDataFolder().path(), messages, stop));
 }
 
 TEST_F(Library, AWaveThatIsChosenOutsideTheAudioThreadIsFetchedByTheWorker) {
@@ -548,7 +540,7 @@ TEST_F(Library, AWaveThatIsChosenOutsideTheAudioThreadIsFetchedByTheWorker) {
     for (int i = 0; i < layerCount * oscillatorCount; ++i)
         parameters.writeRaw(hostIndex(parameter::SynType1 + i % oscillatorCount, i / oscillatorCount), listValue(noiseType));
     ASSERT_TRUE(load());
-    WaveWorker worker(flags, library, dialogs, parameters, oscillators);
+    WaveWorker worker(flags, library, messages, parameters, oscillators);
     worker.start();
     ASSERT_TRUE(worker.waitForWaves(5000));
     const std::int16_t* const bank = library.store().wave(vaTriangleSaw)->samples;

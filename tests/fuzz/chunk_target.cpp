@@ -74,7 +74,7 @@ void chunk(const std::uint8_t* data, std::size_t size) {
     const int returned = bench.load(bytes);
     const bool locked = bench.state.flags.engineLocked.isSet();
     require(returned == 0 || returned == 1, "a load returns 0 or 1");
-    require(returned == 1 || bench.dialogs.boxes().size() >= 1, "a failure gives a box");
+    require(returned == 1 || bench.told.boxes().size() >= 1, "a failure gives a box");
     require(!(returned == 1 && locked) || bytes.size() < static_cast<std::size_t>(chunk::fixedSize), "a loaded patch plays");
     if (bytes.size() >= static_cast<std::size_t>(chunk::fixedSize))
         requireSoundPatch(bench, std::max<std::size_t>(bytes.size(), 60));

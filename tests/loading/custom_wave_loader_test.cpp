@@ -34,7 +34,7 @@ struct CustomWaveLoading : testing::Test {
             holders[i] = waves.back().get();
         }
         for (int i = 0; i < parameterCount; ++i) parameters.writeRaw(i, 0.25f);
-        loader = std::make_unique<CustomWaveLoader>(flags, parameters, holders, dialogs, noSleep);
+        loader = std::make_unique<CustomWaveLoader>(access, parameters, holders, messages);
     }
     std::string put(const std::string& path, int length, int period) {
         const auto bytes = waveFileBytes(tone(length, period));
@@ -48,8 +48,9 @@ struct CustomWaveLoading : testing::Test {
 
     platform::ScratchFolder folder;
     EngineFlags flags;
+    EngineAccess access{flags, noSleep};
     ParameterModel parameters;
-    platform::RecordedDialogs dialogs;
+    Messages messages;
     std::vector<std::unique_ptr<CustomWaveSlot>> waves;
     CustomWaveHolders holders{};
     std::unique_ptr<CustomWaveLoader> loader;
@@ -77,16 +78,8 @@ TEST_F(CustomWaveLoading, KnowsNoOtherOscillators) {
     const std::string path = put(folder / "x.wav", 300, 300);
     for (const auto& [layer, oscillator] : {std::pair{-1, 0}, {4, 0}, {0, -1}, {0, 3}}) {
         EXPECT_FALSE(loader->resynthesize(layer, oscillator, path));
-        EXPECT_FALSE(loader->saveWave(layer, oscillator));
+        EXPECT_FALSE(loader->saveWave(layer, oscillator, folder / "y.wav"));
     }
-}
-
-TEST_F(CustomWaveLoading, DialogStartsInTheFolderOfCycles) {
-    dialogs.choosePathNext(put(folder / "x.wav", 300, 300));
-    EXPECT_TRUE(loader->resynthesizeDialog(0, 0));
-    ASSERT_EQ(dialogs.requests().size(), 1u);
-    EXPECT_EQ(dialogs.requests()[0].startFolder, platform::wavetableFolder());
-    EXPECT_FALSE(loader->resynthesizeDialog(0, 0)) << "the user goes back";
 }
 
 TEST_F(CustomWaveLoading, RandomWaveComesFromTheFolderOfCycles) {
@@ -102,8 +95,7 @@ TEST_F(CustomWaveLoading, RandomWaveComesFromTheFolderOfCycles) {
 
 TEST_F(CustomWaveLoading, SaveWritesTheCycleOf2048Samples) {
     holders[0]->cycle[5] = 77;
-    dialogs.choosePathNext(folder / "cycle");
-    EXPECT_TRUE(loader->saveWave(0, 0));
+    EXPECT_TRUE(loader->saveWave(0, 0, folder / "cycle.wav"));
     std::vector<std::uint8_t> bytes;
     EXPECT_TRUE(platform::readFile(folder / "cycle.wav", bytes));
     EXPECT_EQ(bytes.size(), 4140u);

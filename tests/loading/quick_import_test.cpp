@@ -32,10 +32,7 @@ struct QuickImporting : ::testing::Test {
         EXPECT_TRUE(platform::writeFile(folder / name, bytes.data(), bytes.size()));
         return folder / name;
     }
-    bool import(const std::string& path) {
-        rig.dialogs.choosePathNext(path);
-        return rig.audio.quickImport().importSample();
-    }
+    bool import(const std::string& path) { return rig.audio.quickImport().importSample(path); }
     float value(int number) { return rig.audio.parameters().getParameter(number); }
     const Sample& sample(int oscillator) { return rig.audio.layer(0).sample(oscillator); }
 
@@ -90,29 +87,42 @@ TEST_F(QuickImporting, TheLayerThatTheWindowShowsTakesTheFileAndSounds) {
     EXPECT_GT(rig.peak(), 0.01f);
 }
 
-TEST_F(QuickImporting, WithoutATemplateAChoiceOrASoundFileThereIsNoImport) {
-    EXPECT_FALSE(rig.audio.quickImport().importSample()) << "the user goes back";
-    EXPECT_EQ(rig.audio.program().getProgramName(), "Quick_Sample");
-    EXPECT_FALSE(import(pattern));
-    EXPECT_EQ(sample(0).length, 0);
-    platform::removeFile(pattern);
-    EXPECT_FALSE(import(wave("Kick.wav", 1)));
+TEST_F(QuickImporting, ARefusedFileLeavesThePatchThatWasThere) {
+    ASSERT_TRUE(rig.audio.sampleLoader().loadSample(0, 0, wave("Kick.wav", 1)));
+    rig.set(par::LayerVol, 0.123f);
+    rig.audio.program().setProgramName("Mine");
+    WaveMaker wrong;
+    wrong.bits = 12;
+    wrong.channels = 2;
+    const test::Bytes bytes = wrong.putFrames(60).file();
+    ASSERT_TRUE(platform::writeFile(folder / "Wrong.wav", bytes.data(), bytes.size()));
+    for (const std::string& path : {pattern, folder / "none.wav", folder / "Wrong.wav"}) {
+        EXPECT_FALSE(import(path)) << path;
+        EXPECT_FALSE(rig.audio.quickImport().importVocoder(path));
+    }
+    EXPECT_EQ(sample(0).length, 60);
+    EXPECT_EQ(value(par::LayerVol), 0.123f);
+    EXPECT_EQ(rig.audio.program().getProgramName(), "Mine");
 }
 
-TEST_F(QuickImporting, AVocoderTakesTheFileAsItsModulatorAfterAHint) {
-    const std::string vocoder = platform::bankFolder() + "Quick_Vocoder.fxp";
-    EXPECT_FALSE(rig.audio.quickImport().importVocoder()) << "there is no template";
-    ASSERT_TRUE(rig.audio.patchFiles().savePatchFile(vocoder));
-    rig.dialogs.clear();
-    rig.dialogs.choosePathNext(wave("Speech.wav", 1));
-    EXPECT_TRUE(rig.audio.quickImport().importVocoder());
-    ASSERT_EQ(rig.dialogs.boxes().size(), 1u);
-    EXPECT_EQ(rig.dialogs.boxes()[0].title, "Hint");
-    EXPECT_EQ(rig.dialogs.boxes()[0].text, "Now select a speech sample or a drumline...");
+TEST_F(QuickImporting, AMissingOrBadTemplateLeavesThePatchThatWasThere) {
+    rig.set(par::LayerVol, 0.123f);
+    const std::string path = wave("Kick.wav", 1);
+    ASSERT_TRUE(platform::writeFile(pattern, "CcnK", 4));
+    EXPECT_FALSE(import(path));
+    platform::removeFile(pattern);
+    EXPECT_FALSE(import(path));
+    EXPECT_EQ(value(par::LayerVol), 0.123f);
+    EXPECT_EQ(sample(0).length, 0);
+}
+
+TEST_F(QuickImporting, AVocoderTakesTheFileAsItsModulator) {
+    EXPECT_FALSE(rig.audio.quickImport().importVocoder(wave("Speech.wav", 1))) << "there is no template";
+    ASSERT_TRUE(rig.audio.patchFiles().savePatchFile(QuickImport::vocoderTemplate()));
+    EXPECT_TRUE(rig.audio.quickImport().importVocoder(wave("Speech.wav", 1)));
     EXPECT_EQ(sample(0).length, 60);
     EXPECT_EQ(rig.audio.program().getProgramName(), "Speech");
-    EXPECT_FALSE(rig.audio.quickImport().importVocoder()) << "the user goes back";
-    platform::removeFile(vocoder);
+    platform::removeFile(QuickImport::vocoderTemplate());
 }
 
 }  // namespace

@@ -11,11 +11,11 @@
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "platform/files.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 #include "samples/sample_levels.h"
 
 #include "tests/base/failing_allocation.h"
+#include "tests/base/told.h"
 
 namespace vantoric {
 namespace {
@@ -34,14 +34,13 @@ void recordSleep(int milliseconds) {
     if (watched != nullptr) watched->rebuildRunning.clear();  // the worker gives up
 }
 
-constexpr int undo = 0, clearAll = 2, exportWave = 3, loopAll = 8, loopHalf = 9, reverse = 11, autotune = 13, tune96 = 15,
-              trim = 17, invert = 42;
+constexpr int undo = 0, clearAll = 2, loopAll = 8, loopHalf = 9, reverse = 11, autotune = 13, tune96 = 15, trim = 17, invert = 42;
 
 struct SampleEditing : testing::Test {
     SampleEditing() {
         for (std::size_t i = 0; i < samples.size(); ++i) holders[i] = &samples[i];
         for (int i = 0; i < parameterCount; ++i) parameters.writeRaw(i, 0.25f);
-        editor = std::make_unique<SampleEditor>(flags, parameters, holders, dialogs, recordSleep);
+        editor = std::make_unique<SampleEditor>(access, parameters, holders, messages);
         watched = &flags;
         sleeps.clear();
         sleepsWhileMuted = 0;
@@ -61,8 +60,10 @@ struct SampleEditing : testing::Test {
 
     platform::ScratchFolder folder;
     EngineFlags flags;
+    EngineAccess access{flags, recordSleep};
     ParameterModel parameters;
-    platform::RecordedDialogs dialogs;
+    Messages messages;
+    test::Told told{messages};
     ParameterChanges::Reader window{parameters.changes()};
     std::array<Sample, layerCount * oscillatorCount> samples;
     SampleHolders holders{};
@@ -203,45 +204,42 @@ TEST_F(SampleEditing, ExportWritesTheWholeSampleAndChangesNothing) {
     Sample& sample = put(0, 0, {1, 2, 3});
     sample.loopStart = 1;
     sample.loopEnd = 2;
-    dialogs.choosePathNext(folder / "out");
-    EXPECT_FALSE(editor->editSample(0, 0, exportWave));
+    EXPECT_FALSE(editor->editSample(0, 0, exportCommand)) << "it needs a path";
+    EXPECT_TRUE(editor->exportWave(0, 0, folder / "out.wav"));
     std::vector<std::uint8_t> bytes;
     EXPECT_TRUE(platform::readFile(folder / "out.wav", bytes));
     EXPECT_EQ(bytes.size(), 50u);
     EXPECT_FALSE(window.take().any());
-    EXPECT_FALSE(editor->editSample(0, 0, exportWave)) << "the user goes back";
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_FALSE(editor->exportWave(0, 1, folder / "empty.wav")) << "there is none";
+    EXPECT_TRUE(told.boxes().empty());
 }
 
 TEST_F(SampleEditing, ExportDoesNotTouchTheUndo) {
     Sample& sample = put(0, 0, {1, 2, 3});
     editor->editSample(0, 0, reverse);
-    dialogs.choosePathNext(folder / "out");
-    editor->editSample(0, 0, exportWave);
-    editor->editSample(0, 0, exportWave);
+    EXPECT_TRUE(editor->exportWave(0, 0, folder / "out.wav"));
     EXPECT_TRUE(editor->editSample(0, 0, undo));
     EXPECT_EQ(dataOf(sample), Data({1, 2, 3}));
 }
 
 TEST_F(SampleEditing, ExportToAPlaceThatCannotBeWrittenGivesABox) {
     put(0, 0, {1, 2, 3});
-    dialogs.choosePathNext(folder / "none/out.wav");
-    editor->editSample(0, 0, exportWave);
-    ASSERT_EQ(dialogs.boxes().size(), 1u);
-    EXPECT_EQ(dialogs.boxes()[0].text, "File write error. File is write protected or opened by another application.");
+    EXPECT_FALSE(editor->exportWave(0, 0, folder / "none/out.wav"));
+    ASSERT_EQ(told.boxes().size(), 1u);
+    EXPECT_EQ(told.boxes()[0].text, "File write error. File is write protected or opened by another application.");
 }
 
 TEST_F(SampleEditing, ShortMemoryIsToldAndChangesNothing) {
     Sample& sample = put(0, 0, {1, 2, 3});
     editor->editSample(0, 0, invert);
     for (const int command : {reverse, undo, loopAll}) {
-        dialogs.clear();
+        told.clear();
         failingAllocation = 100;
         EXPECT_FALSE(editor->editSample(0, 0, command)) << command;
         failingAllocation = 0;
-        ASSERT_EQ(dialogs.boxes().size(), 1u);
-        EXPECT_EQ(dialogs.boxes()[0].title, "Error");
-        EXPECT_EQ(dialogs.boxes()[0].text, "Not enought memory.");
+        ASSERT_EQ(told.boxes().size(), 1u);
+        EXPECT_EQ(told.boxes()[0].title, "Error");
+        EXPECT_EQ(told.boxes()[0].text, "Not enought memory.");
         EXPECT_EQ(dataOf(sample), Data({-1, -2, -3}));
         EXPECT_EQ(parameters.getParameter(par::LoopMod1), 0.25f);
         EXPECT_FALSE(flags.audioMuted.isSet() || flags.engineLocked.isSet());

@@ -7,12 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "base/engine_hold.h"
 #include "platform/files.h"
-#include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 #include "sound/kernels.h"
 #include "tests/base/failing_allocation.h"
+#include "tests/base/told.h"
 #include "tests/engine/engine_rig.h"
 #include "tests/samples/wave_maker.h"
 
@@ -35,7 +34,7 @@ struct SampleLoading : ::testing::Test {
     SampleLoading() {
         for (std::size_t i = 0; i < samples.size(); ++i) holders[i] = &samples[i];
         for (int i = 0; i < parameterCount; ++i) parameters.writeRaw(i, 0.25f);
-        loader = std::make_unique<SampleLoader>(flags, parameters, holders, dialogs, countSleep);
+        loader = std::make_unique<SampleLoader>(access, parameters, holders, messages);
         sleptTimes = 0;
         fallsAfterThreeSleeps = nullptr;
     }
@@ -53,14 +52,16 @@ struct SampleLoading : ::testing::Test {
     }
     float value(int number, int layer = 0) const { return parameters.getParameter(hostIndex(number, layer)); }
     std::string onlyBox() const {
-        const auto boxes = dialogs.boxes();
+        const auto boxes = told.boxes();
         return boxes.size() == 1 ? boxes[0].title + ": " + boxes[0].text : std::to_string(boxes.size()) + " boxes";
     }
 
     platform::ScratchFolder folder;
     EngineFlags flags;
+    EngineAccess access{flags, countSleep};
     ParameterModel parameters;
-    platform::RecordedDialogs dialogs;
+    Messages messages;
+    test::Told told{messages};
     std::array<Sample, layerCount * oscillatorCount> samples;
     SampleHolders holders{};
     std::unique_ptr<SampleLoader> loader;
@@ -76,7 +77,7 @@ TEST_F(SampleLoading, FillsTheHolderOfItsOscillatorAndNoOther) {
     EXPECT_EQ(sample.levels[0][99], 100);
     EXPECT_NE(sample.levels[1][50], 0) << "levels are built";
     EXPECT_EQ(sample.levels[0][107], 100) << "and have their guards";
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
 }
 
 TEST_F(SampleLoading, SetsLoopModeAndStartOfItsOscillatorAlone) {
@@ -139,7 +140,7 @@ TEST_F(SampleLoading, AFileThatCannotBeOpenedFailsInSilenceAndKeepsTheEarlierSam
     EXPECT_FALSE(loader->loadSample(0, 0, folder.path()));
     EXPECT_FALSE(loader->loadSample(0, 0, ""));
     EXPECT_EQ(samples[0].length, 77);
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
 }
 
 TEST_F(SampleLoading, AFileAboveTenMillionBytesIsRefusedAndTheEarlierSampleStays) {
@@ -174,21 +175,18 @@ TEST_F(SampleLoading, AChosenFileThatIsRefusedLeavesTheEarlierSample) {
     WaveMaker encoded = WaveMaker().putFrames(4);
     encoded.tag = 2;
     for (const Bytes& file : {Bytes(100), encoded.file(), WaveMaker().claimSize(0).file()})
-        for (const bool wasDropped : {false, true}) {
-            dialogs.clear();
-            EXPECT_FALSE(loader->loadChosen(0, 0, put("x.wav", file), wasDropped));
-            EXPECT_EQ(dialogs.boxes().size(), 1u);
+        for (const bool isSilent : {false, true}) {
+            told.clear();
+            EXPECT_FALSE(loader->loadSample(0, 0, put("x.wav", file), isSilent, Refusal::leavesEarlier));
+            EXPECT_EQ(told.boxes().size(), isSilent ? 0u : 1u);
             EXPECT_EQ(samples[0].length, 77);
             EXPECT_EQ(value(par::Start1), 0.25f);
         }
-    dialogs.choosePathNext(put("x.wav", Bytes(100)));
-    EXPECT_FALSE(loader->loadSampleDialog(0));
-    EXPECT_EQ(samples[0].length, 77);
     EXPECT_FALSE(loader->loadSampleChannel(0, 0, put("x.wav", Bytes(100)), false, 1, Refusal::leavesEarlier));
     EXPECT_EQ(samples[0].length, 77);
     const std::string path = wave();
     failingAllocation = 200;
-    EXPECT_FALSE(loader->loadChosen(0, 0, path, false));
+    EXPECT_FALSE(loader->loadSample(0, 0, path, false, Refusal::leavesEarlier));
     failingAllocation = 0;
     EXPECT_EQ(samples[0].length, 77);
     EXPECT_NE(samples[0].levels[4], nullptr);
@@ -202,10 +200,10 @@ TEST_F(SampleLoading, ARateThatNoPatchCanHoldIsRefused) {
     };
     EXPECT_TRUE(loader->loadSample(0, 0, file(384000)));
     EXPECT_EQ(samples[0].sampleRate, 384000u);
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
     for (const std::uint32_t rate : {384001u, 768000u, 0xffffffffu}) {
-        dialogs.clear();
-        EXPECT_FALSE(loader->loadChosen(0, 0, file(rate), false));
+        told.clear();
+        EXPECT_FALSE(loader->loadSample(0, 0, file(rate), false, Refusal::leavesEarlier));
         EXPECT_EQ(onlyBox(), "Error: Unsupported file format (no PCM or FLOAT encoding).");
         EXPECT_EQ(samples[0].sampleRate, 384000u) << "the sample that was there stays";
     }
@@ -217,7 +215,7 @@ TEST_F(SampleLoading, EveryRefusalHasItsText) {
         maker.tag = tag;
         maker.channels = channels;
         maker.bits = bits;
-        dialogs.clear();
+        told.clear();
         EXPECT_FALSE(loader->loadSample(0, 0, put("x.wav", maker.file())));
         return onlyBox();
     };
@@ -250,36 +248,7 @@ TEST_F(SampleLoading, ShortMemoryIsToldAndLeavesTheOscillatorEmpty) {
 TEST_F(SampleLoading, SilentLoadsShowNoBox) {
     EXPECT_FALSE(loader->loadSample(0, 0, put("x.wav", Bytes(100)), true));
     EXPECT_TRUE(loader->loadSample(0, 0, put("x.wav", WaveMaker().putFrames(50).looped(20, 51)), true));
-    EXPECT_TRUE(dialogs.boxes().empty());
-}
-
-TEST_F(SampleLoading, AChosenFileIsTunedIfTheUserSaysYes) {
-    const std::string path = put("x.wav", WaveMaker().putFrames(9000, [](int i) { return i % 100 < 50 ? 9000 : -9000; }).file());
-    dialogs.answerNext(false);
-    EXPECT_TRUE(loader->loadChosen(0, 0, path, false));
-    EXPECT_EQ(onlyBox(), "Autotune: Should the sample be tuned automatically (YES) or be tuned to C (NO)?");
-    EXPECT_EQ(samples[0].sampleRate, 44100u);
-    dialogs.clear();
-    dialogs.answerNext(true);
-    EXPECT_TRUE(loader->loadChosen(0, 0, path, true));
-    EXPECT_EQ(onlyBox(), "Autotune: Autotune the sample?");
-    EXPECT_EQ(samples[0].sampleRate, 13081u);
-}
-
-TEST_F(SampleLoading, ARefusedFileAsksNothing) {
-    EXPECT_FALSE(loader->loadChosen(0, 0, folder / "missing.wav", true));
-    EXPECT_TRUE(dialogs.boxes().empty());
-}
-
-TEST_F(SampleLoading, TheDialogStartsInTheFolderThatWasUsedLast) {
-    dialogs.choosePathNext(wave());
-    EXPECT_TRUE(loader->loadSampleDialog(1));
-    EXPECT_EQ(samples[1].length, 100);
-    EXPECT_FALSE(loader->loadSampleDialog(1)) << "the user goes back";
-    ASSERT_EQ(dialogs.requests().size(), 2u);
-    EXPECT_EQ(dialogs.requests()[0].startFolder, "");
-    EXPECT_EQ(dialogs.requests()[1].startFolder, folder.path());
-    EXPECT_EQ(dialogs.requests()[0].title, "Load a wave file (.wav file)");
+    EXPECT_TRUE(told.boxes().empty());
 }
 
 TEST_F(SampleLoading, AutotuneLeavesAnEmptySampleAlone) {
@@ -307,7 +276,7 @@ TEST_F(SampleLoading, WaitsForARebuildAndAsksForItAgain) {
 TEST_F(SampleLoading, WaitsForARebuildNoLongerThan51Times) {
     flags.rebuildRunning.set();
     {
-        const EngineHold hold(flags, countSleep);
+        const EngineHold hold(access, HoldFor::waves);
     }
     EXPECT_EQ(sleptTimes, 51);
     EXPECT_FALSE(flags.rebuildRunning.isSet());
@@ -317,7 +286,7 @@ TEST_F(SampleLoading, WaitsForAnotherLoaderAndForTheBlockAThousandTimesEach) {
     flags.engineLocked.set();
     flags.audioRunning.set();
     {
-        const EngineHold hold(flags, countSleep);
+        const EngineHold hold(access, HoldFor::waves);
         EXPECT_TRUE(flags.engineLocked.isSet());
         EXPECT_FALSE(flags.audioRunning.isSet());
     }
@@ -327,7 +296,7 @@ TEST_F(SampleLoading, WaitsForAnotherLoaderAndForTheBlockAThousandTimesEach) {
 
 TEST_F(SampleLoading, TheWorkerIsCancelledOnlyWhileItRuns) {
     flags.rebuildRequested.set();
-    const EngineHold hold(flags, countSleep);
+    const EngineHold hold(access, HoldFor::waves);
     EXPECT_FALSE(flags.rebuildRequested.isSet()) << "it will come again at the end";
     EXPECT_EQ(sleptTimes, 0);
 }
@@ -342,11 +311,27 @@ TEST_F(SampleLoading, ACancelLeftByALoadThatFailedIsTakenBack) {
 TEST_F(SampleLoading, LevelsThatAnotherLoadCutShortAreLeftToTheWorker) {
     const std::vector<std::int16_t> sound(300, 9000);
     flags.rebuildCancel.set();
-    EXPECT_TRUE(exchangeSample(samples[0], {sound, 0, 300, 44100}, false, false, flags, countSleep));
+    EXPECT_TRUE(exchangeSample(access, samples[0], {sound, 0, 300, 44100}, false, false));
     EXPECT_EQ(samples[0].levels[4][0], 9000) << "not built";
     EXPECT_TRUE(flags.rebuildRequested.isSet());
     EXPECT_FALSE(flags.rebuildCancel.isSet());
     EXPECT_FALSE(flags.engineLocked.isSet());
+}
+
+TEST_F(SampleLoading, ABlockThatNeverEndsReadsOnFromWhatItHad) {
+    ASSERT_TRUE(loader->loadSample(0, 0, wave()));
+    const std::int16_t* const read = samples[0].levels[0].get();
+    {
+        const Passes::Scope block(flags.blockPasses);
+        flags.audioRunning.set();
+        ASSERT_TRUE(loader->loadSample(0, 0, wave("y.wav", 50)));
+        EXPECT_EQ(sleptTimes, 1000) << "waited for, then cleared by force";
+        EXPECT_EQ(samples[0].length, 50);
+        EXPECT_EQ(access.retired(), static_cast<std::size_t>(sampleLevels));
+        EXPECT_EQ(read[99], 100);
+    }
+    ASSERT_TRUE(loader->loadSample(0, 1, wave()));
+    EXPECT_EQ(access.retired(), 0u);
 }
 
 // ---- in an engine -------------------------------------------------------------------------------------------

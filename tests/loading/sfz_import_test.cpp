@@ -29,18 +29,20 @@ struct SfzImporting : ::testing::Test {
         const test::Bytes bytes = WaveMaker().putFrames(frames).looped(start, end);
         EXPECT_TRUE(platform::writeFile(folder / name, bytes.data(), bytes.size()));
     }
-    bool import(const std::string& text) { return rig.audio.sfzImport().importSfz(put("Grand Piano.sfz", text)); }
+    bool import(const std::string& text, SfzGroups groups = SfzGroups::onlyFirst) {
+        return rig.audio.sfzImport().importSfz(put("Grand Piano.sfz", text), groups);
+    }
     float value(int number, int layer = 0) { return rig.audio.parameters().getParameter(hostIndex(number, layer)); }
     int row(int number, int layer = 0) { return listIndex(value(number, layer)); }
     Sample& sample(int layer, int oscillator) { return rig.audio.layer(layer).sample(oscillator); }
     std::vector<std::string> texts() {
         std::vector<std::string> all;
-        for (const auto& box : rig.dialogs.boxes()) all.push_back(box.text);
+        for (const auto& box : rig.told.boxes()) all.push_back(box.text);
         return all;
     }
     using Texts = std::vector<std::string>;
 
-    SfzImporting() { rig.dialogs.clear(); }  // of a start without factory sounds
+    SfzImporting() { rig.told.clear(); }  // of a start without factory sounds
 
     test::EngineRig rig;
     platform::ScratchFolder folder;
@@ -110,10 +112,10 @@ TEST_F(SfzImporting, SpreadsRegionsOverTheOscillatorsOfTheLayers) {
 }
 
 TEST_F(SfzImporting, AFileThatCannotBeReadIsTold) {
-    EXPECT_FALSE(rig.audio.sfzImport().importSfz(folder / "none.sfz"));
-    EXPECT_FALSE(rig.audio.sfzImport().importSfz(folder.path()));
+    EXPECT_FALSE(rig.audio.sfzImport().importSfz(folder / "none.sfz", SfzGroups::merged));
+    EXPECT_FALSE(rig.audio.sfzImport().importSfz(folder.path(), SfzGroups::merged));
     EXPECT_EQ(texts(), Texts({"File read error", "File read error"}));
-    EXPECT_EQ(rig.dialogs.boxes()[0].title, "Error");
+    EXPECT_EQ(rig.told.boxes()[0].title, "Error");
 }
 
 TEST_F(SfzImporting, AFileWithoutLinesOrSamplesLeavesThePatchAsItWas) {
@@ -139,9 +141,9 @@ TEST_F(SfzImporting, AMissingSampleLeavesItsOscillatorEmptyAndTheOthersLoad) {
 TEST_F(SfzImporting, MissingKeysAreToldOnceAsAWarning) {
     wave("a.wav", 90);
     EXPECT_TRUE(import("<region> sample=a.wav\n<region> sample=a.wav lokey=5\n"));
-    ASSERT_EQ(rig.dialogs.boxes().size(), 1u);
-    EXPECT_EQ(rig.dialogs.boxes()[0].title, "Warning");
-    EXPECT_EQ(rig.dialogs.boxes()[0].text,
+    ASSERT_EQ(rig.told.boxes().size(), 1u);
+    EXPECT_EQ(rig.told.boxes()[0].title, "Warning");
+    EXPECT_EQ(rig.told.boxes()[0].text,
               "The key info of this sfz file is invalid! Please check lokey=, hikey= and pitch_keycenter= .");
     EXPECT_EQ(row(par::KeyEnd1), 127);
 }
@@ -175,17 +177,15 @@ TEST_F(SfzImporting, SamplePathsMayUseEitherSeparator) {
     EXPECT_TRUE(texts().empty());
 }
 
-TEST_F(SfzImporting, SeveralGroupsAreAQuestion) {
+TEST_F(SfzImporting, SeveralGroupsAreMergedOrTheFirstIsTaken) {
     wave("a.wav", 70);
     wave("b.wav", 80);
     const std::string text = "<group>\n<region> sample=a.wav key=1\n<group>\n<region> sample=b.wav key=2\n";
-    EXPECT_TRUE(import(text)) << "nobody answers: No";
-    EXPECT_EQ(sample(0, 1).length, 0);
-    rig.dialogs.answerNext(true);
     EXPECT_TRUE(import(text));
+    EXPECT_EQ(sample(0, 1).length, 0);
+    EXPECT_TRUE(import(text, SfzGroups::merged));
     EXPECT_EQ(sample(0, 1).length, 80);
-    EXPECT_TRUE(rig.dialogs.boxes()[0].isQuestion);
-    EXPECT_EQ(rig.dialogs.boxes()[0].title, "Warning");
+    EXPECT_TRUE(texts().empty());
 }
 
 TEST_F(SfzImporting, LoopPointsOutsideTheSampleAreToldAndLeftOut) {
@@ -233,14 +233,6 @@ TEST_F(SfzImporting, VelocityDepthSharesTheLayersVolumeOut) {
     rig.send({{0x90, 60, 30}});
     rig.block(4800);
     EXPECT_LT(rig.peak(from), 0.5f * loud);
-}
-
-TEST_F(SfzImporting, TheDialogAsksForAnSfzFile) {
-    wave("a.wav");
-    EXPECT_FALSE(rig.audio.sfzImport().importSfzDialog()) << "the user goes back";
-    rig.dialogs.choosePathNext(put("x.sfz", "<region> sample=a.wav key=60\n"));
-    EXPECT_TRUE(rig.audio.sfzImport().importSfzDialog());
-    EXPECT_EQ(rig.dialogs.requests()[0].extension, ".sfz");
 }
 
 TEST_F(SfzImporting, LeavesAllFlagsClearForTheWorkerToBuildTheLevels) {

@@ -11,7 +11,7 @@
 #include "engine/midi_intake.h"
 #include "patch/patch_chunk.h"
 #include "patch/patch_file.h"
-#include "platform/recorded_dialogs.h"
+#include "tests/base/told.h"
 
 namespace vantoric {
 
@@ -30,14 +30,14 @@ public:
         bool operator==(const Call&) const = default;
     };
 
-    explicit PatchBench(SleepFunction sleep = fakeSleep) {
+    explicit PatchBench(SleepFunction sleep = fakeSleep) : access(state.flags, sleep) {
         PatchWaves waves;
         for (int k = 0; k < chunk::waveCount; ++k) {
             waves.samples[k] = &samples[k];
             waves.customWaves[k] = customWaves[k].data();
         }
-        chunk = std::make_unique<PatchChunk>(state, parameters, program, waves, *this, dialogs, sleep);
-        files = std::make_unique<PatchFiles>(*chunk, program, *this, dialogs);
+        chunk = std::make_unique<PatchChunk>(access, parameters, program, waves, *this, messages);
+        files = std::make_unique<PatchFiles>(*chunk, program, *this, messages);
         sleptMilliseconds() = 0;
     }
 
@@ -84,11 +84,7 @@ public:
         for (const auto key : state.heldNote) held += key;
         return held;
     }
-    std::vector<std::string> boxTexts() const {
-        std::vector<std::string> texts;
-        for (const auto& box : dialogs.boxes()) texts.push_back(box.text);
-        return texts;
-    }
+    std::vector<std::string> boxTexts() const { return told.texts(); }
     // Gives oscillator `index` (layer x 3 + oscillator) a sample of pseudo-random data.
     void putSample(int index, std::int32_t length, std::int32_t loopStart, std::int32_t loopEnd, std::uint32_t rate,
                    std::uint32_t seed) {
@@ -112,8 +108,10 @@ public:
     EngineState state;
     ParameterModel parameters;
     ControllerMap ccMap;
-    platform::RecordedDialogs dialogs;
-    ProgramSlot program{dialogs};
+    EngineAccess access;
+    Messages messages;
+    test::Told told{messages};
+    ProgramSlot program{messages};
     Sample samples[chunk::waveCount];
     std::array<std::int16_t, chunk::waveSamples> customWaves[chunk::waveCount]{};
     MidiIntake intake{state, parameters, ccMap, *this};

@@ -111,7 +111,7 @@ TEST_F(Patch, InvalidSamplesAreEmptiedWithABox) {
     } rows[] = {{-1, 0, 0, 44100},  {16777217, 0, 0, 44100}, {10, 11, 0, 44100}, {10, -1, 0, 44100},
                 {10, 0, 11, 44100}, {10, 0, -1, 44100},      {10, 0, 0, 384001}};
     for (const auto& row : rows) {
-        dialogs.clear();
+        told.clear();
         putSample(0, 10, row.loopStart, row.loopEnd, row.rate, 1);
         samples[0].length = row.length;
         EXPECT_EQ(save().size(), 55169u);
@@ -127,7 +127,7 @@ TEST_F(Patch, ARateOfZeroIsAccepted) {
     sampleMode(0);
     putSample(0, 4, 0, 4, 0, 1);
     EXPECT_EQ(save().size(), 55169u + 8);
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
 }
 
 TEST_F(Patch, ShortMemoryOnSavingGivesABox) {
@@ -136,7 +136,7 @@ TEST_F(Patch, ShortMemoryOnSavingGivesABox) {
     EXPECT_EQ(bytes.data, nullptr);
     EXPECT_EQ(bytes.size, 0);
     EXPECT_EQ(boxTexts(), (Texts{"Memory allocation error on saving"}));
-    EXPECT_EQ(dialogs.boxes()[0].title, "Error");
+    EXPECT_EQ(told.boxes()[0].title, "Error");
 }
 
 TEST_F(Patch, SavingWaitsForALoadTenSecondsAtMost) {
@@ -151,7 +151,7 @@ TEST_F(Patch, SavingWaitsForALoadTenSecondsAtMost) {
 TEST_F(Patch, OfExactlyTheFixedSizeLoads) {
     holdPatchNamedBefore();
     EXPECT_EQ(load(HandMadeChunk().name("After").bytes), 1);
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
     EXPECT_EQ(program.getProgramName(), "After");
     EXPECT_EQ(value(parameter::Cutoff1), 0.5f);
     EXPECT_FALSE(flags().engineLocked.isSet());
@@ -174,7 +174,7 @@ TEST_F(Patch, OneByteShortLoadsNothingAndStaysSilent) {
     Bytes bytes = HandMadeChunk().bytes;
     bytes.pop_back();
     EXPECT_EQ(load(bytes), 1);
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
     EXPECT_TRUE(flags().engineLocked.isSet());
     expectHeldAndSilent();
 }
@@ -213,11 +213,11 @@ TEST_F(Patch, ARebuildThatNeverEndsIsWaitedForASecond) {
 TEST_F(Patch, OfANewerVersionIsRefused) {
     for (const int version : {8, 255}) {
         holdPatchNamedBefore();
-        dialogs.clear();
+        told.clear();
         EXPECT_EQ(load(HandMadeChunk(version).name("New").bytes), 0);
         EXPECT_EQ(boxTexts(), (Texts{"The preset can not be loaded. The version number of the file format is not supported. You "
                                      "must update Vantori."}));
-        EXPECT_EQ(dialogs.boxes()[0].title, "Error");
+        EXPECT_EQ(told.boxes()[0].title, "Error");
         EXPECT_FALSE(flags().engineLocked.isSet());
         expectHeldAndSilent();
     }
@@ -239,7 +239,7 @@ TEST_F(Patch, TakesUpTo27BytesOfAName) {
     EXPECT_EQ(program.getProgramName(), std::string(27, 'n'));
     load(HandMadeChunk().name(std::string(28, 'n')).bytes);
     EXPECT_EQ(program.getProgramName(), "ThisNameIsTooLong");
-    EXPECT_EQ(dialogs.boxes().size(), 1u);
+    EXPECT_EQ(told.boxes().size(), 1u);
     load(HandMadeChunk().bytes);
     EXPECT_EQ(program.getProgramName(), "Noname");
 }
@@ -346,7 +346,7 @@ TEST_F(Patch, SamplesComeBackInAllFiveBuffersWhateverTheType) {
         }
         EXPECT_EQ(samples[1].levels[level][40 + sampleGuard - 1], 0);
     }
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
 }
 
 TEST_F(Patch, InSampleModeIsTheSameAfterARoundTrip) {
@@ -380,7 +380,7 @@ TEST_F(Patch, BadSampleHeadersAreRefusedBeforeAnyDataAreRead) {
             allocatedAtMost = 0;
             EXPECT_EQ(bench.load(HandMadeChunk().name("Bad").header(index, header).bytes), 0);
             EXPECT_EQ(bench.boxTexts(), (Texts{"Invalid sample header"}));
-            EXPECT_EQ(bench.dialogs.boxes()[0].title, "Error");
+            EXPECT_EQ(bench.told.boxes()[0].title, "Error");
             EXPECT_EQ(bench.samples[index].length, 0);
             EXPECT_EQ(bench.samples[index].sampleRate, 44100u);
             EXPECT_TRUE(bench.state.flags.engineLocked.isSet());
@@ -397,7 +397,7 @@ TEST_F(Patch, MissingSampleDataAreRefused) {
         PatchBench bench;
         EXPECT_EQ(bench.load({bytes.begin(), bytes.end() - missing}), 0) << missing;
         EXPECT_EQ(bench.boxTexts(), (Texts{"Invalid sample chunk size."}));
-        EXPECT_EQ(bench.dialogs.boxes()[0].title, "Error");
+        EXPECT_EQ(bench.told.boxes()[0].title, "Error");
         EXPECT_EQ(bench.samples[0].length, 100);
         EXPECT_EQ(bench.samples[3].length, 0);
         EXPECT_TRUE(bench.state.flags.engineLocked.isSet());
@@ -425,7 +425,7 @@ TEST_F(Patch, ShortMemoryOnLoadingGivesABox) {
     failingAllocation = 90000;
     EXPECT_EQ(load(bytes), 0);
     EXPECT_EQ(boxTexts(), (Texts{"Not enought memory."}));
-    EXPECT_EQ(dialogs.boxes()[0].title, "Error SetCh1");
+    EXPECT_EQ(told.boxes()[0].title, "Error SetCh1");
     EXPECT_EQ(samples[0].length, 5);
     expectNoSamples(1);
     EXPECT_TRUE(flags().engineLocked.isSet());
@@ -436,6 +436,27 @@ TEST_F(Patch, ReplacesTheSamplesOfThePatchBefore) {
     EXPECT_EQ(load(HandMadeChunk().bytes), 1);
     expectNoSamples();
     for (const Sample& sample : samples) EXPECT_EQ(sample.loopEnd, 0);
+}
+
+TEST_F(Patch, ABlockOrAWorkerThatNeverEndsReadsOnFromWhatItHad) {
+    for (Passes* reader : {&flags().blockPasses, &flags().workerPasses}) {
+        putSample(0, 100, 0, 50, 22050, 1);
+        const std::int16_t* const read = samples[0].levels[0].get();
+        const std::int16_t last = read[99];
+        {
+            const Passes::Scope reading(*reader);
+            flags().audioRunning.set();
+            flags().rebuildRunning.set();
+            EXPECT_EQ(load(HandMadeChunk().bytes), 1);
+            EXPECT_EQ(sleptMilliseconds(), 2000) << "both were forced";
+            EXPECT_EQ(samples[0].length, 0);
+            EXPECT_GE(access.retired(), static_cast<std::size_t>(sampleLevels));
+            EXPECT_EQ(read[99], last);
+        }
+        chunk->cleanMatrix();
+        EXPECT_EQ(access.retired(), 0u);
+        sleptMilliseconds() = 0;
+    }
 }
 
 TEST_F(Patch, LoadLeavesTheControllerMapAndTheQueue) {

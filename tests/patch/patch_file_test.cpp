@@ -74,7 +74,7 @@ TEST_F(PatchFile, SavedAndLoadedIsTheSamePatch) {
     parameters.setParameter(parameter::Cutoff1, 0.8f);
     EXPECT_TRUE(files->loadPatchFile(at("one.fxp")));
     EXPECT_EQ(parameters.getParameter(parameter::Cutoff1), 0.3f);
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
     EXPECT_FALSE(busy);
 }
 
@@ -109,9 +109,9 @@ TEST_F(PatchFile, OfAnotherProductIsRefused) {
     bytes[19] = 'X';
     const std::string path = put("other.fxp", bytes);
     EXPECT_FALSE(files->loadPatchFile(path));
-    ASSERT_EQ(dialogs.boxes().size(), 1u);
-    EXPECT_EQ(dialogs.boxes()[0].title, path);
-    EXPECT_EQ(dialogs.boxes()[0].text, "This file is not compatible with this product.");
+    ASSERT_EQ(told.boxes().size(), 1u);
+    EXPECT_EQ(told.boxes()[0].title, path);
+    EXPECT_EQ(told.boxes()[0].text, "This file is not compatible with this product.");
     EXPECT_EQ(program.getProgramName(), "My patch");
     EXPECT_TRUE(busy);
     EXPECT_TRUE(calls.empty());
@@ -123,7 +123,7 @@ TEST_F(PatchFile, FieldsThatNobodyReadsMayHoldAnything) {
         if (k < 16 || k >= 20) bytes[k] = 0xaa;
     }
     EXPECT_TRUE(files->loadPatchFile(put("odd.fxp", bytes)));
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
     EXPECT_EQ(program.getProgramName(), "odd");
 }
 
@@ -138,7 +138,7 @@ TEST_F(PatchFile, WithAWrongSizeFieldLoads) {
 TEST_F(PatchFile, ThatIsNotThereIsPassedOverInSilence) {
     EXPECT_FALSE(files->loadPatchFile(at("missing.fxp")));
     EXPECT_FALSE(files->loadPatchFile(root));
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
     EXPECT_TRUE(calls.empty());
     EXPECT_EQ(program.getProgramName(), "My patch");
 }
@@ -149,10 +149,10 @@ TEST_F(PatchFile, CutAnywhereNeverReadsBeyondItsEnd) {
          {std::size_t{0}, std::size_t{1}, std::size_t{2}, std::size_t{19}, std::size_t{20}, std::size_t{59}, std::size_t{60},
           std::size_t{61}, std::size_t{5000}, std::size_t{60 + 55168}, std::size_t{60 + 55169}, whole.size() - 1}) {
         PatchBench bench;
-        const bool handedOn =
+        const bool isLoaded =
             bench.files->loadPatchFile(put("cut.fxp", {whole.begin(), whole.begin() + static_cast<long>(size)}));
-        EXPECT_EQ(handedOn, size >= 20) << size;
-        EXPECT_EQ(bench.state.flags.engineLocked.isSet(), handedOn) << size;
+        EXPECT_FALSE(isLoaded) << size;
+        EXPECT_TRUE(bench.calls.empty()) << size;
     }
 }
 
@@ -171,65 +171,65 @@ TEST_F(PatchFile, ChunkIsNoLongerThanTheHeaderSays) {
 TEST_F(PatchFile, ThatCannotBeWrittenGivesABox) {
     const std::string path = at("no folder/x.fxp");
     EXPECT_FALSE(files->savePatchFile(path));
-    ASSERT_EQ(dialogs.boxes().size(), 1u);
-    EXPECT_EQ(dialogs.boxes()[0].title, path);
-    EXPECT_EQ(dialogs.boxes()[0].text,
+    ASSERT_EQ(told.boxes().size(), 1u);
+    EXPECT_EQ(told.boxes()[0].title, path);
+    EXPECT_EQ(told.boxes()[0].text,
               "File write error. File is write protected, opened by another application or the path does not exist.");
 }
 
-TEST_F(PatchFile, LoadCommandStartsInTheSoundsFolderOnce) {
-    const std::string path = put("Vantoric_sounds/Bass/deep.fxp", file(HandMadeChunk().bytes));
-    EXPECT_FALSE(files->loadPatch());
-    dialogs.choosePathNext(path);
-    EXPECT_TRUE(files->loadPatch());
-    EXPECT_EQ(program.getProgramName(), "deep");
-    EXPECT_FALSE(files->loadPatch());
-    const auto requests = dialogs.requests();
-    ASSERT_EQ(requests.size(), 3u);
-    EXPECT_EQ(requests[0].startFolder, platform::soundsFolder());
-    EXPECT_EQ(requests[1].startFolder, platform::soundsFolder());
-    EXPECT_EQ(requests[2].startFolder, "");
-    EXPECT_EQ(requests[0].title, "Load a fxp program (.fxp file)");
-}
-
-TEST_F(PatchFile, SaveAsNamesThePatchAndRemembersTheFolder) {
-    dialogs.choosePathNext(at("Vantoric_sounds/Bass/growl"));
-    EXPECT_TRUE(files->savePatchAs());
+TEST_F(PatchFile, SaveAsNamesThePatchAfterItsFile) {
+    EXPECT_TRUE(files->savePatchAs(at("Vantoric_sounds/Bass/growl.fxp")));
     EXPECT_EQ(program.getProgramName(), "growl");
     EXPECT_EQ(readBack(at("Vantoric_sounds/Bass/growl.fxp"))[28], 'g');
-    EXPECT_FALSE(files->savePatchAs());
-    const auto requests = dialogs.requests();
-    ASSERT_EQ(requests.size(), 2u);
-    EXPECT_EQ(requests[0].startFolder, platform::userFolder());
-    EXPECT_EQ(requests[1].startFolder, at("Vantoric_sounds/Bass/"));
-    EXPECT_TRUE(requests[0].isSave);
+}
+
+TEST_F(PatchFile, ThatIsBadAnywhereLeavesThePatchThatPlays) {
+    const Bytes older = file(HandMadeChunk().header(3, {10, 0, 10, 44100}).data(10, 3).bytes);
+    ASSERT_TRUE(files->loadPatchFile(put("mine.fxp", older)));
+    parameters.setParameter(parameter::Cutoff1, 0.3f);
+    const Bytes before = save();
+    calls.clear();
+    const std::string kind = "This file is not compatible with this product.";
+    Bytes cut = file(HandMadeChunk().header(0, {20, 0, 20, 44100}).data(20, 3).bytes);
+    cut.pop_back();
+    const std::pair<Bytes, std::string> rows[] = {
+        {file(HandMadeChunk(8).bytes), chunk::newerVersionText},
+        {file(HandMadeChunk().header(5, {-1, 0, 0, 44100}).bytes), chunk::badHeaderText},
+        {cut, chunk::missingDataText},
+        {file(Bytes(chunk::fixedSize - 1)), kind},
+        {Bytes(older.begin(), older.begin() + 40), kind}};
+    for (const auto& [bytes, text] : rows) {
+        told.clear();
+        EXPECT_FALSE(files->loadPatchFile(put("bad.fxp", bytes))) << text;
+        EXPECT_EQ(boxTexts(), Texts{text});
+        EXPECT_EQ(program.getProgramName(), "mine");
+        EXPECT_FALSE(state.flags.engineLocked.isSet());
+        EXPECT_EQ(samples[3].length, 10);
+        EXPECT_EQ(busy, text == kind);
+    }
+    EXPECT_TRUE(calls.empty()) << "no note ends, nothing is reset";
+    EXPECT_EQ(save(), before);
 }
 
 TEST_F(PatchFile, QuickSaveReplacesWithoutAQuestion) {
     put("Vantoric_sounds/Bass/deep.fxp", {1, 2, 3});
     EXPECT_TRUE(files->quickSavePatch("Bass", "deep"));
     EXPECT_EQ(readBack(at("Vantoric_sounds/Bass/deep.fxp")).size(), 60u + 55169);
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
 }
 
 TEST_F(PatchFile, QuickSaveOfANamelessPatchIsRefused) {
     EXPECT_FALSE(files->quickSavePatch("Custom", "deep"));
     EXPECT_EQ(boxTexts(), (Texts{"Your patch still has no name. Use 'Save patch as...' to store it."}));
-    EXPECT_EQ(dialogs.boxes()[0].title, "Error");
+    EXPECT_EQ(told.boxes()[0].title, "Error");
 }
 
-TEST_F(PatchFile, DeleteAsksFirst) {
+TEST_F(PatchFile, DeleteRemovesTheFileAndTellsIfItStays) {
     const std::string path = put("Vantoric_sounds/Bass/deep.fxp", {1});
-    EXPECT_FALSE(files->deletePatch("Bass", "deep"));
-    EXPECT_TRUE(fs::exists(path));
-    dialogs.answerNext(true);
     EXPECT_TRUE(files->deletePatch("Bass", "deep"));
     EXPECT_FALSE(fs::exists(path));
-    EXPECT_EQ(boxTexts()[0], "Are you sure that you want to delete the file '" + path + "'?");
-    dialogs.clear();
-    dialogs.answerNext(true);
     EXPECT_FALSE(files->deletePatch("Bass", "deep"));
-    EXPECT_EQ(boxTexts()[1], "Could not delete this file. Please check if it is write protected.");
+    EXPECT_EQ(boxTexts(), Texts{"Could not delete this file. Please check if it is write protected."});
 }
 
 TEST_F(PatchFile, FavouritesAreCopiesWithAPrefix) {

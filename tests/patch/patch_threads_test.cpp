@@ -80,8 +80,42 @@ TEST_F(PatchThreads, LoadingKeepsEveryoneElseAway) {
     worker.join();
     window.join();
     EXPECT_TRUE(agree);
-    EXPECT_TRUE(bench.dialogs.boxes().empty());
+    EXPECT_TRUE(bench.told.boxes().empty());
     EXPECT_FALSE(bench.state.flags.engineLocked.isSet());
+}
+
+TEST_F(PatchThreads, WhatIsSavedDuringALoadIsOnePatchAndNotHalfOfTwo) {
+    HandMadeChunk one, other;
+    one.name("one").header(0, {500, 0, 500, 44100}).data(500, 3);
+    other.name("other").header(0, {20, 0, 20, 44100}).data(20, 9);
+    for (HandMadeChunk* made : {&one, &other})
+        for (int layer = 0; layer < layerCount; ++layer) made->parameter(hostIndex(parameter::SynType1, layer), listValue(3));
+    for (int i = 0; i < parameterCount; ++i) other.parameter(i, 0.25f);
+    other.parameter(parameter::SynType1, listValue(3));
+    std::vector<std::vector<std::uint8_t>> known;
+    for (const HandMadeChunk* made : {&one, &other}) {
+        EXPECT_EQ(bench.load(made->bytes), 1);
+        known.push_back(bench.save());
+    }
+    std::thread loader([&] {
+        for (int round = 0; round < 300; ++round) EXPECT_EQ(bench.load(round % 2 == 0 ? one.bytes : other.bytes), 1);
+        stop = true;
+    });
+    std::thread reader([&] {
+        while (!stop) {
+            const std::string name = bench.program.getProgramName();
+            EXPECT_TRUE(name == "one" || name == "other") << name;
+        }
+    });
+    int saves = 0;
+    while (!stop) {
+        const std::vector<std::uint8_t> saved = bench.save();
+        EXPECT_TRUE(saved == known[0] || saved == known[1]);
+        ++saves;
+    }
+    loader.join();
+    reader.join();
+    EXPECT_GT(saves, 0);
 }
 
 }  // namespace

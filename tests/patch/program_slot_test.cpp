@@ -4,14 +4,15 @@
 
 #include <set>
 
-#include "platform/recorded_dialogs.h"
+#include "tests/base/told.h"
 
 namespace vantoric {
 namespace {
 
 struct ProgramName : ::testing::Test {
-    platform::RecordedDialogs dialogs;
-    ProgramSlot slot{dialogs};
+    Messages messages;
+    test::Told told{messages};
+    ProgramSlot slot{messages};
 };
 
 TEST_F(ProgramName, StartsAsThreeZeros) { EXPECT_EQ(slot.getProgramName(), "000"); }
@@ -19,15 +20,15 @@ TEST_F(ProgramName, StartsAsThreeZeros) { EXPECT_EQ(slot.getProgramName(), "000"
 TEST_F(ProgramName, OfTwentySevenCharactersIsStored) {
     slot.setProgramName(std::string(27, 'a'));
     EXPECT_EQ(slot.getProgramName(), std::string(27, 'a'));
-    EXPECT_TRUE(dialogs.boxes().empty());
+    EXPECT_TRUE(told.boxes().empty());
 }
 
 TEST_F(ProgramName, OfTwentyEightCharactersIsTooLong) {
     slot.setProgramName(std::string(28, 'a'));
     EXPECT_EQ(slot.getProgramName(), "ThisNameIsTooLong");
-    ASSERT_EQ(dialogs.boxes().size(), 1u);
-    EXPECT_EQ(dialogs.boxes()[0].title, "Warning");
-    EXPECT_EQ(dialogs.boxes()[0].text,
+    ASSERT_EQ(told.boxes().size(), 1u);
+    EXPECT_EQ(told.boxes()[0].title, "Warning");
+    EXPECT_EQ(told.boxes()[0].text,
               "The name of the preset is longer than 27 characters. This hurts the VST/AU interface specification and can crash "
               "your host software. Please use a shorter name!");
 }

@@ -36,7 +36,8 @@ TEST_F(ImportThreads, PlayWhileTheWindowImportsAndEdits) {
     int imports = 0;
     std::thread window([&] {
         for (int i = 0; Clock::now() < end; ++i) {
-            if (i % editCommandCount == 0) imports += rig.audio.sfzImport().importSfz(folder / "a.sfz") ? 1 : 0;
+            if (i % editCommandCount == 0)
+                imports += rig.audio.sfzImport().importSfz(folder / "a.sfz", SfzGroups::merged) ? 1 : 0;
             rig.audio.sampleEditor().editSample(0, i % 2, i % editCommandCount);
             if (i % 10 == 5) rig.audio.customWaveLoader().resynthesize(0, 2, folder / "a.wav");
         }

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+#include "platform/recorded_dialogs.h"
 #include "tests/engine/engine_rig.h"
 
 namespace vantoric {
@@ -169,6 +170,22 @@ TEST_F(Q7AudioTest, EventsOtherThanMidiAreIgnored) {
     list.events[0] = &sysex;
     EXPECT_EQ(audio->processEvents(&list), 1);
     EXPECT_EQ(audio->instrument().midi().queued(0).status, 0);
+}
+
+TEST_F(Q7AudioTest, ShowsWhatTheInstrumentHasToTellAtTheEndOfTheCall) {
+    ASSERT_EQ(dialogs.boxes().size(), 1u) << "a start without factory sounds";
+    EXPECT_EQ(dialogs.boxes()[0].text, "The factory sounds are missing. Please reinstall the software.");
+    audio->setProgramName("a name of twenty-eight bytes");
+    ASSERT_EQ(dialogs.boxes().size(), 2u);
+    EXPECT_EQ(dialogs.boxes()[1].title, "Warning");
+    void* data = nullptr;
+    const std::int32_t size = audio->getChunk(&data, false);
+    ASSERT_GT(size, 0);
+    *static_cast<std::uint8_t*>(data) = 8;
+    EXPECT_EQ(audio->setChunk(data, size, false), 0);
+    std::free(data);
+    ASSERT_EQ(dialogs.boxes().size(), 3u);
+    EXPECT_EQ(dialogs.boxes()[2].title, "Error");
 }
 
 TEST_F(Q7AudioTest, ChunkBringsThePatchBack) {

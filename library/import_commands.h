@@ -1,0 +1,41 @@
+// The commands that make a patch of files that the user chooses.
+#pragma once
+
+#include <string>
+
+#include "library/wave_chooser.h"
+#include "loading/quick_import.h"
+#include "loading/sfz_import.h"
+#include "platform/dialogs.h"
+
+namespace vantoric {
+
+// On the thread of the window. Every command shows what there is to tell. One that fails or that the user leaves ends with
+// the patch that was there before.
+class ImportCommands {
+public:
+    ImportCommands(QuickImport& quick, SfzImport& sfz, WaveChooser& chooser, Messages& messages, platform::Dialogs& dialogs)
+        : quick_(quick), sfz_(sfz), chooser_(chooser), messages_(messages), dialogs_(dialogs) {}
+
+    // Lets the user choose a wave file and makes a patch of it, see QuickImport. False if the template is missing, nothing
+    // was chosen, or the file was refused.
+    bool importSample();
+    // The same for the vocoder, after a hint of what to choose.
+    bool importVocoder();
+
+    // Makes a patch of an SFZ file, see SfzImport; several groups are a question.
+    bool importSfz(const std::string& path);
+    // Lets the user choose a file first.
+    bool importSfzDialog();
+
+private:
+    bool told(bool result);
+
+    QuickImport& quick_;
+    SfzImport& sfz_;
+    WaveChooser& chooser_;
+    Messages& messages_;
+    platform::Dialogs& dialogs_;
+};
+
+}  // namespace vantoric

@@ -1,0 +1,54 @@
+// The commands on samples and custom waves that ask the user something.
+#pragma once
+
+#include <string>
+
+#include "library/wave_chooser.h"
+#include "loading/custom_wave_loader.h"
+#include "loading/sample_editor.h"
+#include "loading/sample_loader.h"
+#include "platform/dialogs.h"
+
+namespace vantoric {
+
+// On the thread of the window. Every command shows what there is to tell. Layers and oscillators as the loaders take them.
+class SampleCommands {
+public:
+    SampleCommands(SampleLoader& loader, SampleEditor& editor, CustomWaveLoader& customWaves, WaveChooser& chooser,
+                   Messages& messages, platform::Dialogs& dialogs)
+        : loader_(loader),
+          editor_(editor),
+          customWaves_(customWaves),
+          chooser_(chooser),
+          messages_(messages),
+          dialogs_(dialogs) {}
+
+    // Loads a file that the user chose in a dialog or dropped, and asks whether it is to be tuned. False, with the earlier
+    // sample in its place, if it was refused.
+    bool loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped);
+    // Lets the user choose a wave file and does so with the layer that the window shows. False if none was chosen or it was
+    // refused.
+    bool loadSampleDialog(int oscillator);
+
+    // Runs a row of the "Edit" menu, see SampleEditor; "Export as wav" lets the user choose a path if there is a sample. True
+    // if the patch is another.
+    bool editSample(int layer, int oscillator, int command);
+
+    // Lets the user choose a file, from the folder of cycles on, and makes the custom wave of it. False if none was chosen or
+    // it was refused.
+    bool resynthesizeDialog(int layer, int oscillator);
+    // Lets the user choose a path and saves the custom wave there. False if none was chosen or it cannot be written.
+    bool saveWaveDialog(int layer, int oscillator);
+
+private:
+    bool told(bool result);
+
+    SampleLoader& loader_;
+    SampleEditor& editor_;
+    CustomWaveLoader& customWaves_;
+    WaveChooser& chooser_;
+    Messages& messages_;
+    platform::Dialogs& dialogs_;
+};
+
+}  // namespace vantoric

@@ -1,0 +1,91 @@
+#include "library/import_commands.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/module_folder.h"
+#include "tests/library/library_bench.h"
+
+namespace vantoric {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+struct ImportMenu : ::testing::Test, test::LibraryBench {
+    ImportMenu() {
+        rig.clearParameters();
+        rig.plainLayer();
+        EXPECT_TRUE(platform::makeFolder(platform::bankFolder()));
+    }
+    ~ImportMenu() override {
+        platform::removeFile(QuickImport::sampleTemplate());
+        platform::removeFile(QuickImport::vocoderTemplate());
+    }
+    void makeTemplates() {
+        EXPECT_TRUE(audio.patchFiles().savePatchFile(QuickImport::sampleTemplate()));
+        EXPECT_TRUE(audio.patchFiles().savePatchFile(QuickImport::vocoderTemplate()));
+        audio.program().setProgramName("Mine");
+    }
+    std::string sfz(const std::string& text) { return put("Grand Piano.sfz", test::Bytes(text.begin(), text.end())); }
+};
+
+TEST_F(ImportMenu, AUserWhoGoesBackKeepsThePatch) {
+    makeTemplates();
+    EXPECT_FALSE(imports.importSample());
+    EXPECT_FALSE(imports.importVocoder());
+    EXPECT_FALSE(imports.importSfzDialog());
+    EXPECT_EQ(audio.program().getProgramName(), "Mine");
+    dialogs.choosePathNext(put("bad.wav", test::Bytes(100)));
+    EXPECT_FALSE(imports.importSample());
+    EXPECT_EQ(shown().back(), "Error: Invalid wav file header.");
+    EXPECT_EQ(audio.program().getProgramName(), "Mine");
+}
+
+TEST_F(ImportMenu, AQuickImportTakesTheChosenFile) {
+    EXPECT_FALSE(imports.importSample());
+    EXPECT_TRUE(dialogs.requests().empty()) << "without a template there is nothing to choose for";
+    makeTemplates();
+    dialogs.choosePathNext(wave("Kick.wav", 60, 2));
+    EXPECT_TRUE(imports.importSample());
+    EXPECT_EQ(sample(1).length, 60);
+    EXPECT_EQ(audio.program().getProgramName(), "Kick");
+    EXPECT_FALSE(imports.importSample());
+    EXPECT_EQ(dialogs.requests().back().startFolder, folder.path());
+}
+
+TEST_F(ImportMenu, AVocoderHintsWhatToChoose) {
+    EXPECT_FALSE(imports.importVocoder());
+    EXPECT_TRUE(shown().empty());
+    makeTemplates();
+    dialogs.choosePathNext(wave("Speech.wav"));
+    EXPECT_TRUE(imports.importVocoder());
+    EXPECT_EQ(shown(), Texts{"Hint: Now select a speech sample or a drumline..."});
+    EXPECT_EQ(audio.program().getProgramName(), "Speech");
+}
+
+TEST_F(ImportMenu, SeveralGroupsAreAQuestion) {
+    wave("a.wav", 70);
+    wave("b.wav", 80);
+    const std::string path = sfz("<group>\n<region> sample=a.wav key=1\n<group>\n<region> sample=b.wav key=2\n");
+    EXPECT_TRUE(imports.importSfz(path)) << "nobody answers: No";
+    EXPECT_EQ(sample(1).length, 0);
+    dialogs.answerNext(true);
+    EXPECT_TRUE(imports.importSfz(path));
+    EXPECT_EQ(sample(1).length, 80);
+    ASSERT_FALSE(dialogs.boxes().empty());
+    EXPECT_TRUE(dialogs.boxes()[0].isQuestion);
+    EXPECT_EQ(dialogs.boxes()[0].title, "Warning");
+    EXPECT_EQ(dialogs.boxes()[0].text,
+              "This *.sfz file is not supported and contains more than one <group>. Should all groups be merged?");
+}
+
+TEST_F(ImportMenu, TheDialogAsksForAnSfzFileAndTellsWhatIsMissing) {
+    dialogs.choosePathNext(sfz("<region> sample=a.wav key=60\n"));
+    EXPECT_TRUE(imports.importSfzDialog());
+    EXPECT_EQ(dialogs.requests()[0].extension, ".sfz");
+    EXPECT_EQ(shown(), Texts{"Error: File not found: a.wav"});
+    EXPECT_FALSE(imports.importSfz(folder / "none.sfz"));
+    EXPECT_EQ(shown().back(), "Error: File read error");
+}
+
+}  // namespace
+}  // namespace vantoric

@@ -1,0 +1,91 @@
+#include "library/patch_commands.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <vector>
+
+#include "platform/module_folder.h"
+#include "platform/recorded_dialogs.h"
+#include "platform/scratch_folder.h"
+#include "tests/patch/patch_bench.h"
+
+namespace vantoric {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct PatchMenu : ::testing::Test, PatchBench {
+    PatchMenu() {
+        for (const char* name : {"User", "Bass"}) fs::create_directories(folder / (std::string("Vantoric_sounds/") + name));
+        platform::setDataFolder(folder.path());
+        EXPECT_TRUE(files->savePatchAs(deep));
+        program.setProgramName("Mine");
+    }
+    ~PatchMenu() override { platform::setDataFolder(""); }
+
+    platform::ScratchFolder folder;
+    platform::RecordedDialogs dialogs;
+    PatchCommands commands{*files, messages, dialogs};
+    const std::string deep = folder / "Vantoric_sounds/Bass/deep.fxp";
+};
+
+TEST_F(PatchMenu, LoadStartsInTheSoundsFolderUntilAFileWasChosen) {
+    EXPECT_FALSE(commands.loadPatch()) << "the user goes back";
+    dialogs.choosePathNext(deep);
+    EXPECT_TRUE(commands.loadPatch());
+    EXPECT_EQ(program.getProgramName(), "deep");
+    EXPECT_FALSE(commands.loadPatch());
+    const auto requests = dialogs.requests();
+    ASSERT_EQ(requests.size(), 3u);
+    EXPECT_EQ(requests[0].startFolder, platform::soundsFolder());
+    EXPECT_EQ(requests[1].startFolder, platform::soundsFolder());
+    EXPECT_EQ(requests[2].startFolder, "");
+    EXPECT_EQ(requests[0].title, "Load a fxp program (.fxp file)");
+}
+
+TEST_F(PatchMenu, ABadFileIsShownAndThePatchStays) {
+    dialogs.choosePathNext(folder / "Vantoric_sounds/Bass/../Bass/deep.fxp");
+    fs::resize_file(deep, 1000);
+    EXPECT_TRUE(commands.loadPatch()) << "one was chosen";
+    ASSERT_EQ(dialogs.boxes().size(), 1u);
+    EXPECT_EQ(dialogs.boxes()[0].text, "This file is not compatible with this product.");
+    EXPECT_EQ(program.getProgramName(), "Mine");
+}
+
+TEST_F(PatchMenu, SaveAsNamesThePatchAndRemembersTheFolder) {
+    dialogs.choosePathNext(folder / "Vantoric_sounds/Bass/growl");
+    EXPECT_TRUE(commands.savePatchAs());
+    EXPECT_EQ(program.getProgramName(), "growl");
+    EXPECT_TRUE(fs::exists(folder / "Vantoric_sounds/Bass/growl.fxp"));
+    EXPECT_FALSE(commands.savePatchAs()) << "the user goes back";
+    const auto requests = dialogs.requests();
+    ASSERT_EQ(requests.size(), 2u);
+    EXPECT_EQ(requests[0].startFolder, platform::userFolder());
+    EXPECT_EQ(requests[1].startFolder, folder / "Vantoric_sounds/Bass/");
+    EXPECT_TRUE(requests[0].isSave);
+}
+
+TEST_F(PatchMenu, QuickSaveOfANamelessPatchIsRefused) {
+    EXPECT_FALSE(commands.quickSavePatch("Custom", "deep"));
+    ASSERT_EQ(dialogs.boxes().size(), 1u);
+    EXPECT_EQ(dialogs.boxes()[0].title, "Error");
+    EXPECT_EQ(dialogs.boxes()[0].text, "Your patch still has no name. Use 'Save patch as...' to store it.");
+    EXPECT_TRUE(commands.quickSavePatch("Bass", "deep"));
+}
+
+TEST_F(PatchMenu, DeleteAsksFirst) {
+    EXPECT_FALSE(commands.deletePatch("Bass", "deep"));
+    EXPECT_TRUE(fs::exists(deep));
+    dialogs.answerNext(true);
+    EXPECT_TRUE(commands.deletePatch("Bass", "deep"));
+    EXPECT_FALSE(fs::exists(deep));
+    EXPECT_EQ(dialogs.boxes()[0].text, "Are you sure that you want to delete the file '" + deep + "'?");
+    dialogs.clear();
+    dialogs.answerNext(true);
+    EXPECT_FALSE(commands.deletePatch("Bass", "deep"));
+    EXPECT_EQ(dialogs.boxes()[1].text, "Could not delete this file. Please check if it is write protected.");
+}
+
+}  // namespace
+}  // namespace vantoric
