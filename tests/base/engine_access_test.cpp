@@ -39,6 +39,7 @@ TEST_F(TakingTheEngine, IsOneUsersTurnAtATime) {
             const EngineTurn turn(access);
             if (inside.fetch_add(1) != 0) met = true;
             const EngineHold hold(access, i % 2 == 0 ? HoldFor::waves : HoldFor::settings);
+            std::this_thread::yield();  // into the arms of whoever does not wait
             inside.fetch_sub(1);
         }
     };
