@@ -24,7 +24,7 @@ public:
     using Chain = OutputLowpass<T>;
 
     explicit AnalogRun(const KernelCall& call)
-        : call_(call), pole_(analogCoefficient(call.engine->internalRate)), previous_(call.state->previousRead) {}
+        : call_(call), previous_(call.state->previousRead), pole_(analogCoefficient(call.engine->internalRate)) {}
 
     static ChainLoop<Chain>* loop() { return kernelLoops().outputLowpass; }
     Chain<float> chain() const { return {1.0f - pole_, call_.state->lowpass}; }
@@ -34,23 +34,8 @@ public:
     }
 
 protected:
-    // The input of the low-pass from kept samples, whose shares are `shift` bits above them.
-    // kept[0] is free for the one before the first.
-    void drive(std::int32_t (&kept)[rowSamples + 1], int shift, float* row, int count) {
-        kept[0] = previous_;
-        previous_ = kept[count];
-        kernelLoops().driven(kept, shift, pole_, row, count);
-    }
-    // The samples behind the low-pass, with hiss of one draw each.
-    template <class Source>
-    void finishWith(void (*draw)(Source&, float, float, float*, int), Source& source, bool turned, const float* row, int at,
-                    int count) const {
-        const auto level = static_cast<float>(call_.state->hiss);
-        Row hiss;
-        draw(source, 2.0f * level, level, hiss, count);
-        kernelLoops().analogSamples(row, hiss, turned, call_.out + at, count);
-    }
-    bool isTurned() const { return call_.state->polarity < 0; }
+    AnalogReads reads(const std::int16_t* from, std::uint32_t width = 0) const { return {from, pole_, width}; }
+    AnalogSound sound() const { return {static_cast<float>(call_.state->hiss), call_.state->polarity < 0}; }
     RandomSources& random() const { return *call_.random; }
     // The step of a wave that runs in the direction of the phase.
     std::uint32_t directedStep() const {
@@ -58,10 +43,10 @@ protected:
     }
 
     const KernelCall& call_;
+    std::int32_t previous_;
 
 private:
     float pole_;
-    std::int32_t previous_;
 };
 
 class PlainRun : public AnalogRun {
@@ -72,13 +57,12 @@ public:
           at_{call.state->phase, directedStep()} {}
 
     bool ready() const { return cycle_ != nullptr; }
-    void fill(float* row, int, int count) {
-        std::int32_t kept[rowSamples + 1];
-        kernelLoops().wideReads(cycle_, at_, kept + 1, count);
-        drive(kept, 0, row, count);
-    }
+    void fill(float* row, int, int count) { kernelLoops().plainReads(reads(cycle_), at_, previous_, row, count); }
     void finish(const float* row, int at, int count) const {
-        finishWith(kernelLoops().hashRow, random().hash, isTurned(), row, at, count);
+        kernelLoops().analogOverHash(row, random().hash, sound(), call_.out + at, count);
+    }
+    void alone(Chain<float>& chain, int count) {
+        kernelLoops().analogPlainAlone(reads(cycle_), at_, previous_, chain, random().hash, sound(), call_.out, count);
     }
     void store(const Chain<float>& chain) const {
         AnalogRun::store(chain);
@@ -100,13 +84,12 @@ public:
           width_(call.state->framePending) {}
 
     bool ready() const { return cycle_ != nullptr && width_ >= 0; }
-    void fill(float* row, int, int count) {
-        std::int32_t kept[rowSamples + 1];
-        kernelLoops().pulseReads(cycle_, static_cast<std::uint32_t>(width_), at_, kept + 1, count);
-        drive(kept, 0, row, count);
-    }
+    void fill(float* row, int, int count) { kernelLoops().pulseReads(pulse(), at_, previous_, row, count); }
     void finish(const float* row, int at, int count) const {
-        finishWith(kernelLoops().congruenceRow, random().congruence, false, row, at, count);
+        kernelLoops().analogOverCongruence(row, random().congruence, unturned(), call_.out + at, count);
+    }
+    void alone(Chain<float>& chain, int count) {
+        kernelLoops().analogPulseAlone(pulse(), at_, previous_, chain, random().congruence, unturned(), call_.out, count);
     }
     void store(const Chain<float>& chain) const {
         AnalogRun::store(chain);
@@ -114,6 +97,9 @@ public:
     }
 
 private:
+    AnalogReads pulse() const { return reads(cycle_, static_cast<std::uint32_t>(width_)); }
+    AnalogSound unturned() const { return {sound().hiss, false}; }
+
     const std::int16_t* cycle_;
     RunningPhase at_;
     int width_;
@@ -143,12 +129,10 @@ public:
             [&](const FmSample& sample) {
                 return modulatedRead([&](int level) { return cycles_[level]; }, sample.phase, sample.step);
             });
-        std::int32_t kept[rowSamples + 1];
-        std::copy_n(reads, count, kept + 1);
-        drive(kept, 15, row, count);
+        kernelLoops().fmReads(AnalogRun::reads(reads), previous_, row, count);
     }
     void finish(const float* row, int at, int count) const {
-        finishWith(kernelLoops().congruenceRow, random().congruence, isTurned(), row, at, count);
+        kernelLoops().analogOverCongruence(row, random().congruence, sound(), call_.out + at, count);
     }
     void store(const Chain<float>& chain) const {
         AnalogRun::store(chain);

@@ -31,6 +31,18 @@ struct RunningPhase {
     std::uint32_t phase, step;
 };
 
+// What an analog oscillator reads, and the pole of the low-pass behind it.
+struct AnalogReads {
+    const std::int16_t* cycle;  // or, for FM, the samples that were read
+    float pole;
+    std::uint32_t width = 0;  // of a pulse, in samples
+};
+// Its hiss, and whether its wave is turned over, which leaves it as it is read: the stage negates.
+struct AnalogSound {
+    float hiss;
+    bool turned;
+};
+
 // The running position in the frames of a wave: 23 bits for one pass.
 struct FrameScan {
     static constexpr int bits = 23;
@@ -80,14 +92,16 @@ struct KernelLoops {
     // Two draws a sample: (a scale - middle) + b scale - middle.
     void (*pairedDraws)(LinearCongruence& random, float scale, float middle, float* row, int count);
 
-    // Linear reads at 29 bits.
-    void (*wideReads)(const std::int16_t* cycle, RunningPhase& at, std::int32_t* row, int count);
-    // The difference of two such reads, `width` samples after the phase and before its opposite, halved.
-    void (*pulseReads)(const std::int16_t* cycle, std::uint32_t width, RunningPhase& at, std::int32_t* row, int count);
-    // pole x (kept sample before + (kept sample << shift)); kept[0] is the one before the first.
-    void (*driven)(const std::int32_t* kept, int shift, float pole, float* row, int count);
-    // The samples behind the low-pass of the analog output stage; negated unless `turned`.
-    void (*analogSamples)(const float* row, const float* hiss, bool turned, std::int16_t* out, int count);
+    // The input of the analog low-pass: pole x (share of a read + what is kept of the one before). `previous` is what is
+    // kept of the last. Plain: linear reads at 29 bits. Pulse: the difference of two of them, `width` samples after the
+    // phase and before its opposite, halved. FM: reads of 16 bits, whose shares stand 15 bits above.
+    void (*plainReads)(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, float* row, int count);
+    void (*pulseReads)(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, float* row, int count);
+    void (*fmReads)(const AnalogReads& reads, std::int32_t& previous, float* row, int count);
+    // The samples behind the low-pass.
+    void (*analogOverHash)(const float* row, HashNoise& hash, const AnalogSound& sound, std::int16_t* out, int count);
+    void (*analogOverCongruence)(const float* row, LinearCongruence& random, const AnalogSound& sound, std::int16_t* out,
+                                 int count);
 
     // Reads with FM for as many samples as have neither a restart, a change of the frame nor a box read, N at a time; returns
     // how many.
@@ -111,6 +125,18 @@ struct KernelLoops {
     AttractorLoop<Lorenz>* lorenz;
     AttractorLoop<Rossler>* rossler;
     AttractorLoop<Chua>* chua;
+
+    // The whole of an oscillator that is alone, in one loop: while its recursive part waits, the reads go on.
+    void (*hypernoiseAlone)(const std::int16_t* cycle, StackPhases& stack, StackHighpass<float>& chain, float scale,
+                            std::int16_t* out, int count);
+    void (*supersawAlone)(const std::int16_t* cycle, StackPhases& stack, TwoStackHighpasses<float>& chain, float scale,
+                          std::int16_t* out, int count);
+    void (*supersawJpAlone)(StackPhases& stack, int alternate, TwoStackHighpasses<float>& chain, float scale, std::int16_t* out,
+                            int count);
+    void (*analogPlainAlone)(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, OutputLowpass<float>& chain,
+                             HashNoise& hash, const AnalogSound& sound, std::int16_t* out, int count);
+    void (*analogPulseAlone)(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, OutputLowpass<float>& chain,
+                             LinearCongruence& random, const AnalogSound& sound, std::int16_t* out, int count);
 };
 
 // The loops for this processor, as filters::useWideLoops leaves it.

@@ -19,94 +19,180 @@ struct LaneLoops {
     static Floats loaded(const float* row) { return Floats(row, stdx::element_aligned); }
     static void store(const Floats& x, float* row) { x.copy_to(row, stdx::element_aligned); }
 
+    // Sources give N samples at a take().
+    template <class Source>
+    static void fillRow(Source& source, float* row, int count) {
+        for (int i = 0; i < count; i += N) store(source.take(), row + i);
+    }
+
+    // Stores the low 16 bits of the first `count` samples, at most N.
+    static void storeSome(const Ints& samples, std::int16_t* out, int count) {
+        if (count >= N) return storeWrapped<N>(samples, out);
+        std::int16_t last[N];
+        storeWrapped<N>(samples, last);
+        std::copy_n(last, count, out);
+    }
+    // Stores samples(i), N from sample i on.
+    template <class Samples>
+    static void storeRow(std::int16_t* out, int count, Samples samples) {
+        for (int i = 0; i < count; i += N) storeSome(samples(i), out + i, count - i);
+    }
+
     // ---- stacks ----
 
     template <int voices>
-    static void voicesSummed(const std::int16_t* cycle, StackPhases& stack, float* row, int count) {
-        Bits phases[voices], steps[voices];
-        for (int k = 0; k < voices; ++k) {
-            phases[k] = Bits(stack.phase[k]) + Bits(stack.step[k]) * countedUp<N>();
-            steps[k] = Bits(stack.step[k] * N);
-            stack.phase[k] += stack.step[k] * static_cast<std::uint32_t>(count);
-        }
-        for (int i = 0; i < count; i += N) {
-            Ints sum(0);
-#pragma GCC unroll 9
-            for (int k = 0; k < voices; ++k) {
-                sum += samplesAt<N>(cycle, phases[k] >> 21);
-                phases[k] += steps[k];
-            }
-            store(toFloats<N>(sum), row + i);
-        }
-    }
-    static void tableSums(const std::int16_t* cycle, StackPhases& stack, float* row, int count) {
-        switch (stack.voices) {
-            case 3: return voicesSummed<3>(cycle, stack, row, count);
-            case 5: return voicesSummed<5>(cycle, stack, row, count);
-            case 7: return voicesSummed<7>(cycle, stack, row, count);
-            default: return voicesSummed<9>(cycle, stack, row, count);
-        }
-    }
+    struct TableSums {
+        static constexpr bool oneByOne = N == laneGroup;  // without an instruction that reads many places
 
-    static void sawSums(StackPhases& stack, int alternate, float* row, int count) {
-        Ints phases[stackVoices], steps[stackVoices];
-        for (int k = 0; k < stack.voices; ++k) {
-            // How many steps the voice has taken after each sample, and whether it takes two at once.
-            const bool alternates = alternate >= 0;
-            const std::uint32_t first = alternates && (k & 1) != alternate ? 1 : 0;
-            const std::uint32_t step = alternates ? 2 * stack.step[k] : stack.step[k];
-            const auto taken = [&](const auto& samples) { return alternates ? (samples + first) >> 1 : samples; };
-            phases[k] = asInts<N>(Bits(stack.phase[k] ^ 0x80000000u) + Bits(step) * taken(countedUp<N>()));
-            steps[k] = Ints(static_cast<std::int32_t>(stack.step[k] * N));
-            stack.phase[k] += step * taken(static_cast<std::uint32_t>(count));
+        const std::int16_t* cycle;
+        Bits phases[voices], steps[voices];
+        std::uint32_t phase[voices], step[voices];
+        Ints sum{0};
+
+        TableSums(const std::int16_t* from, StackPhases& stack, int count) : cycle(from) {
+            for (int k = 0; k < voices; ++k) {
+                phase[k] = stack.phase[k];
+                step[k] = stack.step[k];
+                phases[k] = Bits(phase[k]) + Bits(step[k]) * countedUp<N>();
+                steps[k] = Bits(step[k] * N);
+                stack.phase[k] += step[k] * static_cast<std::uint32_t>(count);
+            }
         }
-        for (int i = 0; i < count; i += N) {
+        Floats take() {
+            if constexpr (oneByOne) {
+                return toFloats<N>(Ints([&](auto) {
+                    int one = 0;
+#pragma GCC unroll 9
+                    for (int k = 0; k < voices; ++k) one += cycle[(phase[k] += step[k]) >> 21];
+                    return one;
+                }));
+            } else {
+#pragma GCC unroll 8
+                for (int k = 0; k < N; ++k) takePart(k);
+                return taken();
+            }
+        }
+        // The same in N parts.
+        void takePart(int k)
+            requires(!oneByOne)
+        {
+            for (int voice = k; voice < voices; voice += N) {
+                sum += samplesAt<N>(cycle, phases[voice] >> 21);
+                phases[voice] += steps[voice];
+            }
+        }
+        Floats taken() {
+            const Floats all = toFloats<N>(sum);
+            sum = Ints(0);
+            return all;
+        }
+    };
+
+    struct SawSums {
+        static constexpr int voices = 7;
+
+        Ints phases[voices], steps[voices];
+
+        SawSums(StackPhases& stack, int alternate, int count) {
+            const bool alternates = alternate >= 0;
+            for (int k = 0; k < voices; ++k) {
+                // How many steps the voice has taken after each sample, of two at once if it takes turns.
+                const std::uint32_t first = alternates && (k & 1) != alternate ? 1 : 0;
+                const std::uint32_t step = alternates ? 2 * stack.step[k] : stack.step[k];
+                const auto taken = [&](const auto& samples) { return alternates ? (samples + first) >> 1 : samples; };
+                phases[k] = asInts<N>(Bits(stack.phase[k] ^ 0x80000000u) + Bits(step) * taken(countedUp<N>()));
+                steps[k] = asInts<N>(Bits(stack.step[k] * N));
+                stack.phase[k] += step * taken(static_cast<std::uint32_t>(count));
+            }
+        }
+        Floats take() {
             Ints sum(0);
-            for (int k = 0; k < stack.voices; ++k) {
+            for (int k = 0; k < voices; ++k) {
                 sum += phases[k] >> 17;  // 8 bits of the word and 9 of the saw
                 phases[k] += steps[k];
             }
-            store(toFloats<N>(sum), row + i);
+            return toFloats<N>(sum);
         }
+    };
+
+    static void tableSums(const std::int16_t* cycle, StackPhases& stack, float* row, int count) {
+        const auto fill = [&](auto source) { fillRow(source, row, count); };
+        switch (stack.voices) {
+            case 3: return fill(TableSums<3>(cycle, stack, count));
+            case 5: return fill(TableSums<5>(cycle, stack, count));
+            case 7: return fill(TableSums<7>(cycle, stack, count));
+            default: return fill(TableSums<9>(cycle, stack, count));
+        }
+    }
+    static void sawSums(StackPhases& stack, int alternate, float* row, int count) {
+        SawSums source(stack, alternate, count);
+        fillRow(source, row, count);
     }
 
     // ---- draws ----
 
-    static void drawnRow(const Bits& drawn, float unit, float range, float offset, float* row) {
-        store(fromUnsigned<Floats>(drawn) * Floats(unit) * Floats(range) - Floats(offset), row);
+    // (u x unit) x range - offset.
+    struct Level {
+        float range, offset;
+
+        Floats of(const Bits& drawn, float unit) const {
+            return fromUnsigned<Floats>(drawn) * Floats(unit) * Floats(range) - Floats(offset);
+        }
+    };
+
+    struct HashDraws {
+        Bits counters, seed;
+        Level level;
+
+        HashDraws(HashNoise& hash, const Level& of, int count)
+            : counters(Bits(hash.counter - 1u) + countedUp<N>()), seed(hash.seed), level(of) {
+            hash.counter += static_cast<std::uint32_t>(count);
+        }
+        Floats take() {
+            const Bits drawn = hashMix(counters ^ seed);
+            counters += Bits(std::uint32_t{N});
+            return level.of(drawn, 2.3283064e-10f);
+        }
+    };
+
+    // Two registers of states in turn, as each product takes long.
+    struct CongruenceDraws {
+        Bits now, next;
+        LinearCongruence& random;
+        int left;
+        Level level;
+
+        CongruenceDraws(LinearCongruence& from, const Level& of, int count)
+            : now(congruenceStates<N>(from.state)), next(congruencesOn<N, N>(now)), random(from), left(count), level(of) {}
+        Floats take() {
+            const Bits drawn = now;
+            now = next;
+            next = congruencesOn<N, 2 * N>(drawn);
+            keepLast(random, drawn, left);
+            left -= N;
+            return level.of(drawn, 2.33e-10f);
+        }
+    };
+    // The last of the draws that are left, if it is among these.
+    static void keepLast(LinearCongruence& random, const Bits& drawn, int left) {
+        if (left > 0 && left <= N) random.state = drawn[static_cast<std::size_t>(left - 1)];
     }
 
     static void hashRow(HashNoise& hash, float range, float offset, float* row, int count) {
-        Bits counters = Bits(hash.counter - 1u) + countedUp<N>();
-        for (int i = 0; i < count; i += N, counters += Bits(std::uint32_t{N}))
-            drawnRow(hashMix(counters ^ Bits(hash.seed)), 2.3283064e-10f, range, offset, row + i);
-        hash.counter += static_cast<std::uint32_t>(count);
+        HashDraws draws(hash, {range, offset}, count);
+        fillRow(draws, row, count);
     }
-
-    // Two registers of draws in turn, as each product takes long.
     static void congruenceRow(LinearCongruence& random, float range, float offset, float* row, int count) {
-        Bits even = congruenceStates<N>(random.state), odd = congruencesOn<N, N>(even);
-        for (int i = 0;; i += 2 * N) {
-            drawnRow(even, 2.33e-10f, range, offset, row + i);
-            if (count - i <= N) return keepLast(random, even, count - i);
-            drawnRow(odd, 2.33e-10f, range, offset, row + i + N);
-            if (count - i <= 2 * N) return keepLast(random, odd, count - i - N);
-            even = congruencesOn<N, 2 * N>(even);
-            odd = congruencesOn<N, 2 * N>(odd);
-        }
+        CongruenceDraws draws(random, {range, offset}, count);
+        fillRow(draws, row, count);
     }
-    // `taken` of these draws were the last.
-    static void keepLast(LinearCongruence& random, const Bits& drawn, int taken) {
-        random.state = drawn[static_cast<std::size_t>(taken - 1)];
-    }
-
     static void pairedDraws(LinearCongruence& random, float scale, float middle, float* row, int count) {
         Bits first = congruenceStates<N, 2>(random.state);
         for (int i = 0; i < count; i += N, first = congruencesOn<N, 2 * N>(first)) {
             const Bits second = congruencesOn<N, 1>(first);
             const Floats a = fromUnsigned<Floats>(first), b = fromUnsigned<Floats>(second);
             store(a * Floats(scale) - Floats(middle) + b * Floats(scale) - Floats(middle), row + i);
-            if (count - i <= N) keepLast(random, second, count - i);
+            keepLast(random, second, count - i);
         }
     }
 
@@ -114,69 +200,181 @@ struct LaneLoops {
 
     // The phases of N samples from the first one on, of 24 bits.
     struct Phases {
-        Bits next;
-        Bits step;
+        Bits next, step;
 
-        explicit Phases(const RunningPhase& at) : next(Bits(at.phase) + Bits(at.step) * countedUp<N>()), step(at.step * N) {}
+        Phases(RunningPhase& at, int count) : next(Bits(at.phase) + Bits(at.step) * countedUp<N>()), step(at.step * N) {
+            at.phase = (at.phase + at.step * static_cast<std::uint32_t>(count)) & phaseMask;
+        }
         Bits take() {
             const Bits taken = next & Bits(phaseMask);
             next += step;
             return taken;
         }
     };
-    static void pass(RunningPhase& at, int count) {
-        at.phase = (at.phase + at.step * static_cast<std::uint32_t>(count)) & phaseMask;
-    }
 
-    static void wideReads(const std::int16_t* cycle, RunningPhase& at, std::int32_t* row, int count) {
-        Phases phases(at);
-        for (int i = 0; i < count; i += N) linearSums<N>(cycle, Bits(0u), phases.take()).copy_to(row + i, stdx::element_aligned);
-        pass(at, count);
-    }
+    // The input of the low-pass: pole x (share of each read + what is kept of the one before).
+    struct Driven {
+        Ints before;
+        std::int32_t& last;
+        int left;
+        Floats pole;
 
-    static void pulseReads(const std::int16_t* cycle, std::uint32_t width, RunningPhase& at, std::int32_t* row, int count) {
-        const Bits ahead(width << 13), behind((1024u - width) << 13), mask(phaseMask);
-        const auto read = [&](const Bits& phases) { return linearSums<N>(cycle, Bits(0u), phases & mask); };
-        Phases phases(at);
-        for (int i = 0; i < count; i += N) {
+        Driven(std::int32_t& previous, float lowpassPole, int count)
+            : before(previous), last(previous), left(count), pole(lowpassPole) {}
+        Floats of(const Ints& shares, const Ints& kept) {
+            const Ints sum = oneEarlier<N>(before, kept) + shares;
+            before = kept;
+            if (left > 0 && left <= N) last = kept[static_cast<std::size_t>(left - 1)];
+            left -= N;
+            return pole * toFloats<N>(sum);
+        }
+    };
+    struct PlainReads {
+        const std::int16_t* cycle;
+        Phases phases;
+        Driven driven;
+
+        PlainReads(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, int count)
+            : cycle(reads.cycle), phases(at, count), driven(previous, reads.pole, count) {}
+        Floats take() {
+            const Ints read = linearSums<N>(cycle, Bits(0u), phases.take());
+            return driven.of(read, read);
+        }
+    };
+    struct PulseReads {
+        const std::int16_t* cycle;
+        Bits ahead, behind;
+        Phases phases;
+        Driven driven;
+
+        PulseReads(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, int count)
+            : cycle(reads.cycle),
+              ahead(reads.width << 13),
+              behind((1024u - reads.width) << 13),
+              phases(at, count),
+              driven(previous, reads.pole, count) {}
+        Ints read(const Bits& at) const { return linearSums<N>(cycle, Bits(0u), at & Bits(phaseMask)); }
+        Floats take() {
             const Bits now = phases.take();
-            ((read(now + ahead) - read(now + behind)) >> 1).copy_to(row + i, stdx::element_aligned);
+            const Ints difference = (read(now + ahead) - read(now + behind)) >> 1;
+            return driven.of(difference, difference);
         }
-        pass(at, count);
+    };
+    struct FmReads {
+        const std::int16_t* reads;
+        Driven driven;
+
+        FmReads(const AnalogReads& of, std::int32_t& previous, int count) : reads(of.cycle), driven(previous, of.pole, count) {}
+        Floats take() {
+            const Ints read = widened<N>(reads);
+            reads += N;
+            return driven.of(read << 15, read);
+        }
+    };
+    static void plainReads(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, float* row, int count) {
+        PlainReads source(reads, at, previous, count);
+        fillRow(source, row, count);
+    }
+    static void pulseReads(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, float* row, int count) {
+        PulseReads source(reads, at, previous, count);
+        fillRow(source, row, count);
+    }
+    static void fmReads(const AnalogReads& reads, std::int32_t& previous, float* row, int count) {
+        FmReads source(reads, previous, count);
+        fillRow(source, row, count);
     }
 
-    static void driven(const std::int32_t* kept, int shift, float pole, float* row, int count) {
+    // Samples behind the low-pass with hiss of one draw each.
+    template <class Draws>
+    struct AnalogOutput {
+        Draws draws;
+        Ints sign;
+
+        template <class Random>
+        AnalogOutput(Random& random, const AnalogSound& sound, int count)
+            : draws(random, {2.0f * sound.hiss, sound.hiss}, count), sign(sound.turned ? 0 : -1) {}
+        Ints of(const Floats& lowpass) {
+            const Floats y = lowpass * Floats(3.05185e-5f) + draws.take();
+            return (toInts<N>(limited<N>(y, -32767.0f, 32767.0f)) ^ sign) - sign;
+        }
+    };
+    using HashOutput = AnalogOutput<HashDraws>;
+    using CongruenceOutput = AnalogOutput<CongruenceDraws>;
+
+    static void analogOverHash(const float* row, HashNoise& hash, const AnalogSound& sound, std::int16_t* out, int count) {
+        HashOutput output(hash, sound, count);
+        storeRow(out, count, [&](int i) { return output.of(loaded(row + i)); });
+    }
+    static void analogOverCongruence(const float* row, LinearCongruence& random, const AnalogSound& sound, std::int16_t* out,
+                                     int count) {
+        CongruenceOutput output(random, sound, count);
+        storeRow(out, count, [&](int i) { return output.of(loaded(row + i)); });
+    }
+
+    // ---- one oscillator with all its parts ----
+
+    // Runs a recursive part between a source and an output in one loop: while it waits for itself, the processor goes on
+    // with the samples around.
+    template <class Chain, class Source, class Output>
+    static void runAlone(Chain& memory, Source source, Output output, std::int16_t* out, int count) {
+        Chain chain = memory;
+        Floats x = source.take();
         for (int i = 0; i < count; i += N) {
-            const Ints before(kept + i, stdx::element_aligned), now(kept + i + 1, stdx::element_aligned);
-            store(Floats(pole) * toFloats<N>(before + (now << shift)), row + i);
+            const int now = std::min(N, count - i);
+            float samples[N];
+            store(x, samples);
+            const auto step = [&](int k) {
+                if (k < now) samples[k] = chain.step(samples[k]);
+            };
+            if constexpr (requires { source.takePart(0); }) {
+                // Long work goes between the samples: behind them it would not be reached while they wait.
+#pragma GCC unroll 8
+                for (int k = 0; k < N; ++k) {
+                    step(k);
+                    source.takePart(k);
+                }
+                x = source.taken();
+            } else {
+                x = source.take();
+#pragma GCC unroll 8
+                for (int k = 0; k < N; ++k) step(k);
+            }
+            storeSome(output(Floats([&](auto k) { return samples[k]; })), out + i, now);
         }
+        memory = chain;
     }
 
-    static void analogSamples(const float* row, const float* hiss, bool turned, std::int16_t* out, int count) {
-        const Ints sign(turned ? 0 : -1);
-        const auto samples = [&](int i) {
-            const Floats y = loaded(row + i) * Floats(3.05185e-5f) + loaded(hiss + i);
-            return (toInts<N>(limit(y, Floats(-32767.0f), Floats(32767.0f))) ^ sign) - sign;
-        };
-        storeRow(out, count, samples);
+    static Ints truncatedLanes(const Floats& x, float scale) {
+        return toInts<N>(limited<N>(x * Floats(scale), -2147483648.0f, 2147483520.0f));
+    }
+
+    static void hypernoiseAlone(const std::int16_t* cycle, StackPhases& stack, StackHighpass<float>& chain, float scale,
+                                std::int16_t* out, int count) {
+        runAlone(chain, TableSums<9>(cycle, stack, count), [&](const Floats& x) { return truncatedLanes(x, scale); }, out, count);
+    }
+    static void supersawAlone(const std::int16_t* cycle, StackPhases& stack, TwoStackHighpasses<float>& chain, float scale,
+                              std::int16_t* out, int count) {
+        runAlone(chain, TableSums<7>(cycle, stack, count), [&](const Floats& x) { return truncatedLanes(x, scale); }, out, count);
+    }
+    static void supersawJpAlone(StackPhases& stack, int alternate, TwoStackHighpasses<float>& chain, float scale,
+                                std::int16_t* out, int count) {
+        runAlone(chain, SawSums(stack, alternate, count), [&](const Floats& x) { return truncatedLanes(x, scale); }, out, count);
+    }
+    static void analogPlainAlone(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, OutputLowpass<float>& chain,
+                                 HashNoise& hash, const AnalogSound& sound, std::int16_t* out, int count) {
+        HashOutput output(hash, sound, count);
+        runAlone(chain, PlainReads(reads, at, previous, count), [&](const Floats& x) { return output.of(x); }, out, count);
+    }
+    static void analogPulseAlone(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, OutputLowpass<float>& chain,
+                                 LinearCongruence& random, const AnalogSound& sound, std::int16_t* out, int count) {
+        CongruenceOutput output(random, sound, count);
+        runAlone(chain, PulseReads(reads, at, previous, count), [&](const Floats& x) { return output.of(x); }, out, count);
     }
 
     // ---- output ----
 
-    // Stores the low 16 bits of samples(i), N from sample i on.
-    template <class Samples>
-    static void storeRow(std::int16_t* out, int count, Samples samples) {
-        int i = 0;
-        for (; i + N <= count; i += N) storeWrapped<N>(samples(i), out + i);
-        if (i == count) return;
-        std::int16_t last[N];
-        storeWrapped<N>(samples(i), last);
-        for (int k = 0; i < count; ++i, ++k) out[i] = last[k];
-    }
-
     static void truncated(const float* row, float scale, std::int16_t* out, int count) {
-        const Floats low(-2147483648.0f), high(2147483520.0f);
-        storeRow(out, count, [&](int i) { return toInts<N>(limit(loaded(row + i) * Floats(scale), low, high)); });
+        storeRow(out, count, [&](int i) { return truncatedLanes(loaded(row + i), scale); });
     }
 
     // ---- reads with FM ----
@@ -291,17 +489,15 @@ struct LaneLoops {
     }
 
     static void scannedNearest(const std::int16_t* level, RunningPhase& at, FrameScan& scan, std::int16_t* out, int count) {
-        Phases phases(at);
+        Phases phases(at, count);
         ScannedFrames frames(scan);
         storeRow(out, count, [&](int) { return samplesAt<N>(level, frames.take() + (phases.take() >> 13)) >> 1; });
-        pass(at, count);
         scan.step(count);
     }
     static void scannedLinear(const std::int16_t* level, RunningPhase& at, FrameScan& scan, std::int16_t* out, int count) {
-        Phases phases(at);
+        Phases phases(at, count);
         ScannedFrames frames(scan);
         storeRow(out, count, [&](int) { return linearSums<N>(level, frames.take(), phases.take()) >> 14; });
-        pass(at, count);
         scan.step(count);
     }
 
@@ -395,10 +591,11 @@ struct LaneLoops {
         .hashRow = hashRow,
         .congruenceRow = congruenceRow,
         .pairedDraws = pairedDraws,
-        .wideReads = wideReads,
+        .plainReads = plainReads,
         .pulseReads = pulseReads,
-        .driven = driven,
-        .analogSamples = analogSamples,
+        .fmReads = fmReads,
+        .analogOverHash = analogOverHash,
+        .analogOverCongruence = analogOverCongruence,
         .modulatedNearest = modulatedNearest,
         .modulatedLinear = modulatedLinear,
         .modulatedScan = modulatedScan,
@@ -414,6 +611,11 @@ struct LaneLoops {
         .lorenz = attractors<Lorenz>,
         .rossler = attractors<Rossler>,
         .chua = attractors<Chua>,
+        .hypernoiseAlone = hypernoiseAlone,
+        .supersawAlone = supersawAlone,
+        .supersawJpAlone = supersawJpAlone,
+        .analogPlainAlone = analogPlainAlone,
+        .analogPulseAlone = analogPulseAlone,
     };
 };
 

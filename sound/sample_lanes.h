@@ -39,6 +39,20 @@ inline IntLanes<N> toInts(const FloatLanes<N>& x) {
     return stdx::static_simd_cast<IntLanes<N>>(x);
 }
 
+// limit() in two instructions, which the compiler does not find in every loop.
+template <int N>
+inline FloatLanes<N> limited(const FloatLanes<N>& x, float low, float high) {
+#if defined(__SSE2__)
+    if constexpr (N == 4)
+        return FloatLanes<N>(_mm_min_ps(_mm_max_ps(static_cast<__m128>(x), _mm_set1_ps(low)), _mm_set1_ps(high)));
+#endif
+#if defined(__AVX2__)
+    if constexpr (N == 8)
+        return FloatLanes<N>(_mm256_min_ps(_mm256_max_ps(static_cast<__m256>(x), _mm256_set1_ps(low)), _mm256_set1_ps(high)));
+#endif
+    return limit(x, FloatLanes<N>(low), FloatLanes<N>(high));
+}
+
 // 1, 2 ... N.
 template <int N>
 inline BitLanes<N> countedUp() {

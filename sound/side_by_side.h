@@ -43,27 +43,39 @@ inline void alone(SideBySideFunction* function, const KernelContext& context, st
 
 // Clears the rows behind `runs` up to a whole register.
 inline void clearIdleRows(Row* rows, int runs) {
-    for (; runs > 1 && runs % widestLanes != 0; ++runs) std::fill_n(rows[runs], rowSamples, 0.0f);
+    for (; runs % widestLanes != 0; ++runs) std::fill_n(rows[runs], rowSamples, 0.0f);
 }
 
-// Runs the recursive part of all rows; one alone goes without lanes.
-template <template <class> class Chain>
-inline void runChains(ChainLoop<Chain>* loop, LaneBank<Chain>& bank, Row* rows, int runs, int count) {
-    if (runs > 1) return loop(bank, rows, runs, count);
-    Chain<float> chain = bank.get(0);
-    for (int i = 0; i < count; ++i) rows[0][i] = chain.step(rows[0][i]);
-    bank.put(0, chain);
-}
-
-// Renders calls by way of rows: what is not recursive an oscillator at a time, the rest side by side. A Run is an oscillator
-// in its call:
+// A Run is an oscillator in its call:
 //   Run(call, arguments...); ready(): whether it has what it needs, else its call is passed over
-//   chain(): the recursive part at its start; loop(): what runs it
+//   chain(): the recursive part at its start; loop(): what runs it for many
 //   fill(row, at, count): the input of the recursive part; finish(row, at, count): the samples from its output, `at` samples
 //   into the call
 //   store(chain): leaves the state
+// and, if there is a loop for the whole of one, alone(chain, count).
+template <class Run, class... Arguments>
+void renderAlone(const KernelCall& call, int count, const Arguments&... arguments) {
+    Run run(call, arguments...);
+    if (!run.ready()) return;
+    auto chain = run.chain();
+    if constexpr (requires { run.alone(chain, count); }) {
+        run.alone(chain, count);
+    } else {
+        Row row;
+        for (int at = 0; at < count; at += rowSamples) {
+            const int now = std::min(rowSamples, count - at);
+            run.fill(row, at, now);
+            for (int i = 0; i < now; ++i) row[i] = chain.step(row[i]);
+            run.finish(row, at, now);
+        }
+    }
+    run.store(chain);
+}
+
+// Renders calls by way of rows: what is not recursive an oscillator at a time, the rest side by side.
 template <class Run, class... Arguments>
 void renderRows(std::span<const KernelCall> calls, int count, const Arguments&... arguments) {
+    if (calls.size() == 1) return renderAlone<Run>(calls[0], count, arguments...);
     std::optional<Run> runs[rowCount];
     LaneBank<Run::template Chain> bank;
     Row rows[rowCount];
@@ -74,12 +86,11 @@ void renderRows(std::span<const KernelCall> calls, int count, const Arguments&..
         bank.put(ready, runs[ready]->chain());
         ++ready;
     }
-    if (ready == 0) return;
     clearIdleRows(rows, ready);
     for (int at = 0; at < count; at += rowSamples) {
         const int now = std::min(rowSamples, count - at);
         for (int k = 0; k < ready; ++k) runs[k]->fill(rows[k], at, now);
-        runChains<Run::template Chain>(Run::loop(), bank, rows, ready, now);
+        Run::loop()(bank, rows, ready, now);
         for (int k = 0; k < ready; ++k) runs[k]->finish(rows[k], at, now);
     }
     for (int k = 0; k < ready; ++k) runs[k]->store(bank.get(k));

@@ -111,19 +111,12 @@ public:
         }
     }
     bool ready() const { return isComputed() || cycle_ != nullptr; }
-    // The sum of the voices. Reads are of the nearest sample: nine unrelated errors average out. The computed saw has no
-    // band-limiting; above 48 kHz only one of two groups of its voices, the odd and the even ones in turn, steps at each
-    // sample, by twice its step.
+    // The sum of the voices. Reads are of the nearest sample: nine unrelated errors average out.
     void fill(float* row, int, int count) {
-        const KernelLoops& loops = kernelLoops();
-        if (!isComputed()) {
-            loops.tableSums(cycle_, stack_, row, count);
-        } else if (call_.engine->internalRate > 48000.0f) {
-            loops.sawSums(stack_, call_.state->alternate, row, count);
-            call_.state->alternate ^= static_cast<std::uint8_t>(count & 1);
-        } else {
-            loops.sawSums(stack_, -1, row, count);
-        }
+        if (isComputed())
+            kernelLoops().sawSums(stack_, turns(count), row, count);
+        else
+            kernelLoops().tableSums(cycle_, stack_, row, count);
     }
     void finish(const float* row, int at, int count) const { kernelLoops().truncated(row, kernel_.scale, call_.out + at, count); }
     void store() const {
@@ -136,11 +129,18 @@ protected:
         const float pole = clampUnit(static_cast<float>(call_.state->increment) * cornerPerIncrement);
         return {pole, 1.0f - pole, call_.state->work[memory]};
     }
-    const KernelCall& call_;
-
-private:
     bool isComputed() const { return kernel_.wave == computedSaw; }
+    // The computed saw has no band-limiting. Above 48 kHz only one of two groups of its voices, the odd and the even ones in
+    // turn, steps at each sample, by twice its step: 0 if the odd ones are next in the coming `count` samples, 1 the even
+    // ones, below 0 all.
+    int turns(int count) {
+        if (!(call_.engine->internalRate > 48000.0f)) return -1;
+        const int alternate = call_.state->alternate;
+        call_.state->alternate ^= static_cast<std::uint8_t>(count & 1);
+        return alternate;
+    }
 
+    const KernelCall& call_;
     const StackKernel& kernel_;
     const std::int16_t* cycle_ = nullptr;
     StackPhases stack_;
@@ -169,6 +169,9 @@ struct HypernoiseRun : StackRun {
 
     static ChainLoop<Chain>* loop() { return kernelLoops().stackHighpass; }
     Chain<float> chain() const { return highpass(4.768372e-7f, 0); }
+    void alone(Chain<float>& chain, int count) {
+        kernelLoops().hypernoiseAlone(cycle_, stack_, chain, kernel_.scale, call_.out, count);
+    }
     void store(const Chain<float>& chain) const {
         StackRun::store();
         call_.state->work[0] = chain.memory;
@@ -183,6 +186,12 @@ struct SupersawRun : StackRun {
 
     static ChainLoop<Chain>* loop() { return kernelLoops().twoStackHighpasses; }
     Chain<float> chain() const { return {highpass(2.384186e-7f, 0), highpass(2.384186e-7f, 1)}; }
+    void alone(Chain<float>& chain, int count) {
+        if (isComputed())
+            kernelLoops().supersawJpAlone(stack_, turns(count), chain, kernel_.scale, call_.out, count);
+        else
+            kernelLoops().supersawAlone(cycle_, stack_, chain, kernel_.scale, call_.out, count);
+    }
     void store(const Chain<float>& chain) const {
         StackRun::store();
         call_.state->work[0] = chain.first.memory;
