@@ -46,9 +46,7 @@ public:
         audio_.resetEngine();
         block();
     }
-    void block() {
-        audio_.render(left.data(), right.data(), blockFrames, Transport{});
-    }
+    void block() { audio_.render(left.data(), right.data(), blockFrames, Transport{}); }
     void press(int key) { audio_.midi().enqueueMidi(0x90, static_cast<std::uint8_t>(key), 100, 0); }
     Layer& layer(int index) { return audio_.layer(index); }
     int tickSamples() { return audio_.state().tickSamples; }

@@ -136,6 +136,20 @@ CustomWaveHolders Instrument::customWaves() {
     return waves;
 }
 
+// What the patch in force will read is in memory before it sounds, so that the audio thread waits for no page.
+void Instrument::prepareToSound() {
+    worker_.touchBanks();
+    const auto typeAt = [this](int number, int layer) {
+        return typeFromValue(parameters_.getParameter(hostIndex(number, layer)));
+    };
+    for (int i = 0; i < layerCount; ++i) {
+        if (!switchOn(parameters_.getParameter(par::Layer1On + i))) continue;
+        layers_[i]->insert(0).touchMemory(typeAt(par::FxInType, i));
+        layers_[i]->insert(1).touchMemory(typeAt(par::FxIn2Type, i));
+    }
+    master_.touchMemory(masterTypeFromValue(parameters_.getParameter(par::FxMaType)));
+}
+
 // ---- rates, switching off and on ----------------------------------------------------------------------------
 
 void Instrument::setSampleRate(float hostRate) {

@@ -155,7 +155,7 @@ private:
     void programPending(int number) override { programChanges_.post(number); }
     void refreshAll() override { parameters_.changes().noteAll(ChangeSource::patch); }
     void lookUpPatchName() override { patchesLoaded_.fetch_add(1, std::memory_order_release); }
-    void prepareToSound() override { worker_.touchBanks(); }
+    void prepareToSound() override;
     void setBusy(bool busy) override { busy_.store(busy, std::memory_order_release); }
 
     template <class Sample>
@@ -208,8 +208,8 @@ private:
     std::atomic<bool> busy_{false};
     HostPort* hostPort_ = nullptr;
     BlockObserver* observer_ = nullptr;
-    bool nothingHeld_ = false;  // at the tick before
-    bool justResumed_ = true;   // kept for the host's start and stop; nothing reads it
+    bool nothingHeld_ = false;                      // at the tick before
+    bool justResumed_ = true;                       // kept for the host's start and stop; nothing reads it
     std::atomic<std::thread::id> audioThreadId_{};  // the thread that rendered last
     std::atomic_flag inBlock_;
     Transport transport_;  // of the block that runs

@@ -25,8 +25,8 @@
 #include "platform/scratch_folder.h"
 #include "platform/thread.h"
 #include "sound/kernels.h"
-#include "tests/engine/engine_rig.h"
 #include "tests/base/failing_allocation.h"
+#include "tests/engine/engine_rig.h"
 
 namespace vantoric {
 namespace {
