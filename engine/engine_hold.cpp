@@ -19,7 +19,7 @@ EngineHold::EngineHold(EngineFlags& flags, SleepFunction sleep) : flags_(flags),
 EngineHold::~EngineHold() {
     flags_.engineLocked.clear();
     if (rebuildWasDue_) flags_.rebuildRequested.set();
-    if (flags_.rebuildOwed.isSet()) flags_.workerBell.ring();
+    flags_.workerBell.ring();  // for what others asked meanwhile
 }
 
 void EngineHold::stopWorker() {

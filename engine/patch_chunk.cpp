@@ -94,6 +94,11 @@ void PatchChunk::takeLock() {
     waitUntilClear(state_.flags.audioRunning, lockTries, 1, sleep_);
 }
 
+void PatchChunk::releaseLock() {
+    state_.flags.engineLocked.clear();
+    state_.flags.workerBell.ring();  // it does not build while the lock stands
+}
+
 void PatchChunk::quieten() {
     host_.allNotesOff();
     host_.resetEngine();
@@ -103,7 +108,7 @@ void PatchChunk::quieten() {
 void PatchChunk::quietenWhilePlaying() {
     takeLock();
     quieten();
-    state_.flags.engineLocked.clear();
+    releaseLock();
 }
 
 bool PatchChunk::refuse(const char* title, const char* text) {
@@ -123,7 +128,7 @@ int PatchChunk::setChunk(const std::uint8_t* data, std::int32_t size) {
     if (version > chunk::formatVersion) {
         refuse("Error",
                "The preset can not be loaded. The version number of the file format is not supported. You must update Vantori.");
-        flags.engineLocked.clear();
+        releaseLock();
         if (rebuildWasDue) flags.rebuildOwed.set();  // the patch in force plays on
         return 0;
     }
@@ -144,7 +149,7 @@ int PatchChunk::setChunk(const std::uint8_t* data, std::int32_t size) {
     program_.setProgram(0);
     host_.resetEngine();
     host_.prepareToSound();
-    flags.engineLocked.clear();
+    releaseLock();
     host_.refreshAll();
     host_.lookUpPatchName();
     quietenWhilePlaying();

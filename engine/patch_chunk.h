@@ -71,6 +71,7 @@ public:
 
 private:
     void takeLock();
+    void releaseLock();
     void quieten();
     void quietenWhilePlaying();
     bool refuse(const char* title, const char* text);
