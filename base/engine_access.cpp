@@ -56,7 +56,7 @@ EngineHold::~EngineHold() {
         if (!staysLocked_) flags_.engineLocked.clear();
     }
     if (rebuildWasDue_) flags_.rebuildRequested.set();
-    if (flags_.rebuildOwed.isSet()) flags_.workerBell.ring();  // it waits for the engine to be free
+    if (isOuter_ && !staysLocked_) flags_.workerBell.ring();  // the worker builds nothing while the engine is held
 }
 
 void EngineHold::makeWorkerGiveWay() {

@@ -161,8 +161,9 @@ void WaveWorker::poll() noexcept {
 
 // ---- those who wait for it ----------------------------------------------------------------------------------
 
+// While a load holds the engine it may be writing the very cycles: it rings when it has done.
 bool WaveWorker::isAsked() const {
-    return flags_.rebuildRequested.isSet() || (flags_.rebuildOwed.isSet() && !flags_.engineLocked.isSet());
+    return (flags_.rebuildRequested.isSet() || flags_.rebuildOwed.isSet()) && !flags_.engineLocked.isSet();
 }
 
 bool WaveWorker::isIdle() const {

@@ -153,6 +153,18 @@ TEST_F(Worker, DoesNothingUnasked) {
     EXPECT_TRUE(idle());
 }
 
+TEST_F(Worker, BuildsNothingWhileALoadHoldsTheEngine) {
+    giveSquare(0);
+    flags.engineLocked.set();
+    flags.rebuildRequested.set();
+    worker.poll();
+    EXPECT_FALSE(levelsOf(0));
+    EXPECT_TRUE(flags.rebuildRequested.isSet());
+    flags.engineLocked.clear();
+    worker.poll();
+    EXPECT_TRUE(levelsOf(0));
+}
+
 TEST_F(Worker, GivesUpAtOnceWhenCancelled) {
     giveSquare(0);
     flags.rebuildRequested.set();
@@ -217,7 +229,7 @@ TEST_F(Worker, StartsWithCleanFlagsUnmutesWithTheBanksAndStops) {
 
 TEST_F(Worker, SleepsUntilItIsRung) {
     worker.start();
-    ASSERT_TRUE(worker.waitForWaves(5000));
+    ASSERT_TRUE(worker.waitForWaves(60000));
     const auto timesWoken = [] {
         long sum = 0;
         for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
@@ -231,21 +243,21 @@ TEST_F(Worker, SleepsUntilItIsRung) {
     platform::sleepMilliseconds(100);  // what it does at the start is done
     const long before = timesWoken();
     platform::sleepMilliseconds(500);
-    EXPECT_LE(timesWoken() - before, 2);
+    EXPECT_LE(timesWoken() - before, 10) << "a look every 10 ms would be 50";
     giveSquare(1);
     flags.rebuildRequested.set();
-    EXPECT_TRUE(worker.waitForWaves(5000));
+    EXPECT_TRUE(worker.waitForWaves(60000));
     EXPECT_TRUE(levelsOf(1));
 }
 
 TEST_F(Worker, WhoeverWaitsForWavesGetsThemBuiltOrItsTime) {
     EXPECT_FALSE(worker.waitForWaves(1)) << "the banks are not loaded";
     worker.start();
-    EXPECT_TRUE(worker.waitForWaves(5000));
+    EXPECT_TRUE(worker.waitForWaves(60000));
     for (int round = 0; round < 20; ++round) {
         giveSquare(round % 12);
         flags.rebuildRequested.set();
-        ASSERT_TRUE(worker.waitForWaves(5000));
+        ASSERT_TRUE(worker.waitForWaves(60000));
         ASSERT_TRUE(levelsOf(round % 12));
     }
     worker.stop();
@@ -255,11 +267,11 @@ TEST_F(Worker, WhoeverWaitsForWavesGetsThemBuiltOrItsTime) {
 
 TEST_F(Worker, AllocationsThatFailEndNeitherThreadNorProcess) {
     worker.start();
-    ASSERT_TRUE(worker.waitForWaves(5000));
+    ASSERT_TRUE(worker.waitForWaves(60000));
     giveSquare(3);
     test::throwingAllocation = sizeof(CustomWave);
     flags.rebuildRequested.set();
-    EXPECT_TRUE(worker.waitForWaves(5000));
+    EXPECT_TRUE(worker.waitForWaves(60000));
     test::throwingAllocation = 0;
     EXPECT_FALSE(levelsOf(3)) << "silent";
     const std::vector<Message> told = messages.take();
@@ -267,7 +279,7 @@ TEST_F(Worker, AllocationsThatFailEndNeitherThreadNorProcess) {
     EXPECT_EQ(told[0].title, "Error WtoOs");
     EXPECT_EQ(told[0].text, "Not enought memory.");
     flags.rebuildRequested.set();
-    EXPECT_TRUE(worker.waitForWaves(5000));
+    EXPECT_TRUE(worker.waitForWaves(60000));
     EXPECT_TRUE(levelsOf(3)) << "the next request builds it";
     worker.stop();
     EXPECT_TRUE(flags.workerStopped.isSet());
@@ -400,11 +412,6 @@ struct Library : ::testing::Test {
         EXPECT_TRUE(platform::writeFile(path, bank.data(), bank.size()));
     }
     bool load() { return library.load(folder.path(), messages, go); }
-    static long faults() {
-        rusage usage{};
-        getrusage(RUSAGE_THREAD, &usage);
-        return usage.ru_minflt + usage.ru_majflt;
-    }
     // How many pages of so many samples are in this process's view, as /proc/self/pagemap tells.
     static int residentPages(const std::int16_t* samples, std::size_t count) {
         const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
@@ -416,13 +423,6 @@ struct Library : ::testing::Test {
                   static_cast<ssize_t>(entries.size() * 8));
         close(map);
         return static_cast<int>(std::count_if(entries.begin(), entries.end(), [](auto entry) { return entry >> 63 != 0; }));
-    }
-    // Page faults of reading so many samples from one on.
-    static long faultsOfReading(const std::int16_t* samples, std::size_t count) {
-        const long before = faults();
-        long sum = 0;
-        for (std::size_t i = 0; i < count; i += 64) sum += samples[i];
-        return faults() - before + (sum < 0);
     }
 
     platform::ScratchFolder folder;
@@ -446,16 +446,14 @@ TEST_F(Library, FetchesWhatAPatchPlaysAheadOfItsVoices) {
     ASSERT_TRUE(load());
     const BankPart whole{vaTriangleSaw, false}, missing{vaSquareImpulse, false}, nothing;
     library.touch(std::array{missing, nothing, whole});
-    EXPECT_LE(faultsOfReading(library.store().wave(vaTriangleSaw)->samples, 64u * mipLevels * cycleSamples), 2);
+    EXPECT_EQ(residentPages(library.store().wave(vaTriangleSaw)->samples, 64u * mipLevels * cycleSamples), 513);
 }
 
 TEST_F(Library, FetchesSingleFramesAtAllLevels) {
     ASSERT_TRUE(load());
     library.touch(std::array{BankPart{vaTriangleSaw, false, 63}, BankPart{vaTriangleSaw, false, 900}});
-    long sum = 0;
     for (int level = 0; level < mipLevels; ++level)
-        sum += faultsOfReading(library.store().cycle(vaTriangleSaw, 63, level), cycleSamples);
-    EXPECT_LE(sum, 2);
+        EXPECT_EQ(residentPages(library.store().cycle(vaTriangleSaw, 63, level), cycleSamples), 2) << level;
 }
 
 TEST_F(Library, AFileThatIsCutShortFallsSilentAtTheNextLoad) {
@@ -542,7 +540,7 @@ TEST_F(Library, AWaveThatIsChosenOutsideTheAudioThreadIsFetchedByTheWorker) {
     ASSERT_TRUE(load());
     WaveWorker worker(flags, library, messages, parameters, oscillators);
     worker.start();
-    ASSERT_TRUE(worker.waitForWaves(5000));
+    ASSERT_TRUE(worker.waitForWaves(60000));
     const std::int16_t* const bank = library.store().wave(vaTriangleSaw)->samples;
     constexpr std::size_t whole = 64u * mipLevels * cycleSamples;
     EXPECT_LE(residentPages(bank, whole), 40) << "what nobody plays takes no memory";

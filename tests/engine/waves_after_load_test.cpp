@@ -66,7 +66,7 @@ struct AfterALoad : testing::Test {
     // A loud patch, then a soft one that no worker builds.
     void loadSoftAfterLoud(const Bytes& loud, const Bytes& soft) {
         load(loud);
-        ASSERT_TRUE(worker().waitForWaves(5000));
+        ASSERT_TRUE(worker().waitForWaves(60000));
         EXPECT_GT(playNote(), 0.1f);
         worker().stop();
         load(soft);
@@ -104,7 +104,7 @@ TEST_F(AfterALoad, ARenderThatWaitsForTheWorkerIsTheSameEachTime) {
     for (int round = 0; round < 5; ++round) {
         load(other);
         load(patch);
-        ASSERT_TRUE(worker().waitForWaves(5000));
+        ASSERT_TRUE(worker().waitForWaves(60000));
         playNote();
         if (round == 0) first = rig.left;
         EXPECT_EQ(rig.left, first) << round;

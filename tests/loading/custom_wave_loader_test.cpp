@@ -105,7 +105,7 @@ TEST_F(CustomWaveLoading, SaveWritesTheCycleOf2048Samples) {
 TEST_F(CustomWaveLoading, MakesAWaveThatAnEnginePlays) {
     test::EngineRig rig;
     EXPECT_TRUE(rig.audio.customWaveLoader().resynthesize(0, 0, put(folder / "x.wav", 2048, 2048)));
-    EXPECT_TRUE(rig.audio.waveWorker().waitForWaves(5000));
+    EXPECT_TRUE(rig.audio.waveWorker().waitForWaves(60000));
     EXPECT_NEAR(rig.audio.layer(0).customWave(0).samples()[cycleOffset(customFrames, 0, 3) + 512], 20000, 20)
         << "the worker has made its levels";
 }
