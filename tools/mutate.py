@@ -174,15 +174,19 @@ def drawn_changes(rooms, seed):
     """All changes in drawn order: line by line, so that a long table of numbers counts no more than its lines."""
     rng = random.Random(seed)
     known = known_to_change_nothing()
-    by_line = []
+    by_line, left_out = [], set()
     for path in source_files():
         if path.split("/")[0] not in rooms or not path.endswith((".cpp", ".h")) or path in TEXT_TABLES:
             continue
         lines = {}
         text = (ROOT / path).read_text(encoding="utf-8")
         for change in places(path, text, rng):
-            if (path, *change.lines(text)) not in known:
-                lines.setdefault(change.line, []).append(change)
+            lines.setdefault(change.line, []).append(change)
+            if (path, *change.lines(text)) in known:
+                left_out.add(change)
+        standing = {line.strip() for line in text.splitlines()}
+        for _, before, after in (entry for entry in known if entry[0] == path and entry[1] not in standing):
+            say(f"{KNOWN.name} names a line of {path} that is no more: {before} -> {after}")
         by_line += [rng.sample(changes, len(changes)) for _, changes in sorted(lines.items())]
     # One change a line first; what else a line has comes after all lines had their turn.
     order = []
@@ -190,7 +194,7 @@ def drawn_changes(rooms, seed):
         rng.shuffle(by_line)
         order += [changes.pop() for changes in by_line]
         by_line = [changes for changes in by_line if changes]
-    return order
+    return [change for change in order if change not in left_out]  # a line in the list of known ones moves no other draw
 
 
 # ---------------------------------------------------------------------------------------------- copies of the tree
