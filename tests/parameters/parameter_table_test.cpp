@@ -189,5 +189,31 @@ TEST(ValueFormatters, AKeyFollowSaysWhereItFollowsOrStands) {
     EXPECT_NE(formatKey(0.546f), "Fixed");
 }
 
+// The families whose default is not 0: first number, count, default.
+struct Default {
+    int first, count;
+    float value;
+};
+constexpr Default defaults[] = {
+    {p::Volume, 1, 0.5f},   {p::EqLow, 3, 0.5f},         {p::FxMaMix, 5, 0.5f},  // with the four parameters
+    {p::Oct1, 3, 0.5f},     {p::Detune1, 3, 0.5f},       {p::Timbre1, 3, 0.5f},      {p::Vol1, 3, 0.5f},
+    {p::KeyFol1, 3, 1.0f},  {p::KeyEnd1, 3, 0.9921875f}, {p::Cutoff1, 2, 0.5f},      {p::Reso1, 2, 0.5f},
+    {p::FilVol1, 2, 0.5f},  {p::FilPan1, 2, 0.5f},       {p::FilKey1, 2, 0.5f},      {p::FilEnv1, 2, 0.5f},
+    {p::LayerVol, 1, 0.5f}, {p::FxInMix, 5, 0.5f},       {p::LfoSpd1, 3, 0.5f},      {p::StepSped, 1, 0.5f},
+    {p::AttVol, 4, 0.5f},   {p::DecVol, 4, 0.695f},      {p::SusVol, 4, 0.5f},       {p::RelVol, 4, 0.695f},
+    {p::ShapVol, 1, 0.75f}, {p::ShapVol + 1, 3, 0.5f},   {p::ArpVol1 + 27, 5, 0.5f},  // the second insert's mix and parameters
+    {p::MatVal1, 16, 0.5f},
+};
+
+TEST(ParameterTable, EveryControlHasItsDefault) {
+    for (int n = 0; n < layerParameterEnd; ++n) {
+        if (parameterInfo(n).kind == ControlKind::None) continue;
+        float expected = 0.0f;
+        for (const Default& d : defaults)
+            if (n >= d.first && n < d.first + d.count) expected = d.value;
+        EXPECT_EQ(parameterInfo(n).defaultValue, expected) << n << " " << parameterInfo(n).name;
+    }
+}
+
 }  // namespace
 }  // namespace vantoric
