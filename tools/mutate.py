@@ -70,6 +70,7 @@ class Change:
 
     def __init__(self, path, at, old, new, kind, line):
         self.path, self.at, self.old, self.new, self.kind, self.line = path, at, old, new, kind, line
+        self.shown = ""  # as a diff, once it was tried
 
     def apply(self, text):
         assert text[self.at:self.at + len(self.old)] == self.old
@@ -88,7 +89,7 @@ class Change:
         return f"{self.path}:{self.line}: {self.old} -> {self.new or '(nothing)'}"
 
     def record(self):
-        return dict(vars(self))
+        return {name: value for name, value in vars(self).items() if name != "shown"}
 
 
 # ---------------------------------------------------------------------------------------------- places
@@ -325,6 +326,7 @@ class Copy:
         """('caught', which and how) | ('lived', what ran) | ('nothing', why)."""
         path = self.tree / change.path
         status, text = path.stat(), path.read_text(encoding="utf-8")
+        change.shown = change.diff(text)
         try:
             path.write_text(change.apply(text), encoding="utf-8")
             return self.judge(change.path, tests)
@@ -407,7 +409,7 @@ class Run:
         lines = [f"{len(self.caught)} of {done} changes caught (seed {self.seed}, {time.time() - self.started:.0f} s); drawn besides: "
                  + (", ".join(f"{number} {why}" for why, number in self.skipped.items()) or "none"), ""]
         for change, ran in self.lived:
-            lines += [f"LIVED {change.brief()}", f"ran: {ran}", change.diff((ROOT / change.path).read_text(encoding="utf-8")), ""]
+            lines += [f"LIVED {change.brief()}", f"ran: {ran}", change.shown, ""]
         (WORK / "report.txt").write_text("\n".join(lines), encoding="utf-8")
         (WORK / "lived.json").write_text(json.dumps([change.record() for change, _ in self.lived], indent=1), encoding="utf-8")
         (WORK / "caught.json").write_text(json.dumps([change.record() | {"by": by} for change, by in self.caught], indent=1),
@@ -435,6 +437,7 @@ def arguments():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0], epilog="exit code 0: the wanted share was caught; 1: it was "
                                      "not. The report is in build/mutate/report.txt, the changes in lived.json and caught.json.")
     parser.add_argument("--count", type=int, default=100, help="how many changes (default 100)")
+    parser.add_argument("--skip", type=int, default=0, help="leave out the first draws: goes on where a run was stopped")
     parser.add_argument("--seed", type=int, default=1, help="what the draw starts from; the same seed draws the same changes (default 1)")
     parser.add_argument("--only", metavar="FOLDER", action="append", choices=sorted(NEAREST), help="a room (may be given again)")
     parser.add_argument("--at", metavar="FILE[:LINE]", action="append", help="every change at this place instead of drawn ones")
@@ -452,7 +455,7 @@ def main():
     if options.again:
         changes = lived_last_time()
     else:
-        changes = drawn_changes(rooms, options.seed)
+        changes = drawn_changes(rooms, options.seed)[options.skip:]
     if options.at:
         changes = at_places(changes, options.at)
     count = len(changes) if options.again or options.at else options.count
