@@ -330,5 +330,13 @@ TEST_F(DistortionBankTest, StaysFiniteAndBoundedWhateverComesIn) {
     }
 }
 
+TEST_F(DistortionBankTest, AGatedTypeSetsInJustAboveATenThousandth) {
+    const std::vector<float> x = sine(200, 0.3f, 500.0f);
+    for (const int type : {tube, soft, asym, crush}) {
+        set(0, type, std::nextafter(0.0001f, 1.0f));
+        EXPECT_NE(one(x), x) << type;
+    }
+}
+
 }  // namespace
 }  // namespace vantoric

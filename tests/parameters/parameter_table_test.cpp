@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cmath>
 #include <locale>
 #include <map>
 #include <set>
@@ -137,6 +138,81 @@ TEST(ValueFormatters, TheirBordersFallAsStated) {
     EXPECT_EQ(formatSemi(1.0f), "Semi +12");
     EXPECT_EQ(formatFade(0.0099f), "Fade off");
     EXPECT_EQ(formatEmpty(0.5f), "");
+}
+
+// The first value of a time that lasts `seconds` or longer.
+float valueLasting(double seconds) {
+    float below = 0.0f, at = 1.0f;
+    while (std::nextafter(below, 1.0f) < at) {
+        const float middle = below + (at - below) * 0.5f;
+        (stageSeconds(middle) < seconds ? below : at) = middle;
+    }
+    return at;
+}
+float justBelow(float value) { return std::nextafter(value, 0.0f); }
+
+TEST(ParameterTable, EnvelopeTimesChangeTheirDecimalsAtTheStatedValues) {
+    const auto text = [](float value) { return parameterText(p::AttVol, value, 0); };
+    EXPECT_EQ(text(justBelow(0.01f)), "0");
+    EXPECT_EQ(text(0.01f), "0.001");
+    EXPECT_EQ(text(0.1f), "0.003");
+    EXPECT_EQ(text(std::nextafter(0.1f, 1.0f)), "0.00");
+    EXPECT_EQ(text(justBelow(valueLasting(1.0))), "1.00");
+    EXPECT_EQ(text(valueLasting(1.0001)), "1.0");
+    EXPECT_EQ(text(justBelow(valueLasting(10.0))), "10.0");
+    EXPECT_EQ(text(valueLasting(10.001)), "10");
+}
+
+TEST(ValueFormatters, AHoldTimeLosesDecimalsAsItGrows) {
+    EXPECT_EQ(formatHold(justBelow(valueLasting(0.01))), "Hold 0s");
+    EXPECT_EQ(formatHold(valueLasting(0.01)), "Hold 0.01s");
+    EXPECT_EQ(formatHold(justBelow(valueLasting(0.5))), "Hold 0.50s");
+    EXPECT_EQ(formatHold(valueLasting(0.5)), "Hold 0.5s");
+    EXPECT_EQ(formatHold(justBelow(valueLasting(10.0))), "Hold 10.0s");
+    EXPECT_EQ(formatHold(valueLasting(10.0)), "Hold 10s");
+}
+
+TEST(ValueFormatters, AFadeGoesFromMillisecondsToSeconds) {
+    EXPECT_EQ(formatFade(0.01f), "Fade1ms");
+    EXPECT_EQ(formatFade(justBelow(valueLasting(0.1))), "Fade99ms");
+    EXPECT_EQ(formatFade(valueLasting(0.1)), "Fade 0.1s");
+    EXPECT_EQ(formatFade(justBelow(valueLasting(10.0))), "Fade 10.0s");
+    EXPECT_EQ(formatFade(valueLasting(10.0)), "Fade 10s");
+}
+
+TEST(ValueFormatters, AKeyFollowSaysWhereItFollowsOrStands) {
+    EXPECT_EQ(formatKey(0.98f), "Key 12");
+    EXPECT_EQ(formatKey(std::nextafter(0.98f, 1.0f)), "Keyfol.");
+    EXPECT_NE(formatKey(0.4583f), "Fixed");
+    EXPECT_EQ(formatKey(std::nextafter(0.4583f, 1.0f)), "Fixed");
+    EXPECT_EQ(formatKey(std::nextafter(0.546f, 0.0f)), "Fixed");
+    EXPECT_NE(formatKey(0.546f), "Fixed");
+}
+
+// The families whose default is not 0: first number, count, default.
+struct Default {
+    int first, count;
+    float value;
+};
+constexpr Default defaults[] = {
+    {p::Volume, 1, 0.5f},   {p::EqLow, 3, 0.5f},         {p::FxMaMix, 5, 0.5f},  // with the four parameters
+    {p::Oct1, 3, 0.5f},     {p::Detune1, 3, 0.5f},       {p::Timbre1, 3, 0.5f},      {p::Vol1, 3, 0.5f},
+    {p::KeyFol1, 3, 1.0f},  {p::KeyEnd1, 3, 0.9921875f}, {p::Cutoff1, 2, 0.5f},      {p::Reso1, 2, 0.5f},
+    {p::FilVol1, 2, 0.5f},  {p::FilPan1, 2, 0.5f},       {p::FilKey1, 2, 0.5f},      {p::FilEnv1, 2, 0.5f},
+    {p::LayerVol, 1, 0.5f}, {p::FxInMix, 5, 0.5f},       {p::LfoSpd1, 3, 0.5f},      {p::StepSped, 1, 0.5f},
+    {p::AttVol, 4, 0.5f},   {p::DecVol, 4, 0.695f},      {p::SusVol, 4, 0.5f},       {p::RelVol, 4, 0.695f},
+    {p::ShapVol, 1, 0.75f}, {p::ShapVol + 1, 3, 0.5f},   {p::ArpVol1 + 27, 5, 0.5f},  // the second insert's mix and parameters
+    {p::MatVal1, 16, 0.5f},
+};
+
+TEST(ParameterTable, EveryControlHasItsDefault) {
+    for (int n = 0; n < layerParameterEnd; ++n) {
+        if (parameterInfo(n).kind == ControlKind::None) continue;
+        float expected = 0.0f;
+        for (const Default& d : defaults)
+            if (n >= d.first && n < d.first + d.count) expected = d.value;
+        EXPECT_EQ(parameterInfo(n).defaultValue, expected) << n << " " << parameterInfo(n).name;
+    }
 }
 
 }  // namespace

@@ -387,5 +387,11 @@ TEST_F(Matrix, NothingStaysInAVoiceFromOneTickToTheNext) {
     EXPECT_EQ(mod[par::Cutoff1], 0.25f);
 }
 
+TEST_F(Matrix, AnUnconnectedSlotHasNoTarget) {
+    setSlot(1, staticOne, off, 1.0f);
+    tick();
+    for (int number = 0; number < layerParameterEnd; ++number) EXPECT_FALSE(slots.targets(number)) << number;
+}
+
 }  // namespace
 }  // namespace vantoric

@@ -702,5 +702,24 @@ TEST_F(VoiceParts, AResetEmptiesInsertsArpeggiatorAndCounters) {
     EXPECT_EQ(sounding(), 0);  // the key was forgotten
 }
 
+TEST_F(VoiceParts, EachOscillatorHasParametersOfItsOwn) {
+    for (int i = 0; i < oscillatorCount; ++i) {
+        const auto alone = [i](LayerBench& bench) {
+            for (int k = 0; k < oscillatorCount; ++k) {
+                bench.set(par::On1 + k, k == i ? 1.0f : 0.0f);
+                bench.set(par::Vol1 + k, 0.8f);
+                bench.set(par::Timbre1 + k, 0.8f);
+            }
+        };
+        for (const int family :
+             {par::Oct1, par::Interv1, par::Detune1, par::Semi1, par::Start1, par::Timbre1, par::Vol1, par::On1}) {
+            EXPECT_GT(effectOf(family + i, 0.8f, 0.3f, alone), 1e-3f) << family << " " << i;
+            if (family == par::On1) continue;
+            for (int other = 0; other < oscillatorCount; ++other)
+                if (other != i) EXPECT_EQ(effectOf(family + other, 0.8f, 0.3f, alone), 0.0f) << family << " " << i << other;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace vantoric
