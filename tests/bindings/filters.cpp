@@ -362,8 +362,8 @@ json values(const golden::Case& c) {
 // The label that a case gives must be one of its number.
 void requireLabel(const json& input) {
     if (!input.contains("label")) return;
-    for (std::size_t i = 0; i < filterLabels().size(); ++i)
-        if (input["label"] == filterLabels()[i] && filterNumber(static_cast<int>(i)) == input.at("number")) return;
+    for (std::size_t i = 0; i < filterLabels.size(); ++i)
+        if (input["label"] == filterLabels[i] && filterNumber(static_cast<int>(i)) == input.at("number")) return;
     throw std::runtime_error("label " + input["label"].dump() + " is another filter");
 }
 

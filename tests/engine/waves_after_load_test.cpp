@@ -41,14 +41,13 @@ struct AfterALoad : testing::Test {
         return chunk();
     }
     Bytes chunk() {
-        void* data = nullptr;
-        const std::int32_t size = rig.audio.getChunk(&data, false);
-        const auto* bytes = static_cast<const std::uint8_t*>(data);
-        const Bytes copy(bytes, bytes + size);
-        std::free(data);
-        return copy;
+        const ChunkBytes bytes = rig.audio.patchChunk().getChunk();
+        return Bytes(bytes.data.get(), bytes.data.get() + bytes.size);
     }
-    void load(Bytes bytes) { EXPECT_EQ(rig.audio.setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size()), false), 1); }
+    int take(const Bytes& bytes) {
+        return rig.audio.patchChunk().setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size()));
+    }
+    void load(const Bytes& bytes) { EXPECT_EQ(take(bytes), 1); }
 
     // Half a second of a note from here on, in whole ticks; its peak.
     float playNote() {
@@ -118,7 +117,7 @@ TEST_F(AfterALoad, APatchThatIsRefusedLeavesTheOneInForceToBeBuilt) {
     load(patch);
     Bytes newer = patch;
     newer[chunk::versionOffset] = chunk::formatVersion + 1;
-    EXPECT_EQ(rig.audio.setChunk(newer.data(), static_cast<std::int32_t>(newer.size()), false), 0);
+    EXPECT_EQ(take(newer), 0);
     worker().poll();
     EXPECT_GT(playNote(), 0.01f);
 }
