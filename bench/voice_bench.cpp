@@ -9,7 +9,7 @@
 
 #include "base/numbers.h"
 #include "base/parameters.h"
-#include "engine/q7audio.h"
+#include "engine/instrument.h"
 #include "engine/wave_library.h"
 #include "platform/module_folder.h"
 #include "platform/recorded_dialogs.h"
@@ -35,7 +35,7 @@ constexpr int openPass = 0, lowPass24 = 4;
 
 struct Rig {
     platform::RecordedDialogs dialogs;
-    Q7Audio audio{nullptr, dialogs};
+    Instrument audio{dialogs};
     std::vector<float> left = std::vector<float>(blockFrames), right = std::vector<float>(blockFrames);
 
     Rig() {
@@ -82,10 +82,7 @@ struct Rig {
         audio.resetEngine();
         block();
     }
-    void block() {
-        float* outputs[2] = {left.data(), right.data()};
-        audio.processReplacing(nullptr, outputs, blockFrames);
-    }
+    void block() { audio.render(left.data(), right.data(), blockFrames, Transport{}); }
     // As many layers on as `count` voices need, and those voices held, past the allocation that would fade one of
     // sixteen.
     void hold(int count, int filterType) {
@@ -249,16 +246,14 @@ void slowOperations() {
             first.reset();
     }
     Rig rig;
-    void* data = nullptr;
-    const std::int32_t size = rig.audio.getChunk(&data, false);
+    const ChunkBytes chunk = rig.audio.patchChunk().getChunk();
     double best = 1e9;
     for (int i = 0; i < 10; ++i) {
         const double begin = bench::seconds(CLOCK_MONOTONIC);
-        rig.audio.setChunk(data, size, false);
+        rig.audio.patchChunk().setChunk(chunk.data.get(), chunk.size);
         best = std::min(best, bench::seconds(CLOCK_MONOTONIC) - begin);
     }
     std::printf("%-34s %7.1f ms\n", "setChunk without samples", best * 1e3);
-    std::free(data);
 }
 
 }  // namespace

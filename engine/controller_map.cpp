@@ -3,8 +3,11 @@
 #include <vector>
 
 #include "platform/files.h"
+#include "platform/module_folder.h"
 
 namespace vantoric {
+
+std::string controllerMapPath() { return platform::bankFolder() + "Vantoricmidi.cfg"; }
 
 void ControllerMap::set(int controller, int parameter) {
     const bool storable = parameter >= 0 && parameter < none;

@@ -12,6 +12,9 @@ namespace vantoric {
 
 inline constexpr std::size_t controllerMapBytes = 258;
 
+// The file of the map below the data folder, as that is at the time of the call.
+std::string controllerMapPath();
+
 // The map is written by the window and by MIDI learn and read by whoever delivers events, so its entries
 // are relaxed atomics; each stands alone.
 class ControllerMap {

@@ -47,7 +47,8 @@ void MidiIntake::receive(std::uint8_t status, std::uint8_t& data1, std::uint8_t&
             ccMapDirty_.set();
         }
         const int parameter = ccMap_.get(data1);
-        if (parameter != ControllerMap::none) parameters_.setParameter(parameter, static_cast<float>(data2) / 128.0f);
+        if (parameter != ControllerMap::none)
+            parameters_.setParameter(parameter, static_cast<float>(data2) / 128.0f, ChangeSource::midi);
     }
     enqueueMidi(status, data1, data2, offset);
 }
@@ -106,7 +107,7 @@ void MidiIntake::actOnController(int number, int value) {
     const float position = static_cast<float>(value) / 128.0f;
     state_.ccValue[number] = position;
     switch (number) {
-        case controllerModwheel: parameters_.setParameter(parameter::Modwheel, position); break;
+        case controllerModwheel: parameters_.setParameter(parameter::Modwheel, position, ChangeSource::midi); break;
         case controllerSustain:
             if (value >= 64) {
                 sustainOn_ = true;

@@ -8,7 +8,7 @@
 
 #include "base/engine_state.h"
 #include "engine/controller_map.h"
-#include "engine/parameter_model.h"
+#include "parameters/parameter_model.h"
 
 namespace vantoric {
 

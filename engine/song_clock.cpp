@@ -2,7 +2,7 @@
 
 namespace vantoric {
 
-void SongClock::tick(EngineState& state, const HostTime* answer) {
+void SongClock::tick(EngineState& state, const Transport* answer) {
     state.tempoBpm = 120.0;
     if (answer == nullptr) return;
     if (answer->tempo > 0.0 && answer->tempo <= 10000.0) state.tempoBpm = answer->tempo;

@@ -2,14 +2,9 @@
 #pragma once
 
 #include "base/engine_state.h"
+#include "engine/transport.h"
 
 namespace vantoric {
-
-// What a host says of its transport.
-struct HostTime {
-    double tempo = 120.0;  // quarter notes per minute
-    double ppqPos = 0.0;   // quarter notes
-};
 
 class SongClock {
 public:
@@ -17,7 +12,7 @@ public:
     // While the host's position stays exactly the same the song runs on at its tempo; without an answer
     // tempo is 120 and the position stands. A tempo not above 0 or above 10000 reads as 120; a position
     // below 0, above a million or not a number becomes 0. Audio thread only.
-    void tick(EngineState& state, const HostTime* answer);
+    void tick(EngineState& state, const Transport* answer);
 
     // Position and the host's last position go to 0.
     void reset(EngineState& state);

@@ -2,8 +2,8 @@
 
 #include "base/heard_while_written.h"
 #include "base/parameters.h"
-#include "engine/parameter_model.h"
 #include "engine/wave_library.h"
+#include "parameters/parameter_model.h"
 #include "platform/module_folder.h"
 #include "platform/thread.h"
 #include "samples/sample_levels.h"

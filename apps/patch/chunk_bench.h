@@ -2,8 +2,8 @@
 #pragma once
 
 #include "apps/patch/patch.h"
-#include "engine/patch_chunk.h"
-#include "engine/program_slot.h"
+#include "patch/patch_chunk.h"
+#include "patch/program_slot.h"
 #include "platform/dialogs.h"
 
 namespace vantoric::patch {

@@ -5,7 +5,7 @@
 #include "apps/patch/patch_text.h"
 #include "apps/patch/value_text.h"
 #include "base/numbers.h"
-#include "engine/parameter_table.h"
+#include "parameters/parameter_table.h"
 
 namespace vantoric::patch {
 

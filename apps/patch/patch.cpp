@@ -6,8 +6,8 @@
 #include "apps/patch/chunk_bench.h"
 #include "base/math.h"
 #include "base/numbers.h"
-#include "engine/parameter_text.h"
-#include "engine/patch_file.h"
+#include "parameters/parameter_text.h"
+#include "patch/patch_file.h"
 #include "platform/recorded_dialogs.h"
 
 namespace vantoric::patch {

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/chunk_layout.h"
-#include "engine/parameter_model.h"
+#include "parameters/parameter_model.h"
+#include "patch/chunk_layout.h"
 #include "samples/sample.h"
 
 namespace vantoric::patch {

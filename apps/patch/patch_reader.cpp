@@ -9,8 +9,8 @@
 #include "apps/patch/value_text.h"
 #include "apps/patch/wave_text.h"
 #include "base/numbers.h"
-#include "engine/parameter_table.h"
-#include "engine/parameter_text.h"
+#include "parameters/parameter_table.h"
+#include "parameters/parameter_text.h"
 
 namespace vantoric::patch {
 

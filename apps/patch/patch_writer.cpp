@@ -6,7 +6,7 @@
 #include "apps/patch/value_text.h"
 #include "apps/patch/wave_text.h"
 #include "base/numbers.h"
-#include "engine/parameter_table.h"
+#include "parameters/parameter_table.h"
 
 namespace vantoric::patch {
 

@@ -5,11 +5,11 @@
 #include <string>
 
 #include "apps/patch/chunk_bench.h"
-#include "engine/custom_wave_loader.h"
-#include "engine/quick_import.h"
-#include "engine/sample_editor.h"
-#include "engine/sample_loader.h"
-#include "engine/sfz_import.h"
+#include "loading/custom_wave_loader.h"
+#include "loading/quick_import.h"
+#include "loading/sample_editor.h"
+#include "loading/sample_loader.h"
+#include "loading/sfz_import.h"
 
 namespace vantoric::patch {
 

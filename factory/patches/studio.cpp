@@ -22,13 +22,6 @@ constexpr int noteOn = 0x90, noteOff = 0x80;
 constexpr double tempo = 120.0;        // quarter notes a minute
 constexpr double quietSeconds = 0.75;  // longer than the pauses between the echoes of any patch
 
-// The song runs while a studio renders, so that what follows its position moves.
-VstTimeInfo songTime{};
-
-std::intptr_t answerPlugin(AEffect*, std::int32_t opcode, std::int32_t, std::intptr_t, void*, float) {
-    return opcode == hostGetTime ? reinterpret_cast<std::intptr_t>(&songTime) : 0;
-}
-
 // An installation in a folder of its own: the banks are links, so that configuration files of the instrument end
 // here and go with it.
 void makeInstallation(const fs::path& folder) {
@@ -58,10 +51,9 @@ double loudest(const Take& take) {
 Studio::Studio() {
     makeInstallation(folder_.path());
     platform::setDataFolder(folder_.path());
-    songTime.tempo = tempo;
-    engine_ = std::make_unique<Q7Audio>(answerPlugin, dialogs_);
+    engine_ = std::make_unique<Instrument>(dialogs_);
     engine_->setSampleRate(studioRate);
-    engine_->resume();
+    engine_->start();
     waitForWaves();
 }
 
@@ -91,15 +83,8 @@ bool Studio::load(const std::string& path) {
 }
 
 void Studio::send(int status, int data1, int data2) {
-    VstMidiEvent event{};
-    event.type = 1;
-    event.byteSize = sizeof event;
-    const int bytes[] = {status, data1, data2};
-    for (int i = 0; i < 3; ++i) event.midiData[i] = static_cast<char>(bytes[i]);
-    VstEvents events{};
-    events.numEvents = 1;
-    events.events[0] = reinterpret_cast<VstEvent*>(&event);
-    engine_->processEvents(&events);
+    const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };
+    engine_->receive({0, byte(status), byte(data1), byte(data2)});
 }
 
 void Studio::render(Take& take, double seconds) {
@@ -107,9 +92,8 @@ void Studio::render(Take& take, double seconds) {
         const std::size_t at = take.left.size();
         take.left.resize(at + block);
         take.right.resize(at + block);
-        float* outputs[] = {take.left.data() + at, take.right.data() + at};
-        engine_->processReplacing(nullptr, outputs, block);
-        songTime.ppqPos += block * tempo / (60.0 * studioRate);
+        engine_->render(take.left.data() + at, take.right.data() + at, block, {true, tempo, ppqPos_, false});
+        ppqPos_ += block * tempo / (60.0 * studioRate);
     }
 }
 
@@ -126,9 +110,9 @@ void Studio::renderTail(Take& take, double seconds) {
 }
 
 Take Studio::play(const std::vector<int>& keys, int velocity, double held, double tail) {
-    engine_->suspend();
-    engine_->resume();
-    songTime.ppqPos = 0.0;
+    engine_->stop();
+    engine_->start();
+    ppqPos_ = 0.0;
     Take take;
     for (const int key : keys) send(noteOn, key, velocity);
     render(take, held);

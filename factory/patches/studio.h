@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/q7audio.h"
+#include "engine/instrument.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 
@@ -52,7 +52,8 @@ private:
 
     platform::ScratchFolder folder_;
     platform::RecordedDialogs dialogs_;
-    std::unique_ptr<Q7Audio> engine_;
+    std::unique_ptr<Instrument> engine_;
+    double ppqPos_ = 0.0;  // the song runs while a studio renders, so that what follows its position moves
 };
 
 // Hz of the strongest fundamental near `expected` (within a semitone) in the recording from `start` seconds on,

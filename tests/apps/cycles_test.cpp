@@ -9,8 +9,8 @@
 #include <set>
 
 #include "base/fft.h"
-#include "engine/custom_wave_loader.h"
 #include "factory/cycles/cycle.h"
+#include "loading/custom_wave_loader.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"

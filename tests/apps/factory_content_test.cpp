@@ -7,7 +7,7 @@
 
 #include "apps/patch/patch.h"
 #include "base/numbers.h"
-#include "engine/label_lists.h"
+#include "parameters/label_lists.h"
 #include "platform/files.h"
 
 #ifndef MADE_FOLDER

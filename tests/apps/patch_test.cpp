@@ -11,8 +11,8 @@
 #include "apps/patch/wave_text.h"
 #include "base/numbers.h"
 #include "base/random.h"
-#include "engine/parameter_table.h"
-#include "engine/patch_file.h"
+#include "parameters/parameter_table.h"
+#include "patch/patch_file.h"
 #include "platform/scratch_folder.h"
 #include "tests/apps/run_program.h"
 

@@ -3,8 +3,8 @@
 
 #include "base/numbers.h"
 #include "base/parameters.h"
-#include "engine/label_lists.h"
 #include "golden_runner/golden.h"
+#include "parameters/label_lists.h"
 #include "voice/arpeggiator.h"
 
 namespace {

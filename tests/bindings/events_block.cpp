@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "engine/engine_rig.h"
+#include "faces/vst2/q7audio.h"
 #include "golden_runner/golden.h"
 #include "sound/kernel_reads.h"
 
@@ -179,16 +180,18 @@ json outputOf(Q7Audio& audio, int index) {
 }
 
 json queries(const Case& c) {
-    EngineRig rig;
+    test::sharedDataFolder();
+    platform::RecordedDialogs dialogs;
+    Q7Audio audio(nullptr, dialogs);
     json got;
     for (const auto& [key, value] : c.expected.items()) {
         if (key == "entries") {
             got[key] = json::array();
             for (const json& row : value) got[key].push_back({row[0], levelOf(row[0].get<std::uint32_t>() << 13)});
         } else if (key.find_first_not_of("0123456789") == std::string::npos) {
-            got[key] = outputOf(rig.audio, std::stoi(key));
+            got[key] = outputOf(audio, std::stoi(key));
         } else {
-            got[key] = rig.audio.canDo(key.c_str());
+            got[key] = audio.canDo(key.c_str());
         }
     }
     return got;

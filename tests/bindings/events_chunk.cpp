@@ -8,7 +8,7 @@
 #include "golden_runner/golden.h"
 #include "platform/files.h"
 #include "platform/scratch_folder.h"
-#include "tests/engine/patch_bench.h"
+#include "tests/patch/patch_bench.h"
 
 namespace {
 

@@ -69,9 +69,9 @@ json runSong(const Case& c) {
     int number = 0;
     for (const json& block : c.input.at("blocks")) {
         if (block.value("reset", json(false)) != json(false)) song.reset(state);
-        vantoric::HostTime time;
+        vantoric::Transport time;
         const bool answers = block.contains("host") && block["host"].is_array();
-        if (answers) time = {block["host"][0], block["host"][1]};
+        if (answers) time = {true, block["host"][0], block["host"][1]};
         int tick = 0;
         ticks.run(
             internalSamples(state, block.at("frames")), state, [](int, int) {},

@@ -6,7 +6,7 @@
 #include "engine/controller_map.h"
 #include "golden_runner/digest.h"
 #include "golden_runner/golden.h"
-#include "tests/engine/patch_bench.h"
+#include "tests/patch/patch_bench.h"
 
 namespace {
 

@@ -3,8 +3,9 @@
 #include <string>
 
 #include "base/numbers.h"
-#include "engine/parameter_model.h"
+#include "faces/vst2/q7audio.h"
 #include "golden_runner/golden.h"
+#include "parameters/parameter_model.h"
 
 namespace {
 
@@ -34,13 +35,12 @@ json runAutomation(const Case& c) {
     const std::string product = c.input.value("product", "");
     if (c.expected.contains("all")) {
         bool all = true;
-        for (const json& index : c.input.at("indices"))
-            all = all && ParameterModel::canParameterBeAutomated(index, product.c_str());
+        for (const json& index : c.input.at("indices")) all = all && vantoric::canParameterBeAutomated(index, product.c_str());
         return {{"all", all}};
     }
     json rows = json::array();
     for (const json& row : c.expected.at("rows")) {
-        const int can = ParameterModel::canParameterBeAutomated(row[0], product.c_str()) ? 1 : 0;
+        const int can = vantoric::canParameterBeAutomated(row[0], product.c_str()) ? 1 : 0;
         rows.push_back({row[0], can, ParameterModel::parameterLayer(row[0])});
     }
     return {{"rows", rows}};

@@ -62,7 +62,7 @@ struct Frame {
     json shown, essence;
 };
 
-Frame frameOf(Q7Audio& audio, int number, int tick) {
+Frame frameOf(Instrument& audio, int number, int tick) {
     Layer& layer = audio.layer(number);
     json voices = json::array(), essence = json::array();
     for (int i = 0; i < voiceCount; ++i) {
@@ -127,7 +127,7 @@ json runVoices(const Case& c, int firstCompared) {
 json voices(const Case& c) { return runVoices(c, 0); }
 json arpeggiatedVoices(const Case& c) { return runVoices(c, 3); }
 
-json stateOf(Q7Audio& audio) {
+json stateOf(Instrument& audio) {
     const EngineState& state = audio.state();
     json layers = json::array(), held = json::array(), deferred = json::array();
     for (int i = 0; i < layerCount; ++i) {
@@ -174,9 +174,9 @@ json engineReset(const Case& c) {
     else if (call == "allNotesOff")
         rig.audio.allNotesOff();
     else if (call == "suspend")
-        rig.audio.suspend();
+        rig.audio.stop();
     else if (call == "resume")
-        rig.audio.resume();
+        rig.audio.start();
     else
         throw std::runtime_error("unknown call " + call);
     got["after"] = stateOf(rig.audio);

@@ -4,8 +4,8 @@
 #include <stdexcept>
 
 #include "bindings/samples_signals.h"
-#include "engine/custom_wave_loader.h"
-#include "engine/sample_editor.h"
+#include "loading/custom_wave_loader.h"
+#include "loading/sample_editor.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"

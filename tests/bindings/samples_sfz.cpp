@@ -5,7 +5,7 @@
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "bindings/samples_signals.h"
-#include "engine/sfz_import.h"
+#include "loading/sfz_import.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"

@@ -189,7 +189,7 @@ TEST(Block, RandomPatchesStayFinite) {
 TEST(Block, ParametersThatAreNoNumbersLeaveNoTrace) {
     EngineRig rig;
     richPatch(rig);
-    for (int i = 0; i < parameterCount; i += 7) rig.audio.setParameter(i, std::numeric_limits<float>::quiet_NaN());
+    for (int i = 0; i < parameterCount; i += 7) rig.audio.parameters().setParameter(i, std::numeric_limits<float>::quiet_NaN());
     rig.send({{0x90, 60, 100}});
     for (int i = 0; i < 20; ++i) rig.block(256);
     EXPECT_TRUE(allFinite(rig.left));
@@ -206,11 +206,8 @@ TEST(Block, HostsControlWordIsRestoredAtEveryExit) {
         _mm_setcsr(own);
         rig.block(64);
         const unsigned after = _mm_getcsr();
-        double* outputs[2];
         std::vector<double> wide(128);
-        outputs[0] = wide.data();
-        outputs[1] = wide.data() + 64;
-        rig.audio.processDoubleReplacing(nullptr, outputs, 64);
+        rig.audio.render(wide.data(), wide.data() + 64, 64, rig.host.transport);
         const unsigned afterDoubles = _mm_getcsr();
         _mm_setcsr(before);
         if (flag != nullptr) flag->clear();

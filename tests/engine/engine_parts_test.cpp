@@ -93,8 +93,8 @@ TEST(EngineParts, AResetAndASuspendEndTheMastersEchoes) {
         rig.send({{0x90, 60, 100}});
         for (int i = 0; i < 40; ++i) rig.block(256);
         if (suspended) {
-            rig.audio.suspend();
-            rig.audio.resume();
+            rig.audio.stop();
+            rig.audio.start();
         } else {
             rig.audio.allNotesOff();
             rig.audio.resetEngine();
@@ -116,7 +116,7 @@ TEST(EngineParts, AResetAndASuspendEmptyTheLastStage) {
         rig.send({{0x90, 60, 100}});
         for (int i = 0; i < 40; ++i) rig.block(256);
         if (suspended)
-            rig.audio.suspend();
+            rig.audio.stop();
         else
             rig.audio.resetEngine();
         rig.block(64);  // what the decimator holds
@@ -149,8 +149,8 @@ TEST(EngineParts, AResetASuspendAndAResumeTakeTheSongToItsStart) {
         ASSERT_EQ(rig.audio.state().songPosition, 3.0);
         ASSERT_EQ(rig.audio.lastPpqPos(), 3.0);
         if (call == 0) rig.audio.resetEngine();
-        if (call == 1) rig.audio.suspend();
-        if (call == 2) rig.audio.resume();
+        if (call == 1) rig.audio.stop();
+        if (call == 2) rig.audio.start();
         EXPECT_EQ(rig.audio.state().songPosition, 0.0) << call;
         EXPECT_EQ(rig.audio.lastPpqPos(), 0.0) << call;
     }

@@ -11,7 +11,7 @@
 
 #include "base/numbers.h"
 #include "base/parameters.h"
-#include "engine/q7audio.h"
+#include "engine/instrument.h"
 #include "platform/module_folder.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
@@ -69,27 +69,9 @@ inline std::vector<std::int16_t> plainWave(int frames) {
 
 // The host's side: tempo and position, if it has any to tell.
 struct RigHost {
-    bool answers = false;
-    VstTimeInfo time{};
-    std::string product = "Test host";
+    Transport transport;
 
-    void tell(double tempo, double ppqPos) {
-        answers = true;
-        time.tempo = tempo;
-        time.ppqPos = ppqPos;
-        time.flags = timeTempoValid | timePpqPosValid;
-    }
-
-    static std::intptr_t callback(AEffect* effect, std::int32_t opcode, std::int32_t, std::intptr_t, void* ptr, float) {
-        auto* host = effect != nullptr ? reinterpret_cast<RigHost*>(effect->hostReserved1) : nullptr;
-        if (host == nullptr) return 0;
-        if (opcode == hostGetTime) return host->answers ? reinterpret_cast<std::intptr_t>(&host->time) : 0;
-        if (opcode == hostGetProductString && ptr != nullptr) {
-            copyText(static_cast<char*>(ptr), host->product.c_str(), 64);
-            return 1;
-        }
-        return 0;
-    }
+    void tell(double tempo, double ppqPos) { transport = {true, tempo, ppqPos, false}; }
 };
 
 struct Midi {
@@ -99,8 +81,7 @@ struct Midi {
 
 class EngineRig {
 public:
-    explicit EngineRig(float hostRate = 48000.0f) : folder_(sharedDataFolder()), audio(RigHost::callback, dialogs) {
-        audio.getAeffect()->hostReserved1 = reinterpret_cast<std::intptr_t>(&host);
+    explicit EngineRig(float hostRate = 48000.0f) : folder_(sharedDataFolder()), audio(dialogs) {
         audio.setSampleRate(hostRate);
         for (int i = 0; i < 5000 && audio.flags().audioMuted.isSet(); ++i) platform::sleepMilliseconds(1);
     }
@@ -140,21 +121,8 @@ public:
     }
 
     void send(const std::vector<Midi>& messages) {
-        std::vector<VstMidiEvent> events(messages.size());
-        std::vector<char> memory(sizeof(VstEvents) + messages.size() * sizeof(void*));
-        auto* list = reinterpret_cast<VstEvents*>(memory.data());
-        list->numEvents = static_cast<std::int32_t>(messages.size());
-        for (std::size_t i = 0; i < messages.size(); ++i) {
-            events[i] = {};
-            events[i].type = midiEventType;
-            events[i].byteSize = sizeof(VstMidiEvent);
-            events[i].deltaFrames = messages[i].offset;
-            events[i].midiData[0] = static_cast<unsigned char>(messages[i].status);
-            events[i].midiData[1] = static_cast<unsigned char>(messages[i].data1);
-            events[i].midiData[2] = static_cast<unsigned char>(messages[i].data2);
-            list->events[i] = reinterpret_cast<VstEvent*>(&events[i]);
-        }
-        if (!messages.empty()) audio.processEvents(list);
+        const auto byte = [](int value) { return static_cast<std::uint8_t>(value); };
+        for (const Midi& m : messages) audio.receive({m.offset, byte(m.status), byte(m.data1), byte(m.data2)});
     }
 
     // Renders a block and appends it to `left` and `right`.
@@ -162,8 +130,7 @@ public:
         const std::size_t at = left.size();
         left.resize(at + static_cast<std::size_t>(frames));
         right.resize(at + static_cast<std::size_t>(frames));
-        float* outputs[2] = {left.data() + at, right.data() + at};
-        audio.processReplacing(nullptr, outputs, frames);
+        audio.render(left.data() + at, right.data() + at, frames, host.transport);
     }
 
     // Runs exactly one tick: at 48 kHz, first a block of one frame, then blocks of a tick's length that end
@@ -185,7 +152,7 @@ private:
 public:
     platform::RecordedDialogs dialogs;
     RigHost host;
-    Q7Audio audio;
+    Instrument audio;
     std::vector<float> left, right;
 
 private:

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "base/numbers.h"
-#include "tests/engine/patch_bench.h"
+#include "tests/patch/patch_bench.h"
 
 namespace vantoric {
 namespace {

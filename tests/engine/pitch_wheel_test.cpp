@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "base/numbers.h"
-#include "tests/engine/patch_bench.h"
+#include "tests/patch/patch_bench.h"
 
 namespace vantoric {
 namespace {

@@ -12,7 +12,7 @@ namespace {
 struct Song {
     Song() { setRates(state, 48000.0f); }
     void tick(double tempo, double ppqPos) {
-        const HostTime answer{tempo, ppqPos};
+        const Transport answer{true, tempo, ppqPos};
         clock.tick(state, &answer);
     }
     EngineState state;

@@ -7,11 +7,11 @@
 #include <thread>
 #include <vector>
 
+#include "base/engine_hold.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
-#include "engine/engine_hold.h"
-#include "engine/parameter_model.h"
 #include "engine/wave_library.h"
+#include "parameters/parameter_model.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/thread.h"

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <string>
 
-#include "tests/engine/patch_bench.h"
 #include "tests/fuzz/targets.h"
+#include "tests/patch/patch_bench.h"
 
 namespace vantoric::fuzz {
 

@@ -4,12 +4,12 @@
 #include <filesystem>
 #include <string>
 
-#include "engine/config_files.h"
+#include "editor/window_files.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
 #include "sound/wave_store.h"
-#include "tests/engine/patch_bench.h"
 #include "tests/fuzz/targets.h"
+#include "tests/patch/patch_bench.h"
 
 namespace vantoric::fuzz {
 

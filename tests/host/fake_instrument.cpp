@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "vst/entry.h"
+#include "faces/vst2/entry.h"
 
 namespace vantoric {
 

@@ -56,22 +56,18 @@ struct Threads : ::testing::Test {
         const int index = static_cast<int>(random.next() % parameterCount);
         const int number = numberOfParameter(index);
         if (index < globalParameterCount || number == par::FxInType || number == par::FxIn2Type) return;
-        rig.audio.setParameter(index, random.unit());
-        char text[textBufferSize] = {};
-        rig.audio.getParameterDisplay(index, text);
-        rig.audio.getParameterName(index, text);
-        rig.audio.getParameterLabel(index, text);
-        rig.audio.getParameter(index);
+        rig.audio.parameters().setParameter(index, random.unit());
+        char text[hostTextLength + 1] = {};
+        rig.audio.parameters().getParameterDisplay(index, text);
+        rig.audio.parameters().getParameterName(index, text);
+        rig.audio.parameters().getParameterLabel(index, text);
+        rig.audio.parameters().getParameter(index);
     }
 
     void exchangeChunk() {
-        void* data = nullptr;
-        const std::int32_t size = rig.audio.getChunk(&data, false);
-        ASSERT_GT(size, 0);
-        EXPECT_EQ(rig.audio.setChunk(data, size, false), 1);
-        std::free(data);
-        char name[textBufferSize] = {};
-        rig.audio.getProgramName(name);
+        const ChunkBytes bytes = rig.audio.patchChunk().getChunk();
+        ASSERT_GT(bytes.size, 0);
+        EXPECT_EQ(rig.audio.patchChunk().setChunk(bytes.data.get(), bytes.size), 1);
         platform::sleepMilliseconds(20);
     }
 
@@ -83,23 +79,25 @@ struct Threads : ::testing::Test {
         platform::sleepMilliseconds(15);
     }
 
-    void askForTexts() {
-        char text[textBufferSize] = {};
-        rig.audio.getEffectName(text);
-        rig.audio.getVendorString(text);
-        rig.audio.getProductString(text);
-        VstPinProperties pin{};
-        rig.audio.getOutputProperties(0, &pin);
-        rig.audio.canDo("receiveVstEvents");
-        rig.audio.getSampleRate();
-        rig.audio.canParameterBeAutomated(100);
+    void followChanges(ParameterChanges::Reader& reader) {
+        if (reader.take().any()) ++changesSeen;
+        rig.audio.internalRate();
+        rig.audio.patchesLoaded();
         platform::sleepMilliseconds(1);
+    }
+
+    // Hosts do so while a block runs on another thread.
+    void changeRate(int number) {
+        rig.audio.setSampleRate(number % 3 == 0 ? 96000.0f : number % 3 == 1 ? 48000.0f : 44100.0f);
+        if (number % 5 == 0) rig.audio.stop();
+        rig.audio.start();
+        platform::sleepMilliseconds(40);
     }
 
     EngineRig rig;
     const Clock::time_point end = Clock::now() + std::chrono::seconds(3);
     std::vector<std::thread> threads;
-    std::atomic<int> blocks{0};
+    std::atomic<int> blocks{0}, changesSeen{0};
     std::atomic<bool> finite{true};
 };
 
@@ -108,7 +106,8 @@ TEST_F(Threads, PlayEditLoadRebuildAskAndOpenOthersAtOnce) {
     repeat([this, random = LinearCongruence{1}](int) mutable { editParameter(random); });
     repeat([this](int) { exchangeChunk(); });
     repeat([this](int number) { rebuildWaves(number); });
-    repeat([this](int) { askForTexts(); });
+    repeat([this, reader = ParameterChanges::Reader(rig.audio.parameters().changes())](int) mutable { followChanges(reader); });
+    repeat([this](int number) { changeRate(number); });
     repeat([](int number) {
         EngineRig other(number % 2 == 0 ? 44100.0f : 96000.0f);
         other.clearParameters();
@@ -118,6 +117,7 @@ TEST_F(Threads, PlayEditLoadRebuildAskAndOpenOthersAtOnce) {
     });
     finish();
     EXPECT_GT(blocks, 20);
+    EXPECT_GT(changesSeen, 5);
     EXPECT_TRUE(finite);
     rig.audio.flags().engineLocked.clear();
     EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());

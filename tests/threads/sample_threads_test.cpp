@@ -64,9 +64,8 @@ struct SampleThreads : ::testing::Test {
         if (number % 500 == 499) rig.send({{0xb0, 123, 0}});
         const int frames = 64 + number % 100;
         std::array<float, 164> left{}, right{};
-        float* outputs[] = {left.data(), right.data()};
         const long before = waitsOfThisThread();
-        rig.audio.processReplacing(nullptr, outputs, frames);
+        rig.audio.render(left.data(), right.data(), frames, rig.host.transport);
         waits += waitsOfThisThread() - before;
         rig.left.assign(left.begin(), left.begin() + frames);
         rig.right.assign(right.begin(), right.begin() + frames);
@@ -84,10 +83,8 @@ struct SampleThreads : ::testing::Test {
         platform::sleepMilliseconds(10);
     }
     void exchangeChunk() {
-        void* data = nullptr;
-        const std::int32_t size = rig.audio.getChunk(&data, false);
-        EXPECT_EQ(rig.audio.setChunk(data, size, false), 1);
-        std::free(data);
+        const ChunkBytes chunk = rig.audio.patchChunk().getChunk();
+        EXPECT_EQ(rig.audio.patchChunk().setChunk(chunk.data.get(), chunk.size), 1);
     }
 
     platform::ScratchFolder folder;

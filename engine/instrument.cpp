@@ -1,0 +1,343 @@
+#include "engine/instrument.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include "base/engine_hold.h"
+#include "base/numbers.h"
+#include "base/parameters.h"
+#include "engine/denormals.h"
+#include "engine/rates.h"
+#include "platform/files.h"
+#include "platform/module_folder.h"
+#include "platform/settings.h"
+#include "platform/thread.h"
+
+namespace vantoric {
+
+namespace {
+
+namespace par = parameter;
+
+constexpr int bankTries = 500, bankPause = 10;  // milliseconds that a start may wait for the wave banks
+
+constexpr float smoothTake = 0.02f, smoothKeep = 0.98f;
+
+float smoothed(float target, float value) { return target * smoothTake + value * smoothKeep; }
+
+// What leaves the master chain stays within this magnitude, whatever an effect sings; no number that is not finite
+// reaches the decimator, which would keep it.
+constexpr float loudest = 16.0f;
+
+void holdWithin(float* samples, int count) {
+    for (int i = 0; i < count; ++i) {
+        const float x = samples[i] == samples[i] ? samples[i] : 0.0f;
+        samples[i] = std::min(std::max(x, -loudest), loudest);
+    }
+}
+
+// Pieces in which the master chain runs, in internal samples: no effect sees longer ones, whatever the host's blocks.
+constexpr int masterPiece = 256;
+
+}  // namespace
+
+MasterControls masterControls(const ParameterModel& parameters) {
+    MasterControls controls{parameters.getParameter(par::EqLow),
+                            parameters.getParameter(par::EqMid),
+                            parameters.getParameter(par::EqHigh),
+                            masterTypeFromValue(parameters.getParameter(par::FxMaType)),
+                            {},
+                            parameters.getListIndex(par::SoundMod),
+                            SoundModeStage::gainOfVolume(parameters.getParameter(par::Volume))};
+    for (int k = 0; k < 5; ++k) controls.effect[k] = parameters.getParameter(par::FxMaMix + k);
+    return controls;
+}
+
+void smoothControllers(EngineState& state, float modwheel, float pitchWheel, float channelPressure) {
+    state.modwheelSmoothed = smoothed(modwheel, state.modwheelSmoothed);
+    state.pitchWheelSmoothed = smoothed(pitchWheel, state.pitchWheelSmoothed);
+    state.channelPressureSmoothed = smoothed(channelPressure, state.channelPressureSmoothed);
+}
+
+// ---- start and stop -----------------------------------------------------------------------------------------
+
+Instrument::Instrument(platform::Dialogs& dialogs)
+    : dialogs_(dialogs),
+      instanceNumber_(WaveLibrary::shared().addInstance()),
+      midi_(state_, parameters_, controllerMap_, *this),
+      program_(dialogs),
+      layers_{std::make_unique<Layer>(0, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
+              std::make_unique<Layer>(1, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
+              std::make_unique<Layer>(2, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
+              std::make_unique<Layer>(3, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds)},
+      master_(random_),
+      patchChunk_(state_, parameters_, program_, patchWaves(), *this, dialogs, platform::sleepMilliseconds),
+      patchFiles_(patchChunk_, program_, *this, dialogs),
+      sampleLoader_(state_.flags, parameters_, patchWaves().samples, dialogs, platform::sleepMilliseconds),
+      quickImport_(patchFiles_, program_, parameters_, sampleLoader_, dialogs),
+      sampleEditor_(state_.flags, parameters_, patchWaves().samples, dialogs, platform::sleepMilliseconds),
+      customWaveLoader_(state_.flags, parameters_, customWaves(), dialogs, platform::sleepMilliseconds),
+      sfzImport_(state_.flags, parameters_, program_, patchWaves().samples, sampleLoader_, *this, dialogs,
+                 platform::sleepMilliseconds),
+      worker_(state_.flags, WaveLibrary::shared(), dialogs, parameters_, allOscillators()) {
+    state_.flags.audioMuted.set();
+    for (auto* pair : {&internal_, &widened_})
+        for (auto& side : *pair) side.assign(bufferSamples, 0.0f);
+    setSampleRate(hostRate());
+    controllerMap_.load(controllerMapPath());
+
+    worker_.start();
+    // Custom waves are only taken once the worker has started.
+    waitUntilClear(state_.flags.bootPending, 1000, 1, platform::sleepMilliseconds, false);
+    const std::string welcome = welcomePatchPath();
+    if (!platform::exists(welcome)) dialogs_.message("Error", "The factory sounds are missing. Please reinstall the software.");
+    patchFiles_.loadPatchFile(welcome);
+
+    // A host may render faster than time as soon as it has the instance, so the banks are to be there first.
+    waitUntilClear(state_.flags.audioMuted, bankTries, bankPause, platform::sleepMilliseconds, false);
+    resetEngine();
+}
+
+Instrument::~Instrument() {
+    state_.flags.editorClosing.set();
+    worker_.askToStop();
+    controllerMap_.save(controllerMapPath());
+    platform::writeSetting("Path", platform::dataFolder());  // tells installers where the instrument lives
+    worker_.stop();
+    for (auto& layer : layers_) layer.reset();
+    WaveLibrary::shared().removeInstance();
+}
+
+AllOscillators Instrument::allOscillators() {
+    AllOscillators all;
+    for (int i = 0; i < layerCount * oscillatorCount; ++i) {
+        Layer& layer = *layers_[i / oscillatorCount];
+        all[i] = {&layer.sample(i % oscillatorCount), &layer.customWave(i % oscillatorCount)};
+    }
+    return all;
+}
+
+PatchWaves Instrument::patchWaves() {
+    PatchWaves waves;
+    const AllOscillators all = allOscillators();
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        waves.samples[i] = all[i].sample;
+        waves.customWaves[i] = all[i].customWave->samples.data();
+    }
+    return waves;
+}
+
+CustomWaveHolders Instrument::customWaves() {
+    CustomWaveHolders waves;
+    const AllOscillators all = allOscillators();
+    for (std::size_t i = 0; i < all.size(); ++i) waves[i] = all[i].customWave;
+    return waves;
+}
+
+// ---- rates, switching off and on ----------------------------------------------------------------------------
+
+void Instrument::setSampleRate(float hostRate) {
+    audioThread_.notInsideBlock();
+    const EngineHold hold(state_.flags, platform::sleepMilliseconds);
+    hostRate_.store(hostRate, std::memory_order_relaxed);
+    setRates(state_, hostRate);
+    stage_.setSampleRate(state_.internalRateExact);
+    equalizer_.setSampleRate(state_.internalRateExact);
+}
+
+float Instrument::internalRate() const { return internalRateOf(hostRate()); }
+
+void Instrument::stop() {
+    audioThread_.notInsideBlock();
+    const EngineHold hold(state_.flags, platform::sleepMilliseconds);
+    readParameters();
+    for (auto& layer : layers_)
+        if (layer->layerOn) layer->clearArpeggiator();
+    allNotesOff();
+    midi_.resetPedal();
+    loadSmoothedControllers();
+    for (auto& layer : layers_)
+        if (layer->layerOn) layer->reset();
+    master_.clearState();
+    resetStage();
+    song_.reset(state_);
+}
+
+void Instrument::start() {
+    audioThread_.notInsideBlock();
+    const EngineHold hold(state_.flags, platform::sleepMilliseconds);
+    justResumed_ = true;
+    song_.reset(state_);
+}
+
+// Everything is silent here, so the volume may stand where it is wanted at once: the first block does not
+// ramp towards it, and sounds the same whatever its length.
+void Instrument::resetStage() {
+    stage_.setTargetGain(SoundModeStage::gainOfVolume(parameters_.getParameter(par::Volume)));
+    stage_.reset();
+}
+
+void Instrument::allNotesOff() { midi_.allNotesOff(); }
+
+void Instrument::resetEngine() {
+    readParameters();
+    midi_.resetPedal();
+    loadSmoothedControllers();
+    for (auto& layer : layers_) layer->reset();
+    master_.clearState();
+    resetStage();
+    song_.reset(state_);
+    justResumed_ = true;
+    decimatorReset_.set();
+}
+
+// ---- the block ----------------------------------------------------------------------------------------------
+
+void Instrument::receive(const MidiEvent& event) noexcept {
+    std::uint8_t data1 = event.data1, data2 = event.data2;
+    midi_.receive(event.status, data1, data2, event.frame);
+}
+
+void Instrument::render(float* left, float* right, int frames, const Transport& transport) noexcept {
+    renderBlock(left, right, frames, transport);
+}
+
+void Instrument::render(double* left, double* right, int frames, const Transport& transport) noexcept {
+    renderBlock(left, right, frames, transport);
+}
+
+// What the host reads at the block's begin is held for all of it, whatever other threads set meanwhile.
+template <class Sample>
+void Instrument::renderBlock(Sample* left, Sample* right, int frames, const Transport& transport) {
+    if (inBlock_.test_and_set(std::memory_order_acquire)) {
+        std::fill_n(left, frames, Sample(0));
+        std::fill_n(right, frames, Sample(0));
+        return;
+    }
+    {
+        const AudioThreadCheck::Scope inside(audioThread_);
+        const DenormalsOff denormalsOff;
+        transport_ = transport;
+        const bool oversampled = runsOversampled(hostRate());
+        const int longest = oversampled ? bufferSamples / 2 : bufferSamples;
+        int done = 0;
+        do {
+            const int piece = std::min(frames - done, longest);
+            if constexpr (std::is_same_v<Sample, float>) {
+                renderPiece(left + done, right + done, piece, done, oversampled);
+            } else {
+                renderPiece(widened_[0].data(), widened_[1].data(), piece, done, oversampled);
+                std::copy_n(widened_[0].begin(), piece, left + done);
+                std::copy_n(widened_[1].begin(), piece, right + done);
+            }
+            done += piece;
+        } while (done < frames);
+    }
+    inBlock_.clear(std::memory_order_release);
+}
+
+// `firstFrame` is the place of the piece in the host's block, from which events count their offsets.
+void Instrument::renderPiece(float* left, float* right, int frames, int firstFrame, bool oversampled) {
+    if (!oversampled) return renderAudioBlock(left, right, frames, firstFrame);
+    renderAudioBlock(internal_[0].data(), internal_[1].data(), 2 * frames, firstFrame);
+    observe(BlockStep::decimator, 2 * frames);
+    if (decimatorReset_.isSet()) {
+        decimatorReset_.clear();
+        decimator_.reset();
+    }
+    decimator_.process(internal_[0].data(), internal_[1].data(), 2 * frames, left, right);
+}
+
+void Instrument::renderAudioBlock(float* left, float* right, int count, int firstFrame) {
+    observe(BlockStep::clearOutputs, count);
+    std::fill_n(left, count, 0.0f);
+    std::fill_n(right, count, 0.0f);
+    EngineFlags& flags = state_.flags;
+    flags.audioRunning.set();
+    if (flags.editorClosing.isSet() || flags.audioMuted.isSet() || flags.engineLocked.isSet()) return flags.audioRunning.clear();
+    if (flags.bootPending.isSet()) return;  // the next waiter or the next block clears the mark
+    if (state_.tickSamples == 0) return flags.audioRunning.clear();
+    clock_.run(
+        count, state_,
+        [&](int length, int pos) {
+            observe(BlockStep::renderSubBlock, length, pos);
+            renderSubBlock(left + pos, right + pos, length);
+        },
+        [&](int eventPos) { tick(firstFrame + eventPos); });
+    if (firstFrame == 0) feedMasterChain();
+    runMasterChain(left, right, count);
+    flags.audioRunning.clear();
+}
+
+// Above 257 kHz a tick is longer than what a voice renders at once.
+void Instrument::renderSubBlock(float* left, float* right, int count) {
+    for (int done = 0; done < count; done += maxTickSamples) {
+        const int length = std::min(count - done, maxTickSamples);
+        for (auto& layer : layers_) layer->renderBlock(left + done, right + done, length);
+    }
+}
+
+// Once a host block, the readers of the master chain get their parameters.
+void Instrument::feedMasterChain() {
+    const MasterControls controls = masterControls(parameters_);
+    equalizer_.setLowGain(controls.eqLow);
+    equalizer_.setMidGain(controls.eqMid);
+    equalizer_.setHighGain(controls.eqHigh);
+    master_.setType(controls.effectType);
+    for (int k = 0; k < 5; ++k) master_.setParameter(k, controls.effect[k]);
+    master_.setSampleRate(state_.internalRate);
+    master_.setTempo(static_cast<float>(state_.tempoBpm), state_.songPosition);
+    stage_.setMode(controls.soundMode);
+    stage_.setTargetGain(controls.gain);
+}
+
+void Instrument::runMasterChain(float* left, float* right, int count) {
+    observe(BlockStep::equalizer, count);
+    equalizer_.process(left, right, count);
+    observe(BlockStep::masterEffect, count);
+    for (int done = 0; done < count; done += masterPiece)
+        master_.process(left + done, right + done, std::min(count - done, masterPiece));
+    observe(BlockStep::finalStage, count);
+    stage_.process(left, right, count);
+    holdWithin(left, count);
+    holdWithin(right, count);
+}
+
+// ---- the tick -----------------------------------------------------------------------------------------------
+
+void Instrument::tick(int eventPos) {
+    readParameters();
+    observe(BlockStep::drainMidiQueue, eventPos);
+    midi_.drainMidiQueue(eventPos);
+    observe(BlockStep::smoothControllers);
+    smoothControllers(state_, parameters_.getParameter(par::Modwheel), midi_.pitchWheel(), midi_.channelPressure());
+    observe(BlockStep::tempoAndPosition);
+    song_.tick(state_, transport_.known ? &transport_ : nullptr);
+    if (state_.flags.bootPending.isSet()) return;
+    for (int i = 0; i < layerCount; ++i) {
+        observe(BlockStep::layerTick, i);
+        layers_[i]->tick();
+    }
+}
+
+// One reading of every parameter a tick: whatever other threads write meanwhile, notes and voices of this
+// tick see the same values.
+void Instrument::readParameters() {
+    state_.quality = parameters_.getListIndex(par::Quality);
+    state_.soundMode = parameters_.getListIndex(par::SoundMod);
+    state_.microtuning = parameters_.getListIndex(par::Microtun);
+    for (int i = 0; i < layerCount; ++i) {
+        parameters_.snapshotLayer(i, layers_[i]->block().data());
+        layers_[i]->block()[par::Layer1On + i] = parameters_.getParameter(par::Layer1On + i);
+        layers_[i]->blockChanged();
+    }
+}
+
+void Instrument::loadSmoothedControllers() {
+    state_.modwheelSmoothed = parameters_.getParameter(par::Modwheel);
+    state_.pitchWheelSmoothed = midi_.pitchWheel();
+    state_.channelPressureSmoothed = midi_.channelPressure();
+}
+
+}  // namespace vantoric

@@ -1,0 +1,207 @@
+// The instrument itself, whatever it is plugged into: it owns everything and does little of its own. Each of its jobs
+// is a class in this room or below; this one puts them in order. It knows no plug-in format and no window: a face drives
+// it, and whoever wants to follow what happens pulls.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/engine_state.h"
+#include "base/random.h"
+#include "base/thread_check.h"
+#include "effects/equalizer.h"
+#include "effects/multieffect.h"
+#include "effects/sound_mode_stage.h"
+#include "engine/block_observer.h"
+#include "engine/controller_map.h"
+#include "engine/decimator.h"
+#include "engine/host_port.h"
+#include "engine/midi_intake.h"
+#include "engine/program_changes.h"
+#include "engine/song_clock.h"
+#include "engine/tick_clock.h"
+#include "engine/transport.h"
+#include "engine/wave_library.h"
+#include "engine/wave_worker.h"
+#include "loading/custom_wave_loader.h"
+#include "loading/quick_import.h"
+#include "loading/sample_editor.h"
+#include "loading/sample_loader.h"
+#include "loading/sfz_import.h"
+#include "parameters/parameter_model.h"
+#include "patch/patch_chunk.h"
+#include "patch/patch_file.h"
+#include "patch/program_slot.h"
+#include "platform/dialogs.h"
+#include "voice/layer.h"
+
+namespace vantoric {
+
+// What a block hands to the master chain.
+struct MasterControls {
+    float eqLow, eqMid, eqHigh;   // 0 to 1
+    int effectType;               // of the slot, 0 to 127; the insert type that no master slot runs reads as 0
+    std::array<float, 5> effect;  // mix and the four parameters, 0 to 1
+    int soundMode;                // list index
+    float gain;                   // of `Volume`, 0 to 4
+};
+MasterControls masterControls(const ParameterModel& parameters);
+
+// One tick of the smoothed wheels: each goes a fiftieth of its way. Arguments 0 to 1.
+void smoothControllers(EngineState& state, float modwheel, float pitchWheel, float channelPressure);
+
+class Instrument final : private MidiListener, private PatchHost {
+public:
+    // Boxes go to `dialogs`, which must outlive the object. Starts the wave worker and loads the welcome patch from the
+    // data folder; waits until the wave banks are there, at most 5 seconds. Throws std::bad_alloc or what the system
+    // throws for a thread that cannot be made; nothing is left behind then.
+    explicit Instrument(platform::Dialogs& dialogs = platform::desktopDialogs());
+    // Saves the controller map. No other thread may be at work in the object any more.
+    ~Instrument();
+    Instrument(const Instrument&) = delete;
+    Instrument& operator=(const Instrument&) = delete;
+
+    // ---- the audio thread, inside its block or between two blocks
+
+    // Renders `frames` (0 or more, any number) stereo frames over what the outputs hold. Allocates nothing, locks nothing,
+    // waits for nothing but, where the transport says that the host renders offline, for waves that are being built. If
+    // another thread is inside the block, the outputs are silent. Never throws.
+    void render(float* left, float* right, int frames, const Transport& transport) noexcept;
+    // The same, widened.
+    void render(double* left, double* right, int frames, const Transport& transport) noexcept;
+    // A MIDI event of the block that follows, in any order; what lies beyond the block waits. Also from other threads:
+    // two that meet cost at most one event.
+    void receive(const MidiEvent& event) noexcept;
+
+    // ---- switching on and off, and rates; any thread but the audio thread inside its block, also while a block runs
+    // on another: it is silent meanwhile.
+
+    // Switched off: all notes end, effects are cleared, the controllers stand where they are.
+    void stop();
+    // Switched on: the song begins anew.
+    void start();
+    // The host's rate in Hz, any finite number. Below 500 the instrument is silent.
+    void setSampleRate(float hostRate);
+
+    // ---- any thread
+
+    // The internal rate in Hz, which every reader of a rate in the instrument gets.
+    float internalRate() const;
+    float hostRate() const { return hostRate_.load(std::memory_order_relaxed); }
+    // The parameters: values, texts, and what has changed in them.
+    ParameterModel& parameters() { return parameters_; }
+    const ParameterModel& parameters() const { return parameters_; }
+    // What has come in of program changes.
+    const ProgramChanges& programChanges() const { return programChanges_; }
+    // Counts the patches loaded, so that a follower of the patch's name knows when to look again.
+    std::uint32_t patchesLoaded() const { return patchesLoaded_.load(std::memory_order_acquire); }
+    // Whether a patch file is being loaded, or was refused as none.
+    bool isBusy() const { return busy_.load(std::memory_order_acquire); }
+
+    // ---- one thread at a time that is not the audio thread: patches and programs
+
+    ProgramSlot& program() { return program_; }
+    PatchFiles& patchFiles() { return patchFiles_; }
+    // The patch as bytes, out and in: what a host stores.
+    PatchChunk& patchChunk() { return patchChunk_; }
+    SampleLoader& sampleLoader() { return sampleLoader_; }
+    QuickImport& quickImport() { return quickImport_; }
+    SampleEditor& sampleEditor() { return sampleEditor_; }
+    CustomWaveLoader& customWaveLoader() { return customWaveLoader_; }
+    SfzImport& sfzImport() { return sfzImport_; }
+
+    // ---- a face, before it plays; null for none
+    void setHostPort(HostPort* port) { hostPort_ = port; }
+    HostPort* hostPort() const { return hostPort_; }
+
+    // ---- parts, for the window's displays and tests
+
+    // Full reset of voices, effects and controllers' smoothing. On the audio thread, or while it is silent.
+    void resetEngine() override;
+    // Clears the key table and releases all keys of all layers. Same threads.
+    void allNotesOff() override;
+    const EngineState& state() const { return state_; }
+    EngineFlags& flags() { return state_.flags; }
+    MidiIntake& midi() { return midi_; }
+    ControllerMap& controllerMap() { return controllerMap_; }
+    Layer& layer(int index) { return *layers_[index]; }
+    Multieffect& masterEffect() { return master_; }
+    RandomSources& random() { return random_; }
+    int instanceNumber() const { return instanceNumber_; }
+    float samplesToTick() const { return clock_.samplesToTick(); }
+    double lastPpqPos() const { return song_.lastPpqPos(); }
+    // Null for none. While no block runs.
+    void setBlockObserver(BlockObserver* observer) { observer_ = observer; }
+
+private:
+    // Blocks are rendered in pieces of at most this many internal samples.
+    static constexpr int bufferSamples = 65536;
+    using StereoBuffer = std::array<std::vector<float>, 2>;
+
+    // A key that passed the MIDI channel test.
+    void noteOn(int layer, int key, int velocity) override { layers_[layer]->noteOn(key, velocity); }
+    void noteOff(int layer, int key) override { layers_[layer]->noteOff(key); }
+    void programPending(int number) override { programChanges_.post(number); }
+    void refreshAll() override { parameters_.changes().noteAll(ChangeSource::patch); }
+    void lookUpPatchName() override { patchesLoaded_.fetch_add(1, std::memory_order_release); }
+    void setBusy(bool busy) override { busy_.store(busy, std::memory_order_release); }
+
+    template <class Sample>
+    void renderBlock(Sample* left, Sample* right, int frames, const Transport& transport);
+    void renderPiece(float* left, float* right, int frames, int firstFrame, bool oversampled);
+    void renderAudioBlock(float* left, float* right, int count, int firstFrame);
+    void renderSubBlock(float* left, float* right, int count);
+    void feedMasterChain();
+    void runMasterChain(float* left, float* right, int count);
+    void tick(int eventPos);
+    void readParameters();
+    void loadSmoothedControllers();
+    void resetStage();
+    void observe(BlockStep step, int first = 0, int second = 0) {
+        if (observer_ != nullptr) observer_->onStep(step, first, second);
+    }
+    AllOscillators allOscillators();
+    PatchWaves patchWaves();
+    CustomWaveHolders customWaves();
+
+    EngineState state_;
+    RandomSources random_;
+    platform::Dialogs& dialogs_;
+    int instanceNumber_;
+    ParameterModel parameters_;
+    ControllerMap controllerMap_;
+    MidiIntake midi_;
+    ProgramSlot program_;
+    std::array<std::unique_ptr<Layer>, layerCount> layers_;
+    Multieffect master_;
+    Equalizer equalizer_;
+    SoundModeStage stage_;
+    Decimator decimator_;
+    Flag decimatorReset_;  // it runs also while a patch is loaded, so it is reset by its own thread
+    TickClock clock_;
+    SongClock song_;
+    PatchChunk patchChunk_;
+    PatchFiles patchFiles_;
+    SampleLoader sampleLoader_;
+    QuickImport quickImport_;
+    SampleEditor sampleEditor_;
+    CustomWaveLoader customWaveLoader_;
+    SfzImport sfzImport_;
+    WaveWorker worker_;
+    std::atomic<float> hostRate_{44100.0f};
+    ProgramChanges programChanges_;
+    std::atomic<std::uint32_t> patchesLoaded_{0};
+    std::atomic<bool> busy_{false};
+    HostPort* hostPort_ = nullptr;
+    BlockObserver* observer_ = nullptr;
+    bool justResumed_ = true;  // kept for the host's start and stop; nothing reads it
+    AudioThreadCheck audioThread_;
+    std::atomic_flag inBlock_;
+    Transport transport_;  // of the block that runs
+    StereoBuffer internal_, widened_;
+};
+
+}  // namespace vantoric

@@ -1,0 +1,402 @@
+#include "engine/instrument.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+
+#include "tests/engine/engine_rig.h"
+
+namespace vantoric {
+namespace {
+
+namespace par = parameter;
+using test::EngineRig;
+
+struct StepCount final : BlockObserver {
+    int ticks = 0, stages = 0, stageSamples = -1;
+    void onStep(BlockStep step, int first, int) override {
+        if (step == BlockStep::drainMidiQueue) ++ticks;
+        if (step == BlockStep::finalStage) {
+            ++stages;
+            stageSamples = first;
+        }
+    }
+};
+
+TEST(Instrument, EveryReaderOfTheRateGetsTheInternalOne) {
+    EngineRig rig;
+    const std::pair<float, float> rates[] = {
+        {44100.0f, 88200.0f}, {48000.0f, 96000.0f}, {48001.0f, 48001.0f}, {192000.0f, 192000.0f}, {32000.0f, 64000.0f}};
+    for (const auto& [host, internal] : rates) {
+        rig.audio.setSampleRate(host);
+        EXPECT_EQ(rig.audio.internalRate(), internal);
+        EXPECT_EQ(rig.audio.state().internalRate, internal);
+        EXPECT_EQ(rig.audio.state().oversampled, internal != host);
+    }
+}
+
+TEST(Instrument, TheWelcomePatchIsThePatchOfAFreshInstance) {
+    const std::string path = test::sharedDataFolder().path() + "Vantoric_sounds/ArpMultilayer/0Welcome.fxp";
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    {
+        EngineRig rig;
+        rig.audio.parameters().setParameter(par::Cutoff1, 0.375f);
+        ASSERT_TRUE(rig.audio.patchFiles().savePatchFile(path));
+    }
+    EngineRig fresh;
+    std::filesystem::remove(path);
+    EXPECT_TRUE(fresh.dialogs.boxes().empty());
+    EXPECT_EQ(fresh.audio.parameters().getParameter(par::Cutoff1), 0.375f);
+    EXPECT_EQ(fresh.audio.program().getProgramName(), "0Welcome");
+    EXPECT_EQ(fresh.audio.state().songPosition, 0.0);
+    EXPECT_FALSE(fresh.audio.flags().engineLocked.isSet());
+}
+
+TEST(Instrument, ItsEndSavesTheControllerMapEvenUnchangedAndThePath) {
+    const std::string folder = test::sharedDataFolder().path(), path = folder + "Vantoric_data/Vantoricmidi.cfg";
+    std::filesystem::create_directories(folder + "Vantoric_data");
+    std::filesystem::remove(path);
+    {
+        EngineRig rig;
+    }
+    EXPECT_EQ(std::filesystem::file_size(path), 258u);
+    EXPECT_EQ(platform::readSetting("Path"), folder);
+    {
+        EngineRig rig;
+        rig.audio.controllerMap().set(7, par::Volume);
+    }
+    EngineRig again;
+    EXPECT_EQ(again.audio.controllerMap().get(7), par::Volume);
+    EXPECT_EQ(again.audio.controllerMap().get(8), ControllerMap::none);
+    EXPECT_FALSE(again.audio.midi().ccMapDirty());
+    EXPECT_EQ(again.audio.midi().learnPending(), ControllerMap::none);
+    again.audio.controllerMap().clear();
+}
+
+TEST(Instrument, BeforeTheWorkerHasStartedTheBlockIsSilentAndLeavesItsMark) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    rig.audio.flags().bootPending.set();
+    rig.block(256);
+    EXPECT_LT(rig.peak(), 1e-4f);
+    EXPECT_TRUE(rig.audio.flags().audioRunning.isSet());
+    EXPECT_EQ(rig.audio.midi().queued(0).data1, 60);
+    rig.audio.flags().bootPending.clear();
+    rig.block(256);
+    EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());
+    EXPECT_GT(rig.peak(), 1e-3f);
+}
+
+TEST(Instrument, ARateWithoutATickIsSilent) {
+    EngineRig rig(400.0f);
+    rig.clearParameters();
+    rig.plainLayer();
+    EXPECT_EQ(rig.audio.state().tickSamples, 0);
+    rig.send({{0x90, 60, 100}});
+    rig.block(256);
+    EXPECT_LT(rig.peak(), 1e-4f);
+    EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());
+    EXPECT_EQ(rig.audio.midi().queued(0).data1, 60);
+}
+
+// All that a suspend brings back, and what it leaves.
+TEST(Instrument, SuspendEndsPedalAndSmoothingAndKeepsTheDecimator) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    rig.host.tell(120.0, 3.0);
+    rig.send({{0x90, 60, 100}, {0xb0, 64, 127}, {0xb0, 1, 64}, {0xe0, 0, 127}, {0xd0, 96, 0}});
+    rig.tick();
+    rig.send({{0x80, 60, 0}});
+    rig.tick();
+    EXPECT_TRUE(rig.audio.midi().sustainedOff(60));
+    EXPECT_LT(rig.audio.state().modwheelSmoothed, 0.1f);
+    rig.audio.stop();
+    EXPECT_FALSE(rig.audio.midi().sustainOn());
+    EXPECT_FALSE(rig.audio.midi().sustainedOff(60));
+    EXPECT_EQ(rig.audio.state().heldNote[60], 0);
+    EXPECT_EQ(rig.audio.state().modwheelSmoothed, 0.5f);
+    EXPECT_EQ(rig.audio.state().pitchWheelSmoothed, 1.0f);
+    EXPECT_EQ(rig.audio.state().channelPressureSmoothed, 0.75f);
+    EXPECT_EQ(rig.audio.state().songPosition, 0.0);
+    EXPECT_EQ(rig.audio.lastPpqPos(), 0.0);
+    rig.audio.flags().audioMuted.set();
+    const std::size_t from = rig.left.size();
+    rig.block(16);
+    EXPECT_GT(rig.peak(from), 1e-3f) << "the decimator still holds the last samples";
+    rig.audio.resetEngine();
+    const std::size_t later = rig.left.size();
+    rig.block(16);
+    EXPECT_LE(rig.peak(later), 2e-5f) << "a full reset empties it";
+    rig.audio.flags().audioMuted.clear();
+}
+
+TEST(Instrument, MissingFactorySoundsAreReportedAndTheEngineGoesOn) {
+    EngineRig rig;
+    ASSERT_FALSE(rig.dialogs.boxes().empty());
+    EXPECT_EQ(rig.dialogs.boxes()[0].title, "Error");
+    EXPECT_EQ(rig.dialogs.boxes()[0].text, "The factory sounds are missing. Please reinstall the software.");
+    rig.block(64);
+    EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());
+}
+
+TEST(Instrument, BlockOfNoFramesRunsNoTickAndTheStagesWithNoSamples) {
+    EngineRig rig;
+    StepCount steps;
+    rig.audio.setBlockObserver(&steps);
+    rig.block(0);
+    EXPECT_EQ(steps.ticks, 0);
+    EXPECT_EQ(steps.stages, 1);
+    EXPECT_EQ(steps.stageSamples, 0);
+    rig.audio.setBlockObserver(nullptr);
+}
+
+TEST(Instrument, BlockShorterThanATickOnlyLowersTheCount) {
+    EngineRig rig;
+    rig.block(1);
+    StepCount steps;
+    rig.audio.setBlockObserver(&steps);
+    const float before = rig.audio.samplesToTick();
+    rig.block(10);
+    EXPECT_EQ(steps.ticks, 0);
+    EXPECT_EQ(rig.audio.samplesToTick(), before - 20.0f);
+    rig.block(48);
+    EXPECT_EQ(steps.ticks, 1);
+    rig.audio.setBlockObserver(nullptr);
+}
+
+TEST(Instrument, SongRunsOnUnderAHostThatStandsStill) {
+    EngineRig rig;
+    rig.host.tell(90.0, 4.0);
+    for (int i = 0; i < 1001; ++i) rig.tick();
+    EXPECT_NEAR(rig.audio.state().songPosition, 4.0 + 90.0 / 60.0, 1e-6);
+}
+
+TEST(Instrument, SongStandsUnderAHostThatDoesNotAnswer) {
+    EngineRig rig;
+    rig.host.tell(90.0, 4.0);
+    rig.tick();
+    rig.host.transport.known = false;
+    for (int i = 0; i < 100; ++i) rig.tick();
+    EXPECT_EQ(rig.audio.state().songPosition, 4.0);
+    EXPECT_EQ(rig.audio.state().tempoBpm, 120.0);
+}
+
+TEST(Instrument, NonsenseTempoReadsAs120) {
+    EngineRig rig;
+    for (const double tempo : {0.0, -20.0, 10000.5, std::nan("")}) {
+        rig.host.tell(tempo, 1.0);
+        rig.tick();
+        EXPECT_EQ(rig.audio.state().tempoBpm, 120.0) << tempo;
+    }
+    rig.host.tell(10000.0, 1.0);
+    rig.tick();
+    EXPECT_EQ(rig.audio.state().tempoBpm, 10000.0);
+}
+
+TEST(Instrument, InsertThatIsNoMasterEffectBehavesAsOff) {
+    ParameterModel parameters;
+    parameters.writeRaw(par::FxMaType, listValue(17));
+    EXPECT_EQ(masterControls(parameters).effectType, 0);
+    parameters.writeRaw(par::FxMaType, listValue(18));
+    EXPECT_EQ(masterControls(parameters).effectType, 18);
+}
+
+TEST(Instrument, VolumeIsAGainOfOneInTheMiddleAndFourAtTheTop) {
+    ParameterModel parameters;
+    const std::pair<float, float> gains[] = {{0.0f, 0.0f}, {0.5f, 1.0f}, {1.0f, 4.0f}};
+    for (const auto& [volume, gain] : gains) {
+        parameters.writeRaw(par::Volume, volume);
+        EXPECT_EQ(masterControls(parameters).gain, gain);
+    }
+}
+
+TEST(Instrument, SilenceAtVolumeZero) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.set(par::Volume, 0.0f);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    for (int i = 0; i < 20; ++i) rig.block(256);
+    const std::size_t from = rig.left.size();
+    for (int i = 0; i < 20; ++i) rig.block(256);
+    EXPECT_LT(rig.peak(from), 1e-4f);  // but for the decimator's offset
+}
+
+TEST(Instrument, SilenceLeavesTheDecimatorsOffset) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.audio.resetEngine();
+    rig.block(256);
+    EXPECT_NEAR(rig.left.back(), 0.00001f, 2e-7f);
+}
+
+TEST(Instrument, MasterTailRunsOnWithAllLayersOff) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::FxMaType, 6);  // a delay
+    rig.set(par::FxMaMix, 1.0f);
+    for (int k = 0; k < 4; ++k) rig.set(par::FxMaPar1 + k, 0.7f);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    for (int i = 0; i < 40; ++i) rig.block(256);
+    rig.set(par::Layer1On, 0.0f);
+    for (int i = 0; i < 10; ++i) rig.block(256);
+    const std::size_t from = rig.left.size();
+    for (int i = 0; i < 400; ++i) rig.block(256);
+    EXPECT_GT(rig.peak(from), 1e-3f);
+    EXPECT_FALSE(rig.audio.layer(0).layerOn);
+}
+
+TEST(Instrument, AllLayersOffAreSilent) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.set(par::Layer1On, 0.0f);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    for (int i = 0; i < 20; ++i) rig.block(256);
+    EXPECT_LT(rig.peak(), 1e-4f);
+}
+
+TEST(Instrument, PedalHoldsNotesAndItsReleaseEndsThem) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}, {0xb0, 64, 127}});
+    rig.tick();
+    rig.send({{0x80, 60, 0}});
+    rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).voice(15).state(), Envelope::Decay);
+    rig.send({{0xb0, 64, 0}});
+    rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).voice(15).state(), Envelope::Release);
+}
+
+TEST(Instrument, PedalReleaseEndsAMonoVoiceInsteadOfMovingIt) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::PlayMode, 0);
+    rig.audio.resetEngine();
+    rig.send({{0xb0, 64, 127}, {0x90, 60, 100}});
+    rig.tick();
+    rig.send({{0x90, 67, 100}});
+    rig.tick();
+    rig.send({{0x80, 67, 0}, {0x80, 60, 0}});
+    rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).voice(0).note, 67);
+    rig.send({{0xb0, 64, 0}});
+    rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).voice(0).note, 67);
+    EXPECT_EQ(rig.audio.layer(0).voice(0).state(), Envelope::Release);
+}
+
+TEST(Instrument, SuspendLeavesSwitchedOffLayersAlone) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer(0);
+    rig.plainLayer(1);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    rig.tick();
+    rig.set(par::Layer2On, 0.0f);
+    rig.tick();
+    rig.audio.stop();
+    EXPECT_FALSE(rig.audio.layer(0).voice(15).sounding());
+    EXPECT_TRUE(rig.audio.layer(1).voice(15).sounding());
+    EXPECT_EQ(rig.audio.state().songPosition, 0.0);
+}
+
+TEST(Instrument, MutedEngineIsSilentAndKeepsItsEvents) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    for (Flag* flag : {&rig.audio.flags().audioMuted, &rig.audio.flags().engineLocked, &rig.audio.flags().editorClosing}) {
+        flag->set();
+        rig.send({{0x90, 60, 100}});
+        rig.block(16);  // what the decimator still holds
+        const std::size_t from = rig.left.size();
+        rig.block(256);
+        EXPECT_LT(rig.peak(from), 1e-4f);
+        EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());
+        EXPECT_EQ(rig.audio.midi().queued(0).data1, 60);
+        flag->clear();
+        rig.block(256);
+        EXPECT_EQ(rig.audio.midi().queued(0).status, 0);
+    }
+}
+
+TEST(Instrument, DoublesAreTheWidenedFloats) {
+    EngineRig narrow, wide;
+    for (EngineRig* rig : {&narrow, &wide}) {
+        rig->clearParameters();
+        rig->plainLayer();
+        rig->audio.resetEngine();
+        rig->send({{0x90, 60, 100}});
+    }
+    narrow.block(1000);
+    std::vector<double> left(1000), right(1000);
+    wide.audio.render(left.data(), right.data(), 1000, wide.host.transport);
+    EXPECT_GT(narrow.peak(), 0.001f);
+    for (int i = 0; i < 1000; ++i) {
+        ASSERT_EQ(left[i], static_cast<double>(narrow.left[i]));
+        ASSERT_EQ(right[i], static_cast<double>(narrow.right[i]));
+    }
+}
+
+TEST(Instrument, FollowersSeeProgramChangesAndPatches) {
+    EngineRig rig;
+    ProgramChanges::Reader programs(rig.audio.programChanges());
+    ParameterChanges::Reader values(rig.audio.parameters().changes());
+    rig.send({{0xc3, 9, 0}, {0xb0, 1, 64}});
+    rig.tick();
+    EXPECT_EQ(programs.take(), 9);
+    const auto turned = values.take();
+    EXPECT_TRUE(turned.changed.test(par::Modwheel) && turned.from(ChangeSource::midi));
+
+    const std::string path = test::sharedDataFolder().path() + "heard.fxp";
+    ASSERT_TRUE(rig.audio.patchFiles().savePatchFile(path));
+    const std::uint32_t loaded = rig.audio.patchesLoaded();
+    EXPECT_TRUE(rig.audio.patchFiles().loadPatchFile(path));
+    EXPECT_EQ(rig.audio.patchesLoaded(), loaded + 1);
+    EXPECT_FALSE(rig.audio.isBusy());
+    const auto replaced = values.take();
+    EXPECT_TRUE(replaced.all && replaced.from(ChangeSource::patch));
+}
+
+TEST(Instrument, StateBringsThePatchBack) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.parameters().setParameter(par::Cutoff1, 0.375f);
+    rig.audio.program().setProgramName("Mine");
+    const ChunkBytes state = rig.audio.patchChunk().getChunk();
+    ASSERT_GT(state.size, 0);
+    rig.audio.parameters().setParameter(par::Cutoff1, 0.5f);
+    rig.audio.program().setProgramName("Other");
+    EXPECT_EQ(rig.audio.patchChunk().setChunk(state.data.get(), state.size), 1);
+    EXPECT_EQ(rig.audio.parameters().getParameter(par::Cutoff1), 0.375f);
+    EXPECT_EQ(rig.audio.program().getProgramName(), "Mine");
+}
+
+TEST(Instrument, LayersFollowTheParametersAtTheNextTick) {
+    EngineRig rig;
+    rig.tick();
+    rig.audio.parameters().setParameter(hostIndex(par::Reso1, 2), 0.625f);
+    EXPECT_NE(rig.audio.layer(2).block()[par::Reso1], 0.625f);
+    rig.tick();
+    EXPECT_EQ(rig.audio.layer(2).block()[par::Reso1], 0.625f);
+}
+
+}  // namespace
+}  // namespace vantoric
