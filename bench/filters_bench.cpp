@@ -1,16 +1,19 @@
 // What each filter type costs, in ns per voice and sample at 96 kHz: as scalar code; four and sixteen voices as
-// lanes, and both filter places of sixteen voices at once where they can be, in either width of registers; and a setup
-// with a new cutoff, in ns.
+// lanes, both filter places of sixteen voices at once where they can be, and a single voice in both places of four layers
+// at once, in either width of registers; and a setup with a new cutoff, in ns.
 // Usage: bench-filters [milliseconds a figure] [list index]
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <vector>
 
 #include <xmmintrin.h>
 
 #include "sound/filter_bank.h"
 #include "sound/filter_labels.h"
+#include "sound/filter_rack.h"
 #include "sound/filters/wide_loops.h"
 #include "sound/voice_filter.h"
 #include "thread_time.h"
@@ -40,6 +43,7 @@ public:
                 std::printf("%8.2f ", pair);
             else
                 std::printf("       - ");
+            std::printf("%8.2f ", rack());
         }
         std::printf("| %6.0f\n", setup());
     }
@@ -89,6 +93,24 @@ private:
                }) /
                (tick * 2 * voiceCount);
     }
+    // Per filter.
+    double rack() {
+        static FilterRack runner;
+        static LaneBuffer buffers[FilterRack::maxPlaces];
+        std::vector<std::unique_ptr<FilterBank>> banks;
+        std::vector<FilterPlace> places;
+        for (LaneBuffer& buffer : buffers) {
+            banks.push_back(std::make_unique<FilterBank>(random_));
+            banks.back()->setup(15, settings_);
+            places.push_back({banks.back().get(), buffer, 0x8000});
+        }
+        return time([&] {
+                   for (const FilterPlace& place : places)
+                       std::memcpy(place.buffer, noise_, sizeof noise_ / maxTickSamples * tick);
+                   runner.run(places, tick);
+               }) /
+               (tick * FilterRack::maxPlaces);
+    }
     double setup() {
         FilterBank bank(random_);
         FilterSettings settings = settings_;
@@ -109,10 +131,11 @@ private:
 int main(int argc, char** argv) {
     _mm_setcsr(_mm_getcsr() | 0x8040u);
     static Bench rig(argc > 1 ? std::atoi(argv[1]) : 20);
-    std::printf("%-21s %8s | %-26s | %s\n", "", "scalar", "registers of four lanes",
+    std::printf("%-21s %8s | %-35s | %s\n", "", "scalar", "registers of four lanes",
                 filters::wideLoopsInUse() ? "of eight lanes" : "no registers of eight lanes: the same again");
-    std::printf("%-21s %8s | %8s %8s %8s | %8s %8s %8s | %6s\n", "  # filter", "", "4 voices", "16", "both", "4 voices", "16",
-                "both", "setup");
+    std::printf("%-21s %8s ", "  # filter", "");
+    for (int width = 0; width < 2; ++width) std::printf("| %8s %8s %8s %8s ", "4 voices", "16", "both", "4 layers");
+    std::printf("| %6s\n", "setup");
     for (int index = 0; index < 64; ++index)
         if (filterNumber(index) >= 0 && (argc < 3 || std::atoi(argv[2]) == index)) rig.report(index);
     return 0;

@@ -24,8 +24,14 @@ LaneMask FilterBank::sharing(const filters::Loop<voiceCount>* loop, LaneMask mas
     return group;
 }
 
-void FilterBank::run(float* buffer, int count, LaneMask mask) {
-    const filters::DrawStarts starts = takeDraws(count, mask);
+const filters::Loop<voiceCount>* FilterBank::commonLoop(LaneMask mask) const {
+    const filters::Loop<voiceCount>* loop = mask != 0 ? slots_[std::countr_zero(mask)].loop() : nullptr;
+    return sharing(loop, mask) == mask ? loop : nullptr;
+}
+
+void FilterBank::run(float* buffer, int count, LaneMask mask) { run(takeDraws(count, mask), buffer, count, mask); }
+
+void FilterBank::run(const filters::DrawStarts& starts, float* buffer, int count, LaneMask mask) {
     LaneMask rest = mask;
     while (rest != 0) {
         const filters::Loop<voiceCount>* loop = slots_[std::countr_zero(rest)].loop();
@@ -38,12 +44,11 @@ void FilterBank::run(float* buffer, int count, LaneMask mask) {
 // Without draws the order of the two does not matter.
 bool FilterBank::runTogether(FilterBank& first, float* firstBuffer, FilterBank& second, float* secondBuffer, int count,
                              LaneMask mask) {
-    const filters::Loop<voiceCount>* loop = mask != 0 ? first.slots_[std::countr_zero(mask)].loop() : nullptr;
-    if (loop == nullptr || loop->draws.congruence != 0 || loop->draws.hash != 0) return false;
-    if (first.sharing(loop, mask) != mask || second.sharing(loop, mask) != mask) return false;
+    const filters::Loop<voiceCount>* loop = first.commonLoop(mask);
+    if (loop == nullptr || loop != second.commonLoop(mask) || loop->draws.any()) return false;
     const filters::DrawStarts none;
     using Run = filters::LoopRun<voiceCount>;
-    std::array runs{Run{first.memory_, none, firstBuffer, mask}, Run{second.memory_, none, secondBuffer, mask}};
+    std::array runs{Run{&first.memory_, &none, firstBuffer, mask}, Run{&second.memory_, &none, secondBuffer, mask}};
     loop->run(runs, count);
     first.silence(firstBuffer, count, runs[0].broken);
     second.silence(secondBuffer, count, runs[1].broken);
@@ -62,7 +67,7 @@ void FilterBank::silence(float* buffer, int count, LaneMask broken) {
 LaneMask FilterBank::runGroup(const filters::Loop<voiceCount>& loop, const filters::DrawStarts& starts, float* buffer, int count,
                               LaneMask group, LaneMask mask) {
     const bool alone = group == mask;
-    filters::LoopRun<voiceCount> run{memory_, starts, alone ? buffer : scratch_, group};
+    filters::LoopRun<voiceCount> run{&memory_, &starts, alone ? buffer : scratch_, group};
     if (!alone) copyVoices(buffer, scratch_, count, group);
     loop.run({&run, 1}, count);
     if (!alone) copyVoices(scratch_, buffer, count, group);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 
 #include "base/engine_state.h"
 #include "base/lane_bank.h"
@@ -36,6 +37,12 @@ public:
                             LaneMask mask);
 
 private:
+    friend class FilterRack;
+
+    void run(const filters::DrawStarts& starts, float* buffer, int count, LaneMask mask);
+    // The loop of all voices in `mask`; null where they differ or pass audio through.
+    const filters::Loop<voiceCount>* commonLoop(LaneMask mask) const;
+    const filters::FilterType<voiceCount>& typeOf(LaneMask mask) const { return *slots_[std::countr_zero(mask)].type(); }
     LaneMask sharing(const filters::Loop<voiceCount>* loop, LaneMask mask) const;
     void silence(float* buffer, int count, LaneMask broken);
     filters::DrawStarts takeDraws(int count, LaneMask mask);

@@ -13,7 +13,7 @@ void VoiceFilter::run(float* samples, int count) {
     starts.hashSeed = random_.hash.seed;
     random_.congruence.skip(static_cast<std::uint32_t>(loop->draws.congruence * count));
     random_.hash.counter += static_cast<std::uint32_t>(loop->draws.hash * count);
-    filters::LoopRun<1> run{memory_, starts, samples, 1};
+    filters::LoopRun<1> run{&memory_, &starts, samples, 1};
     loop->run({&run, 1}, count);
     if (run.broken != 0) {
         reset();

@@ -15,6 +15,8 @@ namespace vantoric::filters {
 struct DrawCounts {
     int congruence = 0;
     int hash = 0;
+
+    constexpr bool any() const { return congruence != 0 || hash != 0; }
 };
 
 // Where each voice's draws begin.

@@ -40,7 +40,6 @@ struct Chain {
     LoopRun<voiceCount>* run;
     int first;
 };
-inline constexpr int maxChains = 4;  // that are run at once: as many as hide the processor's delays
 
 // Steps K chains of `width` lanes in turn: while one waits for its last result, the others go on.
 template <template <class> class Topology, VariantOf<Topology> Variant, int width, int K>
@@ -51,11 +50,11 @@ VANTORIC_FLATTEN void runChains(const Chain* chains, int count) {
     float* at[K];
     for (int k = 0; k < K; ++k) {
         LoopRun<voiceCount>& run = *chains[k].run;
-        loops[k] = run.memory.template cells<Topology>().template load<width>(chains[k].first, run.mask);
+        loops[k] = run.memory->template cells<Topology>().template load<width>(chains[k].first, run.mask);
         at[k] = run.buffer + chains[k].first;
     }
     auto random = [&]<std::size_t... Index>(std::index_sequence<Index...>) {
-        return std::array{Draws<T>(chains[Index].run->starts, chains[Index].first)...};
+        return std::array{Draws<T>(*chains[Index].run->starts, chains[Index].first)...};
     }(std::make_index_sequence<K>{});
     for (int i = 0; i < count; ++i) {
 #pragma GCC unroll 4
@@ -68,7 +67,7 @@ VANTORIC_FLATTEN void runChains(const Chain* chains, int count) {
     for (int k = 0; k < K; ++k) {
         LoopRun<voiceCount>& run = *chains[k].run;
         const int first = chains[k].first;
-        run.memory.template cells<Topology>().template store<width>(first, loops[k], run.mask);
+        run.memory->template cells<Topology>().template store<width>(first, loops[k], run.mask);
         const auto bad = lanesOutOfRange(loops[k]);
         if (!anyOf(bad)) continue;
         for (int lane = 0; lane < width; ++lane)
@@ -80,15 +79,15 @@ VANTORIC_FLATTEN void runChains(const Chain* chains, int count) {
 template <template <class> class Topology, VariantOf<Topology> Variant, int Voices>
 bool runVoice(LoopRun<Voices>& run, int voice, int stride, int count) {
     using T = TopologyScalar<Topology>;
-    auto& cells = run.memory.template cells<Topology>();
+    auto& cells = run.memory->template cells<Topology>();
     float* at = run.buffer + voice;
     Topology<T> loop = cells.get(voice);
     float last = 0.0f;  // of a delay line, whose memory is long and its gain high where it runs away
     if constexpr (runsByVoice<Topology>) {
-        DelayLine& line = run.memory.line(voice);
+        DelayLine& line = run.memory->line(voice);
         for (int i = 0; i < count; ++i, at += stride) *at = last = loop.step(*at, line);
     } else {
-        Draws<T> random(run.starts, voice);
+        Draws<T> random(*run.starts, voice);
         for (int i = 0; i < count; ++i, at += stride)
             *at = static_cast<float>(loop.template step<Variant>(static_cast<T>(*at), random));
     }
@@ -104,17 +103,24 @@ void runByVoice(std::span<LoopRun<voiceCount>> runs, int count) {
                 run.broken |= static_cast<LaneMask>(1u << v);
 }
 
+// How many of the chains that are left go next: of four lanes in rounds of the same size; of eight never three, which
+// are rare (the places of one layer make one, two or four) and would cost their time at build.
+template <int width>
+constexpr int chainsOfRound(int left) {
+    if (width > laneGroup) return left >= maxChains ? maxChains : left >= 2 ? 2 : left;
+    const int rounds = (left + maxChains - 1) / maxChains;
+    return (left + rounds - 1) / rounds;
+}
+
 template <template <class> class Topology, VariantOf<Topology> Variant, int width>
 void runInLanes(std::span<LoopRun<voiceCount>> runs, int count) {
-    Chain chains[maxLoopRuns * voiceCount / width];
+    Chain chains[maxLoopVoices / width];
     int left = 0;
     for (LoopRun<voiceCount>& run : runs)
         for (int first = 0; first < voiceCount; first += width)
             if ((run.mask >> first & ((1 << width) - 1)) != 0) chains[left++] = {&run, first};
-    // Chains of eight lanes come one or two from each place, never three.
     for (const Chain* next = chains; left > 0;) {
-        const int rounds = (left + maxChains - 1) / maxChains;
-        const int taken = (left + rounds - 1) / rounds;
+        const int taken = chainsOfRound<width>(left);
         switch (taken) {
             case 1: runChains<Topology, Variant, width, 1>(next, count); break;
             case 2: runChains<Topology, Variant, width, 2>(next, count); break;
@@ -143,7 +149,8 @@ template <template <class> class Topology, int Voices, int width>
 constexpr std::array<Loop<Voices>, variantCount<Topology>> loopsByVariant() {
     return []<int... Value>(std::integer_sequence<int, Value...>) {
         return std::array{Loop<Voices>{&runLoop<Topology, VariantOf<Topology>(Value), Voices, width>,
-                                       Topology<float>::draws(VariantOf<Topology>(Value)), Value}...};
+                                       Topology<float>::draws(VariantOf<Topology>(Value)), Value,
+                                       Voices == 1 || runsByVoice<Topology> ? 1 : width}...};
     }(std::make_integer_sequence<int, variantCount<Topology>>{});
 }
 
@@ -175,13 +182,28 @@ void clearVoice(FilterMemory<Voices>& memory, int voice) {
     if constexpr (runsByVoice<Topology>) memory.line(voice).clear();
 }
 
+template <template <class> class Topology>
+void copyGroup(const FilterMemory<voiceCount>& from, int first, FilterMemory<voiceCount>& to, int toFirst, LaneMask mask) {
+    const auto loops = from.template cells<Topology>().template load<laneGroup>(first);
+    to.template cells<Topology>().template store<laneGroup>(toFirst, loops, static_cast<LaneMask>(mask << toFirst));
+}
+
+template <int Voices, template <class> class Topology>
+constexpr auto copyGroupOf() -> decltype(FilterType<Voices>::copyGroup) {
+    if constexpr (Voices == 1)
+        return nullptr;
+    else
+        return &copyGroup<Topology>;
+}
+
 template <int Voices, template <class> class Topology>
 std::span<const FilterType<Voices>> typesOfRows() {
     static_assert(std::is_array_v<decltype(filterRows<Topology>)>, "a loop without rows");
     static constexpr auto types = []<std::size_t... Row>(std::index_sequence<Row...>) {
         return std::array{FilterType<Voices>{filterRows<Topology>[Row].index, filterRows<Topology>[Row].number,
                                              filterRows<Topology>[Row].recompute == Recompute::everySetup,
-                                             &setupVoice<Voices, Topology, Row>, &clearVoice<Voices, Topology>}...};
+                                             &setupVoice<Voices, Topology, Row>, &clearVoice<Voices, Topology>,
+                                             copyGroupOf<Voices, Topology>()}...};
     }(std::make_index_sequence<std::size(filterRows<Topology>)>{});
     return types;
 }

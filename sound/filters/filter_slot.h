@@ -39,6 +39,8 @@ public:
     }
     // The loop of the last setup; null to pass audio through.
     const Loop<Voices>* loop() const { return loop_; }
+    // The type of the last setup; null to pass audio through.
+    const FilterType<Voices>* type() const { return type_; }
     // The type's own number; -1 for none.
     int number() const { return type_ != nullptr ? type_->number : -1; }
     const SetupMemory& kept() const { return kept_; }

@@ -11,24 +11,27 @@ namespace vantoric::filters {
 // voice v stands at i * 16 + v, and the other lanes of the groups touched are overwritten with finite values.
 template <int Voices>
 struct LoopRun {
-    FilterMemory<Voices>& memory;
-    const DrawStarts& starts;
-    float* buffer;
-    LaneMask mask;
+    FilterMemory<Voices>* memory = nullptr;
+    const DrawStarts* starts = nullptr;
+    float* buffer = nullptr;
+    LaneMask mask = 0;
     LaneMask broken = 0;  // set by the loop: voices whose memory is no longer finite, or about to be
 };
 
+// Most runs that a loop takes at once, and most voices among them all.
+inline constexpr int maxLoopRuns = 10, maxLoopVoices = 8 * voiceCount;
+// Registers of voices that a loop steps in turn: as many as hide the processor's delays.
+inline constexpr int maxChains = 4;
+
 // A sample loop. Several runs of the same loop go side by side: each step of a filter waits for the one before it,
-// so two filters at once take little longer than one.
+// so four filters at once take little longer than one.
 template <int Voices>
 struct Loop {
     void (*run)(std::span<LoopRun<Voices>> runs, int count);
     DrawCounts draws;
     int variant;  // the value of the loop's enumeration
+    int width;    // voices that are stepped as one; 1 where they go one by one
 };
-
-// Most runs that a loop takes at once.
-inline constexpr int maxLoopRuns = 2;
 
 template <int Voices>
 struct FilterType {
@@ -37,6 +40,9 @@ struct FilterType {
     bool everyCall;  // recomputes at every setup, also with unchanged inputs
     const Loop<Voices>* (*setup)(const FilterInputs& in, FilterMemory<Voices>& memory, int voice);
     void (*clear)(FilterMemory<Voices>& memory, int voice);
+    // Copies coefficients and memories of the voices `mask` of a group of four that begins at voice `first` to the group
+    // at `toFirst`, but not a delay line. `mask`: of the four, bit 0 the first. Null for a single voice.
+    void (*copyGroup)(const FilterMemory<Voices>& from, int first, FilterMemory<Voices>& to, int toFirst, LaneMask mask);
 };
 
 // The type at an index of the list; null for "Bypass", separators and indices beyond. Voices: 1 or 16.
