@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "sound/kernel_chains.h"
 #include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/sample_lanes.h"
