@@ -6,6 +6,7 @@
 #include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
+#include "sound/row_rendering.h"
 #include "sound/side_by_side.h"
 
 namespace vantoric {
@@ -20,15 +21,11 @@ namespace {
 // share and keeps what stands for it in the next; a one-pole low-pass; hiss.
 class AnalogRun {
 public:
-    template <class T>
-    using Chain = OutputLowpass<T>;
-
     explicit AnalogRun(const KernelCall& call)
         : call_(call), previous_(call.state->previousRead), pole_(analogCoefficient(call.engine->internalRate)) {}
 
-    static ChainLoop<Chain>* loop() { return kernelLoops().outputLowpass; }
-    Chain<float> chain() const { return {1.0f - pole_, call_.state->lowpass}; }
-    void store(const Chain<float>& chain) const {
+    OutputLowpass<float> chain() const { return {1.0f - pole_, call_.state->lowpass}; }
+    void store(const OutputLowpass<float>& chain) const {
         call_.state->lowpass = chain.memory;
         call_.state->previousRead = previous_;
     }
@@ -61,10 +58,10 @@ public:
     void finish(const float* row, int at, int count) const {
         kernelLoops().analogOverHash(row, random().hash, sound(), call_.out + at, count);
     }
-    void alone(Chain<float>& chain, int count) {
+    void alone(OutputLowpass<float>& chain, int count) {
         kernelLoops().analogPlainAlone(reads(cycle_), at_, previous_, chain, random().hash, sound(), call_.out, count);
     }
-    void store(const Chain<float>& chain) const {
+    void store(const OutputLowpass<float>& chain) const {
         AnalogRun::store(chain);
         call_.state->phase = at_.phase;
     }
@@ -88,10 +85,10 @@ public:
     void finish(const float* row, int at, int count) const {
         kernelLoops().analogOverCongruence(row, random().congruence, unturned(), call_.out + at, count);
     }
-    void alone(Chain<float>& chain, int count) {
+    void alone(OutputLowpass<float>& chain, int count) {
         kernelLoops().analogPulseAlone(pulse(), at_, previous_, chain, random().congruence, unturned(), call_.out, count);
     }
-    void store(const Chain<float>& chain) const {
+    void store(const OutputLowpass<float>& chain) const {
         AnalogRun::store(chain);
         call_.state->phase = at_.phase;
     }
@@ -134,7 +131,7 @@ public:
     void finish(const float* row, int at, int count) const {
         kernelLoops().analogOverCongruence(row, random().congruence, sound(), call_.out + at, count);
     }
-    void store(const Chain<float>& chain) const {
+    void store(const OutputLowpass<float>& chain) const {
         AnalogRun::store(chain);
         at_.store(*call_.state);
     }
@@ -144,11 +141,16 @@ private:
     ModulatedPhase at_;
 };
 
+template <class Run>
+void renderAnalog(std::span<const KernelCall> calls, int count) {
+    renderRows<Run, OutputLowpass>(kernelLoops().outputLowpass, calls, count);
+}
+
 }  // namespace
 
-void sideBySide::analogPlain(std::span<const KernelCall> calls, int count) { renderRows<PlainRun>(calls, count); }
-void sideBySide::analogFm(std::span<const KernelCall> calls, int count) { renderRows<FmRun>(calls, count); }
-void sideBySide::analogPulse(std::span<const KernelCall> calls, int count) { renderRows<PulseRun>(calls, count); }
+void sideBySide::analogPlain(std::span<const KernelCall> calls, int count) { renderAnalog<PlainRun>(calls, count); }
+void sideBySide::analogFm(std::span<const KernelCall> calls, int count) { renderAnalog<FmRun>(calls, count); }
+void sideBySide::analogPulse(std::span<const KernelCall> calls, int count) { renderAnalog<PulseRun>(calls, count); }
 
 namespace kernels {
 

@@ -7,6 +7,7 @@
 #include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
+#include "sound/row_rendering.h"
 #include "sound/side_by_side.h"
 
 namespace vantoric {
@@ -84,9 +85,9 @@ void renderAttractors(int noiWave, AttractorLoop<System>* KernelLoops::* loop, s
     Attractors<System> all;
     const int runs = static_cast<int>(calls.size());
     // Those of many steps a sample first, so that registers hold like ones.
-    std::uint8_t order[rowCount];
+    std::uint8_t order[rowCount] = {};
     std::iota(order, order + runs, std::uint8_t{0});
-    std::stable_sort(order, order + runs, [&](int a, int b) { return calls[a].state->increment > calls[b].state->increment; });
+    std::sort(order, order + runs, [&](int a, int b) { return calls[a].state->increment > calls[b].state->increment; });
     for (int k = 0; k < runs; ++k) {
         const KernelCall& call = calls[order[k]];
         const ChaosStep step = stepOf(call);
@@ -124,28 +125,29 @@ void sideBySide::fractal3(std::span<const KernelCall> calls, int count) {
 
 namespace kernels {
 
-// Lorenz.
+// "Fractal1": Lorenz.
 void fractal1(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
     alone(sideBySide::fractal1, context, out, count, state, in);
 }
 
-// Rossler.
+// "Fractal2": Rossler.
 void fractal2(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
     alone(sideBySide::fractal2, context, out, count, state, in);
 }
 
-// Chua.
+// "Fractal3": Chua.
 void fractal3(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
     alone(sideBySide::fractal3, context, out, count, state, in);
 }
 
-// Henon's map at twice the pitch, its values joined by straight lines. work: x, y, level, slope.
+// "Fractal4": Henon's map at twice the pitch, its values joined by straight lines. work: x, y, level, slope.
 void fractal4(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
     const float a = chaosParameter(11, static_cast<int>(colour(state)));
     const std::uint32_t increment = std::min(state.increment, phaseMask);
     const float rate = static_cast<float>(increment) * 5.9604645e-8f;
     float x = state.work[0], y = state.work[1], level = state.work[2], slope = state.work[3];
     std::uint32_t phase = state.phase;
+    float levels[maxTickSamples];
     for (int i = 0; i < count; ++i) {
         for (int half = 0; half < 2; ++half) {
             phase += increment;
@@ -158,8 +160,9 @@ void fractal4(const KernelContext&, std::int16_t* out, int count, OscillatorStat
             }
             level += slope;
         }
-        out[i] = truncateToSample(level * 6000.0f);
+        levels[i] = level;
     }
+    kernelLoops().truncated(levels, 6000.0f, out, count);
     state.phase = phase;
     const bool sound = isFinite(x) && isFinite(y) && isFinite(level) && isFinite(slope);
     state.work[0] = sound ? x : 1.0f;

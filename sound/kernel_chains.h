@@ -4,9 +4,8 @@
 
 #include <cstdint>
 
-#include "base/lanes.h"
-#include "base/numbers.h"
-#include "base/random.h"
+#include "base/lane_bank.h"
+#include "sound/kernel_loops.h"
 
 namespace vantoric {
 
@@ -145,6 +144,18 @@ struct AttractorOf {
         if constexpr (System<T>::heardBySlope) slopeOfX = d.x;
     }
     T output() const { return system.output(System<T>::heardBySlope ? slopeOfX : p.x); }
+};
+
+// Attractors in their lanes. subSteps: how many steps make a sample; draws: the states of the linear congruence, which are
+// stepped.
+template <template <class> class System>
+struct Attractors {
+    template <class T>
+    using Chain = AttractorOf<System, T>;
+
+    LaneBank<Chain> bank;
+    std::int32_t subSteps[rowCount] = {};
+    std::uint32_t draws[rowCount] = {};
 };
 
 }  // namespace vantoric

@@ -4,21 +4,43 @@
 
 #include <cstdint>
 
-#include "base/lane_bank.h"
+#include "base/engine_state.h"
+#include "base/random.h"
 #include "sound/fm_loop.h"
-#include "sound/kernel_chains.h"
 #include "sound/oscillator_state.h"
+#include "sound/side_by_side.h"
 
 namespace vantoric {
 
+// The recursive parts, of kernel_chains.h.
+template <template <class> class Topology, class Scalar>
+class LaneBank;
+template <template <class> class System>
+struct Attractors;
+template <class T>
+struct StackHighpass;
+template <class T>
+struct TwoStackHighpasses;
+template <class T>
+struct OutputLowpass;
+template <class T>
+struct NoiseLowpass;
+template <class T>
+struct NoiseBandpass;
+template <class T>
+struct PinkFilter;
+template <class T>
+struct Lorenz;
+template <class T>
+struct Rossler;
+template <class T>
+struct Chua;
+
 inline constexpr int rowSamples = 128;  // what the loops take at once, at most
-inline constexpr int rowCount = 16;     // oscillators side by side, at most
 inline constexpr int widestLanes = 8;
-inline constexpr int maxSubSteps = 512;  // of an attractor in a sample
 
 // One row an oscillator. Loops may fill a row beyond `count`, up to a multiple of widestLanes.
 using Row = float[rowSamples];
-using WideRow = std::int32_t[rowSamples];
 
 // The running phases of a stack, shifted to the top of their words so that they wrap by themselves.
 struct StackPhases {
@@ -64,19 +86,9 @@ struct ModulatedWave {
 // The recursive part of the first `runs` oscillators of a bank, in place over `count` samples of their rows. Rows and bank
 // up to the next multiple of widestLanes hold zeros.
 template <template <class> class Chain>
-using ChainLoop = void(LaneBank<Chain>& bank, Row* rows, int runs, int count);
+using ChainLoop = void(LaneBank<Chain, float>& bank, Row* rows, int runs, int count);
 
-// Attractors side by side; their rows are filled. subSteps: how many steps make a sample; draws: the states of the linear
-// congruence, which are stepped.
-template <template <class> class System>
-struct Attractors {
-    template <class T>
-    using Chain = AttractorOf<System, T>;
-
-    LaneBank<Chain> bank;
-    std::int32_t subSteps[rowCount] = {};
-    std::uint32_t draws[rowCount] = {};
-};
+// Attractors side by side; their rows are filled.
 template <template <class> class System>
 using AttractorLoop = void(Attractors<System>& attractors, Row* rows, int runs, int count);
 

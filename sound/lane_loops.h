@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "sound/kernel_chains.h"
 #include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/sample_lanes.h"
@@ -381,12 +382,13 @@ struct LaneLoops {
 
     // What N samples of a modulated oscillator read by.
     struct Group {
-        Bits phases;  // 24 bits, with the FM offset
-        Ints steps;   // effective steps in table samples
-        Ints totals;  // phases before they were cut to 24 bits
-        Ints lastTotals;
+        Bits phases;        // 24 bits, with the FM offset
+        Ints steps;         // effective steps in table samples
+        Ints totals;        // phases before they were cut to 24 bits
+        Ints totalsBefore;  // of which the last lane counts
+
+        bool wraps() const { return anyOf(totals < oneEarlier<N>(totalsBefore, totals)); }
     };
-    using Mask = typename Ints::mask_type;
 
     // Groups of N samples until one of them has to go one by one: breaks(group) is where, beside restarts. read(group, i)
     // reads the others. Depths and increments far beyond what the parameters reach go one by one as well, as their products
@@ -403,7 +405,7 @@ struct LaneLoops {
         Bits phases = Bits(at.phase) + Bits(at.step) * up;
         Ints depths = Ints(at.depth) + Ints(at.depthStep) * asInts<N>(up - Bits(1u));
         Ints inputs(at.lastInput), offsets(at.lastOffset), totals(at.lastTotal);
-        const Mask synced(at.synced);
+        const bool synced = at.synced;
         int done = 0;
         for (; count - done >= N; done += N) {
             const Ints x = widened<N>(in + done);
@@ -412,10 +414,9 @@ struct LaneLoops {
                 halvesMultiplied<N>(x, (depths >> 4) & Ints(0xffff)) + (halvesMultiplied<N>(x, depths & Ints(15)) >> 4);
             const Ints total = asInts<N>(phases & Bits(phaseMask)) + offset;
             const Group group{asBits<N>(total) & Bits(phaseMask),
-                              magnitude(increment - oneEarlier<N>(offsets, offset) + offset) >> 13, total,
-                              oneEarlier<N>(totals, total)};
-            const Mask restarts = synced && x > Ints(0) && oneEarlier<N>(inputs, x) < Ints(1);
-            if (anyOf(restarts || breaks(group))) break;
+                              magnitude<N>(increment - oneEarlier<N>(offsets, offset) + offset) >> 13, total, totals};
+            if (synced && anyOf(x > Ints(0) && oneEarlier<N>(inputs, x) < Ints(1))) break;
+            if (breaks(group)) break;
             read(group, done);
             phases += step;
             depths += depthStep;
@@ -425,17 +426,16 @@ struct LaneLoops {
         }
         at.phase = (at.phase + at.step * static_cast<std::uint32_t>(done)) & phaseMask;
         at.depth += at.depthStep * done;
-        if (at.synced) at.lastInput = static_cast<std::int16_t>(lastLane<N>(inputs));
+        if (synced) at.lastInput = static_cast<std::int16_t>(lastLane<N>(inputs));
         at.lastOffset = lastLane<N>(offsets);
         at.lastTotal = lastLane<N>(totals);
         return done;
     }
-    static Ints magnitude(const Ints& x) { return (x ^ (x >> 31)) - (x >> 31); }
 
     static int modulatedNearest(ModulatedPhase& at, const std::int16_t* cycle, const std::int16_t* in, std::int16_t* out,
                                 int count) {
         return modulatedGroups(
-            at, in, count, [](const Group&) { return Mask(false); },
+            at, in, count, [](const Group&) { return false; },
             [&](const Group& group, int i) { storeSmall<N>(samplesAt<N>(cycle, group.phases >> 13) >> 1, out + i); });
     }
 
@@ -463,14 +463,12 @@ struct LaneLoops {
         if (wave.frames > 32767) return 0;
         const Ints levelStride(wave.frames);
         const std::int16_t* const table = wave.table;
-        const Mask latches(wave.latches);
-        const auto breaks = [&](const Group& group) {
-            return group.steps >= Ints(boxStep) || (latches && group.totals < group.lastTotals);
-        };
+        const bool latches = wave.latches;
+        const auto breaks = [&](const Group& group) { return anyOf(group.steps >= Ints(boxStep)) || (latches && group.wraps()); };
         return modulatedGroups(at, in, count, breaks, [&](const Group& group, int i) {
-            // Levels by three quarters of the steps: the exponent of 2 x + 1 is the number of the bits of x.
-            const Ints odd = ((group.steps + group.steps + group.steps) >> 1) | Ints(1);
-            const Ints levels = (std::bit_cast<Ints>(toFloats<N>(odd)) >> 23) - Ints(127);
+            // Levels by three quarters of the steps: the number of the bits of 3 x >> 2 is the exponent of 3 x | 2 less 1.
+            const Ints scaled = (group.steps + group.steps + group.steps) | Ints(2);
+            const Ints levels = (std::bit_cast<Ints>(toFloats<N>(scaled)) >> 23) - Ints(128);
             const Bits cycles = asBits<N>(halvesMultiplied<N>(levels, levelStride) << 11) + frames();
             storeSmall<N>(linearSums<N>(table, cycles, group.phases) >> 14, out + i);
         });

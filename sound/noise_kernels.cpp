@@ -6,6 +6,7 @@
 #include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
+#include "sound/row_rendering.h"
 #include "sound/side_by_side.h"
 
 namespace vantoric {
@@ -63,44 +64,32 @@ protected:
 };
 
 struct LowpassRun : FilteredNoise {
-    template <class T>
-    using Chain = NoiseLowpass<T>;
-
     explicit LowpassRun(const KernelCall& call) : FilteredNoise(call) {
         amplitude_ = 9000.0f * std::sqrt(1.0f / c_.k) / std::sqrt(c_.f);
     }
-    static ChainLoop<Chain>* loop() { return kernelLoops().noiseLowpass; }
-    Chain<float> chain() const { return {filter()}; }
-    void store(const Chain<float>& chain) const { storeFilter(chain); }
+    NoiseLowpass<float> chain() const { return {filter()}; }
+    void store(const NoiseLowpass<float>& chain) const { storeFilter(chain); }
 };
 
 struct BandpassRun : FilteredNoise {
-    template <class T>
-    using Chain = NoiseBandpass<T>;
-
     explicit BandpassRun(const KernelCall& call) : FilteredNoise(call) {
         const float rate = call.engine->internalRate;
         amplitude_ = 0.03125f / std::sqrt(c_.f) * std::sqrt(1.0f / c_.k) * (rate + 192000.0f);
     }
-    static ChainLoop<Chain>* loop() { return kernelLoops().noiseBandpass; }
-    Chain<float> chain() const { return {filter()}; }
-    void store(const Chain<float>& chain) const { storeFilter(chain); }
+    NoiseBandpass<float> chain() const { return {filter()}; }
+    void store(const NoiseBandpass<float>& chain) const { storeFilter(chain); }
 };
 
 // White noise in +-2500 behind Paul Kellet's economy filter.
 class PinkRun {
 public:
-    template <class T>
-    using Chain = PinkFilter<T>;
-
     explicit PinkRun(const KernelCall& call) : call_(call) {}
 
     bool ready() const { return true; }
-    static ChainLoop<Chain>* loop() { return kernelLoops().pinkFilter; }
-    Chain<float> chain() const { return {call_.state->work[0], call_.state->work[1], call_.state->work[2]}; }
+    PinkFilter<float> chain() const { return {call_.state->work[0], call_.state->work[1], call_.state->work[2]}; }
     void fill(float* row, int, int count) { kernelLoops().hashRow(call_.random->hash, 5000.0f, 2500.0f, row, count); }
     void finish(const float* row, int at, int count) const { kernelLoops().truncated(row, 1.0f, call_.out + at, count); }
-    void store(const Chain<float>& chain) const {
+    void store(const PinkFilter<float>& chain) const {
         call_.state->work[0] = chain.b0;
         call_.state->work[1] = chain.b1;
         call_.state->work[2] = chain.b2;
@@ -112,9 +101,15 @@ private:
 
 }  // namespace
 
-void sideBySide::noiseLowpass(std::span<const KernelCall> calls, int count) { renderRows<LowpassRun>(calls, count); }
-void sideBySide::noiseBandpass(std::span<const KernelCall> calls, int count) { renderRows<BandpassRun>(calls, count); }
-void sideBySide::noisePink(std::span<const KernelCall> calls, int count) { renderRows<PinkRun>(calls, count); }
+void sideBySide::noiseLowpass(std::span<const KernelCall> calls, int count) {
+    renderRows<LowpassRun, NoiseLowpass>(kernelLoops().noiseLowpass, calls, count);
+}
+void sideBySide::noiseBandpass(std::span<const KernelCall> calls, int count) {
+    renderRows<BandpassRun, NoiseBandpass>(kernelLoops().noiseBandpass, calls, count);
+}
+void sideBySide::noisePink(std::span<const KernelCall> calls, int count) {
+    renderRows<PinkRun, PinkFilter>(kernelLoops().pinkFilter, calls, count);
+}
 
 namespace kernels {
 
@@ -126,7 +121,9 @@ template <class Sample>
 void atDoublePitch(std::int16_t* out, int count, OscillatorState& state, Sample sample) {
     const std::uint32_t step = std::min(state.increment, phaseMask) * 2;
     std::uint32_t phase = state.phase;
-    for (int i = 0; i < count; ++i) out[i] = truncateToSample(sample(advance(phase, step)));
+    float samples[maxTickSamples];
+    for (int i = 0; i < count; ++i) samples[i] = sample(advance(phase, step));
+    kernelLoops().truncated(samples, 1.0f, out, count);
     state.phase = phase;
 }
 
@@ -190,16 +187,18 @@ void noiseBandlimit(const KernelContext& context, std::int16_t* out, int count, 
     const float nominal = static_cast<float>(state.increment) * 2.3841858e-7f;
     float ramp = state.work[0], step = state.work[1];
     if (step == 0.0f) step = nominal;
+    float ramps[maxTickSamples];
     for (int i = 0; i < count; ++i) {
         ramp += step;
-        if (ramp > 1.0f || ramp < -1.0f) {
+        if (ramp > 1.0f || ramp < -1.0f) [[unlikely]] {
             const float bound = ramp > 0.0f ? 1.0f : -1.0f;
             const float u = unsignedValue(context.random.congruence.next()) * 2.33e-10f;
             step = -bound * (u * w - u / w + 1.0f / w) * nominal;
             ramp = clampTo(2.0f * bound - ramp, -1.0f, 1.0f);
         }
-        out[i] = ramp >= 0.0f ? 4000 : -4000;
+        ramps[i] = ramp;
     }
+    for (int i = 0; i < count; ++i) out[i] = ramps[i] >= 0.0f ? 4000 : -4000;
     state.work[0] = ramp;
     state.work[1] = step;
 }

@@ -59,6 +59,14 @@ inline BitLanes<N> countedUp() {
     return BitLanes<N>([](auto k) { return static_cast<std::uint32_t>(k) + 1u; });
 }
 
+template <int N>
+inline IntLanes<N> magnitude(const IntLanes<N>& x) {
+#if defined(__AVX2__)
+    if constexpr (N == 8) return IntLanes<N>(_mm256_abs_epi32(static_cast<__m256i>(x)));
+#endif
+    return (x ^ (x >> 31)) - (x >> 31);
+}
+
 // The last lane of `before`, then all but the last of `x`: each lane's neighbour in time.
 template <int N>
 inline IntLanes<N> oneEarlier(const IntLanes<N>& before, const IntLanes<N>& x) {

@@ -5,6 +5,7 @@
 #include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
+#include "sound/row_rendering.h"
 #include "sound/side_by_side.h"
 
 namespace vantoric {
@@ -87,15 +88,15 @@ struct StackKernel {
     int wave, frame;  // of the WTWave list, or computedSaw
     float scale;
 };
-constexpr StackKernel hypersawVir3x{3, vaTriangleSaw, sawFrame, 0.16f};
-constexpr StackKernel hypersawVir5x{4, vaTriangleSaw, sawFrame, 0.132f};
-constexpr StackKernel hypersawVir7x{5, vaTriangleSaw, sawFrame, 0.1f};
-constexpr StackKernel hypersawVir9x{6, vaTriangleSaw, sawFrame, 0.08f};
-constexpr StackKernel hypersquare9x{7, vaSquareImpulse, squareFrame, 0.08f};
-constexpr StackKernel hypernoise9x{8, noNoisySaw, noisySawFrame, 0.16f};
-constexpr StackKernel supersawJpStack{9, computedSaw, 0, 0.1083f};
-constexpr StackKernel supersawCleanStack{10, vaTriangleSaw, sawFrame, 0.108332f};
-constexpr StackKernel supernoiseStack{11, noNoisySaw, noisySawFrame, 0.2f};
+constexpr StackKernel hypersawVir3x{3, vaTriangleSaw, sawFrame, 0.16f};            // "Hypersaw Vir 3x"
+constexpr StackKernel hypersawVir5x{4, vaTriangleSaw, sawFrame, 0.132f};           // "Hypersaw Vir 5x"
+constexpr StackKernel hypersawVir7x{5, vaTriangleSaw, sawFrame, 0.1f};             // "Hypersaw Vir 7x"
+constexpr StackKernel hypersawVir9x{6, vaTriangleSaw, sawFrame, 0.08f};            // "Hypersaw Vir 9x"
+constexpr StackKernel hypersquare9x{7, vaSquareImpulse, squareFrame, 0.08f};       // "Hypersquare 9x"
+constexpr StackKernel hypernoise9x{8, noNoisySaw, noisySawFrame, 0.16f};           // "Hypernoise 9x"
+constexpr StackKernel supersawJpStack{9, computedSaw, 0, 0.1083f};                 // "Supersaw JP"
+constexpr StackKernel supersawCleanStack{10, vaTriangleSaw, sawFrame, 0.108332f};  // "Supersaw clean"
+constexpr StackKernel supernoiseStack{11, noNoisySaw, noisySawFrame, 0.2f};        // "Supernoise"
 
 // A stack in a call of its kernel.
 class StackRun {
@@ -163,16 +164,13 @@ void plainStack(const StackKernel& kernel, const KernelContext& context, std::in
 
 // Behind one high-pass at eight times the note.
 struct HypernoiseRun : StackRun {
-    template <class T>
-    using Chain = StackHighpass<T>;
     using StackRun::StackRun;
 
-    static ChainLoop<Chain>* loop() { return kernelLoops().stackHighpass; }
-    Chain<float> chain() const { return highpass(4.768372e-7f, 0); }
-    void alone(Chain<float>& chain, int count) {
+    StackHighpass<float> chain() const { return highpass(4.768372e-7f, 0); }
+    void alone(StackHighpass<float>& chain, int count) {
         kernelLoops().hypernoiseAlone(cycle_, stack_, chain, kernel_.scale, call_.out, count);
     }
-    void store(const Chain<float>& chain) const {
+    void store(const StackHighpass<float>& chain) const {
         StackRun::store();
         call_.state->work[0] = chain.memory;
     }
@@ -180,19 +178,16 @@ struct HypernoiseRun : StackRun {
 
 // Behind two in series.
 struct SupersawRun : StackRun {
-    template <class T>
-    using Chain = TwoStackHighpasses<T>;
     using StackRun::StackRun;
 
-    static ChainLoop<Chain>* loop() { return kernelLoops().twoStackHighpasses; }
-    Chain<float> chain() const { return {highpass(2.384186e-7f, 0), highpass(2.384186e-7f, 1)}; }
-    void alone(Chain<float>& chain, int count) {
+    TwoStackHighpasses<float> chain() const { return {highpass(2.384186e-7f, 0), highpass(2.384186e-7f, 1)}; }
+    void alone(TwoStackHighpasses<float>& chain, int count) {
         if (isComputed())
             kernelLoops().supersawJpAlone(stack_, turns(count), chain, kernel_.scale, call_.out, count);
         else
             kernelLoops().supersawAlone(cycle_, stack_, chain, kernel_.scale, call_.out, count);
     }
-    void store(const Chain<float>& chain) const {
+    void store(const TwoStackHighpasses<float>& chain) const {
         StackRun::store();
         call_.state->work[0] = chain.first.memory;
         call_.state->work[1] = chain.second.memory;
@@ -202,16 +197,16 @@ struct SupersawRun : StackRun {
 }  // namespace
 
 void sideBySide::hypernoise9(std::span<const KernelCall> calls, int count) {
-    renderRows<HypernoiseRun>(calls, count, hypernoise9x);
+    renderRows<HypernoiseRun, StackHighpass>(kernelLoops().stackHighpass, calls, count, hypernoise9x);
 }
 void sideBySide::supersawJp(std::span<const KernelCall> calls, int count) {
-    renderRows<SupersawRun>(calls, count, supersawJpStack);
+    renderRows<SupersawRun, TwoStackHighpasses>(kernelLoops().twoStackHighpasses, calls, count, supersawJpStack);
 }
 void sideBySide::supersawClean(std::span<const KernelCall> calls, int count) {
-    renderRows<SupersawRun>(calls, count, supersawCleanStack);
+    renderRows<SupersawRun, TwoStackHighpasses>(kernelLoops().twoStackHighpasses, calls, count, supersawCleanStack);
 }
 void sideBySide::supernoise(std::span<const KernelCall> calls, int count) {
-    renderRows<SupersawRun>(calls, count, supernoiseStack);
+    renderRows<SupersawRun, TwoStackHighpasses>(kernelLoops().twoStackHighpasses, calls, count, supernoiseStack);
 }
 
 namespace kernels {
