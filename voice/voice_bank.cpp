@@ -85,33 +85,15 @@ void VoiceBank::render(int count, LaneMask mask, float* left, float* right) {
 
 namespace {
 
-// The filter places of a stage, in the order in which those that draw are to draw.
-class FilterStage {
-public:
-    void add(const FilterPlace& place) { places_[static_cast<std::size_t>(count_++)] = place; }
-    // Runs them side by side, two at a time where they hold the same filters.
-    void run(int samples) {
-        for (int i = 0; i < count_; ++i) {
-            FilterPlace& place = places_[static_cast<std::size_t>(i)];
-            if (place.bank != nullptr && !pairUp(i, samples)) place.bank->run(place.buffer, samples, place.mask);
-        }
-    }
+// The filter places of a stage.
+struct FilterStage {
+    void add(const FilterPlace& place) { places[count++] = place; }
+    std::span<const FilterPlace> all() const { return {places.data(), count}; }
 
-private:
-    bool pairUp(int first, int samples) {
-        const FilterPlace& one = places_[static_cast<std::size_t>(first)];
-        for (int i = first + 1; i < count_; ++i) {
-            FilterPlace& two = places_[static_cast<std::size_t>(i)];
-            if (two.bank == nullptr || two.mask != one.mask) continue;
-            if (!FilterBank::runTogether(*one.bank, one.buffer, *two.bank, two.buffer, samples, one.mask)) continue;
-            two.bank = nullptr;
-            return true;
-        }
-        return false;
-    }
-
-    std::array<FilterPlace, static_cast<std::size_t>(layerCount) * filterCount> places_{};
-    int count_ = 0;
+    std::array<FilterPlace, FilterRack::maxPlaces> places{};
+    std::size_t count = 0;
+};
+int count_ = 0;
 };
 
 }  // namespace
@@ -121,20 +103,22 @@ void renderBanks(std::span<const BankRun> runs, int count) {
     const auto waits = [](const BankRun& run) {
         return (run.bank->serial_ & run.mask) != 0 || run.bank->filterDraws(1, run.mask);
     };
+    if (runs.empty()) return;
     FilterStage first, second;
     for (const BankRun& run : runs) {
         run.bank->clipInputs(count, run.mask);
         first.add(run.bank->place(0, run.mask));
         if (!waits(run)) first.add(run.bank->place(1, run.mask));
     }
-    first.run(count);
+    FilterRack& rack = runs.front().bank->rack_;
+    rack.run(first.all(), count);
     for (const BankRun& run : runs) run.bank->distortions[0].run(run.bank->f1_, count, run.mask);
     for (const BankRun& run : runs) {
         if (!waits(run)) continue;
         run.bank->joinSerial(count, run.mask);
         second.add(run.bank->place(1, run.mask));
     }
-    second.run(count);
+    rack.run(second.all(), count);
     for (const BankRun& run : runs) {
         run.bank->distortions[1].run(run.bank->f2_, count, run.mask);
         run.bank->scaleOutputs(count, run.mask);

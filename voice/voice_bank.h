@@ -10,6 +10,7 @@
 #include "base/lane_bank.h"
 #include "effects/distortion_bank.h"
 #include "sound/filter_bank.h"
+#include "sound/filter_rack.h"
 #include "voice/oscillator_bank.h"
 #include "voice/output_stage.h"
 
@@ -50,14 +51,8 @@ struct BankRun {
     float *left = nullptr, *right = nullptr;
 };
 
-// One filter place and the voices of it that are to run over a buffer.
-struct FilterPlace {
-    FilterBank* bank;
-    float* buffer;
-    LaneMask mask;
-};
-
-// VoiceBank::render of several banks (up to layerCount), each filter beside those of the others.
+// VoiceBank::render of several banks (up to layerCount), each filter beside those of the others: where few voices sound, a
+// filter mostly waits for itself.
 void renderBanks(std::span<const BankRun> runs, int count);
 
 // Audio thread only. Nothing here allocates after construction.
@@ -109,6 +104,7 @@ private:
         return on ? static_cast<LaneMask>(mask | bit) : static_cast<LaneMask>(mask & ~bit);
     }
 
+    FilterRack rack_;  // in which the filters run; of several banks, the first one's
     alignas(64) LaneBuffer f1_ = {};
     alignas(64) LaneBuffer f2_ = {};
     LaneMask analog_ = 0;
