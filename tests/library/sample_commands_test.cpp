@@ -44,6 +44,7 @@ TEST_F(SampleMenu, ARefusedFileAsksNothingAndLeavesTheEarlierSample) {
 TEST_F(SampleMenu, TheDialogStartsInTheFolderThatWasUsedLast) {
     dialogs.choosePathNext(wave("x.wav", 70));
     EXPECT_TRUE(samples.loadSampleDialog(1));
+    EXPECT_EQ(shown(), Texts{"Autotune: Should the sample be tuned automatically (YES) or be tuned to C (NO)?"});
     EXPECT_EQ(sample(1).length, 70);
     EXPECT_FALSE(samples.loadSampleDialog(1)) << "the user goes back";
     ASSERT_EQ(dialogs.requests().size(), 2u);
