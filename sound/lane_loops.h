@@ -92,7 +92,7 @@ struct LaneLoops {
     struct SawSums {
         static constexpr int voices = 7;
 
-        Ints phases[voices], steps[voices];
+        Bits phases[voices], steps[voices];
 
         SawSums(StackPhases& stack, int alternate, int count) {
             const bool alternates = alternate >= 0;
@@ -101,15 +101,15 @@ struct LaneLoops {
                 const std::uint32_t first = alternates && (k & 1) != alternate ? 1 : 0;
                 const std::uint32_t step = alternates ? 2 * stack.step[k] : stack.step[k];
                 const auto taken = [&](const auto& samples) { return alternates ? (samples + first) >> 1 : samples; };
-                phases[k] = asInts<N>(Bits(stack.phase[k] ^ 0x80000000u) + Bits(step) * taken(countedUp<N>()));
-                steps[k] = asInts<N>(Bits(stack.step[k] * N));
+                phases[k] = Bits(stack.phase[k] ^ 0x80000000u) + Bits(step) * taken(countedUp<N>());
+                steps[k] = Bits(stack.step[k] * N);
                 stack.phase[k] += step * taken(static_cast<std::uint32_t>(count));
             }
         }
         Floats take() {
             Ints sum(0);
             for (int k = 0; k < voices; ++k) {
-                sum += phases[k] >> 17;  // 8 bits of the word and 9 of the saw
+                sum += asInts<N>(phases[k]) >> 17;  // 8 bits of the word and 9 of the saw
                 phases[k] += steps[k];
             }
             return toFloats<N>(sum);
@@ -223,7 +223,7 @@ struct LaneLoops {
         Driven(std::int32_t& previous, float lowpassPole, int count)
             : before(previous), last(previous), left(count), pole(lowpassPole) {}
         Floats of(const Ints& shares, const Ints& kept) {
-            const Ints sum = oneEarlier<N>(before, kept) + shares;
+            const Ints sum = asInts<N>(asBits<N>(oneEarlier<N>(before, kept)) + asBits<N>(shares));
             before = kept;
             if (left > 0 && left <= N) last = kept[static_cast<std::size_t>(left - 1)];
             left -= N;
