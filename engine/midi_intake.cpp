@@ -98,6 +98,7 @@ void MidiIntake::turnWheel(int lsb, int msb) {
 }
 
 void MidiIntake::actOnKeyRelease(int key, int channel) {
+    down_[static_cast<std::size_t>(channel)].reset(static_cast<std::size_t>(key));
     if (sustainOn_) {
         sustainedOff_[key] = 1;
     } else {
@@ -153,6 +154,7 @@ bool MidiIntake::layerHears(int layer, int channel) const {
 
 void MidiIntake::noteOn(int key, int velocity, int channel) {
     state_.heldNote[key] = 1;
+    down_[static_cast<std::size_t>(channel)].set(static_cast<std::size_t>(key));
     for (int layer = 0; layer < layerCount; ++layer) {
         if (layerHears(layer, channel)) listener_.noteOn(layer, key, velocity);
     }
@@ -167,14 +169,14 @@ void MidiIntake::noteOff(int key, int channel) {
 
 void MidiIntake::allNotesOff() {
     state_.heldNote.fill(0);
+    down_.fill({});
     for (int key = 0; key < 127; ++key) {
         for (int layer = 0; layer < layerCount; ++layer) listener_.noteOff(layer, key);
     }
 }
 
 bool MidiIntake::nothingHeld() const {
-    return !sustainOn_ &&
-           std::all_of(state_.heldNote.begin(), state_.heldNote.end(), [](std::uint8_t held) { return held == 0; });
+    return !sustainOn_ && std::none_of(down_.begin(), down_.end(), [](const auto& keys) { return keys.any(); });
 }
 
 void MidiIntake::resetPedal() {

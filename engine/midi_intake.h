@@ -4,6 +4,7 @@
 
 #include <array>
 #include <atomic>
+#include <bitset>
 #include <cstdint>
 
 #include "base/engine_state.h"
@@ -104,6 +105,8 @@ private:
     std::array<std::atomic<Word>, queuePlaces> queue_{};
     std::atomic<std::int32_t> learnPending_{ControllerMap::none};
     Flag ccMapDirty_;
+    // Keys that are really down, by channel: the engine's table has one place for a key of all channels.
+    std::array<std::bitset<128>, 16> down_{};
     std::array<std::uint8_t, 128> sustainedOff_{};
     bool sustainOn_ = false;
     float pitchWheel_ = 0.5f;

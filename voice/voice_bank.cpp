@@ -93,8 +93,6 @@ struct FilterStage {
     std::array<FilterPlace, FilterRack::maxPlaces> places{};
     std::size_t count = 0;
 };
-int count_ = 0;
-};
 
 }  // namespace
 

@@ -41,6 +41,9 @@ public:
     // The value of a parameter of the loaded patch.
     const ParameterModel& parameters() { return engine_->parameters(); }
 
+    // What the instrument has had to tell since the last call.
+    std::vector<Message> takeMessages() { return engine_->messages().take(); }
+
 private:
     void render(Take& take, double seconds);
     void renderTail(Take& take, double seconds);

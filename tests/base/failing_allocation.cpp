@@ -7,8 +7,9 @@
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     using namespace vantoric::test;
     allocatedAtMost = std::max(allocatedAtMost, size);
-    if (failingAllocation != 0 && size >= failingAllocation) return nullptr;
-    return ::operator new[](size);
+    const bool fails = (failingAllocation != 0 && size >= failingAllocation) ||
+                       (throwingAllocation != 0 && size >= throwingAllocation);
+    return fails ? nullptr : std::malloc(size);
 }
 
 void* operator new(std::size_t size) {

@@ -317,6 +317,21 @@ TEST(Instrument, AOneVoiceLayerLetsGoThoughAKeyOfAnotherChannelWasHeldAtItsEnd) 
     EXPECT_EQ(rig.audio.layer(0).voice(0).state(), Envelope::Release);
 }
 
+TEST(Instrument, AKeyHeldOnOneChannelSoundsOnWhenAnotherChannelLetsGoOfIt) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer(0);
+    rig.plainLayer(1);
+    rig.setList(par::MidiSpli, 1, 0);
+    rig.setList(par::MidiSpli, 2, 1);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}, {0x91, 60, 100}});
+    rig.tick();
+    rig.send({{0x80, 60, 0}});
+    for (int i = 0; i < 5; ++i) rig.tick();
+    EXPECT_TRUE(rig.audio.layer(1).voice(15).envelopes[0].awaitsNoteOff());
+}
+
 TEST(Instrument, ThePedalOfAnotherChannelLeavesNoNoteBehind) {
     EngineRig rig;
     rig.clearParameters();
