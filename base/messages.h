@@ -1,6 +1,7 @@
 // What a user is to be told, kept until somebody who has a user takes it.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <mutex>
 #include <string>
@@ -26,6 +27,7 @@ public:
         const std::lock_guard guard(mutex_);
         if (kept_.size() < mostKept) kept_.push_back({std::string(title), std::string(text)});
     } catch (...) {
+        lost_.store(true, std::memory_order_relaxed);
     }
 
     // Posts what an outcome has to tell, if anything; returns whether it was done.
@@ -42,9 +44,13 @@ public:
         return taken;
     }
 
+    // Whether memory was too short to keep one.
+    bool lostSome() const { return lost_.load(std::memory_order_relaxed); }
+
 private:
     std::mutex mutex_;
     std::vector<Message> kept_;
+    std::atomic<bool> lost_{false};
 };
 
 }  // namespace vantoric

@@ -122,17 +122,13 @@ void WaveWorker::boot() {
     library_.prefetch();
 }
 
-// Nothing that goes wrong in the thread ends it.
+// Nothing that goes wrong in the thread ends it. What is thrown here is thrown for want of memory.
 template <class Work>
 void WaveWorker::guarded(Work&& work) noexcept {
     try {
-        try {
-            work();
-        } catch (const std::bad_alloc&) {
-            messages_.post("Error WtoOs", "Not enought memory.");
-        }
+        work();
     } catch (...) {
-        // Not even the message could be kept.
+        messages_.post("Error WtoOs", "Not enought memory.");
     }
 }
 

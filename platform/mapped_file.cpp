@@ -134,7 +134,8 @@ bool MappedFile::touch(std::size_t offset, std::size_t count) {
     if (result == 0) return true;
     if (errno == EFAULT || errno == EHWPOISON) {
         // The same addresses, other contents, at one stroke.
-        mmap(mapping_, mappedBytes_, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
+        const void* const zeros = mmap(mapping_, mappedBytes_, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0);
+        if (zeros == MAP_FAILED) errno = ENOMEM;
         return false;
     }
     if (errno == EINVAL)  // a kernel before 5.14: a byte of each page is read
