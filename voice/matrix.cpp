@@ -163,6 +163,7 @@ void MatrixSlots::compile(const float* layerBlock, const EngineState& engine) {
     Stored now;
     std::copy_n(layerBlock + par::MatSrc1, matrixSlotCount, now.sources.begin());
     std::copy_n(layerBlock + par::MatDst1, matrixSlotCount, now.destinations.begin());
+    // Bits are compared. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
     if (!compiled_ || std::memcmp(&now, &stored_, sizeof now) != 0) {
         compiled_ = true;
         stored_ = now;
@@ -199,6 +200,7 @@ float MatrixSlots::evaluate(const Slot& slot, const MatrixInputs& inputs) {
 // Every change from `first` on. Bits count, so that a NaN is not new for ever.
 void ModBase::compare(const std::array<float, layerParameterEnd>& next, int first, int end) {
     for (int n = first; n < end; ++n) {
+        // Bits are compared. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
         if (std::memcmp(&next[n], &values_[n], sizeof(float)) == 0) continue;
         values_[n] = next[n];
         const bool movesSlots = (n >= par::MatSrc1 && n < par::MatSrc1 + matrixSlotCount) ||
@@ -222,6 +224,7 @@ void ModBase::prepare(const float* layerBlock, const float* smoothed) {
     constexpr int stretch = 18;
     static_assert(layerParameterEnd % stretch == 0);
     for (int n = 0; n < layerParameterEnd; n += stretch)
+        // Bits are compared. NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
         if (std::memcmp(&next[n], &values_[n], stretch * sizeof(float)) != 0) compare(next, n, n + stretch);
 }
 

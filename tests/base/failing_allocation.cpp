@@ -7,8 +7,8 @@
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     using namespace vantoric::test;
     allocatedAtMost = std::max(allocatedAtMost, size);
-    const bool fails = (failingAllocation != 0 && size >= failingAllocation) ||
-                       (throwingAllocation != 0 && size >= throwingAllocation);
+    const bool fails =
+        (failingAllocation != 0 && size >= failingAllocation) || (throwingAllocation != 0 && size >= throwingAllocation);
     return fails ? nullptr : std::malloc(size);
 }
 
@@ -20,3 +20,6 @@ void* operator new(std::size_t size) {
 }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void* operator new[](std::size_t size) { return ::operator new(size); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
