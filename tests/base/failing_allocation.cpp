@@ -23,3 +23,4 @@ void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void* operator new[](std::size_t size) { return ::operator new(size); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
