@@ -154,7 +154,8 @@ TEST(SingleCycles, LoadAsCustomWaves) {
         ASSERT_TRUE(loader.resynthesize(0, 0, path));
         // The whole file is the cycle, at the peak that the instrument gives every one.
         for (int i = 0; i < 2048; ++i)
-            ASSERT_NEAR(wave->cycle[static_cast<std::size_t>(i)], cycle[static_cast<std::size_t>(i)] * 20000.0 / cyclePeak, 3.0) << i;
+            ASSERT_NEAR(wave->cycle[static_cast<std::size_t>(i)], cycle[static_cast<std::size_t>(i)] * 20000.0 / cyclePeak, 3.0)
+                << i;
     });
     EXPECT_TRUE(messages.take().empty());
 }
