@@ -22,7 +22,8 @@ ROOMS = {
 }
 BELOW_LIBRARY = [*ROOMS]
 ROOMS["library"] = BELOW_LIBRARY
-ROOMS["editor"] = [*BELOW_LIBRARY, "library"]
+ROOMS["editor/model"] = [*BELOW_LIBRARY, "library"]
+ROOMS["editor"] = [*BELOW_LIBRARY, "library", "editor/model"]
 EVERYTHING = [*ROOMS, "faces"]
 ROOMS["faces"] = [*ROOMS]
 

@@ -1,4 +1,4 @@
-#include "editor/window_files.h"
+#include "editor/model/window_files.h"
 
 #include <gtest/gtest.h>
 

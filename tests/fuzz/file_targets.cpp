@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "editor/window_files.h"
+#include "editor/model/window_files.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
 #include "sound/wave_store.h"
