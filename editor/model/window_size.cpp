@@ -1,6 +1,7 @@
 #include "editor/model/window_size.h"
 
 #include <array>
+#include <cmath>
 #include <iterator>
 
 #include "base/numbers.h"
@@ -38,10 +39,61 @@ constexpr auto labels = [] {
     return made;
 }();
 
+constexpr int firstNormalSize = 3, firstZoomedSize = 6;
+
+constexpr double exactZooms[] = {0.5, 2.0 / 3.0, 0.75, 1.0, 1.25, 4.0 / 3.0, 1.5, 5.0 / 3.0, 1.75, 2.0};
+
+bool fitsScreen(int index, Screen screen) {
+    const SizeRow& size = sizeRow(index);
+    const double zoom = zoomOfSize(index);
+    return screen.width > static_cast<int>(size.width * zoom) && screen.height > static_cast<int>(size.height * zoom);
+}
+
 }  // namespace
 
 const SizeRow& sizeRow(int index) { return sizes[clampTo(index, 0, editorSizeCount - 1)]; }
 
 LabelList sizeLabels() { return labels; }
+
+double zoomOfSize(int index) {
+    const double rounded = sizeRow(index).zoom;
+    for (const double exact : exactZooms)
+        if (std::fabs(rounded - exact) <= 0.01) return exact;
+    return rounded;
+}
+
+WindowSize::WindowSize(platform::Dialogs& dialogs, std::string_view hostProduct) : dialogs_(dialogs), hostProduct_(hostProduct) {}
+
+bool WindowSize::largeSkin() const { return sizeIndex_ >= firstNormalSize; }
+
+bool WindowSize::isForbidden(int index) const { return hostProduct_ == "Orion" && index >= firstZoomedSize; }
+
+void WindowSize::loadSize(Screen screen) { applySize(startSizeIndex(screen.width, screen.height, hostProduct_.c_str())); }
+
+void WindowSize::applySize(int index) {
+    sizeIndex_ = isForbidden(index) ? firstNormalSize : clampTo(index, 0, editorSizeCount - 1);
+}
+
+void WindowSize::chooseSize(int index, Screen screen, std::function<void(bool)> then) {
+    if (hostProduct_ != "Glaigail")
+        dialogs_.message(
+            "Info", "This feature is not supported by all DAWs.\nIt can require a restart of the plugin to operate properly.");
+    if (fitsScreen(index, screen)) return takeSize(index, then);
+    dialogs_.question("Warning", "The size that you have selected seems to be too large for your screen.\nAre you sure?",
+                      [this, index, then = std::move(then)](bool yes) {
+                          if (yes) takeSize(index, then);
+                      });
+}
+
+void WindowSize::takeSize(int index, const std::function<void(bool)>& then) {
+    if (isForbidden(index)) {
+        dialogs_.message("Info", "Synapse Audio's Orion does not support hardware zooming with Direct2D.");
+        index = firstNormalSize;
+    }
+    writeSizeIndex(index, dialogs_);
+    const double before = zoom();
+    applySize(index);
+    then(zoom() != before);
+}
 
 }  // namespace vantoric
