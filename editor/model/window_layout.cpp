@@ -1,5 +1,7 @@
 #include "editor/model/window_layout.h"
 
+#include "base/parameters.h"
+
 namespace vantoric {
 
 namespace {
@@ -57,5 +59,7 @@ LayoutRect controlRect(const ControlEntry& entry) {
     if (isKnob(entry)) return {entry.x - entry.width / 2, entry.y - entry.height / 2, entry.width, entry.height};
     return {entry.x, entry.y, entry.width, entry.height};
 }
+
+bool captionStandsBeside(const ControlEntry& entry) { return entry.tag == parameter::Fm1 || entry.tag == parameter::Fm1 + 1; }
 
 }  // namespace vantoric

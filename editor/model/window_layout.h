@@ -52,4 +52,7 @@ const WindowPartEntry& windowPart(WindowPart part);
 // What a control takes up of the window, without a knob's caption.
 LayoutRect controlRect(const ControlEntry& entry);
 
+// Whether a knob's caption stands to its right and not beneath it, where the switch that belongs to it is.
+bool captionStandsBeside(const ControlEntry& entry);
+
 }  // namespace vantoric
