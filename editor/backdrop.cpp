@@ -162,7 +162,8 @@ void Backdrop::drawMatrix(Pen& pen) {
     for (int row = 0; row < 5; ++row) {
         const BackdropState::MatrixRow& slot = state_.matrix[row];
         const double y = matrixTop + matrixPitch * row + 9;
-        pen.text(822, y + 3.6, std::to_string(slot.slot), Face::semibold, 9.5, slot.isUsed ? style::text : style::text3, Align::right);
+        pen.text(822, y + 3.6, std::to_string(slot.slot), Face::semibold, 9.5, slot.isUsed ? style::text : style::text3,
+                 Align::right);
         const Color arrow = mix(style::panel, slot.isUsed ? slot.source : style::text3, slot.isUsed ? 0.75 : 0.35);
         for (const double x : {951.0, 1059.0}) {
             pen.line({{x - 4.5, y}, {x + 4, y}}, arrow, 1.2);
@@ -177,8 +178,8 @@ void Backdrop::drawArpeggiator(Pen& pen) {
     for (int step = 0; step < 16; ++step) {
         const bool isPlaying = step == state_.arpeggiatorStep, isBeat = step % 4 == 0;
         const Color color = isPlaying ? style::arpeggiator : isBeat ? style::text2 : style::text3;
-        pen.text(stepColumn(step) + 23, 590, std::to_string(step + 1), isPlaying || isBeat ? Face::semibold : Face::medium, 9, color,
-                 Align::centre);
+        pen.text(stepColumn(step) + 23, 590, std::to_string(step + 1), isPlaying || isBeat ? Face::semibold : Face::medium, 9,
+                 color, Align::centre);
         if (isPlaying) pen.round(stepColumn(step), 642, 46, 2, 1, style::arpeggiator);
     }
 }

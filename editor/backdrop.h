@@ -13,8 +13,8 @@ namespace vantoric {
 // What the window tells between its controls, beyond what never changes.
 struct BackdropState {
     struct MatrixRow {
-        int slot = 1;          // as shown
-        bool isUsed = false;   // has a source and a destination
+        int slot = 1;         // as shown
+        bool isUsed = false;  // has a source and a destination
         Color source = style::output;
         friend bool operator==(const MatrixRow&, const MatrixRow&) = default;
     };
@@ -23,7 +23,7 @@ struct BackdropState {
     std::vector<std::string> driven;  // by the LFO on show, up to five
     bool hasLfoTargets = true;        // false on the step page, which has no room for them
     bool isMultilayer = false;
-    int arpeggiatorStep = -1;         // 0 to 15, the one that plays
+    int arpeggiatorStep = -1;  // 0 to 15, the one that plays
     std::array<float, 3> equalizer{0.5f, 0.5f, 0.5f};
     bool isSerial = false;  // the filters
 

@@ -43,7 +43,8 @@ void PatchLine::draw(VSTGUI::CDrawContext* context) {
         pen.dot(end + 10, upper - 3.2, 2, style::multilayer);
         pen.text(end + 16, upper, "edited", Face::medium, 9, style::text2);
     }
-    pen.text(x, lower, shown_.name, Face::title, 17, hovered_ == Part::name ? style::white : style::text, Align::left, r.getWidth() - 2);
+    pen.text(x, lower, shown_.name, Face::title, 17, hovered_ == Part::name ? style::white : style::text, Align::left,
+             r.getWidth() - 2);
     setDirty(false);
 }
 

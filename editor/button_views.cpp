@@ -22,7 +22,7 @@ bool isPlainClick(VSTGUI::MouseDownEvent& event) {
 // ---- switch
 
 void SwitchView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
-    if (!isPlainClick(event)) return listener().controlMenuWanted(*this);
+    if (!isPlainClick(event)) return window().controlMenuWanted(*this);
     beginEdit();
     setValue(getValue() > 0.5f ? 0.0f : 1.0f);
     valueChanged();
@@ -80,7 +80,8 @@ void SelectorView::drawLayer(Pen& pen) {
     const Color fill = mix(style::band, style::white, isSelected ? 0.15 : isHovered() ? 0.09 : 0.04);
     pen.round(left(), top(), width(), height(), 6, fill);
     if (isSelected) pen.roundLine(left(), top(), width(), height(), 6, style::text2);
-    pen.text(centre(), top() + 30, entry().caption, style::Face::title, 19, isSelected ? style::text : style::text2, Align::centre);
+    pen.text(centre(), top() + 30, entry().caption, style::Face::title, 19, isSelected ? style::text : style::text2,
+             Align::centre);
     const double x = left() + width() - 9, y = top() + 9, glow = lamp_ / 127.0;
     pen.dot(x, y, 3, mix(fill, style::black, 0.45));
     if (lamp_ == 0) return;
@@ -114,7 +115,7 @@ void ButtonView::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
     if (!isPressed_) return;
     isPressed_ = false;
     invalid();
-    if (body().pointInside(event.mousePosition)) listener().controlPressed(*this, event.modifiers);
+    if (body().pointInside(event.mousePosition)) window().controlPressed(*this, event.modifiers);
 }
 
 void ButtonView::drawControl(Pen& pen) {
@@ -165,19 +166,21 @@ void ButtonView::drawBrowser(Pen& pen) {
 
 void ButtonView::drawFolder(Pen& pen) {
     const double x = left(), y = top();
-    pen.polygonLine({{x + 3.5, y + 12}, {x + 3.5, y + 4.5}, {x + 6.8, y + 4.5}, {x + 8, y + 6.2}, {x + 12.5, y + 6.2}, {x + 12.5, y + 12}},
-                    style::text, 1.1);
+    pen.polygonLine(
+        {{x + 3.5, y + 12}, {x + 3.5, y + 4.5}, {x + 6.8, y + 4.5}, {x + 8, y + 6.2}, {x + 12.5, y + 6.2}, {x + 12.5, y + 12}},
+        style::text, 1.1);
 }
 
 void ButtonView::drawPencil(Pen& pen) {
     const double x = left(), y = top();
-    pen.polygonLine({{x + 4.4, y + 11.6}, {x + 5.2, y + 8.8}, {x + 10, y + 4}, {x + 12, y + 6}, {x + 7.2, y + 10.8}}, style::text, 1.1);
+    pen.polygonLine({{x + 4.4, y + 11.6}, {x + 5.2, y + 8.8}, {x + 10, y + 4}, {x + 12, y + 6}, {x + 7.2, y + 10.8}}, style::text,
+                    1.1);
 }
 
 // ---- head of a menu
 
 void MenuButtonView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
-    if (isPlainClick(event)) listener().controlListWanted(*this);
+    if (isPlainClick(event)) window().controlListWanted(*this);
 }
 
 void MenuButtonView::drawControl(Pen& pen) {
@@ -189,8 +192,8 @@ void MenuButtonView::drawControl(Pen& pen) {
         return;
     }
     if (isLit) pen.round(left(), top(), width(), height(), 4, style::hover);
-    pen.text(centre(), middle() + 3.5, entry().caption, style::Face::medium, 10, isLit ? style::text : style::text2, Align::centre,
-             width() - 4);
+    pen.text(centre(), middle() + 3.5, entry().caption, style::Face::medium, 10, isLit ? style::text : style::text2,
+             Align::centre, width() - 4);
 }
 
 }  // namespace vantoric

@@ -7,7 +7,14 @@
 
 namespace vantoric {
 
+using VSTGUI::CPoint;
 using VSTGUI::CRect;
+
+namespace {
+
+CRect bodyOf(const ControlEntry& entry) { return CRect(CPoint(entry.x, entry.y), CPoint(entry.width, entry.height)); }
+
+}  // namespace
 
 Color functionColor(Section section) {
     switch (section) {
@@ -26,7 +33,7 @@ Color groundColor(const ControlEntry& entry) {
     return entry.x >= bandPanelsFrom ? style::bandPanel : style::band;
 }
 
-CRect ControlFace::body() { return {entry_.x, entry_.y, entry_.x + entry_.width, entry_.y + entry_.height}; }
+CRect ControlFace::body() { return bodyOf(entry_); }
 
 void ControlFace::setText(std::string text) {
     if (text == text_) return;
@@ -63,31 +70,21 @@ void ControlFace::drawDimming(Pen& pen) {
     pen.rect(area.left, area.top, area.getWidth(), area.getHeight(), fade(ground(), 0.62));
 }
 
-namespace {
-
-// Room for the focus ring.
-CRect withMargin(const ControlEntry& entry) {
-    CRect area(entry.x, entry.y, entry.x + entry.width, entry.y + entry.height);
-    return area.inset(-4, -4);
-}
-
-}  // namespace
-
 ControlView::ControlView(const ControlEntry& entry, ControlListener& listener)
-    : CControl(withMargin(entry), &listener, entry.tag), ControlFace(entry, listener) {
+    : CControl(bodyOf(entry).inset(-4, -4), &listener, entry.tag), ControlFace(entry, listener) {  // with room for the focus
     setTransparency(true);
-    setMouseableArea({entry.x, entry.y, entry.x + entry.width, entry.y + entry.height});
+    setMouseableArea(bodyOf(entry));
 }
 
 void ControlView::onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) {
     setHovered(true);
-    listener().controlHovered(*this, true);
+    window().controlHovered(*this, true);
     event.consumed = true;
 }
 
 void ControlView::onMouseExitEvent(VSTGUI::MouseExitEvent& event) {
     setHovered(false);
-    listener().controlHovered(*this, false);
+    window().controlHovered(*this, false);
     event.consumed = true;
 }
 

@@ -42,7 +42,7 @@ Color groundColor(const ControlEntry& entry);
 // The side of a control that is not VSTGUI's; its views derive from both.
 class ControlFace {
 public:
-    ControlFace(const ControlEntry& entry, ControlListener& listener) : entry_(entry), listener_(listener) {}
+    ControlFace(const ControlEntry& entry, ControlListener& window) : entry_(entry), window_(window) {}
     virtual ~ControlFace() = default;
 
     const ControlEntry& entry() const { return entry_; }
@@ -71,7 +71,7 @@ public:
     void setMultilayer(bool value) { set(isMultilayer_, value); }
 
 protected:
-    ControlListener& listener() { return listener_; }
+    ControlListener& window() { return window_; }
     Color ground() const { return groundColor(entry_); }
     // The function's colour, faded if the control is off.
     Color color() const;
@@ -83,7 +83,7 @@ private:
     void set(bool& flag, bool value);
 
     const ControlEntry& entry_;
-    ControlListener& listener_;
+    ControlListener& window_;
     std::string text_;
     bool isHovered_ = false, isFocused_ = false, isOff_ = false, isDimmed_ = false, isOpen_ = false, isMultilayer_ = false;
 };

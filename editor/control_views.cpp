@@ -12,7 +12,8 @@ ControlFace* add(VSTGUI::CViewContainer& root, More&&... arguments) {
     return view;
 }
 
-ControlFace* addControl(VSTGUI::CViewContainer& root, const ControlEntry& entry, ControlListener& listener, DepthListener& depth) {
+ControlFace* addControl(VSTGUI::CViewContainer& root, const ControlEntry& entry, ControlListener& listener,
+                        DepthListener& depth) {
     switch (entry.kind) {
         case WidgetKind::Knob:
         case WidgetKind::LargeKnob: return add<MYCKnob>(root, entry, listener, depth);

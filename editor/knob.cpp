@@ -140,8 +140,9 @@ void MYCKnob::drawBody(Pen& pen) {
 
     const double angle = angleOf(getValueNormalized()), inner = measures_.hole + 0.2, outer = measures_.body - 0.6;
     const Color notch = isMultilayer() ? hexColor(0x1A1408) : isOff() ? style::text3 : style::handle;
-    pen.line({{x + std::cos(angle) * inner, y + std::sin(angle) * inner}, {x + std::cos(angle) * outer, y + std::sin(angle) * outer}},
-             notch, measures_.pointer);
+    pen.line(
+        {{x + std::cos(angle) * inner, y + std::sin(angle) * inner}, {x + std::cos(angle) * outer, y + std::sin(angle) * outer}},
+        notch, measures_.pointer);
     if (entry().kind == WidgetKind::LargeKnob)
         pen.text(x, y + 2.9, text(), style::Face::semibold, 8.2, style::text, Align::centre, 2 * measures_.hole - 1);
 }
@@ -227,14 +228,14 @@ void MYCKnob::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     endDrag();
     if (event.modifiers.has(VSTGUI::ModifierKey::Alt)) {
         event.ignoreFollowUpMoveAndUpEvents(true);
-        return listener().controlTypingWanted(*this);
+        return window().controlTypingWanted(*this);
     }
     button_ = buttonOf(event.buttonState);
     KnobMouse mouse = mouseAt(event);
     mouse.isDouble = button_ == vantoric::MouseButton::left && clicks_.isSecond(event.mousePosition);
     switch (drag_.press(mouse, getValueNormalized(), modulation_.modDepth)) {
-        case KnobDrag::Press::reset: event.ignoreFollowUpMoveAndUpEvents(true); return listener().controlResetWanted(*this);
-        case KnobDrag::Press::menu: event.ignoreFollowUpMoveAndUpEvents(true); return listener().controlMenuWanted(*this);
+        case KnobDrag::Press::reset: event.ignoreFollowUpMoveAndUpEvents(true); return window().controlResetWanted(*this);
+        case KnobDrag::Press::menu: event.ignoreFollowUpMoveAndUpEvents(true); return window().controlMenuWanted(*this);
         case KnobDrag::Press::depth: depth_.depthDragBegan(*this); break;
         case KnobDrag::Press::value: beginEdit(); break;
     }
@@ -281,14 +282,14 @@ void MYCKnob::endDrag() {
 
 void MYCKnob::onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) {
     setHovered(true);
-    listener().controlHovered(*this, true);
+    window().controlHovered(*this, true);
     event.consumed = true;
 }
 
 void MYCKnob::onMouseExitEvent(VSTGUI::MouseExitEvent& event) {
     setHovered(false);
     getFrame()->setCursor(VSTGUI::kCursorDefault);
-    listener().controlHovered(*this, false);
+    window().controlHovered(*this, false);
     event.consumed = true;
 }
 

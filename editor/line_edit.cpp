@@ -122,7 +122,8 @@ bool LineEdit::onKey(const VSTGUI::KeyboardEvent& event) {
     return true;
 }
 
-void LineEdit::draw(Pen& pen, double x, double y, double width, style::Face face, double size, const Color& color, bool hasCaret) const {
+void LineEdit::draw(Pen& pen, double x, double y, double width, style::Face face, double size, const Color& color,
+                    bool hasCaret) const {
     std::size_t first = 0;
     while (first < caret_ && pen.textWidth(text_.substr(first, caret_ - first), face, size) > width - 4) first = after(first);
     const auto placeOf = [&](std::size_t position) {

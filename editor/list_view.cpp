@@ -13,14 +13,14 @@ void ListView::setLevel(float level) {
 void ListView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
     event.ignoreFollowUpMoveAndUpEvents(true);
-    if (event.buttonState.isRight()) return listener().controlMenuWanted(*this);
-    listener().controlListWanted(*this);
+    if (event.buttonState.isRight()) return window().controlMenuWanted(*this);
+    window().controlListWanted(*this);
 }
 
 void ListView::onMouseWheelEvent(VSTGUI::MouseWheelEvent& event) {
     event.consumed = true;
     const double turn = event.deltaY + event.deltaX;
-    if (turn != 0) listener().controlStepped(*this, turn > 0 ? -1 : 1);
+    if (turn != 0) window().controlStepped(*this, turn > 0 ? -1 : 1);
 }
 
 bool ListView::isCell() const { return entry().section == Section::Arpeggiator && entry().kind == WidgetKind::SmallList; }
@@ -31,9 +31,11 @@ Corners ListView::corners() const {
     switch (entry().section) {
         case Section::Oscillators:
             if (entry().kind != WidgetKind::LargeList) return 3;
-            return entry().tag < parameter::SynType1 + 3 && entry().tag >= parameter::SynType1 ? Corners(r, r, 0, 0) : Corners(0, 0, r, r);
+            return entry().tag < parameter::SynType1 + 3 && entry().tag >= parameter::SynType1 ? Corners(r, r, 0, 0)
+                                                                                               : Corners(0, 0, r, r);
         case Section::Filters: return entry().kind == WidgetKind::List ? Corners(0, r, 0, 0) : Corners(3);
-        case Section::Lfo: return entry().tag >= parameter::LfoWave1 && entry().tag < parameter::LfoWave1 + 3 ? Corners(0, 0, r, r) : Corners(3);
+        case Section::Lfo:
+            return entry().tag >= parameter::LfoWave1 && entry().tag < parameter::LfoWave1 + 3 ? Corners(0, 0, r, r) : Corners(3);
         default: return 3;
     }
 }
@@ -53,7 +55,8 @@ void ListView::drawControl(Pen& pen) {
 void ListView::drawSmall(Pen& pen, const Color&) {
     const double right = left() + width() - 2.5, bottom = top() + height() - 2.5;
     pen.polygon({{right, bottom - 4}, {right, bottom}, {right - 4, bottom}}, style::text3);
-    pen.text(centre(), middle() + 3.2, text(), style::Face::medium, 9, isOff() ? style::text3 : style::text, Align::centre, width() - 4);
+    pen.text(centre(), middle() + 3.2, text(), style::Face::medium, 9, isOff() ? style::text3 : style::text, Align::centre,
+             width() - 4);
 }
 
 void ListView::drawCell(Pen& pen) {
@@ -67,8 +70,8 @@ void ListView::drawCell(Pen& pen) {
         pen.round(left(), top(), width(), height(), 3, mix(fill, color(), 0.28));
     }
     const bool isRest = text() == "." || (!isLevel && text() == "0");
-    pen.text(centre(), middle() + 3.4, text() == "." ? "\u00b7" : text(), isRest ? style::Face::medium : style::Face::semibold, 9.5,
-             isRest ? style::text2 : style::text, Align::centre, width() - 4);
+    pen.text(centre(), middle() + 3.4, text() == "." ? "\u00b7" : text(), isRest ? style::Face::medium : style::Face::semibold,
+             9.5, isRest ? style::text2 : style::text, Align::centre, width() - 4);
 }
 
 }  // namespace vantoric

@@ -1,7 +1,10 @@
 #include "editor/overlay.h"
 
 #include <algorithm>
+#include <cmath>
 #include <sstream>
+
+#include "vstgui/lib/platform/iplatformfont.h"
 
 namespace vantoric {
 namespace {
@@ -112,8 +115,8 @@ void Overlay::drawStrip(Pen& pen, const CRect& area, const std::vector<std::stri
     pen.roundLine(area.left, area.top, area.getWidth(), area.getHeight(), 4, outline, 1);
     double y = area.top + 12;
     for (std::size_t i = 0; i < lines.size(); ++i, y += stripLine)
-        pen.text(area.getCenter().x, y, lines[i], i == 0 ? Face::semibold : Face::medium, stripSize, i == 0 ? style::white : style::text2,
-                 Align::centre);
+        pen.text(area.getCenter().x, y, lines[i], i == 0 ? Face::semibold : Face::medium, stripSize,
+                 i == 0 ? style::white : style::text2, Align::centre);
 }
 
 void Overlay::drawTooltip(Pen& pen) const {
@@ -132,12 +135,12 @@ void Overlay::drawCable(Pen& pen) const {
     const CPoint from = cable_->from, to = cable_->to;
     const double pull = std::max(40.0, std::abs(to.y - from.y) * 0.5);
     const double side = to.y < from.y ? -1 : 1;
-    pen.bezier(from, {from.x, from.y + side * pull}, {to.x - (to.x - from.x) * 0.25, to.y - side * pull * 0.3}, to, cable_->color, 2);
+    pen.bezier(from, {from.x, from.y + side * pull}, {to.x - (to.x - from.x) * 0.25, to.y - side * pull * 0.3}, to, cable_->color,
+               2);
     pen.dot(from.x, from.y, 3.5, cable_->color);
     pen.dot(to.x, to.y, 4.5, cable_->color);
     pen.dot(to.x, to.y, 2, style::white);
-    if (!cable_->lines.empty())
-        drawStrip(pen, stripArea(CPoint(to.x, to.y + 16), cable_->lines), cable_->lines, cable_->color);
+    if (!cable_->lines.empty()) drawStrip(pen, stripArea(CPoint(to.x, to.y + 16), cable_->lines), cable_->lines, cable_->color);
 }
 
 }  // namespace vantoric

@@ -72,12 +72,14 @@ Pen::Path Pen::roundPath(double x, double y, double w, double h, const Corners& 
     const double right = x + w, bottom = y + h;
     path->beginSubpath(x + corners.leftTop, y);
     path->addLine(right - corners.rightTop, y);
-    if (corners.rightTop > 0) path->addArc(around(right - corners.rightTop, y + corners.rightTop, corners.rightTop), 270, 360, true);
+    if (corners.rightTop > 0)
+        path->addArc(around(right - corners.rightTop, y + corners.rightTop, corners.rightTop), 270, 360, true);
     path->addLine(right, bottom - corners.rightBottom);
     if (corners.rightBottom > 0)
         path->addArc(around(right - corners.rightBottom, bottom - corners.rightBottom, corners.rightBottom), 0, 90, true);
     path->addLine(x + corners.leftBottom, bottom);
-    if (corners.leftBottom > 0) path->addArc(around(x + corners.leftBottom, bottom - corners.leftBottom, corners.leftBottom), 90, 180, true);
+    if (corners.leftBottom > 0)
+        path->addArc(around(x + corners.leftBottom, bottom - corners.leftBottom, corners.leftBottom), 90, 180, true);
     path->addLine(x, y + corners.leftTop);
     if (corners.leftTop > 0) path->addArc(around(x + corners.leftTop, y + corners.leftTop, corners.leftTop), 180, 270, true);
     path->closeSubpath();
@@ -125,10 +127,12 @@ void Pen::roundLine(double x, double y, double w, double h, const Corners& corne
     const double left = snap(x), top = snap(y), half = width / 2;
     const auto inner = [half](double r) { return std::max(0.0, r - half); };
     const Corners inside(inner(corners.leftTop), inner(corners.rightTop), inner(corners.rightBottom), inner(corners.leftBottom));
-    stroke(roundPath(left + half, top + half, snap(x + w) - left - width, snap(y + h) - top - width, inside), color, width, false);
+    stroke(roundPath(left + half, top + half, snap(x + w) - left - width, snap(y + h) - top - width, inside), color, width,
+           false);
 }
 
-void Pen::verticalGradient(double x, double y, double w, double h, const Corners& corners, const Color& top, const Color& bottom) {
+void Pen::verticalGradient(double x, double y, double w, double h, const Corners& corners, const Color& top,
+                           const Color& bottom) {
     context_.fillLinearGradient(roundPath(snap(x), snap(y), snap(x + w) - snap(x), snap(y + h) - snap(y), corners),
                                 *gradient(top, bottom), CPoint(0, y), CPoint(0, y + h));
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "editor/overlay.h"
 #include "vstgui/lib/cframe.h"
 #include "vstgui/lib/platform/platformfactory.h"
 
@@ -14,23 +15,15 @@ using VSTGUI::CRect;
 using VSTGUI::VirtualKey;
 
 constexpr double rowHeight = 18, separatorHeight = 7, padding = 4, textSize = 10;
-constexpr double lowWindow = 300;    // below this height lists stand in columns
-constexpr double charWidth = 5.6;    // of the menu's font, for the width of a panel: a little more than the widest average
+constexpr double lowWindow = 300;  // below this height lists stand in columns
 
 double heightOf(const MenuRow& row) { return row.isSeparator() ? separatorHeight : rowHeight; }
-
-double labelWidth(const std::string& label) {
-    const auto font = style::font(style::Face::medium, textSize);
-    const auto painter = font->getFontPainter();
-    return painter != nullptr ? painter->getStringWidth(nullptr, VSTGUI::UTF8String(label).getPlatformString())
-                              : charWidth * static_cast<double>(label.size());
-}
 
 double widthOf(const std::vector<MenuRow>& rows) {
     double widest = 0;
     bool hasDots = false, hasMark = false;
     for (const MenuRow& row : rows) {
-        widest = std::max(widest, labelWidth(row.label));
+        widest = std::max(widest, measured(row.label, style::Face::medium, textSize));
         hasDots = hasDots || row.dot;
         hasMark = hasMark || row.isTicked || !row.submenu.empty();
     }
@@ -46,8 +39,13 @@ bool beginsWith(const std::string& label, const std::string& typed) {
 
 }  // namespace
 
-PopupMenu::PopupMenu(const CRect& area, const CRect& anchor, std::vector<MenuRow> rows, Chosen chosen, std::function<void()> closed)
-    : CView(area), rows_(std::move(rows)), chosen_(std::move(chosen)), closed_(std::move(closed)), openedAt_(anchor.getCenter()) {
+PopupMenu::PopupMenu(const CRect& area, const CRect& anchor, std::vector<MenuRow> rows, Chosen chosen,
+                     std::function<void()> closed)
+    : LayerView(area),
+      rows_(std::move(rows)),
+      chosen_(std::move(chosen)),
+      closed_(std::move(closed)),
+      openedAt_(anchor.getCenter()) {
     setTransparency(true);
     panels_.push_back(layOut(rows_, anchor, false));
     for (int row = 0; row < static_cast<int>(rows_.size()); ++row)

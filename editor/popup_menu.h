@@ -6,9 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "editor/layer_view.h"
 #include "editor/pen.h"
-#include "vstgui/lib/cview.h"
-#include "vstgui/lib/events.h"
 
 namespace vantoric {
 
@@ -26,7 +25,7 @@ struct MenuRow {
 // Covers the window while it is open; what is outside its panels closes it. Rows are chosen by click, by press, drag and
 // release, by arrow keys and Enter, or by typing the beginning of a label; Escape closes. Long lists scroll; in a low window
 // they stand in columns.
-class PopupMenu : public VSTGUI::CView {
+class PopupMenu : public LayerView {
 public:
     using Chosen = std::function<void(int result)>;
 
@@ -35,10 +34,8 @@ public:
     PopupMenu(const VSTGUI::CRect& area, const VSTGUI::CRect& anchor, std::vector<MenuRow> rows, Chosen chosen,
               std::function<void()> closed);
 
-    // A key while it is open; all are taken.
-    void onKey(VSTGUI::KeyboardEvent& event);
-    // As Escape.
-    void dismiss();
+    void onKey(VSTGUI::KeyboardEvent& event) override;
+    void dismiss() override;
 
     void draw(VSTGUI::CDrawContext* context) override;
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;

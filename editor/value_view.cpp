@@ -35,20 +35,20 @@ void DraggedView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
     if (!event.buttonState.isLeft()) {
         event.ignoreFollowUpMoveAndUpEvents(true);
-        if (event.buttonState.isRight()) listener().controlMenuWanted(*this);
+        if (event.buttonState.isRight()) window().controlMenuWanted(*this);
         return;
     }
     if (!canDrag()) return event.ignoreFollowUpMoveAndUpEvents(true);
     endDrag();
     if (event.modifiers.has(ModifierKey::Alt)) {
         event.ignoreFollowUpMoveAndUpEvents(true);
-        return listener().controlTypingWanted(*this);
+        return window().controlTypingWanted(*this);
     }
     KnobMouse mouse = mouseAt(event);
     mouse.isDouble = clicks_.isSecond(event.mousePosition);
     if (drag_.press(mouse, getValueNormalized()) == KnobDrag::Press::reset) {
         event.ignoreFollowUpMoveAndUpEvents(true);
-        return listener().controlResetWanted(*this);
+        return window().controlResetWanted(*this);
     }
     beginEdit();
     setByHand(valueAt(event));
@@ -78,9 +78,7 @@ void DraggedView::setByHand(float value) {
     invalid();
 }
 
-float DraggedView::valueAt(VSTGUI::MouseEvent& event) {
-    return drag_.move(mouseAt(event));
-}
+float DraggedView::valueAt(VSTGUI::MouseEvent& event) { return drag_.move(mouseAt(event)); }
 
 void DraggedView::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
     endDrag();

@@ -20,7 +20,7 @@ void Wavedisplay::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
     if (markers_ == nullptr || !markers_->showMarkers) {
         event.ignoreFollowUpMoveAndUpEvents(true);
-        if (event.buttonState.isRight()) listener().controlMenuWanted(*this);
+        if (event.buttonState.isRight()) window().controlMenuWanted(*this);
         return;
     }
     markers_->press(fractionAt(event), event.buttonState.isRight() ? vantoric::MouseButton::right : vantoric::MouseButton::left);

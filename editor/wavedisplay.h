@@ -22,10 +22,10 @@ public:
         };
         Form form = Form::curve;
         Pen::Points curve, lower;
-        double base = 0;            // the height that the fill goes to
-        Pen::Points marks;          // small rings on the curve, with a line down to the base
+        double base = 0;                    // the height that the fill goes to
+        Pen::Points marks;                  // small rings on the curve, with a line down to the base
         std::optional<Pen::Point> playing;  // where the youngest voice is
-        std::string line, secondLine;  // of a message
+        std::string line, secondLine;       // of a message
     };
     void setShown(Shown shown);
 
