@@ -61,8 +61,16 @@ public:
     // Arms MIDI learn: the next controller gets this parameter. ControllerMap::none disarms. Any thread.
     void setLearnPending(int parameter) { learnPending_.store(parameter, std::memory_order_relaxed); }
     int learnPending() const { return learnPending_.load(std::memory_order_relaxed); }
-    // True once a controller has been learned.
+    // True once a controller has been learned, or the window has changed the map, until the window has taken note.
     bool ccMapDirty() const { return ccMapDirty_.isSet(); }
+    // The window's thread: tells of a change of its own; whether there was one since it last asked. A change that falls
+    // into the asking is told now or by the next one.
+    void setCcMapDirty() { ccMapDirty_.set(); }
+    bool takeCcMapDirty() {
+        const bool wasDirty = ccMapDirty_.isSet();
+        if (wasDirty) ccMapDirty_.clear();
+        return wasDirty;
+    }
 
     // Sets the key table and offers the key to each layer whose `MidiSpli` is 0 or channel + 1.
     // key 0 to 127, velocity 1 to 127, channel 0 to 15.
