@@ -3,13 +3,18 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "editor/model/control_table.h"
 #include "editor/model/control_texts.h"
 #include "editor/model/display_flags.h"
 #include "editor/model/editor_view.h"
+#include "editor/model/knob_commands.h"
+#include "editor/model/matrix_editing.h"
+#include "editor/model/midi_learn.h"
 #include "editor/model/pages.h"
 #include "editor/model/window_size.h"
 #include "engine/instrument.h"
@@ -50,6 +55,22 @@ public:
     // A row of a list or menu was chosen, counted with the separators.
     void rowChosen(int tag, int row);
 
+    // ---- knobs and the matrix
+
+    // A row of the menu of the control with that tag, and a row of one of its submenus by the tag that stands for it.
+    void knobRowChosen(int tag, int row);
+    void knobSourceChosen(int tag, int sourceTag);
+    // A drag of the depth of a knob's modulation: any number of `dragDepth`, 0 to 1, between the two.
+    void beginDepth(int tag);
+    void dragDepth(float amount);
+    void endDepth();
+    // What the mouse carries that left a part of the window (one of the drag areas): the list index of the source.
+    int draggedSource(WindowPart part) const;
+    // The control, by its row of the table, that would take a drop at a point of the window in pixels before zoom; -1 for
+    // none. And the drop itself.
+    int dropTarget(float x, float y) const;
+    void dropSource(int source, float x, float y);
+
     // ---- what to show
 
     bool isVisible(const ControlEntry& entry) const { return pages_.isShown(entry.page); }
@@ -57,8 +78,10 @@ public:
     float valueOf(int tag) const;
     // The text of a list, field or knob at its present value; empty where there is none.
     std::string textOf(const ControlEntry& entry) const;
-    // The strip over a knob.
+    // The strip over a knob or field, its modulation, and the rows of its menu.
     KnobState knobState(const ControlEntry& entry) const;
+    KnobModulation modulationOf(const ControlEntry& entry) const;
+    int ccNumberOf(const ControlEntry& entry) const;
     // The type of an effect field's slot, and its parameter there, 1 to 4. {0, 0} for any other tag.
     struct EffectField {
         int type, parameter;
@@ -100,7 +123,11 @@ private:
     void parameterShown(int number);
     void redrawParameter(int number);
 
+    void showMatrixPage(const std::optional<int>& page);
+    void finish(const KnobCommandResult& result);
+
     void followParameters();
+    void followControllers();
     void followProgramChanges();
     void followWheels();
     void followLamps();
@@ -113,6 +140,10 @@ private:
     ParameterEdits edits_;
     Pages pages_;
     WindowSize size_;
+    MatrixEditing matrix_;
+    MidiLearn learn_;
+    KnobCommands knobs_;
+    KnobModulations modulations_;
     DisplayFlags displays_;
     WaveChooser chooser_;
     SampleCommands samples_;
