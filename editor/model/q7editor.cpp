@@ -280,6 +280,9 @@ void Q7Editor::showVersion() {
 }
 
 void Q7Editor::editSample(int oscillator, int row) {
+    constexpr int undoRow = 0;  // may bring a sample back
+    if (row != undoRow && !instrument_.sampleEditor().hasSample(onShow_.layer, oscillator))
+        return dialogs_.message("Info", "You must load a sample before you can edit it.");
     samples_.editSample(onShow_.layer, oscillator, row,
                         [this, oscillator](bool) { displays_.wave[static_cast<std::size_t>(oscillator)] = true; });
 }
