@@ -1,11 +1,13 @@
 #include "loading/sample_editor.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "samples/autotune.h"
+#include "samples/sample_kernels.h"
 #include "samples/wave_file.h"
 
 namespace vantoric {
@@ -70,6 +72,38 @@ bool SampleEditor::exportWave(int layer, int oscillator, const std::string& path
 } catch (...) {
     messages_.post("Error", "Not enought memory.");
     return false;
+}
+
+bool SampleEditor::readPeaks(int layer, int oscillator, std::span<float> low, std::span<float> high) {
+    const Sample* const holder = holderOf(holders_, layer, oscillator);
+    const EngineTurn turn(access_);
+    if (holder == nullptr || holder->length <= 0 || !holder->levels[0]) return false;
+    const std::size_t stretches = std::min(low.size(), high.size()), length = static_cast<std::size_t>(holder->length);
+    const std::int16_t* const samples = holder->levels[0].get();
+    for (std::size_t i = 0; i < stretches; ++i) {
+        const std::size_t from = i * length / stretches, to = std::max((i + 1) * length / stretches, from + 1);
+        const auto [lowest, highest] = std::minmax_element(samples + from, samples + to);
+        low[i] = static_cast<float>(*lowest) / 32768.0f;
+        high[i] = static_cast<float>(*highest) / 32768.0f;
+    }
+    return true;
+}
+
+bool SampleEditor::setLoopPoints(int layer, int oscillator, std::int32_t start, std::int32_t end) {
+    Sample* const holder = holderOf(holders_, layer, oscillator);
+    const EngineTurn turn(access_);
+    if (holder == nullptr || holder->length <= 0 || !holder->levels[0]) return false;
+    const std::int32_t length = holder->length;
+    const std::int32_t from = clampTo(std::min(start, end), 0, length), to = clampTo(std::max(start, end), 0, length);
+    {
+        const EngineHold hold(access_, HoldFor::waves);
+        holder->loopStart = from;
+        holder->loopEnd = to;
+        writeSampleGuards(*holder, isLooped(layer, oscillator));
+    }
+    set(parameter::LoopSta1, layer, oscillator, static_cast<float>(from) / static_cast<float>(length));
+    set(parameter::LoopEnd1, layer, oscillator, static_cast<float>(to) / static_cast<float>(length));
+    return true;
 }
 
 bool SampleEditor::run(int layer, int oscillator, int command) {

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "base/messages.h"
@@ -34,6 +35,13 @@ public:
     // "Export as wav": writes the whole sample to a file. Changes nothing, the stored sound neither. False, with a message
     // but for an empty sample and indices out of range, if it was not written.
     bool exportWave(int layer, int oscillator, const std::string& path);
+
+    // What a display draws of a sample: the lowest and the highest of so many equal stretches of it, as parts of full scale. As
+    // many stretches as the shorter of the two holds. False, with the two as they were, without a sample.
+    bool readPeaks(int layer, int oscillator, std::span<float> low, std::span<float> high);
+    // Moves the loop, in samples held to the sample's length, the smaller one first; the two parameters that mirror it follow.
+    // The stored sound of the undo stays. False without a sample.
+    bool setLoopPoints(int layer, int oscillator, std::int32_t start, std::int32_t end);
 
     // What the noisifying commands draw from. With the turn.
     LinearCongruence random;

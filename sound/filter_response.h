@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <span>
 #include <vector>
 
 #include "base/fft.h"
@@ -21,6 +22,11 @@ public:
     // through it; the answer, under the second half of a raised cosine, gives |X| of bins 0 to 512. A flat
     // response reads 100000.
     const std::array<double, bins>& measure(const FilterSettings& settings);
+
+    // |X| of bins 0 to 512 of any answer under the same window, the answer times 100000.
+    const std::array<double, bins>& magnitudesOf(std::span<const float, samples> answer);
+    // What that transformed.
+    const std::array<double, samples>& windowed() const { return windowed_; }
 
 private:
     RandomSources random_;
