@@ -31,6 +31,8 @@ public:
     virtual void toggleBrowser() = 0;
     // Opens the menu of a control, by the row of the table.
     virtual void openMenu(int index) = 0;
+    // The patch in force, or its place in the lists, may be another.
+    virtual void showPatchName() = 0;
     virtual void showHint(const std::string& text) = 0;
     virtual void showCredits() = 0;
     // Opens a page in the user's browser; nothing happens where that cannot be done.

@@ -14,6 +14,7 @@
 #include "editor/model/window_files.h"
 #include "effects/effect_texts.h"
 #include "effects/type_table.h"
+#include "library/show_messages.h"
 #include "parameters/parameter_table.h"
 
 namespace vantoric {
@@ -42,9 +43,8 @@ const EffectSlot* slotOfType(int number) {
 }
 
 const EffectSlot* slotOfField(int number) {
-    const auto* found = std::find_if(std::begin(effectSlots), std::end(effectSlots), [=](const EffectSlot& s) {
-        return number >= s.first && number < s.first + effectValues;
-    });
+    const auto* found = std::find_if(std::begin(effectSlots), std::end(effectSlots),
+                                     [=](const EffectSlot& s) { return number >= s.first && number < s.first + effectValues; });
     return found == std::end(effectSlots) ? nullptr : found;
 }
 
@@ -75,6 +75,7 @@ Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::stri
       learn_(instrument),
       knobs_(edits_, onShow_, matrix_, learn_),
       modulations_(matrix_.updateKnobModulation()),
+      library_(*this),
       chooser_(dialogs),
       samples_(instrument.sampleLoader(), instrument.sampleEditor(), instrument.customWaveLoader(), chooser_,
                instrument.messages(), dialogs),
@@ -158,15 +159,18 @@ void Q7Editor::loadEffectDefaults(int number) {
 // The value of a parameter that the window shows has changed, whoever changed it.
 void Q7Editor::parameterShown(int number) {
     displays_.noteParameter(number);
-    if (isOneOf(number, par::MatSrc1, 3 * storedMatrixSlots)) {
-        modulations_ = matrix_.updateKnobModulation();
-        return view_->redrawAll();
-    }
+    if (isOneOf(number, par::MatSrc1, 3 * storedMatrixSlots)) showModulations();
     if (isOneOf(number, par::SynType1, oscillatorCount)) view_->showPages();
     if (const EffectSlot* slot = slotOfType(number); slot != nullptr)
         for (int i = 0; i < effectValues; ++i) redrawParameter(slot->first + i);
     if (isOneOf(number, par::LfoMode1, 3)) redrawParameter(par::LfoSpd1 + number - par::LfoMode1);
     redrawParameter(number);
+}
+
+void Q7Editor::showModulations() {
+    modulations_ = matrix_.updateKnobModulation();
+    for (int i = 0; i < controlCount(); ++i)
+        if (isKnob(controlEntry(i))) view_->redrawControl(i);
 }
 
 void Q7Editor::redrawParameter(int number) {
@@ -217,6 +221,8 @@ void Q7Editor::refreshAll() {
 
 void Q7Editor::pressButton(int tag) {
     switch (tag) {
+        case tag::previousPatch: return stepPatch(-1);
+        case tag::nextPatch: return stepPatch(1);
         case tag::browser: return view_->toggleBrowser();
         case tag::shop: return view_->openWebPage(web::home);
         default: break;
@@ -224,9 +230,8 @@ void Q7Editor::pressButton(int tag) {
     if (!isSampleButton(tag)) return;
     if (isSampleEdit(tag)) return view_->openMenu(controlIndexForTag(tag));
     const int oscillator = oscillatorOfButton(tag);
-    samples_.loadSampleDialog(oscillator, [this, oscillator](bool) {
-        displays_.wave[static_cast<std::size_t>(oscillator)] = true;
-    });
+    samples_.loadSampleDialog(oscillator,
+                              [this, oscillator](bool) { displays_.wave[static_cast<std::size_t>(oscillator)] = true; });
 }
 
 // A bend of the whole range of its 14 bits, as from a keyboard.
@@ -254,9 +259,7 @@ void Q7Editor::chooseSize(int row) {
 void Q7Editor::chooseHelp(int row) {
     switch (row) {
         case help_row::tooltips: return toggleTooltips(dialogs_);
-        case help_row::removeControllers:
-            view_->showHint(learn_.removeAll());
-            return view_->redrawAll();
+        case help_row::removeControllers: view_->showHint(learn_.removeAll()); return view_->redrawAll();
         case help_row::home: return view_->openWebPage(web::home);
         case help_row::downloadSounds: return view_->openWebPage(web::sounds);
         case help_row::credits: return view_->showCredits();
@@ -277,9 +280,26 @@ void Q7Editor::showVersion() {
 }
 
 void Q7Editor::editSample(int oscillator, int row) {
-    samples_.editSample(onShow_.layer, oscillator, row, [this, oscillator](bool) {
-        displays_.wave[static_cast<std::size_t>(oscillator)] = true;
-    });
+    constexpr int undoRow = 0;  // may bring a sample back
+    if (row != undoRow && !instrument_.sampleEditor().hasSample(onShow_.layer, oscillator))
+        return dialogs_.message("Info", "You must load a sample before you can edit it.");
+    samples_.editSample(onShow_.layer, oscillator, row,
+                        [this, oscillator](bool) { displays_.wave[static_cast<std::size_t>(oscillator)] = true; });
+}
+
+// ---- patches ----------------------------------------------------------------------------------------------------
+
+void Q7Editor::stepPatch(int direction) {
+    if (library_.categoryNames().empty()) library_.scanCategories();
+    const bool isLoaded = direction > 0 ? library_.nextPatch() : library_.previousPatch();
+    if (isLoaded) refreshAll();
+    view_->showPatchName();
+}
+
+bool Q7Editor::loadListed(const std::string& category, const std::string& name) {
+    const bool isLoaded = instrument_.patchFiles().loadPatchFile(patchPath(category, name));
+    showMessages(instrument_.messages(), dialogs_);
+    return isLoaded;
 }
 
 // ---- knobs and the matrix ---------------------------------------------------------------------------------------
@@ -313,7 +333,7 @@ void Q7Editor::beginDepth(int tag) {
 void Q7Editor::dragDepth(float amount) {
     if (view_ == nullptr) return;
     matrix_.dragDepth(amount);
-    refreshAll();
+    showModulations();
 }
 
 void Q7Editor::endDepth() { matrix_.endDepth(); }
@@ -389,10 +409,10 @@ int Q7Editor::ccNumberOf(const ControlEntry& entry) const {
 
 KnobState Q7Editor::knobState(const ControlEntry& entry) const {
     const int n = parameterOfTag(entry.tag);
-    if (n < 0) return {entry.name, "", ""};
+    if (n < 0) return {.name = entry.name};
     const int mode = isOneOf(n, par::LfoSpd1, 3) ? listIndex(valueOf(par::LfoMode1 + n - par::LfoSpd1)) : 0;
     const KnobModulation modulation = modulationOf(entry);
-    return {entry.name,         textOf(entry),         isKnob(entry) ? parameterUnit(n, mode) : "",
+    return {entry.name,        textOf(entry),       isKnob(entry) ? parameterUnit(n, mode) : "",
             ccNumberOf(entry), modulation.modCount, modulation.modNames};
 }
 
@@ -403,7 +423,11 @@ float Q7Editor::meter(int channel) const { return levelMeter(instrument_.peak(ch
 void Q7Editor::idle() {
     const EngineFlags& flags = instrument_.flags();
     if (isIdling_ || view_ == nullptr || flags.editorClosing.isSet() || flags.engineLocked.isSet()) return;
-    isIdling_ = true;
+    const struct Idling {
+        bool& flag;
+        explicit Idling(bool& f) : flag(f) { flag = true; }
+        ~Idling() { flag = false; }
+    } idling(isIdling_);
     followParameters();
     followWheels();
     followProgramChanges();
@@ -411,7 +435,6 @@ void Q7Editor::idle() {
     followLamps();
     isDisplayRound_ = !isDisplayRound_;
     if (isDisplayRound_) refreshDisplays();
-    isIdling_ = false;
 }
 
 void Q7Editor::followParameters() {
@@ -432,6 +455,14 @@ void Q7Editor::followWheels() {
     if (position == pitchWheel_) return;
     pitchWheel_ = position;
     view_->redrawPart(WindowPart::PitchWheel);
+}
+
+void Q7Editor::followProgramChanges() {
+    const std::optional<int> number = programNews_.take();
+    if (!number) return;
+    const int direction = programStep(lastProgram_, *number);
+    lastProgram_ = *number;
+    stepPatch(direction);
 }
 
 void Q7Editor::followControllers() {

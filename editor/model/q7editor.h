@@ -20,6 +20,7 @@
 #include "engine/instrument.h"
 #include "library/on_show.h"
 #include "library/parameter_edits.h"
+#include "library/patch_library.h"
 #include "library/sample_commands.h"
 #include "platform/dialogs.h"
 
@@ -27,7 +28,7 @@ namespace vantoric {
 
 // On the thread of the window throughout. Lives as long as its instrument has an editor, with or without an open window;
 // the dialogs outlive it. Layers, oscillators, filters and tabs count from 0. Tags are those of the table.
-class Q7Editor {
+class Q7Editor : private ListedPatchLoader {
 public:
     Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::string_view hostProduct);
     Q7Editor(const Q7Editor&) = delete;
@@ -95,6 +96,10 @@ public:
     const WindowSize& size() const { return size_; }
     DisplayFlags& displayFlags() { return displays_; }
     ParameterEdits& edits() { return edits_; }
+    // The number of the last program change that made a step; 0 before the first.
+    int lastProgram() const { return lastProgram_; }
+    // The lists of patches, and where in them the patch in force is.
+    PatchLibrary& patches() { return library_; }
 
     // Shows a layer, 0 to 3.
     void showLayer(int layer);
@@ -123,6 +128,9 @@ private:
     void parameterShown(int number);
     void redrawParameter(int number);
 
+    void showModulations();
+    void stepPatch(int direction);
+    bool loadListed(const std::string& category, const std::string& name) override;
     void showMatrixPage(const std::optional<int>& page);
     void finish(const KnobCommandResult& result);
 
@@ -144,6 +152,7 @@ private:
     MidiLearn learn_;
     KnobCommands knobs_;
     KnobModulations modulations_;
+    PatchLibrary library_;
     DisplayFlags displays_;
     WaveChooser chooser_;
     SampleCommands samples_;
