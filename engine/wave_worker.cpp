@@ -215,10 +215,11 @@ bool WaveWorker::rebuildCustomWaves() {
         CustomWaveSlot& slot = *oscillators_[i].customWave;
         if (slot.isBuilt()) continue;
         const unsigned generation = slot.generation();
+        const CustomCycle cycle = copyOf(slot.cycle);
         // Cycles are compared as they were given: making a wave changes its frame 0.
         CustomWaveSlot* const before = i > 0 ? oscillators_[i - 1].customWave : nullptr;
-        const bool isLikeBefore = before != nullptr && before->isBuilt() && sameCycle(before->given().data(), slot.cycle.data());
-        auto wave = isLikeBefore ? before->wave() : makeWave(slot.cycle);
+        const bool isLikeBefore = before != nullptr && before->isBuilt() && sameCycle(before->given().data(), cycle.data());
+        auto wave = isLikeBefore ? before->wave() : makeWave(cycle);
         if (wave == nullptr) return false;
         // Patches are saved meanwhile: they take the cycle as it was or as it is now.
         const HeardWhileWritten saversReadOn;
@@ -226,6 +227,13 @@ bool WaveWorker::rebuildCustomWaves() {
         if (auto old = slot.publish(std::move(wave), generation)) replaced_.push_back(std::move(old));
     }
     return true;
+}
+
+// A load that has waited too long for this thread, which a busy system may not let run, writes the cycle all the same: what
+// is made of it is dropped then, by its generation.
+CustomCycle WaveWorker::copyOf(const CustomCycle& cycle) {
+    const HeardWhileWritten loadsWriteOn;
+    return cycle;
 }
 
 // Null when it was cancelled.

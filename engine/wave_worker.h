@@ -77,6 +77,7 @@ private:
     bool isIdle() const;
     void tellWaiters();
     bool rebuildCustomWaves();
+    static CustomCycle copyOf(const CustomCycle& cycle);
     std::shared_ptr<const CustomWave> makeWave(const CustomCycle& cycle);
     void releaseReplaced();
     bool isLooped(int oscillator) const;

@@ -10,30 +10,31 @@ bool ImportCommands::told(bool result) {
     return result;
 }
 
-bool ImportCommands::importSample() {
-    std::string path;
-    return platform::exists(QuickImport::sampleTemplate()) && chooser_.ask(path) && told(quick_.importSample(path));
+void ImportCommands::importSample(Done done) {
+    if (!platform::exists(QuickImport::sampleTemplate())) return done(false);
+    chooser_.ask([this, done = std::move(done)](const auto& path) { done(path && told(quick_.importSample(*path))); });
 }
 
-bool ImportCommands::importVocoder() {
-    if (!platform::exists(QuickImport::vocoderTemplate())) return false;
+void ImportCommands::importVocoder(Done done) {
+    if (!platform::exists(QuickImport::vocoderTemplate())) return done(false);
     dialogs_.message("Hint", "Now select a speech sample or a drumline...");
-    std::string path;
-    return chooser_.ask(path) && told(quick_.importVocoder(path));
+    chooser_.ask([this, done = std::move(done)](const auto& path) { done(path && told(quick_.importVocoder(*path))); });
 }
 
-bool ImportCommands::importSfz(const std::string& path) {
-    const std::optional<SfzFile> file = sfz_.readSfz(path);
-    if (!file) return told(false);
-    const bool isMerged = file->groups > 1 && dialogs_.question("Warning",
-                                                                "This *.sfz file is not supported and contains more than one "
-                                                                "<group>. Should all groups be merged?");
-    return told(sfz_.importSfz(path, *file, isMerged ? SfzGroups::merged : SfzGroups::onlyFirst));
+void ImportCommands::importSfz(const std::string& path, Done done) {
+    std::optional<SfzFile> file = sfz_.readSfz(path);
+    if (!file) return done(told(false));
+    if (file->groups <= 1) return done(told(sfz_.importSfz(path, *file, SfzGroups::onlyFirst)));
+    dialogs_.question("Warning",
+                      "This *.sfz file is not supported and contains more than one <group>. Should all groups be merged?",
+                      [this, path, file = std::move(*file), done = std::move(done)](bool isMerged) {
+                          done(told(sfz_.importSfz(path, file, isMerged ? SfzGroups::merged : SfzGroups::onlyFirst)));
+                      });
 }
 
-bool ImportCommands::importSfzDialog() {
-    std::string path;
-    return platform::askFilePath(dialogs_, path, "", false, platform::FileKind::Sfz) && importSfz(path);
+void ImportCommands::importSfzDialog(Done done) {
+    platform::askFilePath(dialogs_, "", false, platform::FileKind::Sfz,
+                          [this, done = std::move(done)](const auto& path) { path ? importSfz(*path, done) : done(false); });
 }
 
 }  // namespace vantoric

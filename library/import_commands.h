@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "library/done.h"
 #include "library/wave_chooser.h"
 #include "loading/quick_import.h"
 #include "loading/sfz_import.h"
@@ -10,8 +11,8 @@
 
 namespace vantoric {
 
-// On the thread of the window. Every command shows what there is to tell. One that fails or that the user leaves ends with
-// the patch that was there before.
+// On the thread of the window. Every command shows what there is to tell and ends with `done`. One that fails or that the
+// user leaves ends with the patch that was there before; nothing changes before the last answer. Outlives its questions.
 class ImportCommands {
 public:
     ImportCommands(QuickImport& quick, SfzImport& sfz, WaveChooser& chooser, Messages& messages, platform::Dialogs& dialogs)
@@ -19,14 +20,14 @@ public:
 
     // Lets the user choose a wave file and makes a patch of it, see QuickImport. False if the template is missing, nothing
     // was chosen, or the file was refused.
-    bool importSample();
+    void importSample(Done done);
     // The same for the vocoder, after a hint of what to choose.
-    bool importVocoder();
+    void importVocoder(Done done);
 
     // Makes a patch of an SFZ file, see SfzImport; several groups are a question.
-    bool importSfz(const std::string& path);
+    void importSfz(const std::string& path, Done done);
     // Lets the user choose a file first.
-    bool importSfzDialog();
+    void importSfzDialog(Done done);
 
 private:
     bool told(bool result);

@@ -10,31 +10,34 @@ bool PatchCommands::told(bool result) {
     return result;
 }
 
-bool PatchCommands::loadPatch() {
-    std::string path;
+void PatchCommands::loadPatch(Done done) {
     const std::string start = loadedBefore_ ? std::string() : platform::soundsFolder();
-    if (!platform::askFilePath(dialogs_, path, start, false, platform::FileKind::Patch)) return false;
-    loadedBefore_ = true;
-    files_.loadPatchFile(path);
-    return told(true);
+    platform::askFilePath(dialogs_, start, false, platform::FileKind::Patch, [this, done = std::move(done)](const auto& path) {
+        if (!path) return done(false);
+        loadedBefore_ = true;
+        files_.loadPatchFile(*path);
+        done(told(true));
+    });
 }
 
-bool PatchCommands::savePatchAs() {
-    std::string path;
+void PatchCommands::savePatchAs(Done done) {
     const std::string start = saveFolder_.empty() ? platform::userFolder() : saveFolder_;
-    if (!platform::askFilePath(dialogs_, path, start, true, platform::FileKind::Patch)) return false;
-    saveFolder_ = folderOfPath(path);
-    return told(files_.savePatchAs(path));
+    platform::askFilePath(dialogs_, start, true, platform::FileKind::Patch, [this, done = std::move(done)](const auto& path) {
+        if (!path) return done(false);
+        saveFolder_ = folderOfPath(*path);
+        done(told(files_.savePatchAs(*path)));
+    });
 }
 
 bool PatchCommands::quickSavePatch(const std::string& category, const std::string& name) {
     return told(files_.quickSavePatch(category, name));
 }
 
-bool PatchCommands::deletePatch(const std::string& category, const std::string& name) {
+void PatchCommands::deletePatch(const std::string& category, const std::string& name, Done done) {
     const std::string path = patchPath(category, name);
-    if (!dialogs_.question("Warning", "Are you sure that you want to delete the file '" + path + "'?")) return false;
-    return told(files_.deletePatch(category, name));
+    dialogs_.question(
+        "Warning", "Are you sure that you want to delete the file '" + path + "'?",
+        [this, category, name, done = std::move(done)](bool yes) { done(yes && told(files_.deletePatch(category, name))); });
 }
 
 }  // namespace vantoric

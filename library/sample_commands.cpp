@@ -10,38 +10,46 @@ bool SampleCommands::told(bool result) {
     return result;
 }
 
-bool SampleCommands::loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped) {
-    if (!told(loader_.loadSample(layer, oscillator, path, false, Refusal::leavesEarlier))) return false;
-    const bool tune =
-        dialogs_.question("Autotune", wasDropped ? "Autotune the sample?"
-                                                 : "Should the sample be tuned automatically (YES) or be tuned to C (NO)?");
-    if (tune) loader_.autotune(layer, oscillator);
-    return told(true);
+void SampleCommands::loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped, Done done) {
+    layer = layerOf(layer);
+    if (!told(loader_.loadSample(layer, oscillator, path, false, Refusal::leavesEarlier))) return done(false);
+    dialogs_.question(
+        "Autotune", wasDropped ? "Autotune the sample?" : "Should the sample be tuned automatically (YES) or be tuned to C (NO)?",
+        [this, layer, oscillator, done = std::move(done)](bool tune) {
+            if (tune) loader_.autotune(layer, oscillator);
+            done(told(true));
+        });
 }
 
-bool SampleCommands::loadSampleDialog(int oscillator) {
-    std::string path;
-    return chooser_.ask(path) && loadChosen(-1, oscillator, path, false);
+void SampleCommands::loadSampleDialog(int oscillator, Done done) {
+    chooser_.ask([this, layer = layerOf(-1), oscillator, done = std::move(done)](const auto& path) {
+        path ? loadChosen(layer, oscillator, *path, false, done) : done(false);
+    });
 }
 
-bool SampleCommands::editSample(int layer, int oscillator, int command) {
-    if (command != exportCommand) return told(editor_.editSample(layer, oscillator, command));
-    std::string path;
-    if (editor_.hasSample(layer, oscillator) && platform::askFilePath(dialogs_, path, "", true, platform::FileKind::Wave))
-        editor_.exportWave(layer, oscillator, path);
-    return told(false);
+void SampleCommands::editSample(int layer, int oscillator, int command, Done done) {
+    layer = layerOf(layer);
+    if (command != exportCommand) return done(told(editor_.editSample(layer, oscillator, command)));
+    if (!editor_.hasSample(layer, oscillator)) return done(told(false));
+    platform::askFilePath(dialogs_, "", true, platform::FileKind::Wave,
+                          [this, layer, oscillator, done = std::move(done)](const auto& path) {
+                              if (path) editor_.exportWave(layer, oscillator, *path);
+                              done(told(false));
+                          });
 }
 
-bool SampleCommands::resynthesizeDialog(int layer, int oscillator) {
-    std::string path;
-    return platform::askFilePath(dialogs_, path, platform::wavetableFolder(), false, platform::FileKind::Wave) &&
-           told(customWaves_.resynthesize(layer, oscillator, path));
+void SampleCommands::resynthesizeDialog(int layer, int oscillator, Done done) {
+    platform::askFilePath(dialogs_, platform::wavetableFolder(), false, platform::FileKind::Wave,
+                          [this, layer = layerOf(layer), oscillator, done = std::move(done)](const auto& path) {
+                              done(path && told(customWaves_.resynthesize(layer, oscillator, *path)));
+                          });
 }
 
-bool SampleCommands::saveWaveDialog(int layer, int oscillator) {
-    std::string path;
-    return platform::askFilePath(dialogs_, path, "", true, platform::FileKind::Wave) &&
-           told(customWaves_.saveWave(layer, oscillator, path));
+void SampleCommands::saveWaveDialog(int layer, int oscillator, Done done) {
+    platform::askFilePath(dialogs_, "", true, platform::FileKind::Wave,
+                          [this, layer = layerOf(layer), oscillator, done = std::move(done)](const auto& path) {
+                              done(path && told(customWaves_.saveWave(layer, oscillator, *path)));
+                          });
 }
 
 }  // namespace vantoric

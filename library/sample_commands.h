@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "library/done.h"
 #include "library/wave_chooser.h"
 #include "loading/custom_wave_loader.h"
 #include "loading/sample_editor.h"
@@ -11,7 +12,9 @@
 
 namespace vantoric {
 
-// On the thread of the window. Every command shows what there is to tell. Layers and oscillators as the loaders take them.
+// On the thread of the window. Every command shows what there is to tell and ends with `done`. Layers and oscillators as the
+// loaders take them; a layer is the one on show at the time of the call, whichever is when the user answers. Outlives its
+// questions.
 class SampleCommands {
 public:
     SampleCommands(SampleLoader& loader, SampleEditor& editor, CustomWaveLoader& customWaves, WaveChooser& chooser,
@@ -25,23 +28,24 @@ public:
 
     // Loads a file that the user chose in a dialog or dropped, and asks whether it is to be tuned. False, with the earlier
     // sample in its place, if it was refused.
-    bool loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped);
+    void loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped, Done done);
     // Lets the user choose a wave file and does so with the layer that the window shows. False if none was chosen or it was
     // refused.
-    bool loadSampleDialog(int oscillator);
+    void loadSampleDialog(int oscillator, Done done);
 
     // Runs a row of the "Edit" menu, see SampleEditor; "Export as wav" lets the user choose a path if there is a sample. True
     // if the patch is another.
-    bool editSample(int layer, int oscillator, int command);
+    void editSample(int layer, int oscillator, int command, Done done);
 
     // Lets the user choose a file, from the folder of cycles on, and makes the custom wave of it. False if none was chosen or
     // it was refused.
-    bool resynthesizeDialog(int layer, int oscillator);
+    void resynthesizeDialog(int layer, int oscillator, Done done);
     // Lets the user choose a path and saves the custom wave there. False if none was chosen or it cannot be written.
-    bool saveWaveDialog(int layer, int oscillator);
+    void saveWaveDialog(int layer, int oscillator, Done done);
 
 private:
     bool told(bool result);
+    int layerOf(int layer) const { return layer == -1 ? loader_.currentLayer : layer; }
 
     SampleLoader& loader_;
     SampleEditor& editor_;

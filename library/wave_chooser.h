@@ -2,23 +2,26 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "patch/patch_file.h"
 #include "platform/dialogs.h"
 
 namespace vantoric {
 
-// On the thread of the window.
+// On the thread of the window. Outlives its questions.
 class WaveChooser {
 public:
     explicit WaveChooser(platform::Dialogs& dialogs) : dialogs_(dialogs) {}
 
-    // False, with `path` as it was, if none was chosen.
-    bool ask(std::string& path) {
-        if (!platform::askFilePath(dialogs_, path, lastFolder_, false, platform::FileKind::Wave)) return false;
-        const std::string folder = folderOfPath(path);
-        if (!folder.empty()) lastFolder_ = folder;
-        return true;
+    // `then` gets nothing if none was chosen.
+    void ask(platform::OnPath then) {
+        platform::askFilePath(dialogs_, lastFolder_, false, platform::FileKind::Wave,
+                              [this, then = std::move(then)](const auto& path) {
+                                  const std::string folder = path ? folderOfPath(*path) : std::string();
+                                  if (!folder.empty()) lastFolder_ = folder;
+                                  then(path);
+                              });
     }
 
 private:

@@ -53,12 +53,12 @@ void showMessage(Dialogs& dialogs, const char* title, const char* format, ...) {
     dialogs.message(title, text);
 }
 
-bool askQuestion(Dialogs& dialogs, const char* title, const char* format, ...) {
+void askQuestion(Dialogs& dialogs, OnAnswer then, const char* title, const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
     const std::string text = formatted(format, arguments);
     va_end(arguments);
-    return dialogs.question(title, text);
+    dialogs.question(title, text, std::move(then));
 }
 
 FileRequest fileRequest(FileKind kind, bool isSave, const std::string& startFolder) {
@@ -66,16 +66,16 @@ FileRequest fileRequest(FileKind kind, bool isSave, const std::string& startFold
     return {isSave ? texts.saveTitle : texts.loadTitle, texts.filter, texts.extension, startFolder, isSave};
 }
 
-bool askFilePath(Dialogs& dialogs, std::string& path, const std::string& startFolder, bool isSave, FileKind kind) {
+void askFilePath(Dialogs& dialogs, const std::string& startFolder, bool isSave, FileKind kind, OnPath then) {
     const FileRequest request = fileRequest(kind, isSave, startFolder);
-    std::string chosen;
-    if (!dialogs.choosePath(request, chosen)) return false;
-    if (isSave) {
-        if (!chosen.ends_with(request.extension)) chosen += request.extension;
-        if (exists(chosen) && !dialogs.question("Warning", "Are you sure that you want to overwrite this file?")) return false;
-    }
-    path = chosen;
-    return true;
+    if (!isSave) return dialogs.choosePath(request, std::move(then));
+    dialogs.choosePath(request, [&dialogs, extension = request.extension, then = std::move(then)](const auto& chosen) {
+        if (!chosen) return then({});
+        const std::string path = chosen->ends_with(extension) ? *chosen : *chosen + extension;
+        if (!exists(path)) return then(path);
+        dialogs.question("Warning", "Are you sure that you want to overwrite this file?",
+                         [path, then](bool yes) { yes ? then(path) : then({}); });
+    });
 }
 
 #ifndef _WIN32
@@ -84,12 +84,12 @@ void DesktopDialogs::message(const std::string& title, const std::string& text) 
     std::fprintf(stderr, "Vantoric: %s: %s\n", title.c_str(), text.c_str());
 }
 
-bool DesktopDialogs::question(const std::string& title, const std::string& text) {
+void DesktopDialogs::question(const std::string& title, const std::string& text, OnAnswer then) {
     std::fprintf(stderr, "Vantoric: %s: %s (No)\n", title.c_str(), text.c_str());
-    return false;
+    then(false);
 }
 
-bool DesktopDialogs::choosePath(const FileRequest&, std::string&) { return false; }
+void DesktopDialogs::choosePath(const FileRequest&, OnPath then) { then({}); }
 
 #endif
 

@@ -2,6 +2,8 @@
 // called on the audio thread.
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <string>
 
 namespace vantoric::platform {
@@ -18,8 +20,17 @@ struct FileRequest {
     bool isSave = false;
 };
 
-// Implemented by the editor's window, by `DesktopDialogs` where there is none, and by
-// `RecordedDialogs`. An implementation must come back without a user where nobody can see a box.
+// What goes on with the user's answer: true only for Yes.
+using OnAnswer = std::function<void(bool yes)>;
+// What goes on with the chosen path; nothing if none was chosen.
+using OnPath = std::function<void(std::optional<std::string> path)>;
+
+// Implemented by the editor's window, by `DesktopDialogs` where there is none, and by `RecordedDialogs`.
+//
+// No call waits for the user. What is asked for shows one after the other in the order of the calls, and `then` is called
+// on the thread of the call once the user has answered: within the call or later. It is called exactly once; if the
+// window closes first, it is called with No or none, or dropped without a call. So what `then` refers to must live as long
+// as the dialogs do, and must not rely on the state at the time of the call. Where nobody can see a box the answer is No.
 class Dialogs {
 public:
     virtual ~Dialogs() = default;
@@ -27,12 +38,11 @@ public:
     // Shows a text with an information sign until the user has read it.
     virtual void message(const std::string& title, const std::string& text) = 0;
 
-    // Asks a question; true only for Yes.
-    virtual bool question(const std::string& title, const std::string& text) = 0;
+    // Asks a question.
+    virtual void question(const std::string& title, const std::string& text, OnAnswer then) = 0;
 
-    // Lets the user choose a path; false, with `path` as it was, if none was chosen. Callers use
-    // `askFilePath`, which adds the extension and asks before overwriting.
-    virtual bool choosePath(const FileRequest& request, std::string& path) = 0;
+    // Lets the user choose a path. Callers use `askFilePath`, which adds the extension and asks before overwriting.
+    virtual void choosePath(const FileRequest& request, OnPath then) = 0;
 };
 
 #if defined(__GNUC__)
@@ -43,23 +53,23 @@ public:
 
 // A message or question whose text is formatted with printf rules. Texts of any length.
 void showMessage(Dialogs& dialogs, const char* title, const char* format, ...) VANTORIC_PRINTF(3, 4);
-bool askQuestion(Dialogs& dialogs, const char* title, const char* format, ...) VANTORIC_PRINTF(3, 4);
+void askQuestion(Dialogs& dialogs, OnAnswer then, const char* title, const char* format, ...) VANTORIC_PRINTF(4, 5);
 
 // The titles, filter and extension of a kind.
 FileRequest fileRequest(FileKind kind, bool isSave, const std::string& startFolder);
 
 // The open or save dialog of a kind. On saving, the kind's extension is added unless the path ends in it
-// already, letter case included, and an existing file is a question to the user. True if `path` holds
-// the choice; false, with `path` as it was, if the user went back.
-bool askFilePath(Dialogs& dialogs, std::string& path, const std::string& startFolder, bool isSave, FileKind kind);
+// already, letter case included, and an existing file is a question to the user. `then` gets nothing if the user went back.
+void askFilePath(Dialogs& dialogs, const std::string& startFolder, bool isSave, FileKind kind, OnPath then);
 
 // The dialogs of a process without an editor's window. On Windows the system's own; elsewhere a text goes
-// to standard error, a question answers No and no path is chosen, so that no host is ever held up.
+// to standard error, a question answers No and no path is chosen, so that no host is ever held up. Every answer comes at
+// once, within the call.
 class DesktopDialogs : public Dialogs {
 public:
     void message(const std::string& title, const std::string& text) override;
-    bool question(const std::string& title, const std::string& text) override;
-    bool choosePath(const FileRequest& request, std::string& path) override;
+    void question(const std::string& title, const std::string& text, OnAnswer then) override;
+    void choosePath(const FileRequest& request, OnPath then) override;
 };
 
 // The one instance that engines use until a window brings its own.

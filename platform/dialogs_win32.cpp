@@ -18,11 +18,11 @@ void DesktopDialogs::message(const std::string& title, const std::string& text) 
     MessageBoxA(nullptr, text.c_str(), title.c_str(), messageStyle);
 }
 
-bool DesktopDialogs::question(const std::string& title, const std::string& text) {
-    return MessageBoxA(nullptr, text.c_str(), title.c_str(), questionStyle) == IDYES;
+void DesktopDialogs::question(const std::string& title, const std::string& text, OnAnswer then) {
+    then(MessageBoxA(nullptr, text.c_str(), title.c_str(), questionStyle) == IDYES);
 }
 
-bool DesktopDialogs::choosePath(const FileRequest& request, std::string& path) {
+void DesktopDialogs::choosePath(const FileRequest& request, OnPath then) {
     std::string chosen(32768, '\0');  // the longest path that the system knows
     std::string filter = request.filterText;
     filter.push_back('\0');
@@ -36,9 +36,8 @@ bool DesktopDialogs::choosePath(const FileRequest& request, std::string& path) {
     dialog.lpstrTitle = request.title.c_str();
     dialog.lpstrInitialDir = request.startFolder.empty() ? nullptr : request.startFolder.c_str();
     dialog.Flags = OFN_NOCHANGEDIR | OFN_HIDEREADONLY | (request.isSave ? 0 : OFN_FILEMUSTEXIST);
-    if (!(request.isSave ? GetSaveFileNameA(&dialog) : GetOpenFileNameA(&dialog))) return false;
-    path = chosen.c_str();
-    return true;
+    if (!(request.isSave ? GetSaveFileNameA(&dialog) : GetOpenFileNameA(&dialog))) return then({});
+    then(std::string(chosen.c_str()));
 }
 
 }  // namespace vantoric::platform

@@ -19,8 +19,8 @@ public:
         bool isQuestion;
     };
 
-    // Answers to the next questions and choosers, in turn. Without one a question answers No and no path
-    // is chosen; an empty path is a user who goes back.
+    // Answers to the next questions and choosers, in turn, given within the call. Without one a question answers No and no
+    // path is chosen; an empty path is a user who goes back.
     void answerNext(bool yes) {
         const std::lock_guard guard(mutex_);
         answers_.push_back(yes);
@@ -50,20 +50,23 @@ public:
         const std::lock_guard guard(mutex_);
         boxes_.push_back({title, text, false});
     }
-    bool question(const std::string& title, const std::string& text) override {
+    void question(const std::string& title, const std::string& text, OnAnswer then) override { then(answerTo(title, text)); }
+    void choosePath(const FileRequest& request, OnPath then) override {
+        const std::string path = pathFor(request);
+        path.empty() ? then({}) : then(path);
+    }
+
+private:
+    bool answerTo(const std::string& title, const std::string& text) {
         const std::lock_guard guard(mutex_);
         boxes_.push_back({title, text, true});
         return take(answers_, false);
     }
-    bool choosePath(const FileRequest& request, std::string& path) override {
+    std::string pathFor(const FileRequest& request) {
         const std::lock_guard guard(mutex_);
         requests_.push_back(request);
-        const std::string chosen = take(paths_, std::string());
-        if (!chosen.empty()) path = chosen;
-        return !chosen.empty();
+        return take(paths_, std::string());
     }
-
-private:
     template <class T>
     static T take(std::deque<T>& script, T otherwise) {
         if (script.empty()) return otherwise;

@@ -2,7 +2,10 @@
 
 build_packages=(g++ cmake ninja-build ccache git ca-certificates
     libcli11-dev libsndfile1-dev libebur128-dev libpng-dev nlohmann-json3-dev pkg-config)
-check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox)
+# What the window library needs, and the fonts of the window's design.
+window_packages=(libcairo2-dev libpango1.0-dev libfontconfig-dev libfreetype-dev libx11-dev libxcb1-dev libxcb-util-dev
+    libxcb-cursor-dev libxcb-keysyms1-dev libxcb-xkb-dev libxkbcommon-dev libxkbcommon-x11-dev fonts-inter fonts-sora)
+check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils)
 
 say() { printf '\033[1m%s\033[0m\n' "$*"; }
 fail() { printf '%s\n' "$*" >&2; exit 1; }
@@ -34,4 +37,21 @@ need() {
         fail "Could not install: ${missing[*]}. They are needed $why. Install them as root and run this again."
     fi
     rm -f /tmp/vantoric-apt.$$
+}
+
+# The window library: a package on Debian 13, unpacked into .deps/ on Debian 12.
+need_window_library() {
+    need "to build the window" "${window_packages[@]}"
+    [ -f .deps/vst3sdk/usr/include/vst3sdk/vstgui/vstgui.h ] && return 0
+    if apt-cache show libvst3sdk-dev >/dev/null 2>&1; then
+        need "to build the window" libvst3sdk-dev
+    else
+        say "Fetching the window library (libvst3sdk-dev of the next Debian) into .deps/"
+        if ! tools/get_vstgui.sh .deps/vst3sdk >/tmp/vantoric-vstgui.$$ 2>&1; then
+            tail -n 15 /tmp/vantoric-vstgui.$$ >&2
+            rm -f /tmp/vantoric-vstgui.$$
+            fail "Could not fetch libvst3sdk-dev. It is needed to build the window."
+        fi
+        rm -f /tmp/vantoric-vstgui.$$
+    fi
 }

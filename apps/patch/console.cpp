@@ -22,10 +22,12 @@ void Console::message(const std::string& title, const std::string& text) {
     print(title + ": " + text);
 }
 
-bool Console::question(const std::string& title, const std::string& text) {
-    const std::lock_guard guard(mutex_);
-    print(title + ": " + text + (yes ? " Yes." : " No."));
-    return yes;
+void Console::question(const std::string& title, const std::string& text, platform::OnAnswer then) {
+    {
+        const std::lock_guard guard(mutex_);
+        print(title + ": " + text + (yes ? " Yes." : " No."));
+    }
+    then(yes);
 }
 
 void Console::print(const std::string& line) {

@@ -25,9 +25,9 @@ public:
 
     void message(const std::string& title, const std::string& text) override;
     // Shown with its answer.
-    bool question(const std::string& title, const std::string& text) override;
+    void question(const std::string& title, const std::string& text, platform::OnAnswer then) override;
     // Chooses none: the command line names every file.
-    bool choosePath(const platform::FileRequest&, std::string&) override { return false; }
+    void choosePath(const platform::FileRequest&, platform::OnPath then) override { then({}); }
 
 private:
     friend class Busy;

@@ -69,7 +69,9 @@ bool SampleBench::resynthesize(int wave, const std::string& path) {
 }
 
 bool SampleBench::importSfz(const std::string& path) {
-    if (!imports_.importSfz(path)) return false;
+    bool imported = false;  // the console answers at once
+    imports_.importSfz(path, [&](bool done) { imported = done; });
+    if (!imported) return false;
     patch_.name = chunk_.program().getProgramName();
     return true;
 }

@@ -99,7 +99,9 @@ Outcome importCase(const Case& c) {
     ImportCommands commands(quick, import, chooser, bench.messages, bench.dialogs);
     const bool merge = c.input.value("merge_groups", false);
     bench.dialogs.answerNext(merge);
-    json got{{"returns", commands.importSfz(folder.path)}, {"messages", json::array()}, {"oscillators", json::array()}};
+    bool returns = false;
+    commands.importSfz(folder.path, [&](bool done) { returns = done; });
+    json got{{"returns", returns}, {"messages", json::array()}, {"oscillators", json::array()}};
     for (const auto& box : bench.dialogs.boxes()) got["messages"].push_back(box.text);
 
     const SfzFile file = parseSfz(c.input.at("text").get<std::string>());

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/module_folder.h"
+#include "tests/library/ended.h"
 #include "tests/library/library_bench.h"
 
 namespace vantoric {
@@ -25,39 +26,43 @@ struct ImportMenu : ::testing::Test, test::LibraryBench {
         EXPECT_TRUE(audio.patchFiles().savePatchFile(QuickImport::vocoderTemplate()));
         audio.program().setProgramName("Mine");
     }
+    template <class Command, class... Given>
+    bool import(Command command, Given... given) {
+        return test::ended(imports, command, given...);
+    }
     std::string sfz(const std::string& text) { return put("Grand Piano.sfz", test::Bytes(text.begin(), text.end())); }
 };
 
 TEST_F(ImportMenu, AUserWhoGoesBackKeepsThePatch) {
     makeTemplates();
-    EXPECT_FALSE(imports.importSample());
-    EXPECT_FALSE(imports.importVocoder());
-    EXPECT_FALSE(imports.importSfzDialog());
+    EXPECT_FALSE(import(&ImportCommands::importSample));
+    EXPECT_FALSE(import(&ImportCommands::importVocoder));
+    EXPECT_FALSE(import(&ImportCommands::importSfzDialog));
     EXPECT_EQ(audio.program().getProgramName(), "Mine");
     dialogs.choosePathNext(put("bad.wav", test::Bytes(100)));
-    EXPECT_FALSE(imports.importSample());
+    EXPECT_FALSE(import(&ImportCommands::importSample));
     EXPECT_EQ(shown().back(), "Error: Invalid wav file header.");
     EXPECT_EQ(audio.program().getProgramName(), "Mine");
 }
 
 TEST_F(ImportMenu, AQuickImportTakesTheChosenFile) {
-    EXPECT_FALSE(imports.importSample());
+    EXPECT_FALSE(import(&ImportCommands::importSample));
     EXPECT_TRUE(dialogs.requests().empty()) << "without a template there is nothing to choose for";
     makeTemplates();
     dialogs.choosePathNext(wave("Kick.wav", 60, 2));
-    EXPECT_TRUE(imports.importSample());
+    EXPECT_TRUE(import(&ImportCommands::importSample));
     EXPECT_EQ(sample(1).length, 60);
     EXPECT_EQ(audio.program().getProgramName(), "Kick");
-    EXPECT_FALSE(imports.importSample());
+    EXPECT_FALSE(import(&ImportCommands::importSample));
     EXPECT_EQ(dialogs.requests().back().startFolder, folder.path());
 }
 
 TEST_F(ImportMenu, AVocoderHintsWhatToChoose) {
-    EXPECT_FALSE(imports.importVocoder());
+    EXPECT_FALSE(import(&ImportCommands::importVocoder));
     EXPECT_TRUE(shown().empty());
     makeTemplates();
     dialogs.choosePathNext(wave("Speech.wav"));
-    EXPECT_TRUE(imports.importVocoder());
+    EXPECT_TRUE(import(&ImportCommands::importVocoder));
     EXPECT_EQ(shown(), Texts{"Hint: Now select a speech sample or a drumline..."});
     EXPECT_EQ(audio.program().getProgramName(), "Speech");
 }
@@ -66,10 +71,10 @@ TEST_F(ImportMenu, SeveralGroupsAreAQuestion) {
     wave("a.wav", 70);
     wave("b.wav", 80);
     const std::string path = sfz("<group>\n<region> sample=a.wav key=1\n<group>\n<region> sample=b.wav key=2\n");
-    EXPECT_TRUE(imports.importSfz(path)) << "nobody answers: No";
+    EXPECT_TRUE(import(&ImportCommands::importSfz, path)) << "nobody answers: No";
     EXPECT_EQ(sample(1).length, 0);
     dialogs.answerNext(true);
-    EXPECT_TRUE(imports.importSfz(path));
+    EXPECT_TRUE(import(&ImportCommands::importSfz, path));
     EXPECT_EQ(sample(1).length, 80);
     ASSERT_FALSE(dialogs.boxes().empty());
     EXPECT_TRUE(dialogs.boxes()[0].isQuestion);
@@ -80,10 +85,10 @@ TEST_F(ImportMenu, SeveralGroupsAreAQuestion) {
 
 TEST_F(ImportMenu, TheDialogAsksForAnSfzFileAndTellsWhatIsMissing) {
     dialogs.choosePathNext(sfz("<region> sample=a.wav key=60\n"));
-    EXPECT_TRUE(imports.importSfzDialog());
+    EXPECT_TRUE(import(&ImportCommands::importSfzDialog));
     EXPECT_EQ(dialogs.requests()[0].extension, ".sfz");
     EXPECT_EQ(shown(), Texts{"Error: File not found: a.wav"});
-    EXPECT_FALSE(imports.importSfz(folder / "none.sfz"));
+    EXPECT_FALSE(import(&ImportCommands::importSfz, folder / "none.sfz"));
     EXPECT_EQ(shown().back(), "Error: File read error");
 }
 

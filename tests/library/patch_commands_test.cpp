@@ -8,6 +8,7 @@
 #include "platform/module_folder.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
+#include "tests/library/ended.h"
 #include "tests/patch/patch_bench.h"
 
 namespace vantoric {
@@ -24,6 +25,11 @@ struct PatchMenu : ::testing::Test, PatchBench {
     }
     ~PatchMenu() override { platform::setDataFolder(""); }
 
+    template <class Command, class... Given>
+    bool run(Command command, Given... given) {
+        return test::ended(commands, command, given...);
+    }
+
     platform::ScratchFolder folder;
     platform::RecordedDialogs dialogs;
     PatchCommands commands{*files, messages, dialogs};
@@ -31,11 +37,11 @@ struct PatchMenu : ::testing::Test, PatchBench {
 };
 
 TEST_F(PatchMenu, LoadStartsInTheSoundsFolderUntilAFileWasChosen) {
-    EXPECT_FALSE(commands.loadPatch()) << "the user goes back";
+    EXPECT_FALSE(run(&PatchCommands::loadPatch)) << "the user goes back";
     dialogs.choosePathNext(deep);
-    EXPECT_TRUE(commands.loadPatch());
+    EXPECT_TRUE(run(&PatchCommands::loadPatch));
     EXPECT_EQ(program.getProgramName(), "deep");
-    EXPECT_FALSE(commands.loadPatch());
+    EXPECT_FALSE(run(&PatchCommands::loadPatch));
     const auto requests = dialogs.requests();
     ASSERT_EQ(requests.size(), 3u);
     EXPECT_EQ(requests[0].startFolder, platform::soundsFolder());
@@ -47,7 +53,7 @@ TEST_F(PatchMenu, LoadStartsInTheSoundsFolderUntilAFileWasChosen) {
 TEST_F(PatchMenu, ABadFileIsShownAndThePatchStays) {
     dialogs.choosePathNext(folder / "Vantoric_sounds/Bass/../Bass/deep.fxp");
     fs::resize_file(deep, 1000);
-    EXPECT_TRUE(commands.loadPatch()) << "one was chosen";
+    EXPECT_TRUE(run(&PatchCommands::loadPatch)) << "one was chosen";
     ASSERT_EQ(dialogs.boxes().size(), 1u);
     EXPECT_EQ(dialogs.boxes()[0].text, "This file is not compatible with this product.");
     EXPECT_EQ(program.getProgramName(), "Mine");
@@ -55,10 +61,10 @@ TEST_F(PatchMenu, ABadFileIsShownAndThePatchStays) {
 
 TEST_F(PatchMenu, SaveAsNamesThePatchAndRemembersTheFolder) {
     dialogs.choosePathNext(folder / "Vantoric_sounds/Bass/growl");
-    EXPECT_TRUE(commands.savePatchAs());
+    EXPECT_TRUE(run(&PatchCommands::savePatchAs));
     EXPECT_EQ(program.getProgramName(), "growl");
     EXPECT_TRUE(fs::exists(folder / "Vantoric_sounds/Bass/growl.fxp"));
-    EXPECT_FALSE(commands.savePatchAs()) << "the user goes back";
+    EXPECT_FALSE(run(&PatchCommands::savePatchAs)) << "the user goes back";
     const auto requests = dialogs.requests();
     ASSERT_EQ(requests.size(), 2u);
     EXPECT_EQ(requests[0].startFolder, platform::userFolder());
@@ -75,15 +81,15 @@ TEST_F(PatchMenu, QuickSaveOfANamelessPatchIsRefused) {
 }
 
 TEST_F(PatchMenu, DeleteAsksFirst) {
-    EXPECT_FALSE(commands.deletePatch("Bass", "deep"));
+    EXPECT_FALSE(run(&PatchCommands::deletePatch, "Bass", "deep"));
     EXPECT_TRUE(fs::exists(deep));
     dialogs.answerNext(true);
-    EXPECT_TRUE(commands.deletePatch("Bass", "deep"));
+    EXPECT_TRUE(run(&PatchCommands::deletePatch, "Bass", "deep"));
     EXPECT_FALSE(fs::exists(deep));
     EXPECT_EQ(dialogs.boxes()[0].text, "Are you sure that you want to delete the file '" + deep + "'?");
     dialogs.clear();
     dialogs.answerNext(true);
-    EXPECT_FALSE(commands.deletePatch("Bass", "deep"));
+    EXPECT_FALSE(run(&PatchCommands::deletePatch, "Bass", "deep"));
     EXPECT_EQ(dialogs.boxes()[1].text, "Could not delete this file. Please check if it is write protected.");
 }
 

@@ -2,12 +2,36 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 
 namespace vantoric::platform {
 namespace {
+
+// What the user chose; "gone back" for none.
+std::string chosen(Dialogs& dialogs, const std::string& startFolder, bool isSave, FileKind kind) {
+    std::string path = "no answer";
+    askFilePath(dialogs, startFolder, isSave, kind, [&](const auto& choice) { path = choice.value_or("gone back"); });
+    return path;
+}
+
+bool answer(Dialogs& dialogs, const char* text, const char* name) {
+    bool given = false;
+    askQuestion(dialogs, [&](bool yes) { given = yes; }, "Warning", "%s '%s'?", text, name);
+    return given;
+}
+
+// Dialogs whose user has not answered yet.
+struct SlowDialogs : Dialogs {
+    void message(const std::string&, const std::string&) override {}
+    void question(const std::string&, const std::string&, OnAnswer then) override { answers.push_back(std::move(then)); }
+    void choosePath(const FileRequest&, OnPath then) override { paths.push_back(std::move(then)); }
+    std::vector<OnAnswer> answers;
+    std::vector<OnPath> paths;
+};
 
 TEST(Dialogs, AMessageIsFormattedByPrintfRules) {
     RecordedDialogs dialogs;
@@ -29,9 +53,9 @@ TEST(Dialogs, OnlyYesIsYes) {
     RecordedDialogs dialogs;
     dialogs.answerNext(true);
     dialogs.answerNext(false);
-    EXPECT_TRUE(askQuestion(dialogs, "Warning", "Delete '%s'?", "a"));
-    EXPECT_FALSE(askQuestion(dialogs, "Warning", "Delete '%s'?", "b"));
-    EXPECT_FALSE(askQuestion(dialogs, "Warning", "Delete '%s'?", "nobody answers"));
+    EXPECT_TRUE(answer(dialogs, "Delete", "a"));
+    EXPECT_FALSE(answer(dialogs, "Delete", "b"));
+    EXPECT_FALSE(answer(dialogs, "Delete", "nobody answers"));
     EXPECT_EQ(dialogs.boxes()[1].text, "Delete 'b'?");
     EXPECT_TRUE(dialogs.boxes()[1].isQuestion);
 }
@@ -51,20 +75,15 @@ TEST(Dialogs, EachKindOfFileHasItsTitlesAndFilter) {
 
 TEST(Dialogs, SavingAddsTheExtensionUnlessItIsThere) {
     RecordedDialogs dialogs;
-    std::string path;
     dialogs.choosePathNext("/nowhere/a");
-    ASSERT_TRUE(askFilePath(dialogs, path, "/start/", true, FileKind::Patch));
-    EXPECT_EQ(path, "/nowhere/a.fxp");
+    EXPECT_EQ(chosen(dialogs, "/start/", true, FileKind::Patch), "/nowhere/a.fxp");
     EXPECT_EQ(dialogs.requests()[0].startFolder, "/start/");
     dialogs.choosePathNext("/nowhere/a.fxp");
-    ASSERT_TRUE(askFilePath(dialogs, path, "", true, FileKind::Patch));
-    EXPECT_EQ(path, "/nowhere/a.fxp");
+    EXPECT_EQ(chosen(dialogs, "", true, FileKind::Patch), "/nowhere/a.fxp");
     dialogs.choosePathNext("/nowhere/a.FXP");
-    ASSERT_TRUE(askFilePath(dialogs, path, "", true, FileKind::Patch));
-    EXPECT_EQ(path, "/nowhere/a.FXP.fxp");
+    EXPECT_EQ(chosen(dialogs, "", true, FileKind::Patch), "/nowhere/a.FXP.fxp");
     dialogs.choosePathNext("/nowhere/a");
-    ASSERT_TRUE(askFilePath(dialogs, path, "", false, FileKind::Patch));
-    EXPECT_EQ(path, "/nowhere/a") << "loading adds nothing";
+    EXPECT_EQ(chosen(dialogs, "", false, FileKind::Patch), "/nowhere/a") << "loading adds nothing";
     EXPECT_TRUE(dialogs.boxes().empty());
 }
 
@@ -72,35 +91,42 @@ TEST(Dialogs, AnExistingFileIsOverwrittenOnlyByAYes) {
     const platform::ScratchFolder folder;
     ASSERT_TRUE(writeFile(folder / "a.wav", "1", 1));
     RecordedDialogs dialogs;
-    std::string path = "before";
     dialogs.choosePathNext(folder / "a");
-    EXPECT_FALSE(askFilePath(dialogs, path, "", true, FileKind::Wave));
-    EXPECT_EQ(path, "before");
+    EXPECT_EQ(chosen(dialogs, "", true, FileKind::Wave), "gone back");
     EXPECT_EQ(dialogs.boxes()[0].title, "Warning");
     EXPECT_EQ(dialogs.boxes()[0].text, "Are you sure that you want to overwrite this file?");
     dialogs.choosePathNext(folder / "a");
     dialogs.answerNext(true);
-    EXPECT_TRUE(askFilePath(dialogs, path, "", true, FileKind::Wave));
-    EXPECT_EQ(path, folder / "a.wav");
+    EXPECT_EQ(chosen(dialogs, "", true, FileKind::Wave), folder / "a.wav");
 }
 
-TEST(Dialogs, GoingBackLeavesThePath) {
+TEST(Dialogs, GoingBackIsNoPath) {
     RecordedDialogs dialogs;
-    std::string path = "before";
-    EXPECT_FALSE(askFilePath(dialogs, path, "", false, FileKind::All));
-    EXPECT_EQ(path, "before");
+    EXPECT_EQ(chosen(dialogs, "", false, FileKind::All), "gone back");
+    EXPECT_EQ(chosen(dialogs, "", true, FileKind::All), "gone back");
+}
+
+TEST(Dialogs, AUserMayTakeTimeAndAnswerOnce) {
+    const platform::ScratchFolder folder;
+    ASSERT_TRUE(writeFile(folder / "a.wav", "1", 1));
+    SlowDialogs dialogs;
+    std::vector<std::string> got;
+    askFilePath(dialogs, "", true, FileKind::Wave, [&](const auto& path) { got.push_back(path.value_or("gone back")); });
+    EXPECT_TRUE(got.empty());
+    dialogs.paths.at(0)(folder / "a");
+    EXPECT_TRUE(got.empty()) << "the file is there: a question";
+    dialogs.answers.at(0)(true);
+    EXPECT_EQ(got, std::vector<std::string>{folder / "a.wav"});
 }
 
 TEST(Dialogs, WithoutAWindowTextsGoToStandardErrorAndNothingWaits) {
     testing::internal::CaptureStderr();
-    std::string path = "before";
     desktopDialogs().message("Error", "The factory sounds are missing.");
-    EXPECT_FALSE(desktopDialogs().question("Warning", "Really?"));
-    EXPECT_FALSE(askFilePath(desktopDialogs(), path, "", true, FileKind::Patch));
+    EXPECT_FALSE(answer(desktopDialogs(), "Really", "x"));
+    EXPECT_EQ(chosen(desktopDialogs(), "", true, FileKind::Patch), "gone back");
     const std::string text = testing::internal::GetCapturedStderr();
     EXPECT_NE(text.find("The factory sounds are missing."), std::string::npos);
-    EXPECT_NE(text.find("Really?"), std::string::npos);
-    EXPECT_EQ(path, "before");
+    EXPECT_NE(text.find("Really 'x'?"), std::string::npos);
 }
 
 }  // namespace

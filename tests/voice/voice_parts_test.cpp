@@ -716,7 +716,9 @@ TEST_F(VoiceParts, EachOscillatorHasParametersOfItsOwn) {
             EXPECT_GT(effectOf(family + i, 0.8f, 0.3f, alone), 1e-3f) << family << " " << i;
             if (family == par::On1) continue;
             for (int other = 0; other < oscillatorCount; ++other)
-                if (other != i) EXPECT_EQ(effectOf(family + other, 0.8f, 0.3f, alone), 0.0f) << family << " " << i << other;
+                if (other != i) {
+                    EXPECT_EQ(effectOf(family + other, 0.8f, 0.3f, alone), 0.0f) << family << " " << i << other;
+                }
         }
     }
 }

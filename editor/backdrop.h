@@ -1,0 +1,59 @@
+// What stands behind the controls: band, panels, titles, labels, and the lines that lead from block to block.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "editor/pen.h"
+#include "vstgui/lib/cview.h"
+
+namespace vantoric {
+
+// What the window tells between its controls, beyond what never changes.
+struct BackdropState {
+    struct MatrixRow {
+        int slot = 1;         // as shown
+        bool isUsed = false;  // has a source and a destination
+        Color source = style::output;
+        friend bool operator==(const MatrixRow&, const MatrixRow&) = default;
+    };
+    std::array<MatrixRow, 5> matrix{};
+    int slotsUsed = 0;
+    std::vector<std::string> driven;  // by the LFO on show, up to five
+    bool hasLfoTargets = true;        // false on the step page, which has no room for them
+    bool isMultilayer = false;
+    int arpeggiatorStep = -1;  // 0 to 15, the one that plays
+    std::array<float, 3> equalizer{0.5f, 0.5f, 0.5f};
+    bool isSerial = false;  // the filters
+
+    friend bool operator==(const BackdropState&, const BackdropState&) = default;
+};
+
+class Backdrop : public VSTGUI::CView {
+public:
+    explicit Backdrop(const VSTGUI::CRect& area);
+
+    // Draws anew what differs.
+    void setState(const BackdropState& state);
+
+    void draw(VSTGUI::CDrawContext* context) override;
+    void drawRect(VSTGUI::CDrawContext* context, const VSTGUI::CRect& updated) override;
+
+    CLASS_METHODS_NOCOPY(Backdrop, VSTGUI::CView)
+
+private:
+    void drawBand(Pen& pen);
+    void drawEqualizer(Pen& pen);
+    void drawPanels(Pen& pen);
+    void drawTitles(Pen& pen);
+    void drawOscillators(Pen& pen);
+    void drawFilters(Pen& pen);
+    void drawLfoTargets(Pen& pen);
+    void drawMatrix(Pen& pen);
+    void drawArpeggiator(Pen& pen);
+
+    BackdropState state_;
+};
+
+}  // namespace vantoric

@@ -1,0 +1,111 @@
+// What stands in the band beside the controls of the table: the patch line, the wheels, the meter, the hint line.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "editor/pen.h"
+#include "vstgui/lib/controls/ccontrol.h"
+#include "vstgui/lib/events.h"
+
+namespace vantoric {
+
+// The name of the patch, its category and its place in it. Clicks open the two lists.
+class PatchLine : public VSTGUI::CView {
+public:
+    struct Shown {
+        std::string category, name;
+        int place = 0, count = 0;  // from 1; 0 for none
+        bool isChanged = false;    // since it was loaded or saved
+        friend bool operator==(const Shown&, const Shown&) = default;
+    };
+    PatchLine(const VSTGUI::CRect& area, std::function<void()> openCategories, std::function<void()> openPatches);
+
+    void setShown(const Shown& shown);
+    void draw(VSTGUI::CDrawContext* context) override;
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+    void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;
+    void onMouseExitEvent(VSTGUI::MouseExitEvent& event) override;
+
+    CLASS_METHODS_NOCOPY(PatchLine, VSTGUI::CView)
+
+private:
+    enum class Part { none, category, name };
+    Part partAt(VSTGUI::CPoint where) const;
+    void setHovered(Part part);
+
+    Shown shown_;
+    Part hovered_ = Part::none;
+    std::function<void()> openCategories_, openPatches_;
+};
+
+// The star of a favourite.
+class FavouriteView : public VSTGUI::CControl {
+public:
+    FavouriteView(const VSTGUI::CRect& area, VSTGUI::IControlListener* listener, int tag);
+    void draw(VSTGUI::CDrawContext* context) override;
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+    void onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) override;
+    void onMouseExitEvent(VSTGUI::MouseExitEvent& event) override;
+
+    CLASS_METHODS_NOCOPY(FavouriteView, VSTGUI::CControl)
+
+private:
+    bool isHovered_ = false;
+};
+
+// The wheels on the screen. The pitch wheel springs back to its middle.
+class WheelView : public VSTGUI::CControl {
+public:
+    WheelView(const VSTGUI::CRect& area, VSTGUI::IControlListener* listener, int tag, bool springsBack);
+    void draw(VSTGUI::CDrawContext* context) override;
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+    void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;
+    void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
+    void onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) override;
+    bool isHeld() const { return isHeld_; }
+
+    CLASS_METHODS_NOCOPY(WheelView, VSTGUI::CControl)
+
+private:
+    void follow(VSTGUI::CPoint where);
+    void letGo();
+    void setByHand(float value);
+
+    bool springsBack_;
+    bool isHeld_ = false;
+};
+
+// The level of both channels.
+class MeterView : public VSTGUI::CView {
+public:
+    explicit MeterView(const VSTGUI::CRect& area);
+    // 0 to 1 each.
+    void setLevels(float left, float right);
+    void draw(VSTGUI::CDrawContext* context) override;
+
+    CLASS_METHODS_NOCOPY(MeterView, VSTGUI::CView)
+
+private:
+    static constexpr int segments = 20;
+    static int lit(float level);
+    int left_ = 0, right_ = 0;  // segments
+};
+
+// One line of help on what is under the pointer, or news that stay for a while.
+class HintLine : public VSTGUI::CView {
+public:
+    enum class Kind { help, news, alarm };
+    explicit HintLine(const VSTGUI::CRect& area);
+    void setText(const std::string& text, Kind kind = Kind::help);
+    const std::string& text() const { return text_; }
+    void draw(VSTGUI::CDrawContext* context) override;
+
+    CLASS_METHODS_NOCOPY(HintLine, VSTGUI::CView)
+
+private:
+    std::string text_;
+    Kind kind_ = Kind::help;
+};
+
+}  // namespace vantoric

@@ -1,0 +1,66 @@
+// What is pressed: switches, tabs, buttons, the heads of menus.
+#pragma once
+
+#include "editor/control_face.h"
+
+namespace vantoric {
+
+// Kind 3: a pill, filled when on. A power sign stands for "On".
+class SwitchView : public ControlView {
+public:
+    using ControlView::ControlView;
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+
+protected:
+    void drawControl(Pen& pen) override;
+};
+
+// Kind 4: one of several pages, or a layer with its lamp. Its value is 1 while it is the one selected.
+class SelectorView : public ControlView {
+public:
+    using ControlView::ControlView;
+    // How brightly the layer's lamp glows, 0 to 127.
+    void setLamp(int value);
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+
+protected:
+    void drawControl(Pen& pen) override;
+
+private:
+    bool isLayer() const;
+    void drawLayer(Pen& pen);
+    void drawTab(Pen& pen);
+
+    int lamp_ = 0;
+};
+
+// Kinds 5 and 17: previous, next, the browser, the word mark; a sample's folder and pencil.
+class ButtonView : public ControlView {
+public:
+    using ControlView::ControlView;
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+    void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
+
+protected:
+    void drawControl(Pen& pen) override;
+
+private:
+    void drawWordMark(Pen& pen);
+    void drawBrowser(Pen& pen);
+    void drawFolder(Pen& pen);
+    void drawPencil(Pen& pen);
+
+    bool isPressed_ = false;
+};
+
+// Kind 9: a word that opens a menu below it.
+class MenuButtonView : public ControlView {
+public:
+    using ControlView::ControlView;
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+
+protected:
+    void drawControl(Pen& pen) override;
+};
+
+}  // namespace vantoric

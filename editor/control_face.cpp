@@ -1,0 +1,108 @@
+#include "editor/control_face.h"
+
+#include <cmath>
+
+#include "vstgui/lib/cframe.h"
+#include "vstgui/lib/platform/platformfactory.h"
+
+namespace vantoric {
+
+using VSTGUI::CPoint;
+using VSTGUI::CRect;
+
+namespace {
+
+CRect bodyOf(const ControlEntry& entry) { return CRect(CPoint(entry.x, entry.y), CPoint(entry.width, entry.height)); }
+
+}  // namespace
+
+Color functionColor(Section section) {
+    switch (section) {
+        case Section::Oscillators: return style::oscillators;
+        case Section::Filters: return style::filters;
+        case Section::Envelopes: return style::envelopes;
+        case Section::Lfo: return style::lfo;
+        case Section::Arpeggiator: return style::arpeggiator;
+        default: return style::output;
+    }
+}
+
+Color groundColor(const ControlEntry& entry) {
+    constexpr int bandPanelsFrom = 602;
+    if (entry.y >= bandHeight) return style::panel;
+    return entry.x >= bandPanelsFrom ? style::bandPanel : style::band;
+}
+
+CRect ControlFace::body() { return bodyOf(entry_); }
+
+void ControlFace::setText(std::string text) {
+    if (text == text_) return;
+    text_ = std::move(text);
+    view().invalid();
+}
+
+void ControlFace::setValueQuietly(float value) {
+    if (view().getValue() == value) return;
+    view().setValue(value);
+    view().invalid();
+}
+
+void ControlFace::set(bool& flag, bool value) {
+    if (flag == value) return;
+    flag = value;
+    view().invalid();
+}
+
+Color ControlFace::color() const {
+    const Color full = functionColor(entry_.section);
+    return isOff_ ? mix(full, ground(), 0.6) : full;
+}
+
+void ControlFace::drawFocus(Pen& pen, double radius) {
+    if (!isFocused_) return;
+    const CRect area = body();
+    pen.roundLine(area.left - 3, area.top - 3, area.getWidth() + 6, area.getHeight() + 6, radius + 3, style::white, 1.4);
+}
+
+void ControlFace::drawDimming(Pen& pen) {
+    if (!isDimmed_) return;
+    const CRect area = view().getViewSize();
+    pen.rect(area.left, area.top, area.getWidth(), area.getHeight(), fade(ground(), 0.62));
+}
+
+ControlView::ControlView(const ControlEntry& entry, ControlListener& listener)
+    : CControl(bodyOf(entry).inset(-4, -4), &listener, entry.tag), ControlFace(entry, listener) {  // with room for the focus
+    setTransparency(true);
+    setMouseableArea(bodyOf(entry));
+}
+
+void ControlView::onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) {
+    setHovered(true);
+    window().controlHovered(*this, true);
+    event.consumed = true;
+}
+
+void ControlView::onMouseExitEvent(VSTGUI::MouseExitEvent& event) {
+    setHovered(false);
+    window().controlHovered(*this, false);
+    event.consumed = true;
+}
+
+void ControlView::draw(VSTGUI::CDrawContext* context) {
+    Pen pen(*context);
+    drawControl(pen);
+    drawFocus(pen, 3);
+    drawDimming(pen);
+    setDirty(false);
+}
+
+bool ClickPair::isSecond(VSTGUI::CPoint where) {
+    constexpr std::uint64_t longest = 400;  // milliseconds
+    const std::uint64_t now = VSTGUI::getPlatformFactory().getTicks();
+    const bool isSecond = now - lastTicks_ <= longest && std::abs(where.x - last_.x) < 3 && std::abs(where.y - last_.y) < 3;
+    lastTicks_ = isSecond ? 0 : now;  // a third click begins anew
+    last_ = where;
+    return isSecond;
+}
+
+}  // namespace vantoric

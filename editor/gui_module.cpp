@@ -1,0 +1,100 @@
+#include "editor/gui_module.h"
+
+#include <cstdio>
+#include <memory>
+
+#include <cairo/cairo-xcb.h>
+#include <xcb/xcb.h>
+
+#include "vstgui/lib/platform/linux/linuxfactory.h"
+#include "vstgui/lib/platform/platformfactory.h"
+#include "vstgui/lib/vstguidebug.h"
+#include "vstgui/lib/vstguiinit.h"
+
+namespace vantoric {
+namespace {
+
+// The packaged library is a debug build, and a check of its own that fails would end the host.
+void noteFailedCheck(const char* file, const char* line, const char* condition, const char* description) {
+    std::fprintf(stderr, "Vantoric: a check of the window library failed: %s:%s %s %s\n", file, line, condition,
+                 description != nullptr ? description : "");
+}
+
+xcb_screen_t* firstScreen(xcb_connection_t* connection) { return xcb_setup_roots_iterator(xcb_get_setup(connection)).data; }
+
+xcb_visualtype_t* rootVisual(xcb_screen_t* screen) {
+    for (auto depth = xcb_screen_allowed_depths_iterator(screen); depth.rem != 0; xcb_depth_next(&depth))
+        for (auto visual = xcb_depth_visuals_iterator(depth.data); visual.rem != 0; xcb_visualtype_next(&visual))
+            if (visual.data->visual_id == screen->root_visual) return visual.data;
+    return nullptr;
+}
+
+// The library drops its connection at the end but not what cairo keeps of it, which a later connection would trip over.
+void finishCairoDevice(xcb_connection_t* connection) {
+    xcb_screen_t* screen = firstScreen(connection);
+    xcb_visualtype_t* visual = rootVisual(screen);
+    if (visual == nullptr) return;
+    cairo_surface_t* surface = cairo_xcb_surface_create(connection, screen->root, visual, 1, 1);
+    cairo_device_t* device = cairo_device_reference(cairo_surface_get_device(surface));
+    cairo_surface_destroy(surface);
+    cairo_device_finish(device);
+    cairo_device_destroy(device);
+}
+
+struct Disconnect {
+    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+};
+using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
+
+Connection tryDisplay() {
+    Connection trial(xcb_connect(nullptr, nullptr));
+    if (trial && xcb_connection_has_error(trial.get()) != 0) trial.reset();
+    return trial;
+}
+
+}  // namespace
+
+GuiModule& GuiModule::shared() {
+    static GuiModule module;
+    return module;
+}
+
+void GuiModule::enter(const std::string& resources) {
+    if (users_++ != 0) return;
+    VSTGUI::setAssertionHandler(noteFailedCheck);
+    VSTGUI::init(nullptr);  // with the module's handle it would look for a bundle of folders
+    VSTGUI::getPlatformFactory().asLinuxFactory()->setResourcePath(resources + "/");
+    loop_ = VSTGUI::makeOwned<IdleRunLoop>();
+}
+
+void GuiModule::leave() {
+    if (--users_ != 0) return;
+    if (holdsConnection_) {
+        finishCairoDevice(connection());
+        VSTGUI::X11::RunLoop::exit();
+        holdsConnection_ = false;
+    }
+    loop_ = nullptr;
+    VSTGUI::exit();
+}
+
+bool GuiModule::connect() {
+    if (holdsConnection_) return true;
+    // Kept open until the library has its own: a server whose last client leaves may start anew.
+    const Connection trial = tryDisplay();
+    if (!trial) return false;
+    VSTGUI::X11::RunLoop::init(loop_);
+    holdsConnection_ = true;
+    return true;
+}
+
+xcb_connection_t* GuiModule::connection() const { return VSTGUI::X11::RunLoop::instance().getXcbConnection(); }
+
+GuiModule::Size GuiModule::screenSize() {
+    const Connection trial = tryDisplay();
+    if (!trial) return {};
+    const xcb_screen_t* screen = firstScreen(trial.get());
+    return {screen->width_in_pixels, screen->height_in_pixels};
+}
+
+}  // namespace vantoric

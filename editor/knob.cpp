@@ -1,0 +1,308 @@
+#include "editor/knob.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <numbers>
+
+#include "vstgui/lib/cframe.h"
+
+namespace vantoric {
+namespace {
+
+using VSTGUI::CPoint;
+using VSTGUI::CRect;
+
+// From half past seven to half past four.
+constexpr double firstAngle = 0.75 * std::numbers::pi, sweep = 1.5 * std::numbers::pi;
+double angleOf(double value) { return firstAngle + sweep * value; }
+
+// A drag is measured in pixels of the normal layout, from the left upper corner of what that layout calls the knob.
+constexpr float pixelsAUnit = 1.5f;
+struct KnobPixels {
+    float width, height, centreX, centreY;
+};
+KnobPixels knobPixels(WidgetKind kind) {
+    return kind == WidgetKind::LargeKnob ? KnobPixels{178, 112, 89, 42} : KnobPixels{144, 76, 72, 26};
+}
+
+KnobShape shapeOf(const ControlEntry& entry) {
+    const KnobPixels pixels = knobPixels(entry.kind);
+    KnobShape shape;
+    shape.width = pixels.width;
+    shape.height = 2 * pixels.centreY;  // angles are those around the drawn middle
+    shape.defaultValue = entry.defaultValue;
+    return shape;
+}
+
+vantoric::MouseButton buttonOf(const VSTGUI::MouseEventButtonState& state) {
+    if (state.isLeft()) return vantoric::MouseButton::left;
+    return state.isRight() ? vantoric::MouseButton::right : vantoric::MouseButton::other;
+}
+
+CRect viewOf(const ControlEntry& entry) {
+    const KnobMeasures& m = knobMeasures(entry.kind);
+    const double side = entry.kind == WidgetKind::Knob ? 26 : 32;
+    return {entry.x - side, entry.y - m.bandOuter - 2, entry.x + side, entry.y + m.captionLine + 4};
+}
+
+}  // namespace
+
+const KnobMeasures& knobMeasures(WidgetKind kind) {
+    static constexpr KnobMeasures plain{12.4, 2.2, 9.8, 5.0, 2.3, 14.4, 17.4, 25.5, 12};
+    static constexpr KnobMeasures large{20.6, 3.0, 17.0, 10.4, 3.2, 23.0, 27.0, 36.0, 21};
+    return kind == WidgetKind::LargeKnob ? large : plain;
+}
+
+MYCKnob::MYCKnob(const ControlEntry& entry, ControlListener& listener, DepthListener& depth)
+    : CKnob(viewOf(entry), &listener, entry.tag, nullptr, nullptr),
+      ControlFace(entry, listener),
+      depth_(depth),
+      measures_(knobMeasures(entry.kind)),
+      drag_(shapeOf(entry)) {
+    setTransparency(true);
+}
+
+CRect MYCKnob::body() {
+    const double r = measures_.hitRadius + 1;
+    return {entry().x - r, entry().y - r, entry().x + r, entry().y + r};
+}
+
+void MYCKnob::setModulation(const KnobModulation& modulation, const Color& source) {
+    if (modulation.modDepth == modulation_.modDepth && modulation.modCount == modulation_.modCount &&
+        modulation.modBipolar == modulation_.modBipolar && source == sourceColor_ &&
+        std::strcmp(modulation.modNames, modulation_.modNames) == 0)
+        return;
+    modulation_ = modulation;
+    sourceColor_ = source;
+    invalid();
+}
+
+void MYCKnob::setCcNumber(int number) {
+    if (number == ccNumber_) return;
+    ccNumber_ = number;
+    invalid();
+}
+
+void MYCKnob::setLearnGlow(double glow) {
+    if (glow == learnGlow_) return;
+    learnGlow_ = glow;
+    if (ccNumber_ == -2) invalid();
+}
+
+void MYCKnob::setTargetRing(std::optional<Color> ring, bool isNearest) {
+    if (ring == targetRing_ && isNearest == isNearestTarget_) return;
+    targetRing_ = ring;
+    isNearestTarget_ = isNearest;
+    invalid();
+}
+
+// ---- drawing
+
+void MYCKnob::draw(VSTGUI::CDrawContext* context) {
+    Pen pen(*context);
+    drawRing(pen);
+    drawBody(pen);
+    if (modulation_.modDepth != 0) drawModulation(pen);
+    drawMarks(pen);
+    drawCaption(pen);
+    drawFocus(pen, measures_.hitRadius);
+    drawDimming(pen);
+    setDirty(false);
+}
+
+void MYCKnob::drawRing(Pen& pen) {
+    const double x = entry().x, y = entry().y, value = getValueNormalized();
+    pen.arc(x, y, measures_.arc, firstAngle, angleOf(1), mix(ground(), style::white, 0.11), measures_.arcWidth, true);
+    const double from = entry().bipolar ? std::min(0.5, value) : 0.0, to = entry().bipolar ? std::max(0.5, value) : value;
+    if (to - from > 0.004) {
+        pen.arc(x, y, measures_.arc, angleOf(from), angleOf(to), color(), measures_.arcWidth, true);
+    } else if (entry().bipolar) {
+        pen.dot(x, y - measures_.arc, measures_.arcWidth / 2, mix(ground(), color(), 0.55));
+    }
+}
+
+void MYCKnob::drawBody(Pen& pen) {
+    const double x = entry().x, y = entry().y;
+    const bool isLit = isHovered() || isEditing();
+    Color top = hexColor(isLit ? 0x5A646C : 0x485158), bottom = hexColor(isLit ? 0x343B41 : 0x2A3035);
+    if (isMultilayer()) {
+        top = mix(style::multilayer, style::white, 0.12);
+        bottom = mix(style::multilayer, style::black, 0.22);
+    }
+    pen.dot(x, y + 0.8, measures_.body + 0.5, fade(style::black, 0.38));
+    pen.verticalGradientDot(x, y, measures_.body, top, bottom);
+    constexpr double degree = std::numbers::pi / 180;
+    pen.arc(x, y, measures_.body - 0.35, 200 * degree, 340 * degree, fade(style::white, 0.16), 0.7);
+    const Color hole = mix(ground(), style::black, 0.42);
+    pen.dot(x, y, measures_.hole, hole);
+    pen.arc(x, y, measures_.hole + 0.1, 20 * degree, 160 * degree, fade(style::white, 0.10), 0.6);
+
+    const double angle = angleOf(getValueNormalized()), inner = measures_.hole + 0.2, outer = measures_.body - 0.6;
+    const Color notch = isMultilayer() ? hexColor(0x1A1408) : isOff() ? style::text3 : style::handle;
+    pen.line(
+        {{x + std::cos(angle) * inner, y + std::sin(angle) * inner}, {x + std::cos(angle) * outer, y + std::sin(angle) * outer}},
+        notch, measures_.pointer);
+    if (entry().kind == WidgetKind::LargeKnob)
+        pen.text(x, y + 2.9, text(), style::Face::semibold, 8.2, style::text, Align::centre, 2 * measures_.hole - 1);
+}
+
+void MYCKnob::drawModulation(Pen& pen) {
+    const double x = entry().x, y = entry().y, r = (measures_.bandInner + measures_.bandOuter) / 2;
+    const double width = measures_.bandOuter - measures_.bandInner;
+    const ModulationArc arc = modulationArc(getValueNormalized(), modulation_.modDepth, modulation_.modBipolar);
+    const Color band = isDepthDragging() ? fade(sourceColor_, 0.75) : fade(style::white, 0.5);
+    constexpr float shownBeyond = 0.12f;  // past it the two ends would meet
+    for (const ArcPart& part : arcParts(arc).all()) {
+        const double from = angleOf(std::max(part.low, -shownBeyond)), to = angleOf(std::min(part.high, 1 + shownBeyond));
+        if (!(to > from)) continue;
+        pen.arc(x, y, r, from, to, part.isInRange ? band : fade(style::alarm, 0.75), width);
+        if (part.isInRange) pen.arc(x, y, measures_.bandOuter - 0.5, from, to, sourceColor_, 1.2);
+    }
+    drawGrip(pen);
+}
+
+CPoint MYCKnob::gripCentre() const {
+    const double scale = measures_.body / 9.4;
+    return {entry().x - 14.3 * scale, entry().y - 13.2 * scale};
+}
+
+void MYCKnob::drawGrip(Pen& pen) {
+    const CPoint at = gripCentre();
+    pen.dot(at.x, at.y, 4.6, mix(ground(), style::black, 0.3));
+    // Three quarters of a disc, open towards the knob.
+    constexpr double begin = 0.5 * std::numbers::pi + 0.25 * std::numbers::pi - 0.785 + 0.785;
+    pen.pie(at.x, at.y, isDepthDragging() ? 4.2 : 3.6, begin, begin + 4.71, sourceColor_);
+}
+
+void MYCKnob::drawMarks(Pen& pen) {
+    const double x = entry().x, y = entry().y;
+    if (ccNumber_ >= 0) pen.dot(x + measures_.body * 1.25, y - measures_.body * 1.25, 2.1, style::alarm);
+    if (ccNumber_ == -2)
+        pen.arc(x, y, measures_.arc + 3.4, 0, 2 * std::numbers::pi, fade(style::alarm, 0.35 + 0.65 * learnGlow_), 1.6);
+    if (targetRing_) {
+        const double r = measures_.arc + (isNearestTarget_ ? 4.2 : 3.2);
+        if (isNearestTarget_) pen.arc(x, y, r + 2.5, 0, 2 * std::numbers::pi, fade(*targetRing_, 0.3), 4);
+        pen.arc(x, y, r, 0, 2 * std::numbers::pi, fade(*targetRing_, isNearestTarget_ ? 1.0 : 0.6), isNearestTarget_ ? 2.4 : 1.0);
+    }
+}
+
+void MYCKnob::drawCaption(Pen& pen) {
+    const std::string caption = entry().caption;
+    const bool isLit = isHovered() || isEditing();
+    if (caption == "FM") {  // between two rows there is no room below
+        pen.text(entry().x + 14.8, entry().y + 3.2, caption, style::Face::medium, 8.5, isLit ? style::text : style::text2);
+        return;
+    }
+    const double size = entry().kind == WidgetKind::Knob ? 9 : 9.5;
+    pen.text(entry().x, entry().y + measures_.captionLine, caption, style::Face::medium, size, isLit ? style::text : style::text2,
+             Align::centre);
+}
+
+// ---- the hand
+
+bool MYCKnob::hitTest(const CPoint& where, const VSTGUI::Event&) {
+    const double dx = where.x - entry().x, dy = where.y - entry().y, r = measures_.arc + 1.6;
+    return dx * dx + dy * dy <= r * r || isOverGrip(where);
+}
+
+bool MYCKnob::isOverGrip(CPoint where) const {
+    if (modulation_.modDepth == 0) return false;
+    const CPoint at = gripCentre();
+    const double dx = where.x - at.x, dy = where.y - at.y;
+    return dx * dx + dy * dy <= 5.5 * 5.5;
+}
+
+KnobMouse MYCKnob::mouseAt(const VSTGUI::MouseEvent& event) const {
+    const KnobPixels pixels = knobPixels(entry().kind);
+    KnobMouse mouse;
+    mouse.x = static_cast<float>(event.mousePosition.x - entry().x) * pixelsAUnit + pixels.centreX;
+    mouse.y = static_cast<float>(event.mousePosition.y - entry().y) * pixelsAUnit + pixels.centreY;
+    mouse.button = button_;
+    mouse.isFine = event.modifiers.has(VSTGUI::ModifierKey::Shift);
+    return mouse;
+}
+
+void MYCKnob::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
+    event.consumed = true;
+    endDrag();
+    if (event.modifiers.has(VSTGUI::ModifierKey::Alt)) {
+        event.ignoreFollowUpMoveAndUpEvents(true);
+        return window().controlTypingWanted(*this);
+    }
+    button_ = buttonOf(event.buttonState);
+    KnobMouse mouse = mouseAt(event);
+    mouse.isDouble = button_ == vantoric::MouseButton::left && clicks_.isSecond(event.mousePosition);
+    switch (drag_.press(mouse, getValueNormalized(), modulation_.modDepth)) {
+        case KnobDrag::Press::reset: event.ignoreFollowUpMoveAndUpEvents(true); return window().controlResetWanted(*this);
+        case KnobDrag::Press::menu: event.ignoreFollowUpMoveAndUpEvents(true); return window().controlMenuWanted(*this);
+        case KnobDrag::Press::depth: depth_.depthDragBegan(*this); break;
+        case KnobDrag::Press::value: beginEdit(); break;
+    }
+    invalid();
+}
+
+void MYCKnob::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
+    if (drag_.isDepthDragging()) {
+        event.consumed = true;
+        return depth_.depthDragged(*this, drag_.depth(mouseAt(event)));
+    }
+    if (drag_.isDragging()) {
+        event.consumed = true;
+        const float value = drag_.move(mouseAt(event));
+        if (value == getValueNormalized()) return;
+        setValueNormalized(value);
+        valueChanged();
+        return invalid();
+    }
+    getFrame()->setCursor(isOverGrip(event.mousePosition) ? VSTGUI::kCursorHand : VSTGUI::kCursorDefault);
+}
+
+void MYCKnob::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
+    endDrag();
+    event.consumed = true;
+}
+
+void MYCKnob::onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) {
+    endDrag();
+    event.consumed = true;
+}
+
+void MYCKnob::endDrag() {
+    if (!drag_.isDragging()) return;
+    const bool wasDepth = drag_.isDepthDragging();
+    drag_.release();
+    if (wasDepth) {
+        depth_.depthDragEnded(*this);
+    } else {
+        endEdit();
+    }
+    invalid();
+}
+
+void MYCKnob::onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) {
+    setHovered(true);
+    window().controlHovered(*this, true);
+    event.consumed = true;
+}
+
+void MYCKnob::onMouseExitEvent(VSTGUI::MouseExitEvent& event) {
+    setHovered(false);
+    getFrame()->setCursor(VSTGUI::kCursorDefault);
+    window().controlHovered(*this, false);
+    event.consumed = true;
+}
+
+void MYCKnob::onMouseWheelEvent(VSTGUI::MouseWheelEvent& event) {
+    const float step = event.modifiers.has(VSTGUI::ModifierKey::Shift) ? 0.001f : 0.01f;
+    const float value = std::clamp(getValueNormalized() + step * static_cast<float>(event.deltaY + event.deltaX), 0.0f, 1.0f);
+    event.consumed = true;
+    if (value == getValueNormalized()) return;
+    beginEdit();
+    setValueNormalized(value);
+    valueChanged();
+    endEdit();
+    invalid();
+}
+
+}  // namespace vantoric

@@ -1,0 +1,303 @@
+#include "editor/popup_menu.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "editor/overlay.h"
+#include "vstgui/lib/cframe.h"
+#include "vstgui/lib/platform/platformfactory.h"
+
+namespace vantoric {
+namespace {
+
+using VSTGUI::CPoint;
+using VSTGUI::CRect;
+using VSTGUI::VirtualKey;
+
+constexpr double rowHeight = 18, separatorHeight = 7, padding = 4, textSize = 10;
+constexpr double lowWindow = 300;  // below this height lists stand in columns
+
+double heightOf(const MenuRow& row) { return row.isSeparator() ? separatorHeight : rowHeight; }
+
+double widthOf(const std::vector<MenuRow>& rows) {
+    double widest = 0;
+    bool hasDots = false, hasMark = false;
+    for (const MenuRow& row : rows) {
+        widest = std::max(widest, measured(row.label, style::Face::medium, textSize));
+        hasDots = hasDots || row.dot;
+        hasMark = hasMark || row.isTicked || !row.submenu.empty();
+    }
+    return widest + 24 + (hasDots ? 12 : 0) + (hasMark ? 18 : 0);
+}
+
+// Letters compare without their case.
+bool beginsWith(const std::string& label, const std::string& typed) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+    return label.size() >= typed.size() &&
+           std::equal(typed.begin(), typed.end(), label.begin(), [&](char a, char b) { return lower(a) == lower(b); });
+}
+
+}  // namespace
+
+PopupMenu::PopupMenu(const CRect& area, const CRect& anchor, std::vector<MenuRow> rows, Chosen chosen,
+                     std::function<void()> closed)
+    : LayerView(area),
+      rows_(std::move(rows)),
+      chosen_(std::move(chosen)),
+      closed_(std::move(closed)),
+      openedAt_(anchor.getCenter()) {
+    setTransparency(true);
+    panels_.push_back(layOut(rows_, anchor, false));
+    for (int row = 0; row < static_cast<int>(rows_.size()); ++row)
+        if (rows_[row].isTicked) panels_[0].highlighted = row;
+    if (panels_[0].highlighted >= 0) scrollTo(panels_[0], panels_[0].highlighted);
+}
+
+PopupMenu::Panel PopupMenu::layOut(const std::vector<MenuRow>& rows, const CRect& anchor, bool isSubmenu) const {
+    const CRect area = CRect(getViewSize()).inset(2, 2);
+    const double room = area.getHeight() - 2 * padding;
+    Panel panel;
+    panel.rows = &rows;
+    panel.columnWidth = std::max(widthOf(rows), isSubmenu ? 0.0 : anchor.getWidth() - 2 * padding);
+    panel.columnStarts = {0};
+    double height = 0, tallest = 0;
+    const bool isLow = area.getHeight() < lowWindow;
+    for (int row = 0; row < static_cast<int>(rows.size()); ++row) {
+        if (isLow && height + heightOf(rows[row]) > room) {
+            panel.columnStarts.push_back(row);
+            height = 0;
+        }
+        height += heightOf(rows[row]);
+        tallest = std::max(tallest, height);
+    }
+    panel.columns = static_cast<int>(panel.columnStarts.size());
+    panel.contentHeight = tallest;
+    const double boxHeight = std::min(tallest, room) + 2 * padding;
+    double boxWidth = panel.columns * panel.columnWidth + 2 * padding;
+    if (boxWidth > area.getWidth()) {
+        panel.columnWidth = (area.getWidth() - 2 * padding) / panel.columns;
+        boxWidth = area.getWidth();
+    }
+    double x = isSubmenu ? anchor.right : anchor.left, y = isSubmenu ? anchor.top - padding : anchor.bottom + 2;
+    if (isSubmenu && x + boxWidth > area.right) x = anchor.left - boxWidth;
+    if (!isSubmenu && y + boxHeight > area.bottom && anchor.top - 2 - boxHeight >= area.top) y = anchor.top - 2 - boxHeight;
+    x = std::clamp(x, area.left, std::max(area.left, area.right - boxWidth));
+    y = std::clamp(y, area.top, std::max(area.top, area.bottom - boxHeight));
+    panel.rect = {x, y, x + boxWidth, y + boxHeight};
+    return panel;
+}
+
+CRect PopupMenu::rowRect(const Panel& panel, int row) const {
+    int column = panel.columns - 1;
+    while (column > 0 && row < panel.columnStarts[column]) --column;
+    double y = panel.rect.top + padding - panel.scrolled;
+    for (int above = panel.columnStarts[column]; above < row; ++above) y += heightOf((*panel.rows)[above]);
+    const double x = panel.rect.left + padding + column * panel.columnWidth;
+    return {x, y, x + panel.columnWidth, y + heightOf((*panel.rows)[row])};
+}
+
+std::optional<CRect> PopupMenu::rowWith(int result) const {
+    for (const Panel& panel : panels_)
+        for (int row = 0; row < static_cast<int>(panel.rows->size()); ++row)
+            if ((*panel.rows)[row].isChoosable() && (*panel.rows)[row].result == result) return rowRect(panel, row);
+    return std::nullopt;
+}
+
+PopupMenu::Hit PopupMenu::hit(CPoint where) const {
+    for (int index = static_cast<int>(panels_.size()) - 1; index >= 0; --index) {
+        const Panel& panel = panels_[index];
+        if (!panel.rect.pointInside(where)) continue;
+        for (int row = 0; row < static_cast<int>(panel.rows->size()); ++row)
+            if (rowRect(panel, row).pointInside(where)) return {index, (*panel.rows)[row].isChoosable() ? row : -1};
+        return {index, -1};
+    }
+    return {};
+}
+
+void PopupMenu::highlight(Hit target) {
+    if (target.panel < 0) return;
+    Panel& panel = panels_[target.panel];
+    if (panel.highlighted == target.row && static_cast<int>(panels_.size()) <= target.panel + 2) return;
+    panels_.resize(target.panel + 1);
+    panels_[target.panel].highlighted = target.row;
+    if (target.row >= 0 && !(*panels_[target.panel].rows)[target.row].submenu.empty()) openSubmenu(target.panel, target.row);
+    invalid();
+}
+
+void PopupMenu::openSubmenu(int panel, int row) {
+    const MenuRow& head = (*panels_[panel].rows)[row];
+    panels_.push_back(layOut(head.submenu, rowRect(panels_[panel], row), true));
+}
+
+void PopupMenu::choose(Hit target) {
+    if (target.panel < 0 || target.row < 0) return;
+    const MenuRow& row = (*panels_[target.panel].rows)[target.row];
+    if (!row.submenu.empty()) return;
+    const Chosen chosen = std::move(chosen_);
+    const int result = row.result;
+    const auto alive = VSTGUI::shared(this);
+    close();
+    if (chosen) chosen(result);
+}
+
+void PopupMenu::close() {
+    if (isClosed_) return;
+    isClosed_ = true;
+    const auto alive = VSTGUI::shared(this);
+    if (const auto closed = std::move(closed_)) closed();
+}
+
+void PopupMenu::dismiss() {
+    chosen_ = nullptr;
+    close();
+}
+
+// ---- the pointer
+
+void PopupMenu::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
+    event.consumed = true;
+    const Hit target = hit(event.mousePosition);
+    if (target.panel < 0) return dismiss();
+    hasMoved_ = true;  // a press inside: its release chooses
+    highlight(target);
+}
+
+void PopupMenu::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
+    event.consumed = true;
+    if (std::hypot(event.mousePosition.x - openedAt_.x, event.mousePosition.y - openedAt_.y) > 6) hasMoved_ = true;
+    const Hit target = hit(event.mousePosition);
+    if (target.panel >= 0) highlight(target);
+}
+
+void PopupMenu::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
+    event.consumed = true;
+    if (hasMoved_) choose(hit(event.mousePosition));
+}
+
+void PopupMenu::onMouseWheelEvent(VSTGUI::MouseWheelEvent& event) {
+    event.consumed = true;
+    const Hit target = hit(event.mousePosition);
+    if (target.panel < 0) return;
+    Panel& panel = panels_[target.panel];
+    const double hidden = std::max(0.0, panel.contentHeight + 2 * padding - panel.rect.getHeight());
+    panel.scrolled = std::clamp(panel.scrolled - 3 * rowHeight * event.deltaY, 0.0, hidden);
+    panels_.resize(target.panel + 1);
+    panels_[target.panel].highlighted = hit(event.mousePosition).row;
+    invalid();
+}
+
+// ---- keys
+
+void PopupMenu::onKey(VSTGUI::KeyboardEvent& event) {
+    event.consumed = true;
+    if (event.type != VSTGUI::EventType::KeyDown) return;
+    const int top = static_cast<int>(panels_.size()) - 1;
+    // Keys work in the panel that was opened last and has a row highlighted, or in the one that opened it.
+    const int active = top > 0 && panels_[top].highlighted < 0 ? top - 1 : top;
+    switch (event.virt) {
+        case VirtualKey::Escape: return dismiss();
+        case VirtualKey::Up: return move(-1);
+        case VirtualKey::Down: return move(1);
+        case VirtualKey::Right:
+            if (top > active) move(1);
+            return;
+        case VirtualKey::Left:
+            if (active > 0) {
+                panels_[active].highlighted = -1;
+                invalid();
+            }
+            return;
+        case VirtualKey::Return:
+        case VirtualKey::Enter: return choose({active, panels_[active].highlighted});
+        case VirtualKey::Space: return typed(U' ');
+        default: break;
+    }
+    if (event.character != 0) typed(event.character);
+}
+
+void PopupMenu::move(int direction) {
+    const int top = static_cast<int>(panels_.size()) - 1;
+    const bool entersSubmenu = top > 0 && panels_[top].highlighted < 0 && direction > 0;
+    const int active = top > 0 && panels_[top].highlighted < 0 && !entersSubmenu ? top - 1 : top;
+    Panel& panel = panels_[active];
+    const int count = static_cast<int>(panel.rows->size());
+    int row = panel.highlighted < 0 && direction < 0 ? count : panel.highlighted;
+    for (int tried = 0; tried < count; ++tried) {
+        row = (row + direction + count) % count;
+        if (!(*panel.rows)[row].isChoosable()) continue;
+        scrollTo(panel, row);
+        return highlight({active, row});
+    }
+}
+
+void PopupMenu::scrollTo(Panel& panel, int row) const {
+    const CRect place = rowRect(panel, row);
+    const double above = panel.rect.top + padding - place.top, below = place.bottom - (panel.rect.bottom - padding);
+    if (above > 0) panel.scrolled -= above;
+    if (below > 0) panel.scrolled += below;
+}
+
+void PopupMenu::typed(char32_t character) {
+    constexpr std::uint64_t pause = 1000;  // milliseconds after which a word begins anew
+    const std::uint64_t now = VSTGUI::getPlatformFactory().getTicks();
+    if (now - typedTicks_ > pause) typed_.clear();
+    typedTicks_ = now;
+    if (character >= 128) return;
+    typed_ += static_cast<char>(character);
+    Panel& panel = panels_[0];
+    const int count = static_cast<int>(panel.rows->size());
+    // A letter alone goes on to the next row that begins with it.
+    const int from = typed_.size() == 1 ? panel.highlighted + 1 : std::max(panel.highlighted, 0);
+    for (int tried = 0; tried < count; ++tried) {
+        const int row = (from + tried) % count;
+        if (!(*panel.rows)[row].isChoosable() || !beginsWith((*panel.rows)[row].label, typed_)) continue;
+        scrollTo(panel, row);
+        return highlight({0, row});
+    }
+}
+
+// ---- drawing
+
+void PopupMenu::draw(VSTGUI::CDrawContext* context) {
+    Pen pen(*context);
+    for (const Panel& panel : panels_) drawPanel(pen, panel);
+    setDirty(false);
+}
+
+void PopupMenu::drawPanel(Pen& pen, const Panel& panel) const {
+    const CRect& r = panel.rect;
+    for (int i = 3; i >= 1; --i)
+        pen.round(r.left - i, r.top - i + 2, r.getWidth() + 2 * i, r.getHeight() + 2 * i, 6 + i, fade(style::black, 0.14));
+    pen.round(r.left, r.top, r.getWidth(), r.getHeight(), 5, style::menu);
+    pen.roundLine(r.left, r.top, r.getWidth(), r.getHeight(), 5, style::menuEdge);
+    {
+        const Pen::Clip clip(pen, r.left + 1, r.top + padding, r.getWidth() - 2, r.getHeight() - 2 * padding);
+        for (int row = 0; row < static_cast<int>(panel.rows->size()); ++row) drawRow(pen, panel, row);
+    }
+    const double shown = r.getHeight() - 2 * padding;
+    if (panel.contentHeight <= shown + 0.5) return;
+    const double length = std::max(18.0, shown * shown / panel.contentHeight);
+    const double y = r.top + padding + (shown - length) * panel.scrolled / (panel.contentHeight - shown);
+    pen.round(r.right - 6, y, 3, length, 1.5, fade(style::text2, 0.5));
+}
+
+void PopupMenu::drawRow(Pen& pen, const Panel& panel, int index) const {
+    const MenuRow& row = (*panel.rows)[index];
+    const CRect place = rowRect(panel, index);
+    if (place.bottom < panel.rect.top || place.top > panel.rect.bottom) return;
+    const double middle = (place.top + place.bottom) / 2;
+    if (row.isSeparator()) return pen.rect(place.left + 6, middle, place.getWidth() - 12, pen.hair(), style::menuEdge);
+    if (index == panel.highlighted) pen.round(place.left, place.top, place.getWidth(), place.getHeight(), 3, style::hover);
+    double x = place.left + 8;
+    if (row.dot) {
+        pen.dot(x + 3, middle, 2.6, *row.dot);
+        x += 12;
+    }
+    const bool hasMark = row.isTicked || !row.submenu.empty();
+    pen.text(x, middle + 3.5, row.label, style::Face::medium, textSize, style::text, Align::left,
+             place.right - x - (hasMark ? 22 : 6));
+    if (row.isTicked) pen.tick(place.right - 13, middle, style::text);
+    if (!row.submenu.empty()) pen.chevron(place.right - 11, middle, Pointing::right, 3, style::text2);
+}
+
+}  // namespace vantoric

@@ -1,0 +1,89 @@
+// A list of rows that opens over the window: the lists of controls, menus, the knobs' menu with its submenus.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "editor/layer_view.h"
+#include "editor/pen.h"
+
+namespace vantoric {
+
+struct MenuRow {
+    std::string label;  // "-" is a separator
+    int result = 0;     // what a choice of it tells
+    bool isTicked = false;
+    std::optional<Color> dot;  // in the colour of a source
+    std::vector<MenuRow> submenu;
+
+    bool isSeparator() const { return label == "-"; }
+    bool isChoosable() const { return !isSeparator() && !label.empty(); }
+};
+
+// Covers the window while it is open; what is outside its panels closes it. Rows are chosen by click, by press, drag and
+// release, by arrow keys and Enter, or by typing the beginning of a label; Escape closes. Long lists scroll; in a low window
+// they stand in columns.
+class PopupMenu : public LayerView {
+public:
+    using Chosen = std::function<void(int result)>;
+
+    // Opens below `anchor` (or above, where there is no room), at least as wide as it, within `area`. `chosen` is called once
+    // at most, `closed` always, at the end and with the menu still there; both outside of drawing.
+    PopupMenu(const VSTGUI::CRect& area, const VSTGUI::CRect& anchor, std::vector<MenuRow> rows, Chosen chosen,
+              std::function<void()> closed);
+
+    void onKey(VSTGUI::KeyboardEvent& event) override;
+    void dismiss() override;
+
+    void draw(VSTGUI::CDrawContext* context) override;
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+    void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;
+    void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
+    void onMouseWheelEvent(VSTGUI::MouseWheelEvent& event) override;
+
+    // For tests: where the row with that result is drawn, if it is.
+    std::optional<VSTGUI::CRect> rowWith(int result) const;
+
+    CLASS_METHODS_NOCOPY(PopupMenu, VSTGUI::CView)
+
+private:
+    // One panel of rows. `rows` are the menu's own or a submenu's.
+    struct Panel {
+        const std::vector<MenuRow>* rows;
+        VSTGUI::CRect rect;
+        int columns = 1;
+        std::vector<int> columnStarts;  // first row of each
+        double columnWidth = 0;
+        double scrolled = 0, contentHeight = 0;
+        int highlighted = -1;
+    };
+    struct Hit {
+        int panel = -1, row = -1;
+    };
+
+    Panel layOut(const std::vector<MenuRow>& rows, const VSTGUI::CRect& anchor, bool isSubmenu) const;
+    VSTGUI::CRect rowRect(const Panel& panel, int row) const;
+    Hit hit(VSTGUI::CPoint where) const;
+    void highlight(Hit target);
+    void openSubmenu(int panel, int row);
+    void choose(Hit target);
+    void move(int direction);
+    void scrollTo(Panel& panel, int row) const;
+    void typed(char32_t character);
+    void drawPanel(Pen& pen, const Panel& panel) const;
+    void drawRow(Pen& pen, const Panel& panel, int row) const;
+    void close();
+
+    std::vector<MenuRow> rows_;
+    Chosen chosen_;
+    std::function<void()> closed_;
+    std::vector<Panel> panels_;  // the menu, then the submenus that are open
+    VSTGUI::CPoint openedAt_;
+    bool hasMoved_ = false, isClosed_ = false;
+    std::string typed_;
+    std::uint64_t typedTicks_ = 0;
+};
+
+}  // namespace vantoric

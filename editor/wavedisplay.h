@@ -1,0 +1,55 @@
+// The displays: waves, filter responses, the envelope, the LFO.
+#pragma once
+
+#include <optional>
+
+#include "editor/control_face.h"
+#include "editor/model/display_traces.h"
+
+namespace vantoric {
+
+// Kinds 15, 16, 18 and 19. Draws two traces and the surface between them, or a curve over its base.
+class Wavedisplay : public ControlView {
+public:
+    using ControlView::ControlView;
+
+    // What it shows, as points in window units relative to its left upper corner; kept until the next call.
+    struct Shown {
+        enum class Form {
+            curve,    // a line over the base, filled towards it
+            region,   // filled between `curve` and `lower`: a sample
+            message,  // nothing to see: says why
+        };
+        Form form = Form::curve;
+        Pen::Points curve, lower;
+        double base = 0;                    // the height that the fill goes to
+        Pen::Points marks;                  // small rings on the curve, with a line down to the base
+        std::optional<Pen::Point> playing;  // where the youngest voice is
+        std::string line, secondLine;       // of a message
+    };
+    void setShown(Shown shown);
+
+    // The markers of a sample, drawn and dragged while they show. Null for none.
+    void setMarkers(SampleMarkers* markers) { markers_ = markers; }
+
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+    void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;
+    void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
+
+protected:
+    void drawControl(Pen& pen) override;
+
+private:
+    Corners corners() const;
+    float fractionAt(const VSTGUI::MouseEvent& event) const;
+    void drawGrid(Pen& pen);
+    void drawCurve(Pen& pen);
+    void drawRegion(Pen& pen);
+    void drawMarkers(Pen& pen);
+    void drawMessage(Pen& pen);
+
+    Shown shown_;
+    SampleMarkers* markers_ = nullptr;
+};
+
+}  // namespace vantoric
