@@ -50,6 +50,7 @@ private:
     Screen screen() const override;
     void toggleBrowser() override;
     void openMenu(int index) override { content_->openMenu(index); }
+    void showPatchName() override { content_->redrawPart(WindowPart::PatchList); }
     void showHint(const std::string& text) override { content_->showHint(text); }
     void showCredits() override;
     void openWebPage(const char* address) override;
