@@ -106,7 +106,9 @@ TEST_F(Layers, ABadPatchLeavesThePatchThatWasThere) {
 TEST_F(Layers, WithoutAPlaceForBackupsMemoryServes) {
     putPatch("Bass", "Deep", 0.25f);
     setCut(0, 0.9f);
-    std::filesystem::remove_all(platform::userFolder());
+    const std::string folder = platform::userFolder().substr(0, platform::userFolder().size() - 1);
+    std::filesystem::remove_all(folder);
+    ASSERT_TRUE(platform::writeFile(folder, nullptr, 0)) << "no folder, and none can be made";
     loadToLayer(2, "Deep");
     EXPECT_EQ(cut(1), 0.25f);
     EXPECT_EQ(cut(0), 0.9f);
