@@ -91,6 +91,7 @@ WaveDisplay::Shown WaveDisplay::look(int layer, float position, const DisplayLay
 }
 
 void WaveDisplay::takeMarkers(const Shown& shown) {
+    lacksSample_ = shown.synType == sampleType && shown.length == 0;
     markers_.showMarkers = shown.synType == sampleType && shown.length > 0;
     if (!markers_.showMarkers || markers_.isDragging() || markers_.markersMoved) return;
     const auto part = [&](std::int32_t place) { return clampUnit(static_cast<float>(place) / static_cast<float>(shown.length)); };

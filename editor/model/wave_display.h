@@ -28,6 +28,9 @@ public:
     // Two traces: the wave over the middle line, or the highest and the lowest of a sample.
     const DisplayTraces& traces() const { return traces_; }
 
+    // Whether the oscillator plays a sample and has none.
+    bool lacksSample() const { return lacksSample_; }
+
     SampleMarkers& markers() { return markers_; }
     const SampleMarkers& markers() const { return markers_; }
     // In idle time: where a drag of the markers has ended, the sample's loop and its start point go there. True if they did.
@@ -61,6 +64,7 @@ private:
     std::optional<Shown> drawn_;
     DisplayTraces traces_;
     SampleMarkers markers_;
+    bool lacksSample_ = false;
 
     // What kernels without a table are run with.
     OscillatorState state_;
