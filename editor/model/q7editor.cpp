@@ -12,6 +12,7 @@
 #include "editor/model/program_steps.h"
 #include "editor/model/web_pages.h"
 #include "editor/model/window_files.h"
+#include "effects/effect_texts.h"
 #include "effects/type_table.h"
 #include "library/show_messages.h"
 #include "parameters/parameter_table.h"
@@ -38,6 +39,12 @@ constexpr EffectSlot effectSlots[] = {
 const EffectSlot* slotOfType(int number) {
     const auto* found =
         std::find_if(std::begin(effectSlots), std::end(effectSlots), [=](const EffectSlot& s) { return s.type == number; });
+    return found == std::end(effectSlots) ? nullptr : found;
+}
+
+const EffectSlot* slotOfField(int number) {
+    const auto* found = std::find_if(std::begin(effectSlots), std::end(effectSlots),
+                                     [=](const EffectSlot& s) { return number >= s.first && number < s.first + effectValues; });
     return found == std::end(effectSlots) ? nullptr : found;
 }
 
@@ -69,8 +76,6 @@ Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::stri
       knobs_(edits_, onShow_, matrix_, learn_),
       modulations_(matrix_.updateKnobModulation()),
       library_(*this),
-      values_(instrument.parameters(), onShow_),
-      displays_(instrument, onShow_, pages_),
       chooser_(dialogs),
       samples_(instrument.sampleLoader(), instrument.sampleEditor(), instrument.customWaveLoader(), chooser_,
                instrument.messages(), dialogs),
@@ -153,7 +158,7 @@ void Q7Editor::loadEffectDefaults(int number) {
 
 // The value of a parameter that the window shows has changed, whoever changed it.
 void Q7Editor::parameterShown(int number) {
-    displays_.flags().noteParameter(number);
+    displays_.noteParameter(number);
     if (isOneOf(number, par::MatSrc1, 3 * storedMatrixSlots)) showModulations();
     if (isOneOf(number, par::SynType1, oscillatorCount)) view_->showPages();
     if (const EffectSlot* slot = slotOfType(number); slot != nullptr)
@@ -190,7 +195,7 @@ void Q7Editor::valueChanged(int tag, float value, bool leftButton) {
 void Q7Editor::selectPage(int tag) {
     if (isOneOf(tag, tag::layer1, layerCount)) return showLayer(tag - tag::layer1);
     pages_.select(tag);
-    displays_.flags().envelope = displays_.flags().lfo = true;
+    displays_.envelope = displays_.lfo = true;
     view_->showPages();
 }
 
@@ -208,7 +213,7 @@ void Q7Editor::toggleMultilayer() {
 // Everything shows another patch, layer or mode.
 void Q7Editor::refreshAll() {
     modulations_ = matrix_.updateKnobModulation();
-    displays_.flags().noteAll();
+    displays_.noteAll();
     if (view_ == nullptr) return;
     view_->showPages();
     view_->redrawAll();
@@ -226,7 +231,7 @@ void Q7Editor::pressButton(int tag) {
     if (isSampleEdit(tag)) return view_->openMenu(controlIndexForTag(tag));
     const int oscillator = oscillatorOfButton(tag);
     samples_.loadSampleDialog(oscillator,
-                              [this, oscillator](bool) { displays_.flags().wave[static_cast<std::size_t>(oscillator)] = true; });
+                              [this, oscillator](bool) { displays_.wave[static_cast<std::size_t>(oscillator)] = true; });
 }
 
 // A bend of the whole range of its 14 bits, as from a keyboard.
@@ -279,7 +284,7 @@ void Q7Editor::editSample(int oscillator, int row) {
     if (row != undoRow && !instrument_.sampleEditor().hasSample(onShow_.layer, oscillator))
         return dialogs_.message("Info", "You must load a sample before you can edit it.");
     samples_.editSample(onShow_.layer, oscillator, row,
-                        [this, oscillator](bool) { displays_.flags().wave[static_cast<std::size_t>(oscillator)] = true; });
+                        [this, oscillator](bool) { displays_.wave[static_cast<std::size_t>(oscillator)] = true; });
 }
 
 // ---- patches ----------------------------------------------------------------------------------------------------
@@ -367,6 +372,31 @@ float Q7Editor::valueOf(int tag) const {
     return pages_.isSelected(tag) ? 1.0f : 0.0f;
 }
 
+Q7Editor::EffectField Q7Editor::effectField(int tag) const {
+    const EffectSlot* slot = slotOfField(tag);
+    if (slot == nullptr) return {0, 0};
+    return {slot->typeOf(valueOf(slot->type)), tag - slot->first + 1};
+}
+
+std::string Q7Editor::textOf(const ControlEntry& entry) const {
+    const int n = parameterOfTag(entry.tag);
+    if (n < 0) return "";
+    const float value = valueOf(entry.tag);
+    if (entry.kind == WidgetKind::EffectValue) {
+        const EffectField field = effectField(entry.tag);
+        char text[effectTextSize];
+        effectParameterText(field.type, field.parameter, value, text);
+        return text;
+    }
+    if (isOneOf(entry.tag, tag::lfoSpeedText1, 4)) {
+        const int tab = entry.tag - tag::lfoSpeedText1;
+        const int mode = tab == 3 ? 0 : listIndex(valueOf(par::LfoMode1 + tab));
+        return lfoSpeedText(tab, mode, value);
+    }
+    if (entry.format != nullptr) return entry.format(value);
+    return instrument_.parameters().displayText(hostIndexOfTag(entry.tag, onShow_.layer));
+}
+
 KnobModulation Q7Editor::modulationOf(const ControlEntry& entry) const {
     const int n = parameterOfTag(entry.tag);
     return n < 0 ? KnobModulation{} : modulations_[static_cast<std::size_t>(n)];
@@ -378,18 +408,12 @@ int Q7Editor::ccNumberOf(const ControlEntry& entry) const {
 }
 
 KnobState Q7Editor::knobState(const ControlEntry& entry) const {
-    const int index = hostIndexOfTag(entry.tag, onShow_.layer);
-    if (index < 0) return {.name = entry.name};
+    const int n = parameterOfTag(entry.tag);
+    if (n < 0) return {.name = entry.name};
+    const int mode = isOneOf(n, par::LfoSpd1, 3) ? listIndex(valueOf(par::LfoMode1 + n - par::LfoSpd1)) : 0;
     const KnobModulation modulation = modulationOf(entry);
-    KnobState knob{
-        .name = entry.name, .ccNumber = ccNumberOf(entry), .modCount = modulation.modCount, .modNames = modulation.modNames};
-    if (isKnob(entry)) {
-        knob.valueText = instrument_.parameters().displayText(index);
-        knob.unit = values_.unit(entry);
-    } else {
-        knob.valueText = values_.text(entry);
-    }
-    return knob;
+    return {entry.name,        textOf(entry),       isKnob(entry) ? parameterUnit(n, mode) : "",
+            ccNumberOf(entry), modulation.modCount, modulation.modNames};
 }
 
 float Q7Editor::meter(int channel) const { return levelMeter(instrument_.peak(channel)); }
@@ -460,15 +484,6 @@ void Q7Editor::followLamps() {
     }
 }
 
-// The low sizes show the band alone.
-bool Q7Editor::showsLayers() const { return size_.height() > bandHeight * size_.layoutScale(); }
-
-void Q7Editor::refreshDisplays() {
-    view_->redrawPart(WindowPart::Meter);
-    if (!showsLayers()) return;
-    displays_.writeMarkers(edits_);
-    displays_.refresh(static_cast<float>(size_.layoutScale()),
-                      [this](int tag) { view_->redrawControl(controlIndexForTag(tag)); });
-}
+void Q7Editor::refreshDisplays() { view_->redrawPart(WindowPart::Meter); }
 
 }  // namespace vantoric

@@ -10,8 +10,7 @@
 
 #include "editor/model/control_table.h"
 #include "editor/model/control_texts.h"
-#include "editor/model/control_values.h"
-#include "editor/model/displays.h"
+#include "editor/model/display_flags.h"
 #include "editor/model/editor_view.h"
 #include "editor/model/knob_commands.h"
 #include "editor/model/matrix_editing.h"
@@ -78,21 +77,24 @@ public:
     bool isVisible(const ControlEntry& entry) const { return pages_.isShown(entry.page); }
     // 0 to 1: a parameter's value, 1 for a selector that is on; 0 for what has no value.
     float valueOf(int tag) const;
-    // As ControlValues has it.
-    std::string textOf(const ControlEntry& entry) const { return values_.text(entry); }
+    // The text of a list, field or knob at its present value; empty where there is none.
+    std::string textOf(const ControlEntry& entry) const;
     // The strip over a knob or field, its modulation, and the rows of its menu.
     KnobState knobState(const ControlEntry& entry) const;
     KnobModulation modulationOf(const ControlEntry& entry) const;
     int ccNumberOf(const ControlEntry& entry) const;
+    // The type of an effect field's slot, and its parameter there, 1 to 4. {0, 0} for any other tag.
+    struct EffectField {
+        int type, parameter;
+    };
+    EffectField effectField(int tag) const;
     int lamp(int layer) const { return lamps_[static_cast<std::size_t>(layer)]; }  // 0 to 127
     float meter(int channel) const;                                                // 0 to 1
 
     const OnShow& onShow() const { return onShow_; }
     const Pages& pages() const { return pages_; }
     const WindowSize& size() const { return size_; }
-    // The traces of the displays, as of the last idle call, and the markers of samples.
-    Displays& displays() { return displays_; }
-    DisplayFlags& displayFlags() { return displays_.flags(); }
+    DisplayFlags& displayFlags() { return displays_; }
     ParameterEdits& edits() { return edits_; }
     // The number of the last program change that made a step; 0 before the first.
     int lastProgram() const { return lastProgram_; }
@@ -137,7 +139,6 @@ private:
     void followProgramChanges();
     void followWheels();
     void followLamps();
-    bool showsLayers() const;
     void refreshDisplays();
 
     Instrument& instrument_;
@@ -152,8 +153,7 @@ private:
     KnobCommands knobs_;
     KnobModulations modulations_;
     PatchLibrary library_;
-    ControlValues values_;
-    Displays displays_;
+    DisplayFlags displays_;
     WaveChooser chooser_;
     SampleCommands samples_;
 

@@ -132,7 +132,10 @@ TEST(Q7Editor, AnEffectThatIsChosenComesWithItsDefaults) {
     rig.rig.set(par::Layer1On, 1.0f);
     rig.editor.rowChosen(par::FxInType, 2);
     EXPECT_EQ(rig.value(par::FxInType), listValue(2));
-    EXPECT_FALSE(rig.editor.textOf(entryOf("INS FX1 PAR1")).empty());
+    const ControlEntry& field = entryOf("INS FX1 PAR1");
+    EXPECT_EQ(rig.editor.effectField(field.tag).type, 2);
+    EXPECT_EQ(rig.editor.effectField(field.tag).parameter, 1);
+    EXPECT_FALSE(rig.editor.textOf(field).empty());
     EXPECT_TRUE(rig.view.hasRedrawn("INS FX1 PAR4"));
 }
 
@@ -365,43 +368,6 @@ TEST(Q7Editor, TheMeterShowsWhatIsHeardAndFalls) {
     rig.audio.stop();
     for (int i = 0; i < 400; ++i) rig.rig.block(256);
     EXPECT_LT(rig.editor.meter(0), 0.02f * sounding);
-}
-
-TEST(Q7Editor, ADisplayIsDrawnWhenItsParametersChange) {
-    EditorRig rig;
-    for (int i = 0; i < 4; ++i) rig.editor.idle();
-    rig.view.forget();
-    rig.editor.valueChanged(par::Cutoff1 + 1, 0.75f, false);
-    rig.editor.valueChanged(par::AttVol, 0.5f, false);
-    rig.editor.idle();
-    rig.editor.idle();
-    EXPECT_TRUE(rig.view.hasRedrawn("FILTER SPECTRUM 2"));
-    EXPECT_TRUE(rig.view.hasRedrawn("ENVELOPE"));
-    EXPECT_FALSE(rig.view.hasRedrawn("FILTER SPECTRUM 1"));
-    EXPECT_FALSE(rig.view.hasRedrawn("LFO WAVEFORM"));
-    EXPECT_EQ(rig.editor.displays().envelope().traces().columns, 129);
-}
-
-TEST(Q7Editor, DisplaysRestWhileTheWindowShowsTheBandAlone) {
-    EditorRig rig;
-    rig.editor.rowChosen(tag::editorMenu, 1);
-    rig.view.forget();
-    rig.editor.valueChanged(par::AttVol, 0.5f, false);
-    rig.editor.idle();
-    rig.editor.idle();
-    EXPECT_FALSE(rig.view.hasRedrawn("ENVELOPE"));
-    EXPECT_TRUE(rig.view.hasRedrawn(WindowPart::Meter));
-}
-
-TEST(Q7Editor, TheTabThatIsSelectedIsTheOneDrawn) {
-    EditorRig rig;
-    rig.rig.set(par::AttVol + 1, 0.9f);
-    for (int i = 0; i < 4; ++i) rig.editor.idle();
-    const auto before = rig.editor.displays().envelope().traces().traceA;
-    rig.editor.valueChanged(tag::envelopePage1 + 1, 1.0f, false);
-    rig.editor.idle();
-    rig.editor.idle();
-    EXPECT_NE(rig.editor.displays().envelope().traces().traceA, before);
 }
 
 TEST(Q7Editor, DisplaysTakeEverySecondRound) {
