@@ -62,8 +62,9 @@ public:
     unsigned patchScans() const { return scans_; }
     // Selects places, in or beyond the lists, and lists the category's patches.
     void select(PatchSelection selection);
-    // Selects a patch of the listed category.
+    // Selects a patch of the listed category, by its place or its name (its first one if there is none of the name).
     void selectPatch(int patch);
+    void selectPatch(const std::string& name);
     // The patch in force is in no list.
     void selectNone() { selection_ = {}; }
 
