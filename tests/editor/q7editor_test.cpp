@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "editor/model/menu_rows.h"
-#include "editor/model/web_pages.h"
+#include "library/web_pages.h"
 #include "tests/editor/editor_rig.h"
 
 namespace vantoric {
@@ -264,17 +264,22 @@ TEST(Q7Editor, TheHelpMenuOpensPagesAndCredits) {
     for (const int row : {help_row::home, help_row::downloadSounds, help_row::tutorial, help_row::manual, help_row::updates})
         rig.editor.rowChosen(tag::helpMenu, row);
     rig.editor.rowChosen(tag::helpMenu, help_row::credits);
-    EXPECT_EQ(rig.view.pages, (std::vector<std::string>{web::home, web::sounds, web::tutorial, web::manual, web::updates}));
+    rig.editor.valueChanged(tag::shop, 1.0f, true);
+    std::vector<std::string> expected;
+    for (const WebPage page :
+         {WebPage::home, WebPage::sounds, WebPage::tutorial, WebPage::manual, WebPage::updates, WebPage::shop})
+        expected.push_back(addressOf(page));
+    EXPECT_EQ(rig.pages, expected);
     EXPECT_EQ(rig.view.creditsShown, 1);
 }
 
 TEST(Q7Editor, TheVersionLeadsToTheUpdatesOnlyAfterAYes) {
     EditorRig rig;
     rig.editor.rowChosen(tag::helpMenu, help_row::version);
-    EXPECT_TRUE(rig.view.pages.empty());
+    EXPECT_TRUE(rig.pages.empty());
     rig.dialogs.answerNext(true);
     rig.editor.rowChosen(tag::helpMenu, help_row::version);
-    EXPECT_EQ(rig.view.pages, std::vector<std::string>{web::updates});
+    EXPECT_EQ(rig.pages, std::vector<std::string>{addressOf(WebPage::updates)});
     ASSERT_EQ(rig.dialogs.boxes().size(), 2u);
     EXPECT_EQ(rig.dialogs.boxes()[0].title, "Version info");
 }
