@@ -113,6 +113,7 @@ bool EditorWindow::beforeSizeChange(const CRect& newSize, const CRect&) {
 }
 
 void EditorWindow::toggleBrowser() {}
+void EditorWindow::openBrowser() {}
 void EditorWindow::showCredits() {}
 
 void EditorWindow::idle() {

@@ -50,6 +50,7 @@ private:
     void setZoom(double zoom) override;
     Screen screen() const override;
     void toggleBrowser() override;
+    void openBrowser() override;
     void openMenu(int index) override { content_->openMenu(index); }
     void showPatchName() override { content_->redrawPart(WindowPart::PatchList); }
     void showHint(const std::string& text) override { content_->showHint(text); }
