@@ -196,14 +196,14 @@ void WindowContent::refreshBackdrop() {
     state.equalizer = {parameters.getParameter(parameter::EqLow), parameters.getParameter(parameter::EqMid),
                        parameters.getParameter(parameter::EqHigh)};
     state.isSerial = parameters.getParameter(hostIndex(parameter::FilSerial, layer)) > 0.5f;
-    state.arpeggiatorStep = editor_.playingStep();
+    state.arpeggiatorStep = playingStep(instrument_, layer);
     backdrop_->setState(state);
 }
 
 void WindowContent::refreshPatchLine() {
     const PatchLibrary& patches = editor_.patches();
     PatchLine::Shown shown;
-    shown.name = editor_.patchName();
+    shown.name = patchName(instrument_);
     shown.category = patches.selectedCategory();
     if (patches.selection().patch >= 0) {
         shown.place = patches.selection().patch + 1;
@@ -306,7 +306,7 @@ void WindowContent::showHint(const std::string& text) {
 
 void WindowContent::showHelp(ControlFace* face) {
     if (newsUntil_ != 0) return;
-    if (face == nullptr) return hintLine_->setText(editor_.restingHint());
+    if (face == nullptr) return hintLine_->setText(restingHint(editor_));
     const ControlEntry& entry = face->entry();
     std::string line = entry.name;
     if (const std::string value = spokenValue(editor_, entry); !value.empty()) line += ": " + value;
@@ -368,11 +368,11 @@ void WindowContent::openMenu(int index) {
 std::vector<MenuRow> WindowContent::knobRows(const ControlEntry& entry) const {
     const int number = parameterOfTag(entry.tag);
     std::vector<MenuRow> rows;
-    for (const std::string& label : knobMenuRows(number, editor_.ccNumberOf(entry), destinationOf(number) > 0)) {
+    for (const std::string& label : knobMenuRows(number, editor_.ccNumberOf(entry))) {
         const int index = static_cast<int>(rows.size());
         MenuRow row{label, index, false, {}, {}};
-        if (index >= knob_row::modulate1 && index < knob_row::modulate1 + knobSubmenuCount) {
-            const KnobSubmenu& submenu = knobSubmenus()[index - knob_row::modulate1];
+        if (index >= firstSubmenuRow && index < firstSubmenuRow + knobSubmenuCount) {
+            const KnobSubmenu& submenu = knobSubmenus()[index - firstSubmenuRow];
             row.dot = submenuColor(submenu.base);
             int choice = submenu.base;
             for (const char* source : submenu.rows) row.submenu.push_back({source, choice++, false, row.dot, {}});

@@ -44,6 +44,7 @@ private:
         int wave = 0;                         // list index of the type's own list
         int frame = 0;                        // of a table
         const std::int16_t* table = nullptr;  // of a bank or a sample; to tell it from another
+        float position = 0.0f;                // `Pw`, of a stack that has no table
         unsigned generation = 0;              // of a custom wave
         std::int32_t length = 0, loopStart = 0, loopEnd = 0;
         float playStart = 0.0f;
@@ -70,7 +71,6 @@ private:
     OscillatorState state_;
     EngineState engine_;
     RandomSources random_;
-    float position_ = 0.0f;
 };
 
 }  // namespace vantoric
