@@ -49,11 +49,11 @@ private:
     void setZoom(double zoom) override;
     Screen screen() const override;
     void toggleBrowser() override;
+    void openBrowser() override;
     void openMenu(int index) override { content_->openMenu(index); }
     void showPatchName() override { content_->redrawPart(WindowPart::PatchList); }
     void showHint(const std::string& text) override { content_->showHint(text); }
     void showCredits() override;
-    void openWebPage(const char* address) override;
 
     bool beforeSizeChange(const VSTGUI::CRect& newSize, const VSTGUI::CRect& oldSize) override;
     std::int32_t getKnobMode() const override { return VSTGUI::kLinearMode; }

@@ -44,7 +44,7 @@ public:
     bool hasKeys() const { return heldKeys_.any() || sequenceKeys_.any(); }
 
     // The step that plays, 0 to 15; -1 while nothing does. For displays: read without a guard.
-    int playingStep() const { return active_ && hasKeys() ? lastStep_ : -1; }
+    int playingStep() const { return active_ && !ended_ && sequenceKeys_.any() ? lastStep_ : -1; }
 
     // Pitch factor of a glide step for all oscillators of the layer's voices.
     float slideFactor() const { return slideFactor_; }
