@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/version.h"
 #include "library/show_messages.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
@@ -216,8 +217,7 @@ void MenuCommands::showVersion() {
     const auto then = [this](bool yes) {
         if (yes) open(WebPage::updates);
     };
-    platform::askQuestion(dialogs_, then, "Version info", "Vantoric %s\nDo you want to open the page with updates?",
-                          versionText().c_str());
+    platform::askQuestion(dialogs_, then, "Version info", "Vantoric %s\nDo you want to open the page with updates?", versionText);
 }
 
 // ---- samples and waves

@@ -7,6 +7,4 @@ std::string addressOf(WebPage page) {
     return std::string("https://www.vantoric.example/") + pages[static_cast<int>(page)];
 }
 
-std::string versionText() { return VANTORIC_VERSION; }
-
 }  // namespace vantoric

@@ -8,10 +8,10 @@
 #include "base/parameters.h"
 #include "editor/model/indicators.h"
 #include "editor/model/menu_rows.h"
-#include "editor/model/program_steps.h"
 #include "editor/model/window_files.h"
 #include "effects/effect_texts.h"
 #include "effects/type_table.h"
+#include "library/program_steps.h"
 #include "parameters/parameter_table.h"
 
 namespace vantoric {
@@ -81,6 +81,8 @@ Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::stri
 void Q7Editor::open(EditorView& view) {
     view_ = &view;
     parameterNews_.take();
+    // Program changes that came without a window have been followed by others.
+    if (const std::optional<int> number = programNews_.take()) lastProgram_ = *number;
     refreshAll();
 }
 
@@ -461,7 +463,7 @@ void Q7Editor::followPatch() {
     if (name == drawnName_ && menus_.patch().category() == drawnCategory_) return;
     drawnName_ = std::move(name);
     drawnCategory_ = menus_.patch().category();
-    view_->showPatchName();
+    view_->redrawPart(WindowPart::PatchList);
 }
 
 void Q7Editor::followParameters() {

@@ -12,7 +12,8 @@ AudioEffect* createEffectInstance(HostCallback host) {
 #ifdef VANTORIC_WINDOW
     char product[textBufferSize] = {};
     instance->getHostProductString(product);
-    if (!hideEditorRequested()) instance->setEditor(std::make_unique<WindowEditor>(instance->instrument(), product));
+    if (!hideEditorRequested())
+        instance->setEditor(std::make_unique<WindowEditor>(instance->instrument(), instance->programLoader(), product));
 #endif
     return instance.release();
 }

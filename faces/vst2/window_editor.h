@@ -3,13 +3,16 @@
 
 #include "editor/editor_window.h"
 #include "faces/vst2/editor.h"
+#include "library/program_loader.h"
 
 namespace vantoric {
 
 // See AEffEditor. Nothing thrown leaves it: a window that cannot be made is none.
 class WindowEditor final : public AEffEditor {
 public:
-    WindowEditor(Instrument& instrument, const std::string& hostProduct) : window_(instrument, hostProduct) {}
+    // While the window is open, it follows the program changes in place of `programs`. Both outlive it.
+    WindowEditor(Instrument& instrument, ProgramLoader& programs, const std::string& hostProduct)
+        : programs_(programs), window_(instrument, hostProduct) {}
 
     bool getRect(ERect** rect) override;
     bool open(void* parent) override;
@@ -19,6 +22,7 @@ public:
     bool setKnobMode(std::int32_t) override { return false; }  // knobs are linear, for every host
 
 private:
+    ProgramLoader& programs_;
     EditorWindow window_;
     ERect rect_{};
 };

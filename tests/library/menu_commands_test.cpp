@@ -1,5 +1,6 @@
 #include "library/menu_commands.h"
 
+#include "base/version.h"
 #include "tests/library/ended.h"
 #include "tests/library/menu_bench.h"
 #include "tests/platform/slow_dialogs.h"
@@ -206,7 +207,7 @@ TEST_F(Menus, HelpOpensTheMakersPages) {
     dialogs.answerNext(true);
     menus.help(11);
     EXPECT_EQ(pages.back(), addressOf(WebPage::updates));
-    EXPECT_NE(shown().back().find("Vantoric " + versionText()), std::string::npos);
+    EXPECT_NE(shown().back().find(std::string("Vantoric ") + versionText), std::string::npos);
 }
 
 TEST_F(Menus, LoadTargetsAreArmed) {
