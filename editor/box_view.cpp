@@ -15,8 +15,8 @@ using VSTGUI::VirtualKey;
 
 namespace {
 
-constexpr double widest = 232, padding = 12, headHeight = 30, footHeight = 34, lowFootHeight = 28, lineHeight = 14, textSize = 10,
-                 buttonHeight = 18, narrowestButton = 58, betweenButtons = 6, barWidth = 3;
+constexpr double widest = 232, tallest = 320, padding = 12, headHeight = 30, footHeight = 34, lowFootHeight = 28, lineHeight = 14,
+                 textSize = 10, buttonHeight = 18, narrowestButton = 58, betweenButtons = 6, barWidth = 3;
 
 // The bytes of a text's longest beginning that is no wider; at least one character.
 std::size_t fittingBytes(std::string_view text, double width) {
@@ -56,7 +56,8 @@ BoxView::BoxView(const CRect& area, Box box, std::function<void(int)> answered)
 }
 
 void BoxView::layOut() {
-    const CRect area = CRect(getViewSize()).inset(4, 4);
+    CRect area = CRect(getViewSize()).inset(4, 4);
+    area.setHeight(std::min(area.getHeight(), tallest));
     const double width = std::min(widest, area.getWidth());
     double textWidth = width - 2 * padding;
     lines_ = linesOf(box_.text, textWidth);
@@ -150,6 +151,7 @@ void BoxView::drawSign(Pen& pen) const {
 }
 
 void BoxView::drawText(Pen& pen) const {
+    bar_.draw(pen, style::menu);
     const Pen::Clip clip(pen, textArea_.left - 1, textArea_.top, textArea_.getWidth() + 2, textArea_.getHeight());
     double y = textArea_.top - bar_.position();
     for (const std::string& line : lines_) {
@@ -157,7 +159,6 @@ void BoxView::drawText(Pen& pen) const {
             pen.text(textArea_.left, y + 10.5, line, Face::medium, textSize, style::text2);
         y += lineHeight;
     }
-    bar_.draw(pen, style::menu);
 }
 
 // ---- the pointer

@@ -20,7 +20,7 @@ using VSTGUI::VirtualKey;
 
 namespace {
 
-constexpr double rowHeight = 18, headerHeight = 17, placeHeight = 17, padding = 12, barWidth = 4;
+constexpr double headerHeight = 17, placeHeight = 17, padding = 12, barWidth = 4;
 constexpr double sizeColumn = 62, dateColumn = 104;
 constexpr double lowWindow = 300;
 constexpr unsigned caretRounds = 10, roundsToLookAgain = 60;  // of `follow`: half a second, three seconds
@@ -86,7 +86,8 @@ void FileChooser::layOut() {
     add(Part::byName, {listLeft, y, sizeLeft, y + headerHeight});
     add(Part::bySize, {sizeLeft, y, dateLeft, y + headerHeight});
     add(Part::byDate, {dateLeft, y, listEnd, y + headerHeight});
-    listArea_ = {listLeft, y + headerHeight, listEnd, bodyBottom};
+    const double rows = std::floor((bodyBottom - y - headerHeight) / rowHeight());  // whole ones
+    listArea_ = {listLeft, y + headerHeight, listEnd, y + headerHeight + rows * rowHeight()};
     add(Part::list, listArea_);
     scrollBars();
 }
@@ -141,7 +142,7 @@ void FileChooser::layOutSide(const CRect& side) {
 
 void FileChooser::scrollBars() {
     listBar_.setPlace({listArea_.right - barWidth - 1, listArea_.top + 2, listArea_.right - 1, listArea_.bottom - 2},
-                      rowHeight * list_.count(), listArea_.getHeight());
+                      rowHeight() * list_.count(), listArea_.getHeight());
     placesBar_.setPlace({placesArea_.right - barWidth, placesArea_.top, placesArea_.right, placesArea_.bottom},
                         placeHeight * static_cast<double>(places_.size()), placesArea_.getHeight());
 }
@@ -154,9 +155,11 @@ CRect FileChooser::rectOf(Part part) const {
 
 bool FileChooser::has(Part part) const { return !rectOf(part).isEmpty(); }
 
+double FileChooser::rowHeight() const { return isLow_ ? 16 : 18; }
+
 CRect FileChooser::rowRect(int row) const {
-    const double top = listArea_.top + rowHeight * row - listBar_.position();
-    return {listArea_.left, top, listArea_.right - (listBar_.isNeeded() ? barWidth + 4 : 0), top + rowHeight};
+    const double top = listArea_.top + rowHeight() * row - listBar_.position();
+    return {listArea_.left, top, listArea_.right - (listBar_.isNeeded() ? barWidth + 4 : 0), top + rowHeight()};
 }
 
 CRect FileChooser::placeRect(int place) const {
@@ -168,7 +171,7 @@ FileChooser::Hit FileChooser::hit(CPoint where) const {
     for (const Spot& spot : spots_) {
         if (!spot.area.pointInside(where)) continue;
         if (spot.part == Part::list) {
-            const int row = static_cast<int>(std::floor((where.y - listArea_.top + listBar_.position()) / rowHeight));
+            const int row = static_cast<int>(std::floor((where.y - listArea_.top + listBar_.position()) / rowHeight()));
             return {spot.part, row < list_.count() && rowRect(row).pointInside(where) ? row : -1};
         }
         if (spot.part == Part::places) {
@@ -210,7 +213,7 @@ void FileChooser::show(FolderListing listing) {
     selected_ = kept.empty() ? -1 : list_.rowOf(kept);
     scrollBars();
     if (isFirstReading_ && selected_ < 0 && list_.count() > 0 && focused_ == Part::list) selected_ = 0;
-    if (isFirstReading_ && selected_ >= 0) listBar_.reveal(rowHeight * selected_, rowHeight * (selected_ + 1));
+    if (isFirstReading_ && selected_ >= 0) listBar_.reveal(rowHeight() * selected_, rowHeight() * (selected_ + 1));
     isFirstReading_ = false;
     refresh();
 }
@@ -246,7 +249,7 @@ void FileChooser::goUp() {
 void FileChooser::select(int row) {
     if (list_.count() == 0) return;
     selected_ = std::clamp(row, 0, list_.count() - 1);
-    listBar_.reveal(rowHeight * selected_, rowHeight * (selected_ + 1));
+    listBar_.reveal(rowHeight() * selected_, rowHeight() * (selected_ + 1));
     if (request_.isSave && !list_.at(selected_).isFolder) name_.setText(list_.at(selected_).name);
     note("");
 }
@@ -423,7 +426,7 @@ void FileChooser::onMouseWheelEvent(VSTGUI::MouseWheelEvent& event) {
     if (placesArea_.pointInside(event.mousePosition)) {
         placesBar_.scrollBy(-2 * placeHeight * event.deltaY);
     } else {
-        listBar_.scrollBy(-3 * rowHeight * event.deltaY);
+        listBar_.scrollBy(-3 * rowHeight() * event.deltaY);
     }
     hovered_ = hit(event.mousePosition);
     refresh();
@@ -543,7 +546,7 @@ bool FileChooser::onShortcut(const VSTGUI::KeyboardEvent& event) {
 }
 
 void FileChooser::onListKey(const VSTGUI::KeyboardEvent& event) {
-    const int page = std::max(1, static_cast<int>(listArea_.getHeight() / rowHeight) - 1);
+    const int page = std::max(1, static_cast<int>(listArea_.getHeight() / rowHeight()) - 1);
     switch (event.virt) {
         case VirtualKey::Up: return select(selected_ - 1);
         case VirtualKey::Down: return select(selected_ + 1);
@@ -657,7 +660,7 @@ void FileChooser::drawPlaces(Pen& pen) const {
         if (focused_ == Part::places && focusedPlace_ == place)
             pen.roundLine(row.left, row.top, row.getWidth(), row.getHeight() - 1, 3, style::white, 1.2);
         const bool startsRecent = shown.isRecent && place > 0 && !places_[static_cast<std::size_t>(place) - 1].isRecent;
-        if (startsRecent) pen.rect(row.left + 4, row.top - 0.5, row.getWidth() - 8, pen.hair(), style::line);
+        if (startsRecent) pen.rect(row.left + 4, row.top - 0.5, row.getWidth() - 8, pen.hair(), style::menuEdge);
         drawFolder(pen, {row.left + 12, row.getCenter().y},
                    shown.isRecent ? style::text3
                    : isHere       ? style::oscillators
@@ -690,7 +693,7 @@ void FileChooser::drawRows(Pen& pen) const {
     if (list_.count() == 0)
         pen.text(listArea_.getCenter().x, listArea_.top + std::min(60.0, listArea_.getHeight() / 2 + 3), emptyWords(),
                  Face::medium, 10, style::text2, Align::centre, listArea_.getWidth() - 20);
-    const int first = std::max(0, static_cast<int>(listBar_.position() / rowHeight));
+    const int first = std::max(0, static_cast<int>(listBar_.position() / rowHeight()));
     for (int row = first; row < list_.count(); ++row) {
         const CRect area = rowRect(row);
         if (area.top > listArea_.bottom) break;
@@ -717,7 +720,7 @@ void FileChooser::drawRow(Pen& pen, int row, const CRect& area) const {
     }
     const CPoint icon(area.left + 13, area.getCenter().y);
     entry.isFolder ? drawFolder(pen, icon, mix(style::panel, style::oscillators, 0.75)) : drawSheet(pen, icon, style::text3);
-    const double base = area.top + 12.6;
+    const double base = area.getCenter().y + 3.6;
     const CRect size = rectOf(Part::bySize), date = rectOf(Part::byDate);
     const Color ink = entry.isHidden() ? style::text3 : style::text;
     pen.text(area.left + 25, base, shownName(entry.name), isSelected ? Face::semibold : Face::medium, 10, ink, Align::left,

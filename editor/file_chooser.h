@@ -88,6 +88,7 @@ private:
     void layOutFoot(const VSTGUI::CRect& foot);
     void layOutSide(const VSTGUI::CRect& side);
     void add(Part part, const VSTGUI::CRect& area) { spots_.push_back({part, area}); }
+    double rowHeight() const;
     VSTGUI::CRect rectOf(Part part) const;
     bool has(Part part) const;
     VSTGUI::CRect placeRect(int place) const;

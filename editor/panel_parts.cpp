@@ -102,41 +102,40 @@ double ScrollBar::farthest() const { return std::max(0.0, content_ - visible_); 
 
 void ScrollBar::scrollTo(double position) { position_ = std::clamp(position, 0.0, farthest()); }
 
-void ScrollBar::reveal(double top, double bottom) {
-    if (bottom > position_ + visible_) scrollTo(bottom - visible_);
-    if (top < position_) scrollTo(top);
+void ScrollBar::reveal(double from, double to) {
+    if (to > position_ + visible_) scrollTo(to - visible_);
+    if (from < position_) scrollTo(from);
+}
+
+double ScrollBar::thumbLength() const {
+    constexpr double shortest = 18;
+    return std::clamp(length() * visible_ / std::max(content_, 1.0), std::min(shortest, length()), length());
 }
 
 CRect ScrollBar::thumb() const {
-    constexpr double shortest = 18;
-    const double height = area_.getHeight();
-    const double length = std::clamp(height * visible_ / std::max(content_, 1.0), std::min(shortest, height), height);
-    const double top = area_.top + (farthest() > 0 ? (height - length) * position_ / farthest() : 0);
-    return {area_.left, top, area_.right, top + length};
+    const double from = start() + (farthest() > 0 ? (length() - thumbLength()) * position_ / farthest() : 0),
+                 to = from + thumbLength();
+    return isLying() ? CRect(from, area_.top, to, area_.bottom) : CRect(area_.left, from, area_.right, to);
 }
 
 bool ScrollBar::press(CPoint where) {
-    if (!isNeeded() || !CRect(area_).inset(-3, 0).pointInside(where)) return false;
-    const CRect held = thumb();
-    if (where.y < held.top || where.y > held.bottom) {  // there at once, with the thumb's middle
-        heldAt_ = held.getHeight() / 2;
-        isHeld_ = true;
-        drag(where);
-        return true;
-    }
-    heldAt_ = where.y - held.top;
-    return isHeld_ = true;
+    if (!isNeeded() || !CRect(area_).inset(-3, -3).pointInside(where)) return false;
+    isHeld_ = true;
+    const bool isOnThumb = CRect(thumb()).inset(-3, -3).pointInside(where);
+    heldAt_ = isOnThumb ? along(where) - along(thumb().getTopLeft()) : thumbLength() / 2;  // beside it: there at once
+    drag(where);
+    return true;
 }
 
 void ScrollBar::drag(CPoint where) {
-    const double room = area_.getHeight() - thumb().getHeight();
-    if (isHeld_ && room > 0) scrollTo((where.y - heldAt_ - area_.top) / room * farthest());
+    const double room = length() - thumbLength();
+    if (isHeld_ && room > 0) scrollTo((along(where) - heldAt_ - start()) / room * farthest());
 }
 
 void ScrollBar::draw(Pen& pen, const Color& ground) const {
     if (!isNeeded()) return;
     const CRect bar = thumb();
-    pen.round(bar.left, bar.top, bar.getWidth(), bar.getHeight(), bar.getWidth() / 2,
+    pen.round(bar.left, bar.top, bar.getWidth(), bar.getHeight(), std::min(bar.getWidth(), bar.getHeight()) / 2,
               mix(ground, style::white, isHeld_ ? 0.45 : 0.28));
 }
 

@@ -30,18 +30,19 @@ void drawLens(Pen& pen, VSTGUI::CPoint middle, const Color& color);
 void drawFolder(Pen& pen, VSTGUI::CPoint middle, const Color& color);
 void drawSheet(Pen& pen, VSTGUI::CPoint middle, const Color& color);
 
-// The upright bar of something that is taller than its place, and where that stands. In window units.
+// The bar of something that is longer than its place, and where that stands; it lies where its place is wider than high. In
+// window units.
 class ScrollBar {
 public:
-    // Where the bar is drawn, and how tall content and place are. The position is held within.
+    // Where the bar is drawn, and how long content and place are. The position is held within.
     void setPlace(const VSTGUI::CRect& area, double content, double visible);
 
     double position() const { return position_; }
     bool isNeeded() const { return content_ > visible_ + 0.5; }
     void scrollTo(double position);
     void scrollBy(double distance) { scrollTo(position_ + distance); }
-    // So that what lies from `top` to `bottom` of the content is seen.
-    void reveal(double top, double bottom);
+    // So that what lies from `from` to `to` of the content is seen.
+    void reveal(double from, double to);
 
     // The pointer. `press` tells whether it went down on the bar, which then follows `drag` until `release`.
     bool press(VSTGUI::CPoint where);
@@ -54,6 +55,12 @@ public:
 
 private:
     double farthest() const;
+    bool isLying() const { return area_.getWidth() > area_.getHeight(); }
+    // Along the bar.
+    double along(VSTGUI::CPoint where) const { return isLying() ? where.x : where.y; }
+    double start() const { return isLying() ? area_.left : area_.top; }
+    double length() const { return isLying() ? area_.getWidth() : area_.getHeight(); }
+    double thumbLength() const;
 
     VSTGUI::CRect area_;
     double content_ = 0, visible_ = 0, position_ = 0, heldAt_ = 0;

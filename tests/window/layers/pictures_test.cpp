@@ -1,14 +1,18 @@
 // Every layer that opens over the window, as pictures for a person to look at; a picture without its panel fails.
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 #include <gtest/gtest.h>
 
 #include "editor/box_view.h"
+#include "editor/browser_view.h"
+#include "editor/credits_view.h"
 #include "editor/file_chooser.h"
 #include "editor/value_box.h"
 #include "layer_picture.h"
 #include "platform/scratch_folder.h"
+#include "small_library.h"
 
 namespace vantoric {
 namespace {
@@ -115,6 +119,43 @@ TEST(Pictures, FileChooser) {
         chooser->finishReading();
         return chooser;
     });
+}
+
+TEST(Pictures, Credits) {
+    keepInAllSizes("credits", [](const VSTGUI::CRect& area) { return new CreditsView(area, "Version 3.3.0", {}); });
+}
+
+// ---- the browser, in the sizes that have it
+
+void keepBrowser(const std::string& name, SmallLibrary library, const std::function<void(BrowserView&)>& work = {}) {
+    const WithGui gui;
+    for (const WindowSize& size : {sizes[0], sizes[1], sizes[2]}) {
+        auto* view = new BrowserView({0, 128, size.width, size.height}, library, {});
+        if (work) work(*view);
+        EXPECT_GT(keepPicture("browser_" + name + "_" + size.name, view, size.width, size.height, size.zoom), 3000);
+    }
+}
+
+TEST(Pictures, Browser) {
+    const SmallLibrary library = shippedLibrary();
+    keepBrowser("open", library, [](BrowserView& view) { movePointer(view, view.rowRect(30).getCenter()); });
+    keepBrowser("stars", library, [](BrowserView& view) { movePointer(view, view.starRect(30, 4).getCenter()); });
+    keepBrowser("keys", library, [](BrowserView& view) { press(view, VSTGUI::VirtualKey::Down); });
+    keepBrowser("search", library, [](BrowserView& view) { type(view, "Glass"); });
+    keepBrowser("nothing", library, [](BrowserView& view) { type(view, "Glas Hrbr"); });
+    keepBrowser("filter", library, [](BrowserView& view) { click(view, view.chipRect(1).getCenter()); });
+    SmallLibrary large = library;
+    large.shownHint = {"Load a patch to synthesizer layer 2", true};
+    std::vector<std::string> names;
+    for (int number = 1; number <= 1200; ++number)
+        names.push_back("Patch " + std::to_string(number) + (number % 9 == 0 ? std::string(60, 'w') : ""));
+    for (int number = 0; number < 30; ++number) large.add("Folder " + std::to_string(number), names);
+    large.listed = 40;
+    keepBrowser("large", large, [](BrowserView& view) { press(view, VSTGUI::VirtualKey::End); });
+    SmallLibrary empty;
+    empty.listed = -1;
+    empty.shownHint = {"Soundset"};
+    keepBrowser("empty", empty);
 }
 
 }  // namespace
