@@ -103,7 +103,7 @@ std::string writeSections(const TextSections& sections) {
         if (section.fields.empty()) continue;
         const bool isFirst = text.empty();
         if (!isFirst) text += '\n';
-        if (!isFirst || !section.name.empty()) text += "[" + escaped(section.name) + "]\n";
+        if (!isFirst || !section.name.empty()) text.append("[").append(escaped(section.name)).append("]\n");
         for (const auto& [field, value] : section.fields) text += escaped(field) + " = " + escaped(value) + "\n";
     }
     return text;
