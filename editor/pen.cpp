@@ -146,11 +146,7 @@ void Pen::verticalGradient(double x, double y, double w, double h, const Corners
 
 void Pen::dot(double x, double y, double r, const Color& fillColor) {
     const Path path = newPath();
-<<<<<<< HEAD
-    path->addEllipse(around(x, y, r));
-=======
     path->addEllipse(around(x, y, r));  // the context's own ellipse comes out of the wrong size
->>>>>>> boxes
     fill(path, fillColor);
 }
 
