@@ -79,6 +79,8 @@ public:
     float valueOf(int tag) const;
     // The text of a list, field or knob at its present value; empty where there is none.
     std::string textOf(const ControlEntry& entry) const;
+    // The list index of the mode of the LFO whose speed that number is; 0 for all other numbers.
+    int lfoModeOf(int number) const;
     // The strip over a knob or field, its modulation, and the rows of its menu.
     KnobState knobState(const ControlEntry& entry) const;
     KnobModulation modulationOf(const ControlEntry& entry) const;
