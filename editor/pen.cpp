@@ -138,8 +138,9 @@ void Pen::verticalGradient(double x, double y, double w, double h, const Corners
 }
 
 void Pen::dot(double x, double y, double r, const Color& fillColor) {
-    context_.setFillColor(fillColor);
-    context_.drawEllipse(around(x, y, r), VSTGUI::kDrawFilled);
+    const Path path = newPath();
+    path->addEllipse(around(x, y, r));
+    fill(path, fillColor);
 }
 
 void Pen::verticalGradientDot(double x, double y, double r, const Color& top, const Color& bottom) {

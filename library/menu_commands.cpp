@@ -129,6 +129,7 @@ void MenuCommands::setFavourite(bool on, Done done) {
     const std::string path = favouritePath(patch_.name());
     if (!isFileName(patch_.name())) return done(false);
     if (on) {
+        platform::makeFolder(platform::favouritesFolder());
         const bool isSaved = instrument_.patchFiles().savePatchFile(path);
         library_.scanPatches(-1);
         showMessages(instrument_.messages(), dialogs_);

@@ -31,6 +31,7 @@ PatchBackup::PatchBackup(Instrument& instrument, const std::string& fileName)
       path_(platform::userFolder() + fileName),
       name_(instrument.program().getProgramName()),
       chunk_(instrument.patchChunk().getChunk()) {
+    platform::makeFolder(platform::userFolder());
     if (isKept()) isSaved_ = instrument.patchFiles().saveChunk(path_, chunk_);
 }
 

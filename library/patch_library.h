@@ -20,7 +20,7 @@ protected:
 // The name of the category after all others: it stands for patches that are in no list.
 inline constexpr char customCategory[] = "Custom";
 
-// A place in the lists; -2: none.
+// A place in the lists; -2: none. A patch of -1 stands before the first.
 struct PatchSelection {
     static constexpr int none = -2;
     int category = none, patch = none;

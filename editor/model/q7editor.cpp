@@ -8,10 +8,10 @@
 #include "base/parameters.h"
 #include "editor/model/indicators.h"
 #include "editor/model/menu_rows.h"
-#include "editor/model/program_steps.h"
 #include "editor/model/window_files.h"
 #include "effects/effect_texts.h"
 #include "effects/type_table.h"
+#include "library/program_steps.h"
 #include "parameters/parameter_table.h"
 
 namespace vantoric {
@@ -81,6 +81,7 @@ Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::stri
 void Q7Editor::open(EditorView& view) {
     view_ = &view;
     parameterNews_.take();
+    programNews_.take();  // those of before were followed by others
     refreshAll();
 }
 
@@ -461,7 +462,7 @@ void Q7Editor::followPatch() {
     if (name == drawnName_ && menus_.patch().category() == drawnCategory_) return;
     drawnName_ = std::move(name);
     drawnCategory_ = menus_.patch().category();
-    view_->redrawPart(WindowPart::PatchList);
+    view_->showPatchName();
 }
 
 void Q7Editor::followParameters() {
