@@ -467,7 +467,7 @@ void Q7Editor::followPatch() {
     if (name == drawnName_ && menus_.patch().category() == drawnCategory_) return;
     drawnName_ = std::move(name);
     drawnCategory_ = menus_.patch().category();
-    view_->redrawPart(WindowPart::PatchList);
+    view_->showPatchName();
 }
 
 void Q7Editor::followParameters() {

@@ -98,8 +98,10 @@ public:
     const WindowSize& size() const { return size_; }
     DisplayFlags& displayFlags() { return displays_; }
     ParameterEdits& edits() { return edits_; }
-    // The number of the last program change that made a step; 0 before the first.
+    // The number of the last program change that made a step; 0 before the first. Set where others followed them while no
+    // window was open.
     int lastProgram() const { return lastProgram_; }
+    void setLastProgram(int number) { lastProgram_ = number; }
     // The lists of patches, and where in them the patch in force is; the browser over them; and all commands.
     PatchLibrary& patches() { return menus_.library(); }
     PatchBrowser& browser() { return menus_.browser(); }
