@@ -13,7 +13,4 @@ target_include_directories(vstgui SYSTEM INTERFACE ${VSTGUI_INCLUDE})
 # a crash.
 target_compile_definitions(vstgui INTERFACE DEBUG=1)
 target_compile_options(vstgui INTERFACE -Wno-deprecated-declarations -Wno-multichar)
-# What the library expects of a newer system stands behind it, where the linker looks for it.
-add_library(vstgui_shim STATIC ${PROJECT_SOURCE_DIR}/editor/vstgui_shim.cpp)
-set_target_properties(vstgui_shim PROPERTIES POSITION_INDEPENDENT_CODE ON)
-target_link_libraries(vstgui INTERFACE ${VSTGUI_LIBRARY} vstgui_shim PkgConfig::VSTGUI_NEEDS)
+target_link_libraries(vstgui INTERFACE ${VSTGUI_LIBRARY} PkgConfig::VSTGUI_NEEDS)

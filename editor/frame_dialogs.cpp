@@ -86,6 +86,11 @@ int FrameDialogs::openCount() const {
 
 // ---- what is asked for
 
+void FrameDialogs::moveTo(LayerHost& host) {
+    const std::lock_guard guard(mutex_);
+    host_ = &host;
+}
+
 void FrameDialogs::message(const std::string& title, const std::string& text) { ask(Message{title, text}); }
 
 void FrameDialogs::question(const std::string& title, const std::string& text, platform::OnAnswer then) {

@@ -28,6 +28,10 @@ public:
 
     // The window opens, or closes (null): what is open or waits is then answered as by `closeAll`.
     void setHost(LayerHost* host);
+    // The window is built anew, in another size: what is open waits from `leaveHost` to `moveTo` and is shown again by the
+    // next `poll`.
+    void leaveHost() { closeLayers(); }
+    void moveTo(LayerHost& host);
     // Whether the desktop's chooser is preferred where it is there. It is, by default.
     void setUsesDesktop(bool uses) { usesDesktop_ = uses; }
 

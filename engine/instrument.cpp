@@ -239,9 +239,9 @@ void Instrument::renderBlock(Sample* left, Sample* right, int frames, const Tran
         do {
             const int piece = std::min(frames - done, longest);
             if constexpr (std::is_same_v<Sample, float>) {
-                renderPiece(left + done, right + done, piece, done, oversampled);
+                renderMeteredPiece(left + done, right + done, piece, done, oversampled);
             } else {
-                renderPiece(widened_[0].data(), widened_[1].data(), piece, done, oversampled);
+                renderMeteredPiece(widened_[0].data(), widened_[1].data(), piece, done, oversampled);
                 std::copy_n(widened_[0].begin(), piece, left + done);
                 std::copy_n(widened_[1].begin(), piece, right + done);
             }
@@ -249,6 +249,12 @@ void Instrument::renderBlock(Sample* left, Sample* right, int frames, const Tran
         } while (done < frames);
     }
     inBlock_.clear(std::memory_order_release);
+}
+
+void Instrument::renderMeteredPiece(float* left, float* right, int frames, int firstFrame, bool oversampled) {
+    renderPiece(left, right, frames, firstFrame, oversampled);
+    meters_[0].take(left, frames, hostRate());
+    meters_[1].take(right, frames, hostRate());
 }
 
 // `firstFrame` is the place of the piece in the host's block, from which events count their offsets.

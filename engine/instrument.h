@@ -22,6 +22,7 @@
 #include "engine/decimator.h"
 #include "engine/host_port.h"
 #include "engine/midi_intake.h"
+#include "engine/peak_meter.h"
 #include "engine/program_changes.h"
 #include "engine/song_clock.h"
 #include "engine/tick_clock.h"
@@ -102,6 +103,8 @@ public:
     const ProgramChanges& programChanges() const { return programChanges_; }
     // Counts the patches loaded, so that a follower of the patch's name knows when to look again.
     std::uint32_t patchesLoaded() const { return patchesLoaded_.load(std::memory_order_acquire); }
+    // How loud the left (0) or right (1) output is: a falling peak, 0.25 at full scale.
+    float peak(int channel) const { return meters_[static_cast<std::size_t>(channel)].peak(); }
     // Whether a patch file is being loaded, or was refused as none.
     bool isBusy() const { return busy_.load(std::memory_order_acquire); }
 
@@ -136,6 +139,7 @@ public:
     MidiIntake& midi() { return midi_; }
     ControllerMap& controllerMap() { return controllerMap_; }
     Layer& layer(int index) { return *layers_[index]; }
+    const Layer& layer(int index) const { return *layers_[index]; }
     Multieffect& masterEffect() { return master_; }
     RandomSources& random() { return random_; }
     int instanceNumber() const { return membership_.number(); }
@@ -160,6 +164,7 @@ private:
 
     template <class Sample>
     void renderBlock(Sample* left, Sample* right, int frames, const Transport& transport);
+    void renderMeteredPiece(float* left, float* right, int frames, int firstFrame, bool oversampled);
     void renderPiece(float* left, float* right, int frames, int firstFrame, bool oversampled);
     void renderAudioBlock(float* left, float* right, int count, int firstFrame);
     void renderSubBlock(float* left, float* right, int count);
@@ -191,6 +196,7 @@ private:
     Equalizer equalizer_;
     SoundModeStage stage_;
     Decimator decimator_;
+    std::array<PeakMeter, 2> meters_;
     Flag decimatorReset_;  // it runs also while a patch is loaded, so it is reset by its own thread
     TickClock clock_;
     SongClock song_;

@@ -173,15 +173,23 @@ bool writeFile(const std::string& path, const void* bytes, std::size_t size) {
     return true;
 }
 
-bool listFolder(const std::string& folder, std::vector<FolderEntry>& entries) {
-    entries.clear();
+bool visitFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit) {
     std::error_code error;
     for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
         std::error_code ignored;
-        entries.push_back({at->path().filename().string(), at->is_directory(ignored)});
+        if (!visit({at->path().filename().string(), at->is_directory(ignored)})) return true;
     }
-    if (error) entries.clear();
     return !error;
+}
+
+bool listFolder(const std::string& folder, std::vector<FolderEntry>& entries) {
+    entries.clear();
+    const bool isListed = visitFolder(folder, [&](FolderEntry&& entry) {
+        entries.push_back(std::move(entry));
+        return true;
+    });
+    if (!isListed) entries.clear();
+    return isListed;
 }
 
 bool exists(const std::string& path) {

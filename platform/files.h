@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,9 @@ struct FolderEntry {
 // All entries of a folder but "." and "..", in no certain order. False, with `entries` empty, if it
 // cannot be listed.
 bool listFolder(const std::string& folder, std::vector<FolderEntry>& entries);
+// The same one by one, until `visit` returns false: for folders that may be large or slow. False if it cannot be listed, also
+// after some entries.
+bool visitFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit);
 
 // Whether a file or folder of that name exists.
 bool exists(const std::string& path);

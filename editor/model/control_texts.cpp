@@ -7,14 +7,14 @@ namespace vantoric {
 
 namespace {
 
-constexpr const char* lfoRows[] = {
+constexpr const char* lfoLabels[] = {
     "Lfo1 +", "Lfo1 +-", "Lfo2 +", "Lfo2 +-", "Lfo3 +", "Lfo3 +-", "Step Lfo/Envelope +", "Step Lfo/Envelope +-",
 };
-constexpr const char* freeLfoRows[] = {
+constexpr const char* freeLfoLabels[] = {
     "1/64Hz", "1/32Hz", "1/16Hz", "1/8Hz", "1/4Hz", "1/2Hz", "1Hz",  "1.4Hz", "2Hz",
     "2.8Hz",  "4Hz",    "5.6Hz",  "8Hz",   "11Hz",  "16Hz",  "32Hz", "64Hz",
 };
-constexpr const char* envelopeRows[] = {
+constexpr const char* envelopeLabels[] = {
     "Volume Env", "Filter Env", "Aux1 Env",   "Aux2 Env", "Decay 8ms", "Decay 16ms", "Decay 32ms", "Decay 64ms",
     "Decay 0.1s", "Decay 0.2s", "Decay 0.5s", "Decay 1s", "Decay 2s",  "Decay 4s",   "Decay 8s",   "Decay 16s",
 };
@@ -30,7 +30,7 @@ bool hasController(int ccNumber) { return ccNumber >= 0; }
 }  // namespace
 
 std::vector<std::string> hintLines(const KnobState& knob) {
-    if (knob.ccNumber == learningController) return {"Midi learn: Assign CC ", "Move your controler!"};
+    if (knob.ccNumber == MidiLearn::learning) return {"Midi learn: Assign CC ", "Move your controler!"};
     std::vector<std::string> lines{knob.valueText.empty() ? knob.name
                                                           : knob.name + ": " + knob.valueText + " " + knob.unit + " "};
     const bool isMapped = hasController(knob.ccNumber);
@@ -41,7 +41,7 @@ std::vector<std::string> hintLines(const KnobState& knob) {
     return lines;
 }
 
-ColourWord hintOutlineOf(int ccNumber) { return ccNumber == noController ? hintOutline : mappedOutline; }
+ColourWord hintOutlineOf(int ccNumber) { return ccNumber == MidiLearn::noController ? hintOutline : mappedOutline; }
 
 std::string lfoSpeedText(int tab, int mode, float value) {
     const int n = tab == 3 ? static_cast<int>(parameter::StepSped) : parameter::LfoSpd1 + tab;
@@ -50,21 +50,21 @@ std::string lfoSpeedText(int tab, int mode, float value) {
 
 std::span<const KnobSubmenu> knobSubmenus() {
     static const KnobSubmenu submenus[knobSubmenuCount] = {
-        {"Modulate with Lfo", lfoRows, 100},
-        {"Modulate with free running Lfo", freeLfoRows, 200},
-        {"Modulate with Envelope", envelopeRows, 300},
-        {"Modulate with Midi", matrixSourceLabels.subspan(firstMidiSource, midiSources), 400},
-        {"Modulate with Random", matrixSourceLabels.subspan(firstRandomSource, randomSources), 500},
+        {"Modulate with Lfo", lfoLabels, lfoRows},
+        {"Modulate with free running Lfo", freeLfoLabels, freeLfoRows},
+        {"Modulate with Envelope", envelopeLabels, envelopeRows},
+        {"Modulate with Midi", matrixSourceLabels.subspan(firstMidiSource, midiSources), midiRows},
+        {"Modulate with Random", matrixSourceLabels.subspan(firstRandomSource, randomSources), randomRows},
     };
     return submenus;
 }
 
-std::vector<std::string> knobMenuRows(int number, int ccNumber, bool canBeModulated) {
+std::vector<std::string> knobMenuRows(int number, int ccNumber) {
     std::vector<std::string> rows{"Reset to default value"};
     if (number == parameter::Modwheel) return rows;
     rows.insert(rows.end(), {"Reset all (value, modulation, midi)", "-"});
     rows.push_back(hasController(ccNumber) ? "Midi learn-> remove " + controllerText(ccNumber) : "Midi learn -> assign CC");
-    if (!canBeModulated) return rows;
+    if (destinationOf(number) == 0) return rows;
     rows.push_back("-");
     for (const KnobSubmenu& submenu : knobSubmenus()) rows.push_back(submenu.label);
     rows.push_back("Remove modulation");

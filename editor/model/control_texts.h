@@ -7,13 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "editor/model/matrix_editing.h"
+#include "editor/model/midi_learn.h"
 #include "parameters/label_lists.h"
 
 namespace vantoric {
-
-// What `ccNumber` of a control says when it is no controller (0 to 127).
-inline constexpr int noController = -1;
-inline constexpr int learningController = -2;  // the next controller that comes is taken
 
 // A colour as the knobs' rules write it: alpha, blue, green, red from the highest byte on.
 using ColourWord = std::uint32_t;
@@ -22,10 +20,10 @@ inline constexpr ColourWord hintOutline = 0xff282828, mappedOutline = 0xff0000aa
 
 // What there is to say of a knob that is touched.
 struct KnobState {
-    std::string name, valueText, unit;
-    int ccNumber = noController;
-    int modCount = 0;      // slots of the matrix that move it
-    std::string modNames;  // the first one's source
+    std::string name, valueText = {}, unit = {};
+    int ccNumber = MidiLearn::noController;
+    int modCount = 0;           // slots of the matrix that move it
+    std::string modNames = {};  // the first one's source
 };
 
 // The lines of the strip over a knob, one or two, the upper one first.
@@ -40,22 +38,19 @@ std::string lfoSpeedText(int tab, int mode, float value);
 
 // ---- the menu of a knob
 
-namespace knob_row {
-enum Number : int { toDefault = 0, allToDefault = 1, learn = 3, modulate1 = 5, removeModulation = 10 };
-}  // namespace knob_row
-
+inline constexpr int firstSubmenuRow = 5;
 inline constexpr int knobSubmenuCount = 5;
 
 // A row that opens another menu.
 struct KnobSubmenu {
     const char* label;
     LabelList rows;
-    int base;  // the tag of its first row
+    SubmenuBase base;  // the tag of its first row
 };
-// In the order of the rows from knob_row::modulate1 on.
+// In the order of the rows from firstSubmenuRow on.
 std::span<const KnobSubmenu> knobSubmenus();
 
-// The rows of the menu of a knob with that parameter number, "-" for separators.
-std::vector<std::string> knobMenuRows(int number, int ccNumber, bool canBeModulated);
+// The rows of the menu of a knob with that parameter number, "-" for separators. What they do: KnobCommands.
+std::vector<std::string> knobMenuRows(int number, int ccNumber);
 
 }  // namespace vantoric
