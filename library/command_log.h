@@ -14,6 +14,9 @@ public:
     virtual void commandBegins(const std::string& name) = 0;
     // It is done, and the patch is another, or it failed and the patch is the same.
     virtual void commandEnded() = 0;
+    // The patch that the running command makes was loaded from a file; the patch in force was saved to one.
+    virtual void patchLoaded() = 0;
+    virtual void patchSaved() = 0;
 
 protected:
     ~CommandListener() = default;
@@ -30,6 +33,13 @@ public:
 
     // Null for none. While no command runs.
     void setListener(CommandListener* listener) { listener_ = listener; }
+
+    void notePatchLoaded() {
+        if (listener_ != nullptr) listener_->patchLoaded();
+    }
+    void notePatchSaved() {
+        if (listener_ != nullptr) listener_->patchSaved();
+    }
 
     // A command that is changing the patch. Stands only while it acts, not while a user is asked.
     class Running {

@@ -15,6 +15,7 @@ bool PatchCommands::loadPatchFile(const std::string& path) {
     {
         const CommandLog::Running running(log_, "Load '" + patchNameOfPath(path) + "'");
         isLoaded = files_.loadPatchFile(path);
+        if (isLoaded) log_.notePatchLoaded();
     }
     return told(isLoaded);
 }
@@ -36,12 +37,17 @@ void PatchCommands::askSavePath(platform::OnPath then) {
 }
 
 void PatchCommands::savePatchAs(platform::OnPath done) {
-    askSavePath(
-        [this, done = std::move(done)](const auto& path) { path&& told(files_.savePatchAs(*path)) ? done(path) : done({}); });
+    askSavePath([this, done = std::move(done)](const auto& path) {
+        if (!path || !told(files_.savePatchAs(*path))) return done({});
+        done(path);
+        log_.notePatchSaved();
+    });
 }
 
 bool PatchCommands::quickSavePatch(const std::string& category, const std::string& name) {
-    return told(files_.quickSavePatch(category, name));
+    if (!told(files_.quickSavePatch(category, name))) return false;
+    log_.notePatchSaved();
+    return true;
 }
 
 void PatchCommands::deletePatch(const std::string& category, const std::string& name, Done done) {

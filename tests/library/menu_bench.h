@@ -22,8 +22,10 @@ namespace vantoric::test {
 struct NotedCommands : CommandListener {
     void commandBegins(const std::string& name) override { names.push_back(name); }
     void commandEnded() override { ++ended; }
+    void patchLoaded() override { ++loaded; }
+    void patchSaved() override { ++saved; }
     std::vector<std::string> names;
-    int ended = 0;
+    int ended = 0, loaded = 0, saved = 0;
 };
 
 struct MenuBench {
