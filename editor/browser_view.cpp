@@ -82,7 +82,9 @@ void BrowserView::setSearch() {
     }
 }
 
-int BrowserView::rowsPerColumn() const { return std::max(1, static_cast<int>(listRect().getHeight() / patchHeight)); }
+int BrowserView::rowsPerColumn() const {
+    return std::max(1, static_cast<int>(std::lround(listRect().getHeight() / patchHeight)));
+}
 
 void BrowserView::scrollBars() {
     const CRect list = listRect(), side = categoriesRect();
@@ -564,7 +566,10 @@ void BrowserView::drawPatch(Pen& pen, int row, const CRect& area) const {
     const double base = area.top + 14.8;
     double x = area.left + 12, end = area.right - 70;
     if (plays) end -= pen.text(end, base, "playing", Face::medium, 9, style::oscillators, Align::right) + 8;
-    if (isSearching()) end -= pen.text(end, base, shownName(patch.category), Face::medium, 9, style::text3, Align::right, 90) + 8;
+    if (isSearching())
+        end -= pen.text(end, base, shownName(patch.category), Face::medium, 9, plays ? style::text2 : style::text3, Align::right,
+                        90) +
+               8;
     const Face face = plays ? Face::semibold : Face::medium;
     const Color ink = plays || isHovered ? style::white : style::text;
     const std::string name = shownName(patch.name);

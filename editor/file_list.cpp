@@ -68,12 +68,13 @@ std::int64_t secondsOf(const fs::file_time_type& time) {
     return std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch).count();
 }
 
-// The folder above it that is the same one, or itself.
+// The topmost folder of its path that is the same one: it differs from it where links go round.
 fs::path withoutCircle(const fs::path& folder) {
     std::error_code error;
+    fs::path same = folder;
     for (fs::path above = folder.parent_path(), last = folder; above != last; last = above, above = above.parent_path())
-        if (fs::equivalent(folder, above, error)) return above;
-    return folder;
+        if (fs::equivalent(folder, above, error)) same = above;
+    return same;
 }
 
 FileEntry entryOf(const fs::directory_entry& found) {

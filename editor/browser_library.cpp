@@ -1,0 +1,215 @@
+#include "editor/browser_library.h"
+
+#include <algorithm>
+#include <sstream>
+
+#include "library/name_order.h"
+#include "library/rank_file.h"
+#include "platform/module_folder.h"
+
+namespace vantoric {
+namespace {
+
+bool isRow(int row, std::size_t count) { return row >= 0 && static_cast<std::size_t>(row) < count; }
+
+std::string lowered(std::string text) {
+    std::ranges::transform(text, text.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return text;
+}
+
+// The patches of a category that is not listed, in the order of the lists.
+std::vector<std::string> namesIn(const std::string& category) {
+    return listNames(platform::soundsFolder() + category, ".fxp", PatchLibrary::mostPatches);
+}
+
+}  // namespace
+
+std::pair<std::size_t, std::size_t> matchIn(const std::string& name, const std::string& query) {
+    const std::string text = lowered(name), whole = lowered(query);
+    if (const std::size_t at = text.find(whole); !whole.empty() && at != std::string::npos) return {at, whole.size()};
+    std::istringstream words(whole);
+    for (std::string word; words >> word;)
+        if (const std::size_t at = text.find(word); at != std::string::npos) return {at, word.size()};
+    return {};
+}
+
+std::string BrowserLibrary::categoryName(int row) const {
+    const auto& names = library_.categoryNames();
+    return isRow(row, names.size()) ? names[static_cast<std::size_t>(row)] : "";
+}
+
+int BrowserLibrary::rowOfCategory(const std::string& name) const {
+    const auto& names = library_.categoryNames();
+    const auto found = std::ranges::find(names, name);
+    return found == names.end() ? -1 : static_cast<int>(found - names.begin());
+}
+
+// ---- what is shown
+
+void BrowserLibrary::open() {
+    library_.scanCategories();
+    browser_.open();
+}
+
+unsigned BrowserLibrary::revision() {
+    State now{.scans = library_.patchScans(),
+              .generation = index_.generation(),
+              .ratings = ratingsGiven_,
+              .categories = library_.categoryNames().size(),
+              .listed = library_.listedCategory(),
+              .loadTarget = onShow_.loadTarget,
+              .isReading = isReading(),
+              .category = patch_.category(),
+              .name = patch_.name()};
+    if (now != state_) {
+        state_ = std::move(now);
+        ++revision_;
+    }
+    return revision_;
+}
+
+void BrowserLibrary::countPatches() {
+    if (counted_ == index_.generation()) return;
+    counted_ = index_.generation();
+    counts_.clear();
+    for (const CataloguedPatch& patch : index_.catalogue()->patches()) ++counts_[patch.category];
+}
+
+std::vector<BrowserCategory> BrowserLibrary::categories() {
+    countPatches();
+    std::vector<BrowserCategory> result;
+    for (const std::string& name : library_.categoryNames()) {
+        const auto counted = counts_.find(name);
+        result.push_back({name, counted != counts_.end() ? counted->second : counted_ == 0 ? -1 : 0});
+    }
+    const int listed = listedCategory();
+    if (listed >= 0) result[static_cast<std::size_t>(listed)].count = static_cast<int>(library_.patchNames().size());
+    return result;
+}
+
+int BrowserLibrary::listedCategory() {
+    const int listed = library_.listedCategory();
+    return isRow(listed, library_.categoryNames().size()) ? listed : -1;
+}
+
+std::vector<BrowserPatch> BrowserLibrary::patches() {
+    const std::string category = categoryName(listedCategory());
+    const Ratings& ratings = browser_.ratings();
+    std::vector<BrowserPatch> result;
+    for (const std::string& name : library_.patchNames()) {
+        const std::size_t row = result.size();
+        result.push_back({category, name, row < ratings.size() ? ratings[row] : starsByDefault});
+    }
+    return result;
+}
+
+BrowserPatch BrowserLibrary::playing() {
+    if (patch_.category() == customCategory) return {};
+    return {patch_.category(), patch_.name()};
+}
+
+BrowserHint BrowserLibrary::hint() {
+    const CategoryHint hint = browser_.hint();
+    return {hint.text, hint.kind == HintKind::loadToLayer};
+}
+
+// ---- clicks
+
+void BrowserLibrary::notePlayed() {
+    const std::string name = library_.selectedPatch();
+    if (!name.empty()) index_.notePlayed({library_.selectedCategory(), name});
+}
+
+void BrowserLibrary::clickCategory(int row) {
+    const bool isOnTheWay = onShow_.loadTarget != 0;
+    browser_.clickCategory(row);
+    if (!isOnTheWay && !library_.patchNames().empty()) notePlayed();
+}
+
+void BrowserLibrary::clickPatch(int row) {
+    if (!isRow(row, library_.patchNames().size())) return;
+    browser_.clickPatch(row);
+    notePlayed();
+}
+
+void BrowserLibrary::clickStar(int row, int star) {
+    const auto& names = library_.patchNames();
+    if (!isRow(row, names.size())) return;
+    browser_.clickStar(row, star);
+    rated_[{categoryName(listedCategory()), names[static_cast<std::size_t>(row)]}] = std::clamp(star, fewestStars, mostStars);
+    ++ratingsGiven_;
+    index_.rescan();
+}
+
+void BrowserLibrary::clickNext() {
+    browser_.clickNext();
+    notePlayed();
+}
+
+void BrowserLibrary::clickPrevious() {
+    browser_.clickPrevious();
+    notePlayed();
+}
+
+// ---- the search
+
+std::vector<BrowserPatch> BrowserLibrary::search(const std::string& query, const BrowserFilters& filters) {
+    constexpr int manyStars = 4;
+    PatchFilter filter;
+    filter.fewestStars = filters.fourStars ? manyStars : fewestStars;
+    filter.favourites = filters.favourites;
+    filter.own = filters.mine;
+    filter.recent = filters.recent;
+    if (!index_.isScanning()) rated_.clear();  // the catalogue knows them by now
+    std::shared_ptr<const PatchCatalogue> catalogue;
+    std::vector<std::uint32_t> indices;
+    do {
+        catalogue = index_.catalogue();
+        indices = index_.search(query, filter);
+    } while (catalogue != index_.catalogue());  // a newer one has come meanwhile
+    std::vector<BrowserPatch> result;
+    for (const std::uint32_t index : indices) {
+        const CataloguedPatch& patch = catalogue->patches()[index];
+        const auto [from, bytes] = matchIn(patch.name, query);
+        BrowserPatch found{patch.category, patch.name, patch.stars, from, bytes};
+        if (const auto rated = rated_.find({patch.category, patch.name}); rated != rated_.end()) found.stars = rated->second;
+        result.push_back(std::move(found));
+    }
+    return result;
+}
+
+// Lists a category without loading anything. False if there is no such category.
+bool BrowserLibrary::list(const std::string& category) {
+    constexpr int beforeFirst = -1;
+    if (rowOfCategory(category) < 0) library_.scanCategories();
+    const int row = rowOfCategory(category);
+    if (row < 0) return false;
+    if (row != library_.listedCategory()) library_.select({row, beforeFirst});
+    return true;
+}
+
+void BrowserLibrary::playFound(const BrowserPatch& patch) {
+    if (list(patch.category)) {
+        const auto& names = library_.patchNames();
+        const auto found = std::ranges::find(names, patch.name);
+        if (found != names.end()) return clickPatch(static_cast<int>(found - names.begin()));
+    }
+    index_.rescan();  // it is gone
+}
+
+void BrowserLibrary::rateFound(const BrowserPatch& patch, int stars) {
+    const bool isListed = patch.category == categoryName(listedCategory());
+    const std::vector<std::string> names = isListed ? library_.patchNames() : namesIn(patch.category);
+    const auto found = std::ranges::find(names, patch.name);
+    if (found == names.end()) return index_.rescan();
+    const auto row = static_cast<std::size_t>(found - names.begin());
+    if (isListed) return clickStar(static_cast<int>(row), stars);
+    Ratings ratings = loadRanks(patch.category, names);
+    ratings[row] = static_cast<std::uint8_t>(std::clamp(stars, fewestStars, mostStars));
+    saveRanks(patch.category, names, ratings);
+    rated_[{patch.category, patch.name}] = ratings[row];
+    ++ratingsGiven_;
+    index_.rescan();
+}
+
+}  // namespace vantoric

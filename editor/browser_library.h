@@ -1,0 +1,81 @@
+// The instrument's library as the patch browser sees it.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "editor/browser_model.h"
+#include "library/on_show.h"
+#include "library/patch_browser.h"
+#include "library/patch_index.h"
+#include "library/patch_library.h"
+#include "library/patch_on_show.h"
+
+namespace vantoric {
+
+// On the thread of the window. A patch that is played here is one of the index's recent ones.
+class BrowserLibrary final : public BrowserModel {
+public:
+    // All outlive it.
+    BrowserLibrary(PatchLibrary& library, PatchBrowser& browser, PatchOnShow& patch, PatchIndex& index, const OnShow& onShow)
+        : library_(library), browser_(browser), patch_(patch), index_(index), onShow_(onShow) {}
+
+    void open() override;
+    unsigned revision() override;
+    std::vector<BrowserCategory> categories() override;
+    int listedCategory() override;
+    std::vector<BrowserPatch> patches() override;
+    BrowserPatch playing() override;
+    BrowserHint hint() override;
+
+    void clickCategory(int row) override;
+    void clickPatch(int row) override;
+    void clickStar(int row, int star) override;
+    void clickNext() override;
+    void clickPrevious() override;
+
+    std::vector<BrowserPatch> search(const std::string& query, const BrowserFilters& filters) override;
+    std::string complete(const std::string& query) override { return index_.complete(query); }
+    bool isReading() override { return index_.generation() == 0 && index_.isScanning(); }
+    void playFound(const BrowserPatch& patch) override;
+    void rateFound(const BrowserPatch& patch, int stars) override;
+
+private:
+    using Place = std::pair<std::string, std::string>;  // category, name
+    // What a change of shows.
+    struct State {
+        unsigned scans = 0, generation = 0, ratings = 0;
+        std::size_t categories = 0;
+        int listed = -1, loadTarget = 0;
+        bool isReading = false;
+        std::string category, name;
+        bool operator==(const State&) const = default;
+    };
+
+    std::string categoryName(int row) const;
+    int rowOfCategory(const std::string& name) const;
+    bool list(const std::string& category);
+    void countPatches();
+    void notePlayed();
+
+    PatchLibrary& library_;
+    PatchBrowser& browser_;
+    PatchOnShow& patch_;
+    PatchIndex& index_;
+    const OnShow& onShow_;
+
+    State state_;
+    unsigned revision_ = 0, ratingsGiven_ = 0;
+    std::map<std::string, int> counts_;  // patches of each category, as catalogued
+    unsigned counted_ = 0;               // the index's generation that they are of
+    std::map<Place, int> rated_;         // given here since; the catalogue may not know them yet
+};
+
+// Where one of the query's words, or all of it, stands in a name, letter case of A to Z aside: the first byte and the bytes;
+// both 0 if none does.
+std::pair<std::size_t, std::size_t> matchIn(const std::string& name, const std::string& query);
+
+}  // namespace vantoric
