@@ -110,7 +110,6 @@ bool EditorWindow::beforeSizeChange(const CRect& newSize, const CRect&) {
 
 void EditorWindow::toggleBrowser() {}
 void EditorWindow::showCredits() {}
-void EditorWindow::openWebPage(const char*) {}
 
 void EditorWindow::idle() {
     if (!isOpen() || isIdling_) return;

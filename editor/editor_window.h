@@ -53,7 +53,6 @@ private:
     void showPatchName() override { content_->redrawPart(WindowPart::PatchList); }
     void showHint(const std::string& text) override { content_->showHint(text); }
     void showCredits() override;
-    void openWebPage(const char* address) override;
 
     bool beforeSizeChange(const VSTGUI::CRect& newSize, const VSTGUI::CRect& oldSize) override;
     std::int32_t getKnobMode() const override { return VSTGUI::kLinearMode; }

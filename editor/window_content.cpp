@@ -54,8 +54,6 @@ bool isListKind(WidgetKind kind) {
     return kind == WidgetKind::LargeList || kind == WidgetKind::List || kind == WidgetKind::SmallList;
 }
 
-bool isWaveMenu(int tag) { return tag >= tag::waveMenu1 && tag < tag::waveMenu1 + 3; }
-
 bool isSwitchLike(WidgetKind kind) { return kind == WidgetKind::Switch || kind == WidgetKind::Selector; }
 
 }  // namespace
@@ -196,14 +194,14 @@ void WindowContent::refreshBackdrop() {
     state.equalizer = {parameters.getParameter(parameter::EqLow), parameters.getParameter(parameter::EqMid),
                        parameters.getParameter(parameter::EqHigh)};
     state.isSerial = parameters.getParameter(hostIndex(parameter::FilSerial, layer)) > 0.5f;
-    state.arpeggiatorStep = playingStep(instrument_, layer);
+    state.arpeggiatorStep = editor_.playingStep();
     backdrop_->setState(state);
 }
 
 void WindowContent::refreshPatchLine() {
     const PatchLibrary& patches = editor_.patches();
     PatchLine::Shown shown;
-    shown.name = patchName(instrument_);
+    shown.name = editor_.patchName();
     shown.category = patches.selectedCategory();
     if (patches.selection().patch >= 0) {
         shown.place = patches.selection().patch + 1;
@@ -306,7 +304,7 @@ void WindowContent::showHint(const std::string& text) {
 
 void WindowContent::showHelp(ControlFace* face) {
     if (newsUntil_ != 0) return;
-    if (face == nullptr) return hintLine_->setText(restingHint(editor_));
+    if (face == nullptr) return hintLine_->setText(editor_.restingHint());
     const ControlEntry& entry = face->entry();
     std::string line = entry.name;
     if (const std::string value = spokenValue(editor_, entry); !value.empty()) line += ": " + value;
@@ -341,12 +339,7 @@ void WindowContent::controlStepped(ControlFace& face, int direction) {
 
 std::vector<MenuRow> WindowContent::rowsOf(const ControlEntry& entry) const {
     std::vector<MenuRow> rows;
-    const auto add = [&](const std::string& label) { rows.push_back({label, static_cast<int>(rows.size()), false, {}, {}}); };
-    for (const char* label : entry.labels) add(label);
-    if (isWaveMenu(entry.tag)) {
-        for (const char* label : {"Load Wave", "Save Wave", "Random Wave", "-"}) add(label);
-        for (const std::string& name : wavetableNames()) add(name);
-    }
+    for (const std::string& label : editor_.rowsOf(entry)) rows.push_back({label, static_cast<int>(rows.size()), false, {}, {}});
     if (isListKind(entry.kind) && parameterOfTag(entry.tag) >= 0) {
         const int shown = instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, editor_.onShow().layer));
         if (shown < static_cast<int>(rows.size())) rows[shown].isTicked = !rows[shown].isSeparator();

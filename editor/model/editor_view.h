@@ -27,16 +27,15 @@ public:
     // The primary screen, as far as it is known.
     virtual Screen screen() const = 0;
 
-    // Opens the browser of patches, or closes it.
+    // Opens the browser of patches, or closes it; the second leaves an open one open.
     virtual void toggleBrowser() = 0;
+    virtual void openBrowser() = 0;
     // Opens the menu of a control, by the row of the table.
     virtual void openMenu(int index) = 0;
-    // The patch in force, or its place in the lists, may be another.
+    // The patch in force, its name, its place in the lists or the lists may be others.
     virtual void showPatchName() = 0;
     virtual void showHint(const std::string& text) = 0;
     virtual void showCredits() = 0;
-    // Opens a page in the user's browser; nothing happens where that cannot be done.
-    virtual void openWebPage(const char* address) = 0;
 
 protected:
     ~EditorView() = default;

@@ -6,15 +6,12 @@
 #include "base/heard_while_written.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
-#include "base/version.h"
 #include "editor/model/indicators.h"
 #include "editor/model/menu_rows.h"
 #include "editor/model/program_steps.h"
-#include "editor/model/web_pages.h"
 #include "editor/model/window_files.h"
 #include "effects/effect_texts.h"
 #include "effects/type_table.h"
-#include "library/show_messages.h"
 #include "parameters/parameter_table.h"
 
 namespace vantoric {
@@ -65,7 +62,7 @@ bool isOn(float value) { return value > 0.5f; }
 
 }  // namespace
 
-Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::string_view hostProduct)
+Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::string_view hostProduct, PageOpener openPage)
     : instrument_(instrument),
       dialogs_(dialogs),
       edits_(instrument),
@@ -75,10 +72,7 @@ Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::stri
       learn_(instrument),
       knobs_(edits_, onShow_, matrix_, learn_),
       modulations_(matrix_.updateKnobModulation()),
-      library_(*this),
-      chooser_(dialogs),
-      samples_(instrument.sampleLoader(), instrument.sampleEditor(), instrument.customWaveLoader(), chooser_,
-               instrument.messages(), dialogs),
+      menus_(instrument, onShow_, dialogs, std::move(openPage)),
       parameterNews_(instrument.parameters().changes()),
       programNews_(instrument.programChanges()) {}
 
@@ -186,10 +180,18 @@ void Q7Editor::valueChanged(int tag, float value, bool leftButton) {
     wakeLayer(tag, leftButton);
     if (parameterOfTag(tag) >= 0) return setParameter(tag, value);
     if (tag == tag::pitchWheel) return turnPitchWheel(value);
+    if (tag == tag::favourite) return setFavourite(isOn(value));
     if (!isOn(value)) return;
     if (const int index = controlIndexForTag(tag); index >= 0 && controlEntry(index).kind == WidgetKind::Selector)
         return selectPage(tag);
     pressButton(tag);
+}
+
+// A user who keeps the file keeps the star.
+void Q7Editor::setFavourite(bool on) {
+    menus_.setFavourite(on, [this](bool) {
+        if (view_ != nullptr) view_->redrawPart(WindowPart::Favourite);
+    });
 }
 
 void Q7Editor::selectPage(int tag) {
@@ -205,33 +207,30 @@ void Q7Editor::showLayer(int layer) {
     refreshAll();
 }
 
-void Q7Editor::toggleMultilayer() {
-    onShow_.multilayer = !onShow_.multilayer;
-    refreshAll();
-}
+void Q7Editor::toggleMultilayer() { rowChosen(tag::copyMenu, copy_row::multilayer); }
 
 // Everything shows another patch, layer or mode.
 void Q7Editor::refreshAll() {
     modulations_ = matrix_.updateKnobModulation();
     displays_.noteAll();
+    drawn_ = onShow_;
     if (view_ == nullptr) return;
     view_->showPages();
     view_->redrawAll();
 }
 
 void Q7Editor::pressButton(int tag) {
+    if (isSampleButton(tag)) {
+        if (isSampleEdit(tag)) return view_->openMenu(controlIndexForTag(tag));
+        return menus_.loadSample(oscillatorOfButton(tag));
+    }
     switch (tag) {
         case tag::previousPatch: return stepPatch(-1);
         case tag::nextPatch: return stepPatch(1);
         case tag::browser: return view_->toggleBrowser();
-        case tag::shop: return view_->openWebPage(web::home);
-        default: break;
+        case tag::shop: return menus_.visitShop();
+        default: return;
     }
-    if (!isSampleButton(tag)) return;
-    if (isSampleEdit(tag)) return view_->openMenu(controlIndexForTag(tag));
-    const int oscillator = oscillatorOfButton(tag);
-    samples_.loadSampleDialog(oscillator,
-                              [this, oscillator](bool) { displays_.wave[static_cast<std::size_t>(oscillator)] = true; });
 }
 
 // A bend of the whole range of its 14 bits, as from a keyboard.
@@ -245,7 +244,35 @@ void Q7Editor::rowChosen(int tag, int row) {
     if (parameterOfTag(tag) >= 0) return valueChanged(tag, listValue(row), true);
     if (tag == tag::editorMenu || tag == tag::zoomMenu) return chooseSize(row);
     if (tag == tag::helpMenu) return chooseHelp(row);
-    if (isSampleEdit(tag)) return editSample(oscillatorOfButton(tag), row);
+    chooseCommand(tag, row);
+    commandDone();
+}
+
+void Q7Editor::chooseCommand(int tag, int row) {
+    if (isSampleEdit(tag)) return menus_.editSample(oscillatorOfButton(tag), row);
+    if (isOneOf(tag, tag::waveMenu1, oscillatorCount)) return menus_.chooseWave(tag - tag::waveMenu1, row);
+    switch (tag) {
+        case tag::fileMenu: return menus_.file(row);
+        case tag::copyMenu: return menus_.copy(row);
+        case tag::pasteMenu: return menus_.paste(row);
+        case tag::initMenu:
+            menus_.init(row);
+            if (row == init_row::all) pages_.showFirstPages();
+            return;
+        case tag::categoryList: return menus_.browser().clickCategory(row);
+        case tag::patchList: return menus_.browser().clickPatch(row);
+        default: return;
+    }
+}
+
+// Of a command that asks, this is what it did before; idle time follows the rest.
+void Q7Editor::commandDone() {
+    if (view_ == nullptr) return;
+    instrument_.sampleLoader().currentLayer = onShow_.layer;
+    const bool wantsPatch = onShow_.loadTarget != 0 && onShow_.loadTarget != drawn_.loadTarget;
+    refreshAll();
+    followPatch();
+    if (wantsPatch) view_->openBrowser();
 }
 
 void Q7Editor::chooseSize(int row) {
@@ -260,46 +287,17 @@ void Q7Editor::chooseHelp(int row) {
     switch (row) {
         case help_row::tooltips: return toggleTooltips(dialogs_);
         case help_row::removeControllers: view_->showHint(learn_.removeAll()); return view_->redrawAll();
-        case help_row::home: return view_->openWebPage(web::home);
-        case help_row::downloadSounds: return view_->openWebPage(web::sounds);
         case help_row::credits: return view_->showCredits();
-        case help_row::tutorial: return view_->openWebPage(web::tutorial);
-        case help_row::manual: return view_->openWebPage(web::manual);
-        case help_row::version: return showVersion();
-        case help_row::updates: return view_->openWebPage(web::updates);
-        default: return;
+        default: return menus_.help(row);
     }
-}
-
-void Q7Editor::showVersion() {
-    dialogs_.question("Version info",
-                      std::string("This is Vantoric ") + versionText + ".\nDo you want to open the page with updates?",
-                      [this](bool yes) {
-                          if (yes && view_ != nullptr) view_->openWebPage(web::updates);
-                      });
-}
-
-void Q7Editor::editSample(int oscillator, int row) {
-    constexpr int undoRow = 0;  // may bring a sample back
-    if (row != undoRow && !instrument_.sampleEditor().hasSample(onShow_.layer, oscillator))
-        return dialogs_.message("Info", "You must load a sample before you can edit it.");
-    samples_.editSample(onShow_.layer, oscillator, row,
-                        [this, oscillator](bool) { displays_.wave[static_cast<std::size_t>(oscillator)] = true; });
 }
 
 // ---- patches ----------------------------------------------------------------------------------------------------
 
 void Q7Editor::stepPatch(int direction) {
-    if (library_.categoryNames().empty()) library_.scanCategories();
-    const bool isLoaded = direction > 0 ? library_.nextPatch() : library_.previousPatch();
-    if (isLoaded) refreshAll();
-    view_->showPatchName();
-}
-
-bool Q7Editor::loadListed(const std::string& category, const std::string& name) {
-    const bool isLoaded = instrument_.patchFiles().loadPatchFile(patchPath(category, name));
-    showMessages(instrument_.messages(), dialogs_);
-    return isLoaded;
+    if (menus_.library().categoryNames().empty()) menus_.library().scanCategories();
+    direction > 0 ? menus_.browser().clickNext() : menus_.browser().clickPrevious();
+    commandDone();
 }
 
 // ---- knobs and the matrix ---------------------------------------------------------------------------------------
@@ -368,6 +366,7 @@ void Q7Editor::dropSource(int source, float x, float y) {
 
 float Q7Editor::valueOf(int tag) const {
     if (tag == tag::pitchWheel) return pitchWheel_;
+    if (tag == tag::favourite) return menus_.isFavourite() ? 1.0f : 0.0f;
     if (parameterOfTag(tag) >= 0) return instrument_.parameters().getParameter(hostIndexOfTag(tag, onShow_.layer));
     return pages_.isSelected(tag) ? 1.0f : 0.0f;
 }
@@ -379,6 +378,7 @@ Q7Editor::EffectField Q7Editor::effectField(int tag) const {
 }
 
 std::string Q7Editor::textOf(const ControlEntry& entry) const {
+    if (isOneOf(entry.tag, tag::waveMenu1, oscillatorCount)) return menus_.shownWave(entry.tag - tag::waveMenu1);
     const int n = parameterOfTag(entry.tag);
     if (n < 0) return "";
     const float value = valueOf(entry.tag);
@@ -416,6 +416,16 @@ KnobState Q7Editor::knobState(const ControlEntry& entry) const {
             ccNumberOf(entry), modulation.modCount, modulation.modNames};
 }
 
+std::vector<std::string> Q7Editor::rowsOf(const ControlEntry& entry) const {
+    if (isOneOf(entry.tag, tag::waveMenu1, oscillatorCount)) return menus_.waveRows();
+    return {entry.labels.begin(), entry.labels.end()};
+}
+
+int Q7Editor::playingStep() const {
+    const HeardWhileWritten reading;
+    return instrument_.layer(onShow_.layer).arpeggiator().playingStep();
+}
+
 float Q7Editor::meter(int channel) const { return levelMeter(instrument_.peak(channel)); }
 
 // ---- idle time --------------------------------------------------------------------------------------------------
@@ -428,6 +438,8 @@ void Q7Editor::idle() {
         explicit Idling(bool& f) : flag(f) { flag = true; }
         ~Idling() { flag = false; }
     } idling(isIdling_);
+    followOnShow();
+    followPatch();
     followParameters();
     followWheels();
     followProgramChanges();
@@ -435,6 +447,21 @@ void Q7Editor::idle() {
     followLamps();
     isDisplayRound_ = !isDisplayRound_;
     if (isDisplayRound_) refreshDisplays();
+}
+
+// Commands that have asked something end when the user answers.
+void Q7Editor::followOnShow() {
+    if (onShow_.layer != drawn_.layer || onShow_.multilayer != drawn_.multilayer || onShow_.loadTarget != drawn_.loadTarget)
+        commandDone();
+}
+
+void Q7Editor::followPatch() {
+    menus_.patch().follow();
+    std::string name = patchName();
+    if (name == drawnName_ && menus_.patch().category() == drawnCategory_) return;
+    drawnName_ = std::move(name);
+    drawnCategory_ = menus_.patch().category();
+    view_->showPatchName();
 }
 
 void Q7Editor::followParameters() {

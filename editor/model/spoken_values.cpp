@@ -4,9 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "base/heard_while_written.h"
 #include "base/parameters.h"
-#include "library/category_hint.h"
 
 namespace vantoric {
 namespace {
@@ -54,19 +52,6 @@ bool isSilent(const Q7Editor& editor, const ControlEntry& entry) {
     if (entry.page != page::always && !isOn(editor.valueOf(parameter::Layer1On + editor.onShow().layer))) return true;
     const int oscillator = oscillatorOf(entry);
     return oscillator >= 0 && entry.kind != WidgetKind::Switch && !isOn(editor.valueOf(parameter::On1 + oscillator));
-}
-
-int playingStep(const Instrument& instrument, int layer) {
-    const HeardWhileWritten reading;
-    return instrument.layer(layer).arpeggiator().playingStep();
-}
-
-std::string patchName(Instrument& instrument) {
-    return instrument.program().getProgramName();
-}
-
-std::string restingHint(Q7Editor& editor) {
-    return categoryHint(editor.patches().selectedCategory(), editor.onShow().loadTarget).text;
 }
 
 }  // namespace vantoric

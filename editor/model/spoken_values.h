@@ -16,14 +16,4 @@ std::string spokenValue(const Q7Editor& editor, const ControlEntry& entry);
 // Whether the layer or oscillator that a control belongs to is switched off.
 bool isSilent(const Q7Editor& editor, const ControlEntry& entry);
 
-// The step of the layer's arpeggiator that plays, 0 to 15; -1 for none.
-int playingStep(const Instrument& instrument, int layer);
-
-// The name of the patch in force.
-std::string patchName(Instrument& instrument);
-
-// What the hint line says while nothing is under the pointer: how the category on show is played, or where the next patch
-// goes.
-std::string restingHint(Q7Editor& editor);
-
 }  // namespace vantoric

@@ -5,7 +5,6 @@
 #include <string>
 #include <utility>
 
-#include "base/version.h"
 #include "library/show_messages.h"
 
 namespace vantoric {
@@ -14,6 +13,7 @@ namespace {
 
 constexpr char effectName[] = "Vantoric";
 constexpr char vendor[] = "vantoric.example";
+constexpr std::int32_t vendorVersion = 3300;
 constexpr std::int32_t uniqueId = fourCharacters('Q', '7', 'D', 'I');
 constexpr std::intptr_t offlineLevel = 4;  // the host's answer while it renders to a file
 
@@ -45,7 +45,7 @@ void Q7Audio::describeToHost() {
     setNumInputs(0);
     setNumOutputs(2);
     setUniqueID(uniqueId);
-    setVersion(versionNumber);
+    setVersion(vendorVersion);
     canProcessReplacing();
     programsAreChunks();
     isSynth();
@@ -199,7 +199,7 @@ bool Q7Audio::getVendorString(char* text) {
     return true;
 }
 bool Q7Audio::getProductString(char* text) { return getEffectName(text); }
-std::int32_t Q7Audio::getVendorVersion() { return versionNumber; }
+std::int32_t Q7Audio::getVendorVersion() { return vendorVersion; }
 PlugCategory Q7Audio::getPlugCategory() { return categorySynth; }
 
 std::int32_t Q7Audio::canDo(const char* text) {

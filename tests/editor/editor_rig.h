@@ -15,10 +15,10 @@ namespace vantoric::test {
 struct NotedView : EditorView {
     std::vector<int> redrawn;  // rows of the table
     std::vector<WindowPart> parts;
-    std::vector<std::string> hints, pages;
+    std::vector<std::string> hints;
     std::vector<int> menus;
     std::vector<double> zooms;
-    int redrawnAll = 0, pagesShown = 0, rebuilt = 0, browsersToggled = 0, namesShown = 0, creditsShown = 0;
+    int redrawnAll = 0, pagesShown = 0, rebuilt = 0, browsersToggled = 0, browsersOpened = 0, namesShown = 0, creditsShown = 0;
     Screen primary{4000, 2300};
 
     void redrawControl(int index) override { redrawn.push_back(index); }
@@ -29,11 +29,11 @@ struct NotedView : EditorView {
     void setZoom(double zoom) override { zooms.push_back(zoom); }
     Screen screen() const override { return primary; }
     void toggleBrowser() override { ++browsersToggled; }
+    void openBrowser() override { ++browsersOpened; }
     void openMenu(int index) override { menus.push_back(index); }
     void showPatchName() override { ++namesShown; }
     void showHint(const std::string& text) override { hints.push_back(text); }
     void showCredits() override { ++creditsShown; }
-    void openWebPage(const char* address) override { pages.push_back(address); }
 
     // Whether the control of that name (the first of several) was told to redraw.
     bool hasRedrawn(const char* name) const {
@@ -45,7 +45,8 @@ struct NotedView : EditorView {
 
 struct EditorRig {
     // Parameters are 0 and the matrix is empty; layer 0 and the first pages show.
-    explicit EditorRig(const char* hostProduct = "") : editor(rig.audio, dialogs, hostProduct) {
+    explicit EditorRig(const char* hostProduct = "")
+        : editor(rig.audio, dialogs, hostProduct, [this](const std::string& address) { return pages.push_back(address), true; }) {
         rig.clearParameters();
         for (int layer = 0; layer < layerCount; ++layer)
             for (int i = 0; i < storedMatrixSlots; ++i) rig.set(par::MatVal1 + i, 0.5f, layer);
@@ -71,6 +72,7 @@ struct EditorRig {
     Instrument& audio = rig.audio;
     platform::RecordedDialogs dialogs;
     NotedView view;
+    std::vector<std::string> pages;  // of the web, that were opened
     Q7Editor editor;
 };
 

@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "editor/model/menu_rows.h"
-#include "editor/model/web_pages.h"
+#include "library/web_pages.h"
+#include "platform/files.h"
+#include "platform/module_folder.h"
 #include "tests/editor/editor_rig.h"
+#include "tests/samples/wave_maker.h"
 
 namespace vantoric {
 namespace {
@@ -264,17 +267,22 @@ TEST(Q7Editor, TheHelpMenuOpensPagesAndCredits) {
     for (const int row : {help_row::home, help_row::downloadSounds, help_row::tutorial, help_row::manual, help_row::updates})
         rig.editor.rowChosen(tag::helpMenu, row);
     rig.editor.rowChosen(tag::helpMenu, help_row::credits);
-    EXPECT_EQ(rig.view.pages, (std::vector<std::string>{web::home, web::sounds, web::tutorial, web::manual, web::updates}));
+    rig.editor.valueChanged(tag::shop, 1.0f, true);
+    std::vector<std::string> expected;
+    for (const WebPage page :
+         {WebPage::home, WebPage::sounds, WebPage::tutorial, WebPage::manual, WebPage::updates, WebPage::shop})
+        expected.push_back(addressOf(page));
+    EXPECT_EQ(rig.pages, expected);
     EXPECT_EQ(rig.view.creditsShown, 1);
 }
 
 TEST(Q7Editor, TheVersionLeadsToTheUpdatesOnlyAfterAYes) {
     EditorRig rig;
     rig.editor.rowChosen(tag::helpMenu, help_row::version);
-    EXPECT_TRUE(rig.view.pages.empty());
+    EXPECT_TRUE(rig.pages.empty());
     rig.dialogs.answerNext(true);
     rig.editor.rowChosen(tag::helpMenu, help_row::version);
-    EXPECT_EQ(rig.view.pages, std::vector<std::string>{web::updates});
+    EXPECT_EQ(rig.pages, std::vector<std::string>{addressOf(WebPage::updates)});
     ASSERT_EQ(rig.dialogs.boxes().size(), 2u);
     EXPECT_EQ(rig.dialogs.boxes()[0].title, "Version info");
 }
@@ -300,7 +308,109 @@ TEST(Q7Editor, AButtonActsWhenItIsLetGoOfAndOnlyOnce) {
     EXPECT_EQ(rig.view.browsersToggled, 1);
 }
 
+// ---- patches
+
+TEST(Q7Editor, TheMenusReachTheirCommands) {
+    EditorRig rig;
+    rig.rig.setList(par::MatSrc1, 3);
+    rig.editor.rowChosen(tag::initMenu, init_row::matrix);
+    EXPECT_EQ(rig.value(par::MatSrc1), 0.0f);
+    rig.editor.rowChosen(tag::pasteMenu, paste_row::completePatch);
+    ASSERT_EQ(rig.dialogs.boxes().size(), 1u);
+    EXPECT_EQ(rig.dialogs.boxes()[0].text, "You need to copy a patch before you can paste it.");
+    rig.editor.rowChosen(tag::fileMenu, file_row::downloadSounds);
+    EXPECT_EQ(rig.pages, std::vector<std::string>{addressOf(WebPage::sounds)});
+}
+
+TEST(Q7Editor, ANewPatchShowsItsNameAndTheFirstPages) {
+    EditorRig rig;
+    rig.editor.showLayer(2);
+    rig.editor.valueChanged(tag::lfoPage1 + 2, 1.0f, true);
+    rig.editor.rowChosen(tag::initMenu, init_row::all);
+    EXPECT_EQ(rig.editor.onShow().layer, 0);
+    EXPECT_TRUE(rig.editor.pages().isSelected(tag::lfoPage1));
+    EXPECT_TRUE(rig.editor.patchName().starts_with("Init ")) << rig.editor.patchName();
+    EXPECT_GT(rig.view.namesShown, 0);
+}
+
+TEST(Q7Editor, ALoadToALayerAsksForThePatchInTheBrowser) {
+    EditorRig rig;
+    rig.editor.rowChosen(tag::fileMenu, file_row::loadToLayer1 + 2);
+    EXPECT_EQ(rig.view.browsersOpened, 1);
+    EXPECT_EQ(rig.editor.restingHint(), "Load a patch to synthesizer layer 3");
+}
+
+TEST(Q7Editor, APatchThatTheHostLoadsIsNamed) {
+    EditorRig rig;
+    rig.editor.idle();
+    rig.view.forget();
+    rig.audio.program().setProgramName("Glass");
+    rig.editor.idle();
+    EXPECT_EQ(rig.editor.patchName(), "Glass");
+    EXPECT_EQ(rig.view.namesShown, 1);
+    rig.editor.idle();
+    EXPECT_EQ(rig.view.namesShown, 1) << "once is enough";
+}
+
+TEST(Q7Editor, AStarIsAFileAmongTheFavourites) {
+    EditorRig rig;
+    platform::makeFolder(folderOfPath(favouritePath("Star")));
+    rig.audio.program().setProgramName("Star");
+    EXPECT_EQ(rig.editor.valueOf(tag::favourite), 0.0f);
+    rig.editor.valueChanged(tag::favourite, 1.0f, true);
+    EXPECT_EQ(rig.editor.valueOf(tag::favourite), 1.0f);
+    EXPECT_TRUE(rig.view.hasRedrawn(WindowPart::Favourite));
+    rig.editor.valueChanged(tag::favourite, 0.0f, true);
+    EXPECT_EQ(rig.editor.valueOf(tag::favourite), 1.0f) << "the user said No";
+    rig.dialogs.answerNext(true);
+    rig.editor.valueChanged(tag::favourite, 0.0f, true);
+    EXPECT_EQ(rig.editor.valueOf(tag::favourite), 0.0f);
+}
+
+TEST(Q7Editor, TheWaveMenusRowsAreThoseOfTheFolder) {
+    EditorRig rig;
+    platform::makeFolder(platform::wavetableFolder());
+    test::WaveMaker maker;
+    const auto file = maker.putFrames(600, [](int i) { return 300 * (i % 60); }).file();
+    platform::writeFile(platform::wavetableFolder() + "Vowel.wav", file.data(), file.size());
+    const ControlEntry& menu = controlEntry(controlIndexForTag(tag::waveMenu1));
+    const std::vector<std::string> rows = rig.editor.rowsOf(menu);
+    ASSERT_EQ(rows.size(), 5u);
+    EXPECT_EQ(rows[4], "Vowel");
+    EXPECT_EQ(rig.editor.textOf(menu), "");
+    rig.editor.rowChosen(tag::waveMenu1, 4);
+    EXPECT_EQ(rig.editor.textOf(menu), "Vowel");
+    platform::removeFile(platform::wavetableFolder() + "Vowel.wav");
+}
+
+TEST(Q7Editor, RowsOfAFixedListAreItsLabels) {
+    EditorRig rig;
+    EXPECT_EQ(rig.editor.rowsOf(entryOf("QUALITY")), (std::vector<std::string>{"Low CPU", "High quality", "Crossblend PW"}));
+}
+
 // ---- idle time
+
+TEST(Q7Editor, TheStepOfTheArpeggiatorIsSeenWhileItPlays) {
+    EditorRig rig;
+    rig.rig.plainLayer();
+    EXPECT_EQ(rig.editor.playingStep(), -1);
+    rig.rig.setList(par::ArpType, 2);
+    rig.rig.setList(par::ArpSpeed, 4);
+    rig.rig.setList(par::ArpRetri, 1);
+    rig.rig.block(480);
+    rig.rig.send({{0x90, 60, 100}});
+    std::vector<int> steps;
+    for (int i = 0; i < 400; ++i) {
+        rig.rig.block(480);
+        if (const int step = rig.editor.playingStep(); steps.empty() || steps.back() != step) steps.push_back(step);
+    }
+    ASSERT_GE(steps.size(), 3u);
+    EXPECT_EQ(steps[0], 0);
+    EXPECT_EQ(steps[1], 1);
+    rig.rig.send({{0x80, 60, 0}});
+    rig.rig.block(960);
+    EXPECT_EQ(rig.editor.playingStep(), -1);
+}
 
 TEST(Q7Editor, IdleTimeFollowsWhatTheHostChanges) {
     EditorRig rig;
