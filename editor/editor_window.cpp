@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "editor/gui_module.h"
-#include "platform/dialogs.h"
 #include "platform/module_folder.h"
 #include "vstgui/lib/platform/iplatformframe.h"
 #include "vstgui/lib/platform/platformfactory.h"
@@ -19,7 +18,7 @@ constexpr std::uint64_t roundMilliseconds = 50;  // of the editor's own idle rou
 }  // namespace
 
 EditorWindow::EditorWindow(Instrument& instrument, const std::string& hostProduct)
-    : instrument_(instrument), editor_(instrument, platform::desktopDialogs(), hostProduct) {
+    : instrument_(instrument), editor_(instrument, dialogs_, hostProduct) {
     GuiModule::shared().enter(platform::dataFolder());
     editor_.loadSize(screen());
 }
@@ -43,6 +42,7 @@ bool EditorWindow::open(std::uintptr_t parent) {
     if (isOpen() || parent == 0 || !GuiModule::shared().connect()) return false;
     parent_ = parent;
     if (!buildFrame()) return false;
+    dialogs_.setHost(content_.get());
     editor_.open(*this);
     return true;
 }
@@ -87,7 +87,8 @@ void EditorWindow::takeFrameDown() {
 void EditorWindow::close() {
     if (!isOpen()) return;
     later_.clear();
-    editor_.close(0);
+    editor_.close(dialogs_.openCount());
+    dialogs_.setHost(nullptr);
     takeFrameDown();
 }
 
@@ -95,8 +96,11 @@ void EditorWindow::rebuild() {
     runLater([this] {
         const Size wanted = size();
         if (HostPort* host = instrument_.hostPort()) host->sizeWanted(wanted.width, wanted.height);
+        dialogs_.leaveHost();
         takeFrameDown();
-        if (buildFrame()) editor_.open(*this);
+        if (!buildFrame()) return dialogs_.setHost(nullptr);
+        dialogs_.moveTo(*content_);
+        editor_.open(*this);
     });
 }
 
@@ -109,6 +113,7 @@ bool EditorWindow::beforeSizeChange(const CRect& newSize, const CRect&) {
 }
 
 void EditorWindow::toggleBrowser() {}
+void EditorWindow::openBrowser() {}
 void EditorWindow::showCredits() {}
 
 void EditorWindow::idle() {
@@ -118,6 +123,7 @@ void EditorWindow::idle() {
     GuiModule::shared().loop()->service();
     const auto jobs = std::exchange(later_, {});
     for (const auto& job : jobs) job();
+    if (isOpen()) dialogs_.poll();
     const std::uint64_t now = VSTGUI::getPlatformFactory().getTicks();
     if (isOpen() && now - lastRound_ >= roundMilliseconds) {
         lastRound_ = now;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "editor/frame_dialogs.h"
 #include "editor/holder_window.h"
 #include "editor/model/q7editor.h"
 #include "editor/window_content.h"
@@ -49,6 +50,7 @@ private:
     void setZoom(double zoom) override;
     Screen screen() const override;
     void toggleBrowser() override;
+    void openBrowser() override;
     void openMenu(int index) override { content_->openMenu(index); }
     void showPatchName() override { content_->redrawPart(WindowPart::PatchList); }
     void showHint(const std::string& text) override { content_->showHint(text); }
@@ -63,6 +65,7 @@ private:
     void runLater(std::function<void()> job) { later_.push_back(std::move(job)); }
 
     Instrument& instrument_;
+    FrameDialogs dialogs_;
     Q7Editor editor_;
     std::uintptr_t parent_ = 0;
     std::unique_ptr<HolderWindow> holder_;
