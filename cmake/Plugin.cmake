@@ -13,7 +13,8 @@ function(vantoric_plugin target)
     target_link_libraries(${target} PRIVATE room_${used})
   endforeach()
   set(map ${PROJECT_SOURCE_DIR}/cmake/plugin.map)
-  target_link_options(${target} PRIVATE -Wl,-Bsymbolic -Wl,-z,defs -Wl,--version-script=${map})
+  target_link_options(${target} PRIVATE -Wl,-Bsymbolic -Wl,-z,defs -Wl,--gc-sections -Wl,--as-needed
+    -Wl,--exclude-libs,ALL -Wl,--version-script=${map})
   set_target_properties(${target} PROPERTIES PREFIX "" SUFFIX ".so" OUTPUT_NAME ${plugin_OUTPUT_NAME}
     LINK_DEPENDS ${map} LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 endfunction()

@@ -42,7 +42,7 @@ vantoric::MouseButton buttonOf(const VSTGUI::MouseEventButtonState& state) {
 
 CRect viewOf(const ControlEntry& entry) {
     const KnobMeasures& m = knobMeasures(entry.kind);
-    const double side = entry.kind == WidgetKind::Knob ? 26 : 32;
+    const double side = entry.kind == WidgetKind::Knob ? 30 : 34;  // with room for a caption beside it
     return {entry.x - side, entry.y - m.bandOuter - 2, entry.x + side, entry.y + m.captionLine + 4};
 }
 

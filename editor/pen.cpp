@@ -40,11 +40,18 @@ std::string validText(const std::string& text) {
     return result;
 }
 
-// The font would make an arrow of these two; a joiner of no width keeps them apart.
+// Letters stand as they are: the font would make an arrow of "->" and a sign of the x in "1200 x 660". A joiner of no width
+// keeps them apart.
 std::string drawnText(const std::string& text) {
-    std::string result = validText(text);
-    for (std::size_t at = result.find("->"); at != std::string::npos; at = result.find("->", at + 4))
-        result.insert(at + 1, "\u200c");
+    const std::string valid = validText(text);
+    std::string result;
+    for (std::size_t i = 0; i < valid.size(); ++i) {
+        const bool isArrow = valid[i] == '>' && i > 0 && valid[i - 1] == '-';
+        const bool isTimes = valid[i] == 'x' && i > 0 && i + 1 < valid.size() && valid[i - 1] == ' ' && valid[i + 1] == ' ';
+        if (isArrow || isTimes) result += "\u2060";
+        result += valid[i];
+        if (isTimes) result += "\u2060";
+    }
     return result;
 }
 
@@ -138,8 +145,9 @@ void Pen::verticalGradient(double x, double y, double w, double h, const Corners
 }
 
 void Pen::dot(double x, double y, double r, const Color& fillColor) {
-    context_.setFillColor(fillColor);
-    context_.drawEllipse(around(x, y, r), VSTGUI::kDrawFilled);
+    const Path path = newPath();
+    path->addEllipse(around(x, y, r));  // the context's own ellipse comes out of the wrong size
+    fill(path, fillColor);
 }
 
 void Pen::verticalGradientDot(double x, double y, double r, const Color& top, const Color& bottom) {

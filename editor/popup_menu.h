@@ -34,6 +34,7 @@ public:
     PopupMenu(const VSTGUI::CRect& area, const VSTGUI::CRect& anchor, std::vector<MenuRow> rows, Chosen chosen,
               std::function<void()> closed);
 
+    void setClosed(std::function<void()> closed) { closed_ = std::move(closed); }
     void onKey(VSTGUI::KeyboardEvent& event) override;
     void dismiss() override;
 

@@ -11,8 +11,9 @@
 #include "editor/backdrop.h"
 #include "editor/band_views.h"
 #include "editor/control_views.h"
+#include "editor/display_views.h"
 #include "editor/drag_area.h"
-#include "editor/model/control_values.h"
+#include "editor/layer_view.h"
 #include "editor/model/q7editor.h"
 #include "editor/overlay.h"
 #include "editor/popup_menu.h"
@@ -20,25 +21,17 @@
 
 namespace vantoric {
 
-// The parts beside the table that every size has; null where a size leaves them out.
-struct BandParts {
-    PatchLine* patchLine = nullptr;
-    FavouriteView* favourite = nullptr;
-    WheelView* pitchWheel = nullptr;
-    WheelView* modWheel = nullptr;
-    MeterView* meter = nullptr;
-    HintLine* hintLine = nullptr;
-};
-
 // On the thread of the window. Listens to all views, hands on to the editor what a hand does, and shows what the editor has.
-class WindowContent final : public ControlListener, public DepthListener, public DragListener {
+class WindowContent final : public LayerHost, private ControlListener, private DepthListener, private DragListener {
 public:
-    // Adds its views to `root`, which owns them and must outlive it. `width` and `height` in window units: what is beyond is
-    // left out.
+    // Adds its views to `root`, which owns them and must outlive it. `width` and `height` in window units: what stands beyond
+    // is left out.
     WindowContent(VSTGUI::CViewContainer& root, double width, double height, Q7Editor& editor, Instrument& instrument);
-    ~WindowContent() override;
+    ~WindowContent();
+    WindowContent(const WindowContent&) = delete;
+    WindowContent& operator=(const WindowContent&) = delete;
 
-    // ---- what the editor says
+    // ---- what the editor says; see EditorView
 
     void redrawControl(int index);
     void redrawPart(WindowPart part);
@@ -46,26 +39,40 @@ public:
     void showPages();
     void showHint(const std::string& text);
     void openMenu(int index);
-    // Lamps, meters, displays, what plays: at each round of the window's timer, `round` counting on.
-    void follow(unsigned round);
+    // Lamps, meters, displays, hints: at each round of the window's timer.
+    void follow();
 
-    // A key while the window has them; true if it was used.
-    bool onKey(VSTGUI::KeyboardEvent& event);
-    // Whether keys belong to the window at present: something is open or has the focus.
-    bool wantsKeys() const;
+    // ---- keys
 
-    // ---- what a hand does
+    // A key that came while the window has the keys; consumed if it was used.
+    void onKey(VSTGUI::KeyboardEvent& event);
+    // Whether keys belong to the window at present: something is open, or a control has the focus by keyboard.
+    bool wantsKeys() const { return !layers_.empty() || focused_ != nullptr; }
+
+    // ---- layers
+
+    void openLayer(LayerView* view) override;
+    void closeLayer(LayerView& view) override;
+    VSTGUI::CRect layerArea() const override { return area_; }
+    // Takes away what is open, as Escape does.
+    void dismissLayers();
+    bool hasLayers() const { return !layers_.empty(); }
+
+    ControlViews& views() { return views_; }
+
+private:
+    enum DragAreaIndex { envelopeArea, lfoArea, wheelArea };
 
     void valueChanged(VSTGUI::CControl* control) override;
     void controlBeginEdit(VSTGUI::CControl* control) override;
     void controlEndEdit(VSTGUI::CControl* control) override;
-    void controlHovered(ControlFace& control, bool isHovered) override;
-    void controlMenuWanted(ControlFace& control) override;
-    void controlListWanted(ControlFace& control) override;
-    void controlResetWanted(ControlFace& control) override;
-    void controlTypingWanted(ControlFace& control) override;
-    void controlPressed(ControlFace& control, VSTGUI::Modifiers modifiers) override;
-    void controlStepped(ControlFace& control, int direction) override;
+    void controlHovered(ControlFace& face, bool isHovered) override;
+    void controlMenuWanted(ControlFace& face) override;
+    void controlListWanted(ControlFace& face) override;
+    void controlResetWanted(ControlFace& face) override;
+    void controlTypingWanted(ControlFace& face) override;
+    void controlPressed(ControlFace& face, VSTGUI::Modifiers modifiers) override;
+    void controlStepped(ControlFace& face, int direction) override;
     void depthDragBegan(ControlFace& knob) override;
     void depthDragged(ControlFace& knob, float amount) override;
     void depthDragEnded(ControlFace& knob) override;
@@ -75,45 +82,59 @@ public:
     void dragEnded(int area, VSTGUI::CPoint where) override;
     void dragCancelled(int area) override;
 
-    ControlViews& views() { return views_; }
-    PopupMenu* popup() const { return popup_; }
-
-private:
-    void addBand(double width);
-    void addDragAreas(double height);
+    void addBand();
+    void addDragAreas();
     void refresh(ControlFace& face);
-    void refreshModulations();
+    void refreshKnob(MYCKnob& knob);
     void refreshBackdrop();
-    void refreshDisplays();
     void refreshPatchLine();
-    void showStrip(MYCKnob* knob);
-    void updateHint();
+    void followLamps();
+    void followTooltip();
+
+    ControlFace* faceOf(VSTGUI::CControl* control) const;
+    void touch(ControlFace* face);
+    void showStrip();
+    void showHelp(ControlFace* face);
     std::vector<MenuRow> rowsOf(const ControlEntry& entry) const;
+    std::vector<MenuRow> knobRows(const ControlEntry& entry) const;
     void openPopup(const VSTGUI::CRect& anchor, std::vector<MenuRow> rows, PopupMenu::Chosen chosen, ControlFace* opener);
-    void closePopup();
-    std::vector<MenuRow> knobRows(ControlFace& face) const;
-    void setDimmed(bool isDimmed, const Color& source);
-    ControlFace* targetAt(VSTGUI::CPoint where);
+    void openCategories();
+    void openPatches();
+    void setFocus(ControlFace* face);
+    void moveFocus(int direction);
+    void onFocusedKey(VSTGUI::KeyboardEvent& event);
+    void nudge(ControlFace& face, float step);
+    void setByKey(ControlFace& face, float value);
+    void markTargets(const std::optional<Color>& ring, int nearest);
+    Color dragColor(int area) const;
 
     VSTGUI::CViewContainer& root_;
     VSTGUI::CRect area_;
     Q7Editor& editor_;
     Instrument& instrument_;
-    ControlValues values_;
     Backdrop* backdrop_;
     ControlViews views_;
-    BandParts band_;
+    PatchLine* patchLine_ = nullptr;
+    FavouriteView* favourite_ = nullptr;
+    WheelView* pitchWheel_ = nullptr;
+    WheelView* modWheel_ = nullptr;
+    MeterView* meter_ = nullptr;
+    HintLine* hintLine_ = nullptr;
     std::array<MYDragArea*, 3> dragAreas_{};
-    Overlay* overlay_;
-    PopupMenu* popup_ = nullptr;
+    Overlay* overlay_ = nullptr;
+    std::unique_ptr<DisplayViews> displays_;
+    std::vector<LayerView*> layers_;
     ControlFace* opener_ = nullptr;
+
+    unsigned round_ = 0;
     ControlFace* hovered_ = nullptr;
-    unsigned hoveredSince_ = 0, round_ = 0;
-    bool isTooltipShown_ = false;
-    MYCKnob* touched_ = nullptr;
+    unsigned hoveredSince_ = 0;
+    bool showsTooltips_;
+    ControlFace* touched_ = nullptr;
     unsigned touchedUntil_ = 0;
-    std::string news_;
     unsigned newsUntil_ = 0;
+    ControlFace* focused_ = nullptr;
+    int dragSource_ = 0;
 };
 
 }  // namespace vantoric

@@ -139,6 +139,7 @@ public:
     MidiIntake& midi() { return midi_; }
     ControllerMap& controllerMap() { return controllerMap_; }
     Layer& layer(int index) { return *layers_[index]; }
+    const Layer& layer(int index) const { return *layers_[index]; }
     Multieffect& masterEffect() { return master_; }
     RandomSources& random() { return random_; }
     int instanceNumber() const { return membership_.number(); }

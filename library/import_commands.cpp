@@ -10,25 +10,40 @@ bool ImportCommands::told(bool result) {
     return result;
 }
 
+template <class Import>
+bool ImportCommands::run(const std::string& path, Import&& import) {
+    bool isDone = false;
+    {
+        const CommandLog::Running running(log_, "Import '" + patchNameOfPath(path) + "'");
+        isDone = import();
+    }
+    return told(isDone);
+}
+
 void ImportCommands::importSample(Done done) {
     if (!platform::exists(QuickImport::sampleTemplate())) return done(false);
-    chooser_.ask([this, done = std::move(done)](const auto& path) { done(path && told(quick_.importSample(*path))); });
+    chooser_.ask([this, done = std::move(done)](const auto& path) {
+        done(path && run(*path, [&] { return quick_.importSample(*path); }));
+    });
 }
 
 void ImportCommands::importVocoder(Done done) {
     if (!platform::exists(QuickImport::vocoderTemplate())) return done(false);
     dialogs_.message("Hint", "Now select a speech sample or a drumline...");
-    chooser_.ask([this, done = std::move(done)](const auto& path) { done(path && told(quick_.importVocoder(*path))); });
+    chooser_.ask([this, done = std::move(done)](const auto& path) {
+        done(path && run(*path, [&] { return quick_.importVocoder(*path); }));
+    });
 }
 
 void ImportCommands::importSfz(const std::string& path, Done done) {
     std::optional<SfzFile> file = sfz_.readSfz(path);
     if (!file) return done(told(false));
-    if (file->groups <= 1) return done(told(sfz_.importSfz(path, *file, SfzGroups::onlyFirst)));
+    if (file->groups <= 1) return done(run(path, [&] { return sfz_.importSfz(path, *file, SfzGroups::onlyFirst); }));
     dialogs_.question("Warning",
                       "This *.sfz file is not supported and contains more than one <group>. Should all groups be merged?",
                       [this, path, file = std::move(*file), done = std::move(done)](bool isMerged) {
-                          done(told(sfz_.importSfz(path, file, isMerged ? SfzGroups::merged : SfzGroups::onlyFirst)));
+                          const SfzGroups groups = isMerged ? SfzGroups::merged : SfzGroups::onlyFirst;
+                          done(run(path, [&] { return sfz_.importSfz(path, file, groups); }));
                       });
 }
 

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "library/command_log.h"
 #include "library/done.h"
 #include "library/wave_chooser.h"
 #include "loading/quick_import.h"
@@ -15,8 +16,9 @@ namespace vantoric {
 // user leaves ends with the patch that was there before; nothing changes before the last answer. Outlives its questions.
 class ImportCommands {
 public:
-    ImportCommands(QuickImport& quick, SfzImport& sfz, WaveChooser& chooser, Messages& messages, platform::Dialogs& dialogs)
-        : quick_(quick), sfz_(sfz), chooser_(chooser), messages_(messages), dialogs_(dialogs) {}
+    ImportCommands(QuickImport& quick, SfzImport& sfz, WaveChooser& chooser, Messages& messages, platform::Dialogs& dialogs,
+                   CommandLog& log)
+        : quick_(quick), sfz_(sfz), chooser_(chooser), messages_(messages), dialogs_(dialogs), log_(log) {}
 
     // Lets the user choose a wave file and makes a patch of it, see QuickImport. False if the template is missing, nothing
     // was chosen, or the file was refused.
@@ -30,6 +32,9 @@ public:
     void importSfzDialog(Done done);
 
 private:
+    // Runs one of the importers on a file as a command, and tells.
+    template <class Import>
+    bool run(const std::string& path, Import&& import);
     bool told(bool result);
 
     QuickImport& quick_;
@@ -37,6 +42,7 @@ private:
     WaveChooser& chooser_;
     Messages& messages_;
     platform::Dialogs& dialogs_;
+    CommandLog& log_;
 };
 
 }  // namespace vantoric

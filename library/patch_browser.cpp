@@ -29,8 +29,11 @@ const Ratings& PatchBrowser::ratings() {
 
 void PatchBrowser::clickCategory(int row) {
     if (!isRow(row, library_.categoryNames().size())) return;
-    library_.select({row, 0});
-    library_.loadSelectedPatch();
+    constexpr int beforeFirst = -1;
+    // A load target waits for the patch that the user means: a category on the way there loads nothing.
+    const bool isOnTheWay = onShow_.loadTarget != 0;
+    library_.select({row, isOnTheWay ? beforeFirst : 0});
+    if (!isOnTheWay) library_.loadSelectedPatch();
 }
 
 void PatchBrowser::clickPatch(int row) {

@@ -18,7 +18,7 @@ public:
     // The browser is shown: reads the stars of the listed category.
     void open();
 
-    // A click on a category: lists it and loads its first patch, if it has one.
+    // A click on a category: lists it and loads its first patch, if it has one. While a load target is set, it only lists.
     void clickCategory(int row);
     // A click on a patch: loads it, to the layer that is the load target if one is set.
     void clickPatch(int row);

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "library/command_log.h"
 #include "library/done.h"
 #include "patch/patch_file.h"
 #include "platform/dialogs.h"
@@ -12,17 +13,22 @@ namespace vantoric {
 // On the thread of the window. Every command shows what there is to tell at its end. Outlives its questions.
 class PatchCommands {
 public:
-    PatchCommands(PatchFiles& files, Messages& messages, platform::Dialogs& dialogs)
-        : files_(files), messages_(messages), dialogs_(dialogs) {}
+    PatchCommands(PatchFiles& files, Messages& messages, platform::Dialogs& dialogs, CommandLog& log)
+        : files_(files), messages_(messages), dialogs_(dialogs), log_(log) {}
 
-    // "Load patch": asks for a file, from the sounds folder on until one was chosen, and loads it. True if one was chosen;
-    // the caller then lets the browser follow the patch name.
-    void loadPatch(Done done);
-    // "Save patch as...": asks for a path, from the folder of the last such save on, names the patch after it, saves.
-    void savePatchAs(Done done);
+    // "Load patch": asks for a file, from the sounds folder on until one was chosen, and loads it. Ends with its path; with
+    // nothing, and the patch as it was, if none was chosen or it could not be loaded.
+    void loadPatch(platform::OnPath done);
+    // "Save patch as...": asks for a path, names the patch after it, saves. Ends with the path; with nothing if none was
+    // chosen or it could not be written.
+    void savePatchAs(platform::OnPath done);
+    // The question alone: from the folder of the last path so chosen on.
+    void askSavePath(platform::OnPath then);
+    // Loads a file whose path is known. False, with the patch as it was, if that failed.
+    bool loadPatchFile(const std::string& path);
     // "Quick save patch", see PatchFiles.
     bool quickSavePatch(const std::string& category, const std::string& name);
-    // "Delete Patch": asks, then removes the file. True if it is gone; the caller then rebuilds its lists.
+    // "Delete Patch": asks, then removes the file. Ends with true if it is gone; the caller then rebuilds its lists.
     void deletePatch(const std::string& category, const std::string& name, Done done);
 
 private:
@@ -31,8 +37,9 @@ private:
     PatchFiles& files_;
     Messages& messages_;
     platform::Dialogs& dialogs_;
+    CommandLog& log_;
     bool loadedBefore_ = false;
-    std::string saveFolder_;  // of the last "Save patch as..."
+    std::string saveFolder_;  // of the last path to save to
 };
 
 }  // namespace vantoric

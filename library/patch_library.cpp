@@ -121,6 +121,11 @@ void PatchLibrary::select(PatchSelection selection) {
 
 void PatchLibrary::selectPatch(int patch) { selection_ = {listed_, patch}; }
 
+void PatchLibrary::selectPatch(const std::string& name) {
+    const auto found = std::find(patches_.begin(), patches_.end(), name);
+    selectPatch(found != patches_.end() ? static_cast<int>(found - patches_.begin()) : 0);
+}
+
 bool PatchLibrary::isCustom(int category) const {
     return !isPlace(category, categories_.size()) || static_cast<std::size_t>(category) + 1 == categories_.size();
 }

@@ -20,7 +20,7 @@ protected:
 // The name of the category after all others: it stands for patches that are in no list.
 inline constexpr char customCategory[] = "Custom";
 
-// A place in the lists; -2: none.
+// A place in the lists; -2: none. A patch of -1 stands before the first.
 struct PatchSelection {
     static constexpr int none = -2;
     int category = none, patch = none;
@@ -62,8 +62,9 @@ public:
     unsigned patchScans() const { return scans_; }
     // Selects places, in or beyond the lists, and lists the category's patches.
     void select(PatchSelection selection);
-    // Selects a patch of the listed category.
+    // Selects a patch of the listed category, by its place or its name (its first one if there is none of the name).
     void selectPatch(int patch);
+    void selectPatch(const std::string& name);
     // The patch in force is in no list.
     void selectNone() { selection_ = {}; }
 

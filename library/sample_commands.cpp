@@ -10,13 +10,25 @@ bool SampleCommands::told(bool result) {
     return result;
 }
 
+template <class Act>
+bool SampleCommands::run(const std::string& name, Act&& act) {
+    bool isDone = false;
+    {
+        const CommandLog::Running running(log_, name);
+        isDone = act();
+    }
+    return told(isDone);
+}
+
 void SampleCommands::loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped, Done done) {
     layer = layerOf(layer);
-    if (!told(loader_.loadSample(layer, oscillator, path, false, Refusal::leavesEarlier))) return done(false);
+    const bool isLoaded = run("Load sample '" + patchNameOfPath(path) + "'",
+                              [&] { return loader_.loadSample(layer, oscillator, path, false, Refusal::leavesEarlier); });
+    if (!isLoaded) return done(false);
     dialogs_.question(
         "Autotune", wasDropped ? "Autotune the sample?" : "Should the sample be tuned automatically (YES) or be tuned to C (NO)?",
         [this, layer, oscillator, done = std::move(done)](bool tune) {
-            if (tune) loader_.autotune(layer, oscillator);
+            if (tune) run("Autotune", [&] { return loader_.autotune(layer, oscillator), true; });
             done(told(true));
         });
 }
@@ -29,7 +41,10 @@ void SampleCommands::loadSampleDialog(int oscillator, Done done) {
 
 void SampleCommands::editSample(int layer, int oscillator, int command, Done done) {
     layer = layerOf(layer);
-    if (command != exportCommand) return done(told(editor_.editSample(layer, oscillator, command)));
+    if (command < 0 || command >= editCommandCount) return done(false);
+    if (command != exportCommand)
+        return done(run(editCommands[static_cast<std::size_t>(command)].label,
+                        [&] { return editor_.editSample(layer, oscillator, command); }));
     if (!editor_.hasSample(layer, oscillator)) return done(told(false));
     platform::askFilePath(dialogs_, "", true, platform::FileKind::Wave,
                           [this, layer, oscillator, done = std::move(done)](const auto& path) {
@@ -38,10 +53,14 @@ void SampleCommands::editSample(int layer, int oscillator, int command, Done don
                           });
 }
 
+bool SampleCommands::resynthesize(int layer, int oscillator, const std::string& path) {
+    return run("Load wave '" + patchNameOfPath(path) + "'", [&] { return customWaves_.resynthesize(layer, oscillator, path); });
+}
+
 void SampleCommands::resynthesizeDialog(int layer, int oscillator, Done done) {
     platform::askFilePath(dialogs_, platform::wavetableFolder(), false, platform::FileKind::Wave,
                           [this, layer = layerOf(layer), oscillator, done = std::move(done)](const auto& path) {
-                              done(path && told(customWaves_.resynthesize(layer, oscillator, *path)));
+                              done(path && resynthesize(layer, oscillator, *path));
                           });
 }
 

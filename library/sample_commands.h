@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "library/command_log.h"
 #include "library/done.h"
 #include "library/wave_chooser.h"
 #include "loading/custom_wave_loader.h"
@@ -18,13 +19,14 @@ namespace vantoric {
 class SampleCommands {
 public:
     SampleCommands(SampleLoader& loader, SampleEditor& editor, CustomWaveLoader& customWaves, WaveChooser& chooser,
-                   Messages& messages, platform::Dialogs& dialogs)
+                   Messages& messages, platform::Dialogs& dialogs, CommandLog& log)
         : loader_(loader),
           editor_(editor),
           customWaves_(customWaves),
           chooser_(chooser),
           messages_(messages),
-          dialogs_(dialogs) {}
+          dialogs_(dialogs),
+          log_(log) {}
 
     // Loads a file that the user chose in a dialog or dropped, and asks whether it is to be tuned. False, with the earlier
     // sample in its place, if it was refused.
@@ -37,6 +39,8 @@ public:
     // if the patch is another.
     void editSample(int layer, int oscillator, int command, Done done);
 
+    // Makes the custom wave of a file. False, with the wave as it was, if it was refused.
+    bool resynthesize(int layer, int oscillator, const std::string& path);
     // Lets the user choose a file, from the folder of cycles on, and makes the custom wave of it. False if none was chosen or
     // it was refused.
     void resynthesizeDialog(int layer, int oscillator, Done done);
@@ -45,6 +49,9 @@ public:
 
 private:
     bool told(bool result);
+    // Runs a part that changes the patch as a command, and tells.
+    template <class Act>
+    bool run(const std::string& name, Act&& act);
     int layerOf(int layer) const { return layer == -1 ? loader_.currentLayer : layer; }
 
     SampleLoader& loader_;
@@ -53,6 +60,7 @@ private:
     WaveChooser& chooser_;
     Messages& messages_;
     platform::Dialogs& dialogs_;
+    CommandLog& log_;
 };
 
 }  // namespace vantoric

@@ -85,6 +85,7 @@ bool PatchFiles::loadPatchFile(const std::string& path) try {
 // No save comes between the patch and its name.
 bool PatchFiles::load(const std::string& path) {
     std::vector<std::uint8_t> file;
+    tell(FileAction::read, path);
     if (!platform::readFile(path, file)) {
         host_.setBusy(false);
         return false;
@@ -114,18 +115,25 @@ bool PatchFiles::savePatchFile(const std::string& path) try { return save(path);
     return false;
 }
 
-// The header and the chunk hold the same name; the file is written while others may go on.
+bool PatchFiles::saveChunk(const std::string& path, const ChunkBytes& chunk) try { return write(path, chunk); } catch (...) {
+    messages_.post("Error", "Memory allocation error on saving");
+    return false;
+}
+
 bool PatchFiles::save(const std::string& path) {
+    const ChunkBytes chunk = chunk_.getChunk();
+    return chunk.data && write(path, chunk);
+}
+
+// The header and the chunk hold the same name; the file is written while others may go on.
+bool PatchFiles::write(const std::string& path, const ChunkBytes& chunk) {
+    const char* const name = reinterpret_cast<const char*>(chunk.data.get()) + chunk::nameOffset;
+    const PatchHeader header = makePatchHeader({name, strnlen(name, chunk::nameWritten)}, chunk.size);
     std::vector<std::uint8_t> file;
-    {
-        const ChunkBytes chunk = chunk_.getChunk();
-        if (!chunk.data) return false;
-        const char* const name = reinterpret_cast<const char*>(chunk.data.get()) + chunk::nameOffset;
-        const PatchHeader header = makePatchHeader({name, strnlen(name, chunk::nameWritten)}, chunk.size);
-        file.reserve(header.size() + static_cast<std::size_t>(chunk.size));
-        file.assign(header.begin(), header.end());
-        file.insert(file.end(), chunk.data.get(), chunk.data.get() + chunk.size);
-    }
+    file.reserve(header.size() + static_cast<std::size_t>(chunk.size));
+    file.assign(header.begin(), header.end());
+    file.insert(file.end(), chunk.data.get(), chunk.data.get() + chunk.size);
+    tell(FileAction::write, path);
     if (platform::writeFile(path, file.data(), file.size())) return true;
     messages_.post(path, "File write error. File is write protected, opened by another application or the path does not exist.");
     return false;
@@ -148,9 +156,16 @@ bool PatchFiles::quickSavePatch(const std::string& category, const std::string& 
 }
 
 bool PatchFiles::deletePatch(const std::string& category, const std::string& name) {
-    if (platform::removeFile(patchPath(category, name))) return true;
+    const std::string path = patchPath(category, name);
+    tell(FileAction::remove, path);
+    if (platform::removeFile(path)) return true;
     messages_.post("Error", "Could not delete this file. Please check if it is write protected.");
     return false;
+}
+
+void PatchFiles::removeTemporary(const std::string& path) {
+    tell(FileAction::remove, path);
+    platform::removeFile(path);
 }
 
 bool PatchFiles::addToFavourites() { return savePatchFile(favouritePath(program_.getProgramName())); }

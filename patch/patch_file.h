@@ -37,6 +37,18 @@ std::string patchPath(const std::string& category, const std::string& name);
 std::string favouritePath(const std::string& name);
 std::string welcomePatchPath();
 
+// What happens to a patch file.
+enum class FileAction { read, write, remove };
+
+// Hears of every patch file that is read, written or removed, before it is tried. On the thread of the call.
+class PatchFileListener {
+public:
+    virtual void patchFile(FileAction action, const std::string& path) = 0;
+
+protected:
+    ~PatchFileListener() = default;
+};
+
 // Loads, saves and removes patch files. Nothing is asked here; what there is to tell goes to the messages. Any thread but
 // the audio thread. Loading and saving to a path throw nothing, the others at most std::bad_alloc.
 class PatchFiles {
@@ -52,6 +64,8 @@ public:
     // Saves the patch in force under its own name. False, with a message, if the file cannot be written or
     // memory is short.
     bool savePatchFile(const std::string& path);
+    // The same with the bytes of a patch that were taken before; there are some.
+    bool saveChunk(const std::string& path, const ChunkBytes& chunk);
 
     // "Save patch as..." to a path that was chosen: names the patch after it, saves.
     bool savePatchAs(const std::string& path);
@@ -62,16 +76,27 @@ public:
     bool deletePatch(const std::string& category, const std::string& name);
     // Saves the patch in force among the favourites.
     bool addToFavourites();
+    // Removes a file that a command put down for a while. In silence.
+    void removeTemporary(const std::string& path);
+
+    // Null for none. While nobody loads or saves.
+    void setListener(PatchFileListener* listener) { listener_ = listener; }
+    PatchFileListener* listener() const { return listener_; }
 
 private:
     bool load(const std::string& path);
     bool isLoadable(const std::string& path, std::span<const std::uint8_t> file);
     bool save(const std::string& path);
+    bool write(const std::string& path, const ChunkBytes& chunk);
+    void tell(FileAction action, const std::string& path) {
+        if (listener_ != nullptr) listener_->patchFile(action, path);
+    }
 
     PatchChunk& chunk_;
     ProgramSlot& program_;
     PatchHost& host_;
     Messages& messages_;
+    PatchFileListener* listener_ = nullptr;
 };
 
 }  // namespace vantoric

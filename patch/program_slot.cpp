@@ -23,14 +23,17 @@ bool ProgramSlot::getProgramNameIndexed(int, int index, std::string& text) const
     return true;
 }
 
-std::string nextInitName(LinearCongruence& seed) {
+std::string nextPatchName(const std::string& kind, LinearCongruence& seed) {
     const int number = static_cast<int>(static_cast<float>(seed.next()) * 0.000000023067f);
-    return "Init " + std::to_string(number);
+    return kind + " " + std::to_string(number);
 }
 
-std::string nextInitName() {
+std::string nextInitName(LinearCongruence& seed) { return nextPatchName("Init", seed); }
+std::string nextInitName() { return nextInitName(patchNameSeed()); }
+
+LinearCongruence& patchNameSeed() {
     static LinearCongruence seed;
-    return nextInitName(seed);
+    return seed;
 }
 
 }  // namespace vantoric

@@ -34,9 +34,13 @@ private:
     std::string name_ = "000";
 };
 
-// The name of a patch after "Reset all": "Init" and a number of at most two digits. Steps `seed`; the
-// second form uses the seed of the process, so that the name changes each time. Editor thread.
+// The name of a new patch of a kind: "Init" or a template's name, and a number of at most two digits. Steps `seed`.
+std::string nextPatchName(const std::string& kind, LinearCongruence& seed);
+// The name of a patch after "Reset all"; the second form uses the seed of the process, so that the name changes each time.
+// Editor thread.
 std::string nextInitName(LinearCongruence& seed);
 std::string nextInitName();
+// The seed of the process. Editor thread.
+LinearCongruence& patchNameSeed();
 
 }  // namespace vantoric

@@ -43,6 +43,9 @@ public:
     // Whether it has keys to play, held or remembered.
     bool hasKeys() const { return heldKeys_.any() || sequenceKeys_.any(); }
 
+    // The step that plays, 0 to 15; -1 while none does. Of interest to a window; any thread.
+    int playingStep() const { return active_ && !ended_ && sequenceKeys_.any() ? lastStep_ : -1; }
+
     // Pitch factor of a glide step for all oscillators of the layer's voices.
     float slideFactor() const { return slideFactor_; }
 

@@ -43,7 +43,7 @@ SampleBench::SampleBench(Patch& patch, platform::Dialogs& dialogs)
       files_(chunk_.chunk(), chunk_.program(), chunk_, messages_),
       quick_(files_, chunk_.program(), patch.parameters, loader_, chunk_.access(), messages_),
       chooser_(dialogs),
-      imports_(quick_, sfz_, chooser_, messages_, dialogs) {}
+      imports_(quick_, sfz_, chooser_, messages_, dialogs, log_) {}
 
 bool SampleBench::told(bool result) {
     showMessages(messages_, dialogs_);

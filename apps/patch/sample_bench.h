@@ -72,6 +72,7 @@ private:
     PatchFiles files_;
     QuickImport quick_;
     WaveChooser chooser_;
+    CommandLog log_;
     ImportCommands imports_;
 };
 

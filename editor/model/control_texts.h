@@ -20,10 +20,10 @@ inline constexpr ColourWord hintOutline = 0xff282828, mappedOutline = 0xff0000aa
 
 // What there is to say of a knob that is touched.
 struct KnobState {
-    std::string name, valueText, unit;
+    std::string name, valueText = {}, unit = {};
     int ccNumber = MidiLearn::noController;
-    int modCount = 0;      // slots of the matrix that move it
-    std::string modNames;  // the first one's source
+    int modCount = 0;           // slots of the matrix that move it
+    std::string modNames = {};  // the first one's source
 };
 
 // The lines of the strip over a knob, one or two, the upper one first.

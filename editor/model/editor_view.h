@@ -13,7 +13,7 @@ class EditorView {
 public:
     // The value, text or state of the control of that row of the table may be another.
     virtual void redrawControl(int index) = 0;
-    // The same for a part beside the table.
+    // The same for a part beside the table. PatchList: the name of the patch or its place in the lists.
     virtual void redrawPart(WindowPart part) = 0;
     // The same for everything.
     virtual void redrawAll() = 0;
@@ -27,14 +27,13 @@ public:
     // The primary screen, as far as it is known.
     virtual Screen screen() const = 0;
 
-    // Opens the browser of patches, or closes it.
+    // Opens the browser of patches, or closes it; the second leaves an open one open.
     virtual void toggleBrowser() = 0;
+    virtual void openBrowser() = 0;
     // Opens the menu of a control, by the row of the table.
     virtual void openMenu(int index) = 0;
     virtual void showHint(const std::string& text) = 0;
     virtual void showCredits() = 0;
-    // Opens a page in the user's browser; nothing happens where that cannot be done.
-    virtual void openWebPage(const char* address) = 0;
 
 protected:
     ~EditorView() = default;

@@ -6,14 +6,12 @@
 #include "base/heard_while_written.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
-#include "base/version.h"
 #include "editor/model/indicators.h"
 #include "editor/model/menu_rows.h"
-#include "editor/model/program_steps.h"
-#include "editor/model/web_pages.h"
 #include "editor/model/window_files.h"
 #include "effects/effect_texts.h"
 #include "effects/type_table.h"
+#include "library/program_steps.h"
 #include "parameters/parameter_table.h"
 
 namespace vantoric {
@@ -42,9 +40,8 @@ const EffectSlot* slotOfType(int number) {
 }
 
 const EffectSlot* slotOfField(int number) {
-    const auto* found = std::find_if(std::begin(effectSlots), std::end(effectSlots), [=](const EffectSlot& s) {
-        return number >= s.first && number < s.first + effectValues;
-    });
+    const auto* found = std::find_if(std::begin(effectSlots), std::end(effectSlots),
+                                     [=](const EffectSlot& s) { return number >= s.first && number < s.first + effectValues; });
     return found == std::end(effectSlots) ? nullptr : found;
 }
 
@@ -65,7 +62,7 @@ bool isOn(float value) { return value > 0.5f; }
 
 }  // namespace
 
-Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::string_view hostProduct)
+Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::string_view hostProduct, PageOpener openPage)
     : instrument_(instrument),
       dialogs_(dialogs),
       edits_(instrument),
@@ -75,9 +72,7 @@ Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::stri
       learn_(instrument),
       knobs_(edits_, onShow_, matrix_, learn_),
       modulations_(matrix_.updateKnobModulation()),
-      chooser_(dialogs),
-      samples_(instrument.sampleLoader(), instrument.sampleEditor(), instrument.customWaveLoader(), chooser_,
-               instrument.messages(), dialogs),
+      menus_(instrument, onShow_, dialogs, std::move(openPage)),
       parameterNews_(instrument.parameters().changes()),
       programNews_(instrument.programChanges()) {}
 
@@ -86,6 +81,8 @@ Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::stri
 void Q7Editor::open(EditorView& view) {
     view_ = &view;
     parameterNews_.take();
+    // Program changes that came without a window have been followed by others.
+    if (const std::optional<int> number = programNews_.take()) lastProgram_ = *number;
     refreshAll();
 }
 
@@ -158,15 +155,18 @@ void Q7Editor::loadEffectDefaults(int number) {
 // The value of a parameter that the window shows has changed, whoever changed it.
 void Q7Editor::parameterShown(int number) {
     displays_.noteParameter(number);
-    if (isOneOf(number, par::MatSrc1, 3 * storedMatrixSlots)) {
-        modulations_ = matrix_.updateKnobModulation();
-        return view_->redrawAll();
-    }
+    if (isOneOf(number, par::MatSrc1, 3 * storedMatrixSlots)) showModulations();
     if (isOneOf(number, par::SynType1, oscillatorCount)) view_->showPages();
     if (const EffectSlot* slot = slotOfType(number); slot != nullptr)
         for (int i = 0; i < effectValues; ++i) redrawParameter(slot->first + i);
     if (isOneOf(number, par::LfoMode1, 3)) redrawParameter(par::LfoSpd1 + number - par::LfoMode1);
     redrawParameter(number);
+}
+
+void Q7Editor::showModulations() {
+    modulations_ = matrix_.updateKnobModulation();
+    for (int i = 0; i < controlCount(); ++i)
+        if (isKnob(controlEntry(i))) view_->redrawControl(i);
 }
 
 void Q7Editor::redrawParameter(int number) {
@@ -182,10 +182,18 @@ void Q7Editor::valueChanged(int tag, float value, bool leftButton) {
     wakeLayer(tag, leftButton);
     if (parameterOfTag(tag) >= 0) return setParameter(tag, value);
     if (tag == tag::pitchWheel) return turnPitchWheel(value);
+    if (tag == tag::favourite) return setFavourite(isOn(value));
     if (!isOn(value)) return;
     if (const int index = controlIndexForTag(tag); index >= 0 && controlEntry(index).kind == WidgetKind::Selector)
         return selectPage(tag);
     pressButton(tag);
+}
+
+// A user who keeps the file keeps the star.
+void Q7Editor::setFavourite(bool on) {
+    menus_.setFavourite(on, [this](bool) {
+        if (view_ != nullptr) view_->redrawPart(WindowPart::Favourite);
+    });
 }
 
 void Q7Editor::selectPage(int tag) {
@@ -201,32 +209,30 @@ void Q7Editor::showLayer(int layer) {
     refreshAll();
 }
 
-void Q7Editor::toggleMultilayer() {
-    onShow_.multilayer = !onShow_.multilayer;
-    refreshAll();
-}
+void Q7Editor::toggleMultilayer() { rowChosen(tag::copyMenu, copy_row::multilayer); }
 
 // Everything shows another patch, layer or mode.
 void Q7Editor::refreshAll() {
     modulations_ = matrix_.updateKnobModulation();
     displays_.noteAll();
+    drawn_ = onShow_;
     if (view_ == nullptr) return;
     view_->showPages();
     view_->redrawAll();
 }
 
 void Q7Editor::pressButton(int tag) {
-    switch (tag) {
-        case tag::browser: return view_->toggleBrowser();
-        case tag::shop: return view_->openWebPage(web::home);
-        default: break;
+    if (isSampleButton(tag)) {
+        if (isSampleEdit(tag)) return view_->openMenu(controlIndexForTag(tag));
+        return menus_.loadSample(oscillatorOfButton(tag));
     }
-    if (!isSampleButton(tag)) return;
-    if (isSampleEdit(tag)) return view_->openMenu(controlIndexForTag(tag));
-    const int oscillator = oscillatorOfButton(tag);
-    samples_.loadSampleDialog(oscillator, [this, oscillator](bool) {
-        displays_.wave[static_cast<std::size_t>(oscillator)] = true;
-    });
+    switch (tag) {
+        case tag::previousPatch: return stepPatch(-1);
+        case tag::nextPatch: return stepPatch(1);
+        case tag::browser: return view_->toggleBrowser();
+        case tag::shop: return menus_.visitShop();
+        default: return;
+    }
 }
 
 // A bend of the whole range of its 14 bits, as from a keyboard.
@@ -240,7 +246,35 @@ void Q7Editor::rowChosen(int tag, int row) {
     if (parameterOfTag(tag) >= 0) return valueChanged(tag, listValue(row), true);
     if (tag == tag::editorMenu || tag == tag::zoomMenu) return chooseSize(row);
     if (tag == tag::helpMenu) return chooseHelp(row);
-    if (isSampleEdit(tag)) return editSample(oscillatorOfButton(tag), row);
+    chooseCommand(tag, row);
+    commandDone();
+}
+
+void Q7Editor::chooseCommand(int tag, int row) {
+    if (isSampleEdit(tag)) return menus_.editSample(oscillatorOfButton(tag), row);
+    if (isOneOf(tag, tag::waveMenu1, oscillatorCount)) return menus_.chooseWave(tag - tag::waveMenu1, row);
+    switch (tag) {
+        case tag::fileMenu: return menus_.file(row);
+        case tag::copyMenu: return menus_.copy(row);
+        case tag::pasteMenu: return menus_.paste(row);
+        case tag::initMenu:
+            menus_.init(row);
+            if (row == init_row::all) pages_.showFirstPages();
+            return;
+        case tag::categoryList: return menus_.browser().clickCategory(row);
+        case tag::patchList: return menus_.browser().clickPatch(row);
+        default: return;
+    }
+}
+
+// Of a command that asks, this is what it did before; idle time follows the rest.
+void Q7Editor::commandDone() {
+    if (view_ == nullptr) return;
+    instrument_.sampleLoader().currentLayer = onShow_.layer;
+    const bool wantsPatch = onShow_.loadTarget != 0 && onShow_.loadTarget != drawn_.loadTarget;
+    refreshAll();
+    followPatch();
+    if (wantsPatch) view_->openBrowser();
 }
 
 void Q7Editor::chooseSize(int row) {
@@ -254,32 +288,18 @@ void Q7Editor::chooseSize(int row) {
 void Q7Editor::chooseHelp(int row) {
     switch (row) {
         case help_row::tooltips: return toggleTooltips(dialogs_);
-        case help_row::removeControllers:
-            view_->showHint(learn_.removeAll());
-            return view_->redrawAll();
-        case help_row::home: return view_->openWebPage(web::home);
-        case help_row::downloadSounds: return view_->openWebPage(web::sounds);
+        case help_row::removeControllers: view_->showHint(learn_.removeAll()); return view_->redrawAll();
         case help_row::credits: return view_->showCredits();
-        case help_row::tutorial: return view_->openWebPage(web::tutorial);
-        case help_row::manual: return view_->openWebPage(web::manual);
-        case help_row::version: return showVersion();
-        case help_row::updates: return view_->openWebPage(web::updates);
-        default: return;
+        default: return menus_.help(row);
     }
 }
 
-void Q7Editor::showVersion() {
-    dialogs_.question("Version info",
-                      std::string("This is Vantoric ") + versionText + ".\nDo you want to open the page with updates?",
-                      [this](bool yes) {
-                          if (yes && view_ != nullptr) view_->openWebPage(web::updates);
-                      });
-}
+// ---- patches ----------------------------------------------------------------------------------------------------
 
-void Q7Editor::editSample(int oscillator, int row) {
-    samples_.editSample(onShow_.layer, oscillator, row, [this, oscillator](bool) {
-        displays_.wave[static_cast<std::size_t>(oscillator)] = true;
-    });
+void Q7Editor::stepPatch(int direction) {
+    if (menus_.library().categoryNames().empty()) menus_.library().scanCategories();
+    direction > 0 ? menus_.browser().clickNext() : menus_.browser().clickPrevious();
+    commandDone();
 }
 
 // ---- knobs and the matrix ---------------------------------------------------------------------------------------
@@ -313,7 +333,7 @@ void Q7Editor::beginDepth(int tag) {
 void Q7Editor::dragDepth(float amount) {
     if (view_ == nullptr) return;
     matrix_.dragDepth(amount);
-    refreshAll();
+    showModulations();
 }
 
 void Q7Editor::endDepth() { matrix_.endDepth(); }
@@ -348,6 +368,7 @@ void Q7Editor::dropSource(int source, float x, float y) {
 
 float Q7Editor::valueOf(int tag) const {
     if (tag == tag::pitchWheel) return pitchWheel_;
+    if (tag == tag::favourite) return menus_.isFavourite() ? 1.0f : 0.0f;
     if (parameterOfTag(tag) >= 0) return instrument_.parameters().getParameter(hostIndexOfTag(tag, onShow_.layer));
     return pages_.isSelected(tag) ? 1.0f : 0.0f;
 }
@@ -359,6 +380,7 @@ Q7Editor::EffectField Q7Editor::effectField(int tag) const {
 }
 
 std::string Q7Editor::textOf(const ControlEntry& entry) const {
+    if (isOneOf(entry.tag, tag::waveMenu1, oscillatorCount)) return menus_.shownWave(entry.tag - tag::waveMenu1);
     const int n = parameterOfTag(entry.tag);
     if (n < 0) return "";
     const float value = valueOf(entry.tag);
@@ -389,11 +411,21 @@ int Q7Editor::ccNumberOf(const ControlEntry& entry) const {
 
 KnobState Q7Editor::knobState(const ControlEntry& entry) const {
     const int n = parameterOfTag(entry.tag);
-    if (n < 0) return {entry.name, "", ""};
+    if (n < 0) return {.name = entry.name};
     const int mode = isOneOf(n, par::LfoSpd1, 3) ? listIndex(valueOf(par::LfoMode1 + n - par::LfoSpd1)) : 0;
     const KnobModulation modulation = modulationOf(entry);
-    return {entry.name,         textOf(entry),         isKnob(entry) ? parameterUnit(n, mode) : "",
+    return {entry.name,        textOf(entry),       isKnob(entry) ? parameterUnit(n, mode) : "",
             ccNumberOf(entry), modulation.modCount, modulation.modNames};
+}
+
+std::vector<std::string> Q7Editor::rowsOf(const ControlEntry& entry) const {
+    if (isOneOf(entry.tag, tag::waveMenu1, oscillatorCount)) return menus_.waveRows();
+    return {entry.labels.begin(), entry.labels.end()};
+}
+
+int Q7Editor::playingStep() const {
+    const HeardWhileWritten reading;
+    return instrument_.layer(onShow_.layer).arpeggiator().playingStep();
 }
 
 float Q7Editor::meter(int channel) const { return levelMeter(instrument_.peak(channel)); }
@@ -403,7 +435,13 @@ float Q7Editor::meter(int channel) const { return levelMeter(instrument_.peak(ch
 void Q7Editor::idle() {
     const EngineFlags& flags = instrument_.flags();
     if (isIdling_ || view_ == nullptr || flags.editorClosing.isSet() || flags.engineLocked.isSet()) return;
-    isIdling_ = true;
+    const struct Idling {
+        bool& flag;
+        explicit Idling(bool& f) : flag(f) { flag = true; }
+        ~Idling() { flag = false; }
+    } idling(isIdling_);
+    followOnShow();
+    followPatch();
     followParameters();
     followWheels();
     followProgramChanges();
@@ -411,7 +449,21 @@ void Q7Editor::idle() {
     followLamps();
     isDisplayRound_ = !isDisplayRound_;
     if (isDisplayRound_) refreshDisplays();
-    isIdling_ = false;
+}
+
+// Commands that have asked something end when the user answers.
+void Q7Editor::followOnShow() {
+    if (onShow_.layer != drawn_.layer || onShow_.multilayer != drawn_.multilayer || onShow_.loadTarget != drawn_.loadTarget)
+        commandDone();
+}
+
+void Q7Editor::followPatch() {
+    menus_.patch().follow();
+    std::string name = patchName();
+    if (name == drawnName_ && menus_.patch().category() == drawnCategory_) return;
+    drawnName_ = std::move(name);
+    drawnCategory_ = menus_.patch().category();
+    view_->redrawPart(WindowPart::PatchList);
 }
 
 void Q7Editor::followParameters() {
@@ -432,6 +484,14 @@ void Q7Editor::followWheels() {
     if (position == pitchWheel_) return;
     pitchWheel_ = position;
     view_->redrawPart(WindowPart::PitchWheel);
+}
+
+void Q7Editor::followProgramChanges() {
+    const std::optional<int> number = programNews_.take();
+    if (!number) return;
+    const int direction = programStep(lastProgram_, *number);
+    lastProgram_ = *number;
+    stepPatch(direction);
 }
 
 void Q7Editor::followControllers() {

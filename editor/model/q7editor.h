@@ -18,9 +18,9 @@
 #include "editor/model/pages.h"
 #include "editor/model/window_size.h"
 #include "engine/instrument.h"
+#include "library/menu_commands.h"
 #include "library/on_show.h"
 #include "library/parameter_edits.h"
-#include "library/sample_commands.h"
 #include "platform/dialogs.h"
 
 namespace vantoric {
@@ -29,7 +29,8 @@ namespace vantoric {
 // the dialogs outlive it. Layers, oscillators, filters and tabs count from 0. Tags are those of the table.
 class Q7Editor {
 public:
-    Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::string_view hostProduct);
+    // `openPage`: empty for the desktop's opener.
+    Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::string_view hostProduct, PageOpener openPage = {});
     Q7Editor(const Q7Editor&) = delete;
     Q7Editor& operator=(const Q7Editor&) = delete;
 
@@ -95,6 +96,20 @@ public:
     const WindowSize& size() const { return size_; }
     DisplayFlags& displayFlags() { return displays_; }
     ParameterEdits& edits() { return edits_; }
+    // The number of the last program change that made a step; 0 before the first.
+    int lastProgram() const { return lastProgram_; }
+    // The lists of patches, and where in them the patch in force is; the browser over them; and all commands.
+    PatchLibrary& patches() { return menus_.library(); }
+    PatchBrowser& browser() { return menus_.browser(); }
+    MenuCommands& commands() { return menus_; }
+    // The name of the patch in force.
+    std::string patchName() { return menus_.patch().name(); }
+    // What the hint line says while nothing is pointed at.
+    std::string restingHint() { return menus_.browser().hint().text; }
+    // The step that the arpeggiator of the layer on show plays, 0 to 15; -1: none.
+    int playingStep() const;
+    // The rows of the menu or list of a control, "-" for separators.
+    std::vector<std::string> rowsOf(const ControlEntry& entry) const;
 
     // Shows a layer, 0 to 3.
     void showLayer(int layer);
@@ -113,19 +128,24 @@ private:
     void setParameter(int tag, float value);
     void loadEffectDefaults(int number);
     void turnPitchWheel(float position);
+    void setFavourite(bool on);
     void selectPage(int tag);
     void pressButton(int tag);
     void chooseSize(int row);
     void chooseHelp(int row);
-    void showVersion();
-    void editSample(int oscillator, int row);
+    void chooseCommand(int tag, int row);
+    void commandDone();
     void refreshAll();
     void parameterShown(int number);
     void redrawParameter(int number);
 
+    void showModulations();
+    void stepPatch(int direction);
     void showMatrixPage(const std::optional<int>& page);
     void finish(const KnobCommandResult& result);
 
+    void followOnShow();
+    void followPatch();
     void followParameters();
     void followControllers();
     void followProgramChanges();
@@ -144,13 +164,14 @@ private:
     MidiLearn learn_;
     KnobCommands knobs_;
     KnobModulations modulations_;
+    MenuCommands menus_;
     DisplayFlags displays_;
-    WaveChooser chooser_;
-    SampleCommands samples_;
 
     std::vector<Gesture> gestures_;
     ParameterChanges::Reader parameterNews_;
     ProgramChanges::Reader programNews_;
+    OnShow drawn_;  // as the view shows it
+    std::string drawnName_, drawnCategory_;
     int lastProgram_ = 0;
     float pitchWheel_ = 0.5f;
     std::array<int, layerCount> lamps_{};

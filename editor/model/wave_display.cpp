@@ -68,12 +68,14 @@ WaveDisplay::Shown WaveDisplay::look(int layer, float position, const DisplayLay
     Layer& played = instrument_.layer(layer);
     Shown shown{.layer = layer, .synType = listOf(layer, par::SynType1), .layout = layout};
     shown.wave = listOf(layer, waveParameter(shown.synType));
-    position_ = position;
     if (shown.synType == wavetableType || shown.synType == hypersawType) {
         const BankWave* const wave = played.waves().wave(shown.wave, shown.synType == hypersawType);
         const int frames = wave != nullptr ? wave->frames : 1;
         shown.frame = wavePosition(frames, position).frame;
         shown.table = wave != nullptr ? wave->samples + cycleOffset(frames, shown.frame, 0) : nullptr;
+        if (wave == nullptr) shown.position = position;
+    } else if (shown.synType == noiseType) {
+        shown.position = position;
     } else if (shown.synType == customWaveType) {
         shown.generation = played.customWave(oscillator_).generation();
         shown.table = played.customWave(oscillator_).samples();
@@ -91,6 +93,7 @@ WaveDisplay::Shown WaveDisplay::look(int layer, float position, const DisplayLay
 }
 
 void WaveDisplay::takeMarkers(const Shown& shown) {
+    lacksSample_ = shown.synType == sampleType && shown.length == 0;
     markers_.showMarkers = shown.synType == sampleType && shown.length > 0;
     if (!markers_.showMarkers || markers_.isDragging() || markers_.markersMoved) return;
     const auto part = [&](std::int32_t place) { return clampUnit(static_cast<float>(place) / static_cast<float>(shown.length)); };
@@ -137,12 +140,12 @@ void WaveDisplay::drawKernel(const Shown& shown, int cycles) {
         const OscillatorSetup setup{.synType = shown.synType, .ssWave = shown.wave, .noiWave = shown.wave};
         const WaveStore& waves = instrument_.layer(shown.layer).waves();
         prepareOscillator(state_, setup, waves);
-        setupFirstTickPhases(state_, 0.0f, position_, shown.wave, shown.synType, 0, random_.congruence);
+        setupFirstTickPhases(state_, 0.0f, shown.position, shown.wave, shown.synType, 0, random_.congruence);
     }
     const double d = static_cast<double>(cycles) / cycleSamples;
     state_.increment = increment24(d);
-    state_.scanIncrement = scanIncrement(d, position_);
-    setPosition(state_, position_);
+    state_.scanIncrement = scanIncrement(d, shown.position);
+    setPosition(state_, shown.position);
     const Kernel kernel = chooseKernel({.synType = shown.synType, .ssWave = shown.wave, .noiWave = shown.wave}, sampleKernels);
     const KernelContext context{engine_, instrument_.layer(shown.layer).waves(), random_, nullptr};
     CustomCycle out{};

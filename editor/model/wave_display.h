@@ -28,6 +28,9 @@ public:
     // Two traces: the wave over the middle line, or the highest and the lowest of a sample.
     const DisplayTraces& traces() const { return traces_; }
 
+    // Whether the oscillator plays a sample and has none.
+    bool lacksSample() const { return lacksSample_; }
+
     SampleMarkers& markers() { return markers_; }
     const SampleMarkers& markers() const { return markers_; }
     // In idle time: where a drag of the markers has ended, the sample's loop and its start point go there. True if they did.
@@ -41,6 +44,7 @@ private:
         int wave = 0;                         // list index of the type's own list
         int frame = 0;                        // of a table
         const std::int16_t* table = nullptr;  // of a bank or a sample; to tell it from another
+        float position = 0.0f;                // `Pw`, of a stack that has no table
         unsigned generation = 0;              // of a custom wave
         std::int32_t length = 0, loopStart = 0, loopEnd = 0;
         float playStart = 0.0f;
@@ -61,12 +65,12 @@ private:
     std::optional<Shown> drawn_;
     DisplayTraces traces_;
     SampleMarkers markers_;
+    bool lacksSample_ = false;
 
     // What kernels without a table are run with.
     OscillatorState state_;
     EngineState engine_;
     RandomSources random_;
-    float position_ = 0.0f;
 };
 
 }  // namespace vantoric

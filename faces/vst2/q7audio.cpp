@@ -29,11 +29,13 @@ bool canParameterBeAutomated(std::int32_t index, const char* hostProduct) {
 Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs) : AudioEffectX(host, 1, parameterCount), dialogs_(dialogs) {
     describeToHost();
     instrument_.setHostPort(this);
+    programLoader_.emplace(instrument_, dialogs_);
     showMessages();
 }
 
 Q7Audio::~Q7Audio() {
     setEditor(nullptr);
+    programLoader_.reset();
     instrument_.setHostPort(nullptr);
 }
 

@@ -2,11 +2,13 @@
 // to the host. Nothing else happens here.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "engine/host_port.h"
 #include "engine/instrument.h"
 #include "faces/vst2/audio_effect.h"
+#include "library/program_loader.h"
 #include "platform/dialogs.h"
 
 namespace vantoric {
@@ -58,6 +60,8 @@ public:
     bool setProcessPrecision(std::int32_t precision) override;
 
     Instrument& instrument() { return instrument_; }
+    // Loads the patches of program changes while no window is open; a window tells it.
+    ProgramLoader& programLoader() { return *programLoader_; }
 
 private:
     void editBegun(int index) override;
@@ -73,7 +77,8 @@ private:
 
     platform::Dialogs& dialogs_;
     Instrument instrument_;
-    std::string nameTold_;  // of the MIDI program, when the host last asked whether it changed
+    std::optional<ProgramLoader> programLoader_;  // stands while the host port does
+    std::string nameTold_;                        // of the MIDI program, when the host last asked whether it changed
 };
 
 }  // namespace vantoric

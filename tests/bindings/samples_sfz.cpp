@@ -96,7 +96,8 @@ Outcome importCase(const Case& c) {
     PatchFiles files(chunk, bench.program, bench.host, bench.messages);
     QuickImport quick(files, bench.program, bench.parameters, loader, bench.access, bench.messages);
     WaveChooser chooser(bench.dialogs);
-    ImportCommands commands(quick, import, chooser, bench.messages, bench.dialogs);
+    CommandLog log;
+    ImportCommands commands(quick, import, chooser, bench.messages, bench.dialogs, log);
     const bool merge = c.input.value("merge_groups", false);
     bench.dialogs.answerNext(merge);
     bool returns = false;

@@ -35,10 +35,11 @@ struct LibraryBench {
     Instrument& audio = rig.audio;
     platform::ScratchFolder folder;
     platform::RecordedDialogs dialogs;
+    CommandLog log;
     WaveChooser chooser{dialogs};
     SampleCommands samples{
-        audio.sampleLoader(), audio.sampleEditor(), audio.customWaveLoader(), chooser, audio.messages(), dialogs};
-    ImportCommands imports{audio.quickImport(), audio.sfzImport(), chooser, audio.messages(), dialogs};
+        audio.sampleLoader(), audio.sampleEditor(), audio.customWaveLoader(), chooser, audio.messages(), dialogs, log};
+    ImportCommands imports{audio.quickImport(), audio.sfzImport(), chooser, audio.messages(), dialogs, log};
 };
 
 }  // namespace vantoric::test

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,9 @@ struct LibraryOnDisk : ListedPatchLoader {
         for (const std::string& patch : patches) putText(category + "/" + patch + ".fxp", "");
     }
     void putText(const std::string& path, const std::string& text) {
-        EXPECT_TRUE(platform::writeFile(platform::soundsFolder() + path, text.data(), text.size()));
+        std::ofstream file(platform::soundsFolder() + path, std::ios::binary);
+        file << text;
+        EXPECT_TRUE(file.good());
     }
     void vanish(const std::string& category) { std::filesystem::remove_all(platform::soundsFolder() + category); }
     int place(const std::string& category) const {

@@ -92,6 +92,15 @@ TEST_F(Browser, TheHintTellsTheLayerThatIsLoadedNext) {
     EXPECT_EQ(categoryHint("Bass", 5).kind, HintKind::knownCategory) << "there are four layers";
 }
 
+TEST_F(Browser, ACategoryOnTheWayToALayersPatchLoadsNothing) {
+    onShow.loadTarget = 2;
+    browser.clickCategory(0);
+    EXPECT_TRUE(loads.empty());
+    EXPECT_EQ(library.patchNames().size(), 3u);
+    browser.clickNext();
+    EXPECT_EQ(loads, Names{"Bass/acid"}) << "the first one comes next";
+}
+
 TEST_F(Browser, ClickingThePresentPatchLoadsItAgain) {
     browser.clickPatch(1);
     browser.clickPatch(1);

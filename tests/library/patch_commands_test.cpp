@@ -25,23 +25,29 @@ struct PatchMenu : ::testing::Test, PatchBench {
     }
     ~PatchMenu() override { platform::setDataFolder(""); }
 
-    template <class Command, class... Given>
-    bool run(Command command, Given... given) {
-        return test::ended(commands, command, given...);
+    // The path that a command ends with; "none" for none.
+    std::string path(void (PatchCommands::*command)(platform::OnPath)) {
+        std::string path = "no end";
+        (commands.*command)([&](const auto& chosen) { path = chosen.value_or("none"); });
+        return path;
+    }
+    bool deletePatch(const std::string& category, const std::string& name) {
+        return test::ended(commands, &PatchCommands::deletePatch, category, name);
     }
 
     platform::ScratchFolder folder;
     platform::RecordedDialogs dialogs;
-    PatchCommands commands{*files, messages, dialogs};
+    CommandLog log;
+    PatchCommands commands{*files, messages, dialogs, log};
     const std::string deep = folder / "Vantoric_sounds/Bass/deep.fxp";
 };
 
 TEST_F(PatchMenu, LoadStartsInTheSoundsFolderUntilAFileWasChosen) {
-    EXPECT_FALSE(run(&PatchCommands::loadPatch)) << "the user goes back";
+    EXPECT_EQ(path(&PatchCommands::loadPatch), "none") << "the user goes back";
     dialogs.choosePathNext(deep);
-    EXPECT_TRUE(run(&PatchCommands::loadPatch));
+    EXPECT_EQ(path(&PatchCommands::loadPatch), deep);
     EXPECT_EQ(program.getProgramName(), "deep");
-    EXPECT_FALSE(run(&PatchCommands::loadPatch));
+    EXPECT_EQ(path(&PatchCommands::loadPatch), "none");
     const auto requests = dialogs.requests();
     ASSERT_EQ(requests.size(), 3u);
     EXPECT_EQ(requests[0].startFolder, platform::soundsFolder());
@@ -53,7 +59,7 @@ TEST_F(PatchMenu, LoadStartsInTheSoundsFolderUntilAFileWasChosen) {
 TEST_F(PatchMenu, ABadFileIsShownAndThePatchStays) {
     dialogs.choosePathNext(folder / "Vantoric_sounds/Bass/../Bass/deep.fxp");
     fs::resize_file(deep, 1000);
-    EXPECT_TRUE(run(&PatchCommands::loadPatch)) << "one was chosen";
+    EXPECT_EQ(path(&PatchCommands::loadPatch), "none");
     ASSERT_EQ(dialogs.boxes().size(), 1u);
     EXPECT_EQ(dialogs.boxes()[0].text, "This file is not compatible with this product.");
     EXPECT_EQ(program.getProgramName(), "Mine");
@@ -61,10 +67,10 @@ TEST_F(PatchMenu, ABadFileIsShownAndThePatchStays) {
 
 TEST_F(PatchMenu, SaveAsNamesThePatchAndRemembersTheFolder) {
     dialogs.choosePathNext(folder / "Vantoric_sounds/Bass/growl");
-    EXPECT_TRUE(run(&PatchCommands::savePatchAs));
+    EXPECT_EQ(path(&PatchCommands::savePatchAs), folder / "Vantoric_sounds/Bass/growl.fxp");
     EXPECT_EQ(program.getProgramName(), "growl");
     EXPECT_TRUE(fs::exists(folder / "Vantoric_sounds/Bass/growl.fxp"));
-    EXPECT_FALSE(run(&PatchCommands::savePatchAs)) << "the user goes back";
+    EXPECT_EQ(path(&PatchCommands::savePatchAs), "none") << "the user goes back";
     const auto requests = dialogs.requests();
     ASSERT_EQ(requests.size(), 2u);
     EXPECT_EQ(requests[0].startFolder, platform::userFolder());
@@ -81,15 +87,15 @@ TEST_F(PatchMenu, QuickSaveOfANamelessPatchIsRefused) {
 }
 
 TEST_F(PatchMenu, DeleteAsksFirst) {
-    EXPECT_FALSE(run(&PatchCommands::deletePatch, "Bass", "deep"));
+    EXPECT_FALSE(deletePatch("Bass", "deep"));
     EXPECT_TRUE(fs::exists(deep));
     dialogs.answerNext(true);
-    EXPECT_TRUE(run(&PatchCommands::deletePatch, "Bass", "deep"));
+    EXPECT_TRUE(deletePatch("Bass", "deep"));
     EXPECT_FALSE(fs::exists(deep));
     EXPECT_EQ(dialogs.boxes()[0].text, "Are you sure that you want to delete the file '" + deep + "'?");
     dialogs.clear();
     dialogs.answerNext(true);
-    EXPECT_FALSE(run(&PatchCommands::deletePatch, "Bass", "deep"));
+    EXPECT_FALSE(deletePatch("Bass", "deep"));
     EXPECT_EQ(dialogs.boxes()[1].text, "Could not delete this file. Please check if it is write protected.");
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <numeric>
 #include <string>
@@ -227,6 +228,38 @@ TEST_F(SampleEditing, ExportToAPlaceThatCannotBeWrittenGivesABox) {
     EXPECT_FALSE(editor->exportWave(0, 0, folder / "none/out.wav"));
     ASSERT_EQ(told.boxes().size(), 1u);
     EXPECT_EQ(told.boxes()[0].text, "File write error. File is write protected or opened by another application.");
+}
+
+TEST_F(SampleEditing, PeaksAreTheExtremesOfEqualStretches) {
+    put(1, 0, {0, 16384, -8192, 0, 100, 200, -32768, 32767});
+    std::array<float, 2> low{}, high{};
+    ASSERT_TRUE(editor->readPeaks(1, 0, low, high));
+    EXPECT_EQ(low, (std::array{-0.25f, -1.0f}));
+    EXPECT_EQ(high, (std::array{0.5f, 32767.0f / 32768.0f}));
+    EXPECT_FALSE(editor->readPeaks(1, 1, low, high));
+    EXPECT_FALSE(editor->readPeaks(7, 0, low, high));
+    EXPECT_EQ(low[0], -0.25f);
+}
+
+TEST_F(SampleEditing, PeaksOfAShortSampleFillAllStretches) {
+    put(0, 0, {8192});
+    std::array<float, 5> low{}, high{};
+    ASSERT_TRUE(editor->readPeaks(0, 0, low, high));
+    for (const float peak : high) EXPECT_EQ(peak, 0.25f);
+}
+
+TEST_F(SampleEditing, TheLoopMovesWithinTheSampleAndIsMirrored) {
+    Sample& sample = put(2, 1, Data(1000, 5));
+    ASSERT_TRUE(editor->setLoopPoints(2, 1, 750, 250));
+    EXPECT_EQ(sample.loopStart, 250);
+    EXPECT_EQ(sample.loopEnd, 750);
+    EXPECT_FLOAT_EQ(parameters.getParameter(hostIndex(par::LoopSta1 + 1, 2)), 0.25f);
+    EXPECT_FLOAT_EQ(parameters.getParameter(hostIndex(par::LoopEnd1 + 1, 2)), 0.75f);
+    ASSERT_TRUE(editor->setLoopPoints(2, 1, -5, 4000));
+    EXPECT_EQ(sample.loopStart, 0);
+    EXPECT_EQ(sample.loopEnd, 1000);
+    EXPECT_FALSE(editor->setLoopPoints(2, 0, 0, 1));
+    EXPECT_FALSE(editor->setLoopPoints(0, 3, 0, 1));
 }
 
 TEST_F(SampleEditing, ShortMemoryIsToldAndChangesNothing) {

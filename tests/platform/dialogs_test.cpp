@@ -7,6 +7,7 @@
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
+#include "tests/platform/slow_dialogs.h"
 
 namespace vantoric::platform {
 namespace {
@@ -23,15 +24,6 @@ bool answer(Dialogs& dialogs, const char* text, const char* name) {
     askQuestion(dialogs, [&](bool yes) { given = yes; }, "Warning", "%s '%s'?", text, name);
     return given;
 }
-
-// Dialogs whose user has not answered yet.
-struct SlowDialogs : Dialogs {
-    void message(const std::string&, const std::string&) override {}
-    void question(const std::string&, const std::string&, OnAnswer then) override { answers.push_back(std::move(then)); }
-    void choosePath(const FileRequest&, OnPath then) override { paths.push_back(std::move(then)); }
-    std::vector<OnAnswer> answers;
-    std::vector<OnPath> paths;
-};
 
 TEST(Dialogs, AMessageIsFormattedByPrintfRules) {
     RecordedDialogs dialogs;
@@ -109,7 +101,7 @@ TEST(Dialogs, GoingBackIsNoPath) {
 TEST(Dialogs, AUserMayTakeTimeAndAnswerOnce) {
     const platform::ScratchFolder folder;
     ASSERT_TRUE(writeFile(folder / "a.wav", "1", 1));
-    SlowDialogs dialogs;
+    test::SlowDialogs dialogs;
     std::vector<std::string> got;
     askFilePath(dialogs, "", true, FileKind::Wave, [&](const auto& path) { got.push_back(path.value_or("gone back")); });
     EXPECT_TRUE(got.empty());

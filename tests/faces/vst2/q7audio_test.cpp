@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
 
+#include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "tests/engine/engine_rig.h"
 
@@ -170,6 +172,31 @@ TEST_F(Q7AudioTest, EventsOtherThanMidiAreIgnored) {
     list.events[0] = &sysex;
     EXPECT_EQ(audio->processEvents(&list), 1);
     EXPECT_EQ(audio->instrument().midi().queued(0).status, 0);
+}
+
+TEST_F(Q7AudioTest, ProgramChangesStepThroughThePatchesWithoutAWindow) {
+    PatchFiles& files = audio->instrument().patchFiles();
+    for (const char* name : {"a", "b"}) {
+        const std::string path = patchPath("Bass", name);
+        ASSERT_TRUE(platform::makeFolder(folderOfPath(path)));
+        ASSERT_TRUE(files.savePatchFile(path));
+    }
+    ASSERT_TRUE(files.loadPatchFile(patchPath("Bass", "a")));
+    VstMidiEvent change{};
+    change.type = midiEventType;
+    change.midiData[0] = static_cast<char>(0xc0);
+    change.midiData[1] = 1;
+    VstEvents list{};
+    list.numEvents = 1;
+    list.events[0] = reinterpret_cast<VstEvent*>(&change);
+    audio->processEvents(&list);
+    play(256);
+    const auto name = [&] { return audio->instrument().program().getProgramName(); };
+    for (int i = 0; i < 500 && name() != "b"; ++i) platform::sleepMilliseconds(10);
+    EXPECT_EQ(name(), "b");
+    audio.reset();
+    EXPECT_GE(host.count(hostUpdateDisplay), 1);
+    std::filesystem::remove_all(platform::soundsFolder());
 }
 
 TEST_F(Q7AudioTest, ShowsWhatTheInstrumentHasToTellAtTheEndOfTheCall) {

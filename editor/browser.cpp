@@ -1,0 +1,45 @@
+#include "editor/browser.h"
+
+#include <utility>
+
+#include "editor/model/control_table.h"
+
+namespace vantoric {
+
+MYBrowser::MYBrowser(VSTGUI::IControlListener* listener) : CControl(VSTGUI::CRect(0, 0, 0, 0), listener, browserTag) {
+    setTransparency(true);
+    setMouseEnabled(false);
+}
+
+MYBrowser::~MYBrowser() noexcept {
+    if (auto* view = std::exchange(view_, nullptr)) host_->closeLayer(*view);
+}
+
+bool MYBrowser::open(LayerHost& host, BrowserModel* model) {
+    constexpr double lowest = 300;  // below the band
+    if (isOpen()) return true;
+    VSTGUI::CRect area = host.layerArea();
+    area.top += bandHeight;
+    if (model == nullptr || area.getHeight() < lowest) return false;
+    host_ = &host;
+    view_ = new BrowserView(area, *model, [this] { close(); });
+    host.openLayer(view_);
+    tellListener();
+    return true;
+}
+
+void MYBrowser::close() {
+    auto* view = std::exchange(view_, nullptr);
+    if (view == nullptr) return;
+    host_->closeLayer(*view);
+    tellListener();
+}
+
+void MYBrowser::tellListener() {
+    setValue(isOpen() ? 1.0f : 0.0f);
+    if (getListener() != nullptr) valueChanged();
+}
+
+void MYBrowser::draw(VSTGUI::CDrawContext*) { setDirty(false); }
+
+}  // namespace vantoric

@@ -1,0 +1,145 @@
+#include "editor/editor_window.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "editor/gui_module.h"
+#include "platform/module_folder.h"
+#include "vstgui/lib/platform/iplatformframe.h"
+#include "vstgui/lib/platform/platformfactory.h"
+
+namespace vantoric {
+namespace {
+
+using VSTGUI::CRect;
+
+constexpr std::uint64_t roundMilliseconds = 50;  // of the editor's own idle rounds, however often the host calls
+
+}  // namespace
+
+EditorWindow::EditorWindow(Instrument& instrument, const std::string& hostProduct)
+    : instrument_(instrument), editor_(instrument, dialogs_, hostProduct) {
+    GuiModule::shared().enter(platform::dataFolder());
+    editor_.loadSize(screen());
+}
+
+EditorWindow::~EditorWindow() {
+    close();
+    GuiModule::shared().leave();
+}
+
+Screen EditorWindow::screen() const {
+    const GuiModule::Size size = GuiModule::shared().screenSize();
+    return {size.width, size.height};
+}
+
+EditorWindow::Size EditorWindow::size() const {
+    const WindowSize& size = editor_.size();
+    return {static_cast<int>(size.width() * size.zoom()), static_cast<int>(size.height() * size.zoom())};
+}
+
+bool EditorWindow::open(std::uintptr_t parent) {
+    if (isOpen() || parent == 0 || !GuiModule::shared().connect()) return false;
+    parent_ = parent;
+    if (!buildFrame()) return false;
+    dialogs_.setHost(content_.get());
+    editor_.open(*this);
+    return true;
+}
+
+bool EditorWindow::buildFrame() {
+    const WindowSize& chosen = editor_.size();
+    const double width = chosen.width() / chosen.layoutScale(), height = chosen.height() / chosen.layoutScale();
+    const Size pixels = size();
+    holder_ = std::make_unique<HolderWindow>(static_cast<std::uint32_t>(parent_), pixels.width, pixels.height);
+    frame = new VSTGUI::CFrame(CRect(0, 0, width, height), this);
+    auto* root = new VSTGUI::CViewContainer(CRect(0, 0, width, height));
+    root->setBackgroundColor(style::window);
+    frame->addView(root);
+    content_ = std::make_unique<WindowContent>(*root, width, height, editor_, instrument_);
+    VSTGUI::X11::FrameConfig config;
+    config.runLoop = GuiModule::shared().loop();
+    auto* const host = reinterpret_cast<void*>(static_cast<std::uintptr_t>(holder_->id()));
+    if (!frame->open(host, VSTGUI::PlatformType::kX11EmbedWindowID, &config)) {
+        content_.reset();
+        frame->forget();
+        frame = nullptr;
+        holder_.reset();
+        return false;
+    }
+    const auto inner = reinterpret_cast<std::uintptr_t>(frame->getPlatformFrame()->getPlatformRepresentation());
+    holder_->adopt(static_cast<std::uint32_t>(inner));
+    frame->setZoom(chosen.layoutScale() * chosen.zoom());
+    frame->registerKeyboardHook(this);
+    return true;
+}
+
+void EditorWindow::takeFrameDown() {
+    content_->dismissLayers();
+    frame->unregisterKeyboardHook(this);
+    content_.reset();
+    VSTGUI::CFrame* const closing = frame;
+    frame = nullptr;
+    holder_.reset();
+    closing->close();
+}
+
+void EditorWindow::close() {
+    if (!isOpen()) return;
+    later_.clear();
+    editor_.close(dialogs_.openCount());
+    dialogs_.setHost(nullptr);
+    takeFrameDown();
+}
+
+void EditorWindow::rebuild() {
+    runLater([this] {
+        const Size wanted = size();
+        if (HostPort* host = instrument_.hostPort()) host->sizeWanted(wanted.width, wanted.height);
+        dialogs_.leaveHost();
+        takeFrameDown();
+        if (!buildFrame()) return dialogs_.setHost(nullptr);
+        dialogs_.moveTo(*content_);
+        editor_.open(*this);
+    });
+}
+
+// The frame is built anew with it.
+void EditorWindow::setZoom(double) {}
+
+bool EditorWindow::beforeSizeChange(const CRect& newSize, const CRect&) {
+    if (holder_) holder_->resize(static_cast<int>(std::lround(newSize.getWidth())), static_cast<int>(std::lround(newSize.getHeight())));
+    return true;
+}
+
+void EditorWindow::toggleBrowser() {}
+void EditorWindow::openBrowser() {}
+void EditorWindow::showCredits() {}
+
+void EditorWindow::idle() {
+    if (!isOpen() || isIdling_) return;
+    isIdling_ = true;
+    frame->idle();  // turns what was marked into redraws
+    GuiModule::shared().loop()->service();
+    const auto jobs = std::exchange(later_, {});
+    for (const auto& job : jobs) job();
+    if (isOpen()) dialogs_.poll();
+    const std::uint64_t now = VSTGUI::getPlatformFactory().getTicks();
+    if (isOpen() && now - lastRound_ >= roundMilliseconds) {
+        lastRound_ = now;
+        editor_.idle();
+        content_->follow();
+    }
+    if (isOpen()) holder_->routeKeys(content_->wantsKeys());
+    isIdling_ = false;
+}
+
+void EditorWindow::onKeyboardEvent(VSTGUI::KeyboardEvent& event, VSTGUI::CFrame*) { content_->onKey(event); }
+
+bool EditorWindow::onHostKey(VSTGUI::KeyboardEvent& event) {
+    if (!isOpen()) return false;
+    content_->onKey(event);
+    return event.consumed;
+}
+
+}  // namespace vantoric

@@ -1,0 +1,78 @@
+// The window of an instrument, whatever it is plugged into: a face opens it in its host's window and calls `idle`.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "editor/frame_dialogs.h"
+#include "editor/holder_window.h"
+#include "editor/model/q7editor.h"
+#include "editor/window_content.h"
+#include "vstgui/lib/cframe.h"
+
+namespace vantoric {
+
+// On the host's one thread for windows throughout; calls on another do nothing. It lives as long as the plug-in, with or
+// without an open window.
+class EditorWindow final : private EditorView, private VSTGUI::VSTGUIEditorInterface, private VSTGUI::IKeyboardHook {
+public:
+    // The instrument outlives it. The host's product string decides some rules of size.
+    EditorWindow(Instrument& instrument, const std::string& hostProduct);
+    ~EditorWindow();
+    EditorWindow(const EditorWindow&) = delete;
+    EditorWindow& operator=(const EditorWindow&) = delete;
+
+    struct Size {
+        int width, height;
+    };
+    // In pixels, for the size in force. May be asked before the window is open.
+    Size size() const;
+
+    // Builds the window inside the host's X11 window `parent`. False, with nothing done, if it is open, `parent` is 0, or
+    // there is no display.
+    bool open(std::uintptr_t parent);
+    void close();
+    bool isOpen() const { return frame != nullptr; }
+    // The host's regular call, some twenty times a second or more: events, timers, what has changed.
+    void idle();
+    // A key of the host's own window; true if it was used.
+    bool onHostKey(VSTGUI::KeyboardEvent& event);
+
+private:
+    void redrawControl(int index) override { content_->redrawControl(index); }
+    void redrawPart(WindowPart part) override { content_->redrawPart(part); }
+    void redrawAll() override { content_->redrawAll(); }
+    void showPages() override { content_->showPages(); }
+    void rebuild() override;
+    void setZoom(double zoom) override;
+    Screen screen() const override;
+    void toggleBrowser() override;
+    void openBrowser() override;
+    void openMenu(int index) override { content_->openMenu(index); }
+    void showPatchName() override { content_->redrawPart(WindowPart::PatchList); }
+    void showHint(const std::string& text) override { content_->showHint(text); }
+    void showCredits() override;
+
+    bool beforeSizeChange(const VSTGUI::CRect& newSize, const VSTGUI::CRect& oldSize) override;
+    std::int32_t getKnobMode() const override { return VSTGUI::kLinearMode; }
+    void onKeyboardEvent(VSTGUI::KeyboardEvent& event, VSTGUI::CFrame* frame) override;
+
+    bool buildFrame();
+    void takeFrameDown();
+    void runLater(std::function<void()> job) { later_.push_back(std::move(job)); }
+
+    Instrument& instrument_;
+    FrameDialogs dialogs_;
+    Q7Editor editor_;
+    std::uintptr_t parent_ = 0;
+    std::unique_ptr<HolderWindow> holder_;
+    std::unique_ptr<WindowContent> content_;
+    std::vector<std::function<void()>> later_;  // run in idle time, outside every event
+    std::uint64_t lastRound_ = 0;
+    bool isIdling_ = false;
+};
+
+}  // namespace vantoric

@@ -1,0 +1,57 @@
+#include "editor/model/spoken_values.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "base/parameters.h"
+
+namespace vantoric {
+namespace {
+
+bool isFamilyMember(int tag, int first, int count) { return tag >= first && tag < first + count; }
+
+// 0 to 2; -1 for what belongs to none, or to several.
+int oscillatorOf(const ControlEntry& entry) {
+    if (entry.section != Section::Oscillators) return -1;
+    if (isFamilyMember(entry.tag, parameter::Oct1, parameter::Sync1 - parameter::Oct1)) return (entry.tag - parameter::Oct1) % 3;
+    if (isFamilyMember(entry.tag, parameter::AnaWave1, 3)) return entry.tag - parameter::AnaWave1;
+    if (isFamilyMember(entry.tag, tag::waveView1, 3)) return entry.tag - tag::waveView1;
+    if (isFamilyMember(entry.tag, tag::sampleLoad1, 6)) return (entry.tag - tag::sampleLoad1) / 2;
+    if (isFamilyMember(entry.tag, tag::waveMenu1, 3)) return entry.tag - tag::waveMenu1;
+    return -1;
+}
+
+bool isOn(float value) { return value > 0.5f; }
+
+}  // namespace
+
+std::string holeText(const Q7Editor& editor, const ControlEntry& entry) {
+    const std::string full = editor.textOf(entry);
+    char* end = nullptr;
+    const double amount = std::strtod(full.c_str(), &end);
+    if (end == full.c_str()) return full;
+    char text[16];
+    const char* format = std::abs(amount) >= 9950 ? "%.0fk" : "%.1fk";
+    if (std::abs(amount) >= 999.5) {
+        std::snprintf(text, sizeof text, format, amount / 1000);
+    } else {
+        std::snprintf(text, sizeof text, "%.0f", amount);
+    }
+    return text;
+}
+
+std::string spokenValue(const Q7Editor& editor, const ControlEntry& entry) {
+    if (parameterOfTag(entry.tag) < 0) return "";
+    if (entry.kind == WidgetKind::Switch) return isOn(editor.valueOf(entry.tag)) ? "on" : "off";
+    const KnobState state = editor.knobState(entry);
+    return state.unit.empty() ? state.valueText : state.valueText + " " + state.unit;
+}
+
+bool isSilent(const Q7Editor& editor, const ControlEntry& entry) {
+    if (entry.page != page::always && !isOn(editor.valueOf(parameter::Layer1On + editor.onShow().layer))) return true;
+    const int oscillator = oscillatorOf(entry);
+    return oscillator >= 0 && entry.kind != WidgetKind::Switch && !isOn(editor.valueOf(parameter::On1 + oscillator));
+}
+
+}  // namespace vantoric

@@ -1,0 +1,607 @@
+#include "editor/window_content.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "base/parameters.h"
+#include "editor/model/control_texts.h"
+#include "editor/model/menu_rows.h"
+#include "editor/model/spoken_values.h"
+#include "editor/model/window_files.h"
+#include "library/patch_library.h"
+#include "vstgui/lib/cframe.h"
+
+namespace vantoric {
+namespace {
+
+using VSTGUI::CPoint;
+using VSTGUI::CRect;
+using VSTGUI::ModifierKey;
+using VSTGUI::VirtualKey;
+
+constexpr unsigned roundsASecond = 20;
+constexpr unsigned stripRounds = 12, tooltipRounds = 14, newsRounds = 4 * roundsASecond;
+constexpr int firstSubmenuTag = lfoRows;
+
+CRect rectOf(const LayoutRect& r) { return CRect(CPoint(r.x, r.y), CPoint(r.width, r.height)); }
+
+// The colour of a source's function, by its list index.
+Color sourceColor(int source) {
+    const std::string label = source >= 0 && source < static_cast<int>(matrixSourceLabels.size()) ? matrixSourceLabels[source] : "";
+    if (label.find("Env") != std::string::npos || label.find("Decay") != std::string::npos) return style::envelopes;
+    if (label.find("Lfo") != std::string::npos || label.find("Hz") != std::string::npos) return style::lfo;
+    return style::output;
+}
+
+Color submenuColor(int base) {
+    if (base == lfoRows || base == freeLfoRows) return style::lfo;
+    return base == envelopeRows ? style::envelopes : style::output;
+}
+
+const char* helpOf(const ControlEntry& entry) {
+    switch (entry.kind) {
+        case WidgetKind::Knob:
+        case WidgetKind::LargeKnob: return "Drag up or down, Shift for fine steps, right click for modulation.";
+        case WidgetKind::Value:
+        case WidgetKind::EffectValue:
+        case WidgetKind::Step: return "Drag up or down, Shift for fine steps, double click for the default.";
+        default: return "";
+    }
+}
+
+bool isListKind(WidgetKind kind) {
+    return kind == WidgetKind::LargeList || kind == WidgetKind::List || kind == WidgetKind::SmallList;
+}
+
+bool isSwitchLike(WidgetKind kind) { return kind == WidgetKind::Switch || kind == WidgetKind::Selector; }
+
+}  // namespace
+
+WindowContent::WindowContent(VSTGUI::CViewContainer& root, double width, double height, Q7Editor& editor, Instrument& instrument)
+    : root_(root),
+      area_(0, 0, width, height),
+      editor_(editor),
+      instrument_(instrument),
+      backdrop_(new Backdrop(area_)),
+      views_((root.addView(backdrop_), root), area_, *this, *this),
+      showsTooltips_(!tooltipsHidden()) {
+    addBand();
+    if (height > bandHeight) addDragAreas();
+    overlay_ = new Overlay(area_);
+    root_.addView(overlay_);
+    displays_ = std::make_unique<DisplayViews>(views_, editor_, instrument_);
+    showPages();
+    redrawAll();
+    displays_->refresh();
+}
+
+WindowContent::~WindowContent() { dismissLayers(); }
+
+void WindowContent::addBand() {
+    const auto place = [](WindowPart part) { return rectOf(windowPart(part).rect); };
+    CRect patch = place(WindowPart::CategoryList);
+    patch.unite(place(WindowPart::PatchList));
+    root_.addView(patchLine_ = new PatchLine(patch, [this] { openCategories(); }, [this] { openPatches(); }));
+    root_.addView(favourite_ = new FavouriteView(place(WindowPart::Favourite), this, tag::favourite));
+    root_.addView(pitchWheel_ = new WheelView(place(WindowPart::PitchWheel), this, tag::pitchWheel, true));
+    root_.addView(modWheel_ = new WheelView(place(WindowPart::ModWheel), this, tag::modWheel, false));
+    root_.addView(meter_ = new MeterView(place(WindowPart::Meter)));
+    root_.addView(hintLine_ = new HintLine(place(WindowPart::HintLine)));
+    root_.addView(dragAreas_[wheelArea] = new MYDragArea(place(WindowPart::DragWheel), wheelArea, "Drag", style::output,
+                                                         style::bandPanel, *this));
+}
+
+void WindowContent::addDragAreas() {
+    const auto add = [this](int index, WindowPart part, const Color& color) {
+        dragAreas_[index] = new MYDragArea(rectOf(windowPart(part).rect).inset(0, 1), index, "Drag to knob", color, style::panel, *this);
+        root_.addView(dragAreas_[index]);
+    };
+    add(envelopeArea, WindowPart::DragEnvelope, style::envelopes);
+    add(lfoArea, WindowPart::DragLfo, style::lfo);
+}
+
+// ---- showing ------------------------------------------------------------------------------------------------
+
+void WindowContent::redrawControl(int index) {
+    if (ControlFace* face = views_.at(index)) refresh(*face);
+    refreshBackdrop();
+}
+
+void WindowContent::redrawPart(WindowPart part) {
+    switch (part) {
+        case WindowPart::PitchWheel:
+            if (!pitchWheel_->isHeld()) {
+                pitchWheel_->setValue(editor_.valueOf(tag::pitchWheel));
+                pitchWheel_->invalid();
+            }
+            break;
+        case WindowPart::ModWheel:
+            if (!modWheel_->isHeld()) {
+                modWheel_->setValue(editor_.valueOf(tag::modWheel));
+                modWheel_->invalid();
+            }
+            break;
+        case WindowPart::Favourite:
+            favourite_->setValue(editor_.valueOf(tag::favourite));
+            favourite_->invalid();
+            break;
+        case WindowPart::CategoryList:
+        case WindowPart::PatchList: refreshPatchLine(); break;
+        default: refreshBackdrop(); break;
+    }
+}
+
+void WindowContent::redrawAll() {
+    views_.forEach([this](ControlFace& face) { refresh(face); });
+    for (const WindowPart part : {WindowPart::PitchWheel, WindowPart::ModWheel, WindowPart::Favourite, WindowPart::PatchList})
+        redrawPart(part);
+    refreshBackdrop();
+    showStrip();
+}
+
+void WindowContent::showPages() {
+    views_.forEach([this](ControlFace& face) { face.view().setVisible(editor_.isVisible(face.entry())); });
+    if (focused_ != nullptr && !editor_.isVisible(focused_->entry())) setFocus(nullptr);
+    redrawAll();
+}
+
+void WindowContent::refresh(ControlFace& face) {
+    const ControlEntry& entry = face.entry();
+    face.setValueQuietly(editor_.valueOf(entry.tag));
+    face.setOff(isSilent(editor_, entry));
+    face.setMultilayer(editor_.onShow().multilayer && entry.page != page::always);
+    if (entry.tag == tag::zoomMenu) return face.setText(std::to_string(std::lround(editor_.size().zoom() * 100)) + "%");
+    if (entry.kind != WidgetKind::Knob) face.setText(entry.kind == WidgetKind::LargeKnob ? holeText(editor_, entry) : editor_.textOf(entry));
+    if (auto* knob = dynamic_cast<MYCKnob*>(&face)) refreshKnob(*knob);
+    if (auto* list = dynamic_cast<ListView*>(&face); list != nullptr && entry.tag >= parameter::ArpVol1 && entry.tag < parameter::ArpVol1 + 16) {
+        const char first = face.text().empty() ? '.' : face.text()[0];
+        list->setLevel(first >= '1' && first <= '8' ? static_cast<float>(first - '0') / 8 : 0);
+    }
+    if (auto* field = dynamic_cast<MYParamDisplay*>(&face); field != nullptr && entry.section == Section::Matrix)
+        field->setBarColor(sourceColor(instrument_.parameters().getListIndex(
+            hostIndex(parameter::MatSrc1 + entry.tag - parameter::MatVal1, editor_.onShow().layer))));
+}
+
+void WindowContent::refreshKnob(MYCKnob& knob) {
+    const KnobModulation modulation = editor_.modulationOf(knob.entry());
+    int source = 0;
+    for (int i = 0; i < static_cast<int>(matrixSourceLabels.size()); ++i)
+        if (std::string(matrixSourceLabels[i]) == modulation.modNames) source = i;
+    knob.setModulation(modulation, sourceColor(source));
+    knob.setCcNumber(editor_.ccNumberOf(knob.entry()));
+}
+
+void WindowContent::refreshBackdrop() {
+    const ParameterModel& parameters = instrument_.parameters();
+    const int layer = editor_.onShow().layer;
+    const auto listIndex = [&](int number) { return parameters.getListIndex(hostIndex(number, layer)); };
+    BackdropState state;
+    const int shownLfo = editor_.pages().lfo();
+    const auto isOfShownLfo = [&](int source) {
+        return source == dragSource(DragSection::lfo, shownLfo) || (shownLfo < 3 ? source == 2 + shownLfo : source == 6);
+    };
+    for (int slot = 0; slot < 15; ++slot) {
+        const int source = listIndex(parameter::MatSrc1 + slot), destination = listIndex(parameter::MatDst1 + slot);
+        const bool isUsed = source > 0 && destination > 0;
+        if (isUsed) ++state.slotsUsed;
+        if (slot / 5 == editor_.pages().matrix()) state.matrix[slot % 5] = {slot + 1, isUsed, sourceColor(source)};
+        if (isUsed && isOfShownLfo(source) && state.driven.size() < 5 && destination < static_cast<int>(matrixDestinationLabels.size()))
+            state.driven.emplace_back(matrixDestinationLabels[destination]);
+    }
+    state.hasLfoTargets = shownLfo < 3;
+    state.isMultilayer = editor_.onShow().multilayer;
+    state.equalizer = {parameters.getParameter(parameter::EqLow), parameters.getParameter(parameter::EqMid),
+                       parameters.getParameter(parameter::EqHigh)};
+    state.isSerial = parameters.getParameter(hostIndex(parameter::FilSerial, layer)) > 0.5f;
+    state.arpeggiatorStep = editor_.playingStep();
+    backdrop_->setState(state);
+}
+
+void WindowContent::refreshPatchLine() {
+    const PatchLibrary& patches = editor_.patches();
+    PatchLine::Shown shown;
+    shown.name = editor_.patchName();
+    shown.category = patches.selectedCategory();
+    if (patches.selection().patch >= 0) {
+        shown.place = patches.selection().patch + 1;
+        shown.count = static_cast<int>(patches.patchNames().size());
+    }
+    patchLine_->setShown(shown);
+}
+
+// ---- idle rounds --------------------------------------------------------------------------------------------
+
+void WindowContent::follow() {
+    ++round_;
+    followLamps();
+    if (round_ % 2 == 0) {
+        meter_->setLevels(editor_.meter(0), editor_.meter(1));
+        displays_->refresh();
+        refreshBackdrop();
+        refreshPatchLine();
+    }
+    const double glow = 0.5 + 0.5 * std::sin(2 * std::numbers::pi * round_ / roundsASecond);
+    views_.forEach([glow](ControlFace& face) {
+        if (auto* knob = dynamic_cast<MYCKnob*>(&face); knob != nullptr && knob->ccNumber() == MidiLearn::learning) knob->setLearnGlow(glow);
+    });
+    if (touched_ != nullptr && !touched_->view().isEditing() && round_ > touchedUntil_) touch(nullptr);
+    if (newsUntil_ != 0 && round_ > newsUntil_) {
+        newsUntil_ = 0;
+        showHelp(hovered_);
+    }
+    followTooltip();
+    for (LayerView* layer : std::vector(layers_)) layer->follow();
+}
+
+void WindowContent::followLamps() {
+    for (int layer = 0; layer < layerCount; ++layer)
+        if (auto* selector = views_.withTagAs<SelectorView>(tag::layer1 + layer)) selector->setLamp(editor_.lamp(layer));
+}
+
+void WindowContent::followTooltip() {
+    if (!showsTooltips_ || hovered_ == nullptr || hasLayers()) return;
+    if (round_ == hoveredSince_ + tooltipRounds && !hovered_->view().isEditing())
+        overlay_->setTooltip(hovered_->entry().tooltip, hovered_->body());
+}
+
+// ---- what a hand does ---------------------------------------------------------------------------------------
+
+ControlFace* WindowContent::faceOf(VSTGUI::CControl* control) const { return dynamic_cast<ControlFace*>(control); }
+
+void WindowContent::valueChanged(VSTGUI::CControl* control) {
+    editor_.valueChanged(control->getTag(), control->getValueNormalized(), true);
+    if (ControlFace* face = faceOf(control)) {
+        refresh(*face);
+        touch(face);
+        showHelp(face);
+    }
+}
+
+void WindowContent::controlBeginEdit(VSTGUI::CControl* control) {
+    setFocus(nullptr);
+    overlay_->setTooltip("", {});
+    editor_.beginEdit(control->getTag());
+    if (ControlFace* face = faceOf(control)) touch(face);
+}
+
+void WindowContent::controlEndEdit(VSTGUI::CControl* control) {
+    editor_.endEdit(control->getTag());
+    touchedUntil_ = round_ + stripRounds;
+}
+
+void WindowContent::controlHovered(ControlFace& face, bool isHovered) {
+    overlay_->setTooltip("", {});
+    hovered_ = isHovered ? &face : hovered_ == &face ? nullptr : hovered_;
+    hoveredSince_ = round_;
+    showHelp(hovered_);
+}
+
+// The strip follows the control that was touched last.
+void WindowContent::touch(ControlFace* face) {
+    touched_ = face;
+    touchedUntil_ = round_ + stripRounds;
+    showStrip();
+}
+
+void WindowContent::showStrip() {
+    const bool hasStrip = touched_ != nullptr && (isKnob(touched_->entry()) || touched_->entry().kind == WidgetKind::Step);
+    if (!hasStrip) return overlay_->setStrip(std::nullopt);
+    const KnobState state = editor_.knobState(touched_->entry());
+    Overlay::Strip strip;
+    const CRect body = touched_->body();
+    strip.at = {body.getCenter().x, isKnob(touched_->entry()) ? body.bottom + 3 : body.bottom + 2};
+    strip.lines = hintLines(state);
+    strip.outline = hintOutlineOf(state.ccNumber) == mappedOutline ? style::alarm : style::menuEdge;
+    overlay_->setStrip(strip);
+}
+
+void WindowContent::showHint(const std::string& text) {
+    if (text.empty()) return;
+    newsUntil_ = round_ + newsRounds;
+    hintLine_->setText(text, text.starts_with("Assign") ? HintLine::Kind::alarm : HintLine::Kind::news);
+}
+
+void WindowContent::showHelp(ControlFace* face) {
+    if (newsUntil_ != 0) return;
+    if (face == nullptr) return hintLine_->setText(editor_.restingHint());
+    const ControlEntry& entry = face->entry();
+    std::string line = entry.name;
+    if (const std::string value = spokenValue(editor_, entry); !value.empty()) line += ": " + value;
+    const std::string help = helpOf(entry), tooltip = entry.tooltip.substr(0, entry.tooltip.find('\n'));
+    if (!help.empty() || !tooltip.empty()) line += ".  " + (help.empty() ? tooltip : help);
+    hintLine_->setText(line);
+}
+
+void WindowContent::controlPressed(ControlFace& face, VSTGUI::Modifiers) {
+    if (face.entry().kind == WidgetKind::SampleButton && (face.entry().tag - tag::sampleLoad1) % 2 == 1) return controlListWanted(face);
+    editor_.valueChanged(face.entry().tag, 1, true);
+}
+
+void WindowContent::controlResetWanted(ControlFace& face) {
+    editor_.knobRowChosen(face.entry().tag, resetValueRow);
+    refresh(face);
+    touch(&face);
+}
+
+void WindowContent::controlTypingWanted(ControlFace&) {}
+
+void WindowContent::controlStepped(ControlFace& face, int direction) {
+    const ControlEntry& entry = face.entry();
+    if (entry.labels.empty() || parameterOfTag(entry.tag) < 0) return;
+    const int count = static_cast<int>(entry.labels.size());
+    int row = instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, editor_.onShow().layer)) + direction;
+    while (row >= 0 && row < count && std::string(entry.labels[row]) == "-") row += direction;
+    if (row >= 0 && row < count) editor_.rowChosen(entry.tag, row);
+}
+
+// ---- lists and menus ----------------------------------------------------------------------------------------
+
+std::vector<MenuRow> WindowContent::rowsOf(const ControlEntry& entry) const {
+    std::vector<MenuRow> rows;
+    for (const std::string& label : editor_.rowsOf(entry)) rows.push_back({label, static_cast<int>(rows.size()), false, {}, {}});
+    if (isListKind(entry.kind) && parameterOfTag(entry.tag) >= 0) {
+        const int shown = instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, editor_.onShow().layer));
+        if (shown < static_cast<int>(rows.size())) rows[shown].isTicked = !rows[shown].isSeparator();
+    }
+    if (entry.tag == tag::copyMenu) rows[copy_row::multilayer].isTicked = editor_.onShow().multilayer;
+    if (entry.tag == tag::editorMenu || entry.tag == tag::zoomMenu) rows[editor_.size().sizeIndex()].isTicked = true;
+    return rows;
+}
+
+void WindowContent::controlListWanted(ControlFace& face) {
+    const ControlEntry& entry = face.entry();
+    openPopup(face.body(), rowsOf(entry), [this, &entry](int row) { editor_.rowChosen(entry.tag, row); }, &face);
+}
+
+void WindowContent::openMenu(int index) {
+    if (ControlFace* face = views_.at(index)) controlListWanted(*face);
+}
+
+std::vector<MenuRow> WindowContent::knobRows(const ControlEntry& entry) const {
+    const int number = parameterOfTag(entry.tag);
+    std::vector<MenuRow> rows;
+    for (const std::string& label : knobMenuRows(number, editor_.ccNumberOf(entry))) {
+        const int index = static_cast<int>(rows.size());
+        MenuRow row{label, index, false, {}, {}};
+        if (index >= firstSubmenuRow && index < firstSubmenuRow + knobSubmenuCount) {
+            const KnobSubmenu& submenu = knobSubmenus()[index - firstSubmenuRow];
+            row.dot = submenuColor(submenu.base);
+            int choice = submenu.base;
+            for (const char* source : submenu.rows) row.submenu.push_back({source, choice++, false, row.dot, {}});
+        }
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+void WindowContent::controlMenuWanted(ControlFace& face) {
+    const ControlEntry& entry = face.entry();
+    if (parameterOfTag(entry.tag) < 0) return;
+    CRect anchor = face.body();
+    anchor.top += 14;  // from within the knob on
+    openPopup(anchor, knobRows(entry),
+              [this, &entry](int row) {
+                  if (row >= firstSubmenuTag) return editor_.knobSourceChosen(entry.tag, row);
+                  editor_.knobRowChosen(entry.tag, row);
+              },
+              &face);
+}
+
+void WindowContent::openPopup(const CRect& anchor, std::vector<MenuRow> rows, PopupMenu::Chosen chosen, ControlFace* opener) {
+    dismissLayers();
+    overlay_->setTooltip("", {});
+    if (rows.empty()) return;
+    opener_ = opener;
+    if (opener_ != nullptr) opener_->setOpen(true);
+    auto* popup = new PopupMenu(area_, anchor, std::move(rows), std::move(chosen), nullptr);
+    popup->setClosed([this, popup] {
+        if (opener_ != nullptr) opener_->setOpen(false);
+        opener_ = nullptr;
+        closeLayer(*popup);
+    });
+    openLayer(popup);
+}
+
+void WindowContent::openCategories() {
+    PatchLibrary& patches = editor_.patches();
+    patches.scanCategories();
+    std::vector<MenuRow> rows;
+    for (const std::string& name : patches.categoryNames())
+        rows.push_back({name, static_cast<int>(rows.size()), name == patches.selectedCategory(), {}, {}});
+    openPopup(rectOf(windowPart(WindowPart::CategoryList).rect), std::move(rows),
+              [this](int row) { editor_.rowChosen(tag::categoryList, row); }, nullptr);
+}
+
+void WindowContent::openPatches() {
+    const PatchLibrary& patches = editor_.patches();
+    std::vector<MenuRow> rows;
+    for (const std::string& name : patches.patchNames())
+        rows.push_back({name, static_cast<int>(rows.size()), static_cast<int>(rows.size()) == patches.selection().patch, {}, {}});
+    openPopup(rectOf(windowPart(WindowPart::PatchList).rect), std::move(rows),
+              [this](int row) { editor_.rowChosen(tag::patchList, row); }, nullptr);
+}
+
+// ---- layers -------------------------------------------------------------------------------------------------
+
+void WindowContent::openLayer(LayerView* view) {
+    layers_.push_back(view);
+    root_.addView(view);
+}
+
+void WindowContent::closeLayer(LayerView& view) {
+    if (std::erase(layers_, &view) == 0) return;
+    VSTGUI::CFrame* frame = root_.getFrame();
+    VSTGUI::CViewContainer* root = &root_;
+    LayerView* closed = &view;
+    closed->setVisible(false);
+    const auto remove = [root, closed] { root->removeView(closed); };
+    // A view may not go away while it handles an event.
+    if (frame == nullptr || !frame->doAfterEventProcessing(remove)) remove();
+}
+
+void WindowContent::dismissLayers() {
+    while (!layers_.empty()) {
+        LayerView* top = layers_.back();
+        top->dismiss();
+        std::erase(layers_, top);
+    }
+}
+
+// ---- depth, drags -------------------------------------------------------------------------------------------
+
+void WindowContent::depthDragBegan(ControlFace& knob) {
+    editor_.beginDepth(knob.entry().tag);
+    touch(&knob);
+}
+
+void WindowContent::depthDragged(ControlFace& knob, float amount) {
+    editor_.dragDepth(amount);
+    refresh(knob);
+    touch(&knob);
+    hintLine_->setText(std::string(knob.entry().name) + ": depth " + std::to_string(std::lround(amount * 200 - 100)));
+}
+
+void WindowContent::depthDragEnded(ControlFace&) { editor_.endDepth(); }
+
+Color WindowContent::dragColor(int area) const {
+    return area == envelopeArea ? style::envelopes : area == lfoArea ? style::lfo : style::output;
+}
+
+void WindowContent::dragHovered(int area, bool isHovered) {
+    if (newsUntil_ != 0) return;
+    if (!isHovered) return showHelp(hovered_);
+    hintLine_->setText(area == wheelArea ? "Drag this to other controls, to map the modwheel to a desired control"
+                                         : "Drag & drop it to a knob to create a mod matrix entry");
+}
+
+void WindowContent::dragBegan(int area) {
+    setFocus(nullptr);
+    constexpr WindowPart parts[] = {WindowPart::DragEnvelope, WindowPart::DragLfo, WindowPart::DragWheel};
+    dragSource_ = editor_.draggedSource(parts[area]);
+    markTargets(dragColor(area), -1);
+}
+
+void WindowContent::dragMoved(int area, CPoint where) {
+    const double scale = editor_.size().layoutScale();
+    const int target = editor_.dropTarget(static_cast<float>(where.x * scale), static_cast<float>(where.y * scale));
+    const bool canDrop = target >= 0 && destinationOf(parameterOfTag(controlEntry(target).tag)) > 0;
+    markTargets(dragColor(area), canDrop ? target : -1);
+    Overlay::Cable cable{dragAreas_[area]->getViewSize().getCenter(), where, dragColor(area), {}};
+    if (canDrop) {
+        const int destination = destinationOf(parameterOfTag(controlEntry(target).tag));
+        cable.lines = {std::string(matrixSourceLabels[dragSource_]) + " to " + matrixDestinationLabels[destination]};
+    }
+    overlay_->setCable(cable);
+}
+
+void WindowContent::dragEnded(int area, CPoint where) {
+    dragCancelled(area);
+    const double scale = editor_.size().layoutScale();
+    editor_.dropSource(dragSource_, static_cast<float>(where.x * scale), static_cast<float>(where.y * scale));
+}
+
+void WindowContent::dragCancelled(int) {
+    overlay_->setCable(std::nullopt);
+    markTargets(std::nullopt, -1);
+}
+
+// Controls that take the drop get a ring, all others go down.
+void WindowContent::markTargets(const std::optional<Color>& ring, int nearest) {
+    views_.forEach([&](ControlFace& face) {
+        const int number = parameterOfTag(face.entry().tag);
+        const bool isField = face.entry().kind == WidgetKind::Value;
+        const bool takesDrop = (isKnob(face.entry()) || isField) && number != parameter::Modwheel && destinationOf(number) > 0;
+        const bool isNearest = nearest >= 0 && views_.at(nearest) == &face;
+        face.setDimmed(ring.has_value() && !takesDrop);
+        if (auto* knob = dynamic_cast<MYCKnob*>(&face)) knob->setTargetRing(takesDrop ? ring : std::nullopt, isNearest);
+        if (auto* field = dynamic_cast<MYParamDisplay*>(&face))
+            field->setTargetRing(takesDrop && ring ? std::optional(fade(*ring, isNearest ? 1.0 : 0.55)) : std::nullopt);
+    });
+}
+
+// ---- keys ---------------------------------------------------------------------------------------------------
+
+void WindowContent::onKey(VSTGUI::KeyboardEvent& event) {
+    if (!layers_.empty()) return layers_.back()->onKey(event);
+    if (event.type != VSTGUI::EventType::KeyDown) return;
+    for (MYDragArea* area : dragAreas_)
+        if (area != nullptr && area->isDragging() && event.virt == VirtualKey::Escape) return area->cancel();
+    onFocusedKey(event);
+}
+
+void WindowContent::setFocus(ControlFace* face) {
+    if (focused_ == face) return;
+    if (focused_ != nullptr) focused_->setFocused(false);
+    focused_ = face;
+    if (focused_ == nullptr) return;
+    focused_->setFocused(true);
+    showHelp(focused_);
+}
+
+// Along the signal's way: the table is sorted by kind, so the next one is the nearest in reading order.
+void WindowContent::moveFocus(int direction) {
+    std::vector<ControlFace*> order;
+    views_.forEach([&](ControlFace& face) {
+        if (editor_.isVisible(face.entry())) order.push_back(&face);
+    });
+    const auto place = [](const ControlFace* face) {
+        const ControlEntry& entry = face->entry();
+        return std::pair(static_cast<int>(entry.y < bandHeight ? Section::Oscillators : entry.section) + (entry.y < bandHeight ? -10 : 0),
+                         std::pair(entry.y / 24, entry.x));
+    };
+    std::stable_sort(order.begin(), order.end(), [&](const ControlFace* a, const ControlFace* b) { return place(a) < place(b); });
+    if (order.empty()) return;
+    const auto at = std::find(order.begin(), order.end(), focused_);
+    const int count = static_cast<int>(order.size());
+    const int now = at == order.end() ? (direction > 0 ? -1 : count) : static_cast<int>(at - order.begin());
+    setFocus(order[static_cast<std::size_t>((now + direction + count) % count)]);
+}
+
+void WindowContent::setByKey(ControlFace& face, float value) {
+    value = std::clamp(value, 0.0f, 1.0f);
+    const int tag = face.entry().tag;
+    editor_.beginEdit(tag);
+    editor_.valueChanged(tag, value, false);
+    editor_.endEdit(tag);
+    refresh(face);
+    touch(&face);
+    showHelp(&face);
+}
+
+void WindowContent::nudge(ControlFace& face, float step) {
+    if (isListKind(face.entry().kind)) return controlStepped(face, step > 0 ? -1 : 1);
+    if (parameterOfTag(face.entry().tag) >= 0) setByKey(face, editor_.valueOf(face.entry().tag) + step);
+}
+
+void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
+    event.consumed = true;
+    const bool isFine = event.modifiers.has(ModifierKey::Shift);
+    const float step = isFine ? 0.001f : 0.01f;
+    if (event.virt == VirtualKey::Tab) return moveFocus(isFine ? -1 : 1);
+    if (event.virt == VirtualKey::Escape) return setFocus(nullptr);
+    if (focused_ == nullptr) return;
+    ControlFace& face = *focused_;
+    const ControlEntry& entry = face.entry();
+    switch (event.virt) {
+        case VirtualKey::Up:
+        case VirtualKey::Right: return nudge(face, step);
+        case VirtualKey::Down:
+        case VirtualKey::Left: return nudge(face, -step);
+        case VirtualKey::PageUp: return nudge(face, 0.1f);
+        case VirtualKey::PageDown: return nudge(face, -0.1f);
+        case VirtualKey::Home: return setByKey(face, 0);
+        case VirtualKey::End: return setByKey(face, 1);
+        case VirtualKey::Delete: return controlResetWanted(face);
+        case VirtualKey::Space:
+        case VirtualKey::Return:
+        case VirtualKey::Enter:
+            if (isListKind(entry.kind) || entry.kind == WidgetKind::Menu) return controlListWanted(face);
+            if (isSwitchLike(entry.kind)) return editor_.valueChanged(entry.tag, editor_.valueOf(entry.tag) > 0.5f && entry.kind == WidgetKind::Switch ? 0.0f : 1.0f, false);
+            if (entry.kind == WidgetKind::Button || entry.kind == WidgetKind::SampleButton) return controlPressed(face, event.modifiers);
+            return event.virt == VirtualKey::Space ? controlResetWanted(face) : controlTypingWanted(face);
+        default: event.consumed = false; break;
+    }
+}
+
+}  // namespace vantoric

@@ -1,0 +1,87 @@
+#include "library/program_loader.h"
+
+#include <chrono>
+
+#include "library/program_steps.h"
+#include "library/show_messages.h"
+#include "patch/patch_file.h"
+#include "platform/thread.h"
+
+namespace vantoric {
+
+ProgramLoader::ProgramLoader(Instrument& instrument, platform::Dialogs& dialogs)
+    : instrument_(instrument),
+      dialogs_(dialogs),
+      library_(*this),
+      patch_(instrument, library_),
+      changes_(instrument.programChanges()),
+      thread_([this] { run(); }) {}
+
+ProgramLoader::~ProgramLoader() {
+    {
+        const std::lock_guard guard(mutex_);
+        isEnding_ = true;
+    }
+    ending_.notify_all();
+    thread_.join();
+}
+
+void ProgramLoader::setWindowOpen(bool open) {
+    bool isLoaded = false;
+    {
+        const std::lock_guard guard(mutex_);
+        isLoaded = look();  // what came while it was otherwise
+        isWindowOpen_ = open;
+    }
+    if (isLoaded) tellHost();
+}
+
+int ProgramLoader::lastNumber() const {
+    const std::lock_guard guard(mutex_);
+    return last_;
+}
+
+void ProgramLoader::run() {
+    platform::setLowestPriority();
+    std::unique_lock guard(mutex_);
+    while (!ending_.wait_for(guard, std::chrono::milliseconds(lookEvery), [this] { return isEnding_; })) {
+        if (!look()) continue;
+        guard.unlock();
+        tellHost();
+        guard.lock();
+    }
+}
+
+// Without the lock: a host may open a window meanwhile, and wait until it is open.
+void ProgramLoader::tellHost() {
+    if (instrument_.hostPort() != nullptr) instrument_.hostPort()->patchChanged();
+}
+
+// With the lock. Whether a patch was loaded.
+bool ProgramLoader::look() {
+    const std::optional<int> number = changes_.take();
+    if (!number) return false;
+    const int direction = programStep(last_, *number);
+    last_ = *number;
+    return !isWindowOpen_ && step(direction);
+}
+
+bool ProgramLoader::step(int direction) try {
+    library_.scanCategories();
+    library_.scanPatches(-1);
+    patch_.follow();
+    const bool isLoaded = direction > 0 ? library_.nextPatch() : library_.previousPatch();
+    showMessages(instrument_.messages(), dialogs_);
+    return isLoaded;
+} catch (...) {
+    instrument_.messages().post("Error", "Not enought memory.");
+    return false;
+}
+
+bool ProgramLoader::loadListed(const std::string& category, const std::string& name) {
+    if (!instrument_.patchFiles().loadPatchFile(patchPath(category, name))) return false;
+    patch_.showListed(category, name);
+    return true;
+}
+
+}  // namespace vantoric

@@ -1,0 +1,17 @@
+// The maker's pages of the web.
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace vantoric {
+
+enum class WebPage { home, sounds, tutorial, manual, updates, shop };
+
+// Its address.
+std::string addressOf(WebPage page);
+
+// Opens an address; false if that could not be tried.
+using PageOpener = std::function<bool(const std::string& address)>;
+
+}  // namespace vantoric

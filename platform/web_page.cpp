@@ -1,0 +1,45 @@
+#include "platform/web_page.h"
+
+#ifdef _WIN32
+#include <windows.h>
+// After windows.h: it needs its types.
+#include <shellapi.h>
+#else
+#include <spawn.h>
+#include <sys/wait.h>
+#include <csignal>
+
+extern char** environ;
+#endif
+
+namespace vantoric::platform {
+
+#ifdef _WIN32
+
+bool openWebPage(const std::string& address) {
+    return reinterpret_cast<INT_PTR>(ShellExecuteA(nullptr, "open", address.c_str(), nullptr, nullptr, SW_SHOWNORMAL)) > 32;
+}
+
+#else
+
+// The shell starts the opener in the background and is gone at once, so that no child is left for the host to wait for.
+bool openWebPage(const std::string& address) {
+    std::string shell = "sh", option = "-c", script = "xdg-open \"$1\" >/dev/null 2>&1 </dev/null &", text = address;
+    char* const arguments[] = {shell.data(), option.data(), script.data(), shell.data(), text.data(), nullptr};
+    posix_spawnattr_t attributes;
+    if (posix_spawnattr_init(&attributes) != 0) return false;
+    sigset_t none;
+    sigemptyset(&none);  // hosts may hold signals back on their threads
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    pid_t child = 0;
+    const int failure = posix_spawn(&child, "/bin/sh", nullptr, &attributes, arguments, environ);
+    posix_spawnattr_destroy(&attributes);
+    if (failure != 0) return false;
+    int status = 0;
+    return waitpid(child, &status, 0) == child && status == 0;
+}
+
+#endif
+
+}  // namespace vantoric::platform

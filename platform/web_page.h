@@ -1,0 +1,12 @@
+// Showing a page of the web to the user.
+#pragma once
+
+#include <string>
+
+namespace vantoric::platform {
+
+// Hands an address to the desktop's own opener and does not wait for it. False if that could not be started; whether a
+// page comes up nobody knows. Any thread but the audio thread. `address` should be one of our own, never a user's text.
+bool openWebPage(const std::string& address);
+
+}  // namespace vantoric::platform

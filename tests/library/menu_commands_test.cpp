@@ -1,0 +1,289 @@
+#include "library/menu_commands.h"
+
+#include "base/version.h"
+#include "tests/library/ended.h"
+#include "tests/library/menu_bench.h"
+#include "tests/platform/slow_dialogs.h"
+
+namespace vantoric {
+namespace {
+
+namespace par = parameter;
+using Texts = std::vector<std::string>;
+
+struct Menus : ::testing::Test, test::MenuBench {
+    void putWave(const std::string& path) {
+        test::WaveMaker maker;
+        const auto wave = maker.putFrames(600, [](int i) { return i % 100 < 50 ? 9000 : -9000; }).file();
+        platform::makeFolder(folderOfPath(path));
+        EXPECT_TRUE(platform::writeFile(path, wave.data(), wave.size()));
+    }
+};
+
+TEST_F(Menus, SeparatorsAndRowsThatAreNoneDoNothing) {
+    const auto before = values();
+    for (const int row : {-1, 5, 12, 14, 18, 20, 1000}) menus.file(row);
+    for (const int row : {-1, 1, 8, 10, 23, 1000}) menus.copy(row);
+    for (const int row : {-1, 1, 3, 10, 1000}) menus.paste(row);
+    for (const int row : {-1, 5, 25, 1000}) menus.init(row);
+    for (const int row : {-1, 1, 3, 6, 10, 13, 1000}) menus.help(row);
+    for (const int row : {-1, 1, 45, 1000}) menus.editSample(0, row);
+    for (const int row : {-1, 3, 4, 1000}) menus.chooseWave(0, row);
+    EXPECT_EQ(values(), before);
+    EXPECT_TRUE(shown().empty());
+    EXPECT_TRUE(pages.empty());
+    EXPECT_TRUE(commands.names.empty());
+}
+
+TEST_F(Menus, ALoadedFileOfTheListsIsSelectedThere) {
+    putPatch("Bass", "Deep", 0.25f);
+    dialogs.choosePathNext(putPatch("Lead", "Deep", 0.5f));
+    onShow.layer = 2;
+    menus.file(0);
+    EXPECT_EQ(cut(0), 0.5f);
+    EXPECT_EQ(onShow.layer, 0);
+    EXPECT_EQ(menus.patch().category() + "/" + menus.patch().name(), "Lead/Deep");
+    EXPECT_EQ(menus.library().selectedCategory(), "Lead");
+    EXPECT_EQ(commands.names, Texts{"Load 'Deep'"});
+}
+
+TEST_F(Menus, AFileFromElsewhereIsNeverSavedOverAPatchOfItsName) {
+    putPatch("Bass", "Deep", 0.25f);
+    const platform::ScratchFolder elsewhere;
+    putPatchFile(elsewhere / "Deep.fxp", 0.5f);
+    EXPECT_TRUE(menus.loadPatchFile(elsewhere / "Deep.fxp"));
+    EXPECT_EQ(menus.library().selectedCategory(), "Bass") << "the selection follows the name";
+    menus.file(7);
+    EXPECT_EQ(shown(), Texts{"Error: Your patch still has no name. Use 'Save patch as...' to store it."});
+}
+
+TEST_F(Menus, ANameWithASeparatorIsNoFile) {
+    putPatch("Bass", "Deep");
+    menus.library().findPatch("Deep");
+    menus.library().loadSelectedPatch();
+    audio.program().setProgramName("../x");
+    menus.file(7);
+    EXPECT_EQ(shown(), Texts{"Error: Your patch still has no name. Use 'Save patch as...' to store it."});
+    test::Ended end;
+    menus.setFavourite(true, end);
+    EXPECT_FALSE(end.result());
+    EXPECT_FALSE(platform::exists(platform::soundsFolder() + "x.fxp"));
+}
+
+TEST_F(Menus, QuickSaveKeepsALongFileName) {
+    const std::string name(200, 'x');
+    putPatch("Bass", name);
+    menus.library().findPatch(name);
+    menus.library().loadSelectedPatch();
+    shown();
+    setCut(0, 0.75f);
+    menus.file(7);
+    EXPECT_TRUE(shown().empty());
+    const auto saved = std::make_unique<SparePatch>(audio.messages());
+    ASSERT_TRUE(saved->files().loadPatchFile(patchPath("Bass", name)));
+    EXPECT_EQ(saved->parameters().getParameter(par::Cutoff1), 0.75f);
+}
+
+TEST_F(Menus, ARefusedPatchLeavesPatchAndPlace) {
+    putPatch("Bass", "a");
+    putBadPatch("Bass", "b");
+    putPatch("Bass", "c", 0.5f);
+    menus.library().findPatch("a");
+    menus.library().loadSelectedPatch();
+    menus.browser().clickNext();
+    EXPECT_EQ(shown().size(), 1u);
+    EXPECT_EQ(menus.patch().name(), "a");
+    EXPECT_EQ(cut(0), 0.25f);
+    menus.browser().clickNext();
+    EXPECT_EQ(menus.patch().name(), "c");
+    EXPECT_EQ(cut(0), 0.5f);
+}
+
+TEST_F(Menus, TheSelectionFollowsWhatAHostLoads) {
+    putPatch("Lead", "One");
+    audio.program().setProgramName("One");
+    const ChunkBytes chunk = audio.patchChunk().getChunk();
+    audio.program().setProgramName("Mine");
+    audio.patchChunk().setChunk(chunk.data.get(), chunk.size);
+    EXPECT_EQ(menus.patch().category(), "Custom");
+    menus.patch().follow();
+    EXPECT_EQ(menus.patch().category() + "/" + menus.patch().name(), "Lead/One");
+    menus.library().selectNone();
+    menus.patch().follow();
+    EXPECT_EQ(menus.library().selection(), PatchSelection()) << "only once";
+}
+
+TEST_F(Menus, AuditioningAPatchOfANameThatIsThereTwiceStaysWithIt) {
+    putPatch("Bass", "Deep");
+    putPatch("Lead", "Deep");
+    menus.library().scanCategories();
+    menus.browser().clickCategory(1);
+    menus.patch().follow();
+    EXPECT_EQ(menus.library().selectedCategory(), "Lead");
+}
+
+TEST_F(Menus, DeletingAsksAndRebuildsTheList) {
+    putPatch("Bass", "a");
+    const std::string path = putPatch("Bass", "b");
+    menus.library().findPatch("b");
+    menus.library().loadSelectedPatch();
+    menus.file(13);
+    EXPECT_TRUE(platform::exists(path));
+    dialogs.answerNext(true);
+    menus.file(13);
+    EXPECT_FALSE(platform::exists(path));
+    EXPECT_EQ(menus.library().patchNames(), Texts{"a"});
+    EXPECT_EQ(menus.patch().category(), "Custom");
+    shown();
+    menus.file(13);
+    EXPECT_TRUE(shown().empty()) << "nothing is selected any more";
+}
+
+TEST_F(Menus, AFavouriteIsACopyThatGoesOnlyByAYes) {
+    EXPECT_FALSE(menus.isFavourite());
+    test::Ended first, second, third;
+    menus.setFavourite(true, first);
+    EXPECT_TRUE(first.result());
+    EXPECT_TRUE(menus.isFavourite());
+    EXPECT_TRUE(platform::exists(favouritePath("Mine")));
+    menus.setFavourite(false, second);
+    EXPECT_FALSE(second.result());
+    EXPECT_TRUE(menus.isFavourite());
+    dialogs.answerNext(true);
+    menus.setFavourite(false, third);
+    EXPECT_TRUE(third.result());
+    EXPECT_FALSE(menus.isFavourite());
+}
+
+TEST_F(Menus, ANewPatchBeginsWithOneLayerAndNoSamples) {
+    putSound(2, 1, 100, 3);
+    onShow.layer = 2;
+    menus.init(0);
+    EXPECT_EQ(audio.layer(2).sample(1).length, 0);
+    EXPECT_EQ(value(par::Layer1On), 1.0f);
+    EXPECT_EQ(value(par::Layer1On + 2), 0.0f);
+    EXPECT_EQ(onShow.layer, 0);
+    EXPECT_TRUE(name().starts_with("Init ")) << name();
+    EXPECT_EQ(menus.patch().category(), "Custom");
+    EXPECT_EQ(commands.names, Texts{"Reset all"});
+}
+
+TEST_F(Menus, ALayerIsResetAloneWithItsSamples) {
+    putSound(2, 1, 100, 3);
+    putSound(1, 1, 100, 3);
+    setCut(1, 0.3f);
+    onShow.layer = 2;
+    menus.init(1);
+    EXPECT_EQ(audio.layer(2).sample(1).length, 0);
+    EXPECT_EQ(audio.layer(1).sample(1).length, 100);
+    EXPECT_EQ(cut(2), 1.0f);
+    EXPECT_EQ(cut(1), 0.3f);
+    EXPECT_EQ(name(), "Mine");
+}
+
+TEST_F(Menus, ATemplateThatIsMissingIsToldAndThePatchStays) {
+    menus.init(6);
+    EXPECT_EQ(shown(), Texts{"Error: The factory sounds are missing. Please reinstall the software."});
+    EXPECT_EQ(name(), "Mine");
+    putPatchFile(templatePath("SubtractivePoly"), 0.5f);
+    onShow.layer = 3;
+    menus.init(6);
+    EXPECT_EQ(cut(0), 0.5f);
+    EXPECT_EQ(onShow.layer, 0);
+    EXPECT_TRUE(name().starts_with("SubtractivePoly ")) << name();
+    EXPECT_EQ(menus.patch().category(), "Custom");
+    menus.patch().follow();
+    EXPECT_EQ(menus.patch().category(), "Custom");
+}
+
+TEST_F(Menus, HelpOpensTheMakersPages) {
+    for (const int row : {4, 5, 8, 9, 12}) menus.help(row);
+    menus.file(19);
+    menus.visitShop();
+    EXPECT_EQ(pages.size(), 7u);
+    for (const std::string& page : pages) EXPECT_TRUE(page.starts_with("https://www.vantoric.example/")) << page;
+    menus.help(11);
+    EXPECT_EQ(pages.size(), 7u) << "nobody says yes";
+    dialogs.answerNext(true);
+    menus.help(11);
+    EXPECT_EQ(pages.back(), addressOf(WebPage::updates));
+    EXPECT_NE(shown().back().find(std::string("Vantoric ") + versionText), std::string::npos);
+}
+
+TEST_F(Menus, LoadTargetsAreArmed) {
+    menus.file(3);
+    EXPECT_EQ(onShow.loadTarget, 3);
+    onShow.layer = 1;
+    menus.paste(0);
+    EXPECT_EQ(onShow.loadTarget, 2);
+    menus.copy(9);
+    EXPECT_TRUE(onShow.multilayer);
+    menus.copy(9);
+    EXPECT_FALSE(onShow.multilayer);
+}
+
+TEST_F(Menus, AWaveOfTheFolderShowsUntilAnotherPatchComes) {
+    for (const char* name : {"saw", "Organ"}) putWave(platform::wavetableFolder() + name + ".wav");
+    onShow.layer = 1;
+    menus.chooseWave(2, 5);
+    EXPECT_EQ(menus.shownWave(2), "saw");
+    EXPECT_EQ(menus.shownWave(1), "");
+    EXPECT_EQ(commands.names, Texts{"Load wave 'saw'"});
+    EXPECT_NE(audio.layer(1).customWave(2).cycle[10], 0);
+    menus.chooseWave(2, 2);
+    EXPECT_FALSE(menus.shownWave(2).empty()) << "a random one";
+    onShow.layer = 0;
+    EXPECT_EQ(menus.shownWave(2), "");
+    onShow.layer = 1;
+    menus.copy(0);
+    menus.paste(2);
+    EXPECT_EQ(menus.shownWave(2), "");
+}
+
+TEST_F(Menus, SamplesGoToTheLayerOnShow) {
+    const platform::ScratchFolder folder;
+    putWave(folder / "kick.wav");
+    onShow.layer = 3;
+    dialogs.choosePathNext(folder / "kick.wav");
+    menus.loadSample(1);
+    EXPECT_EQ(audio.layer(3).sample(1).length, 600);
+    EXPECT_EQ(commands.names, Texts{"Load sample 'kick'"});
+    constexpr int reverse = 11;
+    menus.editSample(1, reverse);
+    EXPECT_EQ(commands.names.size(), 2u);
+}
+
+// A user who takes time to answer.
+struct SlowMenus : ::testing::Test, test::MenuBench {
+    test::SlowDialogs slow;
+    MenuCommands slowMenus{audio, onShow, slow};
+};
+
+TEST_F(SlowMenus, NothingChangesWhileTheUserThinks) {
+    const std::string deep = putPatch("Bass", "Deep", 0.25f);
+    const auto before = values();
+    slowMenus.file(0);
+    slowMenus.file(6);
+    slowMenus.file(10);
+    EXPECT_EQ(slow.paths.size(), 3u);
+    EXPECT_EQ(values(), before);
+    EXPECT_TRUE(userFiles().empty());
+    slow.paths[0](deep);
+    EXPECT_EQ(cut(0), 0.25f);
+}
+
+TEST_F(SlowMenus, ALayerIsTheOneOfTheClick) {
+    const platform::ScratchFolder folder;
+    test::WaveMaker maker;
+    const auto wave = maker.putFrames(600, [](int i) { return i % 100 < 50 ? 9000 : -9000; }).file();
+    ASSERT_TRUE(platform::writeFile(folder / "a.wav", wave.data(), wave.size()));
+    onShow.layer = 2;
+    slowMenus.loadSample(0);
+    onShow.layer = 0;
+    slow.paths.at(0)(folder / "a.wav");
+    EXPECT_EQ(audio.layer(2).sample(0).length, 600);
+    EXPECT_EQ(audio.layer(0).sample(0).length, 0);
+}
+
+}  // namespace
+}  // namespace vantoric

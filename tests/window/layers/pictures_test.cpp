@@ -1,0 +1,162 @@
+// Every layer that opens over the window, as pictures for a person to look at; a picture without its panel fails.
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+#include <gtest/gtest.h>
+
+#include "editor/box_view.h"
+#include "editor/browser_view.h"
+#include "editor/credits_view.h"
+#include "editor/file_chooser.h"
+#include "editor/value_box.h"
+#include "layer_picture.h"
+#include "platform/scratch_folder.h"
+#include "small_library.h"
+
+namespace vantoric {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct WindowSize {
+    const char* name;
+    double width, height, zoom;
+};
+constexpr WindowSize sizes[] = {{"normal", 1200, 660, 1.5},
+                                {"small", 1200, 660, 1},
+                                {"half", 1200, 660, 0.75},
+                                {"low", 1200, 128, 1.5},
+                                {"lowest", 802, 128, 1}};
+
+VSTGUI::CRect areaOf(const WindowSize& size) { return {0, 0, size.width, size.height}; }
+
+template <class Make>
+void keepInAllSizes(const std::string& name, const Make& make) {
+    const WithGui gui;
+    for (const WindowSize& size : sizes) {
+        const int drawn = keepPicture(name + "_" + size.name, make(areaOf(size)), size.width, size.height, size.zoom);
+        EXPECT_GT(drawn, 3000) << name << " " << size.name;
+    }
+}
+
+TEST(Pictures, Boxes) {
+    keepInAllSizes("box_error", [](const VSTGUI::CRect& area) {
+        return new BoxView(area, {"Error", "There are no free matrix slots available.", {"OK"}}, {});
+    });
+    keepInAllSizes("box_question", [](const VSTGUI::CRect& area) {
+        return new BoxView(area, {"Warning", "Are you sure that you want to delete the file 'Glass Harbour'?", {"No", "Yes"}},
+                           {});
+    });
+    keepInAllSizes("box_times", [](const VSTGUI::CRect& area) {
+        auto* box = new BoxView(area, {"Info", "You must load a sample before you can edit it.", {"OK"}}, {});
+        box->setTimes(12);
+        return box;
+    });
+    keepInAllSizes("box_long", [](const VSTGUI::CRect& area) {
+        std::string text = "/home/somebody/Music/Vantoric/" + std::string(90, 'w') + ".wav can't be read.\n\n";
+        for (int line = 0; line < 50; ++line) text += "It is the file number " + std::to_string(line) + " of this kind.\n";
+        return new BoxView(area, {"Hint", text, {"OK"}}, {});
+    });
+}
+
+TEST(Pictures, ValueBoxes) {
+    keepInAllSizes("value", [](const VSTGUI::CRect& area) {
+        return new ValueBox(area, {500, 60, 560, 100}, {"Cutoff 1", "783 Hz", "20 Hz to 20 kHz", ""}, {}, {});
+    });
+    keepInAllSizes("value_error", [](const VSTGUI::CRect& area) {
+        auto* box = new ValueBox(area, {}, {"Semitones", "twelve", "-24 to 24", "semitones"},
+                                 [](const std::string&) { return "This is no number that fits here."; }, {});
+        press(*box, VSTGUI::VirtualKey::Return);
+        return box;
+    });
+}
+
+void fill(const fs::path& folder) {
+    for (const char* name : {"Drums", "Loops 2019", "Field recordings", "Voices"}) fs::create_directories(folder / name);
+    for (int number = 1; number < 40; ++number)
+        std::ofstream(folder / ("Kick " + std::to_string(number) + ".wav"))
+            << std::string(static_cast<std::size_t>(number * number) * 997, 'x');
+    std::ofstream(folder / "Ноктюрн.wav") << "x";
+    std::ofstream(folder / "夜の港.wav") << "x";
+    std::ofstream(folder / ("Long " + std::string(200, 'o') + ".wav")) << "x";
+    std::ofstream(folder / "broken \xff\xfe name.wav") << "x";
+    std::ofstream(folder / "notes.txt") << "x";
+}
+
+TEST(Pictures, FileChooser) {
+    const platform::ScratchFolder scratch;
+    fill(scratch.path());
+    const std::string folder = fs::path(scratch.path()).string();
+    const std::vector<FileChooser::Place> places{
+        {"Home", "/root"}, {"My patches", folder},  {"All patches", "/tmp"},           {"Wavetables", "/opt"},
+        {"Computer", "/"}, {"Drums", "/usr", true}, {"Field recordings", "/var", true}};
+    const auto open = [&](const VSTGUI::CRect& area, bool isSave) {
+        auto* chooser = new FileChooser(area, platform::fileRequest(platform::FileKind::Wave, isSave, folder), places, {});
+        chooser->finishReading();
+        return chooser;
+    };
+    keepInAllSizes("chooser_load", [&](const VSTGUI::CRect& area) {
+        auto* chooser = open(area, false);
+        for (int row = 0; row < 6; ++row) press(*chooser, VSTGUI::VirtualKey::Down);
+        return chooser;
+    });
+    keepInAllSizes("chooser_save", [&](const VSTGUI::CRect& area) {
+        auto* chooser = open(area, true);
+        type(*chooser, "Kick 41");
+        return chooser;
+    });
+    keepInAllSizes("chooser_path", [&](const VSTGUI::CRect& area) {
+        auto* chooser = open(area, false);
+        press(*chooser, VSTGUI::VirtualKey::End);
+        type(*chooser, "/usr/sha");
+        chooser->finishReading();
+        return chooser;
+    });
+    keepInAllSizes("chooser_empty", [&](const VSTGUI::CRect& area) {
+        auto* chooser =
+            new FileChooser(area, platform::fileRequest(platform::FileKind::Patch, false, folder + "/Drums"), places, {});
+        chooser->finishReading();
+        return chooser;
+    });
+}
+
+TEST(Pictures, Credits) {
+    keepInAllSizes("credits", [](const VSTGUI::CRect& area) { return new CreditsView(area, "Version 3.3.0", {}); });
+}
+
+// ---- the browser, in the sizes that have it
+
+void keepBrowser(const std::string& name, SmallLibrary library, const std::function<void(BrowserView&)>& work = {}) {
+    const WithGui gui;
+    for (const WindowSize& size : {sizes[0], sizes[1], sizes[2]}) {
+        auto* view = new BrowserView({0, 128, size.width, size.height}, library, {});
+        if (work) work(*view);
+        EXPECT_GT(keepPicture("browser_" + name + "_" + size.name, view, size.width, size.height, size.zoom), 3000);
+    }
+}
+
+TEST(Pictures, Browser) {
+    const SmallLibrary library = shippedLibrary();
+    keepBrowser("open", library, [](BrowserView& view) { movePointer(view, view.rowRect(30).getCenter()); });
+    keepBrowser("stars", library, [](BrowserView& view) { movePointer(view, view.starRect(30, 4).getCenter()); });
+    keepBrowser("keys", library, [](BrowserView& view) { press(view, VSTGUI::VirtualKey::Down); });
+    keepBrowser("search", library, [](BrowserView& view) { type(view, "Glass"); });
+    keepBrowser("nothing", library, [](BrowserView& view) { type(view, "Glas Hrbr"); });
+    keepBrowser("filter", library, [](BrowserView& view) { click(view, view.chipRect(1).getCenter()); });
+    SmallLibrary large = library;
+    large.shownHint = {"Load a patch to synthesizer layer 2", true};
+    std::vector<std::string> names;
+    for (int number = 1; number <= 1200; ++number)
+        names.push_back("Patch " + std::to_string(number) + (number % 9 == 0 ? std::string(60, 'w') : ""));
+    for (int number = 0; number < 30; ++number) large.add("Folder " + std::to_string(number), names);
+    large.listed = 40;
+    keepBrowser("large", large, [](BrowserView& view) { press(view, VSTGUI::VirtualKey::End); });
+    SmallLibrary empty;
+    empty.listed = -1;
+    empty.shownHint = {"Soundset"};
+    keepBrowser("empty", empty);
+}
+
+}  // namespace
+}  // namespace vantoric
