@@ -49,6 +49,10 @@ bool EditorWindow::open(std::uintptr_t parent) {
     parent_ = parent;
     if (!buildFrame()) return false;
     programs_.setWindowOpen(true);
+    editor_.setLastProgram(programs_.lastNumber());
+    index_ = std::make_unique<PatchIndex>(instrument_.messages());
+    browserModel_ = std::make_unique<BrowserLibrary>(editor_.patches(), editor_.browser(), editor_.commands().patch(), *index_,
+                                                     editor_.onShow());
     dialogs_.setHost(content_.get());
     editor_.open(*this);
     offerRecovery();
@@ -113,6 +117,8 @@ void EditorWindow::close() {
     editor_.close(dialogs_.openCount());
     dialogs_.setHost(nullptr);
     takeFrameDown();
+    browserModel_.reset();
+    index_.reset();
     programs_.setWindowOpen(false);
 }
 
@@ -143,7 +149,7 @@ void EditorWindow::toggleBrowser() {
 
 void EditorWindow::openBrowser() {
     content_->dismissLayers();
-    browser_->open(*content_, &browserModel_);
+    browser_->open(*content_, browserModel_.get());
 }
 
 void EditorWindow::showCredits() {

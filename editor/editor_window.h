@@ -8,11 +8,13 @@
 #include <vector>
 
 #include "editor/browser.h"
+#include "editor/browser_library.h"
 #include "editor/frame_dialogs.h"
 #include "editor/holder_window.h"
 #include "editor/model/q7editor.h"
 #include "editor/model/work_history.h"
 #include "editor/window_content.h"
+#include "library/patch_index.h"
 #include "library/program_loader.h"
 #include "vstgui/lib/cframe.h"
 
@@ -71,6 +73,8 @@ private:
     FrameDialogs dialogs_;
     Q7Editor editor_;
     WorkHistory work_;
+    std::unique_ptr<PatchIndex> index_;  // while a window is open
+    std::unique_ptr<BrowserLibrary> browserModel_;
     ProgramLoader programs_;  // while no window is open
     std::uintptr_t parent_ = 0;
     std::unique_ptr<HolderWindow> holder_;
