@@ -57,6 +57,7 @@ private:
     void toggleBrowser() override;
     void openBrowser() override;
     void openMenu(int index) override { content_->openMenu(index); }
+    void showPatchName() override { content_->redrawPart(WindowPart::PatchList); }
     void showHint(const std::string& text) override { content_->showHint(text); }
     void showCredits() override;
 
