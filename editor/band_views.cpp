@@ -138,7 +138,11 @@ void WheelView::follow(CPoint where) {
 
 void WheelView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
-    if (!event.buttonState.isLeft()) return event.ignoreFollowUpMoveAndUpEvents(true);
+    if (!event.buttonState.isLeft()) {
+        event.ignoreFollowUpMoveAndUpEvents(true);
+        if (event.buttonState.isRight() && menuWanted_) menuWanted_();
+        return;
+    }
     isHeld_ = true;
     beginEdit();
     follow(event.mousePosition);

@@ -64,6 +64,8 @@ public:
     void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
     void onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) override;
     bool isHeld() const { return isHeld_; }
+    // What a right click does; nothing if it is never set.
+    void setMenuWanted(std::function<void()> menuWanted) { menuWanted_ = std::move(menuWanted); }
 
     CLASS_METHODS_NOCOPY(WheelView, VSTGUI::CControl)
 
@@ -74,6 +76,7 @@ private:
 
     bool springsBack_;
     bool isHeld_ = false;
+    std::function<void()> menuWanted_;
 };
 
 // The level of both channels.

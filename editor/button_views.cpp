@@ -180,7 +180,22 @@ void ButtonView::drawPencil(Pen& pen) {
 // ---- head of a menu
 
 void MenuButtonView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
-    if (isPlainClick(event)) window().controlListWanted(*this);
+    event.consumed = true;
+    isPressed_ = event.buttonState.isLeft();
+    if (isPressed_) window().controlListWanted(*this);
+}
+
+void MenuButtonView::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
+    if (!isPressed_) return;
+    event.consumed = true;
+    window().controlPointer(event.mousePosition, false);
+}
+
+void MenuButtonView::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
+    if (!isPressed_) return;
+    event.consumed = true;
+    isPressed_ = false;
+    window().controlPointer(event.mousePosition, true);
 }
 
 void MenuButtonView::drawControl(Pen& pen) {

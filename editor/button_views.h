@@ -58,9 +58,14 @@ class MenuButtonView : public ControlView {
 public:
     using ControlView::ControlView;
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+    void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;
+    void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
 
 protected:
     void drawControl(Pen& pen) override;
+
+private:
+    bool isPressed_ = false;
 };
 
 }  // namespace vantoric

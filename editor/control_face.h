@@ -31,6 +31,8 @@ public:
     virtual void controlTypingWanted(ControlFace& control) = 0;
     // A click on a button, with its modifiers.
     virtual void controlPressed(ControlFace& control, VSTGUI::Modifiers modifiers) = 0;
+    // The pointer of a press that opened a list: moved, or let go of. In window units.
+    virtual void controlPointer(VSTGUI::CPoint where, bool isReleased) = 0;
     // The wheel over a list: `direction` rows on.
     virtual void controlStepped(ControlFace& control, int direction) = 0;
 };

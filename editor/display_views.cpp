@@ -80,7 +80,8 @@ void DisplayViews::refreshFilter(int filter, const std::optional<ShownVoice>& vo
 }
 
 void DisplayViews::refreshEnvelope() {
-    const EnvelopeSettings settings = envelopeSettings(instrument_.parameters(), editor_.onShow().layer, editor_.pages().envelope());
+    const EnvelopeSettings settings =
+        envelopeSettings(instrument_.parameters(), editor_.onShow().layer, editor_.pages().envelope());
     if (!envelope_.refresh(settings, layout(), std::exchange(editor_.displayFlags().envelope, false))) return;
     Wavedisplay* display = view(tag::envelopeView);
     const ControlEntry& entry = display->entry();

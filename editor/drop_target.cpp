@@ -14,7 +14,8 @@ namespace {
 std::string decoded(const std::string& text) {
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool isCoded = text[i] == '%' && i + 2 < text.size() && std::isxdigit(static_cast<unsigned char>(text[i + 1])) != 0 &&
+        const bool isCoded = text[i] == '%' && i + 2 < text.size() &&
+                             std::isxdigit(static_cast<unsigned char>(text[i + 1])) != 0 &&
                              std::isxdigit(static_cast<unsigned char>(text[i + 2])) != 0;
         if (isCoded) {
             result += static_cast<char>(std::strtol(text.substr(i + 1, 2).c_str(), nullptr, 16));

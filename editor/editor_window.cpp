@@ -138,7 +138,8 @@ void EditorWindow::rebuild() {
 void EditorWindow::setZoom(double) {}
 
 bool EditorWindow::beforeSizeChange(const CRect& newSize, const CRect&) {
-    if (holder_) holder_->resize(static_cast<int>(std::lround(newSize.getWidth())), static_cast<int>(std::lround(newSize.getHeight())));
+    if (holder_)
+        holder_->resize(static_cast<int>(std::lround(newSize.getWidth())), static_cast<int>(std::lround(newSize.getHeight())));
     return true;
 }
 

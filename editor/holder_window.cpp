@@ -41,7 +41,8 @@ HolderWindow::~HolderWindow() {
 }
 
 void HolderWindow::resize(int width, int height) {
-    const std::uint32_t values[] = {static_cast<std::uint32_t>(std::max(width, 1)), static_cast<std::uint32_t>(std::max(height, 1))};
+    const std::uint32_t values[] = {static_cast<std::uint32_t>(std::max(width, 1)),
+                                    static_cast<std::uint32_t>(std::max(height, 1))};
     xcb_configure_window(display(), id_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, values);
     xcb_flush(display());
 }

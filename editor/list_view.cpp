@@ -12,9 +12,22 @@ void ListView::setLevel(float level) {
 
 void ListView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
-    event.ignoreFollowUpMoveAndUpEvents(true);
+    isPressed_ = event.buttonState.isLeft();
     if (event.buttonState.isRight()) return window().controlMenuWanted(*this);
     window().controlListWanted(*this);
+}
+
+void ListView::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
+    if (!isPressed_) return;
+    event.consumed = true;
+    window().controlPointer(event.mousePosition, false);
+}
+
+void ListView::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
+    if (!isPressed_) return;
+    event.consumed = true;
+    isPressed_ = false;
+    window().controlPointer(event.mousePosition, true);
 }
 
 void ListView::onMouseWheelEvent(VSTGUI::MouseWheelEvent& event) {

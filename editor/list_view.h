@@ -12,6 +12,8 @@ public:
     // How loud an arpeggiator step is, 0 to 1; drawn behind its text.
     void setLevel(float level);
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+    void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;
+    void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
     void onMouseWheelEvent(VSTGUI::MouseWheelEvent& event) override;
 
 protected:
@@ -24,6 +26,7 @@ private:
     void drawSmall(Pen& pen, const Color& fill);
 
     float level_ = 0;
+    bool isPressed_ = false;
 };
 
 }  // namespace vantoric

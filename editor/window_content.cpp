@@ -32,7 +32,8 @@ CRect rectOf(const LayoutRect& r) { return CRect(CPoint(r.x, r.y), CPoint(r.widt
 
 // The colour of a source's function, by its list index.
 Color sourceColor(int source) {
-    const std::string label = source >= 0 && source < static_cast<int>(matrixSourceLabels.size()) ? matrixSourceLabels[source] : "";
+    const std::string label =
+        source >= 0 && source < static_cast<int>(matrixSourceLabels.size()) ? matrixSourceLabels[source] : "";
     if (label.find("Env") != std::string::npos || label.find("Decay") != std::string::npos) return style::envelopes;
     if (label.find("Lfo") != std::string::npos || label.find("Hz") != std::string::npos) return style::lfo;
     return style::output;
@@ -99,6 +100,9 @@ void WindowContent::addBand() {
     root_.addView(favourite_ = new FavouriteView(place(WindowPart::Favourite), this, tag::favourite));
     root_.addView(pitchWheel_ = new WheelView(place(WindowPart::PitchWheel), this, tag::pitchWheel, true));
     root_.addView(modWheel_ = new WheelView(place(WindowPart::ModWheel), this, tag::modWheel, false));
+    modWheel_->setMenuWanted([this] {
+        if (ControlFace* knob = views_.withTag(parameter::Modwheel)) controlMenuWanted(*knob);
+    });
     root_.addView(meter_ = new MeterView(place(WindowPart::Meter)));
     CRect hint = place(WindowPart::HintLine), history = hint;
     history.left = history.right - historyBarWidth;
@@ -107,13 +111,14 @@ void WindowContent::addBand() {
     root_.addView(historyBar_ = new HistoryBar(
                       history, [this](HistoryBar::Button button, bool isShifted) { historyPressed(button, isShifted); },
                       [this](HistoryBar::Button button) { historyHovered(button); }));
-    root_.addView(dragAreas_[wheelArea] = new MYDragArea(place(WindowPart::DragWheel), wheelArea, "Drag", style::output,
-                                                         style::bandPanel, *this));
+    root_.addView(dragAreas_[wheelArea] =
+                      new MYDragArea(place(WindowPart::DragWheel), wheelArea, "Drag", style::output, style::bandPanel, *this));
 }
 
 void WindowContent::addDragAreas() {
     const auto add = [this](int index, WindowPart part, const Color& color) {
-        dragAreas_[index] = new MYDragArea(rectOf(windowPart(part).rect).inset(0, 1), index, "Drag to knob", color, style::panel, *this);
+        dragAreas_[index] =
+            new MYDragArea(rectOf(windowPart(part).rect).inset(0, 1), index, "Drag to knob", color, style::panel, *this);
         root_.addView(dragAreas_[index]);
     };
     add(envelopeArea, WindowPart::DragEnvelope, style::envelopes);
@@ -171,9 +176,11 @@ void WindowContent::refresh(ControlFace& face) {
     face.setOff(isSilent(editor_, entry));
     face.setMultilayer(editor_.onShow().multilayer && entry.page != page::always);
     if (entry.tag == tag::zoomMenu) return face.setText(std::to_string(std::lround(editor_.size().zoom() * 100)) + "%");
-    if (entry.kind != WidgetKind::Knob) face.setText(entry.kind == WidgetKind::LargeKnob ? holeText(editor_, entry) : editor_.textOf(entry));
+    if (entry.kind != WidgetKind::Knob)
+        face.setText(entry.kind == WidgetKind::LargeKnob ? holeText(editor_, entry) : editor_.textOf(entry));
     if (auto* knob = dynamic_cast<MYCKnob*>(&face)) refreshKnob(*knob);
-    if (auto* list = dynamic_cast<ListView*>(&face); list != nullptr && entry.tag >= parameter::ArpVol1 && entry.tag < parameter::ArpVol1 + 16) {
+    if (auto* list = dynamic_cast<ListView*>(&face);
+        list != nullptr && entry.tag >= parameter::ArpVol1 && entry.tag < parameter::ArpVol1 + 16) {
         const char first = face.text().empty() ? '.' : face.text()[0];
         list->setLevel(first >= '1' && first <= '8' ? static_cast<float>(first - '0') / 8 : 0);
     }
@@ -205,7 +212,8 @@ void WindowContent::refreshBackdrop() {
         const bool isUsed = source > 0 && destination > 0;
         if (isUsed) ++state.slotsUsed;
         if (slot / 5 == editor_.pages().matrix()) state.matrix[slot % 5] = {slot + 1, isUsed, sourceColor(source)};
-        if (isUsed && isOfShownLfo(source) && state.driven.size() < 5 && destination < static_cast<int>(matrixDestinationLabels.size()))
+        if (isUsed && isOfShownLfo(source) && state.driven.size() < 5 &&
+            destination < static_cast<int>(matrixDestinationLabels.size()))
             state.driven.emplace_back(matrixDestinationLabels[destination]);
     }
     state.hasLfoTargets = shownLfo < 3;
@@ -245,7 +253,8 @@ void WindowContent::follow() {
     }
     const double glow = 0.5 + 0.5 * std::sin(2 * std::numbers::pi * round_ / roundsASecond);
     views_.forEach([glow](ControlFace& face) {
-        if (auto* knob = dynamic_cast<MYCKnob*>(&face); knob != nullptr && knob->ccNumber() == MidiLearn::learning) knob->setLearnGlow(glow);
+        if (auto* knob = dynamic_cast<MYCKnob*>(&face); knob != nullptr && knob->ccNumber() == MidiLearn::learning)
+            knob->setLearnGlow(glow);
     });
     if (touched_ != nullptr && !touched_->view().isEditing() && round_ > touchedUntil_) touch(nullptr);
     if (newsUntil_ != 0 && round_ > newsUntil_) {
@@ -339,7 +348,8 @@ void WindowContent::showHelp(ControlFace* face) {
 }
 
 void WindowContent::controlPressed(ControlFace& face, VSTGUI::Modifiers) {
-    if (face.entry().kind == WidgetKind::SampleButton && (face.entry().tag - tag::sampleLoad1) % 2 == 1) return controlListWanted(face);
+    if (face.entry().kind == WidgetKind::SampleButton && (face.entry().tag - tag::sampleLoad1) % 2 == 1)
+        return controlListWanted(face);
     editor_.valueChanged(face.entry().tag, 1, true);
 }
 
@@ -356,8 +366,9 @@ void WindowContent::controlTypingWanted(ControlFace& face) {
     dismissLayers();
     const int mode = editor_.lfoModeOf(number);
     ValueBox::Asked asked{entry.name, spokenValue(editor_, entry), typedRange(number, mode), "", 64};
-    auto* box = new ValueBox(area_, face.body(), std::move(asked), [this, &entry](const std::string& text) { return takeTyped(entry, text); },
-                             nullptr);
+    auto* box = new ValueBox(
+        area_, face.body(), std::move(asked), [this, &entry](const std::string& text) { return takeTyped(entry, text); },
+        nullptr);
     box->setClosed([this, box] { closeLayer(*box); });
     openLayer(box);
 }
@@ -368,6 +379,20 @@ std::optional<std::string> WindowContent::takeTyped(const ControlEntry& entry, c
     if (!value) return "Not understood. " + typedRange(number, mode);
     if (ControlFace* face = views_.withTag(entry.tag)) setByKey(*face, *value);
     return std::nullopt;
+}
+
+// The menu that a press opened follows the pointer that is still held.
+void WindowContent::controlPointer(CPoint where, bool isReleased) {
+    auto* popup = layers_.empty() ? nullptr : dynamic_cast<PopupMenu*>(layers_.back());
+    if (popup == nullptr) return;
+    if (isReleased) {
+        VSTGUI::MouseUpEvent event(where, VSTGUI::MouseButton::Left);
+        popup->onMouseUpEvent(event);
+    } else {
+        VSTGUI::MouseMoveEvent event;
+        event.mousePosition = where;
+        popup->onMouseMoveEvent(event);
+    }
 }
 
 void WindowContent::controlStepped(ControlFace& face, int direction) {
@@ -488,12 +513,13 @@ void WindowContent::controlMenuWanted(ControlFace& face) {
     if (parameterOfTag(entry.tag) < 0) return;
     CRect anchor = face.body();
     anchor.top += 14;  // from within the knob on
-    openPopup(anchor, knobRows(entry),
-              [this, &entry](int row) {
-                  if (row >= firstSubmenuTag) return editor_.knobSourceChosen(entry.tag, row);
-                  editor_.knobRowChosen(entry.tag, row);
-              },
-              &face);
+    openPopup(
+        anchor, knobRows(entry),
+        [this, &entry](int row) {
+            if (row >= firstSubmenuTag) return editor_.knobSourceChosen(entry.tag, row);
+            editor_.knobRowChosen(entry.tag, row);
+        },
+        &face);
 }
 
 void WindowContent::openPopup(const CRect& anchor, std::vector<MenuRow> rows, PopupMenu::Chosen chosen, ControlFace* opener) {
@@ -517,8 +543,9 @@ void WindowContent::openCategories() {
     std::vector<MenuRow> rows;
     for (const std::string& name : patches.categoryNames())
         rows.push_back({name, static_cast<int>(rows.size()), name == patches.selectedCategory(), {}, {}});
-    openPopup(rectOf(windowPart(WindowPart::CategoryList).rect), std::move(rows),
-              [this](int row) { editor_.rowChosen(tag::categoryList, row); }, nullptr);
+    openPopup(
+        rectOf(windowPart(WindowPart::CategoryList).rect), std::move(rows),
+        [this](int row) { editor_.rowChosen(tag::categoryList, row); }, nullptr);
 }
 
 void WindowContent::openPatches() {
@@ -526,8 +553,9 @@ void WindowContent::openPatches() {
     std::vector<MenuRow> rows;
     for (const std::string& name : patches.patchNames())
         rows.push_back({name, static_cast<int>(rows.size()), static_cast<int>(rows.size()) == patches.selection().patch, {}, {}});
-    openPopup(rectOf(windowPart(WindowPart::PatchList).rect), std::move(rows),
-              [this](int row) { editor_.rowChosen(tag::patchList, row); }, nullptr);
+    openPopup(
+        rectOf(windowPart(WindowPart::PatchList).rect), std::move(rows),
+        [this](int row) { editor_.rowChosen(tag::patchList, row); }, nullptr);
 }
 
 // ---- layers -------------------------------------------------------------------------------------------------
@@ -585,6 +613,7 @@ void WindowContent::dragHovered(int area, bool isHovered) {
 
 void WindowContent::dragBegan(int area) {
     setFocus(nullptr);
+    isDragging_ = true;
     constexpr WindowPart parts[] = {WindowPart::DragEnvelope, WindowPart::DragLfo, WindowPart::DragWheel};
     dragSource_ = editor_.draggedSource(parts[area]);
     markTargets(dragColor(area), -1);
@@ -610,6 +639,7 @@ void WindowContent::dragEnded(int area, CPoint where) {
 }
 
 void WindowContent::dragCancelled(int) {
+    isDragging_ = false;
     overlay_->setCable(std::nullopt);
     markTargets(std::nullopt, -1);
 }
@@ -649,10 +679,12 @@ bool WindowContent::onShortcut(const VSTGUI::KeyboardEvent& event) {
         case 'z': historyPressed(isShifted ? HistoryBar::Button::redo : HistoryBar::Button::undo, false); return true;
         case 'y': historyPressed(HistoryBar::Button::redo, false); return true;
         case 'c':
-            if (focused_ != nullptr && parameterOfTag(focused_->entry().tag) >= 0) copiedValue_ = editor_.valueOf(focused_->entry().tag);
+            if (focused_ != nullptr && parameterOfTag(focused_->entry().tag) >= 0)
+                copiedValue_ = editor_.valueOf(focused_->entry().tag);
             return true;
         case 'v':
-            if (focused_ != nullptr && copiedValue_ >= 0 && parameterOfTag(focused_->entry().tag) >= 0) setByKey(*focused_, copiedValue_);
+            if (focused_ != nullptr && copiedValue_ >= 0 && parameterOfTag(focused_->entry().tag) >= 0)
+                setByKey(*focused_, copiedValue_);
             return true;
         default: return false;
     }
@@ -689,8 +721,9 @@ void WindowContent::moveFocus(int direction) {
     });
     const auto place = [](const ControlFace* face) {
         const ControlEntry& entry = face->entry();
-        return std::pair(static_cast<int>(entry.y < bandHeight ? Section::Oscillators : entry.section) + (entry.y < bandHeight ? -10 : 0),
-                         std::pair(entry.y / 24, entry.x));
+        return std::pair(
+            static_cast<int>(entry.y < bandHeight ? Section::Oscillators : entry.section) + (entry.y < bandHeight ? -10 : 0),
+            std::pair(entry.y / 24, entry.x));
     };
     std::stable_sort(order.begin(), order.end(), [&](const ControlFace* a, const ControlFace* b) { return place(a) < place(b); });
     if (order.empty()) return;
@@ -746,8 +779,11 @@ void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
         case VirtualKey::Return:
         case VirtualKey::Enter:
             if (isListKind(entry.kind) || entry.kind == WidgetKind::Menu) return controlListWanted(face);
-            if (isSwitchLike(entry.kind)) return editor_.valueChanged(entry.tag, editor_.valueOf(entry.tag) > 0.5f && entry.kind == WidgetKind::Switch ? 0.0f : 1.0f, false);
-            if (entry.kind == WidgetKind::Button || entry.kind == WidgetKind::SampleButton) return controlPressed(face, event.modifiers);
+            if (isSwitchLike(entry.kind))
+                return editor_.valueChanged(
+                    entry.tag, editor_.valueOf(entry.tag) > 0.5f && entry.kind == WidgetKind::Switch ? 0.0f : 1.0f, false);
+            if (entry.kind == WidgetKind::Button || entry.kind == WidgetKind::SampleButton)
+                return controlPressed(face, event.modifiers);
             return event.virt == VirtualKey::Space ? controlResetWanted(face) : controlTypingWanted(face);
         default: break;
     }

@@ -51,7 +51,7 @@ public:
     void onKey(VSTGUI::KeyboardEvent& event);
     // Whether keys belong to the window at present: something is open, a control has the focus by keyboard, or the user has
     // clicked on the window's ground.
-    bool wantsKeys() const { return !layers_.empty() || focused_ != nullptr || hasKeyboard_; }
+    bool wantsKeys() const { return !layers_.empty() || focused_ != nullptr || hasKeyboard_ || isDragging_; }
 
     // ---- layers
 
@@ -76,6 +76,7 @@ private:
     void controlResetWanted(ControlFace& face) override;
     void controlTypingWanted(ControlFace& face) override;
     void controlPressed(ControlFace& face, VSTGUI::Modifiers modifiers) override;
+    void controlPointer(VSTGUI::CPoint where, bool isReleased) override;
     void controlStepped(ControlFace& face, int direction) override;
     void depthDragBegan(ControlFace& knob) override;
     void depthDragged(ControlFace& knob, float amount) override;
@@ -147,7 +148,7 @@ private:
     unsigned touchedUntil_ = 0;
     unsigned newsUntil_ = 0;
     ControlFace* focused_ = nullptr;
-    bool hasKeyboard_ = false;
+    bool hasKeyboard_ = false, isDragging_ = false;
     float copiedValue_ = -1;  // below 0: none
     int dragSource_ = 0;
 };

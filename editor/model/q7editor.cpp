@@ -11,6 +11,7 @@
 #include "editor/model/window_files.h"
 #include "effects/effect_texts.h"
 #include "effects/type_table.h"
+#include "library/history.h"
 #include "library/program_steps.h"
 #include "parameters/parameter_table.h"
 
@@ -59,6 +60,11 @@ bool isLayerControl(int tag) {
 }
 
 bool isOn(float value) { return value > 0.5f; }
+
+std::string nameOfControl(int tag) {
+    const int number = parameterOfTag(tag);
+    return number >= 0 ? nameOfParameter(number) : "";
+}
 
 }  // namespace
 
@@ -317,11 +323,17 @@ void Q7Editor::finish(const KnobCommandResult& result) {
 }
 
 void Q7Editor::knobRowChosen(int tag, int row) {
-    if (view_ != nullptr) finish(knobs_.chooseRow(parameterOfTag(tag), row));
+    if (view_ == nullptr) return;
+    if (row == learnRow || row == resetValueRow) return finish(knobs_.chooseRow(parameterOfTag(tag), row));
+    const CommandLog::Running running(menus_.log(),
+                                      (row == resetAllRow ? "Reset " : "Remove modulation of ") + nameOfControl(tag));
+    finish(knobs_.chooseRow(parameterOfTag(tag), row));
 }
 
 void Q7Editor::knobSourceChosen(int tag, int sourceTag) {
-    if (view_ != nullptr) finish(knobs_.chooseSource(parameterOfTag(tag), sourceTag));
+    if (view_ == nullptr) return;
+    const CommandLog::Running running(menus_.log(), "Modulate " + nameOfControl(tag));
+    finish(knobs_.chooseSource(parameterOfTag(tag), sourceTag));
 }
 
 void Q7Editor::beginDepth(int tag) {
@@ -361,6 +373,7 @@ int Q7Editor::dropTarget(float x, float y) const {
 void Q7Editor::dropSource(int source, float x, float y) {
     const int target = dropTarget(x, y);
     if (view_ == nullptr || target < 0 || source <= 0) return;
+    const CommandLog::Running running(menus_.log(), "Modulate " + nameOfControl(controlEntry(target).tag));
     finish({matrix_.addDroppedModulation(parameterOfTag(controlEntry(target).tag), source), ""});
 }
 

@@ -32,7 +32,9 @@ std::string trimmed(const std::string& text) {
 std::optional<Amount> amountOf(std::string text) {
     std::replace(text.begin(), text.end(), ',', '.');
     const char* begin = text.c_str();
-    while (*begin != 0 && std::isdigit(static_cast<unsigned char>(*begin)) == 0 && *begin != '-' && *begin != '+' && *begin != '.') ++begin;
+    while (*begin != 0 && std::isdigit(static_cast<unsigned char>(*begin)) == 0 && *begin != '-' && *begin != '+' &&
+           *begin != '.')
+        ++begin;
     char* end = nullptr;
     const double number = std::strtod(begin, &end);
     if (end == begin || !std::isfinite(number)) return std::nullopt;
@@ -63,9 +65,10 @@ std::optional<float> typedValue(int n, const std::string& text, int lfoMode) {
     if (typed.empty()) return std::nullopt;
     if (isLabelled(n)) return parseParameterValue(n, typed);
     const auto amount = amountOf(typed);
-    const bool hasLetters = std::any_of(typed.begin(), typed.end(), [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; });
-    if (!amount || (hasLetters && !amount->unit.empty() && lower(typed).find(amount->unit) != 0 && !std::isdigit(static_cast<unsigned char>(typed[0])) &&
-                    typed[0] != '-' && typed[0] != '+'))
+    const bool hasLetters =
+        std::any_of(typed.begin(), typed.end(), [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; });
+    if (!amount || (hasLetters && !amount->unit.empty() && lower(typed).find(amount->unit) != 0 &&
+                    !std::isdigit(static_cast<unsigned char>(typed[0])) && typed[0] != '-' && typed[0] != '+'))
         return parseParameterValue(n, typed);  // a word such as "Free" or "Keyfol."
     // Of all that the display can show the nearest; of those that show the same the middle one.
     const double wanted = inBaseUnit(*amount);

@@ -39,8 +39,6 @@ void WorkHistory::follow() {
 
 PatchPlace WorkHistory::place() const { return {editor_.commands().patch().category(), editor_.patchName()}; }
 
-void WorkHistory::showPlace(const PatchPlace& place) {
-    editor_.commands().patch().showListed(place.category, place.patch);
-}
+void WorkHistory::showPlace(const PatchPlace& place) { editor_.commands().patch().showListed(place.category, place.patch); }
 
 }  // namespace vantoric
