@@ -123,7 +123,7 @@ TEST_F(Life, AParentThatIsNoneDoesNoHarm) {
 
 TEST_F(Life, WithoutADisplayThePluginPlaysWithoutAWindow) {
     const std::string display = std::getenv("DISPLAY");
-    const Installation installation;
+    const Installation installation(pluginUnderTest());
     unsetenv("DISPLAY");
     {
         PluginHost plugin(installation.plugin());
@@ -276,7 +276,7 @@ TEST_F(Life, AHostThatRefusesASizeKeepsAWorkingWindow) {
 }
 
 TEST_F(Life, AnyByteIsASize) {
-    const Installation installation;
+    const Installation installation(pluginUnderTest());
     for (const int byte : {18, 100, 127, 128, 255}) {
         installation.setSize(byte);
         WindowHost host(installation.plugin());

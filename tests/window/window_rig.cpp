@@ -30,12 +30,6 @@ constexpr unsigned menuGround = 0x1F252A;
 
 double heightOf(const std::string& label) { return label == "-" ? separatorHeight : rowHeight; }
 
-fs::path newFolder() {
-    std::string name = (fs::temp_directory_path() / "vantoric-window-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    return name;
-}
-
 double unitOf(int size) { return vantoric::zoomOfSize(size) * (size >= 3 ? 1.5 : 1.0); }
 
 }  // namespace
@@ -51,38 +45,6 @@ const fs::path& openerFolder() {
 }
 
 fs::path openedPages() { return openerFolder() / "opened"; }
-
-Installation::Installation() : folder_(newFolder()) {
-    const fs::path from = fs::canonical(pluginUnderTest());
-    fs::copy_file(from, folder_ / from.filename());
-    // Banks are large and stay as they are; what the plug-in writes lies beside them.
-    fs::create_directory(folder_ / "Vantoric_data");
-    for (const auto& entry : fs::directory_iterator(from.parent_path() / "Vantoric_data"))
-        if (entry.path().extension() != ".cfg")
-            fs::create_symlink(entry.path(), folder_ / "Vantoric_data" / entry.path().filename());
-    for (const char* content : {"Vantoric_sounds", "Vantoric_wavetables"})
-        if (fs::exists(from.parent_path() / content))
-            fs::copy(from.parent_path() / content, folder_ / content, fs::copy_options::recursive);
-    setSize(3);
-    setTooltips(false);
-}
-
-Installation::~Installation() {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
-}
-
-std::string Installation::plugin() const { return (folder_ / fs::path(pluginUnderTest()).filename()).string(); }
-
-void Installation::setSize(int index) const { std::ofstream(sizeFile(), std::ios::binary).put(static_cast<char>(index)); }
-
-void Installation::setTooltips(bool areShown) const {
-    if (areShown) {
-        fs::remove(tooltipsFile());
-    } else {
-        std::ofstream(tooltipsFile()).put('1');
-    }
-}
 
 std::optional<Box> menuBox(const Picture& picture, std::optional<Box> besides) {
     constexpr int shortest = 24;  // no stroke or letter is as wide
@@ -109,7 +71,8 @@ std::optional<Box> menuBox(const Picture& picture, std::optional<Box> besides) {
 }
 
 WindowRig::WindowRig(int size, HostAnswers answers, const std::function<void(const Installation&)>& prepare)
-    : host_((installation_.setSize(size), prepare ? prepare(installation_) : void(), installation_.plugin()), std::move(answers)),
+    : installation_(pluginUnderTest()),
+      host_((installation_.setSize(size), prepare ? prepare(installation_) : void(), installation_.plugin()), std::move(answers)),
       unit_(unitOf(size)) {
     // Every layer and oscillator sounds, so that no touch wakes one besides what it is for.
     for (int l = 0; l < 4; ++l) {

@@ -10,6 +10,7 @@
 
 #include "editor/model/control_table.h"
 #include "editor/model/window_layout.h"
+#include "tests/window/installation.h"
 #include "tests/window/window_host.h"
 
 namespace testhost {
@@ -20,26 +21,6 @@ std::string pluginUnderTest();
 // A folder ahead in the search for programs, and the file in which pages that were opened in a browser are written down.
 const std::filesystem::path& openerFolder();
 std::filesystem::path openedPages();
-
-// A copy of the plug-in with the content beside it, which tests may spoil. Tooltips are off and the window is of size 3
-// unless said otherwise.
-class Installation {
-public:
-    Installation();
-    Installation(const Installation&) = delete;
-    Installation& operator=(const Installation&) = delete;
-    ~Installation();
-
-    std::string plugin() const;
-    const std::filesystem::path& folder() const { return folder_; }
-    std::filesystem::path sizeFile() const { return folder_ / "Vantoric_data" / "VantoriSize.cfg"; }
-    std::filesystem::path tooltipsFile() const { return folder_ / "Vantoric_data" / "VantoriTooltips.cfg"; }
-    void setSize(int index) const;
-    void setTooltips(bool areShown) const;
-
-private:
-    std::filesystem::path folder_;
-};
 
 struct Point {
     double x, y;
