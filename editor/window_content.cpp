@@ -189,6 +189,14 @@ void WindowContent::refresh(ControlFace& face) {
             hostIndex(parameter::MatSrc1 + entry.tag - parameter::MatVal1, editor_.onShow().layer))));
 }
 
+// What a list shows that stands for no parameter.
+std::string WindowContent::commandLabel(const ControlEntry& entry) const {
+    if (entry.kind == WidgetKind::SmallList && entry.tag >= tag::sampleEdit1 && entry.tag < tag::sampleEdit1 + 6) return "Edit";
+    if (entry.tag < tag::waveMenu1 || entry.tag >= tag::waveMenu1 + 3) return "";
+    const std::string wave = editor_.commands().shownWave(entry.tag - tag::waveMenu1);
+    return wave.empty() ? "Custom wave" : wave;
+}
+
 void WindowContent::refreshKnob(MYCKnob& knob) {
     const KnobModulation modulation = editor_.modulationOf(knob.entry());
     int source = 0;

@@ -95,6 +95,7 @@ private:
     void addDragAreas();
     void refresh(ControlFace& face);
     void refreshKnob(MYCKnob& knob);
+    std::string commandLabel(const ControlEntry& entry) const;
     void refreshBackdrop();
     void refreshPatchLine();
     void followLamps();
