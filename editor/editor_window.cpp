@@ -20,11 +20,8 @@ constexpr std::uint64_t roundMilliseconds = 50;  // of the editor's own idle rou
 
 }  // namespace
 
-EditorWindow::EditorWindow(Instrument& instrument, const std::string& hostProduct)
-    : instrument_(instrument),
-      editor_(instrument, dialogs_, hostProduct),
-      work_(instrument, editor_),
-      programs_(instrument, platform::desktopDialogs()) {
+EditorWindow::EditorWindow(Instrument& instrument, ProgramLoader& programs, const std::string& hostProduct)
+    : instrument_(instrument), editor_(instrument, dialogs_, hostProduct), work_(instrument, editor_), programs_(programs) {
     GuiModule::shared().enter(platform::dataFolder());
     editor_.loadSize(screen());
 }
