@@ -35,7 +35,13 @@ const CRect layersArea(402, 4, 598, 78);
 
 }  // namespace
 
-Backdrop::Backdrop(const CRect& area) : CView(area) { setMouseEnabled(false); }
+Backdrop::Backdrop(const CRect& area, std::function<void()> clicked) : CView(area), clicked_(std::move(clicked)) {}
+
+void Backdrop::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
+    event.consumed = true;
+    event.ignoreFollowUpMoveAndUpEvents(true);
+    clicked_();
+}
 
 void Backdrop::setState(const BackdropState& state) {
     if (state == state_) return;

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "editor/pen.h"
 #include "vstgui/lib/cview.h"
+#include "vstgui/lib/events.h"
 
 namespace vantoric {
 
@@ -32,13 +34,15 @@ struct BackdropState {
 
 class Backdrop : public VSTGUI::CView {
 public:
-    explicit Backdrop(const VSTGUI::CRect& area);
+    // `clicked` hears of clicks on the ground.
+    Backdrop(const VSTGUI::CRect& area, std::function<void()> clicked);
 
     // Draws anew what differs.
     void setState(const BackdropState& state);
 
     void draw(VSTGUI::CDrawContext* context) override;
     void drawRect(VSTGUI::CDrawContext* context, const VSTGUI::CRect& updated) override;
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
 
     CLASS_METHODS_NOCOPY(Backdrop, VSTGUI::CView)
 
@@ -53,6 +57,7 @@ private:
     void drawMatrix(Pen& pen);
     void drawArpeggiator(Pen& pen);
 
+    std::function<void()> clicked_;
     BackdropState state_;
 };
 

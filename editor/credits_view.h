@@ -16,6 +16,7 @@ public:
     // `version` stands under the name. `closed` is called once, with the view still there.
     CreditsView(const VSTGUI::CRect& area, std::string version, std::function<void()> closed);
 
+    void setClosed(std::function<void()> closed) { closed_ = std::move(closed); }
     void onKey(VSTGUI::KeyboardEvent& event) override;
     void dismiss() override;
 

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/version.h"
+#include "editor/credits_view.h"
 #include "editor/gui_module.h"
+#include "platform/dialogs.h"
 #include "platform/module_folder.h"
 #include "vstgui/lib/platform/iplatformframe.h"
 #include "vstgui/lib/platform/platformfactory.h"
@@ -18,7 +21,10 @@ constexpr std::uint64_t roundMilliseconds = 50;  // of the editor's own idle rou
 }  // namespace
 
 EditorWindow::EditorWindow(Instrument& instrument, const std::string& hostProduct)
-    : instrument_(instrument), editor_(instrument, dialogs_, hostProduct) {
+    : instrument_(instrument),
+      editor_(instrument, dialogs_, hostProduct),
+      work_(instrument, editor_),
+      programs_(instrument, platform::desktopDialogs()) {
     GuiModule::shared().enter(platform::dataFolder());
     editor_.loadSize(screen());
 }
@@ -42,9 +48,29 @@ bool EditorWindow::open(std::uintptr_t parent) {
     if (isOpen() || parent == 0 || !GuiModule::shared().connect()) return false;
     parent_ = parent;
     if (!buildFrame()) return false;
+    programs_.setWindowOpen(true);
+    editor_.setLastProgram(programs_.lastNumber());
+    index_ = std::make_unique<PatchIndex>(instrument_.messages());
+    browserModel_ = std::make_unique<BrowserLibrary>(editor_.patches(), editor_.browser(), editor_.commands().patch(), *index_,
+                                                     editor_.onShow());
     dialogs_.setHost(content_.get());
     editor_.open(*this);
+    offerRecovery();
     return true;
+}
+
+// What another process left when it crashed, once for each instrument.
+void EditorWindow::offerRecovery() {
+    if (std::exchange(hasOffered_, true)) return;
+    for (const RecoverablePatch& patch : Autosave::recoverable()) {
+        dialogs_.question("Recovery", "The patch '" + patch.name + "' was not saved when the host ended. Load it?",
+                          [this, patch](bool yes) {
+                              if (!yes) return static_cast<void>(Autosave::discard(patch));
+                              const CommandLog::Running running(editor_.commands().log(), "Recover '" + patch.name + "'");
+                              work_.autosave().recover(patch);
+                          });
+        return;  // one at a time: the next instrument asks for the next
+    }
 }
 
 bool EditorWindow::buildFrame() {
@@ -53,10 +79,11 @@ bool EditorWindow::buildFrame() {
     const Size pixels = size();
     holder_ = std::make_unique<HolderWindow>(static_cast<std::uint32_t>(parent_), pixels.width, pixels.height);
     frame = new VSTGUI::CFrame(CRect(0, 0, width, height), this);
-    auto* root = new VSTGUI::CViewContainer(CRect(0, 0, width, height));
+    auto* root = new DropContainer(CRect(0, 0, width, height));
     root->setBackgroundColor(style::window);
     frame->addView(root);
-    content_ = std::make_unique<WindowContent>(*root, width, height, editor_, instrument_);
+    content_ = std::make_unique<WindowContent>(*root, width, height, editor_, work_, instrument_);
+    root->addView(browser_ = new MYBrowser(nullptr));
     VSTGUI::X11::FrameConfig config;
     config.runLoop = GuiModule::shared().loop();
     auto* const host = reinterpret_cast<void*>(static_cast<std::uintptr_t>(holder_->id()));
@@ -90,6 +117,9 @@ void EditorWindow::close() {
     editor_.close(dialogs_.openCount());
     dialogs_.setHost(nullptr);
     takeFrameDown();
+    browserModel_.reset();
+    index_.reset();
+    programs_.setWindowOpen(false);
 }
 
 void EditorWindow::rebuild() {
@@ -112,9 +142,22 @@ bool EditorWindow::beforeSizeChange(const CRect& newSize, const CRect&) {
     return true;
 }
 
-void EditorWindow::toggleBrowser() {}
-void EditorWindow::openBrowser() {}
-void EditorWindow::showCredits() {}
+void EditorWindow::toggleBrowser() {
+    if (browser_->isOpen()) return browser_->close();
+    openBrowser();
+}
+
+void EditorWindow::openBrowser() {
+    content_->dismissLayers();
+    browser_->open(*content_, browserModel_.get());
+}
+
+void EditorWindow::showCredits() {
+    content_->dismissLayers();
+    auto* credits = new CreditsView(content_->layerArea(), versionText, nullptr);
+    credits->setClosed([this, credits] { content_->closeLayer(*credits); });
+    content_->openLayer(credits);
+}
 
 void EditorWindow::idle() {
     if (!isOpen() || isIdling_) return;
@@ -128,6 +171,7 @@ void EditorWindow::idle() {
     if (isOpen() && now - lastRound_ >= roundMilliseconds) {
         lastRound_ = now;
         editor_.idle();
+        work_.follow();
         content_->follow();
     }
     if (isOpen()) holder_->routeKeys(content_->wantsKeys());

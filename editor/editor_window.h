@@ -7,10 +7,15 @@
 #include <string>
 #include <vector>
 
+#include "editor/browser.h"
+#include "editor/browser_library.h"
 #include "editor/frame_dialogs.h"
 #include "editor/holder_window.h"
 #include "editor/model/q7editor.h"
+#include "editor/model/work_history.h"
 #include "editor/window_content.h"
+#include "library/patch_index.h"
+#include "library/program_loader.h"
 #include "vstgui/lib/cframe.h"
 
 namespace vantoric {
@@ -52,6 +57,7 @@ private:
     void toggleBrowser() override;
     void openBrowser() override;
     void openMenu(int index) override { content_->openMenu(index); }
+    void showPatchName() override { content_->redrawPart(WindowPart::PatchList); }
     void showHint(const std::string& text) override { content_->showHint(text); }
     void showCredits() override;
 
@@ -60,18 +66,25 @@ private:
     void onKeyboardEvent(VSTGUI::KeyboardEvent& event, VSTGUI::CFrame* frame) override;
 
     bool buildFrame();
+    void offerRecovery();
     void takeFrameDown();
     void runLater(std::function<void()> job) { later_.push_back(std::move(job)); }
 
     Instrument& instrument_;
     FrameDialogs dialogs_;
     Q7Editor editor_;
+    WorkHistory work_;
+    std::unique_ptr<PatchIndex> index_;  // while a window is open
+    std::unique_ptr<BrowserLibrary> browserModel_;
+    ProgramLoader programs_;  // while no window is open
     std::uintptr_t parent_ = 0;
     std::unique_ptr<HolderWindow> holder_;
     std::unique_ptr<WindowContent> content_;
+    MYBrowser* browser_ = nullptr;
     std::vector<std::function<void()>> later_;  // run in idle time, outside every event
     std::uint64_t lastRound_ = 0;
     bool isIdling_ = false;
+    bool hasOffered_ = false;  // what a crash left
 };
 
 }  // namespace vantoric

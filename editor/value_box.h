@@ -29,6 +29,7 @@ public:
     // still there.
     ValueBox(const VSTGUI::CRect& area, const VSTGUI::CRect& anchor, Asked asked, Then then, std::function<void()> closed);
 
+    void setClosed(std::function<void()> closed) { closed_ = std::move(closed); }
     void onKey(VSTGUI::KeyboardEvent& event) override;
     void dismiss() override;
     void follow() override;

@@ -1,6 +1,7 @@
 #include "editor/window_content.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <numbers>
 
@@ -8,7 +9,9 @@
 #include "editor/model/control_texts.h"
 #include "editor/model/menu_rows.h"
 #include "editor/model/spoken_values.h"
+#include "editor/model/typed_values.h"
 #include "editor/model/window_files.h"
+#include "editor/value_box.h"
 #include "library/patch_library.h"
 #include "vstgui/lib/cframe.h"
 
@@ -23,6 +26,7 @@ using VSTGUI::VirtualKey;
 constexpr unsigned roundsASecond = 20;
 constexpr unsigned stripRounds = 12, tooltipRounds = 14, newsRounds = 4 * roundsASecond;
 constexpr int firstSubmenuTag = lfoRows;
+constexpr double historyBarWidth = 80;
 
 CRect rectOf(const LayoutRect& r) { return CRect(CPoint(r.x, r.y), CPoint(r.width, r.height)); }
 
@@ -54,16 +58,21 @@ bool isListKind(WidgetKind kind) {
     return kind == WidgetKind::LargeList || kind == WidgetKind::List || kind == WidgetKind::SmallList;
 }
 
+// The row of an oscillator, 0 to 2.
+CRect controlRowOf(int oscillator) { return CRect(CPoint(68, 136 + 94.0 * oscillator), CPoint(528, 88)); }
+
 bool isSwitchLike(WidgetKind kind) { return kind == WidgetKind::Switch || kind == WidgetKind::Selector; }
 
 }  // namespace
 
-WindowContent::WindowContent(VSTGUI::CViewContainer& root, double width, double height, Q7Editor& editor, Instrument& instrument)
+WindowContent::WindowContent(DropContainer& root, double width, double height, Q7Editor& editor, WorkHistory& work,
+                             Instrument& instrument)
     : root_(root),
       area_(0, 0, width, height),
       editor_(editor),
+      work_(work),
       instrument_(instrument),
-      backdrop_(new Backdrop(area_)),
+      backdrop_(new Backdrop(area_, [this] { hasKeyboard_ = true; })),
       views_((root.addView(backdrop_), root), area_, *this, *this),
       showsTooltips_(!tooltipsHidden()) {
     addBand();
@@ -71,12 +80,16 @@ WindowContent::WindowContent(VSTGUI::CViewContainer& root, double width, double 
     overlay_ = new Overlay(area_);
     root_.addView(overlay_);
     displays_ = std::make_unique<DisplayViews>(views_, editor_, instrument_);
+    root_.setDropped([this](const auto& paths, CPoint where) { dropped(paths, where); });
     showPages();
     redrawAll();
     displays_->refresh();
 }
 
-WindowContent::~WindowContent() { dismissLayers(); }
+WindowContent::~WindowContent() {
+    dismissLayers();
+    root_.setDropped(nullptr);
+}
 
 void WindowContent::addBand() {
     const auto place = [](WindowPart part) { return rectOf(windowPart(part).rect); };
@@ -87,7 +100,13 @@ void WindowContent::addBand() {
     root_.addView(pitchWheel_ = new WheelView(place(WindowPart::PitchWheel), this, tag::pitchWheel, true));
     root_.addView(modWheel_ = new WheelView(place(WindowPart::ModWheel), this, tag::modWheel, false));
     root_.addView(meter_ = new MeterView(place(WindowPart::Meter)));
-    root_.addView(hintLine_ = new HintLine(place(WindowPart::HintLine)));
+    CRect hint = place(WindowPart::HintLine), history = hint;
+    history.left = history.right - historyBarWidth;
+    hint.right = history.left - 6;
+    root_.addView(hintLine_ = new HintLine(hint));
+    root_.addView(historyBar_ = new HistoryBar(
+                      history, [this](HistoryBar::Button button, bool isShifted) { historyPressed(button, isShifted); },
+                      [this](HistoryBar::Button button) { historyHovered(button); }));
     root_.addView(dragAreas_[wheelArea] = new MYDragArea(place(WindowPart::DragWheel), wheelArea, "Drag", style::output,
                                                          style::bandPanel, *this));
 }
@@ -207,7 +226,10 @@ void WindowContent::refreshPatchLine() {
         shown.place = patches.selection().patch + 1;
         shown.count = static_cast<int>(patches.patchNames().size());
     }
+    shown.isChanged = work_.isChanged();
     patchLine_->setShown(shown);
+    const History& history = work_.history();
+    historyBar_->setShown({history.undoCount() > 0, history.redoCount() > 0, history.comparedSlot()});
 }
 
 // ---- idle rounds --------------------------------------------------------------------------------------------
@@ -250,6 +272,7 @@ void WindowContent::followTooltip() {
 ControlFace* WindowContent::faceOf(VSTGUI::CControl* control) const { return dynamic_cast<ControlFace*>(control); }
 
 void WindowContent::valueChanged(VSTGUI::CControl* control) {
+    const History::Action action(work_.history());
     editor_.valueChanged(control->getTag(), control->getValueNormalized(), true);
     if (ControlFace* face = faceOf(control)) {
         refresh(*face);
@@ -260,7 +283,9 @@ void WindowContent::valueChanged(VSTGUI::CControl* control) {
 
 void WindowContent::controlBeginEdit(VSTGUI::CControl* control) {
     setFocus(nullptr);
+    hasKeyboard_ = false;
     overlay_->setTooltip("", {});
+    const History::Action action(work_.history());
     editor_.beginEdit(control->getTag());
     if (ControlFace* face = faceOf(control)) touch(face);
 }
@@ -324,7 +349,26 @@ void WindowContent::controlResetWanted(ControlFace& face) {
     touch(&face);
 }
 
-void WindowContent::controlTypingWanted(ControlFace&) {}
+void WindowContent::controlTypingWanted(ControlFace& face) {
+    const ControlEntry& entry = face.entry();
+    const int number = parameterOfTag(entry.tag);
+    if (number < 0) return;
+    dismissLayers();
+    const int mode = editor_.lfoModeOf(number);
+    ValueBox::Asked asked{entry.name, spokenValue(editor_, entry), typedRange(number, mode), "", 64};
+    auto* box = new ValueBox(area_, face.body(), std::move(asked), [this, &entry](const std::string& text) { return takeTyped(entry, text); },
+                             nullptr);
+    box->setClosed([this, box] { closeLayer(*box); });
+    openLayer(box);
+}
+
+std::optional<std::string> WindowContent::takeTyped(const ControlEntry& entry, const std::string& text) {
+    const int number = parameterOfTag(entry.tag), mode = editor_.lfoModeOf(number);
+    const std::optional<float> value = typedValue(number, text, mode);
+    if (!value) return "Not understood. " + typedRange(number, mode);
+    if (ControlFace* face = views_.withTag(entry.tag)) setByKey(*face, *value);
+    return std::nullopt;
+}
 
 void WindowContent::controlStepped(ControlFace& face, int direction) {
     const ControlEntry& entry = face.entry();
@@ -333,6 +377,70 @@ void WindowContent::controlStepped(ControlFace& face, int direction) {
     int row = instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, editor_.onShow().layer)) + direction;
     while (row >= 0 && row < count && std::string(entry.labels[row]) == "-") row += direction;
     if (row >= 0 && row < count) editor_.rowChosen(entry.tag, row);
+}
+
+// ---- history, drops -----------------------------------------------------------------------------------------
+
+void WindowContent::historyPressed(HistoryBar::Button button, bool isShifted) {
+    switch (button) {
+        case HistoryBar::Button::undo: showHint(work_.undo()); break;
+        case HistoryBar::Button::redo: showHint(work_.redo()); break;
+        case HistoryBar::Button::compare: showHint(isShifted ? work_.copyToOther() : work_.compare()); break;
+        default: break;
+    }
+    showPages();
+}
+
+void WindowContent::historyHovered(HistoryBar::Button button) {
+    if (newsUntil_ != 0) return;
+    const History& history = work_.history();
+    const auto line = [](const char* what, const std::string& name, const char* key) {
+        return name.empty() ? std::string("Nothing to ") + what : std::string(what) + " " + name + "  (" + key + ")";
+    };
+    switch (button) {
+        case HistoryBar::Button::undo: hintLine_->setText(line("undo", history.undoName(), "Ctrl+Z")); break;
+        case HistoryBar::Button::redo: hintLine_->setText(line("redo", history.redoName(), "Ctrl+Shift+Z")); break;
+        case HistoryBar::Button::compare:
+            hintLine_->setText("Two patches to compare: a click plays the other one, with Shift it is made like this one.");
+            break;
+        default: showHelp(hovered_); break;
+    }
+}
+
+void WindowContent::dropped(const std::vector<std::string>& paths, CPoint where) {
+    const std::string& path = paths.front();
+    const auto endsIn = [&](const char* extension) {
+        const std::string end = extension;
+        return path.size() > end.size() && std::equal(end.rbegin(), end.rend(), path.rbegin(), [](char a, char b) {
+                   return a == std::tolower(static_cast<unsigned char>(b));
+               });
+    };
+    dismissLayers();
+    if (endsIn(".fxp")) {
+        editor_.commands().loadPatchFile(path);
+    } else if (endsIn(".sfz")) {
+        editor_.commands().imports().importSfz(path, [](bool) {});
+    } else if (endsIn(".wav")) {
+        dropWave(path, where);
+    } else {
+        showHint("Patches (.fxp), waves (.wav) and .sfz files can be dropped here.");
+    }
+    showPages();
+}
+
+// A wave goes into the oscillator whose row it was dropped on.
+void WindowContent::dropWave(const std::string& path, CPoint where) {
+    for (int i = 0; i < oscillatorCount; ++i) {
+        const CRect row = controlRowOf(i);
+        if (!row.pointInside(where)) continue;
+        const int layer = editor_.onShow().layer, type = hostIndex(parameter::SynType1 + i, layer);
+        editor_.commands().samples().loadChosen(layer, i, path, true, [this, type](bool isLoaded) {
+            constexpr float sampleType = 3.0f / 128;
+            if (isLoaded && instrument_.parameters().getListIndex(type) != 3) editor_.edits().change(type, sampleType);
+        });
+        return;
+    }
+    showHint("Drop a wave on the row of an oscillator.");
 }
 
 // ---- lists and menus ----------------------------------------------------------------------------------------
@@ -527,7 +635,41 @@ void WindowContent::onKey(VSTGUI::KeyboardEvent& event) {
     if (event.type != VSTGUI::EventType::KeyDown) return;
     for (MYDragArea* area : dragAreas_)
         if (area != nullptr && area->isDragging() && event.virt == VirtualKey::Escape) return area->cancel();
+    if (onShortcut(event)) {
+        event.consumed = true;
+        return;
+    }
     onFocusedKey(event);
+}
+
+bool WindowContent::onShortcut(const VSTGUI::KeyboardEvent& event) {
+    if (!event.modifiers.has(ModifierKey::Control)) return false;
+    const bool isShifted = event.modifiers.has(ModifierKey::Shift);
+    switch (std::tolower(static_cast<int>(event.character))) {
+        case 'z': historyPressed(isShifted ? HistoryBar::Button::redo : HistoryBar::Button::undo, false); return true;
+        case 'y': historyPressed(HistoryBar::Button::redo, false); return true;
+        case 'c':
+            if (focused_ != nullptr && parameterOfTag(focused_->entry().tag) >= 0) copiedValue_ = editor_.valueOf(focused_->entry().tag);
+            return true;
+        case 'v':
+            if (focused_ != nullptr && copiedValue_ >= 0 && parameterOfTag(focused_->entry().tag) >= 0) setByKey(*focused_, copiedValue_);
+            return true;
+        default: return false;
+    }
+}
+
+// Keys that need no control: layers, patches, the search.
+bool WindowContent::onPlainLetter(char32_t character) {
+    if (character >= U'1' && character <= U'4') {
+        editor_.valueChanged(tag::layer1 + static_cast<int>(character - U'1'), 1, false);
+        return true;
+    }
+    switch (character) {
+        case U'/': editor_.valueChanged(tag::browser, 1, false); return true;
+        case U'[': editor_.valueChanged(tag::previousPatch, 1, false); return true;
+        case U']': editor_.valueChanged(tag::nextPatch, 1, false); return true;
+        default: return false;
+    }
 }
 
 void WindowContent::setFocus(ControlFace* face) {
@@ -561,6 +703,7 @@ void WindowContent::moveFocus(int direction) {
 void WindowContent::setByKey(ControlFace& face, float value) {
     value = std::clamp(value, 0.0f, 1.0f);
     const int tag = face.entry().tag;
+    const History::Action action(work_.history());
     editor_.beginEdit(tag);
     editor_.valueChanged(tag, value, false);
     editor_.endEdit(tag);
@@ -579,8 +722,14 @@ void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
     const bool isFine = event.modifiers.has(ModifierKey::Shift);
     const float step = isFine ? 0.001f : 0.01f;
     if (event.virt == VirtualKey::Tab) return moveFocus(isFine ? -1 : 1);
-    if (event.virt == VirtualKey::Escape) return setFocus(nullptr);
-    if (focused_ == nullptr) return;
+    if (event.virt == VirtualKey::Escape) {
+        hasKeyboard_ = false;
+        return setFocus(nullptr);
+    }
+    if (focused_ == nullptr) {
+        event.consumed = onPlainLetter(event.character);
+        return;
+    }
     ControlFace& face = *focused_;
     const ControlEntry& entry = face.entry();
     switch (event.virt) {
@@ -600,8 +749,12 @@ void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
             if (isSwitchLike(entry.kind)) return editor_.valueChanged(entry.tag, editor_.valueOf(entry.tag) > 0.5f && entry.kind == WidgetKind::Switch ? 0.0f : 1.0f, false);
             if (entry.kind == WidgetKind::Button || entry.kind == WidgetKind::SampleButton) return controlPressed(face, event.modifiers);
             return event.virt == VirtualKey::Space ? controlResetWanted(face) : controlTypingWanted(face);
-        default: event.consumed = false; break;
+        default: break;
     }
+    // A digit begins a value.
+    const bool isTyping = event.character >= U'0' && event.character <= U'9';
+    event.consumed = isTyping || onPlainLetter(event.character);
+    if (isTyping) controlTypingWanted(face);
 }
 
 }  // namespace vantoric

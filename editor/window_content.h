@@ -13,8 +13,11 @@
 #include "editor/control_views.h"
 #include "editor/display_views.h"
 #include "editor/drag_area.h"
+#include "editor/drop_target.h"
+#include "editor/history_bar.h"
 #include "editor/layer_view.h"
 #include "editor/model/q7editor.h"
+#include "editor/model/work_history.h"
 #include "editor/overlay.h"
 #include "editor/popup_menu.h"
 #include "vstgui/lib/cviewcontainer.h"
@@ -26,7 +29,7 @@ class WindowContent final : public LayerHost, private ControlListener, private D
 public:
     // Adds its views to `root`, which owns them and must outlive it. `width` and `height` in window units: what stands beyond
     // is left out.
-    WindowContent(VSTGUI::CViewContainer& root, double width, double height, Q7Editor& editor, Instrument& instrument);
+    WindowContent(DropContainer& root, double width, double height, Q7Editor& editor, WorkHistory& work, Instrument& instrument);
     ~WindowContent();
     WindowContent(const WindowContent&) = delete;
     WindowContent& operator=(const WindowContent&) = delete;
@@ -46,8 +49,9 @@ public:
 
     // A key that came while the window has the keys; consumed if it was used.
     void onKey(VSTGUI::KeyboardEvent& event);
-    // Whether keys belong to the window at present: something is open, or a control has the focus by keyboard.
-    bool wantsKeys() const { return !layers_.empty() || focused_ != nullptr; }
+    // Whether keys belong to the window at present: something is open, a control has the focus by keyboard, or the user has
+    // clicked on the window's ground.
+    bool wantsKeys() const { return !layers_.empty() || focused_ != nullptr || hasKeyboard_; }
 
     // ---- layers
 
@@ -82,6 +86,10 @@ private:
     void dragEnded(int area, VSTGUI::CPoint where) override;
     void dragCancelled(int area) override;
 
+    void dropped(const std::vector<std::string>& paths, VSTGUI::CPoint where);
+    void dropWave(const std::string& path, VSTGUI::CPoint where);
+    void historyPressed(HistoryBar::Button button, bool isShifted);
+    void historyHovered(HistoryBar::Button button);
     void addBand();
     void addDragAreas();
     void refresh(ControlFace& face);
@@ -102,15 +110,19 @@ private:
     void openPatches();
     void setFocus(ControlFace* face);
     void moveFocus(int direction);
+    bool onShortcut(const VSTGUI::KeyboardEvent& event);
     void onFocusedKey(VSTGUI::KeyboardEvent& event);
+    bool onPlainLetter(char32_t character);
+    std::optional<std::string> takeTyped(const ControlEntry& entry, const std::string& text);
     void nudge(ControlFace& face, float step);
     void setByKey(ControlFace& face, float value);
     void markTargets(const std::optional<Color>& ring, int nearest);
     Color dragColor(int area) const;
 
-    VSTGUI::CViewContainer& root_;
+    DropContainer& root_;
     VSTGUI::CRect area_;
     Q7Editor& editor_;
+    WorkHistory& work_;
     Instrument& instrument_;
     Backdrop* backdrop_;
     ControlViews views_;
@@ -120,6 +132,7 @@ private:
     WheelView* modWheel_ = nullptr;
     MeterView* meter_ = nullptr;
     HintLine* hintLine_ = nullptr;
+    HistoryBar* historyBar_ = nullptr;
     std::array<MYDragArea*, 3> dragAreas_{};
     Overlay* overlay_ = nullptr;
     std::unique_ptr<DisplayViews> displays_;
@@ -134,6 +147,8 @@ private:
     unsigned touchedUntil_ = 0;
     unsigned newsUntil_ = 0;
     ControlFace* focused_ = nullptr;
+    bool hasKeyboard_ = false;
+    float copiedValue_ = -1;  // below 0: none
     int dragSource_ = 0;
 };
 

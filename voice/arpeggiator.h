@@ -43,7 +43,7 @@ public:
     // Whether it has keys to play, held or remembered.
     bool hasKeys() const { return heldKeys_.any() || sequenceKeys_.any(); }
 
-    // The step that plays, 0 to 15; -1 while none does. Of interest to a window; any thread.
+    // The step that plays, 0 to 15; -1 while nothing does. For displays: read without a guard.
     int playingStep() const { return active_ && !ended_ && sequenceKeys_.any() ? lastStep_ : -1; }
 
     // Pitch factor of a glide step for all oscillators of the layer's voices.

@@ -13,7 +13,7 @@ class EditorView {
 public:
     // The value, text or state of the control of that row of the table may be another.
     virtual void redrawControl(int index) = 0;
-    // The same for a part beside the table. PatchList: the name of the patch or its place in the lists.
+    // The same for a part beside the table.
     virtual void redrawPart(WindowPart part) = 0;
     // The same for everything.
     virtual void redrawAll() = 0;
@@ -32,6 +32,8 @@ public:
     virtual void openBrowser() = 0;
     // Opens the menu of a control, by the row of the table.
     virtual void openMenu(int index) = 0;
+    // The patch in force, its name, its place in the lists or the lists may be others.
+    virtual void showPatchName() = 0;
     virtual void showHint(const std::string& text) = 0;
     virtual void showCredits() = 0;
 

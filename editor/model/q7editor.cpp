@@ -409,10 +409,14 @@ int Q7Editor::ccNumberOf(const ControlEntry& entry) const {
     return index < 0 ? MidiLearn::noController : learn_.ccNumber(index);
 }
 
+int Q7Editor::lfoModeOf(int number) const {
+    return isOneOf(number, par::LfoSpd1, 3) ? listIndex(valueOf(par::LfoMode1 + number - par::LfoSpd1)) : 0;
+}
+
 KnobState Q7Editor::knobState(const ControlEntry& entry) const {
     const int n = parameterOfTag(entry.tag);
     if (n < 0) return {.name = entry.name};
-    const int mode = isOneOf(n, par::LfoSpd1, 3) ? listIndex(valueOf(par::LfoMode1 + n - par::LfoSpd1)) : 0;
+    const int mode = lfoModeOf(n);
     const KnobModulation modulation = modulationOf(entry);
     return {entry.name,        textOf(entry),       isKnob(entry) ? parameterUnit(n, mode) : "",
             ccNumberOf(entry), modulation.modCount, modulation.modNames};
@@ -463,7 +467,7 @@ void Q7Editor::followPatch() {
     if (name == drawnName_ && menus_.patch().category() == drawnCategory_) return;
     drawnName_ = std::move(name);
     drawnCategory_ = menus_.patch().category();
-    view_->redrawPart(WindowPart::PatchList);
+    view_->showPatchName();
 }
 
 void Q7Editor::followParameters() {

@@ -79,6 +79,8 @@ public:
     float valueOf(int tag) const;
     // The text of a list, field or knob at its present value; empty where there is none.
     std::string textOf(const ControlEntry& entry) const;
+    // The list index of the mode of the LFO whose speed that number is; 0 for all other numbers.
+    int lfoModeOf(int number) const;
     // The strip over a knob or field, its modulation, and the rows of its menu.
     KnobState knobState(const ControlEntry& entry) const;
     KnobModulation modulationOf(const ControlEntry& entry) const;
@@ -96,8 +98,10 @@ public:
     const WindowSize& size() const { return size_; }
     DisplayFlags& displayFlags() { return displays_; }
     ParameterEdits& edits() { return edits_; }
-    // The number of the last program change that made a step; 0 before the first.
+    // The number of the last program change that made a step; 0 before the first. Set where others followed them while no
+    // window was open.
     int lastProgram() const { return lastProgram_; }
+    void setLastProgram(int number) { lastProgram_ = number; }
     // The lists of patches, and where in them the patch in force is; the browser over them; and all commands.
     PatchLibrary& patches() { return menus_.library(); }
     PatchBrowser& browser() { return menus_.browser(); }

@@ -18,7 +18,7 @@ struct NotedView : EditorView {
     std::vector<std::string> hints;
     std::vector<int> menus;
     std::vector<double> zooms;
-    int redrawnAll = 0, pagesShown = 0, rebuilt = 0, browsersToggled = 0, browsersOpened = 0, creditsShown = 0;
+    int redrawnAll = 0, pagesShown = 0, rebuilt = 0, browsersToggled = 0, namesShown = 0, browsersOpened = 0, creditsShown = 0;
     Screen primary{4000, 2300};
 
     void redrawControl(int index) override { redrawn.push_back(index); }
@@ -31,6 +31,7 @@ struct NotedView : EditorView {
     void toggleBrowser() override { ++browsersToggled; }
     void openBrowser() override { ++browsersOpened; }
     void openMenu(int index) override { menus.push_back(index); }
+    void showPatchName() override { ++namesShown; }
     void showHint(const std::string& text) override { hints.push_back(text); }
     void showCredits() override { ++creditsShown; }
 
@@ -38,8 +39,7 @@ struct NotedView : EditorView {
     bool hasRedrawn(const char* name) const {
         return std::find(redrawn.begin(), redrawn.end(), controlIndexForName(name)) != redrawn.end();
     }
-    bool hasRedrawn(WindowPart part) const { return timesRedrawn(part) > 0; }
-    long timesRedrawn(WindowPart part) const { return std::count(parts.begin(), parts.end(), part); }
+    bool hasRedrawn(WindowPart part) const { return std::find(parts.begin(), parts.end(), part) != parts.end(); }
     void forget() { *this = NotedView(); }
 };
 

@@ -111,11 +111,11 @@ constexpr i32 opOpen = 0, opClose = 1, opSetProgram = 2, opGetProgram = 3, opSet
               opEditRect = 13, opEditOpen = 14, opEditClose = 15, opEditIdle = 19, opGetChunk = 23, opSetChunk = 24,
               opEvents = 25, opAutomatable = 26, opIndexedName = 29, opInput = 33, opOutput = 34, opCategory = 35,
               opEffectName = 45, opVendor = 47, opProduct = 48, opVendorVersion = 49, opCanDo = 51, opTail = 52,
-              opInterfaceVersion = 58, opStart = 71, opStop = 72, opPrecision = 77;
+              opInterfaceVersion = 58, opKeyDown = 59, opStart = 71, opStop = 72, opPrecision = 77;
 
 // Operations of a host.
-constexpr i32 hostAutomated = 0, hostInterface = 1, hostIdentity = 2, hostWantsMidi = 6, hostTime = 7, hostRate = 16,
-              hostBlockSize = 17, hostProcessLevel = 23, hostVendor = 32, hostProduct = 33, hostVendorVersion = 34,
+constexpr i32 hostAutomated = 0, hostInterface = 1, hostIdentity = 2, hostWantsMidi = 6, hostTime = 7, hostSize = 15,
+              hostRate = 16, hostBlockSize = 17, hostProcessLevel = 23, hostVendor = 32, hostProduct = 33, hostVendorVersion = 34,
               hostCanDo = 37, hostRedraw = 42, hostEditBegins = 43, hostEditEnds = 44;
 
 }  // namespace wire

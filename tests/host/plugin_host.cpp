@@ -255,7 +255,7 @@ wire::word PluginHost::hostFunction(wire::Effect* effect, wire::i32 op, wire::i3
     return host ? host->answer(op, index, value, ptr, opt) : 0;
 }
 
-wire::word PluginHost::answer(wire::i32 op, wire::i32 index, wire::word, void* ptr, float opt) {
+wire::word PluginHost::answer(wire::i32 op, wire::i32 index, wire::word value, void* ptr, float opt) {
     if (op >= 0 && op < 64) ++asked_[static_cast<std::size_t>(op)];
     if (op == wire::hostWantsMidi) ++eventsWanted_;
     if (op == wire::hostTime) ++timeAsked_;
@@ -273,6 +273,7 @@ wire::word PluginHost::answer(wire::i32 op, wire::i32 index, wire::word, void* p
         case wire::hostInterface: return answers_.interfaceVersion;
         case wire::hostIdentity: return effect_ ? effect_->identifier : 0;
         case wire::hostTime: return giveTime();
+        case wire::hostSize: sizeWanted_ = {index, static_cast<int>(value)}; return answers_.resizes ? 1 : 0;
         case wire::hostRate: return static_cast<wire::word>(answers_.rate);
         case wire::hostBlockSize: return answers_.blockSize;
         case wire::hostProcessLevel: return 0;

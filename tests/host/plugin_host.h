@@ -27,6 +27,7 @@ struct HostAnswers {
     bool knowsTime = true;      // false: a null answer
     bool timeAdvances = false;  // the quarter-note position moves on with the rendered frames
     wire::Time time;
+    bool resizes = false;  // grants the sizes that the plug-in's window asks for
 };
 
 // `count` samples that end right before a page that cannot be touched; the bytes before them are a fence, the
@@ -130,7 +131,13 @@ public:
     int timesEventsWanted() const { return eventsWanted_; }
     int timesTimeAsked() const { return timeAsked_; }
     int timesAsked(wire::i32 op) const { return op >= 0 && op < 64 ? asked_[op].load() : 0; }
-    std::vector<Automation> automations() const;
+    std::vector<Automation> automations() const;  // the first 1024 since `forgetAutomations`
+    void forgetAutomations() { automationCount_ = 0; }
+    // The window size that was asked for last; {0, 0} for none.
+    struct WindowSize {
+        int width = 0, height = 0;
+    };
+    WindowSize sizeWanted() const { return sizeWanted_; }
 
 private:
     static wire::word hostFunction(wire::Effect*, wire::i32, wire::i32, wire::word, void*, float);
@@ -152,6 +159,7 @@ private:
     std::atomic<int> timeAsked_{0};
     std::array<Automation, 1024> automations_{};
     std::atomic<int> automationCount_{0};
+    WindowSize sizeWanted_;
 };
 
 }  // namespace testhost

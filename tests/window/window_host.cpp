@@ -1,8 +1,10 @@
 #include "tests/window/window_host.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <stdexcept>
 #include <thread>
 
@@ -16,9 +18,8 @@
 namespace testhost {
 namespace {
 
-struct RectRecord {
-    std::int16_t top, left, bottom, right;
-};
+// The window system tells of errors by ending the program; what a test does to windows may well be one.
+int noteError(::Display*, XErrorEvent*) { return 0; }
 
 KeySym keysymOf(char c) {
     switch (c) {
@@ -39,11 +40,12 @@ struct WindowHost::Display {
     ~Display() {
         if (x != nullptr) XCloseDisplay(x);
     }
-    void key(KeySym symbol, bool isDown) const { XTestFakeKeyEvent(x, XKeysymToKeycode(x, symbol), isDown ? True : False, 0), XFlush(x); }
+    void key(KeySym symbol, bool isDown) const { XTestFakeKeyEvent(x, XKeysymToKeycode(x, symbol), isDown ? True : False, 0); }
 };
 
 WindowHost::WindowHost(const std::string& plugin, HostAnswers answers) : display_(std::make_unique<Display>()) {
     if (display_->x == nullptr) throw std::runtime_error("no display");
+    XSetErrorHandler(noteError);
     plugin_ = std::make_unique<PluginHost>(plugin, answers);
     plugin_->start();
 }
@@ -51,7 +53,7 @@ WindowHost::WindowHost(const std::string& plugin, HostAnswers answers) : display
 WindowHost::~WindowHost() { close(); }
 
 WindowHost::Size WindowHost::size() {
-    RectRecord* rect = nullptr;
+    wire::Rect* rect = nullptr;
     if (plugin_->call(wire::opEditRect, 0, 0, &rect) == 0 || rect == nullptr) return {};
     return {rect->right - rect->left, rect->bottom - rect->top};
 }
@@ -73,54 +75,82 @@ bool WindowHost::open() {
 }
 
 void WindowHost::close() {
-    if (display_->window == 0) return;
     plugin_->call(wire::opEditClose);
+    destroyWindow();
+}
+
+void WindowHost::destroyWindow() {
+    if (display_->window == 0) return;
     XDestroyWindow(display_->x, display_->window);
     XSync(display_->x, False);
     display_->window = 0;
+}
+
+std::uintptr_t WindowHost::window() const { return display_->window; }
+
+void WindowHost::resize(Size wanted) {
+    XResizeWindow(display_->x, display_->window, static_cast<unsigned>(wanted.width), static_cast<unsigned>(wanted.height));
+    XSync(display_->x, False);
 }
 
 void WindowHost::idle(int milliseconds, int period) {
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
     do {
-        while (XPending(display_->x) != 0) {
-            XEvent event;
-            XNextEvent(display_->x, &event);
-        }
-        plugin_->call(wire::opEditIdle);
+        settle();
         std::this_thread::sleep_for(std::chrono::milliseconds(period));
     } while (Clock::now() < end);
 }
 
+bool WindowHost::until(const std::function<bool()>& condition, double seconds) {
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::duration<double>(seconds);
+    while (!condition()) {
+        if (Clock::now() > end) return false;
+        idle(15, 5);
+    }
+    return true;
+}
+
+// The server has worked off all requests, so what came of them lies before the plug-in, which reads it in its idle. A second
+// round draws what the first one marked.
+void WindowHost::settle() {
+    XSync(display_->x, False);
+    while (XPending(display_->x) != 0) {
+        XEvent event;
+        XNextEvent(display_->x, &event);
+    }
+    for (int round = 0; round < 2; ++round) plugin_->call(wire::opEditIdle);
+}
+
 void WindowHost::move(double x, double y) {
     XTestFakeMotionEvent(display_->x, -1, static_cast<int>(std::lround(x)), static_cast<int>(std::lround(y)), 0);
-    XFlush(display_->x);
-    idle(12, 6);
+    settle();
 }
 
 void WindowHost::press(int button) {
     XTestFakeButtonEvent(display_->x, static_cast<unsigned>(button), True, 0);
-    XFlush(display_->x);
-    idle(12, 6);
+    settle();
 }
 
 void WindowHost::release(int button) {
     XTestFakeButtonEvent(display_->x, static_cast<unsigned>(button), False, 0);
-    XFlush(display_->x);
-    idle(12, 6);
+    settle();
 }
 
 void WindowHost::click(double x, double y, int button) {
     move(x, y);
     press(button);
     release(button);
-    idle(30, 10);
 }
 
 void WindowHost::doubleClick(double x, double y) {
-    click(x, y);
-    click(x, y);
+    constexpr int longestPair = 500;  // milliseconds
+    idle(longestPair);
+    move(x, y);
+    // Both at once: however busy the machine is, no time passes between them.
+    for (const bool isDown : {true, false, true, false}) XTestFakeButtonEvent(display_->x, 1, isDown ? True : False, 0);
+    settle();
 }
 
 void WindowHost::drag(double x0, double y0, double x1, double y1, int button, int steps) {
@@ -140,12 +170,12 @@ void WindowHost::wheel(double x, double y, int turns) {
 
 void WindowHost::keyDown(const std::string& name) {
     display_->key(XStringToKeysym(name.c_str()), true);
-    idle(12, 6);
+    settle();
 }
 
 void WindowHost::keyUp(const std::string& name) {
     display_->key(XStringToKeysym(name.c_str()), false);
-    idle(12, 6);
+    settle();
 }
 
 void WindowHost::key(const std::string& name) {
@@ -157,38 +187,91 @@ void WindowHost::type(const std::string& text) {
     for (const char c : text) {
         display_->key(keysymOf(c), true);
         display_->key(keysymOf(c), false);
-        idle(12, 6);
+        settle();
     }
 }
 
-WindowHost::Picture WindowHost::picture() {
-    idle(80);
+bool WindowHost::hostKey(int character, int virtualKey, int modifiers) {
+    const bool isUsed = plugin_->call(wire::opKeyDown, character, virtualKey, nullptr, static_cast<float>(modifiers)) != 0;
+    settle();
+    return isUsed;
+}
+
+Picture WindowHost::glance() {
+    if (display_->window == 0) return {};
     XWindowAttributes attributes{};
-    XGetWindowAttributes(display_->x, display_->window, &attributes);
-    Picture result{attributes.width, attributes.height, {}};
+    if (XGetWindowAttributes(display_->x, display_->window, &attributes) == 0) return {};
     XImage* image = XGetImage(display_->x, display_->window, 0, 0, static_cast<unsigned>(attributes.width),
                               static_cast<unsigned>(attributes.height), AllPlanes, ZPixmap);
     if (image == nullptr) return {};
-    result.rgb.reserve(static_cast<std::size_t>(result.width) * static_cast<std::size_t>(result.height) * 3);
-    for (int y = 0; y < result.height; ++y)
+    Picture result{attributes.width, attributes.height, {}};
+    result.rgb.resize(static_cast<std::size_t>(result.width) * static_cast<std::size_t>(result.height) * 3);
+    std::uint8_t* to = result.rgb.data();
+    for (int y = 0; y < result.height; ++y) {
+        const char* row = image->data + static_cast<std::ptrdiff_t>(y) * image->bytes_per_line;
         for (int x = 0; x < result.width; ++x) {
-            const unsigned long pixel = XGetPixel(image, x, y);
-            for (const int shift : {16, 8, 0}) result.rgb.push_back(static_cast<std::uint8_t>(pixel >> shift & 255));
+            std::uint32_t pixel = 0;
+            std::memcpy(&pixel, row + 4 * x, sizeof pixel);
+            for (const int shift : {16, 8, 0}) *to++ = static_cast<std::uint8_t>(pixel >> shift & 255);
         }
+    }
     XDestroyImage(image);
     return result;
 }
 
+Picture WindowHost::picture() {
+    idle(150);  // three rounds of its displays
+    Picture last = glance();
+    until(
+        [&] {
+            Picture now = glance();
+            const bool rests = now == last;
+            last = std::move(now);
+            return rests;
+        },
+        3);  // what moves on for ever is taken as it is
+    return last;
+}
+
 bool WindowHost::savePicture(const std::string& path) { return savePng(picture(), path); }
 
-bool savePng(const WindowHost::Picture& picture, const std::string& path) {
-    if (picture.rgb.empty()) return false;
+unsigned Picture::at(int x, int y) const {
+    if (x < 0 || y < 0 || x >= width || y >= height) return 0;
+    const std::uint8_t* p =
+        rgb.data() + 3 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x));
+    return static_cast<unsigned>(p[0]) << 16 | static_cast<unsigned>(p[1]) << 8 | p[2];
+}
+
+Picture Picture::part(int x, int y, int partWidth, int partHeight) const {
+    const int left = std::clamp(x, 0, width), top = std::clamp(y, 0, height);
+    const int right = std::clamp(x + partWidth, left, width), bottom = std::clamp(y + partHeight, top, height);
+    Picture result{right - left, bottom - top, {}};
+    for (int row = top; row < bottom; ++row) {
+        const auto begin = rgb.begin() + 3 * (static_cast<std::ptrdiff_t>(row) * width + left);
+        result.rgb.insert(result.rgb.end(), begin, begin + 3 * result.width);
+    }
+    return result;
+}
+
+bool savePng(const Picture& picture, const std::string& path) {
+    if (picture.isEmpty()) return false;
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     image.width = static_cast<png_uint_32>(picture.width);
     image.height = static_cast<png_uint_32>(picture.height);
     image.format = PNG_FORMAT_RGB;
     return png_image_write_to_file(&image, path.c_str(), 0, picture.rgb.data(), 0, nullptr) != 0;
+}
+
+Picture loadPng(const std::string& path) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    if (png_image_begin_read_from_file(&image, path.c_str()) == 0) return {};
+    image.format = PNG_FORMAT_RGB;
+    Picture result{static_cast<int>(image.width), static_cast<int>(image.height), {}};
+    result.rgb.resize(PNG_IMAGE_SIZE(image));
+    if (png_image_finish_read(&image, nullptr, result.rgb.data(), 0, nullptr) == 0) return {};
+    return result;
 }
 
 }  // namespace testhost

@@ -1,0 +1,100 @@
+#include "editor/model/typed_values.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdlib>
+
+#include "parameters/parameter_table.h"
+#include "parameters/parameter_text.h"
+
+namespace vantoric {
+namespace {
+
+// A text as a number and what follows it.
+struct Amount {
+    double number;
+    std::string unit;
+};
+
+std::string lower(std::string text) {
+    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+std::string trimmed(const std::string& text) {
+    const auto isBlank = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
+    const auto first = std::find_if_not(text.begin(), text.end(), isBlank);
+    const auto last = std::find_if_not(text.rbegin(), text.rend(), isBlank).base();
+    return first < last ? std::string(first, last) : std::string();
+}
+
+std::optional<Amount> amountOf(std::string text) {
+    std::replace(text.begin(), text.end(), ',', '.');
+    const char* begin = text.c_str();
+    while (*begin != 0 && std::isdigit(static_cast<unsigned char>(*begin)) == 0 && *begin != '-' && *begin != '+' && *begin != '.') ++begin;
+    char* end = nullptr;
+    const double number = std::strtod(begin, &end);
+    if (end == begin || !std::isfinite(number)) return std::nullopt;
+    return Amount{number, lower(trimmed(end))};
+}
+
+// In the units of the displays, hertz and seconds.
+double inBaseUnit(const Amount& amount) {
+    const std::string& unit = amount.unit;
+    if (unit == "khz" || unit == "k") return amount.number * 1000;
+    if (unit == "ms") return amount.number / 1000;
+    return amount.number;
+}
+
+// What a display tells, as a number in its base unit; nothing for a word.
+std::optional<double> shownAmount(int n, float value, int lfoMode) {
+    const auto amount = amountOf(parameterText(n, value, lfoMode));
+    if (!amount) return std::nullopt;
+    return inBaseUnit(*amount);
+}
+
+bool isLabelled(int n) { return !parameterInfo(n).labels.empty() || parameterInfo(n).kind == ControlKind::Switch; }
+
+}  // namespace
+
+std::optional<float> typedValue(int n, const std::string& text, int lfoMode) {
+    const std::string typed = trimmed(text);
+    if (typed.empty()) return std::nullopt;
+    if (isLabelled(n)) return parseParameterValue(n, typed);
+    const auto amount = amountOf(typed);
+    const bool hasLetters = std::any_of(typed.begin(), typed.end(), [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; });
+    if (!amount || (hasLetters && !amount->unit.empty() && lower(typed).find(amount->unit) != 0 && !std::isdigit(static_cast<unsigned char>(typed[0])) &&
+                    typed[0] != '-' && typed[0] != '+'))
+        return parseParameterValue(n, typed);  // a word such as "Free" or "Keyfol."
+    // Of all that the display can show the nearest; of those that show the same the middle one.
+    const double wanted = inBaseUnit(*amount);
+    constexpr int steps = 4096;
+    double nearest = -1;
+    int first = 0, last = -1;
+    for (int i = 0; i <= steps; ++i) {
+        const auto shown = shownAmount(n, static_cast<float>(i) / steps, lfoMode);
+        if (!shown) continue;
+        const double distance = std::abs(*shown - wanted);
+        if (last < 0 || distance < nearest - 1e-9) {
+            nearest = distance;
+            first = last = i;
+        } else if (distance < nearest + 1e-9) {
+            last = i;
+        }
+    }
+    if (last < 0) return std::nullopt;
+    if (first == 0) return 0.0f;
+    if (last == steps) return 1.0f;
+    return static_cast<float>(first + last) / (2.0f * steps);
+}
+
+std::string typedRange(int n, int lfoMode) {
+    const LabelList labels = parameterInfo(n).labels;
+    if (!labels.empty()) return std::string(labels.front()) + " to " + labels.back();
+    if (parameterInfo(n).kind == ControlKind::Switch) return "On or Off";
+    const std::string unit = parameterUnit(n, lfoMode), tail = unit.empty() ? "" : " " + unit;
+    return parameterText(n, 0, lfoMode) + " to " + parameterText(n, 1, lfoMode) + tail;
+}
+
+}  // namespace vantoric

@@ -1,0 +1,530 @@
+// What a hand does beyond moving a control: fine drags, menus of knobs, drags from the envelopes and LFOs, learning, keys.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+
+#include "base/parameters.h"
+#include "editor/model/control_texts.h"
+#include "editor/model/matrix_editing.h"
+#include "editor/model/menu_rows.h"
+#include "editor/model/window_size.h"
+#include "tests/window/window_rig.h"
+
+using namespace testhost;
+using vantoric::ControlEntry;
+using vantoric::WindowPart;
+namespace page = vantoric::page;
+namespace parameter = vantoric::parameter;
+namespace tag = vantoric::tag;
+
+namespace {
+
+constexpr int slots = 15;
+
+class Hand : public testing::Test {
+protected:
+    void SetUp() override { rig.reset(); }
+
+    struct Slot {
+        int source, destination;
+        float amount;
+    };
+    Slot slot(int index) {
+        const auto listRow = [this](int number) {
+            return static_cast<int>(std::lround(rig.plugin().parameter(vantoric::hostIndex(number, rig.layer())) * 128));
+        };
+        return {listRow(parameter::MatSrc1 + index), listRow(parameter::MatDst1 + index),
+                rig.plugin().parameter(vantoric::hostIndex(parameter::MatVal1 + index, rig.layer()))};
+    }
+    void expectNoModulation() {
+        for (int i = 0; i < slots; ++i) EXPECT_EQ(slot(i).source * slot(i).destination, 0) << "slot " << i + 1;
+    }
+    void clearMatrix() {
+        for (int i = 0; i < slots; ++i) {
+            rig.plugin().setParameter(vantoric::hostIndex(parameter::MatSrc1 + i, rig.layer()), 0);
+            rig.plugin().setParameter(vantoric::hostIndex(parameter::MatDst1 + i, rig.layer()), 0);
+            rig.plugin().setParameter(vantoric::hostIndex(parameter::MatVal1 + i, rig.layer()), 0.5f);
+        }
+        rig.host().idle(120);
+    }
+
+    WindowRig& rig = sharedRig();
+    WindowHost& host = rig.host();
+    const ControlEntry& resonance = controlNamed("FIL1 RESO");
+    const ControlEntry& cutoff = controlNamed("FIL1 CUTOFF");
+    const ControlEntry& octave = controlNamed("OSC1 OCTAVE");
+};
+
+// ---- drags
+
+TEST_F(Hand, ShiftMakesADragFineWithoutAJump) {
+    rig.set(resonance, 0.2f);
+    const Point p = rig.middle(resonance);
+    host.move(p.x, p.y);
+    host.press();
+    host.move(p.x, p.y - 50);
+    const float coarse = rig.value(resonance);
+    EXPECT_NEAR(coarse, 0.4f, 0.003f);
+    host.keyDown("Shift_L");
+    EXPECT_EQ(rig.value(resonance), coarse);
+    host.move(p.x, p.y - 51);
+    EXPECT_NEAR(rig.value(resonance), coarse, 0.0041f) << "no jump at Shift";
+    host.move(p.x, p.y - 100);
+    const float fine = rig.value(resonance) - coarse;
+    EXPECT_GT(fine, 0.05f);
+    EXPECT_LT(fine, 0.15f) << "fine is slower than the 0.2 of the plain drag";
+    host.keyUp("Shift_L");
+    const float before = rig.value(resonance);
+    host.move(p.x, p.y - 101);
+    EXPECT_NEAR(rig.value(resonance), before, 0.0041f) << "no jump when Shift is let go of";
+    host.move(p.x, p.y - 126);
+    EXPECT_NEAR(rig.value(resonance) - before, 0.1f, 0.006f) << "and the drag is a plain one again";
+    host.release();
+}
+
+TEST_F(Hand, ADragGoesOnOutsideOfTheWindow) {
+    rig.set(cutoff, 0.5f);
+    const auto gestures = rig.gestures();
+    const Point p = rig.middle(cutoff);
+    host.move(p.x, p.y);
+    host.press();
+    host.move(p.x + 60, p.y);
+    host.move(rig.unit() * 1200 + 50, p.y);
+    EXPECT_EQ(rig.value(cutoff), 1.0f);
+    host.move(0, rig.unit() * 660 + 100);
+    EXPECT_EQ(rig.value(cutoff), 0.0f);
+    host.release();
+    EXPECT_EQ(rig.gestures(), (WindowRig::Gestures{gestures.begun + 1, gestures.ended + 1}));
+}
+
+TEST_F(Hand, AWheelTurnIsOneStepAndOneGesture) {
+    for (const char* name : {"FIL1 RESO", "VOL ENV HOLD", "OSC1 KEY FOL"}) {
+        const ControlEntry& entry = controlNamed(name);
+        rig.set(entry, 0.5f);
+        const auto gestures = rig.gestures();
+        const Point p = rig.middle(entry);
+        host.wheel(p.x, p.y, 1);
+        EXPECT_NEAR(rig.value(entry), 0.51f, 0.0005f) << name;
+        host.wheel(p.x, p.y, -2);
+        EXPECT_NEAR(rig.value(entry), 0.49f, 0.0005f) << name;
+        EXPECT_EQ(rig.gestures(), (WindowRig::Gestures{gestures.begun + 3, gestures.ended + 3})) << name;
+    }
+}
+
+TEST_F(Hand, AWheelTurnOverAListIsOneRow) {
+    const ControlEntry& list = controlNamed("LFO1 WAVE");
+    rig.set(list, 3.0f / 128);
+    const Point p = rig.middle(list);
+    host.wheel(p.x, p.y, -1);
+    EXPECT_EQ(rig.row(list), 4);
+    host.wheel(p.x, p.y, 2);
+    EXPECT_EQ(rig.row(list), 2);
+}
+
+TEST_F(Hand, ADoubleClickRestoresTheDefault) {
+    for (const char* name : {"FIL1 RESO", "FIL1 CUTOFF", "OSC1 PW", "VOL ENV HOLD", "EQ LOW", "STEP 3"}) {
+        const ControlEntry& entry = controlNamed(name);
+        rig.show(entry);
+        rig.set(entry, 0.123f);
+        const Point p = rig.middle(entry);
+        host.doubleClick(p.x, p.y);
+        EXPECT_TRUE(host.until([&] { return std::fabs(rig.value(entry) - entry.defaultValue) < 1e-6f; }, 3))
+            << name << " is " << rig.value(entry) << ", its default " << entry.defaultValue;
+    }
+}
+
+TEST_F(Hand, ATouchWakesTheLayerOnShow) {
+    rig.plugin().setParameter(parameter::Layer2On, 0);
+    rig.plugin().setParameter(parameter::Layer3On, 0);
+    rig.showLayer(1);
+    rig.drag(resonance, 0, -20);
+    EXPECT_EQ(rig.plugin().parameter(parameter::Layer2On), 1.0f);
+    EXPECT_EQ(rig.plugin().parameter(parameter::Layer3On), 0.0f);
+}
+
+TEST_F(Hand, TheWheelsOnTheScreenTurn) {
+    const Point mod = rig.middle(WindowPart::ModWheel);
+    host.drag(mod.x, mod.y + 20, mod.x, mod.y - 20);
+    EXPECT_NEAR(rig.plugin().parameter(parameter::Modwheel), 0.69, 0.05);
+    // The pitch wheel springs back: what it shows at the end is what it showed at first.
+    host.move(5, rig.unit() * 655);
+    const Box before{static_cast<int>(610 * rig.unit()), static_cast<int>(14 * rig.unit()), static_cast<int>(624 * rig.unit()),
+                     static_cast<int>(94 * rig.unit())};
+    const auto wheel = [&] { return host.glance().part(before.left, before.top, before.width(), before.height()); };
+    host.idle(150);
+    const Picture atRest = wheel();
+    const Point pitch = rig.middle(WindowPart::PitchWheel);
+    host.move(pitch.x, pitch.y);
+    host.press();
+    host.move(pitch.x, pitch.y - 30);
+    host.idle(60);
+    EXPECT_FALSE(wheel() == atRest);
+    host.release();
+    host.move(5, rig.unit() * 655);
+    EXPECT_TRUE(host.until([&] { return wheel() == atRest; }, 5));
+}
+
+// ---- the menu of a knob
+
+struct SourceRow {
+    int submenu, row;
+};
+
+class EverySource : public Hand, public testing::WithParamInterface<SourceRow> {};
+
+// By the list of sources.
+int expectedSource(const SourceRow& at) {
+    constexpr int lfo[] = {50, 2, 51, 3, 52, 4, 5, 6};
+    constexpr int firstFreeLfo = 54, firstEnvelope = 7, firstDecay = 37, firstMidi = 17, firstRandom = 13;
+    switch (at.submenu) {
+        case 0: return lfo[at.row];
+        case 1: return firstFreeLfo + at.row;
+        case 2: return at.row < 4 ? firstEnvelope + at.row : firstDecay + at.row - 4;
+        case 3: return firstMidi + at.row;
+        default: return firstRandom + at.row;
+    }
+}
+
+TEST_P(EverySource, OfTheMenuMakesARowOfTheMatrix) {
+    clearMatrix();
+    rig.set(resonance, 0.5f);
+    ASSERT_TRUE(rig.chooseSource(resonance, GetParam().submenu, GetParam().row));
+    EXPECT_EQ(slot(0).source, expectedSource(GetParam()));
+    EXPECT_EQ(slot(0).destination, vantoric::destinationOf(parameter::Reso1));
+    const bool isBipolar = vantoric::submenuSource(100 * (GetParam().submenu + 1) + GetParam().row).hasBipolarAmount;
+    EXPECT_FLOAT_EQ(slot(0).amount, isBipolar ? 1.0f : 0.75f);
+    EXPECT_EQ(rig.value(resonance), 0.5f);
+}
+
+std::vector<SourceRow> allSources() {
+    std::vector<SourceRow> rows;
+    constexpr int counts[] = {8, 17, 16, 15, 3};
+    for (int submenu = 0; submenu < 5; ++submenu)
+        for (int row = 0; row < counts[submenu]; ++row) rows.push_back({submenu, row});
+    return rows;
+}
+
+INSTANTIATE_TEST_SUITE_P(Window, EverySource, testing::ValuesIn(allSources()), [](const auto& info) {
+    return "Submenu" + std::to_string(info.param.submenu) + "Row" + std::to_string(info.param.row);
+});
+
+const std::vector<std::string> knobRows{"", "", "-", "", "-", "", "", "", "", "", ""};
+enum KnobRow { resetValue = 0, resetAll = 1, learn = 3, removeModulation = 10 };
+
+TEST_F(Hand, TheMenuOfAKnobResetsAndRemoves) {
+    clearMatrix();
+    rig.set(resonance, 0.37f);
+    ASSERT_TRUE(rig.chooseSource(resonance, 0, 0));
+    auto menu = rig.openMenu(resonance, 3);
+    ASSERT_TRUE(menu);
+    ASSERT_TRUE(rig.choose(*menu, knobRows, removeModulation));
+    expectNoModulation();
+    EXPECT_EQ(rig.value(resonance), 0.37f);
+
+    ASSERT_TRUE(rig.chooseSource(resonance, 2, 1));
+    menu = rig.openMenu(resonance, 3);
+    ASSERT_TRUE(menu && rig.choose(*menu, knobRows, resetValue));
+    EXPECT_EQ(rig.value(resonance), resonance.defaultValue);
+    EXPECT_EQ(slot(0).source, 8) << "the modulation stays";
+
+    rig.set(resonance, 0.37f);
+    menu = rig.openMenu(resonance, 3);
+    ASSERT_TRUE(menu && rig.choose(*menu, knobRows, resetAll));
+    EXPECT_EQ(rig.value(resonance), resonance.defaultValue);
+    expectNoModulation();
+}
+
+TEST_F(Hand, ASecondSourceFromTheMenuReplacesTheFirst) {
+    clearMatrix();
+    ASSERT_TRUE(rig.chooseSource(resonance, 0, 0));
+    ASSERT_TRUE(rig.chooseSource(resonance, 0, 2));
+    EXPECT_EQ(slot(0).source, 51);
+    EXPECT_EQ(slot(1).source, 0);
+}
+
+TEST_F(Hand, ADragAtTheGripChangesTheDepthAlone) {
+    clearMatrix();
+    rig.set(resonance, 0.5f);
+    ASSERT_TRUE(rig.chooseSource(resonance, 0, 0));
+    const float value = rig.value(resonance), amount = slot(0).amount;
+    const Point grip = rig.at(resonance.x - 14.3, resonance.y - 13.2);
+    const auto gestures = rig.gestures();
+    host.drag(grip.x, grip.y, grip.x, grip.y + 60);
+    EXPECT_EQ(rig.value(resonance), value);
+    EXPECT_NEAR(slot(0).amount, amount - 0.1f, 0.03f);
+    EXPECT_EQ(rig.gestures(), (WindowRig::Gestures{gestures.begun + 1, gestures.ended + 1}));
+}
+
+TEST_F(Hand, AControllerThatIsLearntMovesTheKnob) {
+    constexpr int controller = 0xB0, number = 30;
+    const auto turn = [&](int value) {
+        rig.plugin().midi(controller, number, value);
+        rig.plugin().renderLong(2048, 512);
+        host.idle(120);
+    };
+    auto menu = rig.openMenu(resonance, 3);
+    ASSERT_TRUE(menu && rig.choose(*menu, knobRows, learn));
+    turn(20);
+    turn(100);
+    EXPECT_NEAR(rig.value(resonance), 100.0 / 127, 0.01);
+    menu = rig.openMenu(resonance, 3);
+    ASSERT_TRUE(menu && rig.choose(*menu, knobRows, learn)) << "the same row removes it";
+    turn(10);
+    EXPECT_NEAR(rig.value(resonance), 100.0 / 127, 0.01);
+}
+
+TEST_F(Hand, TheWheelsMenuOffersTheResetAlone) {
+    const ControlEntry* wheel = nullptr;
+    for (int i = 0; i < vantoric::controlCount(); ++i)
+        if (vantoric::controlEntry(i).tag == parameter::Modwheel) wheel = &vantoric::controlEntry(i);
+    EXPECT_EQ(wheel, nullptr) << "the wheel stands beside the table";
+    rig.plugin().setParameter(parameter::Modwheel, 0.6f);
+    const auto menu = rig.openMenu(rig.middle(WindowPart::ModWheel), 3);
+    ASSERT_TRUE(menu);
+    EXPECT_LT(menu->height(), 2 * 26 * rig.unit());
+    ASSERT_TRUE(rig.choose(*menu, {""}, 0));
+    EXPECT_EQ(rig.plugin().parameter(parameter::Modwheel), 0.0f);
+}
+
+// ---- drags onto knobs
+
+TEST_F(Hand, AnEnvelopeOrLfoDropsOntoAKnob) {
+    struct Case {
+        WindowPart from;
+        int selector, source;
+    };
+    constexpr int none = 0;
+    const Case cases[] = {
+        {WindowPart::DragEnvelope, tag::envelopePage1, 7},
+        {WindowPart::DragEnvelope, tag::envelopePage1 + 1, 8},
+        {WindowPart::DragEnvelope, tag::envelopePage1 + 2, 9},
+        {WindowPart::DragEnvelope, tag::envelopePage1 + 3, 10},
+        {WindowPart::DragLfo, tag::lfoPage1, 50},
+        {WindowPart::DragLfo, tag::lfoPage1 + 1, 51},
+        {WindowPart::DragLfo, tag::lfoPage1 + 2, 52},
+        {WindowPart::DragLfo, tag::lfoPage1 + 3, 5},
+        {WindowPart::DragWheel, none, 19},
+    };
+    for (const Case& c : cases) {
+        clearMatrix();
+        if (c.selector != none) rig.click(controlWithTag(c.selector));
+        rig.set(octave, 0.5f);
+        rig.drop(c.from, octave);
+        EXPECT_EQ(slot(0).source, c.source);
+        EXPECT_EQ(slot(0).destination, vantoric::destinationOf(parameter::Oct1));
+        EXPECT_FLOAT_EQ(slot(0).amount, 0.75f) << "as for a source of one side";
+    }
+}
+
+TEST_F(Hand, ADropUsesTheSlotOfItsSourceAgain) {
+    clearMatrix();
+    rig.drop(WindowPart::DragLfo, resonance);
+    rig.drop(WindowPart::DragLfo, resonance);
+    EXPECT_NE(slot(0).source, 0);
+    EXPECT_EQ(slot(1).source, 0);
+}
+
+TEST_F(Hand, ADropBesidesOrOnWhatTakesNoneDoesNothing) {
+    clearMatrix();
+    const auto before = rig.parameters();
+    const Point from = rig.middle(WindowPart::DragLfo);
+    host.drag(from.x, from.y, 3, 400);
+    rig.drop(WindowPart::DragLfo, controlNamed("PLAY MODE"));
+    rig.drop(WindowPart::DragLfo, controlNamed("EQ LOW"));
+    EXPECT_EQ(rig.changedSince(before), std::vector<int>{});
+}
+
+TEST_F(Hand, EscapeCallsADragOff) {
+    clearMatrix();
+    const auto before = rig.parameters();
+    const Point from = rig.middle(WindowPart::DragEnvelope), to = rig.middle(resonance);
+    host.move(from.x, from.y);
+    host.press();
+    host.move((from.x + to.x) / 2, (from.y + to.y) / 2);
+    host.move(to.x, to.y);
+    host.key("Escape");
+    host.release();
+    EXPECT_EQ(rig.changedSince(before), std::vector<int>{});
+}
+
+TEST_F(Hand, AFullMatrixTakesNoMore) {
+    for (int i = 0; i < slots; ++i) {
+        rig.plugin().setParameter(vantoric::hostIndex(parameter::MatSrc1 + i, 0), 20.0f / 128);
+        rig.plugin().setParameter(vantoric::hostIndex(parameter::MatDst1 + i, 0), static_cast<float>(10 + i) / 128);
+    }
+    host.idle(120);
+    const auto before = rig.parameters();
+    rig.drop(WindowPart::DragEnvelope, resonance);
+    EXPECT_EQ(rig.changedSince(before), std::vector<int>{});
+}
+
+// ---- several layers at once
+
+TEST_F(Hand, MultilayerEditingMovesAllLayers) {
+    const ControlEntry& copy = controlWithTag(tag::copyMenu);
+    const auto handle = [&] {
+        return host.glance().at(static_cast<int>(octave.x * rig.unit() + 10.5), static_cast<int>(octave.y * rig.unit()));
+    };
+    host.idle(100);
+    const unsigned plain = handle();
+    ASSERT_TRUE(rig.chooseFrom(copy, vantoric::copy_row::multilayer));
+    host.move(3, 400);
+    EXPECT_TRUE(host.until([&] { return handle() != plain; }, 5)) << "knobs are tinted";
+    const auto before = rig.parameters();
+    rig.drag(resonance, 0, rig.value(resonance) < 0.5f ? 40 : -40);
+    const float value = rig.value(resonance);
+    for (int layer = 0; layer < 4; ++layer)
+        EXPECT_EQ(rig.plugin().parameter(vantoric::hostIndex(parameter::Reso1, layer)), value);
+    EXPECT_LE(rig.changedSince(before).size(), 4u);
+    ASSERT_TRUE(rig.chooseFrom(copy, vantoric::copy_row::multilayer));
+    rig.drag(octave, 0, rig.value(octave) < 0.5f ? 40 : -40);
+    EXPECT_EQ(rig.plugin().parameter(vantoric::hostIndex(parameter::Oct1, 1)), before[vantoric::hostIndex(parameter::Oct1, 1)]);
+}
+
+// ---- keys
+
+TEST_F(Hand, ARowOfAListIsChosenByTyping) {
+    const ControlEntry& list = controlNamed("SYNTHESIS OSC2");
+    const auto labels = labelsOf(list);
+    for (int row = 0; row < static_cast<int>(labels.size()); ++row) {
+        std::string typed;
+        for (const char c : labels[static_cast<std::size_t>(row)].substr(0, 4)) {
+            if (std::isalpha(static_cast<unsigned char>(c)) == 0) break;
+            typed += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
+        if (typed.size() < 3 || row == rig.row(list)) continue;
+        ASSERT_TRUE(rig.openMenu(list));
+        host.type(typed);
+        host.key("Return");
+        EXPECT_TRUE(host.until([&] { return !rig.hasMenu(); }, 5));
+        EXPECT_EQ(labels[static_cast<std::size_t>(rig.row(list))].substr(0, 3),
+                  labels[static_cast<std::size_t>(row)].substr(0, 3))
+            << typed;
+    }
+}
+
+TEST_F(Hand, ArrowsMoveInAListAndEscapeLeavesIt) {
+    const ControlEntry& list = controlNamed("LFO1 WAVE");
+    rig.set(list, 2.0f / 128);
+    ASSERT_TRUE(rig.openMenu(list));
+    host.key("Down");
+    host.key("Down");
+    host.key("Up");
+    host.key("Return");
+    EXPECT_TRUE(host.until([&] { return rig.row(list) == 3; }, 5));
+    ASSERT_TRUE(rig.openMenu(list));
+    host.key("Down");
+    host.key("Escape");
+    EXPECT_TRUE(host.until([&] { return !rig.hasMenu(); }, 5));
+    EXPECT_EQ(rig.row(list), 3);
+    ASSERT_TRUE(rig.openMenu(list));
+    rig.click({3, 400});
+    EXPECT_TRUE(host.until([&] { return !rig.hasMenu(); }, 5)) << "a click outside closes it";
+    EXPECT_EQ(rig.row(list), 3);
+}
+
+TEST_F(Hand, ARowIsChosenByPressDragAndRelease) {
+    const ControlEntry& list = controlNamed("LFO1 WAVE");
+    rig.set(list, 2.0f / 128);
+    const Point p = rig.middle(list);
+    host.move(p.x, p.y);
+    host.press();
+    std::optional<Box> menu;
+    ASSERT_TRUE(host.until([&] { return (menu = menuBox(host.glance())).has_value(); }, 5));
+    const double y = menu->top + (4 + 5.5 * 18) * rig.unit();
+    host.move(p.x, (p.y + y) / 2);
+    host.move(p.x, y);
+    host.release();
+    EXPECT_TRUE(host.until([&] { return rig.row(list) == 5; }, 5));
+    EXPECT_FALSE(rig.hasMenu());
+}
+
+// Keys as the plug-in interface numbers them.
+enum Key {
+    tabKey = 2,
+    returnKey = 4,
+    escapeKey = 6,
+    endKey = 9,
+    homeKey = 10,
+    upKey = 12,
+    downKey = 14,
+    pageUpKey = 15,
+    deleteKey = 22
+};
+
+TEST_F(Hand, TheKeyboardReachesEveryControl) {
+    host.hostKey(0, escapeKey);
+    constexpr int most = 400;
+    std::vector<int> moved;
+    const auto start = rig.parameters();
+    for (int i = 0; i < most; ++i) {
+        ASSERT_TRUE(host.hostKey(0, tabKey));
+        const auto before = rig.parameters();
+        host.hostKey(0, upKey);
+        auto changed = rig.changedSince(before);
+        if (changed.empty()) {
+            host.hostKey(0, downKey);
+            changed = rig.changedSince(before);
+        }
+        if (!changed.empty()) moved.push_back(changed.front());
+    }
+    std::vector<int> missed;
+    for (int i = 0; i < vantoric::controlCount(); ++i) {
+        const ControlEntry& entry = vantoric::controlEntry(i);
+        const int index = rig.hostIndex(entry);
+        const bool isShown = entry.page <= page::layer || entry.page == page::envelope1 || entry.page == page::lfo1 ||
+                             entry.page == page::matrix1 || entry.page == page::insert1;
+        const bool canMove = entry.kind != vantoric::WidgetKind::EffectValue;  // empty without an effect
+        if (index >= 0 && isShown && canMove && std::find(moved.begin(), moved.end(), index) == moved.end()) missed.push_back(i);
+    }
+    EXPECT_EQ(missed, std::vector<int>{}) << "rows of the table whose parameter no key moved";
+}
+
+TEST_F(Hand, TheFocusShowsAndItsKeysStep) {
+    host.move(3, 400);
+    host.idle(150);
+    const Picture before = host.picture();
+    host.hostKey(0, tabKey);
+    EXPECT_TRUE(host.until([&] { return host.glance() != before; }, 5)) << "a ring is seen";
+    host.hostKey(0, escapeKey);
+}
+
+// ---- texts that come up
+
+TEST(Tooltips, ShowAfterAWhileAndGoWithThePointer) {
+    dropSharedRig();
+    WindowRig rig;
+    const Point p = rig.middle(controlNamed("PLAY MODE"));
+    rig.host().move(p.x, p.y);
+    rig.host().idle(1500);
+    EXPECT_FALSE(rig.hasMenu()) << "they are off";
+    rig.host().close();
+    rig.installation().setTooltips(true);
+    ASSERT_TRUE(rig.host().open());
+    rig.host().move(3, 400);
+    rig.host().move(p.x, p.y);
+    EXPECT_TRUE(rig.host().until([&] { return rig.hasMenu(); }, 10)) << "a box in the ground of menus";
+    rig.host().move(3, 400);
+    EXPECT_TRUE(rig.host().until([&] { return !rig.hasMenu(); }, 10));
+}
+
+TEST_F(Hand, TheHintLineSpeaksOfWhatIsUnderThePointer) {
+    const auto& line = vantoric::windowPart(WindowPart::HintLine).rect;
+    const auto hint = [&] {
+        return host.glance().part(static_cast<int>(line.x * rig.unit()), static_cast<int>(line.y * rig.unit()),
+                                  static_cast<int>(line.width * rig.unit()), static_cast<int>(line.height * rig.unit()));
+    };
+    host.move(3, 400);
+    host.idle(100);
+    const Picture resting = hint();
+    Picture last = resting;
+    for (const char* name : {"FIL1 RESO", "FIL1 DRIVE", "PLAY MODE", "SYNT1 ON"}) {
+        const Point p = rig.middle(controlNamed(name));
+        host.move(p.x, p.y);
+        EXPECT_TRUE(host.until([&] { return hint() != last; }, 5)) << name;
+        last = hint();
+    }
+}
+
+}  // namespace

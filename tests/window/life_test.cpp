@@ -1,0 +1,349 @@
+// The window's life: opened, closed and left in every order that a host may think of, in every size, and never heard.
+#include <gtest/gtest.h>
+
+#include <dirent.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <thread>
+
+#include "base/parameters.h"
+#include "editor/model/window_size.h"
+#include "tests/window/window_rig.h"
+
+using namespace testhost;
+using vantoric::WindowPart;
+namespace parameter = vantoric::parameter;
+namespace tag = vantoric::tag;
+
+namespace {
+
+int environmentNumber(const char* name, int otherwise) {
+    const char* text = std::getenv(name);
+    return text != nullptr ? std::atoi(text) : otherwise;
+}
+
+std::size_t residentKib() {
+    std::ifstream file("/proc/self/statm");
+    std::size_t pages = 0, resident = 0;
+    file >> pages >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) / 1024;
+}
+
+int openDescriptors() {
+    DIR* folder = opendir("/proc/self/fd");
+    int count = 0;
+    while (readdir(folder) != nullptr) ++count;
+    closedir(folder);
+    return count;
+}
+
+bool isDrawn(WindowHost& host) {
+    const Picture picture = host.glance();
+    if (picture.isEmpty()) return false;
+    const unsigned corner = picture.at(1, 1);
+    for (int x = 0; x < picture.width; x += 7)
+        if (picture.at(x, picture.height / 2) != corner && picture.at(x, picture.height / 2) != 0) return true;
+    return false;
+}
+
+class Life : public testing::Test {
+protected:
+    void SetUp() override { dropSharedRig(); }
+};
+
+// VANTORIC_WINDOW_OPENINGS says how often; 25 by default.
+TEST_F(Life, OpensAndClosesWithoutGrowth) {
+    WindowRig rig;
+    const int times = environmentNumber("VANTORIC_WINDOW_OPENINGS", 25), early = times / 4;
+    std::size_t memory = 0;
+    int descriptors = 0;
+    for (int i = 0; i < times; ++i) {
+        rig.host().close();
+        ASSERT_TRUE(rig.host().open());
+        ASSERT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
+        rig.drag(controlNamed("FIL1 RESO"), 0, i % 2 == 0 ? 20 : -20);
+        if (i != early) continue;
+        memory = residentKib();
+        descriptors = openDescriptors();
+    }
+    EXPECT_EQ(openDescriptors(), descriptors);
+    const double growth = static_cast<double>(residentKib()) - static_cast<double>(memory);
+    RecordProperty("KibibytesAnOpening", std::to_string(growth / (times - early)));
+    std::printf("%d openings: %.1f KiB each\n", times, growth / (times - early));
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    EXPECT_LT(growth, 4096);
+#endif
+}
+
+TEST_F(Life, TheHostsWindowMayGoFirst) {
+    WindowRig rig;
+    rig.host().destroyWindow();
+    rig.host().idle(200);
+    rig.host().close();
+    ASSERT_TRUE(rig.host().open());
+    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
+    rig.drag(controlNamed("FIL1 RESO"), 0, 20);
+    rig.host().destroyWindow();  // and the plug-in goes with it open
+}
+
+TEST_F(Life, OpenedTwiceClosedTwice) {
+    WindowRig rig;
+    rig.plugin().call(wire::opEditOpen, 0, 0, reinterpret_cast<void*>(rig.host().window()));
+    rig.host().idle(100);
+    const float before = rig.value(controlNamed("FIL1 RESO"));
+    rig.drag(controlNamed("FIL1 RESO"), 0, before < 0.5f ? 40 : -40);
+    EXPECT_NE(rig.value(controlNamed("FIL1 RESO")), before);
+    rig.host().close();
+    rig.host().close();
+    rig.plugin().call(wire::opEditIdle);
+    ASSERT_TRUE(rig.host().open());
+    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
+}
+
+TEST_F(Life, NoParentNoWindow) {
+    WindowRig rig;
+    rig.host().close();
+    EXPECT_EQ(rig.plugin().call(wire::opEditOpen, 0, 0, nullptr), 0);
+    rig.plugin().call(wire::opEditIdle);
+    EXPECT_GT(rig.host().size().width, 0);
+    ASSERT_TRUE(rig.host().open());
+}
+
+TEST_F(Life, AParentThatIsNoneDoesNoHarm) {
+    WindowRig rig;
+    rig.host().close();
+    rig.plugin().call(wire::opEditOpen, 0, 0, reinterpret_cast<void*>(0x1234567));
+    for (int i = 0; i < 10; ++i) rig.plugin().call(wire::opEditIdle);
+    rig.plugin().call(wire::opEditClose);
+    ASSERT_TRUE(rig.host().open());
+    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
+}
+
+TEST_F(Life, WithoutADisplayThePluginPlaysWithoutAWindow) {
+    const std::string display = std::getenv("DISPLAY");
+    const Installation installation;
+    unsetenv("DISPLAY");
+    {
+        PluginHost plugin(installation.plugin());
+        plugin.start();
+        wire::Rect* rect = nullptr;
+        plugin.call(wire::opEditRect, 0, 0, &rect);
+        EXPECT_EQ(plugin.call(wire::opEditOpen, 0, 0, reinterpret_cast<void*>(0x400001)), 0);
+        plugin.call(wire::opEditIdle);
+        EXPECT_TRUE(plugin.render(512).finite());
+        plugin.call(wire::opEditClose);
+    }
+    setenv("DISPLAY", ":987", 1);  // there is none of that number
+    {
+        PluginHost plugin(installation.plugin());
+        plugin.start();
+        EXPECT_EQ(plugin.call(wire::opEditOpen, 0, 0, reinterpret_cast<void*>(0x400001)), 0);
+        EXPECT_TRUE(plugin.render(512).finite());
+    }
+    setenv("DISPLAY", display.c_str(), 1);
+}
+
+TEST_F(Life, TwoInstancesHaveTwoWindows) {
+    WindowRig first;
+    WindowHost second(first.installation().plugin());
+    ASSERT_TRUE(second.open());  // over the first one
+    EXPECT_TRUE(second.until([&] { return isDrawn(second); }));
+    const Point p = first.middle(controlNamed("FIL1 RESO"));
+    const float one = first.plugin().parameter(parameter::Reso1), other = second.plugin().parameter(parameter::Reso1);
+    second.drag(p.x, p.y, p.x, p.y + (other < 0.5f ? -40 : 40));
+    EXPECT_NE(second.plugin().parameter(parameter::Reso1), other);
+    EXPECT_EQ(first.plugin().parameter(parameter::Reso1), one);
+    second.close();
+    first.drag(controlNamed("FIL1 RESO"), 0, one < 0.5f ? 40 : -40);
+    EXPECT_NE(first.plugin().parameter(parameter::Reso1), one) << "the one below works on";
+}
+
+TEST_F(Life, IdleMayComeFromAnotherThread) {
+    WindowRig rig;
+    std::atomic<bool> ends = false;
+    std::thread other([&] {
+        while (!ends) {
+            rig.plugin().call(wire::opEditIdle);
+            std::this_thread::sleep_for(std::chrono::milliseconds(3));
+        }
+    });
+    // The host's own thread renders meanwhile, and leaves the window alone.
+    for (int i = 0; i < 300; ++i) rig.plugin().render(256);
+    ends = true;
+    other.join();
+    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
+}
+
+TEST_F(Life, IdleMayNeverCome) {
+    WindowRig rig;
+    rig.host().close();
+    for (int i = 0; i < 5; ++i) {
+        const auto parent = reinterpret_cast<void*>(rig.host().window());
+        rig.plugin().call(wire::opEditOpen, 0, 0, parent);
+        for (int block = 0; block < 20; ++block) rig.plugin().render(512);
+        rig.plugin().call(wire::opEditClose);
+    }
+    ASSERT_TRUE(rig.host().open());
+    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
+}
+
+TEST_F(Life, ClosingInTheMidstOfADragOrMenuDoesNoHarm) {
+    WindowRig rig;
+    const auto& knob = controlNamed("FIL1 RESO");
+    const Point p = rig.middle(knob), area = rig.middle(WindowPart::DragLfo);
+    const auto reopen = [&] {
+        rig.host().close();
+        rig.host().release(1);
+        ASSERT_TRUE(rig.host().open());
+    };
+    const auto gestures = rig.gestures();
+    rig.host().move(p.x, p.y);
+    rig.host().press();
+    rig.host().move(p.x, p.y - 20);
+    reopen();
+    EXPECT_EQ(rig.gestures().begun - gestures.begun, rig.gestures().ended - gestures.ended) << "the gesture ends with the window";
+    rig.host().move(area.x, area.y);
+    rig.host().press();
+    rig.host().move(p.x, p.y);
+    reopen();
+    ASSERT_TRUE(rig.openMenu(knob, 3));
+    reopen();
+    EXPECT_FALSE(rig.hasMenu());
+}
+
+// ---- sizes
+
+class Sizes : public testing::TestWithParam<int> {
+protected:
+    void SetUp() override { dropSharedRig(); }
+};
+
+// The control stands where the table says at every size: the mouse finds it.
+void expectKnobWorks(WindowRig& rig) {
+    const auto& volume = controlNamed("MASTER VOLUME");
+    const auto& eq = controlNamed("EQ LOW");
+    const auto& knob = rig.middle(eq).x < rig.host().size().width ? eq : volume;
+    const float before = rig.value(knob);
+    rig.drag(knob, 0, before < 0.5f ? 30 : -30);
+    EXPECT_NE(rig.value(knob), before);
+}
+
+TEST_P(Sizes, OpenFromTheSizeFile) {
+    WindowRig rig(GetParam());
+    const auto& row = vantoric::sizeRow(GetParam());
+    const double zoom = vantoric::zoomOfSize(GetParam());
+    EXPECT_EQ(rig.host().size(), (WindowHost::Size{static_cast<int>(row.width * zoom), static_cast<int>(row.height * zoom)}));
+    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
+    expectKnobWorks(rig);
+}
+
+// As a host does that grants sizes: the window follows at once.
+TEST_P(Sizes, AreTakenFromTheMenuByAHostThatResizes) {
+    HostAnswers answers;
+    answers.resizes = true;
+    answers.product = "Glaigail";  // which needs no telling that it may not work
+    WindowRig rig(GetParam() == 0 ? 3 : 0, answers);
+    ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::editorMenu), GetParam()));
+    const auto& row = vantoric::sizeRow(GetParam());
+    const double zoom = vantoric::zoomOfSize(GetParam());
+    const WindowHost::Size wanted{static_cast<int>(row.width * zoom), static_cast<int>(row.height * zoom)};
+    EXPECT_TRUE(rig.host().until([&] { return rig.plugin().sizeWanted().width == wanted.width; }));
+    EXPECT_EQ(rig.plugin().sizeWanted().height, wanted.height);
+    rig.host().resize(wanted);
+    EXPECT_TRUE(rig.host().until([&] { return rig.host().size() == wanted; }));
+    EXPECT_EQ(std::ifstream(rig.installation().sizeFile(), std::ios::binary).get(), GetParam());
+    rig.setUnit(GetParam());
+    rig.host().idle(200);
+    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
+    expectKnobWorks(rig);
+}
+
+INSTANTIATE_TEST_SUITE_P(Window, Sizes, testing::Range(0, 18));
+
+TEST_F(Life, AHostThatRefusesASizeKeepsAWorkingWindow) {
+    HostAnswers answers;
+    answers.product = "Glaigail";
+    WindowRig rig(3, answers);
+    ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::editorMenu), 0));
+    EXPECT_TRUE(rig.host().until([&] { return rig.host().size().width == 1200; }));
+    rig.host().close();
+    ASSERT_TRUE(rig.host().open());
+    rig.setUnit(0);
+    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
+    expectKnobWorks(rig);
+}
+
+TEST_F(Life, AnyByteIsASize) {
+    const Installation installation;
+    for (const int byte : {18, 100, 127, 128, 255}) {
+        installation.setSize(byte);
+        WindowHost host(installation.plugin());
+        EXPECT_EQ(host.size(), (WindowHost::Size{1575, 866})) << byte;
+        EXPECT_TRUE(host.open());
+    }
+}
+
+// ---- not heard
+
+// The same notes and wheels from a fresh start; `meanwhile` is called between blocks.
+Sound played(PluginHost& plugin, const std::function<void(int)>& meanwhile) {
+    constexpr int blocks = 240, frames = 256;
+    Sound sound;
+    for (int block = 0; block < blocks; ++block) {
+        if (block % 12 == 0) plugin.midi(0x90, 48 + block / 12 * 5 % 36, 90, block % 200);
+        if (block % 12 == 9) plugin.midi(0x80, 48 + block / 12 * 5 % 36, 0, 17);
+        if (block % 7 == 3) plugin.midi(0xB0, 1, block % 128, 5);
+        meanwhile(block);
+        sound.append(plugin.render(frames));
+    }
+    return sound;
+}
+
+Sound playedWith(bool isOpen, const std::function<void(WindowRig&, int)>& meanwhile) {
+    WindowRig rig;
+    if (!isOpen) rig.host().close();
+    // Until the waves are there: then nothing depends on when the worker came.
+    rig.host().idle(3000);
+    for (int i = 0; i < 200; ++i) rig.plugin().render(512);
+    rig.plugin().off();
+    rig.plugin().on();
+    return played(rig.plugin(), [&](int block) { meanwhile(rig, block); });
+}
+
+TEST_F(Life, TheWindowIsNotHeard) {
+    const Sound closed = playedWith(false, [](WindowRig&, int) {});
+    ASSERT_GT(closed.peak(), 0.01f);
+    const Sound again = playedWith(false, [](WindowRig&, int) {});
+    ASSERT_TRUE(closed == again) << "the notes alone sound the same each time";
+
+    const Sound open = playedWith(true, [](WindowRig& rig, int) { rig.plugin().call(wire::opEditIdle); });
+    EXPECT_TRUE(closed == open);
+
+    // All that moves no parameter: tabs, menus, drags that are called off, the window closed and opened.
+    const Sound dragged = playedWith(true, [](WindowRig& rig, int block) {
+        WindowHost& host = rig.host();
+        const Point lfo = rig.middle(WindowPart::DragLfo);
+        switch (block % 24) {
+            case 1: return rig.click(controlWithTag(tag::lfoPage1 + block / 24 % 4));
+            case 3: return host.move(lfo.x, lfo.y);
+            case 4: return host.press();
+            case 5:
+            case 6:
+            case 7:
+            case 8: return host.move(lfo.x - 60.0 * (block % 24 - 4), lfo.y - 40.0 * (block % 24 - 4));
+            case 9: return host.key("Escape");
+            case 10: return host.release();
+            case 12: return rig.click(controlNamed("FILTER1 TYPE"));
+            case 14: return host.wheel(rig.middle(controlNamed("FILTER1 TYPE")).x, 500, -4);
+            case 16: return host.key("Escape");
+            case 18: return host.close();
+            case 20: EXPECT_TRUE(host.open()); return;
+            default: return host.idle(1, 1);
+        }
+    });
+    EXPECT_TRUE(closed == dragged);
+}
+
+}  // namespace

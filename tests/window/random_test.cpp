@@ -1,0 +1,103 @@
+// A hand without a plan, with notes playing. VANTORIC_RANDOM_EVENTS says how many events a page gets, VANTORIC_RANDOM_SEED
+// with which numbers.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+
+#include "tests/window/window_rig.h"
+
+using namespace testhost;
+namespace page = vantoric::page;
+
+namespace {
+
+int environmentNumber(const char* name, int otherwise) {
+    const char* text = std::getenv(name);
+    return text != nullptr ? std::atoi(text) : otherwise;
+}
+
+class RandomHand {
+public:
+    RandomHand(WindowRig& rig, unsigned seed) : rig_(rig), host_(rig.host()), numbers_(seed) {}
+
+    void doSomething() {
+        if (upTo(8) == 0) play();
+        switch (upTo(10)) {
+            case 0:
+            case 1:
+            case 2: return host_.click(x(), y(), 1);
+            case 3: return host_.click(x(), y(), 3);
+            case 4:
+            case 5: return host_.drag(x(), y(), x(), y(), upTo(6) == 0 ? 3 : 1, 1 + upTo(4));
+            case 6: return host_.wheel(x(), y(), upTo(7) - 3);
+            case 7: {
+                const double px = x(), py = y();
+                return host_.doubleClick(px, py);
+            }
+            case 8: return key();
+            default: return host_.move(x(), y());
+        }
+    }
+
+private:
+    int upTo(int count) { return std::uniform_int_distribution<int>(0, count - 1)(numbers_); }
+    // Now and then beside the window.
+    double x() { return upTo(std::max(host_.size().width, 1) + 20); }
+    double y() { return upTo(std::max(host_.size().height, 1) + 20); }
+
+    void play() {
+        rig_.plugin().midi(upTo(2) == 0 ? 0x90 : 0x80, 30 + upTo(70), 1 + upTo(127));
+        if (upTo(4) == 0) rig_.plugin().midi(0xB0, upTo(128), upTo(128));
+        if (upTo(6) == 0) rig_.plugin().midi(0xE0, upTo(128), upTo(128));
+        const Sound sound = rig_.plugin().render(256);
+        ASSERT_TRUE(sound.finite());
+    }
+
+    void key() {
+        static const char* const keys[] = {"Escape",  "Return",    "Tab",  "Up",      "Down",   "Left",      "Right",
+                                           "Page_Up", "Page_Down", "Home", "End",     "Delete", "BackSpace", "space",
+                                           "a",       "s",         "1",    "Shift_L", "F1",     "period"};
+        if (upTo(2) == 0) return host_.key(keys[static_cast<std::size_t>(upTo(std::size(keys)))]);
+        host_.hostKey(upTo(3) == 0 ? 32 + upTo(90) : 0, upTo(24), upTo(8));
+    }
+
+    WindowRig& rig_;
+    WindowHost& host_;
+    std::mt19937 numbers_;
+};
+
+class RandomInput : public testing::TestWithParam<int> {};
+
+TEST_P(RandomInput, LeavesAWindowThatWorks) {
+    dropSharedRig();
+    HostAnswers answers;
+    answers.product = "Glaigail";
+    WindowRig rig(3, answers);
+    for (int i = 0; i < vantoric::controlCount(); ++i)
+        if (vantoric::controlEntry(i).page == GetParam()) {
+            rig.show(vantoric::controlEntry(i));
+            break;
+        }
+    RandomHand hand(rig, static_cast<unsigned>(environmentNumber("VANTORIC_RANDOM_SEED", 1) + GetParam()));
+    const int events = environmentNumber("VANTORIC_RANDOM_EVENTS", 300);
+    for (int i = 0; i < events && !HasFatalFailure(); ++i) hand.doSomething();
+    // Whatever it did, a fresh window of the same plug-in works.
+    for (int button = 1; button <= 3; ++button) rig.host().release(button);
+    for (const char* key : {"Shift_L", "Control_L", "Alt_L"}) rig.host().keyUp(key);
+    rig.host().close();
+    rig.installation().setSize(3);
+    ASSERT_TRUE(rig.host().open());
+    const auto gestures = rig.gestures();
+    EXPECT_EQ(gestures.begun, gestures.ended);
+    EXPECT_FALSE(rig.plugin().chunk().empty());
+    EXPECT_TRUE(rig.plugin().render(512).finite());
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages, RandomInput,
+                         testing::Values(page::always, page::sample1, page::custom1, page::noise1, page::wavetable1,
+                                         page::hypersaw1, page::analog1, page::envelope1, page::envelope2, page::envelope3,
+                                         page::envelope4, page::lfo1, page::lfo2, page::lfo3, page::stepLfo, page::matrix1,
+                                         page::matrix2, page::matrix3, page::insert1, page::insert2));
+
+}  // namespace

@@ -1,0 +1,24 @@
+// A virtual X server of its own, so that a run moves nobody's pointer.
+#pragma once
+
+#include <string>
+
+namespace testhost {
+
+class XServer {
+public:
+    // Starts one on a free display with a screen of that size and lets DISPLAY name it. Look at `isRunning` for success.
+    XServer(int width, int height);
+    XServer(const XServer&) = delete;
+    XServer& operator=(const XServer&) = delete;
+    ~XServer();
+
+    bool isRunning() const { return !display_.empty(); }
+    const std::string& display() const { return display_; }
+
+private:
+    int process_ = -1;
+    std::string display_;
+};
+
+}  // namespace testhost
