@@ -15,7 +15,7 @@ using VSTGUI::VirtualKey;
 
 namespace {
 
-constexpr double widest = 232, tallest = 320, padding = 12, headHeight = 30, footHeight = 34, lowFootHeight = 28, lineHeight = 14,
+constexpr double widest = 232, tallest = 320, padding = 12, headHeight = 30, footHeight = 38, lowFootHeight = 28, lineHeight = 14,
                  textSize = 10, buttonHeight = 18, narrowestButton = 58, betweenButtons = 6, barWidth = 3;
 
 // The bytes of a text's longest beginning that is no wider; at least one character.
