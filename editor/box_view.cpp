@@ -30,7 +30,9 @@ std::size_t fittingBytes(std::string_view text, double width) {
         if (fitting > 0 && !fits(next)) break;
         fitting = next;
     }
-    return fitting;
+    if (fitting == text.size()) return fitting;
+    const std::size_t slash = text.rfind('/', fitting - 1);  // a path breaks between its folders
+    return slash != std::string_view::npos && slash > fitting / 3 ? slash + 1 : fitting;
 }
 
 // Lines for a place of that width: words that are wider than it, such as paths, break anywhere.

@@ -4,6 +4,9 @@
 #include <memory>
 
 #include <cairo/cairo-xcb.h>
+#include <dlfcn.h>
+#include <pango/pangocairo.h>
+#include <pango/pangofc-fontmap.h>
 #include <xcb/xcb.h>
 
 #include "vstgui/lib/platform/linux/linuxfactory.h"
@@ -41,6 +44,22 @@ void finishCairoDevice(xcb_connection_t* connection) {
     cairo_device_destroy(device);
 }
 
+// The library that holds `code` stays in memory when this module goes.
+template <class Function>
+void keepLoaded(Function* code) {
+    Dl_info library{};
+    if (dladdr(reinterpret_cast<const void*>(code), &library) != 0 && library.dli_fname != nullptr)
+        dlopen(library.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+// The text libraries register types by name in one that never leaves, and cannot do so twice: a host that unloads the plug-in
+// and loads it again would hang at the first text.
+void keepTextLibraries() {
+    keepLoaded(pango_font_map_get_type);
+    keepLoaded(pango_cairo_font_map_get_type);
+    keepLoaded(pango_fc_font_map_get_type);
+}
+
 struct Disconnect {
     void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
 };
@@ -62,6 +81,7 @@ GuiModule& GuiModule::shared() {
 void GuiModule::enter(const std::string& resources) {
     if (users_++ != 0) return;
     VSTGUI::setAssertionHandler(noteFailedCheck);
+    keepTextLibraries();
     VSTGUI::init(nullptr);  // with the module's handle it would look for a bundle of folders
     VSTGUI::getPlatformFactory().asLinuxFactory()->setResourcePath(resources + "/");
     loop_ = VSTGUI::makeOwned<IdleRunLoop>();

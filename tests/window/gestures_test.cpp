@@ -138,9 +138,17 @@ TEST_F(Hand, ATouchWakesTheLayerOnShow) {
     rig.plugin().setParameter(parameter::Layer2On, 0);
     rig.plugin().setParameter(parameter::Layer3On, 0);
     rig.showLayer(1);
+    rig.set(resonance, 0.5f);
     rig.drag(resonance, 0, -20);
     EXPECT_EQ(rig.plugin().parameter(parameter::Layer2On), 1.0f);
     EXPECT_EQ(rig.plugin().parameter(parameter::Layer3On), 0.0f);
+}
+
+TEST_F(Hand, AClickAloneWakesTheLayerOnShow) {
+    rig.plugin().setParameter(parameter::Layer2On, 0);
+    rig.showLayer(1);
+    rig.click(resonance);
+    EXPECT_EQ(rig.plugin().parameter(parameter::Layer2On), 1.0f);
 }
 
 TEST_F(Hand, TheWheelsOnTheScreenTurn) {
@@ -275,16 +283,16 @@ TEST_F(Hand, AControllerThatIsLearntMovesTheKnob) {
 }
 
 TEST_F(Hand, TheWheelsMenuOffersTheResetAlone) {
-    const ControlEntry* wheel = nullptr;
-    for (int i = 0; i < vantoric::controlCount(); ++i)
-        if (vantoric::controlEntry(i).tag == parameter::Modwheel) wheel = &vantoric::controlEntry(i);
-    EXPECT_EQ(wheel, nullptr) << "the wheel stands beside the table";
+    const ControlEntry& wheel = controlNamed("MODWHEEL");
     rig.plugin().setParameter(parameter::Modwheel, 0.6f);
-    const auto menu = rig.openMenu(rig.middle(WindowPart::ModWheel), 3);
-    ASSERT_TRUE(menu);
-    EXPECT_LT(menu->height(), 2 * 26 * rig.unit());
-    ASSERT_TRUE(rig.choose(*menu, {""}, 0));
-    EXPECT_EQ(rig.plugin().parameter(parameter::Modwheel), 0.0f);
+    for (const Point at : {rig.middle(wheel), rig.middle(WindowPart::ModWheel)}) {
+        const auto menu = rig.openMenu(at, 3);
+        ASSERT_TRUE(menu) << at.x << " " << at.y;
+        EXPECT_LT(menu->height(), 30 * rig.unit());
+        ASSERT_TRUE(rig.choose(*menu, {""}, 0));
+        EXPECT_EQ(rig.plugin().parameter(parameter::Modwheel), wheel.defaultValue);
+        rig.plugin().setParameter(parameter::Modwheel, 0.6f);
+    }
 }
 
 // ---- drags onto knobs
@@ -357,6 +365,9 @@ TEST_F(Hand, AFullMatrixTakesNoMore) {
     const auto before = rig.parameters();
     rig.drop(WindowPart::DragEnvelope, resonance);
     EXPECT_EQ(rig.changedSince(before), std::vector<int>{});
+    EXPECT_TRUE(host.until([&] { return rig.isCovered(); }, 5)) << "a box says so";
+    host.key("Return");
+    EXPECT_TRUE(host.until([&] { return !rig.isCovered(); }, 5));
 }
 
 // ---- several layers at once

@@ -240,8 +240,16 @@ bool WindowRig::chooseSource(const ControlEntry& knob, int submenu, int row) {
     return host_.until([this] { return !hasMenu(); }, 5);
 }
 
+// The word mark is the brightest there is.
+bool WindowRig::isCovered() {
+    const Box mark = box(controlWithTag(tag::shop));
+    const Picture picture = host_.glance().part(mark.left, mark.top, mark.width(), mark.height());
+    constexpr std::uint8_t bright = 0xC0;
+    return std::none_of(picture.rgb.begin(), picture.rgb.end(), [](std::uint8_t channel) { return channel > bright; });
+}
+
 void WindowRig::closeMenus() {
-    for (int tried = 0; tried < 4 && hasMenu(); ++tried) host_.key("Escape");
+    for (int tried = 0; tried < 8 && (hasMenu() || isCovered()); ++tried) host_.key("Escape");
 }
 
 std::vector<float> WindowRig::parameters() {

@@ -99,6 +99,8 @@ public:
     // A row of a submenu of the menu of a knob.
     bool chooseSource(const vantoric::ControlEntry& knob, int submenu, int row);
     bool hasMenu() { return menuBox(host_.glance()).has_value(); }
+    // A box, question, chooser or the browser is open: all else is dark.
+    bool isCovered();
     void closeMenus();
 
     std::vector<float> parameters();
