@@ -63,7 +63,8 @@ bool isLabelled(int n) { return !parameterInfo(n).labels.empty() || parameterInf
 std::optional<float> typedValue(int n, const std::string& text, int lfoMode) {
     const std::string typed = trimmed(text);
     if (typed.empty()) return std::nullopt;
-    if (isLabelled(n)) return parseParameterValue(n, typed);
+    const bool isFraction = typed.find('/') != std::string::npos;  // of a beat
+    if (isLabelled(n) || isFraction) return parseParameterValue(n, typed);
     const auto amount = amountOf(typed);
     const bool hasLetters =
         std::any_of(typed.begin(), typed.end(), [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; });
