@@ -51,7 +51,9 @@ double inBaseUnit(const Amount& amount) {
 
 // What a display tells, as a number in its base unit; nothing for a word.
 std::optional<double> shownAmount(int n, float value, int lfoMode) {
-    const auto amount = amountOf(parameterText(n, value, lfoMode));
+    const std::string shown = parameterText(n, value, lfoMode);
+    if (shown.find('/') != std::string::npos) return std::nullopt;
+    const auto amount = amountOf(shown);
     if (!amount) return std::nullopt;
     return inBaseUnit(*amount);
 }
