@@ -443,9 +443,9 @@ TEST_F(Hand, ARowIsChosenByPressDragAndRelease) {
     host.press();
     std::optional<Box> menu;
     ASSERT_TRUE(host.until([&] { return (menu = menuBox(host.glance())).has_value(); }, 5));
-    const double y = menu->top + (4 + 5.5 * 18) * rig.unit();
-    host.move(p.x, (p.y + y) / 2);
-    host.move(p.x, y);
+    const Point row = rig.rowPlace(*menu, labelsOf(list), 5);
+    host.move(row.x, (p.y + row.y) / 2);
+    host.move(row.x, row.y);
     host.release();
     EXPECT_TRUE(host.until([&] { return rig.row(list) == 5; }, 5));
     EXPECT_FALSE(rig.hasMenu());

@@ -58,7 +58,7 @@ WindowHost::Size WindowHost::size() {
     return {rect->right - rect->left, rect->bottom - rect->top};
 }
 
-bool WindowHost::open() {
+void WindowHost::makeWindow() {
     const Size wanted = size();
     ::Display* x = display_->x;
     display_->window = XCreateSimpleWindow(x, DefaultRootWindow(x), 0, 0, static_cast<unsigned>(std::max(wanted.width, 1)),
@@ -69,6 +69,10 @@ bool WindowHost::open() {
     XChangeWindowAttributes(x, display_->window, CWOverrideRedirect, &attributes);
     XMapRaised(x, display_->window);
     XSync(x, False);
+}
+
+bool WindowHost::open() {
+    makeWindow();
     const bool isOpen = plugin_->call(wire::opEditOpen, 0, 0, reinterpret_cast<void*>(display_->window)) != 0;
     if (isOpen) idle();
     return isOpen;

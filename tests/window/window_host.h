@@ -41,6 +41,8 @@ public:
     // Opens the plug-in's window in a new one of the host's, of the size that the plug-in tells.
     bool open();
     void close();
+    // The first half of `open`: the host's window alone.
+    void makeWindow();
     // The host's window goes away with the plug-in's still open.
     void destroyWindow();
     // The number by which the window system knows the host's window; 0 for none.

@@ -108,8 +108,9 @@ std::optional<Box> menuBox(const Picture& picture, std::optional<Box> besides) {
     return box;
 }
 
-WindowRig::WindowRig(int size, HostAnswers answers)
-    : host_((installation_.setSize(size), installation_.plugin()), std::move(answers)), unit_(unitOf(size)) {
+WindowRig::WindowRig(int size, HostAnswers answers, const std::function<void(const Installation&)>& prepare)
+    : host_((installation_.setSize(size), prepare ? prepare(installation_) : void(), installation_.plugin()), std::move(answers)),
+      unit_(unitOf(size)) {
     // Every layer and oscillator sounds, so that no touch wakes one besides what it is for.
     for (int l = 0; l < 4; ++l) {
         plugin().setParameter(parameter::Layer1On + l, 1);
@@ -216,7 +217,7 @@ bool WindowRig::choose(const Box& menu, const std::vector<std::string>& labels, 
         scrolled = std::min(turns * scrolledByTurn, hidden);
     }
     click(rowPlace(menu, labels, row, scrolled));
-    return host_.until([this] { return !hasMenu(); }, 5);
+    return host_.until([this] { return isCovered() || !hasMenu(); }, 5);
 }
 
 bool WindowRig::chooseFrom(const ControlEntry& list, int row) {
@@ -237,7 +238,7 @@ bool WindowRig::chooseSource(const ControlEntry& knob, int submenu, int row) {
     host_.move((head.x + choice.x) / 2, head.y);
     host_.move(choice.x, head.y);
     click(choice);
-    return host_.until([this] { return !hasMenu(); }, 5);
+    return host_.until([this] { return isCovered() || !hasMenu(); }, 5);
 }
 
 // The word mark is the brightest there is.

@@ -56,7 +56,8 @@ std::optional<Box> menuBox(const Picture& picture, std::optional<Box> besides = 
 // A plug-in with its window open, all layers and oscillators on, and every parameter's old value at hand.
 class WindowRig {
 public:
-    explicit WindowRig(int size = 3, HostAnswers answers = {});
+    // `prepare` may change the installation before the plug-in is loaded.
+    explicit WindowRig(int size = 3, HostAnswers answers = {}, const std::function<void(const Installation&)>& prepare = {});
 
     WindowHost& host() { return host_; }
     PluginHost& plugin() { return host_.plugin(); }
@@ -95,6 +96,8 @@ public:
     std::optional<Box> openMenu(const vantoric::ControlEntry& entry, int button = 1) { return openMenu(middle(entry), button); }
     // Clicks a row of the menu that is open in `menu`, scrolling to it if need be. False if no menu went away by it.
     bool choose(const Box& menu, const std::vector<std::string>& labels, int row);
+    // The middle of a row of an open menu, scrolled by so many units.
+    Point rowPlace(const Box& menu, const std::vector<std::string>& labels, int row, double scrolled = 0) const;
     bool chooseFrom(const vantoric::ControlEntry& list, int row);
     // A row of a submenu of the menu of a knob.
     bool chooseSource(const vantoric::ControlEntry& knob, int submenu, int row);
@@ -114,8 +117,6 @@ public:
     Gestures gestures();
 
 private:
-    Point rowPlace(const Box& menu, const std::vector<std::string>& labels, int row, double scrolled) const;
-
     Installation installation_;
     WindowHost host_;
     double unit_;

@@ -1,0 +1,180 @@
+// The window measured in a host of its own on a virtual display: how fast it opens, what it costs while it stands there, and
+// how soon it follows. Run it alone on the machine; figures of processor time hold on a busy one too.
+//   usage: bench-window PLUGIN.so [what], "idle", "playing" or "redraw" for one of them in a loop, to be profiled
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <X11/Xlib.h>
+
+#include "tests/window/window_host.h"
+#include "tests/window/x_server.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using testhost::WindowHost;
+
+double milliseconds(Clock::duration d) { return std::chrono::duration<double, std::milli>(d).count(); }
+
+double timeOf(const std::function<void()>& work) {
+    const auto start = Clock::now();
+    work();
+    return milliseconds(Clock::now() - start);
+}
+
+double processorMilliseconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return 1e3 * static_cast<double>(now.tv_sec) + 1e-6 * static_cast<double>(now.tv_nsec);
+}
+
+double processorTimeOf(const std::function<void()>& work) {
+    const double start = processorMilliseconds();
+    work();
+    return processorMilliseconds() - start;
+}
+
+double residentMib() {
+    std::ifstream file("/proc/self/statm");
+    double pages = 0, resident = 0;
+    file >> pages >> resident;
+    return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024 * 1024);
+}
+
+double median(std::vector<double> values) {
+    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
+    return values[values.size() / 2];
+}
+
+void tell(const char* what, double value, const char* unit, const char* aim) { std::printf("%-52s %8.2f %-4s  aim %s\n", what, value, unit, aim); }
+
+constexpr int period = 20;  // milliseconds between a host's idle calls
+
+// The share of a core that the window's thread takes by idle calls alone, in percent. With `plays`, sixteen notes are held
+// and the audio, whose time is not counted, runs in step with the clock.
+double idleShare(WindowHost& host, int seconds, bool plays) {
+    if (plays)
+        for (int i = 0; i < 16; ++i) host.plugin().midi(0x90, 36 + 3 * i, 100);
+    double spent = 0;
+    const auto start = Clock::now();
+    const auto end = start + std::chrono::seconds(seconds);
+    for (auto next = start; next < end; next += std::chrono::milliseconds(period)) {
+        std::this_thread::sleep_until(next);
+        if (plays) host.plugin().render(48 * period);
+        spent += processorTimeOf([&] { host.plugin().call(wire::opEditIdle); });
+    }
+    if (plays)
+        for (int i = 0; i < 16; ++i) host.plugin().midi(0x80, 36 + 3 * i, 0);
+    return 100 * spent / milliseconds(Clock::now() - start);
+}
+
+// An exposure of everything, as when another window goes away; until the server has drawn it.
+double fullRedraw(WindowHost& host, Display* display, bool countsProcessor) {
+    Window root = 0, parent = 0, *children = nullptr;
+    unsigned count = 0;
+    std::vector<Window> windows{static_cast<Window>(host.window())};
+    for (std::size_t i = 0; i < windows.size(); ++i)
+        if (XQueryTree(display, windows[i], &root, &parent, &children, &count) != 0) {
+            windows.insert(windows.end(), children, children + count);
+            if (children != nullptr) XFree(children);
+        }
+    XClearArea(display, windows.back(), 0, 0, 0, 0, True);
+    XSync(display, False);
+    const auto work = [&] {
+        for (int i = 0; i < 3; ++i) host.plugin().call(wire::opEditIdle);
+        if (!countsProcessor) XSync(display, False);
+    };
+    return countsProcessor ? processorTimeOf(work) : timeOf(work);
+}
+
+// From the mouse's move until the window's pixels at the knob are others.
+double knobLatency(WindowHost& host) {
+    constexpr int x = 1166, y = 279;  // the cutoff of filter 1
+    host.move(x, y);
+    host.press();
+    std::vector<double> times;
+    for (int i = 1; i <= 21; ++i) times.push_back(timeOf([&] { host.move(x, y - 5 * (i % 2)); }));
+    host.release();
+    return median(times);
+}
+
+void loopOf(const std::string& what, WindowHost& host, Display* display) {
+    if (what == "redraw")
+        for (int i = 0; i < 200; ++i) fullRedraw(host, display, true);
+    if (what == "idle") idleShare(host, 10, false);
+    if (what == "playing") idleShare(host, 10, true);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2) {
+        std::fputs("usage: bench-window PLUGIN.so [idle|playing|redraw]\n", stderr);
+        return 2;
+    }
+    const testhost::XServer server(1900, 1100);
+    if (!server.isRunning()) {
+        std::fputs("no virtual X server: the package xvfb has one\n", stderr);
+        return 1;
+    }
+    Display* display = XOpenDisplay(nullptr);
+    testhost::HostAnswers answers;
+    WindowHost host(argv[1], answers);
+    host.plugin().renderLong(48000, 512);
+    std::this_thread::sleep_for(std::chrono::seconds(2));  // the waves come in
+    const auto size = host.size();
+    std::printf("window of %d x %d\n", size.width, size.height);
+
+    const double memoryBefore = residentMib();
+    host.makeWindow();
+    const auto openIn = [&] {
+        host.plugin().call(wire::opEditOpen, 0, 0, reinterpret_cast<void*>(host.window()));
+        for (int i = 0; i < 3; ++i) host.plugin().call(wire::opEditIdle);
+        XSync(display, False);
+    };
+    const double first = timeOf(openIn);
+    host.idle(500);
+    if (argc > 2) {
+        loopOf(argv[2], host, display);
+        host.close();
+        XCloseDisplay(display);
+        return 0;
+    }
+    tell("first open, until all is drawn", first, "ms", "< 250");
+    const double memoryOpen = residentMib();
+    std::vector<double> later;
+    for (int i = 0; i < 9; ++i) {
+        host.close();
+        host.makeWindow();
+        later.push_back(timeOf(openIn));
+        host.idle(60);
+    }
+    tell("later open", median(later), "ms", "< 80");
+    host.idle(1000);
+    tell("idle, no note, of a core", idleShare(host, 8, false), "%", "< 1");
+    tell("idle, 16 voices, of a core", idleShare(host, 8, true), "%", "< 6");
+    host.plugin().renderLong(96000, 512);
+    host.idle(500);
+    std::vector<double> redraws, processor;
+    for (int i = 0; i < 15; ++i) {
+        redraws.push_back(fullRedraw(host, display, false));
+        processor.push_back(fullRedraw(host, display, true));
+    }
+    tell("full redraw, with the server", median(redraws), "ms", "< 12");
+    tell("full redraw, the window's own processor time", median(processor), "ms", "-");
+    tell("a knob follows the mouse within", knobLatency(host), "ms", "< 16");
+    tell("memory of an open window", memoryOpen - memoryBefore, "MiB", "< 60");
+    host.close();
+    XCloseDisplay(display);
+    return 0;
+}
