@@ -85,6 +85,7 @@ private:
     std::uint64_t lastRound_ = 0;
     bool isIdling_ = false;
     bool hasOffered_ = false;  // what a crash left
+    bool isClosing_ = false;
 };
 
 }  // namespace vantoric
