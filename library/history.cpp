@@ -378,7 +378,8 @@ bool History::compare() {
         dropRedo();
         return true;
     }
-    if (other_ == nullptr && !(other_ = take())) return false;
+    if (other_ == nullptr) other_ = take();
+    if (other_ == nullptr) return false;
     if (otherId_ == 0) otherId_ = state_;
     Step step{Kind::compare, "Compare with " + otherSlotName(), state_, otherId_};
     if (!travel(step, false)) return false;
