@@ -37,3 +37,26 @@ endif()
 if(TARGET wavetables)
   add_custom_command(TARGET dist POST_BUILD COMMAND ${CMAKE_COMMAND} -E copy_directory ${made}/Vantoric_wavetables ${dist}/Vantoric/Vantoric_wavetables VERBATIM)
 endif()
+
+# The fonts of the window's design, where the system has them, beside the plug-in: so that it looks the same on systems that
+# don't. The text renderer finds them in Vantoric_data/Fonts.
+if(VANTORIC_WINDOW)
+  set(font_files)
+  foreach(font inter/Inter-Regular inter/Inter-Medium inter/Inter-SemiBold sora/Sora-SemiBold)
+    find_file(VANTORIC_FONT_${font} ${font}.otf PATHS /usr/share/fonts/opentype NO_DEFAULT_PATH)
+    if(VANTORIC_FONT_${font})
+      list(APPEND font_files ${VANTORIC_FONT_${font}})
+    endif()
+  endforeach()
+  foreach(package inter sora)
+    if(font_files AND EXISTS /usr/share/doc/fonts-${package}/copyright)
+      add_custom_command(TARGET dist POST_BUILD COMMAND ${CMAKE_COMMAND} -E make_directory ${dist}/Vantoric/Vantoric_data/Fonts
+        COMMAND ${CMAKE_COMMAND} -E copy_if_different /usr/share/doc/fonts-${package}/copyright
+                ${dist}/Vantoric/Vantoric_data/Fonts/LICENSE-${package}.txt VERBATIM)
+    endif()
+  endforeach()
+  if(font_files)
+    add_custom_command(TARGET dist POST_BUILD COMMAND ${CMAKE_COMMAND} -E make_directory ${dist}/Vantoric/Vantoric_data/Fonts
+      COMMAND ${CMAKE_COMMAND} -E copy_if_different ${font_files} ${dist}/Vantoric/Vantoric_data/Fonts VERBATIM)
+  endif()
+endif()

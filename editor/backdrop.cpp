@@ -32,6 +32,7 @@ const CRect targetsArea(710, 456, 794, 552);
 const CRect matrixArea(802, 424, 1190, 562);
 const CRect stepsArea(404, 578, 1186, 650);
 const CRect layersArea(402, 4, 598, 78);
+const CRect globalArea(8, 84, 60, 102);
 
 }  // namespace
 
@@ -49,7 +50,10 @@ void Backdrop::setState(const BackdropState& state) {
     state_ = state;
     if (state.matrix != before.matrix || state.slotsUsed != before.slotsUsed) invalidRect(matrixArea);
     if (state.driven != before.driven || state.hasLfoTargets != before.hasLfoTargets) invalidRect(targetsArea);
-    if (state.isMultilayer != before.isMultilayer) invalidRect(layersArea);
+    if (state.isMultilayer != before.isMultilayer) {
+        invalidRect(layersArea);
+        invalidRect(globalArea);
+    }
     if (state.arpeggiatorStep != before.arpeggiatorStep) invalidRect(stepsArea);
     if (state.equalizer != before.equalizer) invalidRect(equalizerArea);
     if (state.isSerial != before.isSerial) invalidRect(CRect(944, 228, 994, 324));
@@ -77,7 +81,11 @@ void Backdrop::drawBand(Pen& pen) {
     pen.rect(0, 0, layoutWidth, bandHeight, style::band);
     pen.rect(0, bandHeight - pen.hair(), layoutWidth, pen.hair(), fade(style::black, 0.55));
     pen.round(10, 34, 388, 44, 6, style::inset);
-    pen.text(10, 96.5, state_.isMultilayer ? "" : "Global", Face::medium, 9.5, style::text2);
+    if (state_.isMultilayer) {
+        pen.text(10, 96.5, "All layers", Face::semibold, 9.5, style::multilayer);
+    } else {
+        pen.text(10, 96.5, "Global", Face::medium, 9.5, style::text2);
+    }
     if (state_.isMultilayer) {
         pen.round(403, 5, 194, 72, 7, mix(style::band, style::multilayer, 0.10));
         pen.roundLine(403, 5, 194, 72, 7, style::multilayer, 1.2);

@@ -15,7 +15,7 @@ using VSTGUI::VirtualKey;
 
 namespace {
 
-constexpr double widest = 232, tallest = 320, padding = 12, headHeight = 30, footHeight = 34, lowFootHeight = 28, lineHeight = 14,
+constexpr double widest = 232, tallest = 320, padding = 12, headHeight = 30, footHeight = 38, lowFootHeight = 28, lineHeight = 14,
                  textSize = 10, buttonHeight = 18, narrowestButton = 58, betweenButtons = 6, barWidth = 3;
 
 // The bytes of a text's longest beginning that is no wider; at least one character.
@@ -30,7 +30,9 @@ std::size_t fittingBytes(std::string_view text, double width) {
         if (fitting > 0 && !fits(next)) break;
         fitting = next;
     }
-    return fitting;
+    if (fitting == text.size()) return fitting;
+    const std::size_t slash = text.rfind('/', fitting - 1);  // a path breaks between its folders
+    return slash != std::string_view::npos && slash > fitting / 3 ? slash + 1 : fitting;
 }
 
 // Lines for a place of that width: words that are wider than it, such as paths, break anywhere.

@@ -102,7 +102,7 @@ bool BrowserView::isPlaying(const BrowserPatch& patch) const {
 std::string BrowserView::emptyWords() const {
     if (isReading_ && isSearching()) return "Looking through the library \u2026";
     if (!search_.text().empty())
-        return "Nothing is called \u201c" + shownName(search_.text()) + "\u201d. Fewer letters or filters find more.";
+        return "Nothing fits \u201c" + shownName(search_.text()) + "\u201d. Fewer letters or filters find more.";
     if (filters_.any()) return "No patch fits these filters yet.";
     if (categories_.size() <= 1) return "There are no patch folders yet. Patches that you save make them.";
     if (listed_ >= 0 && categories_[static_cast<std::size_t>(listed_)].name == "Custom")
@@ -176,6 +176,29 @@ BrowserView::Hit BrowserView::hit(CPoint where) const {
     for (int star = 1; star <= 5; ++star)
         if (starRect(row, star).pointInside(where)) return {Part::star, row, star};
     return {Part::patch, row};
+}
+
+CRect BrowserView::areaOf(const Hit& hit) const {
+    switch (hit.part) {
+        case Part::none: return {};
+        case Part::search:
+        case Part::clear: return searchRect();
+        case Part::chip: return chipRect(hit.row);
+        case Part::close: return closeRect();
+        case Part::category: return categoryRect(hit.row);
+        case Part::patch:
+        case Part::star: return rowRect(hit.row);
+        case Part::previous: return previousRect();
+        case Part::next: return nextRect();
+    }
+    return {};
+}
+
+void BrowserView::hover(const Hit& over) {
+    if (over == hovered_) return;
+    const Hit before = std::exchange(hovered_, over);
+    for (const Hit& changed : {before, over})
+        if (changed.part != Part::none) invalidRect(areaOf(changed).inset(-3, -3));
 }
 
 void BrowserView::revealSelected() {
@@ -281,16 +304,10 @@ void BrowserView::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
         categoriesBar_.drag(event.mousePosition);
         return refresh();
     }
-    const Hit over = hit(event.mousePosition);
-    if (over == hovered_) return;
-    hovered_ = over;
-    refresh();
+    hover(hit(event.mousePosition));
 }
 
-void BrowserView::onMouseExitEvent(VSTGUI::MouseExitEvent&) {
-    hovered_ = {};
-    refresh();
-}
+void BrowserView::onMouseExitEvent(VSTGUI::MouseExitEvent&) { hover({}); }
 
 void BrowserView::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
     event.consumed = true;
@@ -455,10 +472,10 @@ void BrowserView::draw(VSTGUI::CDrawContext* context) {
     drawVeil(pen, getViewSize());
     drawPanel(pen, panel_, 8, style::panel);
     pen.rect(panel_.left + sideWidth, panel_.top + 1, pen.hair(), panel_.getHeight() - 2, style::line);
-    drawHead(pen);
+    if (isDrawn(pen, {panel_.left, panel_.top, panel_.right, panel_.top + headHeight})) drawHead(pen);
     drawCategories(pen);
     drawPatches(pen);
-    drawFoot(pen);
+    if (isDrawn(pen, {panel_.left, panel_.bottom - footHeight, panel_.right, panel_.bottom})) drawFoot(pen);
     setDirty(false);
 }
 
@@ -504,7 +521,7 @@ void BrowserView::drawCategories(Pen& pen) const {
         const Pen::Clip clip(pen, side.left - 2, side.top, side.getWidth() + 4, side.getHeight());
         for (int row = 0; row < static_cast<int>(categories_.size()); ++row) {
             const CRect area = categoryRect(row);
-            if (area.bottom >= side.top && area.top <= side.bottom) drawCategory(pen, row, area);
+            if (isDrawn(pen, area)) drawCategory(pen, row, area);
         }
     }
     categoriesBar_.draw(pen, style::panel);
@@ -545,7 +562,7 @@ void BrowserView::drawPatches(Pen& pen) const {
         for (int row = first; row < static_cast<int>(rows_.size()); ++row) {
             const CRect area = rowRect(row);
             if (area.left > list.right) break;
-            drawPatch(pen, row, area);
+            if (isDrawn(pen, area)) drawPatch(pen, row, area);
         }
     }
     listBar_.draw(pen, style::panel);

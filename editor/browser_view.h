@@ -70,6 +70,8 @@ private:
     // ---- where
     VSTGUI::CRect searchRect() const, closeRect() const, clearRect() const, listRect() const, categoriesRect() const;
     Hit hit(VSTGUI::CPoint where) const;
+    VSTGUI::CRect areaOf(const Hit& hit) const;
+    void hover(const Hit& over);
     void revealSelected();
 
     // ---- what is done

@@ -67,7 +67,8 @@ void ControlFace::drawFocus(Pen& pen, double radius) {
 void ControlFace::drawDimming(Pen& pen) {
     if (!isDimmed_) return;
     const CRect area = view().getViewSize();
-    pen.rect(area.left, area.top, area.getWidth(), area.getHeight(), fade(ground(), 0.62));
+    const bool isOnPlate = entry_.kind == WidgetKind::Button && entry_.tag != tag::shop;  // beside the patch's name
+    pen.rect(area.left, area.top, area.getWidth(), area.getHeight(), fade(isOnPlate ? style::inset : ground(), 0.62));
 }
 
 ControlView::ControlView(const ControlEntry& entry, ControlListener& listener)

@@ -69,4 +69,18 @@ void MYDragArea::onMouseExitEvent(VSTGUI::MouseExitEvent&) {
     listener_.dragHovered(area_, false);
 }
 
+TitleArea::TitleArea(const VSTGUI::CRect& rect, std::function<void()> clicked, std::function<void(bool)> hovered)
+    : CView(rect), clicked_(std::move(clicked)), hovered_(std::move(hovered)) {
+    setTransparency(true);
+}
+
+void TitleArea::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
+    event.consumed = true;
+    event.ignoreFollowUpMoveAndUpEvents(true);
+    clicked_();
+}
+
+void TitleArea::onMouseEnterEvent(VSTGUI::MouseEnterEvent&) { hovered_(true); }
+void TitleArea::onMouseExitEvent(VSTGUI::MouseExitEvent&) { hovered_(false); }
+
 }  // namespace vantoric

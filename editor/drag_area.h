@@ -51,4 +51,21 @@ private:
     bool isHovered_ = false, isDragging_ = false;
 };
 
+// A place of the ground that can be clicked; it draws nothing.
+class TitleArea : public VSTGUI::CView {
+public:
+    TitleArea(const VSTGUI::CRect& rect, std::function<void()> clicked, std::function<void(bool)> hovered);
+
+    void draw(VSTGUI::CDrawContext*) override { setDirty(false); }
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+    void onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) override;
+    void onMouseExitEvent(VSTGUI::MouseExitEvent& event) override;
+
+    CLASS_METHODS_NOCOPY(TitleArea, VSTGUI::CView)
+
+private:
+    std::function<void()> clicked_;
+    std::function<void(bool)> hovered_;
+};
+
 }  // namespace vantoric

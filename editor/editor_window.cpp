@@ -20,11 +20,8 @@ constexpr std::uint64_t roundMilliseconds = 50;  // of the editor's own idle rou
 
 }  // namespace
 
-EditorWindow::EditorWindow(Instrument& instrument, const std::string& hostProduct)
-    : instrument_(instrument),
-      editor_(instrument, dialogs_, hostProduct),
-      work_(instrument, editor_),
-      programs_(instrument, platform::desktopDialogs()) {
+EditorWindow::EditorWindow(Instrument& instrument, ProgramLoader& programs, const std::string& hostProduct)
+    : instrument_(instrument), editor_(instrument, dialogs_, hostProduct), work_(instrument, editor_), programs_(programs) {
     GuiModule::shared().enter(platform::dataFolder());
     editor_.loadSize(screen());
 }
@@ -65,6 +62,7 @@ void EditorWindow::offerRecovery() {
     for (const RecoverablePatch& patch : Autosave::recoverable()) {
         dialogs_.question("Recovery", "The patch '" + patch.name + "' was not saved when the host ended. Load it?",
                           [this, patch](bool yes) {
+                              if (isClosing_) return static_cast<void>(hasOffered_ = false);  // not answered: offered again
                               if (!yes) return static_cast<void>(Autosave::discard(patch));
                               const CommandLog::Running running(editor_.commands().log(), "Recover '" + patch.name + "'");
                               work_.autosave().recover(patch);
@@ -115,7 +113,9 @@ void EditorWindow::close() {
     if (!isOpen()) return;
     later_.clear();
     editor_.close(dialogs_.openCount());
+    isClosing_ = true;
     dialogs_.setHost(nullptr);
+    isClosing_ = false;
     takeFrameDown();
     browserModel_.reset();
     index_.reset();
@@ -150,7 +150,7 @@ void EditorWindow::toggleBrowser() {
 
 void EditorWindow::openBrowser() {
     content_->dismissLayers();
-    browser_->open(*content_, browserModel_.get());
+    if (!browser_->open(*content_, browserModel_.get())) content_->openPatches();
 }
 
 void EditorWindow::showCredits() {

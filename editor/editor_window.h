@@ -25,7 +25,7 @@ namespace vantoric {
 class EditorWindow final : private EditorView, private VSTGUI::VSTGUIEditorInterface, private VSTGUI::IKeyboardHook {
 public:
     // The instrument outlives it. The host's product string decides some rules of size.
-    EditorWindow(Instrument& instrument, const std::string& hostProduct);
+    EditorWindow(Instrument& instrument, ProgramLoader& programs, const std::string& hostProduct);
     ~EditorWindow();
     EditorWindow(const EditorWindow&) = delete;
     EditorWindow& operator=(const EditorWindow&) = delete;
@@ -76,7 +76,7 @@ private:
     WorkHistory work_;
     std::unique_ptr<PatchIndex> index_;  // while a window is open
     std::unique_ptr<BrowserLibrary> browserModel_;
-    ProgramLoader programs_;  // while no window is open
+    ProgramLoader& programs_;  // follows program changes while no window is open
     std::uintptr_t parent_ = 0;
     std::unique_ptr<HolderWindow> holder_;
     std::unique_ptr<WindowContent> content_;
@@ -85,6 +85,7 @@ private:
     std::uint64_t lastRound_ = 0;
     bool isIdling_ = false;
     bool hasOffered_ = false;  // what a crash left
+    bool isClosing_ = false;
 };
 
 }  // namespace vantoric

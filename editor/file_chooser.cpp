@@ -183,6 +183,12 @@ FileChooser::Hit FileChooser::hit(CPoint where) const {
     return {};
 }
 
+CRect FileChooser::areaOf(const Hit& hit) const {
+    if (hit.part == Part::list) return hit.row >= 0 ? rowRect(hit.row) : CRect();
+    if (hit.part == Part::places) return hit.row >= 0 ? placeRect(hit.row) : CRect();
+    return rectOf(hit.part);
+}
+
 // ---- folders
 
 void FileChooser::enter(const std::string& folder, const std::string& selectedName) {
@@ -400,8 +406,9 @@ void FileChooser::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
     }
     const Hit over = hit(event.mousePosition);
     if (over == hovered_) return;
-    hovered_ = over;
-    refresh();
+    const Hit before = std::exchange(hovered_, over);
+    for (const Hit& changed : {before, over})
+        if (changed.part != Part::none) invalidRect(areaOf(changed).inset(-3, -3));
 }
 
 void FileChooser::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
@@ -606,9 +613,9 @@ void FileChooser::draw(VSTGUI::CDrawContext* context) {
     drawVeil(pen, getViewSize());
     drawPanel(pen, panel_, 8, style::panel);
     drawHead(pen);
-    drawPlaces(pen);
+    if (isDrawn(pen, placesArea_)) drawPlaces(pen);
     drawColumns(pen);
-    drawRows(pen);
+    if (isDrawn(pen, listArea_)) drawRows(pen);
     drawFoot(pen);
     setDirty(false);
 }
@@ -697,7 +704,7 @@ void FileChooser::drawRows(Pen& pen) const {
     for (int row = first; row < list_.count(); ++row) {
         const CRect area = rowRect(row);
         if (area.top > listArea_.bottom) break;
-        drawRow(pen, row, area);
+        if (isDrawn(pen, area)) drawRow(pen, row, area);
     }
     listBar_.draw(pen, style::panel);
     if (!isMakingFolder_) return;

@@ -93,6 +93,7 @@ private:
     bool has(Part part) const;
     VSTGUI::CRect placeRect(int place) const;
     Hit hit(VSTGUI::CPoint where) const;
+    VSTGUI::CRect areaOf(const Hit& hit) const;
     void scrollBars();
 
     // ---- folders

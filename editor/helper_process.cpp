@@ -25,6 +25,7 @@ namespace {
 
 std::vector<char*> pointersTo(std::vector<std::string>& words) {
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);
     return pointers;
@@ -130,7 +131,7 @@ bool isInstalled(const std::string& program) {
     const char* path = std::getenv("PATH");
     std::istringstream folders(path != nullptr ? path : "/usr/local/bin:/usr/bin:/bin");
     for (std::string folder; std::getline(folders, folder, ':');)
-        if (!folder.empty() && access((folder + "/" + program).c_str(), X_OK) == 0) return true;
+        if (!folder.empty() && access(folder.append("/").append(program).c_str(), X_OK) == 0) return true;
     return false;
 }
 

@@ -33,6 +33,12 @@ void drawPanel(Pen& pen, const CRect& panel, double radius, const Color& fill) {
     pen.roundLine(panel.left, panel.top, panel.getWidth(), panel.getHeight(), radius, style::menuEdge);
 }
 
+bool isDrawn(Pen& pen, const CRect& area) {
+    CRect clip;
+    pen.context().getClipRect(clip);
+    return clip.rectOverlap(area);
+}
+
 void drawButton(Pen& pen, const CRect& area, const std::string& label, const ButtonLook& look) {
     Color fill = look.isMain ? style::output : style::hover;
     if (look.isHovered) fill = mix(fill, style::white, look.isMain ? 0.6 : 0.12);

@@ -12,6 +12,9 @@ void drawVeil(Pen& pen, const VSTGUI::CRect& area);
 // A panel with its shadow and edge.
 void drawPanel(Pen& pen, const VSTGUI::CRect& panel, double radius, const Color& fill = style::menu);
 
+// Whether anything of an area is being drawn now: what is not costs nothing then.
+bool isDrawn(Pen& pen, const VSTGUI::CRect& area);
+
 struct ButtonLook {
     bool isMain = false;  // filled: what Enter does, the safe answer of a question
     bool isHovered = false, isPressed = false, isFocused = false, isOff = false;

@@ -26,7 +26,7 @@ ValueBox::ValueBox(const CRect& area, const CRect& anchor, Asked asked, Then the
       line_(asked_.maxBytes),
       anchor_(anchor) {
     setTransparency(true);
-    line_.setText(asked_.text, true);
+    line_.setText(asked_.text, asked_.selectsAll);
     layOut();
 }
 

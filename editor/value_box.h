@@ -17,10 +17,11 @@ class ValueBox : public LayerView {
 public:
     struct Asked {
         std::string title;  // "Cutoff 1"
-        std::string text;   // what stands in the line at first, all of it selected
+        std::string text;   // what stands in the line at first
         std::string hint;   // what may be typed: "20 Hz to 20 kHz"
         std::string unit;   // shown behind the line
         std::size_t maxBytes = 64;
+        bool selectsAll = true;  // what is typed replaces it; else it goes on behind it
     };
     // Gets what was typed; tells what is wrong with it, or nothing if it was taken.
     using Then = std::function<std::optional<std::string>(const std::string& text)>;

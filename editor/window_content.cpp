@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cmath>
 #include <numbers>
+#include <random>
 
 #include "base/parameters.h"
 #include "editor/model/control_texts.h"
@@ -77,7 +78,10 @@ WindowContent::WindowContent(DropContainer& root, double width, double height, Q
       views_((root.addView(backdrop_), root), area_, *this, *this),
       showsTooltips_(!tooltipsHidden()) {
     addBand();
-    if (height > bandHeight) addDragAreas();
+    if (height > bandHeight) {
+        addDragAreas();
+        addTitles();
+    }
     overlay_ = new Overlay(area_);
     root_.addView(overlay_);
     displays_ = std::make_unique<DisplayViews>(views_, editor_, instrument_);
@@ -113,6 +117,43 @@ void WindowContent::addBand() {
                       [this](HistoryBar::Button button) { historyHovered(button); }));
     root_.addView(dragAreas_[wheelArea] =
                       new MYDragArea(place(WindowPart::DragWheel), wheelArea, "Drag", style::output, style::bandPanel, *this));
+}
+
+// A section's title opens its variations.
+void WindowContent::addTitles() {
+    const auto add = [this](double x, double y, double w, VariedSection section, const char* name) {
+        const CRect place(CPoint(x, y), CPoint(w, 16));
+        root_.addView(new TitleArea(
+            place, [this, place, section, name] { openVariations(place, section, name); },
+            [this, name](bool isHovered) {
+                if (newsUntil_ == 0) hintLine_->setText(isHovered ? std::string(name) + ": click for variations by chance" : "");
+                if (!isHovered) showHelp(hovered_);
+            }));
+    };
+    add(22, 138, 32, VariedSection::oscillators, "Oscillators");
+    add(948, 138, 40, VariedSection::filters, "Filters");
+    add(14, 428, 74, VariedSection::envelopes, "Envelopes");
+    add(410, 428, 34, VariedSection::lfos, "LFOs");
+    add(14, 578, 86, VariedSection::arpeggiator, "Arpeggiator");
+    add(1004, 144, 44, VariedSection::all, "The whole layer");
+}
+
+void WindowContent::openVariations(const CRect& place, VariedSection section, const char* name) {
+    const std::vector<MenuRow> rows{{std::string("Mutate: ") + name, 0, false, {}, {}},
+                                    {std::string("Randomise: ") + name, 1, false, {}, {}}};
+    openPopup(
+        place, rows,
+        [this, section](int row) {
+            VariationCommands variations(instrument_, editor_.edits(), work_.history(), editor_.onShow());
+            const std::uint32_t seed = std::random_device()();
+            if (row == 0) {
+                variations.mutate(section, seed);
+            } else {
+                variations.randomise(section, seed);
+            }
+            redrawAll();
+        },
+        nullptr);
 }
 
 void WindowContent::addDragAreas() {
@@ -176,8 +217,7 @@ void WindowContent::refresh(ControlFace& face) {
     face.setOff(isSilent(editor_, entry));
     face.setMultilayer(editor_.onShow().multilayer && entry.page != page::always);
     if (entry.tag == tag::zoomMenu) return face.setText(std::to_string(std::lround(editor_.size().zoom() * 100)) + "%");
-    if (entry.kind != WidgetKind::Knob)
-        face.setText(entry.kind == WidgetKind::LargeKnob ? holeText(editor_, entry) : editor_.textOf(entry));
+    if (entry.kind != WidgetKind::Knob) face.setText(textOn(entry));
     if (auto* knob = dynamic_cast<MYCKnob*>(&face)) refreshKnob(*knob);
     if (auto* list = dynamic_cast<ListView*>(&face);
         list != nullptr && entry.tag >= parameter::ArpVol1 && entry.tag < parameter::ArpVol1 + 16) {
@@ -187,6 +227,15 @@ void WindowContent::refresh(ControlFace& face) {
     if (auto* field = dynamic_cast<MYParamDisplay*>(&face); field != nullptr && entry.section == Section::Matrix)
         field->setBarColor(sourceColor(instrument_.parameters().getListIndex(
             hostIndex(parameter::MatSrc1 + entry.tag - parameter::MatVal1, editor_.onShow().layer))));
+}
+
+std::string WindowContent::textOn(const ControlEntry& entry) const {
+    if (entry.kind == WidgetKind::LargeKnob) return holeText(editor_, entry);
+    if (entry.kind == WidgetKind::EffectValue && editor_.effectField(entry.tag).type == 0) return "";  // the slot is off
+    if (entry.kind == WidgetKind::SmallList && entry.tag >= tag::sampleEdit1 && entry.tag < tag::sampleEdit1 + 6) return "Edit";
+    if (entry.tag < tag::waveMenu1 || entry.tag >= tag::waveMenu1 + 3) return editor_.textOf(entry);
+    const std::string wave = editor_.commands().shownWave(entry.tag - tag::waveMenu1);
+    return wave.empty() ? "Custom wave" : wave;
 }
 
 void WindowContent::refreshKnob(MYCKnob& knob) {
@@ -256,7 +305,8 @@ void WindowContent::follow() {
         if (auto* knob = dynamic_cast<MYCKnob*>(&face); knob != nullptr && knob->ccNumber() == MidiLearn::learning)
             knob->setLearnGlow(glow);
     });
-    if (touched_ != nullptr && !touched_->view().isEditing() && round_ > touchedUntil_) touch(nullptr);
+    const bool isLearning = touched_ != nullptr && editor_.ccNumberOf(touched_->entry()) == MidiLearn::learning;
+    if (touched_ != nullptr && !touched_->view().isEditing() && !isLearning && round_ > touchedUntil_) touch(nullptr);
     if (newsUntil_ != 0 && round_ > newsUntil_) {
         newsUntil_ = 0;
         showHelp(hovered_);
@@ -295,6 +345,7 @@ void WindowContent::controlBeginEdit(VSTGUI::CControl* control) {
     hasKeyboard_ = false;
     overlay_->setTooltip("", {});
     const History::Action action(work_.history());
+    editor_.touch(control->getTag());
     editor_.beginEdit(control->getTag());
     if (ControlFace* face = faceOf(control)) touch(face);
 }
@@ -354,18 +405,24 @@ void WindowContent::controlPressed(ControlFace& face, VSTGUI::Modifiers) {
 }
 
 void WindowContent::controlResetWanted(ControlFace& face) {
+    const History::Action action(work_.history());
+    editor_.touch(face.entry().tag);
     editor_.knobRowChosen(face.entry().tag, resetValueRow);
     refresh(face);
     touch(&face);
 }
 
-void WindowContent::controlTypingWanted(ControlFace& face) {
+void WindowContent::controlTypingWanted(ControlFace& face) { openTyping(face, ""); }
+
+void WindowContent::openTyping(ControlFace& face, const std::string& begun) {
     const ControlEntry& entry = face.entry();
     const int number = parameterOfTag(entry.tag);
     if (number < 0) return;
     dismissLayers();
+    editor_.touch(entry.tag);
     const int mode = editor_.lfoModeOf(number);
-    ValueBox::Asked asked{entry.name, spokenValue(editor_, entry), typedRange(number, mode), "", 64};
+    ValueBox::Asked asked{entry.name,   begun.empty() ? spokenValue(editor_, entry) : begun, typedRange(number, mode), "", 64,
+                          begun.empty()};
     auto* box = new ValueBox(
         area_, face.body(), std::move(asked), [this, &entry](const std::string& text) { return takeTyped(entry, text); },
         nullptr);
@@ -515,9 +572,14 @@ void WindowContent::controlMenuWanted(ControlFace& face) {
     anchor.top += 14;  // from within the knob on
     openPopup(
         anchor, knobRows(entry),
-        [this, &entry](int row) {
-            if (row >= firstSubmenuTag) return editor_.knobSourceChosen(entry.tag, row);
-            editor_.knobRowChosen(entry.tag, row);
+        [this, &entry, &face](int row) {
+            if (row >= firstSubmenuTag) {
+                editor_.knobSourceChosen(entry.tag, row);
+            } else {
+                editor_.knobRowChosen(entry.tag, row);
+            }
+            refresh(face);
+            touch(&face);
         },
         &face);
 }
@@ -790,7 +852,7 @@ void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
     // A digit begins a value.
     const bool isTyping = event.character >= U'0' && event.character <= U'9';
     event.consumed = isTyping || onPlainLetter(event.character);
-    if (isTyping) controlTypingWanted(face);
+    if (isTyping) openTyping(face, utf8Of(event.character));
 }
 
 }  // namespace vantoric

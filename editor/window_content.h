@@ -20,6 +20,7 @@
 #include "editor/model/work_history.h"
 #include "editor/overlay.h"
 #include "editor/popup_menu.h"
+#include "library/variation.h"
 #include "vstgui/lib/cviewcontainer.h"
 
 namespace vantoric {
@@ -42,6 +43,8 @@ public:
     void showPages();
     void showHint(const std::string& text);
     void openMenu(int index);
+    // The list of the category's patches, which takes the browser's place in a low window.
+    void openPatches();
     // Lamps, meters, displays, hints: at each round of the window's timer.
     void follow();
 
@@ -93,8 +96,12 @@ private:
     void historyHovered(HistoryBar::Button button);
     void addBand();
     void addDragAreas();
+    void addTitles();
+    void openVariations(const VSTGUI::CRect& place, VariedSection section, const char* name);
+    void openTyping(ControlFace& face, const std::string& begun);
     void refresh(ControlFace& face);
     void refreshKnob(MYCKnob& knob);
+    std::string textOn(const ControlEntry& entry) const;
     void refreshBackdrop();
     void refreshPatchLine();
     void followLamps();
@@ -108,7 +115,6 @@ private:
     std::vector<MenuRow> knobRows(const ControlEntry& entry) const;
     void openPopup(const VSTGUI::CRect& anchor, std::vector<MenuRow> rows, PopupMenu::Chosen chosen, ControlFace* opener);
     void openCategories();
-    void openPatches();
     void setFocus(ControlFace* face);
     void moveFocus(int direction);
     bool onShortcut(const VSTGUI::KeyboardEvent& event);

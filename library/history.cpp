@@ -12,6 +12,7 @@ using namespace std::chrono_literals;
 
 constexpr auto longestTurn = 50ms;  // of a gesture that is one click of a wheel
 constexpr auto joinWithin = 1s;
+constexpr auto atTheSameTime = 20ms;
 
 bool isSwitch(int index) { return parameterInfo(numberOfParameter(index)).kind == ControlKind::Switch; }
 bool isLayerSwitch(int index) { return index >= parameter::Layer1On && index < parameter::Layer1On + layerCount; }
@@ -25,6 +26,10 @@ std::size_t weightOf(const Step& step) {
 }  // namespace
 
 std::string nameOfParameter(int index) {
+    for (const int slots : {parameter::MatSrc1, parameter::MatDst1, parameter::MatVal1}) {
+        const int slot = numberOfParameter(index) - slots;
+        if (slot >= 0 && slot < 16) return "Modulation " + std::to_string(slot + 1);
+    }
     const std::string name = parameterInfo(numberOfParameter(index)).name;
     std::size_t digits = name.size();
     while (digits > 0 && name[digits - 1] >= '0' && name[digits - 1] <= '9') --digits;
@@ -123,6 +128,7 @@ void History::editBegan(int index, float value) {
     if (std::find(open_.begin(), open_.end(), index) == open_.end()) open_.push_back(index);
     if (commands_ > 0) return;
     if (gesture_.empty()) gestureBegan_ = now();
+    isWritten_ = false;
     if (changeOf(index) == nullptr) gesture_.push_back({index, value, value});
 }
 
@@ -131,6 +137,17 @@ void History::editEnded(int index, float value) {
     std::erase(open_, index);
     if (commands_ > 0) return;
     if (Change* const change = changeOf(index)) change->after = value;
+    if (open_.empty() && actions_ == 0) finishGestures();
+}
+
+void History::valueWritten(int index, float before) {
+    const bool isOpen = std::find(open_.begin(), open_.end(), index) != open_.end();
+    const float value = instrument_.parameters().getParameter(index);
+    if (isTravelling_ || commands_ > 0 || isOpen || value == before) return;
+    follow();
+    if (gesture_.empty()) gestureBegan_ = now();
+    if (changeOf(index) == nullptr) gesture_.push_back({index, before, before});
+    changeOf(index)->after = value;
     if (open_.empty() && actions_ == 0) finishGestures();
 }
 
@@ -144,6 +161,7 @@ void History::finishGestures() {
     if (!step.changes.empty()) {
         step.ended = now();
         step.isTurn = step.ended - gestureBegan_ <= longestTurn;
+        step.isWritten = isWritten_;
         if (joinsLast(step)) {
             joinLast(step);
         } else {
@@ -159,6 +177,7 @@ void History::finishGestures() {
 void History::beginOpenGesturesAnew() {
     gesture_.clear();
     gestureBegan_ = now();
+    isWritten_ = open_.empty();
     for (const int index : open_) {
         const float value = instrument_.parameters().getParameter(index);
         gesture_.push_back({index, value, value});
@@ -173,11 +192,13 @@ std::string History::nameOf(const std::vector<Change>& changes) const {
     return naming_ ? naming_(index) : nameOfParameter(index);
 }
 
-// Clicks of a wheel on the same knobs are one step; each click on a switch is one of its own.
+// Clicks of a wheel on the same knobs are one step; each click on a switch is one of its own. There always is a way back to
+// what was saved.
 bool History::joinsLast(const Step& step) const {
-    if (!step.isTurn || done_ == 0 || done_ != steps_.size()) return false;
+    if (done_ == 0 || done_ != steps_.size() || files_.contains(state_)) return false;
     const Step& last = steps_.back();
-    if (!last.isTurn || gestureBegan_ - last.ended > joinWithin) return false;
+    if (step.isWritten && last.isWritten && gestureBegan_ - last.ended <= atTheSameTime) return true;
+    if (!step.isTurn || !last.isTurn || gestureBegan_ - last.ended > joinWithin) return false;
     return std::all_of(step.changes.begin(), step.changes.end(), [&](const Change& change) {
         return !isSwitch(change.index) &&
                std::any_of(last.changes.begin(), last.changes.end(), [&](const Change& c) { return c.index == change.index; });
@@ -186,9 +207,16 @@ bool History::joinsLast(const Step& step) const {
 
 void History::joinLast(const Step& step) {
     Step& last = steps_.back();
-    for (const Change& change : step.changes)
-        for (Change& c : last.changes)
-            if (c.index == change.index) c.after = change.after;
+    stepBytes_ -= weightOf(last);
+    for (const Change& change : step.changes) {
+        const auto known =
+            std::find_if(last.changes.begin(), last.changes.end(), [&](const Change& c) { return c.index == change.index; });
+        if (known != last.changes.end())
+            known->after = change.after;
+        else
+            last.changes.push_back(change);
+    }
+    stepBytes_ += weightOf(last);
     last.ended = step.ended;
     state_ = last.after = ++lastId_;
     if (std::any_of(last.changes.begin(), last.changes.end(), [](const Change& c) { return c.before != c.after; })) return;
@@ -350,7 +378,8 @@ bool History::compare() {
         dropRedo();
         return true;
     }
-    if (other_ == nullptr && !(other_ = take())) return false;
+    if (other_ == nullptr) other_ = take();
+    if (other_ == nullptr) return false;
     if (otherId_ == 0) otherId_ = state_;
     Step step{Kind::compare, "Compare with " + otherSlotName(), state_, otherId_};
     if (!travel(step, false)) return false;

@@ -26,7 +26,7 @@ protected:
     ~PatchPlaceKeeper() = default;
 };
 
-// "Cutoff 1" for host index 97 or 397.
+// "Cutoff 1" for host index 97 or 397; "Modulation 3" for what belongs to that slot of the matrix.
 std::string nameOfParameter(int index);
 
 // On the thread of the window. Every change of a user is a step: a gesture on parameters (all that overlap, or that begin
@@ -79,6 +79,9 @@ public:
 
     void editBegan(int index, float value) override;
     void editEnded(int index, float value) override;
+    // One without a gesture and outside of commands, such as those of a matrix slot that is filled, is a part of a step with
+    // those that come at the same time.
+    void valueWritten(int index, float before) override;
 
     // One step back or forth; a gesture that is being made counts as done so far. Parameters alone are written, and the host
     // hears of each that a gesture made; a whole patch comes back as by a load, with the place that it had. False, and
@@ -140,6 +143,7 @@ private:
         State other{};                  // of patch: the state on the far side; of copyToOther: the patch that it replaced
         StateId otherId = 0;            // of copyToOther
         bool isTurn = false;            // a short gesture, which others may join
+        bool isWritten = false;         // without gestures
         Time ended{};
     };
     Time now() const { return clock_ ? clock_() : std::chrono::steady_clock::now(); }
@@ -183,6 +187,7 @@ private:
     std::vector<int> open_;        // parameters of the gestures that go on
     std::vector<Change> gesture_;  // what they have changed, and those that ended with them
     Time gestureBegan_{};
+    bool isWritten_ = true;  // no gesture so far
     int actions_ = 0;
 
     int commands_ = 0;

@@ -37,7 +37,9 @@ void ParameterEdits::change(int index, float value) {
 
 void ParameterEdits::write(int index, float value) {
     if (!isParameter(index) || !(value >= 0.0f)) return;
+    const float before = valueOf(index);
     instrument_.setParameter(index, std::min(value, 1.0f), ChangeSource::window);
+    if (listener_ != nullptr) listener_->valueWritten(index, before);
 }
 
 }  // namespace vantoric

@@ -13,6 +13,8 @@ public:
     virtual void editBegan(int index, float value) = 0;
     // The gesture ended with `value`.
     virtual void editEnded(int index, float value) = 0;
+    // Parameter `index`, which was `before`, was written; with or without a gesture.
+    virtual void valueWritten(int index, float before) { static_cast<void>(index), static_cast<void>(before); }
 
 protected:
     ~EditListener() = default;

@@ -195,6 +195,8 @@ void PatchIndex::run() {
     }
 }
 
+void PatchIndex::tellShortMemory() { messages_.post("Error", "Not enought memory."); }
+
 void PatchIndex::keepRecent(std::vector<PatchPlace> played) try {
     const bool isNew = !played.empty();
     const std::vector<PatchPlace> all = joined(std::move(played), loadRecent());
@@ -202,6 +204,7 @@ void PatchIndex::keepRecent(std::vector<PatchPlace> played) try {
     const std::lock_guard guard(mutex_);
     recent_ = joined(played_, all);
 } catch (...) {
+    tellShortMemory();
 }
 
 void PatchIndex::writeNotes(const Writing& writing) try {
@@ -212,7 +215,7 @@ void PatchIndex::writeNotes(const Writing& writing) try {
         return;
     messages_.post(notesPath(category), "The file can not be written.");
 } catch (...) {
-    messages_.post("Error", "Not enought memory.");
+    tellShortMemory();
 }
 
 void PatchIndex::scan() try {
@@ -232,6 +235,7 @@ void PatchIndex::scan() try {
     catalogue_ = std::move(fresh);
     generation_.fetch_add(1, std::memory_order_release);
 } catch (...) {
+    tellShortMemory();
 }
 
 // False if the scan is to stop.

@@ -72,6 +72,7 @@ private:
     };
 
     void run();
+    void tellShortMemory();
     void scan();
     void writeNotes(const Writing& writing);
     void keepRecent(std::vector<PatchPlace> played);

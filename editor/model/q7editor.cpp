@@ -112,6 +112,10 @@ std::vector<int> Q7Editor::indicesOf(int tag) const {
     return indices;
 }
 
+void Q7Editor::touch(int tag) {
+    if (view_ != nullptr) wakeLayer(tag, true);
+}
+
 void Q7Editor::beginEdit(int tag) {
     if (view_ == nullptr || parameterOfTag(tag) < 0) return;
     gestures_.push_back({tag, indicesOf(tag)});
@@ -144,7 +148,7 @@ void Q7Editor::wakeLayer(int tag, bool leftButton) {
     const int index = par::Layer1On + onShow_.layer;
     if (isOn(instrument_.parameters().getParameter(index))) return;
     edits_.change(index, 1.0f);
-    parameterShown(index);
+    view_->redrawAll();  // the whole layer lights up
 }
 
 void Q7Editor::loadEffectDefaults(int number) {
@@ -254,6 +258,9 @@ void Q7Editor::rowChosen(int tag, int row) {
     if (tag == tag::helpMenu) return chooseHelp(row);
     chooseCommand(tag, row);
     commandDone();
+    const bool isArmed = (tag == tag::fileMenu && row >= file_row::loadToLayer1 && row < file_row::loadToLayer1 + layerCount) ||
+                         (tag == tag::pasteMenu && row == paste_row::loadToLayer);
+    if (isArmed && view_ != nullptr) view_->openBrowser();
 }
 
 void Q7Editor::chooseCommand(int tag, int row) {
@@ -277,10 +284,8 @@ void Q7Editor::chooseCommand(int tag, int row) {
 void Q7Editor::commandDone() {
     if (view_ == nullptr) return;
     instrument_.sampleLoader().currentLayer = onShow_.layer;
-    const bool wantsPatch = onShow_.loadTarget != 0 && onShow_.loadTarget != drawn_.loadTarget;
     refreshAll();
     followPatch();
-    if (wantsPatch) view_->openBrowser();
 }
 
 void Q7Editor::chooseSize(int row) {

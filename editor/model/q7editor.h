@@ -47,6 +47,8 @@ public:
 
     // ---- what the user's hand does; nothing while no window is open
 
+    // The left button went down on a control: that of a silent layer turns the layer on.
+    void touch(int tag);
     // A gesture on a control: any number of `valueChanged` between the two. Other tags than those of parameters need none.
     void beginEdit(int tag);
     void endEdit(int tag);

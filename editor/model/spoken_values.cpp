@@ -32,9 +32,9 @@ std::string holeText(const Q7Editor& editor, const ControlEntry& entry) {
     const double amount = std::strtod(full.c_str(), &end);
     if (end == full.c_str()) return full;
     char text[16];
-    const char* format = std::abs(amount) >= 9950 ? "%.0fk" : "%.1fk";
     if (std::abs(amount) >= 999.5) {
-        std::snprintf(text, sizeof text, format, amount / 1000);
+        const double rounded = std::abs(amount) >= 9950 ? std::round(amount / 1000) : std::round(amount / 100) / 10;
+        std::snprintf(text, sizeof text, "%gk", rounded);
     } else {
         std::snprintf(text, sizeof text, "%.0f", amount);
     }

@@ -7,7 +7,7 @@
 
 namespace vantoric {
 
-// At most four characters: "783", "2.0k".
+// At most four characters: "783", "2.4k".
 std::string holeText(const Q7Editor& editor, const ControlEntry& entry);
 
 // The value with its unit, "783.0 Hz", "on"; empty for a control without a value.

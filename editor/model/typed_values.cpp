@@ -51,7 +51,9 @@ double inBaseUnit(const Amount& amount) {
 
 // What a display tells, as a number in its base unit; nothing for a word.
 std::optional<double> shownAmount(int n, float value, int lfoMode) {
-    const auto amount = amountOf(parameterText(n, value, lfoMode));
+    const std::string shown = parameterText(n, value, lfoMode);
+    if (shown.find('/') != std::string::npos) return std::nullopt;
+    const auto amount = amountOf(shown);
     if (!amount) return std::nullopt;
     return inBaseUnit(*amount);
 }
@@ -63,7 +65,8 @@ bool isLabelled(int n) { return !parameterInfo(n).labels.empty() || parameterInf
 std::optional<float> typedValue(int n, const std::string& text, int lfoMode) {
     const std::string typed = trimmed(text);
     if (typed.empty()) return std::nullopt;
-    if (isLabelled(n)) return parseParameterValue(n, typed);
+    const bool isFraction = typed.find('/') != std::string::npos;  // of a beat
+    if (isLabelled(n) || isFraction) return parseParameterValue(n, typed);
     const auto amount = amountOf(typed);
     const bool hasLetters =
         std::any_of(typed.begin(), typed.end(), [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; });

@@ -42,16 +42,13 @@ bool WindowEditor::open(void* parent) {
     return guarded(
         [&] {
             window_.close();  // a host that opens twice moves the window
-            const bool isOpen = window_.open(reinterpret_cast<std::uintptr_t>(parent));
-            programs_.setWindowOpen(isOpen);
-            return isOpen;
+            return window_.open(reinterpret_cast<std::uintptr_t>(parent));
         },
         false);
 }
 
 void WindowEditor::close() {
     guarded([&] { return window_.close(), true; }, false);
-    guarded([&] { return programs_.setWindowOpen(false), true; }, false);
 }
 
 void WindowEditor::idle() {

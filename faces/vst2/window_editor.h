@@ -12,7 +12,7 @@ class WindowEditor final : public AEffEditor {
 public:
     // While the window is open, it follows the program changes in place of `programs`. Both outlive it.
     WindowEditor(Instrument& instrument, ProgramLoader& programs, const std::string& hostProduct)
-        : programs_(programs), window_(instrument, hostProduct) {}
+        : window_(instrument, programs, hostProduct) {}
 
     bool getRect(ERect** rect) override;
     bool open(void* parent) override;
@@ -22,7 +22,6 @@ public:
     bool setKnobMode(std::int32_t) override { return false; }  // knobs are linear, for every host
 
 private:
-    ProgramLoader& programs_;
     EditorWindow window_;
     ERect rect_{};
 };

@@ -85,7 +85,7 @@ std::vector<Recipe> bentCycles() {
         {"PD Resonant Trapezoid", [](double t) { return std::min(1.0, 2.0 - 2.0 * t) * sine(5.0 * t) + 0.4 * sine(t); }},
         // The follower starts anew with the cycle.
         {"Sync Sine", [](double t) { return sine(2.6 * t) * fall(t); }},
-        {"Sync Saw Low", [](double t) { return ramp(1.5 * t); }},
+        {"Sync Saw Low", [](double t) { return ramp(1.7 * t) * (0.15 + 0.85 * fall(t)); }},
         {"Sync Saw Middle", [](double t) { return ramp(2.7 * t) * (0.4 + 0.6 * fall(t)); }},
         {"Sync Saw High", [](double t) { return ramp(5.4 * t) * (0.3 + 0.7 * fall(t)); }},
         {"Sync Square", [](double t) { return square(3.3 * t) * (0.4 + 0.6 * fall(t)); }},

@@ -69,6 +69,29 @@ void settle(Spectrum& spectrum) {
     }
 }
 
+// Power gain of the ear's weighting in ITU-R BS.1770 at a frequency: its high shelf and its high-pass.
+double weighting(double hertz) {
+    struct Stage {
+        double corner, q, high, band, low;
+    };
+    static constexpr Stage stages[] = {{1681.97, 0.70718, 1.58489, 1.25872, 1.0}, {38.135, 0.50033, 1.0, 0.0, 0.0}};
+    double gain = 1.0;
+    for (const Stage& stage : stages) {
+        const double x = hertz / stage.corner, real = 1.0 - x * x, imaginary = x / stage.q;
+        const double top = stage.low - stage.high * x * x, side = stage.band * x / stage.q;
+        gain *= (top * top + side * side) / (real * real + imaginary * imaginary);
+    }
+    return gain;
+}
+
+// Loudness of a cycle at the peak of 1, in dB, played at C3.
+double loudnessOf(const Spectrum& spectrum, double peak) {
+    constexpr double pitch = 130.81;
+    double power = 0.0;
+    for (int k = 1; k <= 120; ++k) power += 0.5 * spectrum.magnitude(k) * spectrum.magnitude(k) * weighting(pitch * k);
+    return 10.0 * math::log(power / (peak * peak)) / math::log(10.0);
+}
+
 }  // namespace
 
 void spread(Spectrum& spectrum) {
@@ -94,9 +117,11 @@ Cycle finish(Spectrum spectrum, Workshop& workshop) {
     workshop.render(spectrum, waves::harmonicLimit, samples.data());
     const double peak = peakOf(samples);
     Cycle cycle{};
-    if (peak > 0.0)
-        std::transform(samples.begin(), samples.end(), cycle.begin(),
-                       [peak](double x) { return static_cast<std::int16_t>(std::floor(x / peak * cyclePeak + 0.5)); });
+    if (peak <= 0.0) return cycle;
+    const double excess = std::max(0.0, loudnessOf(spectrum, peak) - cycleLoudness);
+    const double gain = cyclePeak / peak * math::exp(-excess * math::log(10.0) / 20.0);
+    std::transform(samples.begin(), samples.end(), cycle.begin(),
+                   [gain](double x) { return static_cast<std::int16_t>(std::floor(x * gain + 0.5)); });
     return cycle;
 }
 

@@ -17,7 +17,8 @@ using waves::Workshop;
 
 using Cycle = std::array<std::int16_t, waves::cycleLength>;
 
-inline constexpr int cyclePeak = 30000;  // of every cycle
+inline constexpr int cyclePeak = 30000;        // no cycle is higher
+inline constexpr double cycleLoudness = -9.0;  // dB at C3, of every cycle whose peak lets it
 
 // A single cycle by the name of its file, which tells the sound and holds no note that a sample would be tuned by.
 struct Recipe {
@@ -41,8 +42,8 @@ std::vector<Recipe> spectralCycles();    // instruments.cpp: chords and rows of 
 void spread(Spectrum& spectrum);
 
 // The finished cycle: softened at the very top, so that edges do not ring; turned until it begins at a rising
-// zero crossing, near that of its fundamental and where it rises gently; at the common peak, without a
-// constant part.
+// zero crossing, near that of its fundamental and where it rises gently; at the common loudness or, if it has
+// too much of a crest for that, at the highest peak, without a constant part.
 Cycle finish(Spectrum spectrum, Workshop& workshop);
 
 // Writes a mono file of 16 bits and 4140 bytes. False if it cannot be written.

@@ -37,7 +37,12 @@ Spectrum noisy(const Spectrum& clean, std::uint32_t seed, double amount) {
 
 }  // namespace
 
-Spectrum triangleSaw(Workshop&, int frame) { return slopedTriangle(0.5 * (1.0 - position(frame, triangleSawFrames))); }
+// The rise shortens in equal ratios, so that the brightness grows evenly, and reaches zero in the last frame.
+Spectrum triangleSaw(Workshop&, int frame) {
+    constexpr double reach = 4.6;
+    const double left = math::exp(-reach * position(frame, triangleSawFrames)), last = math::exp(-reach);
+    return slopedTriangle(0.5 * (left - last) / (1.0 - last));
+}
 
 double pulseWidth(int frame) {
     // The widths that have a name stand at fixed frames; between them the width goes in straight lines, and
@@ -89,12 +94,18 @@ Spectrum alpha1(Workshop&, int frame) {
     });
 }
 
-// A saw through a comb whose teeth move together. Half way the teeth stand at every fourth harmonic.
+// A dark wave of few teeth opens into a bright one of many: the teeth of the comb move together, and a
+// resonance climbs with them. In frame 64 the teeth stand at every fourth harmonic.
 Spectrum alpha2(Workshop&, int frame) {
+    const double p = position(frame, alpha2Frames);
     const double delay = 0.125 + 0.125 * frame / 64.0;
-    return sines([delay](int k) {
+    const double peak = 2.0 * math::exp(p * math::log(24.0));  // harmonic of the resonance, 2 to 48
+    const double slope = 1.55 - 0.6 * p;
+    return sines([delay, peak, slope](int k) {
         const double tooth = std::fabs(math::cos(pi * (k - 1) * delay));
-        return (0.08 + 0.92 * tooth * tooth) * math::exp(-0.95 * math::log(static_cast<double>(k)));
+        const double octaves = math::log(k / peak) / 0.6931471805599453;
+        const double resonance = 1.0 + 2.2 * math::exp(-4.0 * octaves * octaves);
+        return (0.08 + 0.92 * tooth * tooth) * resonance * math::exp(-slope * math::log(static_cast<double>(k)));
     });
 }
 

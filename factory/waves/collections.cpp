@@ -72,18 +72,29 @@ Spectrum vowels(Workshop&, int frame) {
     return result;
 }
 
-// Sines, triangles and saws in stairs of 2 to 16 levels and 4 to 64 steps.
+// Four curves in stairs, coarse to fine: a sine of few steps, a sine on few levels over its octave, a saw
+// that counts with missing bits, and a triangle that is folded before it is held.
 Spectrum stairs(Workshop& workshop, int frame) {
-    const int shape = frame / 11;
-    const int size = frame % 11;
-    static constexpr int steps[11] = {4, 5, 6, 8, 10, 12, 16, 20, 24, 32, 64};
+    const int shape = frame / 8;
+    const int size = frame % 8;
+    static constexpr int steps[8] = {4, 5, 6, 7, 9, 12, 18, 30};
     const int count = steps[size];
-    Spectrum result = workshop.draw([shape, count](double t) {
+    Spectrum result = workshop.draw([shape, size, count](double t) {
         const double held = (std::floor(t * count) + 0.5) / count;
         switch (shape) {
             case 0: return math::sin(tau * held);
-            case 1: return 1.0 - 4.0 * std::fabs(held - 0.5);
-            default: return std::floor((1.0 - 2.0 * held) * 4.0) / 4.0 + 0.25 * math::sin(tau * t);
+            case 1: {
+                const double levels = 1.0 + size;
+                return std::floor((math::sin(tau * t) + 0.7 * math::sin(2.0 * tau * t)) * levels + 0.5) / levels;
+            }
+            case 2: {
+                const int counter = static_cast<int>(t * 32.0);
+                return static_cast<double>(counter & ~(1 << (size % 5)) & (size < 5 ? 31 : 27)) / 16.0 - 1.0;
+            }
+            default: {
+                const double triangle = 1.0 - 4.0 * std::fabs(held - 0.5);
+                return math::sin(tau * 0.25 * (1.0 + 0.9 * size) * triangle) + 0.3 * math::sin(tau * t);
+            }
         }
     });
     result.alignFundamental();
@@ -116,6 +127,12 @@ Spectrum ratios(Workshop& workshop, int frame) {
         return math::sin(tau * ratio.carrier * t + depth * math::sin(tau * ratio.modulator * t)) + 0.35 * math::sin(tau * t);
     });
     result.alignFundamental();
+    // Where the fundamental changes its sign with the depth, aligning it turns all other harmonics over. Their
+    // phases are all 0 or half a turn, so magnitudes alone keep every neighbour in step.
+    for (int k = 1; k < harmonicLimit; ++k) {
+        result.sine[k] = result.magnitude(k);
+        result.cosine[k] = 0.0;
+    }
     return result;
 }
 

@@ -25,7 +25,7 @@ double fadeFrom(double start, double t) {
 
 // The sine's phase runs its first half in ever less time (Casio's phase distortion, US patent 4658691).
 Spectrum pdSineSaw(Workshop& workshop, int frame) {
-    const double knee = 0.5 * (1.0 - 0.985 * position(frame, phaseFrames));
+    const double knee = sweep(0.5, 0.0075, position(frame, phaseFrames));
     Spectrum result = workshop.draw([knee](double t) {
         const double phase = t < knee ? 0.5 * t / knee : 0.5 + 0.5 * (t - knee) / (1.0 - knee);
         return -math::cos(tau * phase);
@@ -36,7 +36,7 @@ Spectrum pdSineSaw(Workshop& workshop, int frame) {
 
 // The phase rests at the two extremes and hurries between them.
 Spectrum pdSineSquare(Workshop& workshop, int frame) {
-    const double run = 0.5 * (1.0 - 0.97 * position(frame, phaseFrames));  // time of each of the two moves
+    const double run = sweep(0.5, 0.015, position(frame, phaseFrames));  // time of each of the two moves
     return workshop.draw([run](double t) {
         const double half = fraction(2.0 * t + 0.5) * 0.5;  // 0 to 1/2 from one rest to the next, move in the middle
         const double moved = std::clamp((half - 0.25) / run + 0.5, 0.0, 1.0);

@@ -130,6 +130,33 @@ TEST_F(UserHistory, WhatOneEventChangesIsOneStep) {
     EXPECT_EQ(value(par::Layer2On), 0.0f);
 }
 
+TEST_F(UserHistory, AModulationThatIsAddedIsOneStep) {
+    for (const float source : {0.2f, 0.3f}) {
+        time += 2s;
+        edits.write(par::MatDst1 + 2, 0.5f);
+        edits.write(par::MatSrc1 + 2, source);
+        edits.write(par::MatVal1 + 2, 0.5f + source);
+    }
+    EXPECT_EQ(history.undoCount(), 2u);
+    EXPECT_EQ(history.undoName(), "Modulation 3");
+    history.undo();
+    EXPECT_EQ(value(par::MatSrc1 + 2), 0.2f);
+    history.undo();
+    EXPECT_EQ(value(par::MatDst1 + 2), 0.0f);
+    history.redo();
+    EXPECT_EQ(value(par::MatVal1 + 2), 0.7f);
+}
+
+TEST_F(UserHistory, WhatIsWrittenDuringAGestureBelongsToIt) {
+    edits.begin(par::FilType1);
+    edits.set(par::FilType1, 0.25f);
+    edits.write(par::Cutoff1, 0.125f);
+    edits.end(par::FilType1);
+    EXPECT_EQ(history.undoCount(), 1u);
+    history.undo();
+    EXPECT_NE(value(par::Cutoff1), 0.125f);
+}
+
 TEST_F(UserHistory, TurnsOfTheWheelWithinASecondAreOneStep) {
     const float before = value(par::Cutoff1);
     for (int i = 1; i <= 10; ++i) wheel(par::Cutoff1, 0.05f * i);
@@ -145,6 +172,16 @@ TEST_F(UserHistory, TurnsOfTheWheelWithinASecondAreOneStep) {
     while (history.undo()) {
     }
     EXPECT_EQ(value(par::Cutoff1), before);
+}
+
+TEST_F(UserHistory, TheWheelTurnedOnAfterSavingIsAnotherStep) {
+    wheel(par::Cutoff1, 0.1f);
+    history.markSaved();
+    wheel(par::Cutoff1, 0.2f);
+    EXPECT_TRUE(history.isChanged());
+    history.undo();
+    EXPECT_FALSE(history.isChanged());
+    EXPECT_EQ(value(par::Cutoff1), 0.1f);
 }
 
 TEST_F(UserHistory, TheWheelTurnedBackLeavesNoStep) {

@@ -196,7 +196,6 @@ TEST_F(Index, TwentyThousandPatchesAreFoundInASecondAndNobodyWaits) {
     index.rescan();
     EXPECT_LT(since(began), 50) << "the caller goes on";
     wait(index);
-    std::printf("20000 patches: %ld ms\n", static_cast<long>(since(began)));
     EXPECT_LT(since(began), 10000) << "a tenth of it where nobody else is at work";
     EXPECT_GT(index.catalogue()->patches().size(), 19000u);
     index.rescan();

@@ -209,24 +209,24 @@ TEST_F(Chances, ItIsOneStepOfTheHistory) {
 
 // 20 dB either way.
 TEST_F(Chances, WhateverComesSounds) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    constexpr std::uint32_t seeds = 20;
+#else
     constexpr std::uint32_t seeds = 500;
+#endif
     for (const bool isBusy : {false, true}) {
         if (isBusy) busyPatch();
         const auto before = values();
         const double loudness = level();
         ASSERT_GT(loudness, 0.001);
         for (const VariedSection section : sections) {
-            double lowest = 1e9, highest = 0.0;
             for (std::uint32_t seed = isBusy ? 1 : 0; seed < seeds; seed += 2) {
                 restore(before);
                 apply(randomised(parameters(), 0, section, seed));
                 const double ratio = level() / loudness;
                 EXPECT_GT(ratio, 0.1) << "section " << static_cast<int>(section) << " seed " << seed;
                 EXPECT_LT(ratio, 10.0) << "section " << static_cast<int>(section) << " seed " << seed;
-                lowest = std::min(lowest, ratio);
-                highest = std::max(highest, ratio);
             }
-            std::printf("busy %d section %d: %.2f to %.2f\n", isBusy, static_cast<int>(section), lowest, highest);
         }
         restore(before);
     }

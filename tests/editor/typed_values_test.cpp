@@ -1,0 +1,67 @@
+// Values as a player types them.
+#include <gtest/gtest.h>
+
+#include "base/parameters.h"
+#include "editor/model/typed_values.h"
+#include "parameters/parameter_table.h"
+
+namespace vantoric {
+namespace {
+
+namespace par = parameter;
+
+std::string shownAs(int number, const std::string& typed) {
+    const auto value = typedValue(number, typed, 0);
+    return value ? parameterText(number, *value, 0) : "not understood";
+}
+
+TEST(TypedValues, HertzAreTakenWithAndWithoutTheirUnit) {
+    const float plain = typedValue(par::Cutoff1, "1200", 0).value();
+    EXPECT_FLOAT_EQ(typedValue(par::Cutoff1, "1.2 kHz", 0).value(), plain);
+    EXPECT_FLOAT_EQ(typedValue(par::Cutoff1, "1,2kHz", 0).value(), plain);
+    EXPECT_FLOAT_EQ(typedValue(par::Cutoff1, " 1200 Hz ", 0).value(), plain);
+    EXPECT_NEAR(std::stod(parameterText(par::Cutoff1, plain, 0)), 1200, 12);
+}
+
+TEST(TypedValues, TimesAreTakenInMillisecondsAndSeconds) {
+    const float typed = typedValue(par::DecVol, "440ms", 0).value();
+    EXPECT_FLOAT_EQ(typed, typedValue(par::DecVol, "0.44 s", 0).value());
+    EXPECT_GT(typed, typedValue(par::DecVol, "100ms", 0).value());
+    EXPECT_LT(typed, typedValue(par::DecVol, "2s", 0).value());
+}
+
+TEST(TypedValues, SemitonesAndPercentagesKeepTheirSign) {
+    EXPECT_EQ(shownAs(par::Semi1, "7"), "Semi +7");
+    EXPECT_EQ(shownAs(par::MatVal1, "-50"), "-50");
+    EXPECT_EQ(shownAs(par::MatVal1, "+25"), "25");
+    EXPECT_EQ(shownAs(par::Reso1, "62 %"), parameterText(par::Reso1, 0.62f, 0));
+}
+
+TEST(TypedValues, WordsOfTheDisplayAreTakenAsTheyStand) {
+    EXPECT_EQ(shownAs(par::Start1, "Free"), "Free");
+    EXPECT_EQ(shownAs(par::KeyFol1, "Keyfol."), "Keyfol.");
+    EXPECT_EQ(shownAs(par::FilType1, "LP 24dB"), "LP 24dB");
+}
+
+TEST(TypedValues, AmountsBeyondTheRangeTakeItsEnd) {
+    EXPECT_FLOAT_EQ(typedValue(par::Cutoff1, "999999", 0).value(), 1.0f);
+    EXPECT_FLOAT_EQ(typedValue(par::MatVal1, "-999", 0).value(), 0.0f);
+}
+
+TEST(TypedValues, WhatIsNoValueIsNotTaken) {
+    for (const char* text : {"", "   ", "loud", "\xff\xfe", "--"}) EXPECT_FALSE(typedValue(par::Cutoff1, text, 0)) << text;
+}
+
+TEST(TypedValues, EveryParameterTakesBackWhatItShows) {
+    for (int number = 0; number < layerParameterEnd; ++number) {
+        if (parameterInfo(number).kind == ControlKind::None || parameterInfo(number).kind == ControlKind::EffectParameter) continue;
+        for (const float value : {0.0f, 0.25f, 0.5f, 1.0f}) {
+            const std::string shown = parameterText(number, value, 0);
+            if (shown.empty() || shown == "empty" || shown == "-") continue;  // beyond the list
+            EXPECT_EQ(shownAs(number, shown), shown) << number << " at " << value;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace vantoric
