@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <unordered_map>
 
 #include "base/text.h"
 #include "vstgui/lib/cgradient.h"
@@ -257,9 +258,17 @@ void Pen::dots(double x, double y, const Color& color) {
 
 void Pen::tick(double x, double y, const Color& color) { line({{x - 4, y}, {x - 1, y + 3}, {x + 4.5, y - 3.5}}, color, 1.6); }
 
+// Measuring takes as long as drawing, and the same texts come again at every redraw: widths are kept.
 double Pen::textWidth(const std::string& text, style::Face face, double size) {
+    static std::unordered_map<std::string, double> widths;  // on the windows' one thread
+    constexpr std::size_t mostKept = 4096;
     context_.setFont(style::font(face, size));
-    return context_.getStringWidth(drawnText(text).c_str());
+    std::string key = text;
+    key += static_cast<char>(face);
+    key.append(reinterpret_cast<const char*>(&size), sizeof size);
+    if (const auto known = widths.find(key); known != widths.end()) return known->second;
+    if (widths.size() >= mostKept) widths.clear();
+    return widths[std::move(key)] = context_.getStringWidth(drawnText(text).c_str());
 }
 
 double Pen::text(double x, double y, const std::string& text, style::Face face, double size, const Color& color, Align align,
@@ -276,6 +285,11 @@ double Pen::text(double x, double y, const std::string& text, style::Face face, 
     }
     if (align == Align::centre) x -= width / 2;
     if (align == Align::right) x -= width;
+    // Most redraws are of a small part of the window.
+    CRect clip;
+    context_.getClipRect(clip);
+    if (x > clip.right + size || x + width < clip.left - size || y < clip.top - size || y - 1.5 * size > clip.bottom)
+        return width;
     context_.setFontColor(color);
     context_.drawString(drawnText(shown).c_str(), CPoint(x, y), true);
     return width;
