@@ -153,7 +153,8 @@ void MYCKnob::drawModulation(Pen& pen) {
     const ModulationArc arc = modulationArc(getValueNormalized(), modulation_.modDepth, modulation_.modBipolar);
     const Color band = isDepthDragging() ? fade(sourceColor_, 0.75) : fade(style::white, 0.5);
     constexpr float shownBeyond = 0.12f;  // past it the two ends would meet
-    for (const ArcPart& part : arcParts(arc).all()) {
+    const ArcParts parts = arcParts(arc);  // outlives the loop
+    for (const ArcPart& part : parts.all()) {
         const double from = angleOf(std::max(part.low, -shownBeyond)), to = angleOf(std::min(part.high, 1 + shownBeyond));
         if (!(to > from)) continue;
         pen.arc(x, y, r, from, to, part.isInRange ? band : fade(style::alarm, 0.75), width);
