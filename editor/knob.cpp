@@ -152,7 +152,7 @@ void MYCKnob::drawModulation(Pen& pen) {
     const double width = measures_.bandOuter - measures_.bandInner;
     const ModulationArc arc = modulationArc(getValueNormalized(), modulation_.modDepth, modulation_.modBipolar);
     const Color band = isDepthDragging() ? fade(sourceColor_, 0.75) : fade(style::white, 0.5);
-    constexpr float shownBeyond = 0.12f;  // past it the two ends would meet
+    constexpr float shownBeyond = 0.12f;   // past it the two ends would meet
     const ArcParts parts = arcParts(arc);  // outlives the loop
     for (const ArcPart& part : parts.all()) {
         const double from = angleOf(std::max(part.low, -shownBeyond)), to = angleOf(std::min(part.high, 1 + shownBeyond));
