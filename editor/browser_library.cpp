@@ -47,6 +47,7 @@ int BrowserLibrary::rowOfCategory(const std::string& name) const {
 // ---- what is shown
 
 void BrowserLibrary::open() {
+    index_.rescan();  // patches may have been saved, deleted or starred since
     library_.scanCategories();
     browser_.open();
 }

@@ -1,5 +1,6 @@
 #include "editor/display_views.h"
 
+#include <string>
 #include <utility>
 
 namespace vantoric {
@@ -48,7 +49,10 @@ void DisplayViews::refreshWave(int oscillator, const std::optional<ShownVoice>& 
     Wavedisplay* display = view(tag::waveView1 + oscillator);
     WaveDisplay& wave = waves_[oscillator];
     const int layer = editor_.onShow().layer;
-    wave.writeMarkers(layer, editor_.edits());
+    if (wave.markers().markersMoved) {
+        const CommandLog::Running running(editor_.commands().log(), "Loop of oscillator " + std::to_string(oscillator + 1));
+        wave.writeMarkers(layer, editor_.edits());
+    }
     if (!wave.refresh(layer, voice, layout(), std::exchange(editor_.displayFlags().wave[oscillator], false))) return;
     const ControlEntry& entry = display->entry();
     const DisplayTraces& traces = wave.traces();

@@ -6,6 +6,7 @@
 #include "base/version.h"
 #include "editor/credits_view.h"
 #include "editor/gui_module.h"
+#include "library/show_messages.h"
 #include "platform/dialogs.h"
 #include "platform/module_folder.h"
 #include "vstgui/lib/platform/iplatformframe.h"
@@ -15,6 +16,12 @@ namespace vantoric {
 namespace {
 
 using VSTGUI::CRect;
+
+// What a host hands over is the window's without a focus only if no host means anything else by it.
+bool isOwnShortcut(const VSTGUI::KeyboardEvent& event) {
+    const char32_t letter = letterWithControl(event);
+    return letter == U'z' || letter == U'y';
+}
 
 constexpr std::uint64_t roundMilliseconds = 50;  // of the editor's own idle rounds, however often the host calls
 
@@ -44,6 +51,7 @@ EditorWindow::Size EditorWindow::size() const {
 bool EditorWindow::open(std::uintptr_t parent) {
     if (isOpen() || parent == 0 || !GuiModule::shared().connect()) return false;
     parent_ = parent;
+    thread_ = std::this_thread::get_id();
     if (!buildFrame()) return false;
     programs_.setWindowOpen(true);
     editor_.setLastProgram(programs_.lastNumber());
@@ -65,7 +73,7 @@ void EditorWindow::offerRecovery() {
                               if (isClosing_) return static_cast<void>(hasOffered_ = false);  // not answered: offered again
                               if (!yes) return static_cast<void>(Autosave::discard(patch));
                               const CommandLog::Running running(editor_.commands().log(), "Recover '" + patch.name + "'");
-                              work_.autosave().recover(patch);
+                              if (!work_.autosave().recover(patch)) Autosave::discard(patch);  // it can never be loaded
                           });
         return;  // one at a time: the next instrument asks for the next
     }
@@ -126,12 +134,25 @@ void EditorWindow::rebuild() {
     runLater([this] {
         const Size wanted = size();
         if (HostPort* host = instrument_.hostPort()) host->sizeWanted(wanted.width, wanted.height);
+        if (!isOpen()) return;  // the host closed it over the question
         dialogs_.leaveHost();
         takeFrameDown();
-        if (!buildFrame()) return dialogs_.setHost(nullptr);
+        if (!buildFrame()) return closeWithoutFrame();
         dialogs_.moveTo(*content_);
         editor_.open(*this);
     });
+}
+
+// What `close` does where no frame is left to take down.
+void EditorWindow::closeWithoutFrame() {
+    later_.clear();
+    editor_.close(0);
+    isClosing_ = true;
+    dialogs_.setHost(nullptr);
+    isClosing_ = false;
+    browserModel_.reset();
+    index_.reset();
+    programs_.setWindowOpen(false);
 }
 
 // The frame is built anew with it.
@@ -161,8 +182,12 @@ void EditorWindow::showCredits() {
 }
 
 void EditorWindow::idle() {
-    if (!isOpen() || isIdling_) return;
+    if (!isOpen() || isIdling_ || std::this_thread::get_id() != thread_) return;
     isIdling_ = true;
+    struct NotIdling {
+        bool& flag;
+        ~NotIdling() { flag = false; }
+    } const atEnd{isIdling_};
     frame->idle();  // turns what was marked into redraws
     GuiModule::shared().loop()->service();
     const auto jobs = std::exchange(later_, {});
@@ -172,17 +197,26 @@ void EditorWindow::idle() {
     if (isOpen() && now - lastRound_ >= roundMilliseconds) {
         lastRound_ = now;
         editor_.idle();
+        showMessages(instrument_.messages(), dialogs_);
         work_.follow();
+        notePlayed();
         content_->follow();
     }
     if (isOpen()) holder_->routeKeys(content_->wantsKeys());
-    isIdling_ = false;
+}
+
+// Whatever loads a patch of the library makes it one of the recent ones.
+void EditorWindow::notePlayed() {
+    const std::uint32_t loads = instrument_.patchesLoaded();
+    if (std::exchange(loadsNoted_, loads) == loads) return;
+    const std::string category = editor_.commands().patch().category();
+    if (category != customCategory) index_->notePlayed({category, editor_.patchName()});
 }
 
 void EditorWindow::onKeyboardEvent(VSTGUI::KeyboardEvent& event, VSTGUI::CFrame*) { content_->onKey(event); }
 
 bool EditorWindow::onHostKey(VSTGUI::KeyboardEvent& event) {
-    if (!isOpen()) return false;
+    if (!isOpen() || !(content_->wantsKeys() || isOwnShortcut(event))) return false;
     content_->onKey(event);
     return event.consumed;
 }

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "editor/browser.h"
@@ -67,7 +68,9 @@ private:
 
     bool buildFrame();
     void offerRecovery();
+    void notePlayed();
     void takeFrameDown();
+    void closeWithoutFrame();
     void runLater(std::function<void()> job) { later_.push_back(std::move(job)); }
 
     Instrument& instrument_;
@@ -83,6 +86,8 @@ private:
     MYBrowser* browser_ = nullptr;
     std::vector<std::function<void()>> later_;  // run in idle time, outside every event
     std::uint64_t lastRound_ = 0;
+    std::uint32_t loadsNoted_ = 0;
+    std::thread::id thread_;  // that opened the window
     bool isIdling_ = false;
     bool hasOffered_ = false;  // what a crash left
     bool isClosing_ = false;

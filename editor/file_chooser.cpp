@@ -543,8 +543,7 @@ bool FileChooser::onShortcut(const VSTGUI::KeyboardEvent& event) {
         goUp();
         return true;
     }
-    if (!event.modifiers.has(ModifierKey::Control)) return false;
-    switch (event.character) {
+    switch (letterWithControl(event)) {
         case U'l': startPath(folder_ == "/" ? "/" : folder_ + "/"); return true;
         case U'n': act(Part::newFolder); return true;
         case U'h': act(Part::hidden); return true;

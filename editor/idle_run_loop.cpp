@@ -36,9 +36,12 @@ void IdleRunLoop::service() {
     if (isServing_) return;
     isServing_ = true;
     const auto alive = VSTGUI::shared(this);
+    struct NotServing {
+        bool& flag;
+        ~NotServing() { flag = false; }
+    } const atEnd{isServing_};
     serveEvents();
     serveTimers();
-    isServing_ = false;
 }
 
 void IdleRunLoop::serveEvents() {

@@ -28,6 +28,14 @@ std::string utf8Of(char32_t c) {
     return {byte(0xF0 | c >> 18), byte(0x80 | (c >> 12 & 0x3F)), byte(0x80 | (c >> 6 & 0x3F)), byte(0x80 | (c & 0x3F))};
 }
 
+char32_t letterWithControl(const VSTGUI::KeyboardEvent& event) {
+    const char32_t c = event.character;
+    if (!event.modifiers.has(ModifierKey::Control)) return 0;
+    if (c >= 1 && c <= 26) return U'a' + c - 1;
+    if (c >= U'A' && c <= U'Z') return c - U'A' + U'a';
+    return c >= U'a' && c <= U'z' ? c : 0;
+}
+
 void LineEdit::setText(const std::string& text, bool selectsAll) {
     text_ = cutText(text, maxBytes_);
     caret_ = text_.size();
@@ -115,7 +123,7 @@ bool LineEdit::onKey(const VSTGUI::KeyboardEvent& event) {
         default: break;
     }
     if (event.character == 0) return false;
-    if (isControl) return onShortcut(event.character);
+    if (isControl) return onShortcut(letterWithControl(event));
     const std::string added = utf8Of(event.character);
     if (added.empty()) return false;
     insert(added);

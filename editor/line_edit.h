@@ -41,4 +41,8 @@ private:
 // The character in UTF-8; empty for control characters.
 std::string utf8Of(char32_t character);
 
+// The lower-case letter of a key that went down with Ctrl: the window system gives its control character (1 for A), hosts the
+// letter. 0 for anything else.
+char32_t letterWithControl(const VSTGUI::KeyboardEvent& event);
+
 }  // namespace vantoric

@@ -737,15 +737,16 @@ void WindowContent::onKey(VSTGUI::KeyboardEvent& event) {
 bool WindowContent::onShortcut(const VSTGUI::KeyboardEvent& event) {
     if (!event.modifiers.has(ModifierKey::Control)) return false;
     const bool isShifted = event.modifiers.has(ModifierKey::Shift);
-    switch (std::tolower(static_cast<int>(event.character))) {
-        case 'z': historyPressed(isShifted ? HistoryBar::Button::redo : HistoryBar::Button::undo, false); return true;
-        case 'y': historyPressed(HistoryBar::Button::redo, false); return true;
-        case 'c':
+    switch (letterWithControl(event)) {
+        case U'z': historyPressed(isShifted ? HistoryBar::Button::redo : HistoryBar::Button::undo, false); return true;
+        case U'y': historyPressed(HistoryBar::Button::redo, false); return true;
+        case U'c':
             if (focused_ != nullptr && parameterOfTag(focused_->entry().tag) >= 0)
                 copiedValue_ = editor_.valueOf(focused_->entry().tag);
             return true;
-        case 'v':
-            if (focused_ != nullptr && copiedValue_ >= 0 && parameterOfTag(focused_->entry().tag) >= 0)
+        case U'v':
+            if (focused_ != nullptr && copiedValue_ >= 0 && parameterOfTag(focused_->entry().tag) >= 0 &&
+                !isListKind(focused_->entry().kind))
                 setByKey(*focused_, copiedValue_);
             return true;
         default: return false;
@@ -807,6 +808,19 @@ void WindowContent::setByKey(ControlFace& face, float value) {
     showHelp(&face);
 }
 
+// Of a list its first or last row.
+void WindowContent::setToEnd(ControlFace& face, bool last) {
+    const ControlEntry& entry = face.entry();
+    if (!isListKind(entry.kind)) {
+        if (parameterOfTag(entry.tag) >= 0) setByKey(face, last ? 1 : 0);
+        return;
+    }
+    if (entry.labels.empty() || parameterOfTag(entry.tag) < 0) return;
+    int row = last ? static_cast<int>(entry.labels.size()) - 1 : 0;
+    while (row > 0 && std::string(entry.labels[row]) == "-") --row;
+    editor_.rowChosen(entry.tag, row);
+}
+
 void WindowContent::nudge(ControlFace& face, float step) {
     if (isListKind(face.entry().kind)) return controlStepped(face, step > 0 ? -1 : 1);
     if (parameterOfTag(face.entry().tag) >= 0) setByKey(face, editor_.valueOf(face.entry().tag) + step);
@@ -834,8 +848,8 @@ void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
         case VirtualKey::Left: return nudge(face, -step);
         case VirtualKey::PageUp: return nudge(face, 0.1f);
         case VirtualKey::PageDown: return nudge(face, -0.1f);
-        case VirtualKey::Home: return setByKey(face, 0);
-        case VirtualKey::End: return setByKey(face, 1);
+        case VirtualKey::Home: return setToEnd(face, false);
+        case VirtualKey::End: return setToEnd(face, true);
         case VirtualKey::Delete: return controlResetWanted(face);
         case VirtualKey::Space:
         case VirtualKey::Return:
@@ -850,7 +864,8 @@ void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
         default: break;
     }
     // A digit begins a value.
-    const bool isTyping = event.character >= U'0' && event.character <= U'9';
+    const bool isTyping = (event.character >= U'0' && event.character <= U'9') || event.character == U'-' ||
+                          event.character == U'+' || event.character == U'.';
     event.consumed = isTyping || onPlainLetter(event.character);
     if (isTyping) openTyping(face, utf8Of(event.character));
 }

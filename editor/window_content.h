@@ -122,6 +122,7 @@ private:
     bool onPlainLetter(char32_t character);
     std::optional<std::string> takeTyped(const ControlEntry& entry, const std::string& text);
     void nudge(ControlFace& face, float step);
+    void setToEnd(ControlFace& face, bool last);
     void setByKey(ControlFace& face, float value);
     void markTargets(const std::optional<Color>& ring, int nearest);
     Color dragColor(int area) const;

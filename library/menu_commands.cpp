@@ -136,7 +136,8 @@ void MenuCommands::setFavourite(bool on, Done done) {
         showMessages(instrument_.messages(), dialogs_);
         return done(isSaved);
     }
-    const std::string name = patchNameOfPath(path);
+    // Of a favourite itself its own file, of any other patch the copy.
+    const std::string name = patch_.category() == "Favourites" ? patch_.name() : patchNameOfPath(path);
     patches_.deletePatch("Favourites", name, [this, done = std::move(done)](bool isGone) {
         library_.scanPatches(-1);
         done(isGone);

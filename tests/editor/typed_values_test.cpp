@@ -54,7 +54,8 @@ TEST(TypedValues, WhatIsNoValueIsNotTaken) {
 
 TEST(TypedValues, EveryParameterTakesBackWhatItShows) {
     for (int number = 0; number < layerParameterEnd; ++number) {
-        if (parameterInfo(number).kind == ControlKind::None || parameterInfo(number).kind == ControlKind::EffectParameter) continue;
+        if (parameterInfo(number).kind == ControlKind::None || parameterInfo(number).kind == ControlKind::EffectParameter)
+            continue;
         for (const float value : {0.0f, 0.25f, 0.5f, 1.0f}) {
             const std::string shown = parameterText(number, value, 0);
             if (shown.empty() || shown == "empty" || shown == "-") continue;  // beyond the list

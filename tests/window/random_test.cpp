@@ -80,7 +80,7 @@ TEST_P(RandomInput, LeavesAWindowThatWorks) {
             break;
         }
     RandomHand hand(rig, static_cast<unsigned>(environmentNumber("VANTORIC_RANDOM_SEED", 1) + GetParam()));
-    const int events = environmentNumber("VANTORIC_RANDOM_EVENTS", 300);
+    const int events = environmentNumber("VANTORIC_RANDOM_EVENTS", 60);
     for (int i = 0; i < events && !HasFatalFailure(); ++i) hand.doSomething();
     // Whatever it did, a fresh window of the same plug-in works.
     for (int button = 1; button <= 3; ++button) rig.host().release(button);

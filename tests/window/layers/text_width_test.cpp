@@ -42,7 +42,8 @@ TEST_F(WindowTexts, LabelsOfListsFit) {
         if (parameterOfTag(entry.tag) < 0 || entry.labels.empty()) continue;
         if (!isSmall && entry.kind != WidgetKind::LargeList && entry.kind != WidgetKind::List) continue;
         for (const char* label : entry.labels)
-            expectFits(label, isSmall ? Face::semibold : Face::medium, isSmall ? 9 : 10, entry.width - (isSmall ? 4 : 24), entry.name);
+            expectFits(label, isSmall ? Face::semibold : Face::medium, isSmall ? 9 : 10, entry.width - (isSmall ? 4 : 24),
+                       entry.name);
     }
 }
 
@@ -71,7 +72,8 @@ TEST_F(WindowTexts, CaptionsFitBesideTheirNeighbours) {
         const std::string caption = entry.caption;
         if (entry.kind == WidgetKind::Knob) expectFits(caption, Face::medium, 9, 50, entry.name);
         if (entry.kind == WidgetKind::LargeKnob) expectFits(caption, Face::medium, 9.5, 60, entry.name);
-        if (entry.kind == WidgetKind::Switch && caption != "On") expectFits(caption, Face::semibold, 8.5, entry.width - 3, entry.name);
+        if (entry.kind == WidgetKind::Switch && caption != "On")
+            expectFits(caption, Face::semibold, 8.5, entry.width - 3, entry.name);
         if (entry.kind == WidgetKind::Selector) expectFits(caption, Face::semibold, 9.5, entry.width - 2, entry.name);
         if (entry.kind == WidgetKind::Menu) expectFits(caption, Face::medium, 10, entry.width - 4, entry.name);
     }
