@@ -33,7 +33,8 @@ public:
             case 6: return host_.wheel(x(), y(), upTo(7) - 3);
             case 7: {
                 const double px = x(), py = y();
-                return host_.doubleClick(px, py);
+                host_.click(px, py);
+                return host_.click(px, py);
             }
             case 8: return key();
             default: return host_.move(x(), y());

@@ -224,16 +224,14 @@ Picture WindowHost::glance() {
 }
 
 Picture WindowHost::picture() {
-    idle(150);  // three rounds of its displays
+    constexpr int stillFor = 5;  // looks, each after one round of the displays at least
     Picture last = glance();
-    until(
-        [&] {
-            Picture now = glance();
-            const bool rests = now == last;
-            last = std::move(now);
-            return rests;
-        },
-        3);  // what moves on for ever is taken as it is
+    for (int looks = 0, still = 0; looks < 40 && still < stillFor; ++looks) {  // what moves on for ever is taken as it is
+        idle(110, 10);
+        Picture now = glance();
+        still = now == last ? still + 1 : 0;
+        last = std::move(now);
+    }
     return last;
 }
 
