@@ -20,7 +20,7 @@ using VSTGUI::CRect;
 // What a host hands over is the window's without a focus only if no host means anything else by it.
 bool isOwnShortcut(const VSTGUI::KeyboardEvent& event) {
     const char32_t letter = letterWithControl(event);
-    return letter == U'z' || letter == U'y';
+    return event.virt == VSTGUI::VirtualKey::Tab || letter == U'z' || letter == U'y';
 }
 
 constexpr std::uint64_t roundMilliseconds = 50;  // of the editor's own idle rounds, however often the host calls
