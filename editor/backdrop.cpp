@@ -110,7 +110,9 @@ void Backdrop::drawEqualizer(Pen& pen) {
     pen.rect(r.left + 3, middle, r.getWidth() - 6, pen.hair(), style::line);
     const auto [low, mid, high] = state_.equalizer;
     Pen::Points points;
-    for (double x = r.left + 2; x <= r.right - 2; x += 2) {
+    const int columns = static_cast<int>(r.getWidth()) / 2 - 1;
+    for (int column = 1; column <= columns; ++column) {
+        const double x = r.left + 2 * column;
         const double t = (x - r.left) / r.getWidth(), bell = (t - 0.52) / 0.14;
         const double gain = (low - 0.5) * 2 / (1 + std::exp((t - 0.25) * 22)) + (mid - 0.5) * 2 * std::exp(-bell * bell) +
                             (high - 0.5) * 2 / (1 + std::exp((0.76 - t) * 22));

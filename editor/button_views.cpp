@@ -6,8 +6,6 @@
 namespace vantoric {
 namespace {
 
-using VSTGUI::ModifierKey;
-
 const Color darkText = hexColor(0x14181A);
 
 // A click that ends with the press: nothing follows that the control would have to see.

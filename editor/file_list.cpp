@@ -208,8 +208,9 @@ void FolderReader::run() {
     std::unique_lock lock(mutex_);
     for (;;) {
         news_.wait(lock, [this] { return wanted_ || isEnding_; });
-        if (isEnding_) return;
-        const std::string folder = *std::exchange(wanted_, std::nullopt);
+        if (isEnding_ || !wanted_) return;
+        const std::string folder = *wanted_;
+        wanted_.reset();
         isBusy_ = true;
         stop_ = false;
         lock.unlock();

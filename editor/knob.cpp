@@ -90,7 +90,7 @@ void MYCKnob::setLearnGlow(double glow) {
     if (ccNumber_ == -2) invalid();
 }
 
-void MYCKnob::setTargetRing(std::optional<Color> ring, bool isNearest) {
+void MYCKnob::setTargetRing(const std::optional<Color>& ring, bool isNearest) {
     if (ring == targetRing_ && isNearest == isNearestTarget_) return;
     targetRing_ = ring;
     isNearestTarget_ = isNearest;

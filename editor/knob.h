@@ -45,7 +45,7 @@ public:
     // How brightly the ring of a knob that waits for its controller is drawn, 0 to 1.
     void setLearnGlow(double glow);
     // Something is being dragged that can be dropped here, or is about to be: the colour of its source.
-    void setTargetRing(std::optional<Color> ring, bool isNearest);
+    void setTargetRing(const std::optional<Color>& ring, bool isNearest);
     bool isDepthDragging() const { return drag_.isDepthDragging(); }
 
     void draw(VSTGUI::CDrawContext* context) override;

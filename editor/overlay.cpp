@@ -30,7 +30,9 @@ std::vector<std::string> wrapped(const std::string& text, Face face, double size
         std::istringstream words(paragraph);
         std::string line;
         for (std::string word; words >> word;) {
-            const std::string longer = line.empty() ? word : line + " " + word;
+            std::string longer = line;
+            if (!longer.empty()) longer += ' ';
+            longer += word;
             if (!line.empty() && measured(longer, face, size) > width) {
                 lines.push_back(line);
                 line = word;
@@ -86,25 +88,25 @@ void Overlay::setTooltip(const std::string& text, const CRect& control) {
     invalidRect(CRect(tooltipArea_).inset(-4, -4));
 }
 
-CRect Overlay::cableArea() const {
-    CRect area(cable_->from, CPoint(0, 0));
-    area.unite(CRect(cable_->to, CPoint(0, 0)));
+CRect Overlay::cableArea(const Cable& cable) const {
+    CRect area(cable.from, CPoint(0, 0));
+    area.unite(CRect(cable.to, CPoint(0, 0)));
     area.inset(-110, -60);
-    if (!cable_->lines.empty()) area.unite(stripArea(CPoint(cable_->to.x, cable_->to.y + 16), cable_->lines).inset(-4, -4));
+    if (!cable.lines.empty()) area.unite(stripArea(CPoint(cable.to.x, cable.to.y + 16), cable.lines).inset(-4, -4));
     return area;
 }
 
 void Overlay::setCable(const std::optional<Cable>& cable) {
     if (cable == cable_) return;
-    if (cable_) invalidRect(cableArea());
+    if (cable_) invalidRect(cableArea(*cable_));
     cable_ = cable;
-    if (cable_) invalidRect(cableArea());
+    if (cable) invalidRect(cableArea(*cable));
 }
 
 void Overlay::draw(VSTGUI::CDrawContext* context) {
     Pen pen(*context);
     if (strip_) drawStrip(pen, stripArea(strip_->at, strip_->lines), strip_->lines, strip_->outline);
-    if (cable_) drawCable(pen);
+    if (cable_) drawCable(pen, *cable_);
     if (!tooltip_.empty()) drawTooltip(pen);
     setDirty(false);
 }
@@ -131,16 +133,16 @@ void Overlay::drawTooltip(Pen& pen) const {
     }
 }
 
-void Overlay::drawCable(Pen& pen) const {
-    const CPoint from = cable_->from, to = cable_->to;
+void Overlay::drawCable(Pen& pen, const Cable& cable) const {
+    const CPoint from = cable.from, to = cable.to;
     const double pull = std::max(40.0, std::abs(to.y - from.y) * 0.5);
     const double side = to.y < from.y ? -1 : 1;
-    pen.bezier(from, {from.x, from.y + side * pull}, {to.x - (to.x - from.x) * 0.25, to.y - side * pull * 0.3}, to, cable_->color,
+    pen.bezier(from, {from.x, from.y + side * pull}, {to.x - (to.x - from.x) * 0.25, to.y - side * pull * 0.3}, to, cable.color,
                2);
-    pen.dot(from.x, from.y, 3.5, cable_->color);
-    pen.dot(to.x, to.y, 4.5, cable_->color);
+    pen.dot(from.x, from.y, 3.5, cable.color);
+    pen.dot(to.x, to.y, 4.5, cable.color);
     pen.dot(to.x, to.y, 2, style::white);
-    if (!cable_->lines.empty()) drawStrip(pen, stripArea(CPoint(to.x, to.y + 16), cable_->lines), cable_->lines, cable_->color);
+    if (!cable.lines.empty()) drawStrip(pen, stripArea(CPoint(to.x, to.y + 16), cable.lines), cable.lines, cable.color);
 }
 
 }  // namespace vantoric

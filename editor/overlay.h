@@ -39,10 +39,10 @@ public:
 
 private:
     VSTGUI::CRect stripArea(const VSTGUI::CPoint& at, const std::vector<std::string>& lines) const;
-    VSTGUI::CRect cableArea() const;
+    VSTGUI::CRect cableArea(const Cable& cable) const;
     void drawStrip(Pen& pen, const VSTGUI::CRect& area, const std::vector<std::string>& lines, const Color& outline) const;
     void drawTooltip(Pen& pen) const;
-    void drawCable(Pen& pen) const;
+    void drawCable(Pen& pen, const Cable& cable) const;
 
     std::optional<Strip> strip_;
     std::optional<Cable> cable_;

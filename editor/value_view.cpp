@@ -114,7 +114,7 @@ void MYParamDisplay::setBarColor(const Color& bar) {
     invalid();
 }
 
-void MYParamDisplay::setTargetRing(std::optional<Color> ring) {
+void MYParamDisplay::setTargetRing(const std::optional<Color>& ring) {
     if (ring == targetRing_) return;
     targetRing_ = ring;
     invalid();

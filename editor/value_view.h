@@ -41,7 +41,7 @@ public:
     // The colour of the bar, where it is not the section's: an amount has that of its source.
     void setBarColor(const Color& bar);
     // Something is being dragged that can be dropped here.
-    void setTargetRing(std::optional<Color> ring);
+    void setTargetRing(const std::optional<Color>& ring);
 
 protected:
     void drawControl(Pen& pen) override;

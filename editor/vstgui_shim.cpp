@@ -12,6 +12,7 @@
 #define VANTORIC_OLD_LIBC 1
 #endif
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are those that the library asks for.
 #ifdef VANTORIC_OLD_LIBC
 extern "C" __attribute__((visibility("hidden"))) long __isoc23_strtol(const char* text, char** end, int base) {
     return std::strtol(text, end, base);
@@ -30,3 +31,4 @@ namespace std {
 __attribute__((visibility("hidden"))) void ios_base_library_init() {}
 }  // namespace std
 #endif
+// NOLINTEND(bugprone-reserved-identifier)

@@ -107,8 +107,8 @@ void Q7Editor::close(int openDialogs) {
 std::vector<int> Q7Editor::indicesOf(int tag) const {
     const int n = parameterOfTag(tag);
     if (n < globalParameterCount || !onShow_.multilayer) return {hostIndexOfTag(tag, onShow_.layer)};
-    std::vector<int> indices;
-    for (int layer = 0; layer < layerCount; ++layer) indices.push_back(hostIndex(n, layer));
+    std::vector<int> indices(layerCount);
+    for (int layer = 0; layer < layerCount; ++layer) indices[static_cast<std::size_t>(layer)] = hostIndex(n, layer);
     return indices;
 }
 
