@@ -9,6 +9,7 @@ inline constexpr int parameterCount = 1224;       // all that the host sees
 inline constexpr int globalParameterCount = 24;   // numbers 0 to 23
 inline constexpr int layerParameterStride = 300;  // host indices from one layer to the next
 inline constexpr int layerParameterEnd = 324;     // numbers 24 to 323 belong to a layer
+inline constexpr int storedMatrixSlots = 16;      // of a layer; the sixteenth is kept and cleaned, and neither runs nor shows
 
 namespace parameter {
 

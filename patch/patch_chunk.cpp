@@ -10,13 +10,13 @@
 #include "base/parameters.h"
 #include "base/text.h"
 #include "patch/exchange_contents.h"
+#include "patch/patch_reset.h"
 
 namespace vantoric {
 
 namespace {
 
 constexpr int synthesisTypeSample = 3;
-constexpr int matrixRows = 16;
 
 // What parameters were given when a patch was written before they existed.
 struct Conversion {
@@ -235,16 +235,11 @@ bool PatchChunk::readSampleData(const std::uint8_t* data, std::int32_t size) {
 
 void PatchChunk::cleanMatrix() {
     const EngineTurn turn(access_);
-    for (int layer = 0; layer < layerCount; ++layer) {
-        for (int row = 0; row < matrixRows; ++row) {
-            const int source = hostIndex(parameter::MatSrc1 + row, layer);
-            const int destination = hostIndex(parameter::MatDst1 + row, layer);
-            if (parameters_.getListIndex(source) != 0 && parameters_.getListIndex(destination) != 0) continue;
-            parameters_.setParameterQuiet(source, 0.0f);
-            parameters_.setParameterQuiet(destination, 0.0f);
-            parameters_.setParameterQuiet(hostIndex(parameter::MatVal1 + row, layer), 0.5f);
-        }
-    }
+    forUnusedMatrixSlots(parameters_, [this](int layer, int slot) {
+        parameters_.setParameterQuiet(hostIndex(parameter::MatSrc1 + slot, layer), 0.0f);
+        parameters_.setParameterQuiet(hostIndex(parameter::MatDst1 + slot, layer), 0.0f);
+        parameters_.setParameterQuiet(hostIndex(parameter::MatVal1 + slot, layer), 0.5f);
+    });
 }
 
 }  // namespace vantoric

@@ -11,7 +11,6 @@ namespace {
 namespace par = parameter;
 
 constexpr int lastResetNumber = 322;
-constexpr int matrixSlots = 16;
 
 // A value for a run of numbers, `stride` apart.
 struct Setting {
@@ -66,9 +65,9 @@ void resetSynthArpeggiator(ParameterModel& parameters, int layer) {
 }
 
 void resetSynthMatrix(ParameterModel& parameters, int layer) {
-    apply(parameters, layer, {par::MatSrc1, matrixSlots, 1, 0.0f});
-    apply(parameters, layer, {par::MatDst1, matrixSlots, 1, 0.0f});
-    apply(parameters, layer, {par::MatVal1, matrixSlots, 1, 0.5f});
+    apply(parameters, layer, {par::MatSrc1, storedMatrixSlots, 1, 0.0f});
+    apply(parameters, layer, {par::MatDst1, storedMatrixSlots, 1, 0.0f});
+    apply(parameters, layer, {par::MatVal1, storedMatrixSlots, 1, 0.5f});
 }
 
 void resetSynthLayer(ParameterModel& parameters, int layer) {

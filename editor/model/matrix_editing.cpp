@@ -4,6 +4,7 @@
 
 #include "base/numbers.h"
 #include "parameters/label_lists.h"
+#include "patch/patch_reset.h"
 #include "voice/matrix.h"
 
 namespace vantoric {
@@ -150,15 +151,7 @@ void MatrixEditing::removeModulation(int number) {
 }
 
 void MatrixEditing::cleanMatrix() {
-    for (int layer = 0; layer < layerCount; ++layer)
-        for (int i = 0; i < storedMatrixSlots; ++i) {
-            const Slot slot = slotAt(i, layer);
-            if (slot.source == 0 || slot.destination == 0) empty(i, layer);
-        }
-}
-
-void MatrixEditing::resetMatrix() {
-    for (int i = 0; i < storedMatrixSlots; ++i) empty(i, onShow_.layer);
+    forUnusedMatrixSlots(parameters_, [this](int layer, int slot) { empty(slot, layer); });
 }
 
 void MatrixEditing::empty(int slot, int layer) {

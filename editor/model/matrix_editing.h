@@ -10,8 +10,6 @@
 
 namespace vantoric {
 
-inline constexpr int storedMatrixSlots = 16;  // the sixteenth is kept and cleaned, and neither runs nor shows
-
 // ---- fixed tables, any thread
 
 // The list index of the destination that is this parameter number, the lowest if there are several; 0 for none: such a
@@ -68,8 +66,6 @@ public:
     void removeModulation(int number);
     // Empties in all layers the slots that lack a source or a destination.
     void cleanMatrix();
-    // Empties all slots of the layer on show.
-    void resetMatrix();
 
     // A drag of the depth, with the amount 0 to 1 of its slot: the first that aims at the parameter. A gesture: any number
     // of `dragDepth` between `beginDepth` and `endDepth`.

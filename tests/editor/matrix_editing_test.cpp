@@ -7,6 +7,7 @@
 
 #include "editor/model/knob_commands.h"
 #include "parameters/label_lists.h"
+#include "patch/patch_reset.h"
 #include "platform/recorded_dialogs.h"
 #include "tests/engine/engine_rig.h"
 #include "voice/matrix.h"
@@ -168,7 +169,7 @@ TEST_F(MatrixEditingTest, ResettingEmptiesTheLayerOnShowAlone) {
     setSlot(0, 18, 32, 0.7f, 0);
     setSlot(15, 18, 32, 0.7f, 1);
     onShow.layer = 1;
-    matrix.resetMatrix();
+    resetSynthMatrix(rig.audio.parameters(), onShow.layer);
     EXPECT_EQ(list(par::MatSrc1, 0), 18);
     EXPECT_EQ(list(par::MatSrc1 + 15, 1), 0);
     EXPECT_FLOAT_EQ(value(par::MatVal1 + 15, 1), 0.5f);
