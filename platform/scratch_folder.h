@@ -12,8 +12,8 @@ namespace vantoric::platform {
 class ScratchFolder {
 public:
     ScratchFolder() {
-        // mkdtemp puts letters of its own where the X stand.
-        std::string pattern = (std::filesystem::temp_directory_path() / "vantoric-XXXXXX").string();
+        // mkdtemp puts letters of its own in place of the last six.
+        std::string pattern = (std::filesystem::temp_directory_path() / "vantoric-").string() + std::string(6, 'X');
         if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder can be made as " + pattern);
         path_ = pattern + "/";
     }

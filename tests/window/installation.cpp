@@ -1,22 +1,12 @@
 #include "tests/window/installation.h"
 
-#include <unistd.h>
-
-#include <cstdlib>
 #include <fstream>
-#include <stdexcept>
 
 namespace testhost {
 
 namespace fs = std::filesystem;
 
-fs::path newFolder() {
-    std::string name = (fs::temp_directory_path() / "vantoric-window-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    return name;
-}
-
-Installation::Installation(const std::string& plugin) : folder_(newFolder()), module_(folder_ / fs::path(plugin).filename()) {
+Installation::Installation(const std::string& plugin) : folder_(scratch_.path()), module_(folder_ / fs::path(plugin).filename()) {
     const fs::path from = fs::canonical(plugin);
     fs::copy_file(from, module_);
     // Banks are large and stay as they are; what the plug-in writes lies beside them.
@@ -29,11 +19,6 @@ Installation::Installation(const std::string& plugin) : folder_(newFolder()), mo
             fs::copy(from.parent_path() / content, folder_ / content, fs::copy_options::recursive);
     setSize(3);
     setTooltips(false);
-}
-
-Installation::~Installation() {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
 }
 
 std::string Installation::plugin() const { return module_.string(); }

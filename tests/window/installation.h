@@ -4,10 +4,9 @@
 #include <filesystem>
 #include <string>
 
-namespace testhost {
+#include "platform/scratch_folder.h"
 
-// A new empty folder. Throws std::runtime_error if there can be none.
-std::filesystem::path newFolder();
+namespace testhost {
 
 // A copy of the plug-in with the content beside it, which tests may spoil. Tooltips are off and the window is of size 3
 // unless said otherwise.
@@ -17,7 +16,6 @@ public:
     explicit Installation(const std::string& plugin);
     Installation(const Installation&) = delete;
     Installation& operator=(const Installation&) = delete;
-    ~Installation();
 
     std::string plugin() const;
     const std::filesystem::path& folder() const { return folder_; }
@@ -27,6 +25,7 @@ public:
     void setTooltips(bool areShown) const;
 
 private:
+    vantoric::platform::ScratchFolder scratch_;
     std::filesystem::path folder_, module_;
 };
 

@@ -40,7 +40,8 @@ std::string pluginUnderTest() {
 }
 
 const fs::path& openerFolder() {
-    static const fs::path folder = newFolder();
+    static const vantoric::platform::ScratchFolder scratch;
+    static const fs::path folder = scratch.path();
     return folder;
 }
 
