@@ -6,6 +6,8 @@ build_packages=(g++ cmake ninja-build ccache git ca-certificates
 window_packages=(libcairo2-dev libpango1.0-dev libfontconfig-dev libfreetype-dev libx11-dev libxcb1-dev libxcb-util-dev
     libxcb-cursor-dev libxcb-keysyms1-dev libxcb-xkb-dev libxkbcommon-dev libxkbcommon-x11-dev fonts-inter fonts-sora)
 check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxtst-dev)
+# What makes and checks the packages for users.
+packaging_packages=(help2man gzip zstd fakeroot dpkg-dev lintian desktop-file-utils appstream)
 
 say() { printf '\033[1m%s\033[0m\n' "$*"; }
 fail() { printf '%s\n' "$*" >&2; exit 1; }
