@@ -27,6 +27,8 @@ for folder in Vantoric_data Vantoric_sounds Vantoric_wavetables; do
     rm "$scratch/$name/Vantoric/$folder"
     mv "$scratch/usr/share/vantoric/$folder" "$scratch/$name/Vantoric/"
 done
+# A system has the fonts as packages; here they come along.
+[ ! -d dist/Vantoric/Vantoric_data/Fonts ] || cp -r dist/Vantoric/Vantoric_data/Fonts "$scratch/$name/Vantoric/Vantoric_data/"
 mv "$scratch/usr/share/vantoric/songs" "$scratch/usr/bin" "$scratch/$name/"
 mkdir -p "$scratch/$name/share"
 for folder in applications icons man; do
