@@ -36,7 +36,7 @@ for folder in applications icons man; do
 done
 mv "$scratch/usr/share/doc/vantoric/"* "$scratch/$name/"
 cp packaging/install.sh LICENSE "$scratch/$name/"
-tar -C "$scratch" --owner=0 --group=0 --sort=name -cf - "$name" | zstd -q -f -9 -T0 -o "$out/$name.tar.zst"
+tar -C "$scratch" --owner=0 --group=0 --sort=name -cf - "$name" | xz -T0 >"$out/$name.tar.xz"
 
 say "The Debian package"
 (cd build/release && cpack -G DEB -B "$scratch/deb" >/dev/null) || fail "cpack failed"
@@ -46,4 +46,4 @@ lintian --fail-on error "$out/$deb"
 [ ! -f packaging/vantoric.desktop ] || desktop-file-validate packaging/vantoric.desktop
 for info in "$scratch"/usr/share/metainfo/*.xml; do [ ! -f "$info" ] || appstreamcli validate --no-net "$info"; done
 
-ls -sh "$out/$name.tar.zst" "$out/$deb"
+ls -sh "$out/$name.tar.xz" "$out/$deb"
