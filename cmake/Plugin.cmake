@@ -12,9 +12,17 @@ function(vantoric_plugin target)
   foreach(used ${plugin_USES})
     target_link_libraries(${target} PRIVATE room_${used})
   endforeach()
-  set(map ${PROJECT_SOURCE_DIR}/cmake/plugin.map)
-  target_link_options(${target} PRIVATE -Wl,-Bsymbolic -Wl,-z,defs -Wl,--gc-sections -Wl,--as-needed
-    -Wl,--exclude-libs,ALL -Wl,--version-script=${map})
-  set_target_properties(${target} PROPERTIES PREFIX "" SUFFIX ".so" OUTPUT_NAME ${plugin_OUTPUT_NAME}
+  if(WIN32)
+    # Without a list of exports every symbol would be one.
+    set(map ${PROJECT_SOURCE_DIR}/cmake/plugin.def)
+    set(suffix .dll)
+    target_link_options(${target} PRIVATE ${map} -Wl,--gc-sections)
+  else()
+    set(map ${PROJECT_SOURCE_DIR}/cmake/plugin.map)
+    set(suffix .so)
+    target_link_options(${target} PRIVATE -Wl,-Bsymbolic -Wl,-z,defs -Wl,--gc-sections -Wl,--as-needed
+      -Wl,--exclude-libs,ALL -Wl,--version-script=${map})
+  endif()
+  set_target_properties(${target} PROPERTIES PREFIX "" SUFFIX ${suffix} OUTPUT_NAME ${plugin_OUTPUT_NAME}
     LINK_DEPENDS ${map} LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 endfunction()

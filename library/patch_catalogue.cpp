@@ -101,6 +101,20 @@ std::optional<std::uint32_t> PatchCatalogue::find(const std::string& category, c
 
 // ---- words ------------------------------------------------------------------------------------------------------
 
+namespace {
+
+// Where the bytes stand first in [begin, end), or null.
+const char* firstOf(std::string_view sought, const char* begin, const char* end) {
+#ifdef _WIN32
+    const auto place = std::string_view(begin, static_cast<std::size_t>(end - begin)).find(sought);
+    return place == std::string_view::npos ? nullptr : begin + place;
+#else
+    return static_cast<const char*>(memmem(begin, static_cast<std::size_t>(end - begin), sought.data(), sought.size()));
+#endif
+}
+
+}  // namespace
+
 // Calls visit(word, byte within it) for each place of a text in the words, in order. Where it returns true, the rest of the
 // word is passed over.
 template <class Visit>
@@ -109,7 +123,7 @@ void PatchCatalogue::visitOccurrences(std::string_view sought, Visit&& visit) co
     const char* const end = begin + text_.size();
     std::size_t word = 0;
     for (const char* at = begin; at < end;) {
-        at = static_cast<const char*>(memmem(at, static_cast<std::size_t>(end - at), sought.data(), sought.size()));
+        at = firstOf(sought, at, end);
         if (at == nullptr) return;
         const auto position = static_cast<std::uint32_t>(at - begin);
         while (wordStarts_[word + 1] <= position) ++word;

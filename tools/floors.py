@@ -52,6 +52,7 @@ TESTS_MORE = {
     "fuzz": EVERYTHING,
     "host": ["base", "effects", "engine", "faces"],
     "window": EVERYTHING,
+    "windows": ["base", "apps/midi", "apps/render"],
     "apps": [*ROOMS],
 }
 

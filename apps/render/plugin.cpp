@@ -1,6 +1,10 @@
 #include "apps/render/plugin.h"
 
+#ifdef _WIN32
+#include <windows.h>
+#else
 #include <dlfcn.h>
+#endif
 
 #include <algorithm>
 #include <array>
@@ -16,6 +20,34 @@ thread_local PluginHost* constructing = nullptr;
 
 constexpr std::size_t textRoom = 512;  // far more than any text is allowed to be
 
+#ifdef _WIN32
+
+void* openModule(const std::filesystem::path& path, std::string& problem) {
+    void* const module = LoadLibraryW(path.c_str());
+    if (!module) problem = "Windows does not load it: error " + std::to_string(GetLastError());
+    return module;
+}
+
+void* symbolOf(void* module, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), name));
+}
+
+void closeModule(void* module) { FreeLibrary(static_cast<HMODULE>(module)); }
+
+#else
+
+void* openModule(const std::filesystem::path& path, std::string& problem) {
+    void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!module) problem = dlerror();
+    return module;
+}
+
+void* symbolOf(void* module, const char* name) { return dlsym(module, name); }
+
+void closeModule(void* module) { dlclose(module); }
+
+#endif
+
 bool hostCan(const char* feature) {
     static constexpr const char* features[] = {"sendVstEvents", "sendVstMidiEvent", "sendVstTimeInfo", "offline"};
     return std::any_of(std::begin(features), std::end(features), [=](const char* known) { return !std::strcmp(known, feature); });
@@ -28,11 +60,11 @@ std::unique_ptr<PluginHost> PluginHost::load(const std::string& path, std::strin
     if (!std::filesystem::exists(path, ignored)) return problem = "no such file", nullptr;
     std::unique_ptr<PluginHost> host(new PluginHost);
     // A name without a slash would be looked for in the system's folders.
-    host->module_ = dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!host->module_) return problem = dlerror(), nullptr;
+    host->module_ = openModule(std::filesystem::absolute(path), problem);
+    if (!host->module_) return nullptr;
     void* entry = nullptr;
     for (const char* name : vst2::entryNames)
-        if (!entry) entry = dlsym(host->module_, name);
+        if (!entry) entry = symbolOf(host->module_, name);
     if (!entry) return problem = "not a VST 2 plug-in: it has no VSTPluginMain", nullptr;
 
     constructing = host.get();
@@ -53,7 +85,7 @@ PluginHost::~PluginHost() {
         switchOff();
         call(vst2::callClose);
     }
-    if (module_) dlclose(module_);
+    if (module_) closeModule(module_);
 }
 
 std::string PluginHost::name() { return text(vst2::callEffectName, 0); }
