@@ -207,7 +207,7 @@ void MenuCommands::help(int row) {
         case 4: return open(WebPage::home);
         case 5: return open(WebPage::sounds);
         case 8: return open(WebPage::tutorial);
-        case 9: return open(WebPage::manual);
+        case 9: return static_cast<void>(openPage_(addressOfManual()));
         case 11: return showVersion();
         case 12: return open(WebPage::updates);
         default: return;

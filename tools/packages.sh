@@ -5,6 +5,8 @@ build_packages=(g++ cmake ninja-build ccache git ca-certificates
 # What the window library needs, and the fonts of the window's design.
 window_packages=(libcairo2-dev libpango1.0-dev libfontconfig-dev libfreetype-dev libx11-dev libxcb1-dev libxcb-util-dev
     libxcb-cursor-dev libxcb-keysyms1-dev libxcb-xkb-dev libxkbcommon-dev libxkbcommon-x11-dev fonts-inter fonts-sora)
+# What makes the manual: ./check needs it, and a build without it leaves the manual out.
+manual_packages=(pandoc)
 check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxtst-dev)
 
 say() { printf '\033[1m%s\033[0m\n' "$*"; }
