@@ -8,6 +8,8 @@ window_packages=(libcairo2-dev libpango1.0-dev libfontconfig-dev libfreetype-dev
 # What makes the manual: ./check needs it, and a build without it leaves the manual out.
 manual_packages=(pandoc)
 check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxtst-dev)
+# What makes and checks the packages for users.
+packaging_packages=(help2man gzip xz-utils fakeroot dpkg-dev lintian desktop-file-utils appstream)
 
 say() { printf '\033[1m%s\033[0m\n' "$*"; }
 fail() { printf '%s\n' "$*" >&2; exit 1; }

@@ -12,6 +12,7 @@
 #include "apps/patch/compare.h"
 #include "apps/patch/sample_commands.h"
 #include "apps/patch/storage.h"
+#include "base/version.h"
 
 namespace {
 
@@ -108,6 +109,7 @@ int info(const Options& options) {
 int main(int argc, char** argv) {
     CLI::App app("Turns readable patches (.json) into patch files (.fxp) and back, and brings samples into them.",
                  "vantoric-patch");
+    app.set_version_flag("--version", std::string("vantoric-patch ") + versionText);
     app.require_subcommand(1);
     app.footer(exitCodes);
     Options options;

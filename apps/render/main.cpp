@@ -14,6 +14,7 @@
 #include "apps/render/settings.h"
 #include "apps/render/settle.h"
 #include "apps/render/wave_output.h"
+#include "base/version.h"
 
 namespace {
 
@@ -176,6 +177,7 @@ int run(Options& options) {
 int main(int argc, char** argv) {
     Options options;
     CLI::App app("Plays a MIDI file into a VST 2.4 instrument and writes a WAV file.", "vantoric-render");
+    app.set_version_flag("--version", std::string("vantoric-render ") + versionText);
     describe(app, options);
     try {
         app.parse(argc, argv);

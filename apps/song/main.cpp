@@ -1,5 +1,5 @@
-// vantoric-song SCORE.song OUT.mid [OUT.patch]: compiles a song from text; the last file gets the name of its patch and the
-// decibels by which the recording is to be raised.
+// vantoric-song: compiles a song from text.
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -7,27 +7,36 @@
 #include <vector>
 
 #include "apps/song/score.h"
+#include "base/version.h"
 
 namespace {
 
-bool save(const char* path, const std::string& bytes) {
+bool save(const std::string& path, const std::string& bytes) {
     std::ofstream output(path, std::ios::binary);
     output << bytes;
     output.close();
-    if (!output) std::fprintf(stderr, "vantoric-song: %s: cannot be written\n", path);
+    if (!output) std::fprintf(stderr, "vantoric-song: %s: cannot be written\n", path.c_str());
     return static_cast<bool>(output);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3 && argc != 4) {
-        std::fprintf(stderr, "usage: vantoric-song SCORE.song OUT.mid [OUT.patch]\n");
-        return 2;
+    CLI::App app("Turns a readable score into a MIDI file.", "vantoric-song");
+    app.set_version_flag("--version", std::string("vantoric-song ") + vantoric::versionText);
+    app.footer("Exit codes: 0 done, 2 wrong use, 3 a file that cannot be read, understood or written.");
+    std::string in, out, patch;
+    app.add_option("SCORE", in, "score to read (.song)")->required();
+    app.add_option("OUT", out, "MIDI file to write")->required();
+    app.add_option("PATCH", patch, "file for the name of its patch and the decibels by which a recording is to be raised");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : 2;
     }
-    std::ifstream input(argv[1], std::ios::binary);
+    std::ifstream input(in, std::ios::binary);
     if (!input) {
-        std::fprintf(stderr, "vantoric-song: %s: cannot be opened\n", argv[1]);
+        std::fprintf(stderr, "vantoric-song: %s: cannot be opened\n", in.c_str());
         return 3;
     }
     const std::string score{std::istreambuf_iterator<char>(input), {}};
@@ -35,11 +44,11 @@ int main(int argc, char** argv) {
     std::string problem;
     vantoric::song::Advice advice;
     if (!vantoric::song::compile(score, midi, problem, &advice)) {
-        std::fprintf(stderr, "%s: %s\n", argv[1], problem.c_str());
+        std::fprintf(stderr, "%s: %s\n", in.c_str(), problem.c_str());
         return 3;
     }
-    return save(argv[2], std::string(midi.begin(), midi.end())) &&
-                   (argc == 3 || save(argv[3], advice.patch + '\n' + std::to_string(advice.level) + '\n'))
+    return save(out, std::string(midi.begin(), midi.end())) &&
+                   (patch.empty() || save(patch, advice.patch + '\n' + std::to_string(advice.level) + '\n'))
                ? 0
                : 3;
 }

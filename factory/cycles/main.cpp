@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/version.h"
 #include "factory/cycles/sheet.h"
 #include "platform/files.h"
 
@@ -40,6 +41,7 @@ int makeAll(const fs::path& folder, const fs::path& sheet) {
 int main(int argc, char** argv) {
     CLI::App app("Makes the single cycles of Vantoric: wave files of 2048 samples for its custom waves.", "vantoric-cycles");
     std::string folder, sheet;
+    app.set_version_flag("--version", std::string("vantoric-cycles ") + versionText);
     app.add_option("OUTDIR", folder, "folder for the wave files")->required();
     app.add_option("--sheet", sheet, "SVG file for a picture of all cycles with their harmonics");
     app.footer("Exit codes: 0 done, 2 wrong use, 3 a file that cannot be written.");

@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "base/version.h"
 #include "factory/waves/bank.h"
 #include "factory/waves/pictures.h"
 
@@ -73,8 +74,10 @@ private:
 int main(int argc, char** argv) {
     CLI::App app("Makes the wave banks of Vantoric.", "vantoric-waves");
     std::string output, pictures;
+    app.set_version_flag("--version", std::string("vantoric-waves ") + vantoric::versionText);
     app.add_option("OUTDIR", output, "folder for the bank files")->required();
     app.add_option("--pictures", pictures, "folder for a picture of every bank");
+    app.footer("Exit codes: 0 done, 2 wrong use, 3 a file that cannot be written.");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -171,8 +171,9 @@ TEST_P(EveryRow, CanBeChosen) {
     rig.set(controlNamed("FIL1 RESO"), 0.5f);
     rig.drag(controlNamed("FIL1 RESO"), 0, 30);
     EXPECT_NEAR(rig.value(controlNamed("FIL1 RESO")), 0.62f, 0.01f);
-    if (GetParam().tag == tag::copyMenu && GetParam().row == vantoric::copy_row::multilayer)
+    if (GetParam().tag == tag::copyMenu && GetParam().row == vantoric::copy_row::multilayer) {
         EXPECT_TRUE(choose(tag::copyMenu, GetParam().row));
+    }
 }
 
 std::vector<MenuRow> allRows() {
@@ -185,8 +186,8 @@ std::vector<MenuRow> allRows() {
     return rows;
 }
 
-INSTANTIATE_TEST_SUITE_P(Window, EveryRow, testing::ValuesIn(allRows()), [](const auto& info) {
-    return "Menu" + std::to_string(info.param.tag) + "Row" + std::to_string(info.param.row);
+INSTANTIATE_TEST_SUITE_P(Window, EveryRow, testing::ValuesIn(allRows()), [](const auto& row) {
+    return "Menu" + std::to_string(row.param.tag) + "Row" + std::to_string(row.param.row);
 });
 
 }  // namespace

@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# install_check.sh INSTALL.sh: the installer of links, with a folder and a home of its own.
+set -euo pipefail
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+fail() { printf 'FAILED: %s\n' "$*" >&2; exit 1; }
+export HOME=$scratch/home PATH=/usr/bin:/bin
+unset XDG_DATA_HOME
+folder="$scratch/a folder/Vantoric-1"
+mkdir -p "$HOME" "$folder"/Vantoric/Vantoric.lv2 "$folder"/bin "$folder"/share/man/man1 "$folder"/share/applications
+cp "$1" "$folder/install.sh"
+touch "$folder"/Vantoric/Vantoric.so "$folder"/bin/vantoric-patch "$folder"/share/man/man1/vantoric-patch.1.gz
+touch "$folder"/share/applications/vantoric.desktop
+
+leads() { [ "$(readlink "$1")" = "$2" ] || fail "$1 leads to '$(readlink "$1")', not to $2"; }
+links() { find "$HOME" -type l | wc -l; }
+
+"$folder/install.sh" >"$scratch/said" || fail "it did not end well: $(cat "$scratch/said")"
+leads "$HOME/.vst/Vantoric.so" "$folder/Vantoric/Vantoric.so"
+leads "$HOME/.lv2/Vantoric.lv2" "$folder/Vantoric/Vantoric.lv2"
+leads "$HOME/.local/bin/vantoric-patch" "$folder/bin/vantoric-patch"
+leads "$HOME/.local/share/man/man1/vantoric-patch.1.gz" "$folder/share/man/man1/vantoric-patch.1.gz"
+leads "$HOME/.local/share/applications/vantoric.desktop" "$folder/share/applications/vantoric.desktop"
+[ ! -e "$HOME/.clap" ] || fail "a link was made for a format that is not in the folder"
+[ "$(links)" = 5 ] || fail "$(links) links instead of 5"
+grep -q 'not in your PATH' "$scratch/said" || fail "it says nothing of the PATH"
+
+"$folder/install.sh" >/dev/null || fail "a second time it did not end well"
+[ "$(links)" = 5 ] || fail "the second time made other links"
+
+mv "$folder" "$scratch/moved"
+"$scratch/moved/install.sh" >/dev/null || fail "after a move it did not end well"
+leads "$HOME/.vst/Vantoric.so" "$scratch/moved/Vantoric/Vantoric.so"
+
+rm "$HOME/.vst/Vantoric.so"
+echo mine >"$HOME/.vst/Vantoric.so"
+if "$scratch/moved/install.sh" >/dev/null 2>"$scratch/said"; then fail "a file of another maker was not told"; fi
+grep -q 'left alone' "$scratch/said" || fail "it does not say what it left alone"
+[ "$(cat "$HOME/.vst/Vantoric.so")" = mine ] || fail "a file of another maker was replaced"
+
+ln -s /usr/bin/env "$HOME/.lv2/Other.lv2"
+"$scratch/moved/install.sh" --remove >/dev/null || fail "taking out did not end well"
+[ "$(links)" = 1 ] || fail "$(links) links instead of the one that is not ours"
+[ "$(cat "$HOME/.vst/Vantoric.so")" = mine ] || fail "taking out touched a file of another maker"
+
+code=0; "$scratch/moved/install.sh" --wrong >/dev/null 2>&1 || code=$?
+[ $code = 2 ] || fail "wrong use ends with $code"
+"$scratch/moved/install.sh" --help | grep -q usage || fail "no help"
+echo "The installer links, moves and takes out what is its own."

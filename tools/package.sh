@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# tools/package.sh [OUTDIR]
+# Makes the Debian package and the archive for those without root, both into OUTDIR (default: out/), and checks them.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. tools/packages.sh
+out=$(realpath -m "${1:-out}")
+
+need "to build the instrument and its player" "${build_packages[@]}"
+need_window_library
+need "to make the packages" "${packaging_packages[@]}"
+
+say "Building"
+cmake --preset release -DVANTORIC_TESTS=OFF -DVANTORIC_BENCH=OFF >/dev/null
+cmake --build build/release --target dist
+version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' build/release/CMakeCache.txt)
+mkdir -p "$out"
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+say "The archive"
+name=Vantoric-$version-linux-$(uname -m)
+cmake --install build/release --prefix "$scratch/usr" --strip >/dev/null
+mkdir "$scratch/$name"
+cp -r "$scratch/usr/lib/vantoric" "$scratch/$name/Vantoric"
+for folder in Vantoric_data Vantoric_sounds Vantoric_wavetables; do
+    rm "$scratch/$name/Vantoric/$folder"
+    mv "$scratch/usr/share/vantoric/$folder" "$scratch/$name/Vantoric/"
+done
+# A system has the fonts as packages; here they come along.
+[ ! -d dist/Vantoric/Vantoric_data/Fonts ] || cp -r dist/Vantoric/Vantoric_data/Fonts "$scratch/$name/Vantoric/Vantoric_data/"
+mv "$scratch/usr/share/vantoric/songs" "$scratch/usr/bin" "$scratch/$name/"
+mkdir -p "$scratch/$name/share"
+for folder in applications icons man; do
+    [ ! -d "$scratch/usr/share/$folder" ] || mv "$scratch/usr/share/$folder" "$scratch/$name/share/"
+done
+mv "$scratch/usr/share/doc/vantoric/"* "$scratch/$name/"
+cp packaging/install.sh LICENSE "$scratch/$name/"
+tar -C "$scratch" --owner=0 --group=0 --sort=name -cf - "$name" | xz -T0 >"$out/$name.tar.xz"
+
+say "The Debian package"
+(cd build/release && cpack -G DEB -B "$scratch/deb" >/dev/null) || fail "cpack failed"
+deb=$(basename "$scratch"/deb/*.deb)
+mv "$scratch/deb/$deb" "$out/"
+lintian --fail-on error "$out/$deb"
+[ ! -f packaging/vantoric.desktop ] || desktop-file-validate packaging/vantoric.desktop
+for info in "$scratch"/usr/share/metainfo/*.xml; do [ ! -f "$info" ] || appstreamcli validate --no-net "$info"; done
+
+ls -sh "$out/$name.tar.xz" "$out/$deb"
