@@ -134,10 +134,10 @@ void BoxView::draw(VSTGUI::CDrawContext* context) {
     if (box_.part) drawProgress(pen);
     for (int button = 0; button < static_cast<int>(box_.buttons.size()); ++button)
         drawButton(pen, buttonRect(button), box_.buttons[button],
-                   {.isMain = button == 0,
+                   {.isMain = button == 0 && !box_.part,
                     .isHovered = button == hovered_,
                     .isPressed = button == pressed_,
-                    .isFocused = button == focused_});
+                    .isFocused = button == focused_ && !box_.part});
     setDirty(false);
 }
 
@@ -233,7 +233,9 @@ void BoxView::onKey(VSTGUI::KeyboardEvent& event) {
         case VirtualKey::Escape: return dismiss();
         case VirtualKey::Return:
         case VirtualKey::Enter:
-        case VirtualKey::Space: return answer(focused_);
+        case VirtualKey::Space:
+            if (!box_.part) answer(focused_);  // a key that was meant for what stood there before cancels nothing
+            return;
         case VirtualKey::Tab: return focus(focused_ + (event.modifiers.has(VSTGUI::ModifierKey::Shift) ? -1 : 1));
         case VirtualKey::Left: return focus(std::max(0, focused_ - 1));
         case VirtualKey::Right: return focus(std::min(focused_ + 1, static_cast<int>(box_.buttons.size()) - 1));

@@ -18,7 +18,8 @@ struct Box {
 };
 
 // A box in the middle of the window. The title's word chooses its sign: "Error", "Warning", "Hint", and "Info" for all
-// others. Long texts wrap and scroll. Buttons are chosen by click, Enter and Space; Tab and the arrows go between them.
+// others. Long texts wrap and scroll. Buttons are chosen by click, Enter and Space, that of
+// work in progress by click and Escape alone; Tab and the arrows go between them.
 class BoxView : public LayerView {
 public:
     // `answered` gets the number of a button, once, with the view still there; whoever opened it takes it away.

@@ -15,8 +15,9 @@ using VSTGUI::VirtualKey;
 
 namespace {
 
-constexpr double widest = 330, padding = 12, headHeight = 30, lineHeight = 22, betweenLines = 6, footHeight = 38, labelWidth = 46,
-                 buttonWidth = 58, buttonHeight = 18;
+constexpr double widest = 330, padding = 12, labelWidth = 46, buttonWidth = 58, buttonHeight = 18;
+// In a window that has nothing but the band all stands closer.
+constexpr double lowWindow = 160;
 constexpr unsigned caretRounds = 10;  // of `follow`: half a second
 constexpr std::array labels{"Tags", "Author", "About"};
 constexpr std::array examples{"bright, bell, slow", "who made it", "one line about it"};
@@ -32,8 +33,8 @@ NotesBox::NotesBox(const CRect& area, const BrowserPatch& patch, const BrowserNo
     lines_[2].setText(notes.about);
     const CRect room = CRect(area).inset(4, 4);
     const double width = std::min(widest, room.getWidth());
-    const double height =
-        std::min(headHeight + lineCount * (lineHeight + betweenLines) - betweenLines + footHeight, room.getHeight());
+    if (room.getHeight() < lowWindow) measures_ = {24, 20, 4, 28};
+    const double height = measures_.head + lineCount * (measures_.line + measures_.gap) - measures_.gap + measures_.foot;
     const CPoint middle = area.getCenter();
     const double left = std::round(middle.x - width / 2), top = std::max(room.top, std::round(middle.y - height / 2));
     panel_ = {left, top, left + width, top + height};
@@ -41,10 +42,11 @@ NotesBox::NotesBox(const CRect& area, const BrowserPatch& patch, const BrowserNo
 
 CRect NotesBox::spotRect(int spot) const {
     if (spot < lineCount) {
-        const double top = panel_.top + headHeight + spot * (lineHeight + betweenLines);
-        return {panel_.left + padding + labelWidth, top, panel_.right - padding, top + lineHeight};
+        const double top = panel_.top + measures_.head + spot * (measures_.line + measures_.gap);
+        return {panel_.left + padding + labelWidth, top, panel_.right - padding, top + measures_.line};
     }
-    const double right = panel_.right - padding - (spot == cancel ? buttonWidth + 6 : 0), bottom = panel_.bottom - 9;
+    const double right = panel_.right - padding - (spot == cancel ? buttonWidth + 6 : 0),
+                 bottom = panel_.bottom - (measures_.foot - buttonHeight) / 2 + 1;
     return {right - buttonWidth, bottom - buttonHeight, right, bottom};
 }
 
@@ -61,10 +63,11 @@ void NotesBox::draw(VSTGUI::CDrawContext* context) {
     drawVeil(pen, getViewSize());
     drawPanel(pen, panel_, 6);
     const double left = panel_.left + padding;
-    pen.text(left, panel_.top + 19.6, title_, Face::title, 10.5, style::text, Align::left, panel_.getWidth() - 2 * padding);
+    pen.text(left, panel_.top + measures_.head / 2 + 4.4, title_, Face::title, 10.5, style::text, Align::left,
+             panel_.getWidth() - 2 * padding);
     for (int line = 0; line < lineCount; ++line) drawLine(pen, line);
     const double notesEnd = spotRect(cancel).left - 8;
-    pen.text(left, panel_.bottom - 14.6, "Tags are parted by commas.", Face::medium, 9, style::text3, Align::left,
+    pen.text(left, spotRect(save).getCenter().y + 3.4, "Tags are parted by commas.", Face::medium, 9, style::text3, Align::left,
              notesEnd - left);
     for (const int spot : {cancel, save})
         drawButton(pen, spotRect(spot), spot == save ? "Save" : "Cancel",
@@ -79,7 +82,7 @@ void NotesBox::drawLine(Pen& pen, int line) const {
     const CRect place = spotRect(line);
     const auto index = static_cast<std::size_t>(line);
     const bool isActive = focused_ == line;
-    const double base = place.top + 14.6, width = place.getWidth() - 16;
+    const double base = place.getCenter().y + 3.6, width = place.getWidth() - 16;
     pen.text(panel_.left + padding, base, labels[index], Face::medium, 10, isActive ? style::text : style::text2);
     drawTypingPlace(pen, place, isActive || hovered_ == line);
     if (lines_[index].text().empty() && !isActive)

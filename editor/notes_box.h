@@ -51,6 +51,9 @@ private:
     std::function<void(const BrowserNotes&)> written_;
     std::function<void()> closed_;
     VSTGUI::CRect panel_;
+    struct {
+        double head = 30, line = 22, gap = 6, foot = 38;
+    } measures_;
     int focused_ = 0, hovered_ = -1, pressed_ = -1;
     unsigned rounds_ = 0;
 };
