@@ -57,11 +57,18 @@ void PatchLine::setHovered(Part part) {
     if (part == hovered_) return;
     hovered_ = part;
     invalid();
+    CRect place = getViewSize();
+    part == Part::category ? place.bottom = place.top + 15 : place.top += 15;
+    if (hoverHeard_) hoverHeard_(static_cast<int>(part), place);
 }
 
 void PatchLine::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
     event.ignoreFollowUpMoveAndUpEvents(true);
+    if (event.buttonState.isRight()) {
+        if (notesWanted_) notesWanted_();
+        return;
+    }
     if (partAt(event.mousePosition) == Part::category) return openCategories_();
     openPatches_();
 }

@@ -21,6 +21,12 @@ public:
     };
     PatchLine(const VSTGUI::CRect& area, std::function<void()> openCategories, std::function<void()> openPatches);
 
+    // Hears which of the two lists the pointer is over, with its place: 1 the categories, 2 the patches, 0 neither.
+    using Hovered = std::function<void(int list, const VSTGUI::CRect& place)>;
+    void setHoverHeard(Hovered heard) { hoverHeard_ = std::move(heard); }
+    // A right click on the name.
+    void setNotesWanted(std::function<void()> wanted) { notesWanted_ = std::move(wanted); }
+
     void setShown(const Shown& shown);
     void draw(VSTGUI::CDrawContext* context) override;
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
@@ -36,7 +42,8 @@ private:
 
     Shown shown_;
     Part hovered_ = Part::none;
-    std::function<void()> openCategories_, openPatches_;
+    std::function<void()> openCategories_, openPatches_, notesWanted_;
+    Hovered hoverHeard_;
 };
 
 // The star of a favourite.

@@ -18,12 +18,16 @@
 #include "library/patch_index.h"
 #include "library/program_loader.h"
 #include "vstgui/lib/cframe.h"
+#include "vstgui/lib/controls/icontrollistener.h"
 
 namespace vantoric {
 
 // On the host's one thread for windows throughout; calls on another do nothing. It lives as long as the plug-in, with or
 // without an open window.
-class EditorWindow final : private EditorView, private VSTGUI::VSTGUIEditorInterface, private VSTGUI::IKeyboardHook {
+class EditorWindow final : private EditorView,
+                           private VSTGUI::VSTGUIEditorInterface,
+                           private VSTGUI::IKeyboardHook,
+                           private VSTGUI::IControlListener {
 public:
     // The instrument outlives it. The host's product string decides some rules of size.
     EditorWindow(Instrument& instrument, ProgramLoader& programs, const std::string& hostProduct);
@@ -66,6 +70,9 @@ private:
     std::int32_t getKnobMode() const override { return VSTGUI::kLinearMode; }
     void onKeyboardEvent(VSTGUI::KeyboardEvent& event, VSTGUI::CFrame* frame) override;
 
+    void valueChanged(VSTGUI::CControl* browser) override;
+
+    bool openPatchNotes();
     bool buildFrame();
     void offerRecovery();
     void notePlayed();
@@ -87,6 +94,7 @@ private:
     std::vector<std::function<void()>> later_;  // run in idle time, outside every event
     std::uint64_t lastRound_ = 0;
     std::uint32_t loadsNoted_ = 0;
+    PatchPlace placeNoted_;
     std::thread::id thread_;  // that opened the window
     bool isIdling_ = false;
     bool hasOffered_ = false;  // what a crash left

@@ -13,6 +13,7 @@
 #include "editor/model/typed_values.h"
 #include "editor/model/window_files.h"
 #include "editor/value_box.h"
+#include "library/beside.h"
 #include "library/patch_library.h"
 #include "vstgui/lib/cframe.h"
 
@@ -63,6 +64,17 @@ bool isListKind(WidgetKind kind) {
 // The row of an oscillator, 0 to 2.
 CRect controlRowOf(int oscillator) { return CRect(CPoint(68, 136 + 94.0 * oscillator), CPoint(528, 88)); }
 
+// What a dropped file is, by its extension in any letter case.
+enum class DropKind { none, patch, sfz, wave };
+
+DropKind dropKindOf(const std::string& path) {
+    constexpr std::size_t length = 4;
+    if (path.size() <= length) return DropKind::none;
+    std::string end = path.substr(path.size() - length);
+    for (char& c : end) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return end == ".fxp" ? DropKind::patch : end == ".sfz" ? DropKind::sfz : end == ".wav" ? DropKind::wave : DropKind::none;
+}
+
 bool isSwitchLike(WidgetKind kind) { return kind == WidgetKind::Switch || kind == WidgetKind::Selector; }
 
 }  // namespace
@@ -101,6 +113,8 @@ void WindowContent::addBand() {
     CRect patch = place(WindowPart::CategoryList);
     patch.unite(place(WindowPart::PatchList));
     root_.addView(patchLine_ = new PatchLine(patch, [this] { openCategories(); }, [this] { openPatches(); }));
+    patchLine_->setHoverHeard([this](int list, const CRect& place) { listHovered(list, place); });
+    patchLine_->setNotesWanted([this] { wantNotes(); });
     root_.addView(favourite_ = new FavouriteView(place(WindowPart::Favourite), this, tag::favourite));
     root_.addView(pitchWheel_ = new WheelView(place(WindowPart::PitchWheel), this, tag::pitchWheel, true));
     root_.addView(modWheel_ = new WheelView(place(WindowPart::ModWheel), this, tag::modWheel, false));
@@ -321,7 +335,10 @@ void WindowContent::followLamps() {
 }
 
 void WindowContent::followTooltip() {
-    if (!showsTooltips_ || hovered_ == nullptr || hasLayers()) return;
+    if (!showsTooltips_ || hasLayers()) return;
+    if (hovered_ == nullptr && listTooltip_ != nullptr && round_ == hoveredSince_ + tooltipRounds)
+        overlay_->setTooltip(listTooltip_, listPlace_);
+    if (hovered_ == nullptr) return;
     if (round_ == hoveredSince_ + tooltipRounds && !hovered_->view().isEditing())
         overlay_->setTooltip(hovered_->entry().tooltip, hovered_->body());
 }
@@ -362,6 +379,27 @@ void WindowContent::controlHovered(ControlFace& face, bool isHovered) {
     showHelp(hovered_);
 }
 
+// The lists of categories and of patches, in the line of the patch's name.
+void WindowContent::listHovered(int list, const CRect& place) {
+    static constexpr const char* tooltips[] = {
+        nullptr, "Select a patch category or type",
+        "This is the name of the current patch\nClick here to select a patch without opening the patch browser"};
+    overlay_->setTooltip("", {});
+    listTooltip_ = tooltips[list];
+    listPlace_ = place;
+    hoveredSince_ = round_;
+    if (newsUntil_ != 0) return;
+    if (list == 0) return showHelp(hovered_);
+    hintLine_->setText(list == 1 ? "Select a patch category or type"
+                                 : "Click for the patches of this category, right click or Ctrl+T for tags and author.");
+}
+
+// Only patches of the library have notes.
+void WindowContent::wantNotes() {
+    dismissLayers();
+    if (!notesWanted_ || !notesWanted_()) showHint("Save the patch first: tags belong to a patch of the library.");
+}
+
 // The strip follows the control that was touched last.
 void WindowContent::touch(ControlFace* face) {
     touched_ = face;
@@ -389,7 +427,8 @@ void WindowContent::showHint(const std::string& text) {
 
 void WindowContent::showHelp(ControlFace* face) {
     if (newsUntil_ != 0) return;
-    if (face == nullptr) return hintLine_->setText(editor_.restingHint());
+    if (face == nullptr)
+        return hintLine_->setText(editor_.restingHint() + (editor_.onShow().loadTarget != 0 ? ".  Esc calls it off." : ""));
     const ControlEntry& entry = face->entry();
     std::string line = entry.name;
     if (const std::string value = spokenValue(editor_, entry); !value.empty()) line += ": " + value;
@@ -490,38 +529,24 @@ void WindowContent::historyHovered(HistoryBar::Button button) {
 }
 
 void WindowContent::dropped(const std::vector<std::string>& paths, CPoint where) {
-    const std::string& path = paths.front();
-    const auto endsIn = [&](const char* extension) {
-        const std::string end = extension;
-        return path.size() > end.size() && std::equal(end.rbegin(), end.rend(), path.rbegin(), [](char a, char b) {
-                   return a == std::tolower(static_cast<unsigned char>(b));
-               });
-    };
+    const auto file = std::ranges::find_if(paths, [](const std::string& path) { return dropKindOf(path) != DropKind::none; });
     dismissLayers();
-    if (endsIn(".fxp")) {
-        editor_.commands().loadPatchFile(path);
-    } else if (endsIn(".sfz")) {
-        editor_.commands().imports().importSfz(path, [](bool) {});
-    } else if (endsIn(".wav")) {
-        dropWave(path, where);
-    } else {
-        showHint("Patches (.fxp), waves (.wav) and .sfz files can be dropped here.");
+    if (file == paths.end()) return showHint("Patches (.fxp), waves (.wav) and .sfz files can be dropped here.");
+    if (paths.size() > 1)
+        showHint("'" + fileNameOf(*file) + "' was taken of " + std::to_string(paths.size()) + " files: one at a time, please.");
+    switch (dropKindOf(*file)) {
+        case DropKind::patch: editor_.commands().loadPatchFile(*file); break;
+        case DropKind::sfz: editor_.commands().importSfzFile(*file); break;
+        default: dropWave(*file, where); break;
     }
     showPages();
 }
 
 // A wave goes into the oscillator whose row it was dropped on.
 void WindowContent::dropWave(const std::string& path, CPoint where) {
-    for (int i = 0; i < oscillatorCount; ++i) {
-        const CRect row = controlRowOf(i);
-        if (!row.pointInside(where)) continue;
-        const int layer = editor_.onShow().layer, type = hostIndex(parameter::SynType1 + i, layer);
-        editor_.commands().samples().loadChosen(layer, i, path, true, [this, type](bool isLoaded) {
-            constexpr float sampleType = 3.0f / 128;
-            if (isLoaded && instrument_.parameters().getListIndex(type) != 3) editor_.edits().change(type, sampleType);
-        });
-        return;
-    }
+    for (int i = 0; i < oscillatorCount; ++i)
+        if (controlRowOf(i).pointInside(where))
+            return editor_.commands().samples().loadChosen(editor_.onShow().layer, i, path, true, [](bool) {});
     showHint("Drop a wave on the row of an oscillator.");
 }
 
@@ -535,6 +560,8 @@ std::vector<MenuRow> WindowContent::rowsOf(const ControlEntry& entry) const {
         if (shown < static_cast<int>(rows.size())) rows[shown].isTicked = !rows[shown].isSeparator();
     }
     if (entry.tag == tag::copyMenu) rows[copy_row::multilayer].isTicked = editor_.onShow().multilayer;
+    if (const int target = editor_.onShow().loadTarget; entry.tag == tag::fileMenu && target != 0)
+        rows[file_row::loadToLayer1 + target - 1].isTicked = true;
     if (entry.tag == tag::editorMenu || entry.tag == tag::zoomMenu) rows[editor_.size().sizeIndex()].isTicked = true;
     return rows;
 }
@@ -608,6 +635,10 @@ void WindowContent::openCategories() {
     openPopup(
         rectOf(windowPart(WindowPart::CategoryList).rect), std::move(rows),
         [this](int row) { editor_.rowChosen(tag::categoryList, row); }, nullptr);
+}
+
+void WindowContent::showBrowserOpen(bool isOpen) {
+    if (ControlFace* button = views_.withTag(tag::browser)) button->setOpen(isOpen);
 }
 
 void WindowContent::openPatches() {
@@ -740,6 +771,7 @@ bool WindowContent::onShortcut(const VSTGUI::KeyboardEvent& event) {
     switch (letterWithControl(event)) {
         case U'z': historyPressed(isShifted ? HistoryBar::Button::redo : HistoryBar::Button::undo, false); return true;
         case U'y': historyPressed(HistoryBar::Button::redo, false); return true;
+        case U't': wantNotes(); return true;
         case U'c':
             if (focused_ != nullptr && parameterOfTag(focused_->entry().tag) >= 0)
                 copiedValue_ = editor_.valueOf(focused_->entry().tag);
@@ -832,6 +864,7 @@ void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
     const float step = isFine ? 0.001f : 0.01f;
     if (event.virt == VirtualKey::Tab) return moveFocus(isFine ? -1 : 1);
     if (event.virt == VirtualKey::Escape) {
+        if (focused_ == nullptr && editor_.callOffLoad()) return;
         hasKeyboard_ = false;
         return setFocus(nullptr);
     }

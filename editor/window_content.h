@@ -45,6 +45,10 @@ public:
     void openMenu(int index);
     // The list of the category's patches, which takes the browser's place in a low window.
     void openPatches();
+    // Who shows where tags and author of the patch in force are written; false if it is none of the library.
+    void setNotesWanted(std::function<bool()> wanted) { notesWanted_ = std::move(wanted); }
+    // Whether the browser is open, which its button shows.
+    void showBrowserOpen(bool isOpen);
     // Lamps, meters, displays, hints: at each round of the window's timer.
     void follow();
 
@@ -90,6 +94,8 @@ private:
     void dragEnded(int area, VSTGUI::CPoint where) override;
     void dragCancelled(int area) override;
 
+    void wantNotes();
+    void listHovered(int list, const VSTGUI::CRect& place);
     void dropped(const std::vector<std::string>& paths, VSTGUI::CPoint where);
     void dropWave(const std::string& path, VSTGUI::CPoint where);
     void historyPressed(HistoryBar::Button button, bool isShifted);
@@ -149,6 +155,9 @@ private:
 
     unsigned round_ = 0;
     ControlFace* hovered_ = nullptr;
+    const char* listTooltip_ = nullptr;  // of the list that the pointer is over
+    VSTGUI::CRect listPlace_;
+    std::function<bool()> notesWanted_;
     unsigned hoveredSince_ = 0;
     bool showsTooltips_;
     ControlFace* touched_ = nullptr;

@@ -189,17 +189,25 @@ std::vector<std::int16_t> convertWave(File file, const WaveLayout& layout, int c
     return samples;
 }
 
-void reduceSound(WaveSound& sound, const FirRow& row) {
+bool reduceSound(WaveSound& sound, const FirRow& row, Progress* progress) {
+    // The passes are of all the samples, half of them, a quarter: their sum is nearly twice the first.
+    const double all = 2.0 * static_cast<double>(sound.samples.size());
+    double done = 0;
+    const Flag* const cancel = progress != nullptr ? &progress->cancelled() : nullptr;
     while (sound.samples.size() > static_cast<std::size_t>(maxPlayableSamples)) {
         std::vector<std::int16_t> filtered(sound.samples.size());
-        firFilter(sound.samples.data(), static_cast<std::int32_t>(sound.samples.size()), filtered.data(), false, row);
+        const auto count = static_cast<std::int32_t>(sound.samples.size());
+        if (!firFilter(sound.samples.data(), count, filtered.data(), false, row, cancel)) return false;
         const std::size_t half = filtered.size() / 2;
         for (std::size_t i = 0; i < half; ++i) sound.samples[i] = filtered[2 * i];
         sound.samples.resize(half);
         sound.sampleRate /= 2;
         sound.loopStart /= 2;
         sound.loopEnd /= 2;
+        done += count;
+        if (progress != nullptr) progress->report(done / all);
     }
+    return true;
 }
 
 bool settleLoop(WaveSound& sound) {
@@ -212,10 +220,15 @@ bool settleLoop(WaveSound& sound) {
     return sound.loopOn == wasOn;
 }
 
-WaveRead readWaveFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit) {
-    switch (platform::tryReadFile(path, bytes, limit)) {
+WaveRead readWaveFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit, Progress* progress) {
+    const auto goesOn = [progress](std::size_t read, std::size_t all) {
+        if (all > 0) progress->report(static_cast<double>(read) / static_cast<double>(all));
+        return !progress->isCancelled();
+    };
+    switch (platform::tryReadFile(path, bytes, limit, progress != nullptr ? platform::GoesOn(goesOn) : nullptr)) {
         case platform::FileRead::done: return WaveRead::done;
         case platform::FileRead::tooLarge: return WaveRead::tooLarge;
+        case platform::FileRead::stopped: return WaveRead::stopped;
         default: return WaveRead::unreadable;
     }
 }

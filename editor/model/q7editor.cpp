@@ -21,6 +21,7 @@ namespace {
 
 namespace par = parameter;
 
+constexpr char calledOff[] = "No patch goes to a layer any more.";
 constexpr int effectValues = 4;  // parameters of an effect beside its mix
 
 // The parameters of a slot of effects.
@@ -260,7 +261,17 @@ void Q7Editor::rowChosen(int tag, int row) {
     commandDone();
     const bool isArmed = (tag == tag::fileMenu && row >= file_row::loadToLayer1 && row < file_row::loadToLayer1 + layerCount) ||
                          (tag == tag::pasteMenu && row == paste_row::loadToLayer);
-    if (isArmed && view_ != nullptr) view_->openBrowser();
+    if (!isArmed || view_ == nullptr) return;
+    if (onShow_.loadTarget != 0) return view_->openBrowser();
+    view_->showHint(calledOff);
+}
+
+bool Q7Editor::callOffLoad() {
+    if (onShow_.loadTarget == 0 || view_ == nullptr) return false;
+    menus_.callOffLoad();
+    commandDone();
+    view_->showHint(calledOff);
+    return true;
 }
 
 void Q7Editor::chooseCommand(int tag, int row) {

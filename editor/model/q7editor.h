@@ -110,8 +110,10 @@ public:
     MenuCommands& commands() { return menus_; }
     // The name of the patch in force.
     std::string patchName() { return menus_.patch().name(); }
-    // What the hint line says while nothing is pointed at.
-    std::string restingHint() { return menus_.browser().hint().text; }
+    // What the hint line says while nothing is pointed at: of the category of the patch in force.
+    std::string restingHint() { return categoryHint(menus_.patch().category(), onShow_.loadTarget).text; }
+    // Calls off a load to a layer that waits for its patch. False if none does.
+    bool callOffLoad();
     // The step that the arpeggiator of the layer on show plays, 0 to 15; -1: none.
     int playingStep() const;
     // The rows of the menu or list of a control, "-" for separators.

@@ -293,6 +293,7 @@ TEST_F(SlowMenus, ALayerIsTheOneOfTheClick) {
     slowMenus.loadSample(0);
     onShow.layer = 0;
     slow.paths.at(0)(folder / "a.wav");
+    slow.answers.at(0)(false);
     EXPECT_EQ(audio.layer(2).sample(0).length, 600);
     EXPECT_EQ(audio.layer(0).sample(0).length, 0);
 }
