@@ -9,6 +9,9 @@
 #include <pango/pangofc-fontmap.h>
 #include <xcb/xcb.h>
 
+#include "editor/lettering.h"
+#include "editor/picture.h"
+#include "vstgui/lib/platform/linux/cairobitmap.h"
 #include "vstgui/lib/platform/linux/linuxfactory.h"
 #include "vstgui/lib/platform/platformfactory.h"
 #include "vstgui/lib/vstguidebug.h"
@@ -32,14 +35,20 @@ xcb_visualtype_t* rootVisual(xcb_screen_t* screen) {
     return nullptr;
 }
 
-// The library drops its connection at the end but not what cairo keeps of it, which a later connection would trip over.
-void finishCairoDevice(xcb_connection_t* connection) {
+// A surface of the display; null without one.
+VSTGUI::Cairo::SurfaceHandle displaySurface(xcb_connection_t* connection) {
     xcb_screen_t* screen = firstScreen(connection);
     xcb_visualtype_t* visual = rootVisual(screen);
-    if (visual == nullptr) return;
-    cairo_surface_t* surface = cairo_xcb_surface_create(connection, screen->root, visual, 1, 1);
+    if (visual == nullptr) return {};
+    return VSTGUI::Cairo::SurfaceHandle(cairo_xcb_surface_create(connection, screen->root, visual, 1, 1));
+}
+
+// The library drops its connection at the end but not what cairo keeps of it, which a later connection would trip over.
+void finishCairoDevice(xcb_connection_t* connection) {
+    VSTGUI::Cairo::SurfaceHandle surface = displaySurface(connection);
+    if (!surface) return;
     cairo_device_t* device = cairo_device_reference(cairo_surface_get_device(surface));
-    cairo_surface_destroy(surface);
+    surface.reset();
     cairo_device_finish(device);
     cairo_device_destroy(device);
 }
@@ -84,11 +93,14 @@ void GuiModule::enter(const std::string& resources) {
     keepTextLibraries();
     VSTGUI::init(nullptr);  // with the module's handle it would look for a bundle of folders
     VSTGUI::getPlatformFactory().asLinuxFactory()->setResourcePath(resources + "/");
+    lettering::useFontsOf(resources + "/Fonts");
     loop_ = VSTGUI::makeOwned<IdleRunLoop>();
 }
 
 void GuiModule::leave() {
     if (--users_ != 0) return;
+    forgetSharedPictures();
+    lettering::forget();
     if (holdsConnection_) {
         finishCairoDevice(connection());
         VSTGUI::X11::RunLoop::exit();
@@ -109,6 +121,16 @@ bool GuiModule::connect() {
 }
 
 xcb_connection_t* GuiModule::connection() const { return VSTGUI::X11::RunLoop::instance().getXcbConnection(); }
+
+VSTGUI::SharedPointer<VSTGUI::IPlatformBitmap> GuiModule::displayBitmap(int width, int height, bool isOpaque) const {
+    if (!holdsConnection_) return nullptr;
+    const VSTGUI::Cairo::SurfaceHandle display = displaySurface(connection());
+    if (!display) return nullptr;
+    const cairo_content_t content = isOpaque ? CAIRO_CONTENT_COLOR : CAIRO_CONTENT_COLOR_ALPHA;
+    const VSTGUI::Cairo::SurfaceHandle surface(cairo_surface_create_similar(display, content, width, height));
+    if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) return nullptr;
+    return VSTGUI::makeOwned<VSTGUI::Cairo::Bitmap>(surface);
+}
 
 GuiModule::Size GuiModule::screenSize() {
     const Connection trial = tryDisplay();

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "editor/idle_run_loop.h"
+#include "vstgui/lib/platform/platformfwd.h"
 #include "vstgui/lib/vstguibase.h"
 
 struct xcb_connection_t;
@@ -24,6 +25,9 @@ public:
     // `leave`: the library would draw with what belonged to an earlier connection otherwise.
     bool connect();
     xcb_connection_t* connection() const;
+    // A bitmap that lies on the display's side, where drawing it into a window costs a message and no pixels; opaque ones are
+    // drawn faster yet. Null without a display, or if it has no room. It may not outlive the last `leave`.
+    VSTGUI::SharedPointer<VSTGUI::IPlatformBitmap> displayBitmap(int width, int height, bool isOpaque) const;
     IdleRunLoop* loop() const { return loop_.get(); }
 
     struct Size {

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <numbers>
 
+#include "editor/picture.h"
 #include "vstgui/lib/cframe.h"
 
 namespace vantoric {
@@ -101,8 +102,8 @@ void MYCKnob::setTargetRing(const std::optional<Color>& ring, bool isNearest) {
 
 void MYCKnob::draw(VSTGUI::CDrawContext* context) {
     Pen pen(*context);
-    drawRing(pen);
-    drawBody(pen);
+    drawGround(pen);
+    drawValue(pen);
     if (modulation_.modDepth != 0) drawModulation(pen);
     drawMarks(pen);
     drawCaption(pen);
@@ -111,15 +112,17 @@ void MYCKnob::draw(VSTGUI::CDrawContext* context) {
     setDirty(false);
 }
 
-void MYCKnob::drawRing(Pen& pen) {
-    const double x = entry().x, y = entry().y, value = getValueNormalized();
-    pen.arc(x, y, measures_.arc, firstAngle, angleOf(1), mix(ground(), style::white, 0.11), measures_.arcWidth, true);
-    const double from = entry().bipolar ? std::min(0.5, value) : 0.0, to = entry().bipolar ? std::max(0.5, value) : value;
-    if (to - from > 0.004) {
-        pen.arc(x, y, measures_.arc, angleOf(from), angleOf(to), color(), measures_.arcWidth, true);
-    } else if (entry().bipolar) {
-        pen.dot(x, y - measures_.arc, measures_.arcWidth / 2, mix(ground(), color(), 0.55));
-    }
+// All that does not depend on the value: the ring's trough and the body, the same for many knobs.
+void MYCKnob::drawGround(Pen& pen) {
+    const bool isLit = isHovered() || isEditing();
+    const double x = entry().x, y = entry().y, reach = measures_.arc + measures_.arcWidth;
+    const Color at = ground();
+    const std::string key = (entry().kind == WidgetKind::LargeKnob ? "large knob " : "knob ") + std::to_string(isLit) +
+                            std::to_string(isMultilayer()) + std::to_string(at.red);
+    showShared(pen, key, CRect(x - reach, y - reach, x + reach, y + reach), [&](Pen& picture) {
+        picture.arc(x, y, measures_.arc, firstAngle, angleOf(1), mix(at, style::white, 0.11), measures_.arcWidth, true);
+        drawBody(picture);
+    });
 }
 
 void MYCKnob::drawBody(Pen& pen) {
@@ -137,8 +140,17 @@ void MYCKnob::drawBody(Pen& pen) {
     const Color hole = mix(ground(), style::black, 0.42);
     pen.dot(x, y, measures_.hole, hole);
     pen.arc(x, y, measures_.hole + 0.1, 20 * degree, 160 * degree, fade(style::white, 0.10), 0.6);
+}
 
-    const double angle = angleOf(getValueNormalized()), inner = measures_.hole + 0.2, outer = measures_.body - 0.6;
+void MYCKnob::drawValue(Pen& pen) {
+    const double x = entry().x, y = entry().y, value = getValueNormalized();
+    const double from = entry().bipolar ? std::min(0.5, value) : 0.0, to = entry().bipolar ? std::max(0.5, value) : value;
+    if (to - from > 0.004) {
+        pen.arc(x, y, measures_.arc, angleOf(from), angleOf(to), color(), measures_.arcWidth, true);
+    } else if (entry().bipolar) {
+        pen.dot(x, y - measures_.arc, measures_.arcWidth / 2, mix(ground(), color(), 0.55));
+    }
+    const double angle = angleOf(value), inner = measures_.hole + 0.2, outer = measures_.body - 0.6;
     const Color notch = isMultilayer() ? hexColor(0x1A1408) : isOff() ? style::text3 : style::handle;
     pen.line(
         {{x + std::cos(angle) * inner, y + std::sin(angle) * inner}, {x + std::cos(angle) * outer, y + std::sin(angle) * outer}},

@@ -62,8 +62,9 @@ public:
     CLASS_METHODS_NOCOPY(MYCKnob, VSTGUI::CKnob)
 
 private:
-    void drawRing(Pen& pen);
+    void drawGround(Pen& pen);
     void drawBody(Pen& pen);
+    void drawValue(Pen& pen);
     void drawModulation(Pen& pen);
     void drawGrip(Pen& pen);
     void drawMarks(Pen& pen);

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "vstgui/lib/platform/iplatformfont.h"
+#include "editor/lettering.h"
 
 namespace vantoric {
 namespace {
@@ -17,11 +17,7 @@ constexpr double stripSize = 9, stripLine = 12, tooltipSize = 9.5, tooltipLine =
 
 }  // namespace
 
-double measured(const std::string& text, Face face, double size) {
-    const auto painter = style::font(face, size)->getFontPainter();
-    if (painter == nullptr) return 0.55 * size * static_cast<double>(text.size());
-    return painter->getStringWidth(nullptr, VSTGUI::UTF8String(text).getPlatformString());
-}
+double measured(const std::string& text, Face face, double size) { return lettering::width(text, face, size); }
 
 std::vector<std::string> wrapped(const std::string& text, Face face, double size, double width) {
     std::vector<std::string> lines;
