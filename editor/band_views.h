@@ -43,6 +43,8 @@ private:
 class FavouriteView : public VSTGUI::CControl {
 public:
     FavouriteView(const VSTGUI::CRect& area, VSTGUI::IControlListener* listener, int tag);
+    // Puts the star on or takes it off, as a click does.
+    void press();
     void draw(VSTGUI::CDrawContext* context) override;
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
     void onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) override;
@@ -64,6 +66,8 @@ public:
     void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
     void onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) override;
     bool isHeld() const { return isHeld_; }
+    // Calls off the drag that is under way, if one is.
+    void cancel();
     // What a right click does; nothing if it is never set.
     void setMenuWanted(std::function<void()> menuWanted) { menuWanted_ = std::move(menuWanted); }
 
@@ -76,6 +80,7 @@ private:
 
     bool springsBack_;
     bool isHeld_ = false;
+    float valueBefore_ = 0;  // the drag
     std::function<void()> menuWanted_;
 };
 

@@ -1,6 +1,7 @@
 #include "editor/gui_module.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include <cairo/cairo-xcb.h>
@@ -8,6 +9,7 @@
 #include <pango/pangocairo.h>
 #include <pango/pangofc-fontmap.h>
 #include <xcb/xcb.h>
+#include <xcb/xcb_keysyms.h>
 
 #include "editor/lettering.h"
 #include "editor/picture.h"
@@ -130,6 +132,22 @@ VSTGUI::SharedPointer<VSTGUI::IPlatformBitmap> GuiModule::displayBitmap(int widt
     const VSTGUI::Cairo::SurfaceHandle surface(cairo_surface_create_similar(display, content, width, height));
     if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) return nullptr;
     return VSTGUI::makeOwned<VSTGUI::Cairo::Bitmap>(surface);
+}
+
+bool GuiModule::isMenuKeyHeld() const {
+    if (!holdsConnection_) return false;
+    constexpr xcb_keysym_t menuKey = 0xff67;
+    const std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(xcb_key_symbols_alloc(connection()),
+                                                                                      xcb_key_symbols_free);
+    if (!symbols) return false;
+    const std::unique_ptr<xcb_keycode_t, decltype(&std::free)> codes(xcb_key_symbols_get_keycode(symbols.get(), menuKey),
+                                                                     std::free);
+    const std::unique_ptr<xcb_query_keymap_reply_t, decltype(&std::free)> keys(
+        xcb_query_keymap_reply(connection(), xcb_query_keymap(connection()), nullptr), std::free);
+    if (!codes || !keys) return false;
+    for (const xcb_keycode_t* code = codes.get(); *code != XCB_NO_SYMBOL; ++code)
+        if ((keys->keys[*code / 8] >> (*code % 8) & 1) != 0) return true;
+    return false;
 }
 
 GuiModule::Size GuiModule::screenSize() {

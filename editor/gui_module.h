@@ -30,6 +30,9 @@ public:
     VSTGUI::SharedPointer<VSTGUI::IPlatformBitmap> displayBitmap(int width, int height, bool isOpaque) const;
     IdleRunLoop* loop() const { return loop_.get(); }
 
+    // Whether the menu key is down, for which the library has no name. Asks the display.
+    bool isMenuKeyHeld() const;
+
     struct Size {
         int width = 0, height = 0;
     };
