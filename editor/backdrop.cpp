@@ -15,8 +15,7 @@ constexpr double titleSize = 10.5;
 
 void panel(Pen& pen, double x, double y, double w, double h, const Color& fill) {
     pen.round(x, y, w, h, 6, fill);
-    const Pen::Clip top(pen, x + 3, y, w - 6, pen.hair());
-    pen.rect(x, y, w, pen.hair(), mix(fill, style::white, 0.06));  // a light edge at the top
+    pen.rect(x + 6, y, w - 12, pen.hair(), mix(fill, style::white, 0.06));  // a light edge at the top
 }
 
 void title(Pen& pen, double x, double y, const char* text, const Color& color, Align align = Align::left) {
