@@ -93,6 +93,10 @@ void FavouriteView::draw(VSTGUI::CDrawContext* context) {
 void FavouriteView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
     event.ignoreFollowUpMoveAndUpEvents(true);
+    press();
+}
+
+void FavouriteView::press() {
     setValue(getValue() > 0.5f ? 0.0f : 1.0f);
     valueChanged();
     invalid();
@@ -151,6 +155,7 @@ void WheelView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
         return;
     }
     isHeld_ = true;
+    valueBefore_ = getValue();
     beginEdit();
     follow(event.mousePosition);
     invalid();
@@ -169,6 +174,12 @@ void WheelView::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
 
 void WheelView::onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) {
     event.consumed = true;
+    letGo();
+}
+
+void WheelView::cancel() {
+    if (!isHeld_) return;
+    if (!springsBack_) setByHand(valueBefore_);
     letGo();
 }
 

@@ -50,6 +50,8 @@ private:
 class FavouriteView : public VSTGUI::CControl {
 public:
     FavouriteView(const VSTGUI::CRect& area, VSTGUI::IControlListener* listener, int tag);
+    // Puts the star on or takes it off, as a click does.
+    void press();
     void draw(VSTGUI::CDrawContext* context) override;
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
     void onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) override;
@@ -71,6 +73,8 @@ public:
     void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
     void onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) override;
     bool isHeld() const { return isHeld_; }
+    // Calls off the drag that is under way, if one is.
+    void cancel();
     // What a right click does; nothing if it is never set.
     void setMenuWanted(std::function<void()> menuWanted) { menuWanted_ = std::move(menuWanted); }
 
@@ -83,6 +87,7 @@ private:
 
     bool springsBack_;
     bool isHeld_ = false;
+    float valueBefore_ = 0;  // the drag
     std::function<void()> menuWanted_;
 };
 

@@ -52,6 +52,8 @@ public:
     // A gesture on a control: any number of `valueChanged` between the two. Other tags than those of parameters need none.
     void beginEdit(int tag);
     void endEdit(int tag);
+    // Ends the gesture with everything as it was at its beginning; a layer that it woke falls silent again.
+    void cancelEdit(int tag);
     // A control has another value, 0 to 1: a parameter's, a selector that went on, a button that was let go of. `leftButton`:
     // the left button of the mouse is held.
     void valueChanged(int tag, float value, bool leftButton);
@@ -67,6 +69,7 @@ public:
     void beginDepth(int tag);
     void dragDepth(float amount);
     void endDepth();
+    void cancelDepth();
     // What the mouse carries that left a part of the window (one of the drag areas): the list index of the source.
     int draggedSource(WindowPart part) const;
     // The control, by its row of the table, that would take a drop at a point of the window in pixels before zoom; -1 for
@@ -129,10 +132,13 @@ private:
     struct Gesture {
         int tag;
         std::vector<int> indices;
+        std::vector<float> before;  // their values
+        int woken;                  // host index of the layer's switch that the touch turned on; -1 for none
     };
 
     std::vector<int> indicesOf(int tag) const;
     void wakeLayer(int tag, bool leftButton);
+    void silenceAgain(int woken);
     void setParameter(int tag, float value);
     void loadEffectDefaults(int number);
     void turnPitchWheel(float position);
@@ -176,6 +182,7 @@ private:
     DisplayFlags displays_;
 
     std::vector<Gesture> gestures_;
+    int woken_ = -1;  // by the last touch
     ParameterChanges::Reader parameterNews_;
     ProgramChanges::Reader programNews_;
     OnShow drawn_;  // as the view shows it
