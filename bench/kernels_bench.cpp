@@ -108,7 +108,8 @@ struct Bench {
         for (OscillatorState& state : states) state = started(measured);
         const auto layer = [&] {
             KernelBatch batch(engine, waves, random, tick);
-            for (int voice = 0; voice < voiceCount; ++voice) batch.add(measured.kernel, out[voice], states[voice], in);
+            for (int voice = 0; voice < voiceCount; ++voice)
+                batch.add(batchedKernel(measured.kernel), out[voice], states[voice], in);
             batch.render();
         };
         return bench::bestTime(rounds, calls / voiceCount, layer) * 1e9 / (tick * voiceCount);
