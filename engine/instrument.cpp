@@ -361,9 +361,12 @@ void Instrument::tick(int eventPos) {
     }
 }
 
-// One reading of every parameter a tick: whatever other threads write meanwhile, notes and voices of this
-// tick see the same values.
+// One reading of every parameter a tick, unless none was written since the last: whatever other threads write meanwhile,
+// notes and voices of this tick see the same values.
 void Instrument::readParameters() {
+    const std::uint32_t writes = parameters_.writes();
+    if (writes == writesRead_) return;
+    writesRead_ = writes;
     state_.quality = parameters_.getListIndex(par::Quality);
     state_.soundMode = parameters_.getListIndex(par::SoundMod);
     state_.microtuning = parameters_.getListIndex(par::Microtun);

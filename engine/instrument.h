@@ -224,6 +224,7 @@ private:
     HostPort* hostPort_ = nullptr;
     BlockObserver* observer_ = nullptr;
     bool nothingHeld_ = false;                      // at the tick before
+    std::uint32_t writesRead_ = ~0u;                // of the parameters, at the last reading
     bool justResumed_ = true;                       // kept for the host's start and stop; nothing reads it
     std::atomic<std::thread::id> audioThreadId_{};  // the thread that rendered last
     std::atomic_flag inBlock_;
