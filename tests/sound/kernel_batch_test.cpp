@@ -143,6 +143,28 @@ TEST_P(KernelLanes, TheLengthOfTheCallsDoesNotMatter) {
         }
 }
 
+// From steps of 128 samples on FM reads a mean of several places: 128 itself, and where their number doubles.
+TEST_P(KernelLanes, DeepFmReadsTheSameInRegistersAsAlone) {
+    for (const int samples : {127, 128, 129, 256, 257, 512, 513, 1024, 1025, 2048, 2049}) {
+        OscillatorState start = anyState();
+        start.fmDepth = 16;  // an input of 1 moves the read by 1
+        start.fmDepthStep = 0;
+        start.synced = 0;
+        start.lastFmOffset = 0;
+        start.increment = static_cast<std::uint32_t>(samples) << 13;
+        start.lastTotalPhase = 0;
+        for (const Kernel kernel : {kernels::frameFmLinear, kernels::scanFmLinear, kernels::analogFm}) {
+            OscillatorState whole = start, single = start;
+            RandomSources wholeDraws{{1}, {2}}, singleDraws = wholeDraws;
+            Samples expected(96), out(96), steady(96, 0);
+            kernel({source_.engine, source_.waves, wholeDraws}, expected.data(), 96, whole, steady.data());
+            for (int i = 0; i < 96; ++i)
+                kernel({source_.engine, source_.waves, singleDraws}, &out[i], 1, single, steady.data() + i);
+            ASSERT_EQ(out, expected) << samples;
+        }
+    }
+}
+
 TEST_P(KernelLanes, ABatchGivesWhatCallsInTurnGive) {
     for (const auto& [name, kernel] : everyKernel)
         for (const int voices : {1, 2, 5, 8, 9, 16, 17, 37, most})
