@@ -139,15 +139,33 @@ CustomWaveHolders Instrument::customWaves() {
 // What the patch in force will read is in memory before it sounds, so that the audio thread waits for no page.
 void Instrument::prepareToSound() {
     worker_.touchBanks();
-    const auto typeAt = [this](int number, int layer) {
-        return typeFromValue(parameters_.getParameter(hostIndex(number, layer)));
-    };
-    for (int i = 0; i < layerCount; ++i) {
-        if (!switchOn(parameters_.getParameter(par::Layer1On + i))) continue;
-        layers_[i]->insert(0).touchMemory(typeAt(par::FxInType, i));
-        layers_[i]->insert(1).touchMemory(typeAt(par::FxIn2Type, i));
-    }
+    touchEffects();
+}
+
+void Instrument::parametersWritten() {
+    worker_.wavesChosen();
+    touchEffects();
+}
+
+void Instrument::touchEffects() {
+    for (int i = 0; i < layerCount; ++i)
+        if (layerIsOn(i)) touchInserts(i);
     master_.touchMemory(masterTypeFromValue(parameters_.getParameter(par::FxMaType)));
+}
+
+void Instrument::touchInserts(int layer) {
+    layers_[layer]->insert(0).touchMemory(typeFromValue(parameters_.getParameter(hostIndex(par::FxInType, layer))));
+    layers_[layer]->insert(1).touchMemory(typeFromValue(parameters_.getParameter(hostIndex(par::FxIn2Type, layer))));
+}
+
+void Instrument::touchEffectOf(int index, float value) {
+    if (index == par::FxMaType) master_.touchMemory(masterTypeFromValue(value));
+    for (int i = 0; i < layerCount; ++i) {
+        if (index == par::Layer1On + i && switchOn(value)) touchInserts(i);
+        if (!layerIsOn(i)) continue;
+        if (index == hostIndex(par::FxInType, i)) layers_[i]->insert(0).touchMemory(typeFromValue(value));
+        if (index == hostIndex(par::FxIn2Type, i)) layers_[i]->insert(1).touchMemory(typeFromValue(value));
+    }
 }
 
 // ---- rates, switching off and on ----------------------------------------------------------------------------
@@ -343,9 +361,12 @@ void Instrument::tick(int eventPos) {
     }
 }
 
-// One reading of every parameter a tick: whatever other threads write meanwhile, notes and voices of this
-// tick see the same values.
+// One reading of every parameter a tick, unless none was written since the last: whatever other threads write meanwhile,
+// notes and voices of this tick see the same values.
 void Instrument::readParameters() {
+    const std::uint32_t writes = parameters_.writes();
+    if (writes == writesRead_) return;
+    writesRead_ = writes;
     state_.quality = parameters_.getListIndex(par::Quality);
     state_.soundMode = parameters_.getListIndex(par::SoundMod);
     state_.microtuning = parameters_.getListIndex(par::Microtun);
@@ -365,8 +386,10 @@ void Instrument::releaseUnheldNotes() {
 }
 
 void Instrument::setParameter(int index, float value, ChangeSource source) {
+    const bool isElsewhere = std::this_thread::get_id() != audioThreadId_.load(std::memory_order_relaxed);
+    if (isElsewhere) touchEffectOf(index, value);
     parameters_.setParameter(index, value, source);
-    if (choosesWave(index) && std::this_thread::get_id() != audioThreadId_.load(std::memory_order_relaxed)) worker_.wavesChosen();
+    if (isElsewhere && choosesWave(index)) worker_.wavesChosen();
 }
 
 void Instrument::loadSmoothedControllers() {

@@ -43,7 +43,7 @@ void InitCommands::releaseSamples(int firstLayer, int endOfLayers) {
 // What every one of them ends with.
 void InitCommands::finish() {
     instrument_.flags().rebuildRequested.set();
-    instrument_.waveWorker().wavesChosen();
+    instrument_.parametersWritten();
     instrument_.parameters().changes().noteAll(ChangeSource::window);
 }
 

@@ -52,7 +52,9 @@ void ParameterModel::setParameterQuiet(int index, float value) {
 }
 
 void ParameterModel::writeRaw(int index, float value) {
-    if (isParameter(index)) values_[static_cast<std::size_t>(index)].store(value, std::memory_order_relaxed);
+    if (!isParameter(index)) return;
+    values_[static_cast<std::size_t>(index)].store(value, std::memory_order_relaxed);
+    writes_.fetch_add(1, std::memory_order_release);
 }
 
 void ParameterModel::setDefaults() {

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <string>
 
 #include "base/parameters.h"
@@ -45,6 +46,9 @@ public:
     // Sets every value, quietly, to its control's default.
     void setDefaults();
 
+    // Grows with every value written, after the value: what was read since it last grew is as it was.
+    std::uint32_t writes() const { return writes_.load(std::memory_order_acquire); }
+
     // Copies numbers 24 to 323 of layer 0 to 3 into `block` (324 floats, indexed by number); the first 24,
     // which a layer does not use, become 0. Each value is read once. For the layer's tick.
     void snapshotLayer(int layer, float* block) const;
@@ -79,6 +83,7 @@ private:
     int lfoModeOf(int index) const;
 
     std::array<std::atomic<float>, parameterCount> values_;
+    std::atomic<std::uint32_t> writes_{0};
     ParameterChanges changes_;
     std::atomic<bool> controlsPresent_{true};
 };
