@@ -47,14 +47,14 @@ constexpr int masterPiece = 256;
 }  // namespace
 
 MasterControls masterControls(const ParameterModel& parameters) {
-    MasterControls controls{parameters.getParameter(par::EqLow),
-                            parameters.getParameter(par::EqMid),
-                            parameters.getParameter(par::EqHigh),
+    MasterControls controls{parameters.played(par::EqLow),
+                            parameters.played(par::EqMid),
+                            parameters.played(par::EqHigh),
                             masterTypeFromValue(parameters.getParameter(par::FxMaType)),
                             {},
                             parameters.getListIndex(par::SoundMod),
-                            SoundModeStage::gainOfVolume(parameters.getParameter(par::Volume))};
-    for (int k = 0; k < 5; ++k) controls.effect[k] = parameters.getParameter(par::FxMaMix + k);
+                            SoundModeStage::gainOfVolume(parameters.played(par::Volume))};
+    for (int k = 0; k < 5; ++k) controls.effect[k] = parameters.played(par::FxMaMix + k);
     return controls;
 }
 
@@ -343,7 +343,7 @@ void Instrument::tick(int eventPos) {
     midi_.drainMidiQueue(eventPos);
     releaseUnheldNotes();
     observe(BlockStep::smoothControllers);
-    smoothControllers(state_, parameters_.getParameter(par::Modwheel), midi_.pitchWheel(), midi_.channelPressure());
+    smoothControllers(state_, parameters_.played(par::Modwheel), midi_.pitchWheel(), midi_.channelPressure());
     observe(BlockStep::tempoAndPosition);
     song_.tick(state_, transport_.known ? &transport_ : nullptr);
     if (state_.flags.bootPending.isSet()) return;

@@ -30,11 +30,16 @@ void BlockEvents::add(std::int64_t frame, Event event) {
 }
 
 void BlockEvents::addMidi(std::int64_t frame, std::uint8_t status, std::uint8_t data1, std::uint8_t data2) {
-    add(frame, {0, 0, midi, 0.0f, status, data1, data2});
+    add(frame, {0, 0, Kind::midi, 0, 0.0f, status, data1, data2});
 }
 
 void BlockEvents::addParameter(std::int64_t frame, int index, float value) {
-    if (index >= 0 && index < parameterCount) add(frame, {0, 0, index, value, 0, 0, 0});
+    if (index >= 0 && index < parameterCount) add(frame, {0, 0, Kind::value, static_cast<std::int16_t>(index), value, 0, 0, 0});
+}
+
+void BlockEvents::addModulation(std::int64_t frame, int index, float amount) {
+    if (index >= 0 && index < parameterCount)
+        add(frame, {0, 0, Kind::modulation, static_cast<std::int16_t>(index), amount, 0, 0, 0});
 }
 
 void BlockEvents::sortInto(int frames) {
@@ -64,21 +69,34 @@ void BlockEvents::playParts(Instrument& instrument, Sample* left, Sample* right,
         if (begin >= roomAt) queued = 0;
         while (queued < queuedAtOnce && nextNote < events_.size()) {
             const Event& event = events_[nextNote++];
-            if (event.parameter != midi) continue;
+            if (event.kind != Kind::midi) continue;
             instrument.receive({event.frame, event.status, event.data1, event.data2});
             roomAt = std::max(event.frame, begin + framesOfTick(instrument));
             ++queued;
         }
-        const int end = std::min({frames, frameOfValue(nextValue, frames), queued == queuedAtOnce ? roomAt : frames});
-        instrument.renderPart(left + begin, right + begin, end - begin, begin, transport);
+        int end = std::min({frames, frameOfValue(nextValue, frames), queued == queuedAtOnce ? roomAt : frames});
+        if (left == nullptr || right == nullptr) end = std::min(end, begin + spareFrames);
+        instrument.renderPart(channelAt(left, begin), channelAt(right, begin), end - begin, begin, transport);
         begin = end;
     } while (begin < frames);
     keepNotesFrom(nextNote);
 }
 
+template <class Sample>
+Sample* BlockEvents::channelAt(Sample* channel, int frame) {
+    return channel != nullptr ? channel + frame : reinterpret_cast<Sample*>(spare_.data());
+}
+
 std::size_t BlockEvents::setValues(Instrument& instrument, std::size_t next, int frame) const {
-    for (; next < events_.size() && (events_[next].frame <= frame || events_[next].parameter == midi); ++next)
-        if (events_[next].parameter != midi) instrument.setParameter(events_[next].parameter, events_[next].value);
+    for (; next < events_.size(); ++next) {
+        const Event& event = events_[next];
+        if (event.kind == Kind::midi) continue;
+        if (event.frame > frame) break;
+        if (event.kind == Kind::value)
+            instrument.setParameter(event.parameter, event.value);
+        else
+            instrument.parameters().setModulation(event.parameter, event.value);
+    }
     return next;
 }
 
@@ -87,7 +105,7 @@ int BlockEvents::frameOfValue(std::size_t next, int frames) const { return next 
 void BlockEvents::keepNotesFrom(std::size_t next) {
     std::size_t kept = 0;
     for (; next < events_.size(); ++next) {
-        if (events_[next].parameter != midi) continue;
+        if (events_[next].kind != Kind::midi) continue;
         events_[kept] = events_[next];
         events_[kept].frame = 0;
         events_[kept].order = static_cast<std::int32_t>(kept);

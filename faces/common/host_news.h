@@ -22,6 +22,8 @@ public:
     // nobody heard before it was over is told whole. Between a begin and its end `move(index)` may tell a value.
     template <class Tell, class Move>
     void take(Tell tell, Move move);
+    // Whether a hand is on a parameter. Any thread.
+    bool isHeld(int index) const { return gestures_[static_cast<std::size_t>(index)].isHeld.load(std::memory_order_relaxed); }
     // Whether there is anything to take. Any thread.
     bool any() const { return any_.load(std::memory_order_acquire); }
 
@@ -57,9 +59,11 @@ public:
         for (int i = 0; i < parameterCount; ++i) accept(i);
     }
     // Calls `tell(index, value)`, the stored value, for every parameter that is not what the host believes. Where it answers
-    // false the host hears of it with the next look.
+    // false the host hears of it with the next look. Of a patch that was loaded the values are told as well, or, for hosts that
+    // read them anew by themselves, taken as known.
+    enum class Patches { told, known };
     template <class Tell>
-    void take(Tell tell);
+    void take(Patches patches, Tell tell);
 
 private:
     const ParameterModel& parameters_;
@@ -83,9 +87,10 @@ void Gestures::take(Tell tell, Move move) {
 }
 
 template <class Tell>
-void ToldValues::take(Tell tell) {
+void ToldValues::take(Patches patches, Tell tell) {
     const ParameterChanges::News news = reader_.take();
     if (!news.any() && !isBehind_) return;
+    if (news.all && patches == Patches::known) return acceptAll();
     const bool all = news.all || std::exchange(isBehind_, false);
     for (int i = 0; i < parameterCount; ++i) {
         if (!all && !news.has(i)) continue;

@@ -57,7 +57,7 @@ std::string trimmed(const std::string& text) {
 bool exists(int index) { return std::strcmp(infoOf(index).name, "-") != 0; }
 
 std::string name(int index) {
-    if (!exists(index)) return {};
+    if (!exists(index)) return "-";
     const int layer = ParameterModel::parameterLayer(index);
     const std::string plainName = infoOf(index).name;
     return layer == 0 ? plainName : std::to_string(layer) + ":" + plainName;
@@ -67,6 +67,10 @@ const char* group(int index) {
     static constexpr const char* groups[] = {"Global", "Layer 1", "Layer 2", "Layer 3", "Layer 4"};
     return groups[ParameterModel::parameterLayer(index)];
 }
+
+bool isShown(int index) { return infoOf(index).kind != ControlKind::None; }
+
+bool isModulatable(int index) { return isAutomatable(index) && steps(index) == 0; }
 
 bool isAutomatable(int index) { return ParameterModel::isAutomatable(index); }
 

@@ -11,14 +11,17 @@ namespace vantoric::host_parameter {
 
 // For all: `index` is a host index, 0 to 1223. Any thread but the audio thread, unless said otherwise.
 
-// As the table has it, with the layer in front: "Volume", "3:Cutoff1". "" for a number without a function.
+// As the table has it, with the layer in front: "Volume", "3:Cutoff1". "-" for a number without a function.
 std::string name(int index);
 // "Global" or "Layer 1" to "Layer 4".
 const char* group(int index);
 // Whether hosts may automate it.
 bool isAutomatable(int index);
-// Whether the number has a function.
+// Whether hosts may modulate it: one that they may automate, without states. Also on the audio thread.
+bool isModulatable(int index);
+// Whether the number has a function, and whether it has a control in the window.
 bool exists(int index);
+bool isShown(int index);
 
 // How many steps lie above the lowest state: 1 for a switch; 0 for a parameter without states. Also on the audio thread.
 int steps(int index);

@@ -33,6 +33,9 @@ public:
     // Makes the patch of such bytes the one in force. False if they are no patch, or memory is short; see PatchChunk for what
     // is in force then. `size` may be anything; null stands for no bytes.
     bool setPatch(const void* bytes, std::size_t size);
+    // The same for a host's stored state, which may be of any origin: what is no whole patch changes nothing. Returns once
+    // what the patch plays is built, or after two seconds.
+    bool restore(const void* bytes, std::size_t size);
     // Shows what there is to tell; after each call that may have posted something.
     void showMessages();
 

@@ -113,6 +113,33 @@ TEST(BlockEvents, NoNoteOfAFloodHangs) {
     EXPECT_TRUE(rig.events.isEmpty());
 }
 
+TEST(BlockEvents, ModulationIsHeardAndChangesNoValue) {
+    Rig still, moved;
+    for (Rig* rig : {&still, &moved}) {
+        rig->note(0, 60);
+        rig->play(4096);
+    }
+    moved.events.addModulation(0, par::FilVol1, -0.75f);
+    moved.events.addModulation(0, par::Volume, -0.5f);
+    for (Rig* rig : {&still, &moved}) rig->play(4096);
+    EXPECT_NE(still.left, moved.left);
+    EXPECT_LT(std::fabs(moved.left.back()), 1e-3f);
+    EXPECT_EQ(moved.audio.parameters().getParameter(par::Volume), 0.5f);
+    EXPECT_EQ(moved.audio.parameters().getParameter(par::FilVol1), 1.0f);
+}
+
+TEST(BlockEvents, ChannelsThatNobodyWantsAreLeftOut) {
+    Rig both, one;
+    one.note(5, 60);
+    both.note(5, 60);
+    std::vector<float> left(5000), right(5000), alone(5000);
+    both.events.play(both.audio, left.data(), right.data(), 5000, {});
+    one.events.play(one.audio, nullptr, alone.data(), 5000, {});
+    EXPECT_GT(both.audio.peak(0), 0.001f);
+    EXPECT_NEAR(both.audio.peak(1), one.audio.peak(1), 0.05f);
+    one.events.play(one.audio, static_cast<float*>(nullptr), nullptr, 5000, {});
+}
+
 TEST(BlockEvents, MoreThanItHoldsIsDropped) {
     Rig rig;
     for (std::size_t i = 0; i < BlockEvents::most + 10; ++i)

@@ -53,9 +53,9 @@ TEST_F(GesturesTest, IndicesOutsideAreIgnored) {
 }
 
 struct ToldValuesTest : testing::Test {
-    std::vector<int> taken(bool hears = true) {
+    std::vector<int> taken(bool hears = true, ToldValues::Patches patches = ToldValues::Patches::told) {
         std::vector<int> indices;
-        told.take([&](int i, float) {
+        told.take(patches, [&](int i, float) {
             indices.push_back(i);
             return hears;
         });
@@ -85,6 +85,14 @@ TEST_F(ToldValuesTest, APatchIsToldByTheValuesThatDiffer) {
     EXPECT_EQ(taken(), std::vector<int>{});
     parameters.changes().noteAll(ChangeSource::patch);
     EXPECT_EQ(taken(), (std::vector<int>{100, 200}));
+}
+
+TEST_F(ToldValuesTest, APatchThatTheHostReadsByItselfIsNotTold) {
+    parameters.setParameterQuiet(100, 0.75f);
+    parameters.changes().noteAll(ChangeSource::patch);
+    EXPECT_EQ(taken(true, ToldValues::Patches::known), std::vector<int>{});
+    parameters.setParameter(100, 0.5f, ChangeSource::midi);
+    EXPECT_EQ(taken(true, ToldValues::Patches::known), std::vector<int>{100});
 }
 
 TEST_F(ToldValuesTest, WhatTheHostDidNotTakeIsToldAgain) {
