@@ -48,6 +48,7 @@ public:
         guarded([&] { return window_.close(), true; }, false);
     }
     bool isOpen() const override { return window_.isOpen(); }
+    std::uintptr_t ownWindow() const override { return window_.ownWindow(); }
     void idle() override {
         guarded([&] { return window_.idle(), true; }, false);
     }

@@ -31,6 +31,8 @@ public:
     virtual bool open(std::uintptr_t parent) = 0;
     virtual void close() = 0;
     virtual bool isOpen() const = 0;
+    // The X11 id of its own window inside the host's; 0 while it is closed.
+    virtual std::uintptr_t ownWindow() const = 0;
     // The host's regular call, some twenty times a second or more. The window lives on nothing else.
     virtual void idle() = 0;
     // True if the key was used.
