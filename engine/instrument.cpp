@@ -12,6 +12,7 @@
 #include "engine/rates.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 #include "platform/settings.h"
 #include "platform/thread.h"
 #include "voice/layer_stack.h"
@@ -87,6 +88,7 @@ Instrument::Instrument()
     for (auto* pair : {&internal_, &widened_})
         for (auto& side : *pair) side.assign(bufferSamples, 0.0f);
     setSampleRate(hostRate());
+    platform::makeOwnFolders();
     controllerMap_.load(controllerMapPath());
 
     worker_.start();

@@ -5,7 +5,7 @@
 
 #include "base/parameters.h"
 #include "platform/files.h"
-#include "platform/module_folder.h"
+#include "platform/own_files.h"
 #include "samples/wave_file.h"
 
 namespace vantoric {
@@ -40,14 +40,12 @@ bool CustomWaveLoader::resynthesize(int layer, int oscillator, const std::string
 }
 
 bool CustomWaveLoader::randomWave(int layer, int oscillator) try {
-    const std::string folder = platform::wavetableFolder();
-    std::vector<platform::FolderEntry> entries;
-    platform::listFolder(folder, entries);
+    std::vector<platform::FolderEntry> entries = platform::listDataFolder(platform::belowWavetables());
     std::erase_if(entries, [](const auto& entry) { return entry.isFolder || !entry.name.ends_with(".wav"); });
     if (entries.empty()) return false;
     std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
     const std::size_t chosen = (random.next() >> 8) % entries.size();  // its low bits repeat soon
-    return resynthesize(layer, oscillator, folder + entries[chosen].name);
+    return resynthesize(layer, oscillator, platform::dataPath(platform::belowWavetables() + entries[chosen].name));
 } catch (...) {
     messages_.post("Error", "Not enought memory.");
     return false;

@@ -1,6 +1,7 @@
 #include "platform/module_folder.h"
 
 #include "platform/files.h"
+#include "platform/own_files.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -94,8 +95,8 @@ std::string installedFolder(const std::string& moduleFolder) {
 std::string dataFolder() { return chosenFolder().empty() ? installedFolder(moduleFolder()) : chosenFolder(); }
 std::string bankFolder() { return below(dataFolder(), "Vantoric_data"); }
 std::string soundsFolder() { return below(dataFolder(), "Vantoric_sounds"); }
-std::string userFolder() { return below(soundsFolder(), "User"); }
-std::string favouritesFolder() { return below(soundsFolder(), "Favourites"); }
+std::string userFolder() { return below(ownFolder() + belowSounds(), "User"); }
+std::string favouritesFolder() { return below(ownFolder() + belowSounds(), "Favourites"); }
 std::string wavetableFolder() { return below(dataFolder(), "Vantoric_wavetables"); }
 
 }  // namespace vantoric::platform

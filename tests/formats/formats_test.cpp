@@ -205,8 +205,9 @@ TEST_P(Formats, OddOrdersAreBorne) {
     host->stop();
     host->render(64);
     host->start(8000, 1);
-    host->start(400, 1);  // too low for any sound
-    EXPECT_LT(host->render(64, {Event::note(0, 60)}).peak(), 1e-4f);
+    host->start(400, 1);                     // too low for any sound
+    host->render(64, {Event::note(0, 60)});  // the end of what was heard before
+    EXPECT_LT(host->render(64).peak(), 1e-4f);
     host->start(rate, block);
     EXPECT_GT(play(*host, 8).peak(), 0.001f);
 }
