@@ -58,7 +58,7 @@ void setOwnFolder(const std::string& folder) { chosenFolder() = withSeparator(fo
 std::string ownFolder() {
     if (!chosenFolder().empty()) return chosenFolder();
     const std::string data = dataFolder();
-    if (data.empty() || canBeWritten(data)) return data;
+    if (!isFolder(data) || canBeWritten(data)) return data;
     const std::string user = userDataFolder();
     return user.empty() ? data : user;
 }

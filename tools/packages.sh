@@ -5,6 +5,8 @@ build_packages=(g++ cmake ninja-build ccache git ca-certificates
 # What the window library needs, and the fonts of the window's design.
 window_packages=(libcairo2-dev libpango1.0-dev libfontconfig-dev libfreetype-dev libx11-dev libxcb1-dev libxcb-util-dev
     libxcb-cursor-dev libxcb-keysyms1-dev libxcb-xkb-dev libxkbcommon-dev libxkbcommon-x11-dev fonts-inter fonts-sora)
+# The headers of the other plug-in formats; VST 3's come with the window library.
+format_packages=(dpf-source lv2-dev)
 check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxtst-dev)
 
 say() { printf '\033[1m%s\033[0m\n' "$*"; }
@@ -37,6 +39,14 @@ need() {
         fail "Could not install: ${missing[*]}. They are needed $why. Install them as root and run this again."
     fi
     rm -f /tmp/vantoric-apt.$$
+}
+
+# A format whose headers cannot be had is left out of the build.
+need_format_headers() {
+    local package
+    for package in "${format_packages[@]}"; do
+        (need "to build the instrument in other plug-in formats" "$package") || say "That format is left out."
+    done
 }
 
 # The window library: a package on Debian 13, unpacked into .deps/ on Debian 12.
