@@ -48,7 +48,7 @@ if command -v jalv > /dev/null && command -v jackd > /dev/null; then
     (sleep 4; echo "set Volume 0.25"; sleep 1; echo "controls"; sleep 1; echo "quit") |
         timeout 60 jalv -n vantoric-check "$uri" > "$work/log" 2>&1 || true
     kill "$server" 2> /dev/null || true
-    grep -q '^Volume = 0.25' "$work/log" || { cat "$work/log"; fail "jalv did not set the volume"; }
-    say "jalv: $(grep '^Volume' "$work/log" | tail -1)"
+    grep -q 'Volume = 0.25' "$work/log" || { cat "$work/log"; fail "jalv did not set the volume"; }
+    say "jalv: $(grep -o 'Volume = .*' "$work/log" | tail -1)"
 fi
 say "good"
