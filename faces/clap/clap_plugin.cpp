@@ -237,7 +237,7 @@ void Plugin::collect(const clap_event_header_t& event) {
             const auto& value = reinterpret_cast<const clap_event_param_value_t&>(event);
             if (!isParameter(value.param_id)) return;
             const int index = static_cast<int>(value.param_id);
-            return events_.addParameter(event.time, index, hp::stored(index, value.value));
+            return events_.addParameter(event.time, index, hp::storedFor(instrument_, index, value.value));
         }
         case CLAP_EVENT_PARAM_MOD: {
             const auto& mod = reinterpret_cast<const clap_event_param_mod_t&>(event);
@@ -282,7 +282,7 @@ void Plugin::flush(const clap_input_events_t* in, const clap_output_events_t* ou
         if (event->type == CLAP_EVENT_PARAM_VALUE) {
             const auto& value = *reinterpret_cast<const clap_event_param_value_t*>(event);
             const int index = static_cast<int>(value.param_id);
-            if (isParameter(value.param_id)) instrument_.setParameter(index, hp::stored(index, value.value));
+            if (isParameter(value.param_id)) instrument_.setParameter(index, hp::storedFor(instrument_, index, value.value));
         } else if (event->type == CLAP_EVENT_PARAM_MOD) {
             const auto& mod = *reinterpret_cast<const clap_event_param_mod_t*>(event);
             const int index = static_cast<int>(mod.param_id);

@@ -99,6 +99,11 @@ float stored(int index, double plainValue) {
     return static_cast<float>(step) / static_cast<float>(count);
 }
 
+float storedFor(const Instrument& instrument, int index, double plainValue) {
+    const float wanted = stored(index, plainValue), current = instrument.parameters().getParameter(index);
+    return steps(index) > 0 && plain(index, wanted) == plain(index, current) ? current : wanted;
+}
+
 double defaultValue(int index) { return plain(index, infoOf(index).defaultValue); }
 
 std::string unit(const Instrument& instrument, int index) {

@@ -30,6 +30,9 @@ double largest(int index);
 // The plain value of a stored one, and back; any number, NaN counts as 0. Also on the audio thread.
 double plain(int index, float stored);
 float stored(int index, double plain);
+// What the parameter is to store when its host sets it: the value in force where that is of the same state already, as a host
+// that sends back what it has read must change nothing. Also on the audio thread.
+float storedFor(const Instrument& instrument, int index, double plain);
 // The default, plain.
 double defaultValue(int index);
 

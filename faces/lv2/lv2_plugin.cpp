@@ -189,7 +189,7 @@ void Plugin::collectPorts() {
         if (!(std::fabs(value - port.known.load(std::memory_order_relaxed)) >= tolerance)) continue;
         port.known.store(value, std::memory_order_relaxed);
         if (std::fabs(value - port.written.load(std::memory_order_relaxed)) < tolerance) continue;  // the window's own
-        const float stored = hp::stored(port.parameter, static_cast<double>(value));
+        const float stored = hp::storedFor(instrument_, port.parameter, static_cast<double>(value));
         port.heard.store(stored, std::memory_order_relaxed);
         block_.addParameter(0, port.parameter, stored);
     }

@@ -103,7 +103,9 @@ std::uint8_t midiByte(double unit) { return static_cast<std::uint8_t>(truncateTo
 
 bool isParameter(ParamID id) { return id < static_cast<ParamID>(parameterCount); }
 double normalized(int index, float stored) { return hp::plain(index, stored) / hp::largest(index); }
-float storedOf(int index, double normalizedValue) { return hp::stored(index, normalizedValue * hp::largest(index)); }
+float storedOf(const Instrument& instrument, int index, double normalizedValue) {
+    return hp::storedFor(instrument, index, normalizedValue * hp::largest(index));
+}
 
 class Plugin;
 
@@ -498,7 +500,7 @@ void Plugin::collect(IParameterChanges* changes) {
             ParamValue value = 0;
             if (queue->getPoint(k, frame, value) != kResultOk) continue;
             if (index >= 0)
-                events_.addParameter(frame, index, storedOf(index, value));
+                events_.addParameter(frame, index, storedOf(instrument_, index, value));
             else
                 collectController(id, frame, value);
         }
@@ -646,7 +648,7 @@ tresult Controller::setParamNormalized(ParamID id, ParamValue value) {
     if (id >= firstController) return kResultOk;
     if (!isParameter(id)) return kInvalidArgument;
     const int index = static_cast<int>(id);
-    if (!plugin_.isProcessing()) plugin_.instrument().setParameter(index, storedOf(index, value));
+    if (!plugin_.isProcessing()) plugin_.instrument().setParameter(index, storedOf(plugin_.instrument(), index, value));
     return kResultOk;
 }
 

@@ -143,6 +143,16 @@ TEST_P(Formats, TheStateIsThePatchOfEveryFormat) {
     EXPECT_EQ(host->save(4096), reference.host.chunk());
 }
 
+TEST_P(Formats, AHostThatSendsBackWhatItHasReadChangesNothing) {
+    const auto host = make();
+    if (host->parameter(0) < 0) GTEST_SKIP() << "the format does not tell values";
+    const Bytes state = host->save(1u << 20);
+    std::vector<Event> all;
+    for (int i = 0; i < vantoric::parameterCount; ++i) all.push_back(Event::set(i % block, i, host->parameter(i)));
+    host->render(block, all);
+    EXPECT_EQ(host->save(1u << 20), state);
+}
+
 TEST_P(Formats, StatesComeInPiecesOfOneByte) {
     const auto first = make(), second = make(false);
     first->render(block, {Event::set(0, par::EqLow, 0.125)});
