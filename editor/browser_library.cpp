@@ -5,7 +5,7 @@
 
 #include "library/name_order.h"
 #include "library/rank_file.h"
-#include "platform/module_folder.h"
+#include "platform/own_files.h"
 
 namespace vantoric {
 namespace {
@@ -19,7 +19,7 @@ std::string lowered(std::string text) {
 
 // The patches of a category that is not listed, in the order of the lists.
 std::vector<std::string> namesIn(const std::string& category) {
-    return listNames(platform::soundsFolder() + category, ".fxp", PatchLibrary::mostPatches);
+    return listNames(platform::listDataFolder(platform::belowSounds() + category), ".fxp", PatchLibrary::mostPatches);
 }
 
 }  // namespace

@@ -76,6 +76,11 @@ public:
     void render(float* left, float* right, int frames, const Transport& transport) noexcept;
     // The same, widened.
     void render(double* left, double* right, int frames, const Transport& transport) noexcept;
+    // A part of a host's block: `frames` frames that begin `firstFrame` (0 or more) frames behind the block's begin, from which
+    // events count. The parts of a block follow each other, with the same transport. What was set between two parts is heard
+    // from the second one's begin on, where it acts at once, and otherwise from its next tick on.
+    void renderPart(float* left, float* right, int frames, int firstFrame, const Transport& transport) noexcept;
+    void renderPart(double* left, double* right, int frames, int firstFrame, const Transport& transport) noexcept;
     // A MIDI event of the block that follows, in any order; what lies beyond the block waits. Also from other threads:
     // two that meet cost at most one event.
     void receive(const MidiEvent& event) noexcept;
@@ -172,7 +177,7 @@ private:
     void setBusy(bool busy) override { busy_.store(busy, std::memory_order_release); }
 
     template <class Sample>
-    void renderBlock(Sample* left, Sample* right, int frames, const Transport& transport);
+    void renderBlock(Sample* left, Sample* right, int frames, int firstFrame, const Transport& transport);
     void renderMeteredPiece(float* left, float* right, int frames, int firstFrame, bool oversampled);
     void renderPiece(float* left, float* right, int frames, int firstFrame, bool oversampled);
     void renderAudioBlock(float* left, float* right, int count, int firstFrame);
@@ -228,7 +233,8 @@ private:
     bool justResumed_ = true;                       // kept for the host's start and stop; nothing reads it
     std::atomic<std::thread::id> audioThreadId_{};  // the thread that rendered last
     std::atomic_flag inBlock_;
-    Transport transport_;  // of the block that runs
+    Transport transport_;       // of the block that runs
+    bool feedsMaster_ = false;  // the piece that follows is the first of a block, or of a part
     StereoBuffer internal_, widened_;
 };
 

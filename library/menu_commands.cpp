@@ -6,6 +6,7 @@
 #include "library/show_messages.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 #include "platform/web_page.h"
 #include "samples/edit_commands.h"
 
@@ -264,7 +265,7 @@ void MenuCommands::chooseWave(int oscillator, int row) {
 }
 
 void MenuCommands::makeWave(int oscillator, const std::string& name) {
-    if (samples_.resynthesize(onShow_.layer, oscillator, platform::wavetableFolder() + name + ".wav"))
+    if (samples_.resynthesize(onShow_.layer, oscillator, platform::dataPath(platform::belowWavetables() + name + ".wav")))
         noteWave(onShow_.layer, oscillator, name);
 }
 

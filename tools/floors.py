@@ -51,6 +51,7 @@ TESTS_MORE = {
     "golden_runner": [],
     "fuzz": EVERYTHING,
     "host": ["base", "effects", "engine", "faces"],
+    "formats": ["base", "faces"],
     "window": EVERYTHING,
     "apps": [*ROOMS],
 }
