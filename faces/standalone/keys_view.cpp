@@ -1,0 +1,204 @@
+#include "faces/standalone/keys_view.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vantoric::standalone {
+namespace {
+
+using style::Face;
+using VSTGUI::CPoint;
+using VSTGUI::CRect;
+
+constexpr int lowestKey = 21, highestKey = 108, whiteCount = 52;  // A0 to C8
+constexpr double blackWidth = 0.58, blackHeight = 0.62;           // of a white key
+
+constexpr bool isBlack(int key) {
+    constexpr bool black[12] = {false, true, false, true, false, false, true, false, true, false, true, false};
+    return black[key % 12];
+}
+
+// How many white keys lie below a key, from C of octave -1 on.
+constexpr int whitesBelow(int key) {
+    constexpr int below[12] = {0, 1, 1, 2, 2, 3, 4, 4, 5, 5, 6, 6};
+    return key / 12 * 7 + below[key % 12];
+}
+
+constexpr Color ivory = hexColor(0xD3D8DA), ivoryFoot = hexColor(0xB9C0C4), ebony = hexColor(0x1B2024),
+                ebonyFoot = hexColor(0x0C0E10), ink = hexColor(0x59636A);
+constexpr Color lit = style::oscillators;
+
+}  // namespace
+
+KeysView::KeysView(const CRect& area, Hands& hands, const Player& player, Sign sign)
+    : CView(area), hands_(hands), player_(player), sign_(std::move(sign)) {}
+
+void KeysView::follow() {
+    std::bitset<128> now;
+    for (int key = 0; key < 128; ++key) now[static_cast<std::size_t>(key)] = player_.isKeyDown(key);
+    if (now == lit_ && octaveShown_ == hands_.octave()) return;
+    lit_ = now;
+    octaveShown_ = hands_.octave();
+    invalid();
+}
+
+// ---- places
+
+CRect KeysView::placeOf(int key) const {
+    const CRect& area = getViewSize();
+    const double width = area.getWidth() / whiteCount;
+    const double left = area.left + (whitesBelow(key) - whitesBelow(lowestKey)) * width;
+    if (!isBlack(key)) return {left, area.top, left + width, area.bottom};
+    const double half = 0.5 * blackWidth * width;
+    return {left - half, area.top, left + half, area.top + blackHeight * area.getHeight()};
+}
+
+int KeysView::keyAt(CPoint where) const {
+    int found = -1;
+    for (int key = lowestKey; key <= highestKey; ++key)
+        if (placeOf(key).pointInside(where) && (found < 0 || isBlack(key))) found = key;
+    return found;
+}
+
+int KeysView::velocityAt(CPoint where) const {
+    const int key = keyAt(where);
+    if (key < 0) return 0;
+    const CRect place = placeOf(key);
+    const double depth = std::clamp((where.y - place.top) / place.getHeight(), 0.0, 1.0);
+    return static_cast<int>(std::lround(20 + 107 * depth));
+}
+
+// ---- the hand
+
+void KeysView::hit(int key, int velocity) {
+    if (key == held_) return;
+    if (held_ >= 0) hands_.release(held_);
+    held_ = key;
+    if (held_ >= 0) hands_.press(held_, velocity);
+}
+
+void KeysView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
+    event.consumed = true;
+    if (!event.buttonState.isLeft()) return event.ignoreFollowUpMoveAndUpEvents(true);
+    isHolding_ = true;
+    hit(keyAt(event.mousePosition), velocityAt(event.mousePosition));
+}
+
+void KeysView::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
+    if (!isHolding_) return;
+    event.consumed = true;
+    hit(keyAt(event.mousePosition), velocityAt(event.mousePosition));
+}
+
+void KeysView::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
+    event.consumed = true;
+    isHolding_ = false;
+    hit(-1, 0);
+}
+
+void KeysView::onMouseCancelEvent(VSTGUI::MouseCancelEvent&) {
+    isHolding_ = false;
+    hit(-1, 0);
+}
+
+// ---- drawing
+
+std::string KeysView::signOf(int key) const {
+    const unsigned code = hands_.codeOf(key);
+    return code != 0 ? sign_(code) : "";
+}
+
+void KeysView::draw(VSTGUI::CDrawContext* context) {
+    Pen pen(*context);
+    const CRect& area = getViewSize();
+    pen.rect(area.left, area.top, area.getWidth(), area.getHeight(), style::black);
+    for (int key = lowestKey; key <= highestKey; ++key)
+        if (!isBlack(key)) drawWhite(pen, key);
+    for (int key = lowestKey; key <= highestKey; ++key)
+        if (isBlack(key)) drawBlack(pen, key);
+    pen.verticalGradient(area.left, area.top, area.getWidth(), 5, 0, fade(style::black, 0.55), fade(style::black, 0));
+    setDirty(false);
+}
+
+void KeysView::drawWhite(Pen& pen, int key) const {
+    const CRect r = placeOf(key);
+    const bool isLit = lit_[static_cast<std::size_t>(key)];
+    const Corners feet(0, 0, 2.5, 2.5);
+    const double x = r.left + 0.5, width = r.getWidth() - 1;
+    pen.round(x, r.top, width, r.getHeight(), feet, isLit ? mix(lit, style::black, 0.25) : ivoryFoot);
+    pen.verticalGradient(x, r.top, width, r.getHeight() - (isLit ? 0.5 : 2.5), feet,
+                         isLit ? mix(ivory, lit, 0.75) : mix(ivory, ivoryFoot, 0.4), isLit ? lit : ivory);
+    const double middle = r.getCenter().x;
+    if (const std::string sign = signOf(key); !sign.empty())
+        pen.text(middle, r.bottom - 17, sign, Face::semibold, 8.5, isLit ? style::black : hexColor(0x2B3338), Align::centre);
+    if (key % 12 == 0)
+        pen.text(middle, r.bottom - 6.5, "C" + std::to_string(key / 12 - 1), Face::medium, 7.5, isLit ? style::black : ink,
+                 Align::centre);
+}
+
+void KeysView::drawBlack(Pen& pen, int key) const {
+    const CRect r = placeOf(key);
+    const bool isLit = lit_[static_cast<std::size_t>(key)];
+    const Corners feet(0, 0, 2, 2);
+    pen.round(r.left - 0.7, r.top, r.getWidth() + 1.4, r.getHeight() + 1.2, feet, fade(style::black, 0.45));
+    pen.round(r.left, r.top, r.getWidth(), r.getHeight(), feet, isLit ? mix(lit, style::black, 0.45) : ebonyFoot);
+    pen.verticalGradient(r.left + 1.2, r.top, r.getWidth() - 2.4, r.getHeight() - (isLit ? 1.5 : 5), feet,
+                         isLit ? mix(lit, style::black, 0.3) : mix(ebony, style::black, 0.3),
+                         isLit ? lit : mix(ebony, style::white, 0.1));
+    if (const std::string sign = signOf(key); !sign.empty())
+        pen.text(r.getCenter().x, r.bottom - 9.5, sign, Face::semibold, 8, isLit ? style::black : style::text2, Align::centre);
+}
+
+// ---- wheels
+
+WheelView::WheelView(const CRect& area, Kind kind, Hands& hands) : CView(area), kind_(kind), hands_(hands) {}
+
+double WheelView::value() const { return kind_ == Kind::bend ? 0.5 + 0.5 * hands_.bending() : hands_.modulation(); }
+
+void WheelView::follow() {
+    if (std::exchange(shown_, value()) != value()) invalid();
+}
+
+void WheelView::moveTo(double y) {
+    const CRect& area = getViewSize();
+    constexpr double margin = 6;
+    const double place = std::clamp(1 - (y - area.top - margin) / (area.getHeight() - 2 * margin), 0.0, 1.0);
+    kind_ == Kind::bend ? hands_.bend(2 * place - 1) : hands_.modulate(place);
+    follow();
+}
+
+void WheelView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
+    event.consumed = true;
+    if (!event.buttonState.isLeft()) return event.ignoreFollowUpMoveAndUpEvents(true);
+    isHolding_ = true;
+    moveTo(event.mousePosition.y);
+}
+
+void WheelView::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
+    if (!isHolding_) return;
+    event.consumed = true;
+    moveTo(event.mousePosition.y);
+}
+
+void WheelView::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
+    event.consumed = true;
+    isHolding_ = false;
+    if (kind_ == Kind::bend) hands_.bend(0);
+    follow();
+}
+
+void WheelView::draw(VSTGUI::CDrawContext* context) {
+    Pen pen(*context);
+    const CRect& area = getViewSize();
+    pen.round(area.left, area.top, area.getWidth(), area.getHeight(), 4, style::inset);
+    pen.verticalGradient(area.left + 2, area.top + 2, area.getWidth() - 4, area.getHeight() - 4, 3, hexColor(0x20262A),
+                         hexColor(0x14181B));
+    const double y = area.top + 6 + (1 - value()) * (area.getHeight() - 12);
+    for (int rib = -8; rib <= 8; ++rib)
+        if (const double at = y + 6.0 * rib; at > area.top + 3 && at < area.bottom - 3)
+            pen.rect(area.left + 4, at, area.getWidth() - 8, 1, fade(style::white, 0.05));
+    pen.round(area.left + 3, y - 2, area.getWidth() - 6, 4, 2, value() == (kind_ == Kind::bend ? 0.5 : 0.0) ? style::text3 : lit);
+    setDirty(false);
+}
+
+}  // namespace vantoric::standalone
