@@ -1,7 +1,6 @@
 #include "faces/standalone/hands.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace vantoric::standalone {
 namespace {
@@ -12,10 +11,10 @@ struct PlayingKey {
 };
 // Codes of the evdev keyboard, as the X server numbers them: Z S X D C ... and Q 2 W 3 E ... of an American board.
 constexpr PlayingKey playingKeys[] = {
-    {52, 0},  {39, 1},  {53, 2},  {40, 3},  {54, 4},  {55, 5},  {42, 6},  {56, 7},  {43, 8},  {57, 9},
-    {44, 10}, {58, 11}, {59, 12}, {46, 13}, {60, 14}, {47, 15}, {61, 16},  // the lower rows
     {24, 12}, {11, 13}, {25, 14}, {12, 15}, {26, 16}, {27, 17}, {14, 18}, {28, 19}, {15, 20}, {29, 21},
     {16, 22}, {30, 23}, {31, 24}, {18, 25}, {32, 26}, {19, 27}, {33, 28}, {34, 29}, {21, 30}, {35, 31},  // the upper rows
+    {52, 0},  {39, 1},  {53, 2},  {40, 3},  {54, 4},  {55, 5},  {42, 6},  {56, 7},  {43, 8},  {57, 9},
+    {44, 10}, {58, 11}, {59, 12}, {46, 13}, {60, 14}, {47, 15}, {61, 16},  // the lower rows
 };
 constexpr std::uint8_t noteOn = 0x90, noteOff = 0x80, controller = 0xb0, wheel = 0xe0;
 
@@ -87,22 +86,10 @@ void Hands::setPedal(bool down) {
     player_.touch({controller, 64, static_cast<std::uint8_t>(down ? 127 : 0)});
 }
 
-void Hands::bend(double amount) {
-    bending_ = std::clamp(amount, -1.0, 1.0);
-    const auto value = static_cast<unsigned>(std::clamp(std::lround(8192 + 8192 * bending_), 0L, 16383L));
-    player_.touch({wheel, static_cast<std::uint8_t>(value & 127), static_cast<std::uint8_t>(value >> 7)});
-}
-
-void Hands::modulate(double amount) {
-    modulation_ = std::clamp(amount, 0.0, 1.0);
-    player_.touch({controller, 1, static_cast<std::uint8_t>(std::lround(127 * modulation_))});
-}
-
 void Hands::panic() {
     holders_.fill(0);
     noteOfCode_.fill(-1);
     isPedalDown_ = false;
-    bending_ = modulation_ = 0;
     for (std::uint8_t channel = 0; channel < 16; ++channel) {
         for (const std::uint8_t number : {std::uint8_t{64}, std::uint8_t{1}, std::uint8_t{123}, std::uint8_t{120}})
             player_.touch({static_cast<std::uint8_t>(controller | channel), number, 0});

@@ -27,7 +27,7 @@ public:
     bool codeUp(unsigned code);
     // The note that a key of the computer plays now, -1 for none.
     int noteOf(unsigned code) const;
-    // The key of the computer that plays a note now, 0 for none; of two the lower row's.
+    // The key of the computer that plays a note now, 0 for none; of two the upper row's.
     unsigned codeOf(int note) const;
 
     // By so many octaves, within bounds. Keys that are down sound on as they are.
@@ -36,11 +36,6 @@ public:
     int octave() const { return octave_; }
     void setPedal(bool down);
     bool isPedalDown() const { return isPedalDown_; }
-    // -1 to 1, and 0 to 1.
-    void bend(double amount);
-    void modulate(double amount);
-    double bending() const { return bending_; }
-    double modulation() const { return modulation_; }
 
     // Lets go of those of the computer's keys that are not down: their releases went to another window.
     void releaseCodesBut(const std::bitset<256>& down);
@@ -54,7 +49,6 @@ private:
     Player& player_;
     int octave_ = 3;
     bool isPedalDown_ = false;
-    double bending_ = 0, modulation_ = 0;
     std::array<std::int16_t, 256> noteOfCode_{};
     std::array<std::uint8_t, 128> holders_{};
 };

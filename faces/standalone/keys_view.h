@@ -1,7 +1,6 @@
-// The keys below the editor, and the two wheels beside them.
+// The keys below the editor.
 #pragma once
 
-#include <array>
 #include <bitset>
 #include <functional>
 #include <string>
@@ -48,30 +47,6 @@ private:
     Sign sign_;
     std::bitset<128> lit_;
     int octaveShown_ = -1, held_ = -1;
-    bool isHolding_ = false;
-};
-
-// Pitch bend, which goes back to the middle by itself, or modulation, which stays.
-class WheelView : public VSTGUI::CView {
-public:
-    enum class Kind { bend, modulation };
-    WheelView(const VSTGUI::CRect& area, Kind kind, Hands& hands);
-
-    void follow();
-    void draw(VSTGUI::CDrawContext* context) override;
-    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
-    void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;
-    void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
-
-    CLASS_METHODS_NOCOPY(WheelView, VSTGUI::CView)
-
-private:
-    double value() const;  // 0 at the bottom, 1 at the top
-    void moveTo(double y);
-
-    Kind kind_;
-    Hands& hands_;
-    double shown_ = -1;
     bool isHolding_ = false;
 };
 

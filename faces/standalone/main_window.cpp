@@ -61,7 +61,8 @@ void MainWindow::layOut() {
 
 void MainWindow::openStrip() {
     const EditorWindow::Size size = editor_.size();
-    bar_ = nullptr, keys_ = nullptr, bend_ = modulation_ = nullptr;
+    bar_ = nullptr;
+    keys_ = nullptr;
     VSTGUI::CFrame* const frame = strip_.open(top_.id(), {0, size.height, size.width, stripPixels()}, zoom());
     if (frame == nullptr) return;
     bar_ = new StripBar(
@@ -69,12 +70,9 @@ void MainWindow::openStrip() {
         [this](double tempo) { program_.player().setTempo(std::clamp(tempo, 20.0, 300.0)); });
     frame->addView(bar_);
     if (areKeysShown_) {
-        Hands& hands = program_.hands();
-        const double top = barHeight, bottom = barHeight + keysHeight - 8;
-        frame->addView(bend_ = new WheelView(CRect(12, top, 34, bottom), WheelView::Kind::bend, hands));
-        frame->addView(modulation_ = new WheelView(CRect(40, top, 62, bottom), WheelView::Kind::modulation, hands));
-        frame->addView(keys_ = new KeysView(CRect(74, top, unitsAcross - 12, bottom), hands, program_.player(),
-                                            [this](unsigned code) { return top_.signOf(code); }));
+        keys_ = new KeysView(CRect(12, barHeight, unitsAcross - 12, barHeight + keysHeight - 8), program_.hands(),
+                             program_.player(), [this](unsigned code) { return top_.signOf(code); });
+        frame->addView(keys_);
     }
     showBar();
 }
@@ -236,8 +234,6 @@ void MainWindow::look() {
     showBar();
     showPanel();
     showTitle();
-    if (bend_ != nullptr) bend_->follow();
-    if (modulation_ != nullptr) modulation_->follow();
 }
 
 void MainWindow::runOnce() {

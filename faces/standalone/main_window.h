@@ -68,7 +68,6 @@ private:
     ChildFrame strip_, panel_;
     StripBar* bar_ = nullptr;  // the frames own the views
     KeysView* keys_ = nullptr;
-    WheelView *bend_ = nullptr, *modulation_ = nullptr;
     SettingsPanel* settingsPanel_ = nullptr;
     std::vector<AlsaName> devices_;
     std::string news_, title_;

@@ -13,7 +13,7 @@ constexpr char closing[] =
     "Exit codes: 0 done, 1 trouble, 2 wrong use, 3 no sound, 4 no display, 5 no such patch, 6 recording failed.";
 
 void describe(CLI::App& app, Options& options, std::string& sound) {
-    app.add_flag("!--no-window", options.withWindow, "play without a window, until Ctrl-C");
+    app.add_flag_callback("--no-window", [&options] { options.withWindow = false; }, "play without a window, until Ctrl-C");
     app.add_option("--patch", options.patch, "patch to begin with: a file (.fxp), or CATEGORY/NAME of the library");
     app.add_option("--sound", sound, "auto: JACK where a server runs, else ALSA; jack; alsa; none: time passes in silence")
         ->check(CLI::IsMember({"auto", "jack", "alsa", "none"}));
@@ -24,7 +24,7 @@ void describe(CLI::App& app, Options& options, std::string& sound) {
     app.add_option("--seconds", options.seconds, "end after playing for so long")->check(CLI::Range(0.001, 1e6));
     app.add_flag("--list-devices", options.listDevices, "print the sound devices and keyboards that there are");
     app.add_flag("--probe", options.probe, "tell by the exit code whether there are a display and a sound device");
-    app.set_version_flag("--version", std::string("vantoric ") + versionText);
+    app.set_version_flag("--version", std::string("vantoric ") + versionText, "print the version");
     app.footer(closing);
 }
 
