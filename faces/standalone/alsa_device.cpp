@@ -170,7 +170,7 @@ private:
 
 // Whether a name of the library's lists is one to offer: not every way to reach the same card.
 bool isOffered(const std::string& name) {
-    for (const char* known : {"default", "pipewire", "pulse", "null"})
+    for (const char* known : {"default", "pipewire", "pulse"})
         if (name == known) return true;
     return false;
 }
@@ -213,8 +213,10 @@ void addCard(std::vector<AlsaName>& devices, int card) {
 
 }  // namespace
 
+void quietenAlsa() { snd_lib_error_set_handler(&sayNothing); }
+
 std::vector<AlsaName> alsaDevices() {
-    snd_lib_error_set_handler(&sayNothing);
+    quietenAlsa();
     std::vector<AlsaName> devices;
     addNamed(devices);
     for (int card = -1; snd_card_next(&card) == 0 && card >= 0;) addCard(devices, card);
@@ -222,7 +224,7 @@ std::vector<AlsaName> alsaDevices() {
 }
 
 std::unique_ptr<SoundDevice> openAlsa(Player& player, const std::string& name, int rate, int period, std::string& problem) {
-    snd_lib_error_set_handler(&sayNothing);
+    quietenAlsa();
     const auto refuse = [&](const std::string& why) {
         problem = "ALSA: device \"" + name + "\": " + why;
         return nullptr;

@@ -9,6 +9,9 @@
 
 namespace vantoric::standalone {
 
+// What goes wrong in ALSA's library is said in words of the program's own, not printed.
+void quietenAlsa();
+
 struct AlsaName {
     std::string name, description;
 };

@@ -1,6 +1,7 @@
 // vantoric: the instrument as a program of its own.
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <string>
@@ -91,6 +92,25 @@ void runWithoutWindow(Standalone& program, const Options& options) {
     }
 }
 
+// What options set for this start alone is not kept.
+void keep(Standalone& program, KeptSettings& settings) {
+    settings.tempo = program.player().tempo();
+    settings.octave = program.hands().octave();
+    settings.unwantedInputs = program.midi().unwanted();
+    if (!keepSettings(settings) || !keepPatch(program.instrument()))
+        complain(Exit::trouble, "what was set could not be kept for the next time");
+}
+
+#ifdef VANTORIC_WINDOW
+// The display has gone, and no call of the window library may be made any more: what there is to save is saved.
+[[noreturn]] void endWithoutDisplay(Standalone& program, KeptSettings& settings) {
+    keep(program, settings);
+    program.finish();
+    say(program.takeNews());
+    std::_Exit(complain(Exit::noDisplay, "the display has gone; the patch is kept for the next start"));
+}
+#endif
+
 // False if there is no display.
 bool runWithWindow(Standalone& program, KeptSettings& settings, const Options& options) {
 #ifdef VANTORIC_WINDOW
@@ -98,6 +118,7 @@ bool runWithWindow(Standalone& program, KeptSettings& settings, const Options& o
     if (!window.open()) return false;
     program.setBoxesShown(true);
     while (!isOver(program, options) && window.isOpen()) window.runOnce();
+    if (window.isLost()) endWithoutDisplay(program, settings);
     return true;
 #else
     static_cast<void>(program), static_cast<void>(settings), static_cast<void>(options);
@@ -118,15 +139,6 @@ bool startSound(Standalone& program, const SoundChoice& choice, bool withWindow)
     if (isHeard) return say("sound: " + program.sound().description() + ", " + program.sound().priority()), true;
     complain(Exit::noSound, "no sound: " + program.sound().problem());
     return withWindow;
-}
-
-// What options set for this start alone is not kept.
-void keep(Standalone& program, KeptSettings& settings) {
-    settings.tempo = program.player().tempo();
-    settings.octave = program.hands().octave();
-    settings.unwantedInputs = program.midi().unwanted();
-    if (!keepSettings(settings) || !keepPatch(program.instrument()))
-        complain(Exit::trouble, "what was set could not be kept for the next time");
 }
 
 int run(const Options& options) {

@@ -206,13 +206,16 @@ void MainWindow::showPanel() {
         shown.devices.emplace_back(device.name, device.description);
         isListed = isListed || device.name == shown.choice.device;
     }
-    if (!isListed) shown.devices.emplace_back(shown.choice.device, "");
+    if (!isListed)
+        shown.devices.emplace(shown.devices.begin(), shown.choice.device,
+                              shown.choice.device == "default" ? "What the system chooses" : "");
     shown.system = sound.system();
     shown.rate = static_cast<int>(program_.player().rate());
     shown.period = sound.period();
     shown.priority = sound.priority();
     shown.problem = sound.problem();
-    shown.midi = program_.midi().description();
+    shown.hasMidi = program_.midi().isThere();
+    shown.midi = shown.hasMidi ? program_.midi().description() : "No ALSA sequencer";
     for (const MidiInput& input : program_.midi().inputs())
         shown.inputs.push_back({input.name, program_.midi().isWanted(input.name)});
     settingsPanel_->show(shown);

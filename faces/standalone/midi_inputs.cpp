@@ -34,8 +34,8 @@ void MidiInputs::setWanted(const std::string& name, bool wanted) {
 }
 
 std::string MidiInputs::description() const {
-    if (hasOwn_) return "JACK";
-    return sequencer_ ? "ALSA sequencer port " + sequencer_->address() : "no keyboards: " + problem_;
+    if (hasOwn_) return "JACK, port midi_in";
+    return sequencer_ ? "ALSA sequencer, port " + sequencer_->address() : "no ALSA sequencer: " + problem_;
 }
 
 }  // namespace vantoric::standalone

@@ -27,8 +27,10 @@ public:
     // Names of what is not to be connected.
     const std::set<std::string>& unwanted() const { return unwanted_; }
     void setUnwanted(std::set<std::string> names) { unwanted_ = std::move(names); }
-    // For the user: "ALSA sequencer port 128:0".
+    // For the user: "ALSA sequencer, port 128:0".
     std::string description() const;
+    // Whether anything can be connected at all.
+    bool isThere() const { return hasOwn_ || sequencer_ != nullptr; }
 
 private:
     static constexpr double retryEvery = 5.0;  // seconds

@@ -5,6 +5,8 @@
 #include <array>
 #include <cstdio>
 
+#include "faces/standalone/alsa_device.h"
+
 namespace vantoric::standalone {
 namespace {
 
@@ -20,9 +22,10 @@ bool isKeyboard(const snd_seq_port_info_t* port) {
 
 std::unique_ptr<SequencerInput> SequencerInput::open(Player& player, std::string& problem) {
     const auto refuse = [&problem](int error) {
-        problem = std::string("the ALSA sequencer: ") + snd_strerror(error);
+        problem = snd_strerror(error);
         return nullptr;
     };
+    quietenAlsa();
     snd_seq_t* opened = nullptr;
     if (const int error = snd_seq_open(&opened, "default", SND_SEQ_OPEN_DUPLEX, SND_SEQ_NONBLOCK); error < 0)
         return refuse(error);

@@ -13,7 +13,7 @@ using VSTGUI::CRect;
 
 // From the panel's corner, in window units.
 constexpr double margin = 20, headHeight = 46, chipHeight = 22, rowHeight = 26;
-constexpr double labelWidth = 62, soundWidth = 412, listTop = 112, listHeight = 108;
+constexpr double labelWidth = 62, soundWidth = 412, listTop = 112, listHeight = 122;
 constexpr double systemTop = 58, rateTop = 238, periodTop = 272, footTop = 312;
 
 const std::vector<std::pair<int, std::string>> systems = {
@@ -202,7 +202,7 @@ void SettingsPanel::drawHeadings(Pen& pen) const {
     label(listTop - 6, "Device");
     label(rateTop, "Rate");
     label(periodTop, "Period");
-    pen.text(inputList().left, area.top + systemTop + 10, "By " + shown_.midi, Face::regular, 9.5, style::text3, Align::left,
+    pen.text(inputList().left, area.top + systemTop + 10, shown_.midi, Face::regular, 9.5, style::text3, Align::left,
              inputList().getWidth());
 }
 
@@ -230,8 +230,10 @@ void SettingsPanel::drawList(Pen& pen, const CRect& list, Kind kind) const {
     const ScrollBar& bar = kind == Kind::device ? deviceBar_ : inputBar_;
     if (bar.isNeeded()) bar.draw(pen, style::inset);
     if (!isEmpty) return;
-    const char* const first = kind == Kind::device ? "No device" : "No keyboard yet";
-    const char* const second = kind == Kind::device ? "" : "Plug one in: it is connected by itself";
+    const char* const first = kind == Kind::device ? "No device" : shown_.hasMidi ? "No keyboard yet" : "No MIDI on this system";
+    const char* const second = kind == Kind::device ? ""
+                               : shown_.hasMidi     ? "Plug one in: it is connected by itself"
+                                                    : "The keys below and the computer's play";
     pen.text(list.getCenter().x, list.getCenter().y - 2, first, Face::medium, 10, style::text2, Align::centre);
     pen.text(list.getCenter().x, list.getCenter().y + 14, second, Face::regular, 9.5, style::text3, Align::centre);
 }

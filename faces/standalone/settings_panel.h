@@ -30,6 +30,7 @@ public:
         std::string system;                                        // that plays
         int rate = 0, period = 0;                                  // in force
         std::string priority, problem, midi;
+        bool hasMidi = true;
         std::vector<Input> inputs;
         bool operator==(const Shown&) const = default;
     };

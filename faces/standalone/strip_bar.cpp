@@ -21,9 +21,9 @@ struct PlaceOfPart {
 constexpr PlaceOfPart places[] = {
     {Part::record, 12, 74},    {Part::keys, 96, 48},    {Part::octaveDown, 154, 20},
     {Part::octaveUp, 220, 20}, {Part::pedal, 250, 52},  {Part::panic, 308, 52},
-    {Part::tempo, 806, 84},    {Part::meter, 900, 126}, {Part::sound, 1036, 152},
+    {Part::tempo, 786, 84},    {Part::meter, 880, 146}, {Part::sound, 1036, 152},
 };
-constexpr double buttonHeight = 20, newsLeft = 376, newsRight = 796;
+constexpr double buttonHeight = 20, newsLeft = 376, newsRight = 776;
 constexpr std::array pressable = {Part::record, Part::keys,  Part::octaveDown, Part::octaveUp,
                                   Part::pedal,  Part::panic, Part::sound};
 
@@ -177,7 +177,9 @@ void StripBar::drawMeter(Pen& pen) {
         const Pen::Clip clip(pen, left, y - 3, std::max(2.0, width * part), 6);
         pen.round(left, y - 3, width, 6, 3, colour);
     }
-    const std::string lost = shown_.dropouts == 0 ? "no loss" : std::to_string(shown_.dropouts) + " lost";
+    const std::string lost = shown_.dropouts == 0
+                                 ? "no dropouts"
+                                 : std::to_string(shown_.dropouts) + (shown_.dropouts == 1 ? " dropout" : " dropouts");
     pen.text(r.right, y + 3.2, lost, Face::medium, 9, shown_.dropouts == 0 ? style::text3 : style::alarm, Align::right);
 }
 

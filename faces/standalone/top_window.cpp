@@ -51,6 +51,7 @@ bool TopWindow::open(int width, int height) {
     if (display == nullptr) return false;
     connection_ = new Connection{display};
     // A display that goes away would end the program, and the patch with it.
+    XSetIOErrorHandler([](Display*) { return 0; });
     XSetIOErrorExitHandler(display, [](Display*, void* self) { static_cast<TopWindow*>(self)->isLost_ = true; }, this);
     XkbSetDetectableAutoRepeat(display, True, nullptr);
     window_ = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, static_cast<unsigned>(width),
