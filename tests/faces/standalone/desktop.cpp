@@ -42,8 +42,8 @@ struct Desktop::Connection {
         int format = 0;
         unsigned long items = 0, rest = 0;
         unsigned char* data = nullptr;
-        XGetWindowProperty(x, window, XInternAtom(x, name, False), 0, 1 << 20, False, AnyPropertyType, &type, &format, &items, &rest,
-                           &data);
+        XGetWindowProperty(x, window, XInternAtom(x, name, False), 0, 1 << 20, False, AnyPropertyType, &type, &format, &items,
+                           &rest, &data);
         count = items;
         const std::string bytes(reinterpret_cast<char*>(data), data != nullptr && format == 8 ? items : 0);
         if (data != nullptr) XFree(data);
