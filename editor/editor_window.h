@@ -36,6 +36,8 @@ public:
     };
     // In pixels, for the size in force. May be asked before the window is open.
     Size size() const;
+    // Pixels a unit of the window's layout, for what is drawn beside it.
+    double scale() const;
 
     // Builds the window inside the host's X11 window `parent`. False, with nothing done, if it is open, `parent` is 0, or
     // there is no display.

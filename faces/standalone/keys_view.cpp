@@ -10,8 +10,9 @@ using style::Face;
 using VSTGUI::CPoint;
 using VSTGUI::CRect;
 
-constexpr int lowestKey = 21, highestKey = 108, whiteCount = 52;  // A0 to C8
-constexpr double blackWidth = 0.58, blackHeight = 0.62;           // of a white key
+constexpr int pianoLowest = 21, pianoHighest = 108;      // A0 to C8
+constexpr double whiteWidth = 22.6;                      // at least, in window units
+constexpr double blackWidth = 0.58, blackHeight = 0.62;  // of a white key
 
 constexpr bool isBlack(int key) {
     constexpr bool black[12] = {false, true, false, true, false, false, true, false, true, false, true, false};
@@ -28,10 +29,23 @@ constexpr Color ivory = hexColor(0xD3D8DA), ivoryFoot = hexColor(0xB9C0C4), ebon
                 ebonyFoot = hexColor(0x0C0E10), ink = hexColor(0x59636A);
 constexpr Color lit = style::oscillators;
 
+// The highest white key such that so many lie from the lowest on.
+int highestOf(int lowest, int whites) {
+    int key = lowest;
+    while (key < 127 && whitesBelow(key + 1) - whitesBelow(lowest) < whites) ++key;
+    return isBlack(key) ? key - 1 : key;
+}
+
 }  // namespace
 
 KeysView::KeysView(const CRect& area, Hands& hands, const Player& player, Sign sign)
-    : CView(area), hands_(hands), player_(player), sign_(std::move(sign)) {}
+    : CView(area), hands_(hands), player_(player), sign_(std::move(sign)) {
+    const int whites = static_cast<int>(area.getWidth() / whiteWidth);
+    const bool isPiano = whites >= whitesBelow(pianoHighest) - whitesBelow(pianoLowest) + 1;
+    constexpr int fromC2 = 36;
+    lowest_ = isPiano ? pianoLowest : fromC2;
+    highest_ = isPiano ? pianoHighest : highestOf(lowest_, whites);
+}
 
 void KeysView::follow() {
     std::bitset<128> now;
@@ -46,8 +60,8 @@ void KeysView::follow() {
 
 CRect KeysView::placeOf(int key) const {
     const CRect& area = getViewSize();
-    const double width = area.getWidth() / whiteCount;
-    const double left = area.left + (whitesBelow(key) - whitesBelow(lowestKey)) * width;
+    const double width = area.getWidth() / (whitesBelow(highest_) - whitesBelow(lowest_) + 1);
+    const double left = area.left + (whitesBelow(key) - whitesBelow(lowest_)) * width;
     if (!isBlack(key)) return {left, area.top, left + width, area.bottom};
     const double half = 0.5 * blackWidth * width;
     return {left - half, area.top, left + half, area.top + blackHeight * area.getHeight()};
@@ -55,7 +69,7 @@ CRect KeysView::placeOf(int key) const {
 
 int KeysView::keyAt(CPoint where) const {
     int found = -1;
-    for (int key = lowestKey; key <= highestKey; ++key)
+    for (int key = lowest_; key <= highest_; ++key)
         if (placeOf(key).pointInside(where) && (found < 0 || isBlack(key))) found = key;
     return found;
 }
@@ -112,9 +126,9 @@ void KeysView::draw(VSTGUI::CDrawContext* context) {
     Pen pen(*context);
     const CRect& area = getViewSize();
     pen.rect(area.left, area.top, area.getWidth(), area.getHeight(), style::black);
-    for (int key = lowestKey; key <= highestKey; ++key)
+    for (int key = lowest_; key <= highest_; ++key)
         if (!isBlack(key)) drawWhite(pen, key);
-    for (int key = lowestKey; key <= highestKey; ++key)
+    for (int key = lowest_; key <= highest_; ++key)
         if (isBlack(key)) drawBlack(pen, key);
     pen.verticalGradient(area.left, area.top, area.getWidth(), 5, 0, fade(style::black, 0.55), fade(style::black, 0));
     setDirty(false);

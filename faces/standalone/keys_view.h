@@ -13,8 +13,9 @@
 
 namespace vantoric::standalone {
 
-// The 88 keys of a piano. A key sounds the louder the nearer to its front it is hit; a press that moves on plays each key on
-// its way. Keys are lit whoever plays them, and bear the signs of the computer's keys that play them.
+// The 88 keys of a piano, or as many in the middle as there is room for. A key sounds the louder the nearer to its front it is
+// hit; a press that moves on plays each key on its way. Keys are lit whoever plays them, and bear the signs of the computer's
+// keys that play them.
 class KeysView : public VSTGUI::CView {
 public:
     using Sign = std::function<std::string(unsigned code)>;
@@ -45,6 +46,7 @@ private:
     Hands& hands_;
     const Player& player_;
     Sign sign_;
+    int lowest_, highest_;
     std::bitset<128> lit_;
     int octaveShown_ = -1, held_ = -1;
     bool isHolding_ = false;

@@ -34,7 +34,7 @@ bool MainWindow::open() {
     const EditorWindow::Size size = editor_.size();
     if (!top_.open(size.width, size.height + stripPixels())) return false;
     if (areKeysShown_ && !keysFit()) areKeysShown_ = false;
-    top_.resize(size.width, size.height + stripPixels());
+    fitTop();
     if (!editor_.open(top_.id())) return false;
     openStrip();
     return isOpen_ = true;
@@ -42,8 +42,17 @@ bool MainWindow::open() {
 
 // ---- layout -------------------------------------------------------------------------------------------------
 
-int MainWindow::stripPixels() const {
-    return static_cast<int>(std::lround((barHeight + (areKeysShown_ ? keysHeight : 0)) * zoom()));
+int MainWindow::pixels(double units) const { return static_cast<int>(std::lround(units * zoom())); }
+
+int MainWindow::stripPixels() const { return pixels(barHeight + (areKeysShown_ ? keysHeight : 0)); }
+
+// The settings lie over the editor, or below everything where that is too low for them.
+bool MainWindow::isPanelBelow() const { return editor_.size().height < pixels(SettingsPanel::height); }
+
+void MainWindow::fitTop() {
+    const EditorWindow::Size size = editor_.size();
+    const int below = panel_.isOpen() && isPanelBelow() ? pixels(SettingsPanel::height) : 0;
+    top_.resize(size.width, size.height + stripPixels() + below);
 }
 
 // With the desktop's own bars around it.
@@ -53,9 +62,7 @@ bool MainWindow::keysFit() const {
 }
 
 void MainWindow::layOut() {
-    const EditorWindow::Size size = editor_.size();
     closePanel();
-    top_.resize(size.width, size.height + stripPixels());
     openStrip();
 }
 
@@ -66,25 +73,24 @@ void MainWindow::openStrip() {
     VSTGUI::CFrame* const frame = strip_.open(top_.id(), {0, size.height, size.width, stripPixels()}, zoom());
     if (frame == nullptr) return;
     bar_ = new StripBar(
-        CRect(0, 0, unitsAcross, barHeight), [this](Part part) { pressed(part); },
+        CRect(0, 0, width(), barHeight), [this](Part part) { pressed(part); },
         [this](double tempo) { program_.player().setTempo(std::clamp(tempo, 20.0, 300.0)); });
     frame->addView(bar_);
     if (areKeysShown_) {
-        keys_ = new KeysView(CRect(12, barHeight, unitsAcross - 12, barHeight + keysHeight - 8), program_.hands(),
-                             program_.player(), [this](unsigned code) { return top_.signOf(code); });
+        keys_ = new KeysView(CRect(12, barHeight, width() - 12, barHeight + keysHeight - 8), program_.hands(), program_.player(),
+                             [this](unsigned code) { return top_.signOf(code); });
         frame->addView(keys_);
     }
     showBar();
 }
 
-// Above the bar, at its right end.
+// At the bar's right end.
 void MainWindow::openPanel() {
     const EditorWindow::Size size = editor_.size();
-    const int width = static_cast<int>(std::lround(SettingsPanel::width * zoom()));
-    const int height = static_cast<int>(std::lround(SettingsPanel::height * zoom()));
-    const int right = static_cast<int>(std::lround(12 * zoom()));
-    VSTGUI::CFrame* const frame =
-        panel_.open(top_.id(), {size.width - width - right, size.height - height, width, height}, zoom());
+    const int across = pixels(SettingsPanel::width), high = pixels(SettingsPanel::height);
+    const int top = isPanelBelow() ? size.height + stripPixels() : size.height - high;
+    VSTGUI::CFrame* const frame = panel_.open(top_.id(), {size.width - across - pixels(12), top, across, high}, zoom());
+    fitTop();
     if (frame == nullptr) return;
     SettingsPanel::Told told;
     told.chosen = [this](const SoundChoice& choice) { choose(choice); };
@@ -102,6 +108,7 @@ void MainWindow::openPanel() {
 void MainWindow::closePanel() {
     settingsPanel_ = nullptr;
     panel_.close();
+    fitTop();
 }
 
 // ---- what the user does -------------------------------------------------------------------------------------

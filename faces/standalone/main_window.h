@@ -35,7 +35,7 @@ public:
     void runOnce();
 
 private:
-    static constexpr double barHeight = 32, keysHeight = 86, unitsAcross = 1200;
+    static constexpr double barHeight = 32, keysHeight = 86;
     static constexpr double newsFor = 8;       // seconds that a text stands
     static constexpr double lookEvery = 0.05;  // seconds between two rounds
     static constexpr double devicesEvery = 2;  // seconds, while the panel is open
@@ -45,8 +45,13 @@ private:
     void focusLost() override { program_.hands().releaseCodesBut({}); }
     void closeWanted() override { isOpen_ = false; }
 
-    double zoom() const { return editor_.size().width / unitsAcross; }
+    double zoom() const { return editor_.scale(); }
+    // Window units across.
+    double width() const { return editor_.size().width / zoom(); }
+    int pixels(double units) const;
     int stripPixels() const;
+    bool isPanelBelow() const;
+    void fitTop();
     bool keysFit() const;
     bool handOverKey(const WindowKey& key);
     bool isCommandKey(const WindowKey& key);

@@ -13,17 +13,17 @@ using VSTGUI::CPoint;
 using VSTGUI::CRect;
 using Part = StripBar::Part;
 
-// From the bar's left edge, in window units.
+// From the bar's left edge, or from its right one, in window units.
 struct PlaceOfPart {
     Part part;
     double left, width;
 };
 constexpr PlaceOfPart places[] = {
-    {Part::record, 12, 74},    {Part::keys, 96, 48},    {Part::octaveDown, 154, 20},
-    {Part::octaveUp, 220, 20}, {Part::pedal, 250, 52},  {Part::panic, 308, 52},
-    {Part::tempo, 786, 84},    {Part::meter, 880, 146}, {Part::sound, 1036, 152},
+    {Part::record, 12, 74},    {Part::keys, 96, 48},     {Part::octaveDown, 154, 20},
+    {Part::octaveUp, 220, 20}, {Part::pedal, 250, 52},   {Part::panic, 308, 52},
+    {Part::tempo, -414, 84},   {Part::meter, -320, 146}, {Part::sound, -164, 152},
 };
-constexpr double buttonHeight = 20, newsLeft = 376, newsRight = 776;
+constexpr double buttonHeight = 20, newsLeft = 376, leastNews = 200;
 constexpr std::array pressable = {Part::record, Part::keys,  Part::octaveDown, Part::octaveUp,
                                   Part::pedal,  Part::panic, Part::sound};
 
@@ -48,7 +48,10 @@ CRect StripBar::place(Part part) const {
     const CRect& area = getViewSize();
     const double top = area.top + (area.getHeight() - buttonHeight) / 2;
     for (const PlaceOfPart& known : places)
-        if (known.part == part) return {area.left + known.left, top, area.left + known.left + known.width, top + buttonHeight};
+        if (known.part == part) {
+            const double left = (known.left < 0 ? area.right : area.left) + known.left;
+            return {left, top, left + known.width, top + buttonHeight};
+        }
     return {};
 }
 
@@ -110,10 +113,15 @@ void StripBar::draw(VSTGUI::CDrawContext* context) {
     drawOctave(pen);
     drawButton(pen, Part::pedal, "Pedal", shown_.isPedalDown);
     drawButton(pen, Part::panic, "Panic", false);
+    // In a narrow window news stands where tempo and load are.
+    const bool isNarrow = place(Part::tempo).left - 10 - area.left - newsLeft < leastNews;
+    const double newsRight = place(isNarrow ? Part::sound : Part::tempo).left - 10;
     pen.text(area.left + newsLeft, area.getCenter().y + 3.5, shown_.news, Face::medium, 9.5, style::text2, Align::left,
-             newsRight - newsLeft);
-    drawTempo(pen);
-    drawMeter(pen);
+             newsRight - area.left - newsLeft);
+    if (!isNarrow || shown_.news.empty()) {
+        drawTempo(pen);
+        drawMeter(pen);
+    }
     drawSound(pen);
     setDirty(false);
 }

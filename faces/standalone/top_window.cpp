@@ -54,8 +54,9 @@ bool TopWindow::open(int width, int height) {
     XSetIOErrorHandler([](Display*) { return 0; });
     XSetIOErrorExitHandler(display, [](Display*, void* self) { static_cast<TopWindow*>(self)->isLost_ = true; }, this);
     XkbSetDetectableAutoRepeat(display, True, nullptr);
+    constexpr unsigned long ground = 0x0E1113;  // of the editor's window, seen beside the parts
     window_ = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, static_cast<unsigned>(width),
-                                  static_cast<unsigned>(height), 0, 0, BlackPixel(display, DefaultScreen(display)));
+                                  static_cast<unsigned>(height), 0, 0, ground);
     describe();
     setHints(width, height);
     setIcon();

@@ -161,13 +161,10 @@ TEST_F(WindowTest, KeysCanBeHidden) {
 TEST_F(WindowTest, FollowsTheEditorsSize) {
     open();
     const int before = place_.width;
-    // Its size menu, by the head of the equalizer's panel: 100 % and what follows.
-    desktop_->click(place_.x + 1160 * zoom(), place_.y + 21 * zoom());
+    // The menu "Editor": its first row is another size.
+    desktop_->click(place_.x + 328 * zoom(), place_.y + 18 * zoom());
     testhost::pause(0.5);
-    desktop_->keyDown("Down");
-    desktop_->keyUp("Down");
-    desktop_->keyDown("Return");
-    desktop_->keyUp("Return");
+    desktop_->click(place_.x + 380 * zoom(), place_.y + 43 * zoom());
     ASSERT_TRUE(testhost::within(10, [&] { return desktop_->placeOf(window_).width != before; }));
     testhost::pause(0.5);
     place_ = desktop_->placeOf(window_);
@@ -175,6 +172,29 @@ TEST_F(WindowTest, FollowsTheEditorsSize) {
     if (const char* folder = std::getenv("VANTORIC_PICTURES"))
         savePng(desktop_->picture(place_), std::string(folder) + "/resized.png");
     hold(600, 0.9, 0.2);
+    close();
+    EXPECT_NE(program_->output().find(" 2 MIDI messages"), std::string::npos) << program_->output();
+}
+
+// Without layers and effects the editor is a bar of its own, and the settings open below.
+TEST_F(WindowTest, HasRoomForItsPartsInEverySize) {
+    installation_.setSize(5);
+    open();
+    constexpr double narrow = 802, low = 128;
+    const double scale = place_.width / narrow;
+    EXPECT_NEAR(place_.height, (low + barHeight + keysHeight) * scale, 3);
+    desktop_->click(place_.x + (narrow - 80) * scale, place_.y + (low + 16) * scale);
+    EXPECT_TRUE(testhost::within(10, [&] { return desktop_->placeOf(window_).height > place_.height + 300 * scale; }));
+    testhost::pause(0.5);
+    if (const char* folder = std::getenv("VANTORIC_PICTURES"))
+        savePng(desktop_->picture(desktop_->placeOf(window_)), std::string(folder) + "/narrow.png");
+    desktop_->click(place_.x + (narrow - 80) * scale, place_.y + (low + 16) * scale);
+    EXPECT_TRUE(testhost::within(10, [&] { return desktop_->placeOf(window_).height == place_.height; }));
+    desktop_->move(place_.x + 400 * scale, place_.y + (low + 90) * scale);
+    desktop_->press();
+    testhost::pause(0.2);
+    desktop_->release();
+    testhost::pause(0.5);
     close();
     EXPECT_NE(program_->output().find(" 2 MIDI messages"), std::string::npos) << program_->output();
 }
