@@ -1,7 +1,7 @@
 # dist/: the instrument as it is copied to a user's VST folder, the programs and the songs.
 set(dist ${PROJECT_SOURCE_DIR}/dist)
 set(made ${CMAKE_BINARY_DIR}/dist-data)
-set(programs vantoric-render vantoric-patch vantoric-waves vantoric-cycles vantoric-song)
+set(programs vantoric-render vantoric-patch vantoric-waves vantoric-cycles vantoric-song vantoric)
 set(program_files)
 foreach(program ${programs})
   if(TARGET ${program})

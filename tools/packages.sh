@@ -1,11 +1,11 @@
 # Sourced by ./play and ./check: sees to the Debian packages that a build needs.
 
 build_packages=(g++ cmake ninja-build ccache git ca-certificates
-    libcli11-dev libsndfile1-dev libebur128-dev libpng-dev nlohmann-json3-dev pkg-config)
+    libcli11-dev libsndfile1-dev libasound2-dev libjack-jackd2-dev libdbus-1-dev libebur128-dev libpng-dev nlohmann-json3-dev pkg-config)
 # What the window library needs, and the fonts of the window's design.
 window_packages=(libcairo2-dev libpango1.0-dev libfontconfig-dev libfreetype-dev libx11-dev libxcb1-dev libxcb-util-dev
     libxcb-cursor-dev libxcb-keysyms1-dev libxcb-xkb-dev libxkbcommon-dev libxkbcommon-x11-dev fonts-inter fonts-sora)
-check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxtst-dev)
+check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxtst-dev jackd2 dbus-daemon)
 
 say() { printf '\033[1m%s\033[0m\n' "$*"; }
 fail() { printf '%s\n' "$*" >&2; exit 1; }

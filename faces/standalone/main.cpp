@@ -177,6 +177,7 @@ int main(int argc, char** argv) {
     Options options;
     if (const auto answered = readOptions(argc, argv, options)) return static_cast<int>(*answered);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) std::signal(number, wantEnd);
+    std::signal(SIGXFSZ, SIG_IGN);  // a recording that may grow no more ends as on a full disk
     try {
         return run(options);
     } catch (const std::exception& error) {
