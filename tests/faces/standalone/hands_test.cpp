@@ -15,6 +15,7 @@
 #include "platform/scratch_folder.h"
 #include "platform/user_state.h"
 #include "tests/faces/standalone/program.h"
+#include "tests/host/audio_watch.h"
 
 namespace vantoric::standalone {
 namespace {
@@ -161,6 +162,29 @@ TEST_F(StandaloneTest, ChannelsKeepTheirMessages) {
     player_.receive(0, {0x95, 64, 0});
     play(1);
     EXPECT_FALSE(player_.isKeyDown(64));
+}
+
+TEST_F(StandaloneTest, ABlockTakesNoMemoryNoLockAndCallsNoSystem) {
+    if (!testhost::AudioWatch::available()) GTEST_SKIP();
+    player_.prepare(48000);
+    std::string problem;
+    ASSERT_TRUE(recorder_.start(folder_ / "take.wav", 48000, problem)) << problem;
+    std::vector<float> left(2048), right(2048);
+    player_.play(left.data(), right.data(), 2048);  // what happens but once
+    for (int block = 0; block < 100; ++block) {
+        hands_.press(40 + block % 50, 100);
+        player_.receiveAt(clockSeconds(), {0x80, static_cast<std::uint8_t>(40 + block % 50), 0});
+        const testhost::AudioWatch watch;
+        for (int i = 0; i < 300; ++i) player_.receive(i, {0xb0, 1, 3});
+        player_.play(left.data(), right.data(), 1 + 20 * block);
+    }
+    recorder_.stop();
+    EXPECT_EQ(testhost::AudioWatch::allocations(), 0);
+    EXPECT_EQ(testhost::AudioWatch::releases(), 0);
+    EXPECT_EQ(testhost::AudioWatch::locks(), 0);
+    if (testhost::AudioWatch::seesSystemCalls()) {
+        EXPECT_EQ(testhost::AudioWatch::systemCalls(), 0) << "the last one: " << testhost::AudioWatch::lastSystemCall();
+    }
 }
 
 TEST_F(StandaloneTest, ARecordingHoldsWhatWasPlayed) {
