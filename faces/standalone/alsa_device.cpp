@@ -19,7 +19,7 @@ namespace {
 
 constexpr int periodsInBuffer = 3;
 constexpr int patience = 1000;  // milliseconds until a device that takes nothing counts as slow
-constexpr int mostWaits = 5;    // of these, until it counts as gone
+constexpr int mostWaits = 3;    // of these, until it counts as gone
 
 // The library prints what goes wrong; the program says it in words of its own.
 void sayNothing(const char*, int, const char*, int, const char*, ...) {}

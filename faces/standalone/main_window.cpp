@@ -16,7 +16,7 @@ MainWindow::MainWindow(Standalone& program, KeptSettings& settings)
     : program_(program),
       settings_(settings),
       top_(*this),
-      editor_(program.instrument(), program.programs(), "Vantoric"),
+      editor_(program.instrument(), program.programs(), "Glaigail"),  // as a host that grants every size at once
       areKeysShown_(settings.showsKeys) {
     // The editor asks when it changes its size, from within its idle call.
     program_.setSizeWish([this](int, int) { return layoutWanted_ = true; });
@@ -31,6 +31,7 @@ MainWindow::~MainWindow() {
 }
 
 bool MainWindow::open() {
+    editor_.startWithSize(startSize());
     const EditorWindow::Size size = editor_.size();
     if (!top_.open(size.width, size.height + stripPixels())) return false;
     if (areKeysShown_ && !keysFit()) areKeysShown_ = false;
@@ -55,11 +56,22 @@ void MainWindow::fitTop() {
     top_.resize(size.width, size.height + stripPixels() + below);
 }
 
-// With the desktop's own bars around it.
-bool MainWindow::keysFit() const {
-    constexpr int desktopBars = 64;  // pixels
-    return editor_.size().height + stripPixels() + desktopBars <= top_.screen().height;
+// The largest size of the whole editor that leaves room for all parts.
+int MainWindow::startSize() const {
+    const TopWindow::Size screen = TopWindow::screen();
+    int best = 0;
+    for (int index = 0; index < editorSizeCount; ++index) {
+        const SizeRow& row = sizeRow(index);
+        const double across = row.width * zoomOfSize(index), high = row.height * zoomOfSize(index);
+        const double unit = across / wholeWidth;
+        const bool isWhole = row.height * 2 > row.width;  // nothing hidden
+        if (!isWhole || across > screen.width || high + (barHeight + keysHeight) * unit + desktopBars > screen.height) continue;
+        if (across > sizeRow(best).width * zoomOfSize(best)) best = index;
+    }
+    return best;
 }
+
+bool MainWindow::keysFit() const { return editor_.size().height + stripPixels() + desktopBars <= top_.screen().height; }
 
 void MainWindow::layOut() {
     closePanel();

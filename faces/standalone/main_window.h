@@ -35,7 +35,8 @@ public:
     void runOnce();
 
 private:
-    static constexpr double barHeight = 32, keysHeight = 86;
+    static constexpr double barHeight = 32, keysHeight = 86, wholeWidth = 1200;
+    static constexpr int desktopBars = 100;    // pixels of the screen's height that are the desktop's own
     static constexpr double newsFor = 8;       // seconds that a text stands
     static constexpr double lookEvery = 0.05;  // seconds between two rounds
     static constexpr double devicesEvery = 2;  // seconds, while the panel is open
@@ -52,6 +53,7 @@ private:
     int stripPixels() const;
     bool isPanelBelow() const;
     void fitTop();
+    int startSize() const;
     bool keysFit() const;
     bool handOverKey(const WindowKey& key);
     bool isCommandKey(const WindowKey& key);

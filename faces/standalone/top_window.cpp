@@ -115,9 +115,13 @@ void TopWindow::resize(int width, int height) {
     XFlush(connection_->display);
 }
 
-TopWindow::Size TopWindow::screen() const {
-    const int number = DefaultScreen(connection_->display);
-    return {DisplayWidth(connection_->display, number), DisplayHeight(connection_->display, number)};
+TopWindow::Size TopWindow::screen() {
+    Display* const display = XOpenDisplay(nullptr);
+    if (display == nullptr) return {};
+    const int number = DefaultScreen(display);
+    const Size size{DisplayWidth(display, number), DisplayHeight(display, number)};
+    XCloseDisplay(display);
+    return size;
 }
 
 std::string TopWindow::signOf(unsigned code) const {

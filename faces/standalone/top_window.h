@@ -55,8 +55,8 @@ public:
     struct Size {
         int width = 0, height = 0;
     };
-    // Of the screen.
-    Size screen() const;
+    // Of the screen; 0 without a display.
+    static Size screen();
 
 private:
     struct Connection;

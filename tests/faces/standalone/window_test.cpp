@@ -199,6 +199,18 @@ TEST_F(WindowTest, HasRoomForItsPartsInEverySize) {
     EXPECT_NE(program_->output().find(" 2 MIDI messages"), std::string::npos) << program_->output();
 }
 
+TEST_F(WindowTest, StartsInASizeThatFitsTheScreen) {
+    std::filesystem::remove(installation_.sizeFile());
+    const testhost::XServer fullHd(1920, 1080);
+    desktop_ = std::make_unique<Desktop>();
+    open();
+    EXPECT_EQ(place_.width, 1500);
+    EXPECT_NEAR(place_.height, 825 + (barHeight + keysHeight) * zoom(), 2);
+    EXPECT_FALSE(std::filesystem::exists(installation_.sizeFile())) << "chosen by nobody";
+    close();
+    setenv("DISPLAY", server_.display().c_str(), 1);
+}
+
 TEST_F(WindowTest, StaysOpenWithoutSound) {
     open({"--sound", "jack"});
     EXPECT_TRUE(program_->isRunning());
