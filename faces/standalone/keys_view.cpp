@@ -25,7 +25,7 @@ constexpr int whitesBelow(int key) {
     return key / 12 * 7 + below[key % 12];
 }
 
-constexpr Color ivory = hexColor(0xD3D8DA), ivoryFoot = hexColor(0xB9C0C4), ebony = hexColor(0x1B2024),
+constexpr Color ivory = hexColor(0xC8CED1), ivoryFoot = hexColor(0xA9B2B7), ebony = hexColor(0x1B2024),
                 ebonyFoot = hexColor(0x0C0E10), ink = hexColor(0x59636A);
 constexpr Color lit = style::oscillators;
 
