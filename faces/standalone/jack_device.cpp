@@ -86,7 +86,7 @@ private:
         const char** const found = jack_.get_ports(client_, nullptr, type, flags);
         if (found == nullptr) return names;
         for (const char** name = found; *name != nullptr; ++name) names.emplace_back(*name);
-        jack_.free(found);
+        jack_.free(static_cast<void*>(found));
         return names;
     }
 

@@ -84,6 +84,21 @@ TEST_F(ProgramTest, TakesAPatchByItsPlaceInTheLibrary) {
     EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", "0.1", "--patch", PATCH_FILE}), 0) << output_;
 }
 
+// As a package lays it out, and as dist/ does.
+TEST_F(ProgramTest, FindsItsDataFromItsOwnPlace) {
+    namespace fs = std::filesystem;
+    for (const char* place : {"lib/vantoric", "Vantoric", "share/vantoric"}) {
+        const vantoric::platform::ScratchFolder prefix;
+        fs::create_directories(prefix / "bin");
+        fs::create_directories(fs::path(prefix / place).parent_path());
+        fs::copy_file(PROGRAM, prefix / "bin/vantoric");
+        fs::create_directory_symlink(DATA_FOLDER, prefix / place);
+        EXPECT_EQ(run({prefix / "bin/vantoric", "--no-window", "--sound", "none", "--seconds", "0.1", "--patch", PATCH}, output_),
+                  0)
+            << place << ": " << output_;
+    }
+}
+
 TEST_F(ProgramTest, EndsByASignalAndCompletesItsRecording) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         Program program({PROGRAM, "--no-window", "--sound", "none", "--record", home_ / "take.wav"});
