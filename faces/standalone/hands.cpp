@@ -48,7 +48,9 @@ void Hands::press(int note, int velocity) {
 void Hands::release(int note) {
     if (note < 0 || note > 127) return;
     auto& holders = holders_[static_cast<std::size_t>(note)];
-    if (holders == 0 || --holders > 0) return;
+    if (holders == 0) return;
+    --holders;
+    if (holders > 0) return;
     player_.touch({noteOff, static_cast<std::uint8_t>(note), 0});
 }
 
