@@ -49,6 +49,8 @@ EditorWindow::Size EditorWindow::size() const {
     return {static_cast<int>(size.width() * size.zoom()), static_cast<int>(size.height() * size.zoom())};
 }
 
+double EditorWindow::scale() const { return editor_.size().layoutScale() * editor_.size().zoom(); }
+
 bool EditorWindow::open(std::uintptr_t parent) {
     if (isOpen() || parent == 0 || !GuiModule::shared().connect()) return false;
     parent_ = parent;

@@ -40,6 +40,10 @@ public:
     };
     // In pixels, for the size in force. May be asked before the window is open.
     Size size() const;
+    // A size, 0 to 17, for a start where none is stored. Before the window is open.
+    void startWithSize(int index) { editor_.startWithSize(index); }
+    // Pixels a unit of the window's layout, for what is drawn beside it.
+    double scale() const;
 
     // Builds the window inside the host's X11 window `parent`. False, with nothing done, if it is open, `parent` is 0, or
     // there is no display.

@@ -50,6 +50,7 @@ TESTS_MORE = {
     "bindings": EVERYTHING,
     "golden_runner": [],
     "fuzz": EVERYTHING,
+    "faces": ["apps/midi", "apps/render"],
     "host": ["base", "effects", "engine", "faces"],
     "formats": ["base", "faces"],
     "window": EVERYTHING,

@@ -1,7 +1,7 @@
 # Sourced by ./play and ./check: sees to the Debian packages that a build needs.
 
 build_packages=(g++ cmake ninja-build ccache git ca-certificates
-    libcli11-dev libsndfile1-dev libebur128-dev libpng-dev nlohmann-json3-dev pkg-config)
+    libcli11-dev libsndfile1-dev libasound2-dev libjack-jackd2-dev libdbus-1-dev libebur128-dev libpng-dev nlohmann-json3-dev pkg-config)
 # What the window library needs, and the fonts of the window's design.
 window_packages=(libcairo2-dev libpango1.0-dev libfontconfig-dev libfreetype-dev libx11-dev libxcb1-dev libxcb-util-dev
     libxcb-cursor-dev libxcb-keysyms1-dev libxcb-xkb-dev libxkbcommon-dev libxkbcommon-x11-dev fonts-inter fonts-sora)
@@ -9,7 +9,7 @@ window_packages=(libcairo2-dev libpango1.0-dev libfontconfig-dev libfreetype-dev
 manual_packages=(pandoc)
 # The headers of the other plug-in formats; VST 3's come with the window library.
 format_packages=(dpf-source lv2-dev)
-check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxtst-dev)
+check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxtst-dev jackd2 dbus-daemon)
 # What makes and checks the packages for users.
 packaging_packages=(help2man gzip xz-utils fakeroot dpkg-dev lintian desktop-file-utils appstream)
 

@@ -16,6 +16,7 @@
 #include "editor/model/matrix_editing.h"
 #include "editor/model/midi_learn.h"
 #include "editor/model/pages.h"
+#include "editor/model/window_files.h"
 #include "editor/model/window_size.h"
 #include "engine/instrument.h"
 #include "library/menu_commands.h"
@@ -38,6 +39,10 @@ public:
 
     // Takes the size for a start. Before the first window is built.
     void loadSize(Screen screen) { size_.loadSize(screen); }
+    // The size for a start where none is stored, for a host that knows better what fits.
+    void startWithSize(int index) {
+        if (!readSizeIndex()) size_.applySize(index);
+    }
     // A window shows from now on; it outlives `close`.
     void open(EditorView& view);
     // It goes away, with that many dialogs still open, which the user is told of. The engine plays on.
