@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/math.h"
 #include "sound/filters/wide_loops.h"
 #include "sound/kernel_batch.h"
 #include "sound/kernel_reads.h"
@@ -23,7 +24,7 @@ struct Measured {
     const char* name;
     Kernel kernel;
     double aim = 0;  // ns side by side; 0: none
-    bool synced = false;
+    bool synced = false, deep = false;
 };
 constexpr double fmAim = 1.2, analogAim = 1.6, stackAim = 2.0, noiseAim = 1.5;
 const Measured all[] = {
@@ -33,6 +34,7 @@ const Measured all[] = {
     {"frameFmNearest", kernels::frameFmNearest, fmAim},
     {"frameFmLinear", kernels::frameFmLinear, fmAim},
     {"frameFmLinear synced", kernels::frameFmLinear, 0, true},
+    {"frameFmLinear deep", kernels::frameFmLinear, 0, false, true},
     {"scanNearest", kernels::scanNearest},
     {"scanLinear", kernels::scanLinear},
     {"scanDouble", kernels::scanDouble},
@@ -71,7 +73,7 @@ struct Bench {
     WaveStore waves;
     RandomSources random;
     std::vector<std::int16_t> wave;
-    std::int16_t in[tick], out[voiceCount][tick];
+    std::int16_t in[tick], loud[tick], out[voiceCount][tick];
     std::uint32_t increment;
 
     explicit Bench(std::uint32_t step) : wave(cycleOffset(128, 0, mipLevels)), increment(step) {
@@ -80,7 +82,10 @@ struct Bench {
         for (std::int16_t& sample : wave) sample = static_cast<std::int16_t>(chance.next() >> 17);
         for (int i = 0; i < wtWaveCount; ++i) waves.setWave(i, false, wave.data(), 128);
         waves.buildWaveRows();
-        for (int i = 0; i < tick; ++i) in[i] = static_cast<std::int16_t>(i * 40 - 2000);
+        for (int i = 0; i < tick; ++i) {
+            in[i] = static_cast<std::int16_t>(i * 40 - 2000);
+            loud[i] = static_cast<std::int16_t>(16000 * math::sin(2 * math::pi * i / 48));
+        }
     }
 
     OscillatorState started(const Measured& measured) const {
@@ -91,24 +96,28 @@ struct Bench {
         state.blend = state.blendPending = 30000;
         state.increment = increment;
         state.scanIncrement = 200;
-        state.fmDepth = 3000;
+        state.fmDepth = measured.deep ? 21000 : 3000;
         state.synced = measured.synced ? 1 : 0;
         state.hiss = 80;
         return state;
     }
 
+    const std::int16_t* input(const Measured& measured) const { return measured.deep ? loud : in; }
+
     // ns a sample.
     double alone(const Measured& measured) {
         OscillatorState state = started(measured);
         const KernelContext context{engine, waves, random};
-        return bench::bestTime(rounds, calls, [&] { measured.kernel(context, out[0], tick, state, in); }) * 1e9 / tick;
+        return bench::bestTime(rounds, calls, [&] { measured.kernel(context, out[0], tick, state, input(measured)); }) * 1e9 /
+               tick;
     }
     double sideBySide(const Measured& measured) {
         OscillatorState states[voiceCount];
         for (OscillatorState& state : states) state = started(measured);
         const auto layer = [&] {
             KernelBatch batch(engine, waves, random, tick);
-            for (int voice = 0; voice < voiceCount; ++voice) batch.add(measured.kernel, out[voice], states[voice], in);
+            for (int voice = 0; voice < voiceCount; ++voice)
+                batch.add(batchedKernel(measured.kernel), out[voice], states[voice], input(measured));
             batch.render();
         };
         return bench::bestTime(rounds, calls / voiceCount, layer) * 1e9 / (tick * voiceCount);

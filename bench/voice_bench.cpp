@@ -47,6 +47,8 @@ public:
         block();
     }
     void block() { audio_.render(left.data(), right.data(), blockFrames, Transport{}); }
+    // Voices without a key sound on.
+    void holdPedal() { audio_.midi().enqueueMidi(0xb0, 64, 127, 0); }
     void press(int key) { audio_.midi().enqueueMidi(0x90, static_cast<std::uint8_t>(key), 100, 0); }
     Layer& layer(int index) { return audio_.layer(index); }
     int tickSamples() { return audio_.state().tickSamples; }
@@ -141,6 +143,7 @@ struct Rig : Engine {
             set(par::Layer1On + i, i < layers ? 1.0f : 0.0f);
         }
         start();
+        holdPedal();
         for (int i = 0; i < layers * voices; ++i) layer(i / voices).voice(voiceCount - 1 - i % voices).noteOn(36 + i % 48, 100);
     }
     // As many layers on as `count` voices need, and those voices held, past the allocation that would fade one of

@@ -1,7 +1,7 @@
-# dist/: the instrument as it is copied to a user's VST folder, the programs and the songs.
+# dist/: the instrument in all formats with the one set of data that they share, the programs and the songs.
 set(dist ${PROJECT_SOURCE_DIR}/dist)
 set(made ${CMAKE_BINARY_DIR}/dist-data)
-set(programs vantoric-render vantoric-patch vantoric-waves vantoric-cycles vantoric-song)
+set(programs vantoric-render vantoric-patch vantoric-waves vantoric-cycles vantoric-song vantoric)
 set(program_files)
 foreach(program ${programs})
   if(TARGET ${program})
@@ -23,7 +23,7 @@ foreach(program ${programs})
     add_dependencies(dist ${program})
   endif()
 endforeach()
-foreach(content patches templates songs wavetables)
+foreach(content patches templates songs wavetables manual)
   if(TARGET ${content})
     add_dependencies(dist ${content})
   endif()
@@ -37,6 +37,19 @@ endif()
 if(TARGET wavetables)
   add_custom_command(TARGET dist POST_BUILD COMMAND ${CMAKE_COMMAND} -E copy_directory ${made}/Vantoric_wavetables ${dist}/Vantoric/Vantoric_wavetables VERBATIM)
 endif()
+
+# The other formats lie beside the VST 2.4 module, and find the data from within their bundles.
+foreach(format clap lv2 vst3)
+  if(TARGET Vantoric_${format})
+    add_dependencies(dist Vantoric_${format})
+    if(format STREQUAL "clap")
+      add_custom_command(TARGET dist POST_BUILD COMMAND ${CMAKE_COMMAND} -E copy_if_different ${made}/Vantoric.clap ${dist}/Vantoric VERBATIM)
+    else()
+      add_custom_command(TARGET dist POST_BUILD COMMAND ${CMAKE_COMMAND} -E copy_directory ${made}/Vantoric.${format}
+        ${dist}/Vantoric/Vantoric.${format} VERBATIM)
+    endif()
+  endif()
+endforeach()
 
 # The fonts of the window's design, where the system has them, beside the plug-in: so that it looks the same on systems that
 # don't. The text renderer finds them in Vantoric_data/Fonts.

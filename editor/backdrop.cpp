@@ -15,8 +15,7 @@ constexpr double titleSize = 10.5;
 
 void panel(Pen& pen, double x, double y, double w, double h, const Color& fill) {
     pen.round(x, y, w, h, 6, fill);
-    const Pen::Clip top(pen, x + 3, y, w - 6, pen.hair());
-    pen.rect(x, y, w, pen.hair(), mix(fill, style::white, 0.06));  // a light edge at the top
+    pen.rect(x + 6, y, w - 12, pen.hair(), mix(fill, style::white, 0.06));  // a light edge at the top
 }
 
 void title(Pen& pen, double x, double y, const char* text, const Color& color, Align align = Align::left) {
@@ -31,6 +30,7 @@ const CRect equalizerArea(1028, 38, 1180, 66);
 const CRect targetsArea(710, 456, 794, 552);
 const CRect matrixArea(802, 424, 1190, 562);
 const CRect stepsArea(404, 578, 1186, 650);
+const CRect leadArea(944, 228, 994, 324);
 const CRect layersArea(402, 4, 598, 78);
 const CRect globalArea(8, 84, 60, 102);
 
@@ -56,40 +56,42 @@ void Backdrop::setState(const BackdropState& state) {
     }
     if (state.arpeggiatorStep != before.arpeggiatorStep) invalidRect(stepsArea);
     if (state.equalizer != before.equalizer) invalidRect(equalizerArea);
-    if (state.isSerial != before.isSerial) invalidRect(CRect(944, 228, 994, 324));
+    if (state.isSerial != before.isSerial) invalidRect(leadArea);
 }
 
 void Backdrop::draw(VSTGUI::CDrawContext* context) { drawRect(context, getViewSize()); }
 
 void Backdrop::drawRect(VSTGUI::CDrawContext* context, const CRect& updated) {
     Pen pen(*context);
-    if (updated.top < bandHeight) drawBand(pen);
-    if (updated.bottom > bandHeight) {
-        pen.rect(0, bandHeight, layoutWidth, layoutHeight - bandHeight, style::window);
-        drawPanels(pen);
-        drawTitles(pen);
-        drawOscillators(pen);
-        drawFilters(pen);
-        drawLfoTargets(pen);
-        drawMatrix(pen);
-        drawArpeggiator(pen);
+    ground_.show(pen, getViewSize(), [this](Pen& picture) { drawGround(picture); });
+    const auto drawIn = [&](const CRect& area, void (Backdrop::*draw)(Pen&) const) {
+        if (area.rectOverlap(updated)) (this->*draw)(pen);
+    };
+    drawIn(globalArea, &Backdrop::drawReach);
+    if (state_.isMultilayer) drawIn(layersArea, &Backdrop::drawMultilayer);
+    drawIn(equalizerArea, &Backdrop::drawEqualizer);
+    if (getHeight() > bandHeight) {
+        drawIn(leadArea, &Backdrop::drawLead);
+        drawIn(targetsArea, &Backdrop::drawLfoTargets);
+        drawIn(matrixArea, &Backdrop::drawMatrix);
+        drawIn(stepsArea, &Backdrop::drawSteps);
     }
     setDirty(false);
 }
 
-void Backdrop::drawBand(Pen& pen) {
+void Backdrop::drawGround(Pen& pen) const {
+    drawBand(pen);
+    if (getHeight() <= bandHeight) return;
+    pen.rect(0, bandHeight, layoutWidth, layoutHeight - bandHeight, style::window);
+    for (const Panel& each : windowPanels())
+        if (!each.inBand) panel(pen, each.rect.x, each.rect.y, each.rect.width, each.rect.height, style::panel);
+    drawTitles(pen);
+}
+
+void Backdrop::drawBand(Pen& pen) const {
     pen.rect(0, 0, layoutWidth, bandHeight, style::band);
     pen.rect(0, bandHeight - pen.hair(), layoutWidth, pen.hair(), fade(style::black, 0.55));
     pen.round(10, 34, 388, 44, 6, style::inset);
-    if (state_.isMultilayer) {
-        pen.text(10, 96.5, "All layers", Face::semibold, 9.5, style::multilayer);
-    } else {
-        pen.text(10, 96.5, "Global", Face::medium, 9.5, style::text2);
-    }
-    if (state_.isMultilayer) {
-        pen.round(403, 5, 194, 72, 7, mix(style::band, style::multilayer, 0.10));
-        pen.roundLine(403, 5, 194, 72, 7, style::multilayer, 1.2);
-    }
     panel(pen, 602, 8, 192, 114, style::bandPanel);
     panel(pen, 802, 8, 208, 114, style::bandPanel);
     panel(pen, 1018, 8, 172, 114, style::bandPanel);
@@ -99,11 +101,24 @@ void Backdrop::drawBand(Pen& pen) {
     pen.text(783, 107, "R", Face::medium, 9, style::text2, Align::centre);
     title(pen, 810, 25, "Master FX", style::output);
     title(pen, 1028, 25, "Equalizer", style::output);
-    drawEqualizer(pen);
+}
+
+// Over the lists that no layer owns.
+void Backdrop::drawReach(Pen& pen) const {
+    if (state_.isMultilayer) {
+        pen.text(10, 96.5, "All layers", Face::semibold, 9.5, style::multilayer);
+    } else {
+        pen.text(10, 96.5, "Global", Face::medium, 9.5, style::text2);
+    }
+}
+
+void Backdrop::drawMultilayer(Pen& pen) const {
+    pen.round(403, 5, 194, 72, 7, mix(style::band, style::multilayer, 0.10));
+    pen.roundLine(403, 5, 194, 72, 7, style::multilayer, 1.2);
 }
 
 // A picture of what the three knobs do, not a measured response.
-void Backdrop::drawEqualizer(Pen& pen) {
+void Backdrop::drawEqualizer(Pen& pen) const {
     const CRect& r = equalizerArea;
     const double middle = (r.top + r.bottom) / 2, height = r.getHeight();
     pen.round(r.left, r.top, r.getWidth(), height, 4, style::inset);
@@ -122,12 +137,7 @@ void Backdrop::drawEqualizer(Pen& pen) {
     pen.line(points, style::output, 1.4);
 }
 
-void Backdrop::drawPanels(Pen& pen) {
-    for (const Panel& each : windowPanels())
-        if (!each.inBand) panel(pen, each.rect.x, each.rect.y, each.rect.width, each.rect.height, style::panel);
-}
-
-void Backdrop::drawTitles(Pen& pen) {
+void Backdrop::drawTitles(Pen& pen) const {
     title(pen, 38, 150, "Osc", style::oscillators, Align::centre);
     title(pen, 968, 150, "Filters", style::filters, Align::centre);
     title(pen, 1008, 156, "Voice", style::output);
@@ -140,29 +150,29 @@ void Backdrop::drawTitles(Pen& pen) {
     pen.chevron(600, 274, Pointing::right, 3, style::text3, 1.4);
     pen.chevron(996, 274, Pointing::right, 3, style::text3, 1.4);
     pen.chevron(1095, 274, Pointing::down, 3, style::text3, 1.4);
-}
-
-void Backdrop::drawOscillators(Pen& pen) {
     for (int i = 0; i < 3; ++i) {
         const int top = oscillatorTop(i);
         pen.text(38, top + 32, std::to_string(i + 1), Face::title, 17, style::oscillators, Align::centre);
         for (const int x : {371, 479}) pen.rect(x, top + 10, pen.hair(), 44, style::line);
     }
-}
-
-void Backdrop::drawFilters(Pen& pen) {
-    const Color lead = mix(style::panel, style::filters, state_.isSerial ? 0.55 : 0.2);
-    pen.line({{948, 240}, {962, 240}, {968, 246}, {968, 266}}, lead, 1.2);
-    pen.line({{968, 288}, {968, 306}, {962, 312}, {949, 312}}, lead, 1.2);
-    pen.chevron(949.6, 312, Pointing::left, 2.6, lead);
     for (int i = 0; i < 2; ++i) {
         const int y = i == 0 ? 148 : 290;
         pen.round(612, y, 18, 18, Corners(4, 0, 0, 0), mix(style::panel, style::filters, 0.22));
         pen.text(621, y + 12.6, std::to_string(i + 1), Face::title, titleSize, style::filters, Align::centre);
     }
+    pen.text(398, 609.4, "Note", Face::medium, 9, style::text2, Align::right);
+    pen.text(398, 633.4, "Vel", Face::medium, 9, style::text2, Align::right);
 }
 
-void Backdrop::drawLfoTargets(Pen& pen) {
+// From filter 1 to filter 2, brighter where the second is fed by the first.
+void Backdrop::drawLead(Pen& pen) const {
+    const Color lead = mix(style::panel, style::filters, state_.isSerial ? 0.55 : 0.2);
+    pen.line({{948, 240}, {962, 240}, {968, 246}, {968, 266}}, lead, 1.2);
+    pen.line({{968, 288}, {968, 306}, {962, 312}, {949, 312}}, lead, 1.2);
+    pen.chevron(949.6, 312, Pointing::left, 2.6, lead);
+}
+
+void Backdrop::drawLfoTargets(Pen& pen) const {
     if (!state_.hasLfoTargets) return;
     pen.text(716, 466, "Drives", Face::medium, 9, style::text2);
     if (state_.driven.empty()) pen.text(716, 482, "nothing yet", Face::medium, 9.5, style::text2);
@@ -173,7 +183,7 @@ void Backdrop::drawLfoTargets(Pen& pen) {
     }
 }
 
-void Backdrop::drawMatrix(Pen& pen) {
+void Backdrop::drawMatrix(Pen& pen) const {
     pen.text(1182, 440, std::to_string(state_.slotsUsed) + " of 15 used", Face::medium, 9, style::text2, Align::right);
     for (int row = 0; row < 5; ++row) {
         const BackdropState::MatrixRow& slot = state_.matrix[row];
@@ -188,9 +198,7 @@ void Backdrop::drawMatrix(Pen& pen) {
     }
 }
 
-void Backdrop::drawArpeggiator(Pen& pen) {
-    pen.text(398, 609.4, "Note", Face::medium, 9, style::text2, Align::right);
-    pen.text(398, 633.4, "Vel", Face::medium, 9, style::text2, Align::right);
+void Backdrop::drawSteps(Pen& pen) const {
     for (int step = 0; step < 16; ++step) {
         const bool isPlaying = step == state_.arpeggiatorStep, isBeat = step % 4 == 0;
         const Color color = isPlaying ? style::arpeggiator : isBeat ? style::text2 : style::text3;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "editor/pen.h"
+#include "editor/picture.h"
 #include "vstgui/lib/cview.h"
 #include "vstgui/lib/events.h"
 
@@ -47,16 +48,18 @@ public:
     CLASS_METHODS_NOCOPY(Backdrop, VSTGUI::CView)
 
 private:
-    void drawBand(Pen& pen);
-    void drawEqualizer(Pen& pen);
-    void drawPanels(Pen& pen);
-    void drawTitles(Pen& pen);
-    void drawOscillators(Pen& pen);
-    void drawFilters(Pen& pen);
-    void drawLfoTargets(Pen& pen);
-    void drawMatrix(Pen& pen);
-    void drawArpeggiator(Pen& pen);
+    void drawGround(Pen& pen) const;
+    void drawBand(Pen& pen) const;
+    void drawTitles(Pen& pen) const;
+    void drawReach(Pen& pen) const;
+    void drawMultilayer(Pen& pen) const;
+    void drawEqualizer(Pen& pen) const;
+    void drawLead(Pen& pen) const;
+    void drawLfoTargets(Pen& pen) const;
+    void drawMatrix(Pen& pen) const;
+    void drawSteps(Pen& pen) const;
 
+    Picture ground_{true};  // all that never changes
     std::function<void()> clicked_;
     BackdropState state_;
 };

@@ -57,11 +57,18 @@ void PatchLine::setHovered(Part part) {
     if (part == hovered_) return;
     hovered_ = part;
     invalid();
+    CRect place = getViewSize();
+    part == Part::category ? place.bottom = place.top + 15 : place.top += 15;
+    if (hoverHeard_) hoverHeard_(static_cast<int>(part), place);
 }
 
 void PatchLine::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
     event.ignoreFollowUpMoveAndUpEvents(true);
+    if (event.buttonState.isRight()) {
+        if (notesWanted_) notesWanted_();
+        return;
+    }
     if (partAt(event.mousePosition) == Part::category) return openCategories_();
     openPatches_();
 }
@@ -86,6 +93,10 @@ void FavouriteView::draw(VSTGUI::CDrawContext* context) {
 void FavouriteView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
     event.ignoreFollowUpMoveAndUpEvents(true);
+    press();
+}
+
+void FavouriteView::press() {
     setValue(getValue() > 0.5f ? 0.0f : 1.0f);
     valueChanged();
     invalid();
@@ -144,6 +155,7 @@ void WheelView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
         return;
     }
     isHeld_ = true;
+    valueBefore_ = getValue();
     beginEdit();
     follow(event.mousePosition);
     invalid();
@@ -162,6 +174,12 @@ void WheelView::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
 
 void WheelView::onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) {
     event.consumed = true;
+    letGo();
+}
+
+void WheelView::cancel() {
+    if (!isHeld_) return;
+    if (!springsBack_) setByHand(valueBefore_);
     letGo();
 }
 

@@ -21,6 +21,12 @@ public:
     };
     PatchLine(const VSTGUI::CRect& area, std::function<void()> openCategories, std::function<void()> openPatches);
 
+    // Hears which of the two lists the pointer is over, with its place: 1 the categories, 2 the patches, 0 neither.
+    using Hovered = std::function<void(int list, const VSTGUI::CRect& place)>;
+    void setHoverHeard(Hovered heard) { hoverHeard_ = std::move(heard); }
+    // A right click on the name.
+    void setNotesWanted(std::function<void()> wanted) { notesWanted_ = std::move(wanted); }
+
     void setShown(const Shown& shown);
     void draw(VSTGUI::CDrawContext* context) override;
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
@@ -36,13 +42,16 @@ private:
 
     Shown shown_;
     Part hovered_ = Part::none;
-    std::function<void()> openCategories_, openPatches_;
+    std::function<void()> openCategories_, openPatches_, notesWanted_;
+    Hovered hoverHeard_;
 };
 
 // The star of a favourite.
 class FavouriteView : public VSTGUI::CControl {
 public:
     FavouriteView(const VSTGUI::CRect& area, VSTGUI::IControlListener* listener, int tag);
+    // Puts the star on or takes it off, as a click does.
+    void press();
     void draw(VSTGUI::CDrawContext* context) override;
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
     void onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) override;
@@ -64,6 +73,8 @@ public:
     void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
     void onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) override;
     bool isHeld() const { return isHeld_; }
+    // Calls off the drag that is under way, if one is.
+    void cancel();
     // What a right click does; nothing if it is never set.
     void setMenuWanted(std::function<void()> menuWanted) { menuWanted_ = std::move(menuWanted); }
 
@@ -76,6 +87,7 @@ private:
 
     bool springsBack_;
     bool isHeld_ = false;
+    float valueBefore_ = 0;  // the drag
     std::function<void()> menuWanted_;
 };
 

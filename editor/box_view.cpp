@@ -16,7 +16,7 @@ using VSTGUI::VirtualKey;
 namespace {
 
 constexpr double widest = 232, tallest = 320, padding = 12, headHeight = 30, footHeight = 38, lowFootHeight = 28, lineHeight = 14,
-                 textSize = 10, buttonHeight = 18, narrowestButton = 58, betweenButtons = 6, barWidth = 3;
+                 textSize = 10, buttonHeight = 18, narrowestButton = 58, betweenButtons = 6, barWidth = 3, progressHeight = 14;
 
 // The bytes of a text's longest beginning that is no wider; at least one character.
 std::size_t fittingBytes(std::string_view text, double width) {
@@ -64,7 +64,8 @@ void BoxView::layOut() {
     double textWidth = width - 2 * padding;
     lines_ = linesOf(box_.text, textWidth);
     const bool isLow = area.getHeight() < 200;
-    const double foot = isLow ? lowFootHeight : footHeight, room = area.getHeight() - headHeight - foot;
+    const double foot = (isLow ? lowFootHeight : footHeight) + (box_.part ? progressHeight : 0),
+                 room = area.getHeight() - headHeight - foot;
     double content = lineHeight * static_cast<double>(lines_.size());
     if (content > room) {
         textWidth -= barWidth + 5;
@@ -112,6 +113,11 @@ void BoxView::focus(int button) {
     invalidRect(panel_);
 }
 
+void BoxView::follow() {
+    const double part = box_.part ? box_.part() : 0;
+    if (part != std::exchange(part_, part)) invalidRect(progressRect());
+}
+
 // ---- drawing
 
 void BoxView::draw(VSTGUI::CDrawContext* context) {
@@ -125,12 +131,13 @@ void BoxView::draw(VSTGUI::CDrawContext* context) {
         pen.text(panel_.right - padding, panel_.top + 19.4, std::to_string(times_) + " times", Face::medium, 9, style::text2,
                  Align::right);
     drawText(pen);
+    if (box_.part) drawProgress(pen);
     for (int button = 0; button < static_cast<int>(box_.buttons.size()); ++button)
         drawButton(pen, buttonRect(button), box_.buttons[button],
-                   {.isMain = button == 0,
+                   {.isMain = button == 0 && !box_.part,
                     .isHovered = button == hovered_,
                     .isPressed = button == pressed_,
-                    .isFocused = button == focused_});
+                    .isFocused = button == focused_ && !box_.part});
     setDirty(false);
 }
 
@@ -161,6 +168,17 @@ void BoxView::drawText(Pen& pen) const {
             pen.text(textArea_.left, y + 10.5, line, Face::medium, textSize, style::text2);
         y += lineHeight;
     }
+}
+
+CRect BoxView::progressRect() const {
+    return {panel_.left + padding, textArea_.bottom + 6, panel_.right - padding, textArea_.bottom + 10};
+}
+
+void BoxView::drawProgress(Pen& pen) const {
+    const CRect place = progressRect();
+    pen.round(place.left, place.top, place.getWidth(), place.getHeight(), 2, style::inset);
+    const double done = std::max(place.getHeight(), part_ * place.getWidth());
+    pen.round(place.left, place.top, done, place.getHeight(), 2, style::filters);
 }
 
 // ---- the pointer
@@ -215,7 +233,9 @@ void BoxView::onKey(VSTGUI::KeyboardEvent& event) {
         case VirtualKey::Escape: return dismiss();
         case VirtualKey::Return:
         case VirtualKey::Enter:
-        case VirtualKey::Space: return answer(focused_);
+        case VirtualKey::Space:
+            if (!box_.part) answer(focused_);  // a key that was meant for what stood there before cancels nothing
+            return;
         case VirtualKey::Tab: return focus(focused_ + (event.modifiers.has(VSTGUI::ModifierKey::Shift) ? -1 : 1));
         case VirtualKey::Left: return focus(std::max(0, focused_ - 1));
         case VirtualKey::Right: return focus(std::min(focused_ + 1, static_cast<int>(box_.buttons.size()) - 1));

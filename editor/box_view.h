@@ -14,10 +14,12 @@ struct Box {
     std::string title, text;
     // The first is the safe answer: filled, first in the order of the focus, and what Escape gives.
     std::vector<std::string> buttons;
+    std::function<double()> part = {};  // 0 to 1: how far something is, as a bar below the text; empty: no bar
 };
 
 // A box in the middle of the window. The title's word chooses its sign: "Error", "Warning", "Hint", and "Info" for all
-// others. Long texts wrap and scroll. Buttons are chosen by click, Enter and Space; Tab and the arrows go between them.
+// others. Long texts wrap and scroll. Buttons are chosen by click, Enter and Space, that of
+// work in progress by click and Escape alone; Tab and the arrows go between them.
 class BoxView : public LayerView {
 public:
     // `answered` gets the number of a button, once, with the view still there; whoever opened it takes it away.
@@ -29,6 +31,7 @@ public:
 
     void onKey(VSTGUI::KeyboardEvent& event) override;
     void dismiss() override { answer(0); }
+    void follow() override;
 
     void draw(VSTGUI::CDrawContext* context) override;
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
@@ -52,10 +55,13 @@ private:
     void focus(int button);
     void drawSign(Pen& pen) const;
     void drawText(Pen& pen) const;
+    VSTGUI::CRect progressRect() const;
+    void drawProgress(Pen& pen) const;
 
     Box box_;
     std::function<void(int)> answered_;
     int times_ = 1;
+    double part_ = 0;
     std::vector<std::string> lines_;
     std::vector<double> buttonWidths_;
     VSTGUI::CRect panel_, textArea_;

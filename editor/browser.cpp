@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "editor/model/control_table.h"
+#include "editor/notes_box.h"
 
 namespace vantoric {
 
@@ -23,6 +24,7 @@ bool MYBrowser::open(LayerHost& host, BrowserModel* model) {
     if (model == nullptr || area.getHeight() < lowest) return false;
     host_ = &host;
     view_ = new BrowserView(area, *model, [this] { close(); });
+    view_->setNotesWanted([&host, model](const BrowserPatch& patch) { openNotes(host, *model, patch); });
     host.openLayer(view_);
     tellListener();
     return true;

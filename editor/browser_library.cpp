@@ -5,7 +5,7 @@
 
 #include "library/name_order.h"
 #include "library/rank_file.h"
-#include "platform/module_folder.h"
+#include "platform/own_files.h"
 
 namespace vantoric {
 namespace {
@@ -19,7 +19,7 @@ std::string lowered(std::string text) {
 
 // The patches of a category that is not listed, in the order of the lists.
 std::vector<std::string> namesIn(const std::string& category) {
-    return listNames(platform::soundsFolder() + category, ".fxp", PatchLibrary::mostPatches);
+    return listNames(platform::listDataFolder(platform::belowSounds() + category), ".fxp", PatchLibrary::mostPatches);
 }
 
 }  // namespace
@@ -152,6 +152,54 @@ void BrowserLibrary::clickPrevious() {
     notePlayed();
 }
 
+// ---- what is written about patches
+
+namespace {
+
+std::string joined(const std::vector<std::string>& tags) {
+    std::string all;
+    for (const std::string& tag : tags) all += (all.empty() ? "" : ", ") + tag;
+    return all;
+}
+
+// What stands between the commas, each once and without the blanks around it.
+std::vector<std::string> partsOf(const std::string& tags) {
+    std::vector<std::string> parts;
+    std::istringstream all(tags);
+    for (std::string part; std::getline(all, part, ',');) {
+        const std::size_t first = part.find_first_not_of(" \t"), last = part.find_last_not_of(" \t");
+        if (first == std::string::npos) continue;
+        part = part.substr(first, last - first + 1);
+        if (std::ranges::find(parts, part) == parts.end()) parts.push_back(part);
+    }
+    return parts;
+}
+
+}  // namespace
+
+BrowserNotes BrowserLibrary::notes(const BrowserPatch& patch) {
+    forgetKnown();
+    if (const auto noted = noted_.find({patch.category, patch.name}); noted != noted_.end()) return noted->second;
+    const std::shared_ptr<const PatchCatalogue> catalogue = index_.catalogue();
+    const auto found = catalogue->find(patch.category, patch.name);
+    if (!found) return {};
+    const CataloguedPatch& known = catalogue->patches()[*found];
+    return {joined(known.tags), known.author, known.about};
+}
+
+void BrowserLibrary::writeNotes(const BrowserPatch& patch, const BrowserNotes& notes) {
+    const std::vector<std::string> tags = partsOf(notes.tags);
+    noted_[{patch.category, patch.name}] = {joined(tags), notes.author, notes.about};
+    index_.write({patch.category, patch.name}, {tags, notes.author, notes.about});
+}
+
+// The catalogue knows them by now.
+void BrowserLibrary::forgetKnown() {
+    if (index_.isScanning()) return;
+    rated_.clear();
+    noted_.clear();
+}
+
 // ---- the search
 
 std::vector<BrowserPatch> BrowserLibrary::search(const std::string& query, const BrowserFilters& filters) {
@@ -161,7 +209,7 @@ std::vector<BrowserPatch> BrowserLibrary::search(const std::string& query, const
     filter.favourites = filters.favourites;
     filter.own = filters.mine;
     filter.recent = filters.recent;
-    if (!index_.isScanning()) rated_.clear();  // the catalogue knows them by now
+    forgetKnown();
     std::shared_ptr<const PatchCatalogue> catalogue;
     std::vector<std::uint32_t> indices;
     do {

@@ -36,7 +36,10 @@ public:
     void clickStar(int row, int star) override;
     void clickNext() override;
     void clickPrevious() override;
+    void callOffLoad() override { browser_.callOffLoad(); }
 
+    BrowserNotes notes(const BrowserPatch& patch) override;
+    void writeNotes(const BrowserPatch& patch, const BrowserNotes& notes) override;
     std::vector<BrowserPatch> search(const std::string& query, const BrowserFilters& filters) override;
     std::string complete(const std::string& query) override { return index_.complete(query); }
     bool isReading() override { return index_.generation() == 0 && index_.isScanning(); }
@@ -60,6 +63,7 @@ private:
     bool list(const std::string& category);
     void countPatches();
     void notePlayed();
+    void forgetKnown();
 
     PatchLibrary& library_;
     PatchBrowser& browser_;
@@ -72,6 +76,7 @@ private:
     std::map<std::string, int> counts_;  // patches of each category, as catalogued
     unsigned counted_ = 0;               // the index's generation that they are of
     std::map<Place, int> rated_;         // given here since; the catalogue may not know them yet
+    std::map<Place, BrowserNotes> noted_;
 };
 
 // Where one of the query's words, or all of it, stands in a name, letter case of A to Z aside: the first byte and the bytes;

@@ -20,6 +20,13 @@ struct BrowserPatch {
     friend bool operator==(const BrowserPatch&, const BrowserPatch&) = default;
 };
 
+// What a user writes about a patch.
+struct BrowserNotes {
+    std::string tags;  // parted by commas
+    std::string author, about;
+    friend bool operator==(const BrowserNotes&, const BrowserNotes&) = default;
+};
+
 struct BrowserFilters {
     bool favourites = false, fourStars = false, recent = false, mine = false;
     bool any() const { return favourites || fourStars || recent || mine; }
@@ -57,6 +64,12 @@ public:
     virtual void clickStar(int row, int star) = 0;
     virtual void clickNext() = 0;
     virtual void clickPrevious() = 0;
+
+    // What is written about a patch, and that something else is: the search knows it at once.
+    virtual BrowserNotes notes(const BrowserPatch& patch) = 0;
+    virtual void writeNotes(const BrowserPatch& patch, const BrowserNotes& notes) = 0;
+    // A patch that was to go to a layer is not waited for any more.
+    virtual void callOffLoad() = 0;
 
     // Patches of all categories that fit the words and the filters, the best first. An empty query fits all.
     virtual std::vector<BrowserPatch> search(const std::string& query, const BrowserFilters& filters) = 0;

@@ -119,6 +119,7 @@ CRect BrowserView::clearRect() const {
 CRect BrowserView::closeRect() const { return {panel_.right - 32, panel_.top + 10, panel_.right - 8, panel_.top + 34}; }
 CRect BrowserView::categoriesRect() const { return {panel_.left + 6, panel_.top + 40, panel_.left + 185, panel_.bottom - 8}; }
 CRect BrowserView::previousRect() const { return {panel_.right - 150, panel_.bottom - 28, panel_.right - 84, panel_.bottom - 8}; }
+CRect BrowserView::tagsRect() const { return {panel_.right - 206, panel_.bottom - 28, panel_.right - 158, panel_.bottom - 8}; }
 CRect BrowserView::nextRect() const { return {panel_.right - 76, panel_.bottom - 28, panel_.right - 10, panel_.bottom - 8}; }
 
 CRect BrowserView::listRect() const {
@@ -160,6 +161,7 @@ BrowserView::Hit BrowserView::hit(CPoint where) const {
     if (closeRect().pointInside(where)) return {Part::close};
     if (isSearching() && clearRect().pointInside(where)) return {Part::clear};
     if (searchRect().pointInside(where)) return {Part::search};
+    if (tagsRect().pointInside(where)) return {Part::tags};
     if (previousRect().pointInside(where)) return {Part::previous};
     if (nextRect().pointInside(where)) return {Part::next};
     for (int chip = 0; chip < chips; ++chip)
@@ -188,6 +190,7 @@ CRect BrowserView::areaOf(const Hit& hit) const {
         case Part::category: return categoryRect(hit.row);
         case Part::patch:
         case Part::star: return rowRect(hit.row);
+        case Part::tags: return tagsRect();
         case Part::previous: return previousRect();
         case Part::next: return nextRect();
     }
@@ -217,6 +220,12 @@ void BrowserView::play(int row) {
     isSearching() ? model_.playFound(patch) : model_.clickPatch(row);
     read();
     revealSelected();
+}
+
+// Of a row, or of the patch in force if there is none.
+void BrowserView::writeNotes(int row) {
+    const bool isRow = row >= 0 && row < static_cast<int>(rows_.size());
+    if (notesWanted_) notesWanted_(isRow ? rows_[static_cast<std::size_t>(row)] : playing_);
 }
 
 void BrowserView::rate(int row, int stars) {
@@ -269,6 +278,12 @@ void BrowserView::follow() {
     if (model_.revision() != revision_) read();
 }
 
+void BrowserView::leave() {
+    if (isSearching()) return clearSearch();
+    if (hint_.isTarget) model_.callOffLoad();
+    dismiss();
+}
+
 void BrowserView::act(const Hit& target) {
     switch (target.part) {
         case Part::close: return dismiss();
@@ -277,6 +292,7 @@ void BrowserView::act(const Hit& target) {
         case Part::category: return openCategory(target.row);
         case Part::patch: return play(target.row);
         case Part::star: return rate(target.row, target.star);
+        case Part::tags: return writeNotes(selected_);
         case Part::previous: return step(false);
         case Part::next: return step(true);
         default: return;
@@ -289,6 +305,10 @@ void BrowserView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
     isByKeys_ = false;
     if (listBar_.press(event.mousePosition) || categoriesBar_.press(event.mousePosition)) return refresh();
+    if (event.buttonState.isRight()) {
+        const Hit over = hit(event.mousePosition);
+        if (over.part == Part::patch || over.part == Part::star) writeNotes(over.row);
+    }
     if (!event.buttonState.isLeft()) return;
     pressed_ = hit(event.mousePosition);
     setFocus(pressed_.part == Part::search ? Focus::search : pressed_.part == Part::category ? Focus::categories : Focus::list);
@@ -378,7 +398,8 @@ void BrowserView::onKey(VSTGUI::KeyboardEvent& event) {
     event.consumed = true;
     if (event.type != VSTGUI::EventType::KeyDown) return;
     isByKeys_ = true;
-    if (event.virt == VirtualKey::Escape) return isSearching() ? clearSearch() : dismiss();
+    if (event.virt == VirtualKey::Escape) return leave();
+    if (event.virt == VirtualKey::F2) return writeNotes(selected_);
     if (event.virt == VirtualKey::Tab) {
         const bool isBack = event.modifiers.has(VSTGUI::ModifierKey::Shift);
         if (focus_ == Focus::search && !isBack && !completed_.empty()) return complete();
@@ -510,8 +531,11 @@ void BrowserView::drawHead(Pen& pen) const {
     if (isSearching())
         pen.text(chipRect(chips - 1).right + 14, panel_.top + 25.6,
                  counted(rows_.size()) + (isReading_ ? " found so far" : " found"), Face::medium, 9.5, style::text2);
-    pen.text(closeRect().left - 4, panel_.top + 25.6, isSearching() ? "Esc clears" : "Esc closes", Face::medium, 9, style::text3,
-             Align::right);
+    pen.text(closeRect().left - 4, panel_.top + 25.6,
+             isSearching()    ? "Esc clears"
+             : hint_.isTarget ? "Esc calls it off"
+                              : "Esc closes",
+             Face::medium, 9, style::text3, Align::right);
     drawCross(pen, closeRect().getCenter(), hovered_.part == Part::close ? style::white : style::text2);
 }
 
@@ -630,10 +654,19 @@ void BrowserView::drawStep(Pen& pen, const CRect& area, bool forward) const {
              Align::centre);
 }
 
+void BrowserView::drawTagsButton(Pen& pen) const {
+    const CRect area = tagsRect();
+    pen.round(area.left, area.top, area.getWidth(), area.getHeight(), 4,
+              pressed_.part == Part::tags   ? style::inset
+              : hovered_.part == Part::tags ? style::hover
+                                            : style::raised);
+    pen.text(area.getCenter().x, area.getCenter().y + 3.6, "Tags \u2026", Face::medium, 9.5, style::text, Align::centre);
+}
+
 void BrowserView::drawFoot(Pen& pen) const {
     const double left = panel_.left + 204, top = panel_.bottom - footHeight, base = panel_.bottom - 14.4;
     pen.rect(panel_.left + sideWidth, top, panel_.getWidth() - sideWidth - 1, pen.hair(), style::line);
-    const double end = previousRect().left - 14;
+    const double end = tagsRect().left - 14;
     if (hint_.isTarget) {
         const Color ground = mix(style::panel, style::multilayer, 0.18);
         pen.round(left - 2, panel_.bottom - 28, end - left, 20, 4, ground);
@@ -645,6 +678,7 @@ void BrowserView::drawFoot(Pen& pen) const {
         if (!category.empty()) x += pen.text(x, base, category, Face::semibold, 10, style::text, Align::left, 150) + 10;
         pen.text(x, base, hint_.text, Face::medium, 10, style::text2, Align::left, end - x);
     }
+    drawTagsButton(pen);
     drawStep(pen, previousRect(), false);
     drawStep(pen, nextRect(), true);
 }

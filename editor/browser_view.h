@@ -16,12 +16,15 @@ namespace vantoric {
 // Categories at the left, the patches of one in columns, each with its stars; a click loads and leaves the browser open. What
 // is typed finds patches of all categories.
 //
-// Keys: arrows go through the patches, each sounding at once; Enter loads again; 1 to 5 rate; "[" and "]" step; letters and "/"
-// search, where Tab completes; Tab goes to the next part; Escape clears the search, then closes. Space is left to the host.
+// Keys: arrows go through the patches, each sounding at once; Enter loads again; 1 to 5 rate; F2 writes tags; "[" and "]" step;
+// letters and "/" search, where Tab completes; Tab goes to the next part; Escape clears the search, then closes, and calls off
+// what was to go to a layer. Space is left to the host.
 class BrowserView : public LayerView {
 public:
     // The model outlives it. `closed` is called once, with the view still there.
     BrowserView(const VSTGUI::CRect& area, BrowserModel& model, std::function<void()> closed);
+    // Who shows where tags and author of a patch are written.
+    void setNotesWanted(std::function<void(const BrowserPatch& patch)> wanted) { notesWanted_ = std::move(wanted); }
 
     void onKey(VSTGUI::KeyboardEvent& event) override;
     void dismiss() override;
@@ -44,13 +47,13 @@ public:
     VSTGUI::CRect starRect(int row, int star) const;
     VSTGUI::CRect categoryRect(int row) const;
     VSTGUI::CRect chipRect(int chip) const;
-    VSTGUI::CRect previousRect() const, nextRect() const;
+    VSTGUI::CRect previousRect() const, nextRect() const, tagsRect() const;
 
     CLASS_METHODS_NOCOPY(BrowserView, VSTGUI::CView)
 
 private:
     static constexpr int chips = 4;
-    enum class Part { none, search, clear, chip, close, category, patch, star, previous, next };
+    enum class Part { none, search, clear, chip, close, category, patch, star, tags, previous, next };
     struct Hit {
         Part part = Part::none;
         int row = -1, star = 0;
@@ -77,12 +80,14 @@ private:
     // ---- what is done
     void act(const Hit& target);
     void play(int row);
+    void writeNotes(int row);
     void rate(int row, int stars);
     void openCategory(int row);
     void step(bool forward);
     void toggle(int chip);
     bool& filter(int chip);
     void clearSearch();
+    void leave();
     void setFocus(Focus focus, int chip = 0);
     void focusNext(bool forward);
     void moveTo(int row);
@@ -101,11 +106,13 @@ private:
     void drawStars(Pen& pen, int row, const VSTGUI::CRect& area, const Color& ground) const;
     void drawFoot(Pen& pen) const;
     void drawStep(Pen& pen, const VSTGUI::CRect& area, bool forward) const;
+    void drawTagsButton(Pen& pen) const;
     bool hasCaret() const;
     void refresh() { invalidRect(panel_); }
 
     BrowserModel& model_;
     std::function<void()> closed_;
+    std::function<void(const BrowserPatch&)> notesWanted_;
     VSTGUI::CRect panel_;
 
     unsigned revision_ = 0;

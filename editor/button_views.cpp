@@ -153,12 +153,13 @@ void ButtonView::drawWordMark(Pen& pen) {
 }
 
 void ButtonView::drawBrowser(Pen& pen) {
-    pen.round(left(), top(), width(), height(), 4, isHovered() || getValue() > 0.5f ? style::hover : style::raised);
+    pen.round(left(), top(), width(), height(), 4, isHovered() || isOpen() ? style::hover : style::raised);
+    const Color ink = isOpen() ? style::oscillators : style::text;
     constexpr double lengths[] = {9, 6, 9};
     for (int row = 0; row < 3; ++row) {
         const double y = middle() + 6 * (row - 1);
-        pen.dot(centre() - 8, y, 1.3, style::text);
-        pen.line({{centre() - 3.5, y}, {centre() + lengths[row], y}}, style::text, 1.6);
+        pen.dot(centre() - 8, y, 1.3, ink);
+        pen.line({{centre() - 3.5, y}, {centre() + lengths[row], y}}, ink, 1.6);
     }
 }
 

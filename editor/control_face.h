@@ -35,6 +35,8 @@ public:
     virtual void controlPointer(VSTGUI::CPoint where, bool isReleased) = 0;
     // The wheel over a list: `direction` rows on.
     virtual void controlStepped(ControlFace& control, int direction) = 0;
+    // The drag that is under way is called off; the end of the edit follows.
+    virtual void controlCancelled(ControlFace& control) = 0;
 };
 
 // Colours that depend on where a control stands and what it is for.
@@ -52,6 +54,9 @@ public:
     // Where the control stands for hits, focus and overlays, in window units: without caption and bands.
     virtual VSTGUI::CRect body();
 
+    // Calls off the drag that is under way, if one is.
+    virtual void cancelDrag() {}
+
     const std::string& text() const { return text_; }
     void setText(std::string text);
     void setValueQuietly(float value);
@@ -59,7 +64,6 @@ public:
     bool isHovered() const { return isHovered_; }
     bool isFocused() const { return isFocused_; }
     bool isOff() const { return isOff_; }
-    bool isDimmed() const { return isDimmed_; }
     bool isOpen() const { return isOpen_; }
     bool isMultilayer() const { return isMultilayer_; }
     void setHovered(bool value) { set(isHovered_, value); }

@@ -28,10 +28,11 @@ std::string upper(std::string text) {
 // "*.wav *.WAV"
 std::string patterns(const platform::FileRequest& request) { return "*" + request.extension + " *" + upper(request.extension); }
 
-// A folder with a slash at its end: choosers then open in it and not beside it.
+// A folder with a slash at its end: choosers then open in it and not beside it. With the name that a save proposes.
 std::string startOf(const platform::FileRequest& request) {
-    if (request.startFolder.empty() || request.startFolder.ends_with('/')) return request.startFolder;
-    return request.startFolder + "/";
+    const std::string name = !request.isSave || request.name.empty() ? "" : request.name + request.extension;
+    if (request.startFolder.empty() || request.startFolder.ends_with('/')) return request.startFolder + name;
+    return request.startFolder + "/" + name;
 }
 
 }  // namespace
@@ -40,13 +41,13 @@ std::vector<std::string> chooserCommand(const std::string& program, const platfo
     std::vector<std::string> words{program};
     if (program == "kdialog") {
         words.insert(words.end(), {"--title", request.title, request.isSave ? "--getsavefilename" : "--getopenfilename",
-                                   request.startFolder.empty() ? "." : startOf(request)});
+                                   startOf(request).empty() ? "." : startOf(request)});
         if (!request.extension.empty()) words.push_back(patterns(request) + "|" + request.filterText + "\n*|All files");
         return words;
     }
     words.insert(words.end(), {"--file-selection", "--title=" + request.title});
     if (request.isSave) words.emplace_back("--save");
-    if (!request.startFolder.empty()) words.push_back("--filename=" + startOf(request));
+    if (!startOf(request).empty()) words.push_back("--filename=" + startOf(request));
     if (!request.extension.empty()) {
         words.push_back("--file-filter=" + request.filterText + " | " + patterns(request));
         words.emplace_back("--file-filter=All files | *");

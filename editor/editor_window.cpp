@@ -6,6 +6,7 @@
 #include "base/version.h"
 #include "editor/credits_view.h"
 #include "editor/gui_module.h"
+#include "editor/notes_box.h"
 #include "library/show_messages.h"
 #include "platform/dialogs.h"
 #include "platform/module_folder.h"
@@ -48,6 +49,8 @@ EditorWindow::Size EditorWindow::size() const {
     return {static_cast<int>(size.width() * size.zoom()), static_cast<int>(size.height() * size.zoom())};
 }
 
+double EditorWindow::scale() const { return editor_.size().layoutScale() * editor_.size().zoom(); }
+
 bool EditorWindow::open(std::uintptr_t parent) {
     if (isOpen() || parent == 0 || !GuiModule::shared().connect()) return false;
     parent_ = parent;
@@ -89,7 +92,8 @@ bool EditorWindow::buildFrame() {
     root->setBackgroundColor(style::window);
     frame->addView(root);
     content_ = std::make_unique<WindowContent>(*root, width, height, editor_, work_, instrument_);
-    root->addView(browser_ = new MYBrowser(nullptr));
+    content_->setNotesWanted([this] { return openPatchNotes(); });
+    root->addView(browser_ = new MYBrowser(this));
     VSTGUI::X11::FrameConfig config;
     config.runLoop = GuiModule::shared().loop();
     auto* const host = reinterpret_cast<void*>(static_cast<std::uintptr_t>(holder_->id()));
@@ -174,6 +178,17 @@ void EditorWindow::openBrowser() {
     if (!browser_->open(*content_, browserModel_.get())) content_->openPatches();
 }
 
+// The browser opened or closed.
+void EditorWindow::valueChanged(VSTGUI::CControl* browser) {
+    if (content_) content_->showBrowserOpen(browser->getValue() > 0.5f);
+}
+
+bool EditorWindow::openPatchNotes() {
+    const BrowserPatch patch = browserModel_ ? browserModel_->playing() : BrowserPatch();
+    if (!patch.name.empty()) openNotes(*content_, *browserModel_, patch);
+    return !patch.name.empty();
+}
+
 void EditorWindow::showCredits() {
     content_->dismissLayers();
     auto* credits = new CreditsView(content_->layerArea(), versionText, nullptr);
@@ -205,12 +220,13 @@ void EditorWindow::idle() {
     if (isOpen()) holder_->routeKeys(content_->wantsKeys());
 }
 
-// Whatever loads a patch of the library makes it one of the recent ones.
+// Whatever loads or saves a patch of the library makes it one of the recent ones.
 void EditorWindow::notePlayed() {
     const std::uint32_t loads = instrument_.patchesLoaded();
-    if (std::exchange(loadsNoted_, loads) == loads) return;
-    const std::string category = editor_.commands().patch().category();
-    if (category != customCategory) index_->notePlayed({category, editor_.patchName()});
+    const PatchPlace place{editor_.commands().patch().category(), editor_.patchName()};
+    if (std::exchange(loadsNoted_, loads) == loads && place == placeNoted_) return;
+    placeNoted_ = place;
+    if (place.category != customCategory) index_->notePlayed(place);
 }
 
 void EditorWindow::onKeyboardEvent(VSTGUI::KeyboardEvent& event, VSTGUI::CFrame*) { content_->onKey(event); }

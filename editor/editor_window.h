@@ -18,12 +18,16 @@
 #include "library/patch_index.h"
 #include "library/program_loader.h"
 #include "vstgui/lib/cframe.h"
+#include "vstgui/lib/controls/icontrollistener.h"
 
 namespace vantoric {
 
 // On the host's one thread for windows throughout; calls on another do nothing. It lives as long as the plug-in, with or
 // without an open window.
-class EditorWindow final : private EditorView, private VSTGUI::VSTGUIEditorInterface, private VSTGUI::IKeyboardHook {
+class EditorWindow final : private EditorView,
+                           private VSTGUI::VSTGUIEditorInterface,
+                           private VSTGUI::IKeyboardHook,
+                           private VSTGUI::IControlListener {
 public:
     // The instrument outlives it. The host's product string decides some rules of size.
     EditorWindow(Instrument& instrument, ProgramLoader& programs, const std::string& hostProduct);
@@ -36,12 +40,18 @@ public:
     };
     // In pixels, for the size in force. May be asked before the window is open.
     Size size() const;
+    // A size, 0 to 17, for a start where none is stored. Before the window is open.
+    void startWithSize(int index) { editor_.startWithSize(index); }
+    // Pixels a unit of the window's layout, for what is drawn beside it.
+    double scale() const;
 
     // Builds the window inside the host's X11 window `parent`. False, with nothing done, if it is open, `parent` is 0, or
     // there is no display.
     bool open(std::uintptr_t parent);
     void close();
     bool isOpen() const { return frame != nullptr; }
+    // The X11 id of the window inside the host's; 0 while it is closed.
+    std::uintptr_t ownWindow() const { return holder_ ? holder_->id() : 0; }
     // The host's regular call, some twenty times a second or more: events, timers, what has changed.
     void idle();
     // A key of the host's own window; true if it was used.
@@ -66,6 +76,9 @@ private:
     std::int32_t getKnobMode() const override { return VSTGUI::kLinearMode; }
     void onKeyboardEvent(VSTGUI::KeyboardEvent& event, VSTGUI::CFrame* frame) override;
 
+    void valueChanged(VSTGUI::CControl* browser) override;
+
+    bool openPatchNotes();
     bool buildFrame();
     void offerRecovery();
     void notePlayed();
@@ -87,6 +100,7 @@ private:
     std::vector<std::function<void()>> later_;  // run in idle time, outside every event
     std::uint64_t lastRound_ = 0;
     std::uint32_t loadsNoted_ = 0;
+    PatchPlace placeNoted_;
     std::thread::id thread_;  // that opened the window
     bool isIdling_ = false;
     bool hasOffered_ = false;  // what a crash left

@@ -47,7 +47,9 @@ FileChooser::FileChooser(const CRect& area, const platform::FileRequest& request
     std::string start = request_.startFolder.empty() && !places_.empty() ? places_.front().folder : request_.startFolder;
     start = nearestFolder(typedPath(start, home_.empty() ? "/" : home_, home_));
     enter(start);
-    if (request_.isSave) focus(Part::name);
+    if (!request_.isSave) return;
+    name_.setText(request_.name, true);
+    focus(Part::name);
 }
 
 // ---- where things stand

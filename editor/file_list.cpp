@@ -10,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/number_text.h"
 #include "base/text.h"
 
 namespace vantoric {
@@ -138,9 +139,7 @@ std::string sizeText(std::uint64_t bytes) {
     double size = static_cast<double>(bytes) / 1000;
     std::size_t unit = 0;
     while (size >= 999.5 && unit + 1 < units.size()) size /= 1000, ++unit;
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), size < 9.95 && unit > 0 ? "%.1f %s" : "%.0f %s", size, units[unit]);
-    return text.data();
+    return decimalText(size, size < 9.95 && unit > 0 ? 1 : 0) + " " + units[unit];
 }
 
 std::string dateText(std::int64_t seconds) {

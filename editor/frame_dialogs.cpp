@@ -81,7 +81,8 @@ void FrameDialogs::setHost(LayerHost* host) {
 
 int FrameDialogs::openCount() const {
     const std::lock_guard guard(mutex_);
-    return static_cast<int>(asked_.size());
+    return static_cast<int>(
+        std::ranges::count_if(asked_, [](const Asked& asked) { return !std::holds_alternative<Task>(asked); }));
 }
 
 // ---- what is asked for
@@ -99,6 +100,12 @@ void FrameDialogs::question(const std::string& title, const std::string& text, p
 
 void FrameDialogs::choosePath(const platform::FileRequest& request, platform::OnPath then) {
     ask(Choice{request, std::move(then)});
+}
+
+void FrameDialogs::work(platform::Work work, platform::OnAnswer then) {
+    auto running = std::make_shared<Running>();
+    running->work = std::move(work);
+    ask(Task{std::move(running), std::move(then)});
 }
 
 void FrameDialogs::ask(Asked asked) {
@@ -219,6 +226,64 @@ void FrameDialogs::showChooser() {
     host_->openLayer(chooser_);
 }
 
+// ---- work
+
+FrameDialogs::Running::~Running() {
+    if (thread.joinable()) thread.join();
+}
+
+void FrameDialogs::start(Running& running) {
+    running.since = std::chrono::steady_clock::now();
+    const auto run = [&running] {
+        try {
+            running.work.run();
+        } catch (...) {
+            running.work.cancel();  // what it did is good for nothing
+        }
+        running.isDone.store(true);
+    };
+    try {
+        running.thread = std::thread(run);
+    } catch (...) {
+        run();  // no more threads: the window waits
+    }
+}
+
+// Short work never shows.
+void FrameDialogs::show(const Task& task) {
+    constexpr std::chrono::milliseconds unseen(250);
+    Running& running = *task.running;
+    if (running.since == std::chrono::steady_clock::time_point()) start(running);
+    if (running.isDone.load()) return endWork(true);
+    if (std::chrono::steady_clock::now() - running.since < unseen) return;
+    openBox({running.work.title, running.work.text, {"Cancel"}, running.work.part}, [this](int) { endWork(false); });
+}
+
+// Of the work in turn: it has ended, or is not wanted any more.
+void FrameDialogs::endWork(bool isDone) {
+    const Asked asked = takeShown();
+    const auto& [running, then] = std::get<Task>(asked);
+    if (isDone) {
+        if (running->thread.joinable()) running->thread.join();
+    } else {
+        running->work.cancel();
+        cancelled_.push_back(running);
+    }
+    if (then) then(isDone);
+    showNext();
+}
+
+void FrameDialogs::followWork() {
+    std::erase_if(cancelled_, [](const auto& running) { return running->isDone.load(); });
+    bool hasEnded = false;
+    {
+        const std::lock_guard guard(mutex_);
+        const auto* task = asked_.empty() ? nullptr : std::get_if<Task>(&asked_.front());
+        hasEnded = task != nullptr && task->running->isDone.load() && box_ != nullptr;
+    }
+    if (hasEnded) endWork(true);
+}
+
 void FrameDialogs::closeLayers() {
     if (auto* box = std::exchange(box_, nullptr)) host_->closeLayer(*box);
     if (auto* chooser = std::exchange(chooser_, nullptr)) host_->closeLayer(*chooser);
@@ -236,6 +301,7 @@ FrameDialogs::Asked FrameDialogs::takeShown() {
 
 void FrameDialogs::poll() {
     desktop_.poll();
+    followWork();
     showNext();
 }
 
@@ -244,6 +310,10 @@ void FrameDialogs::answerWithNothing(Asked& asked) {
     if (auto* question = std::get_if<Question>(&asked))
         windowless_.question(question->title, question->text, std::move(question->then));
     if (auto* choice = std::get_if<Choice>(&asked)) windowless_.choosePath(choice->request, std::move(choice->then));
+    auto* task = std::get_if<Task>(&asked);
+    if (task == nullptr) return;
+    if (isClosing_) return task->then(false);  // a window that goes away begins nothing
+    windowless_.work(std::move(task->running->work), std::move(task->then));
 }
 
 void FrameDialogs::closeAll() {
@@ -261,6 +331,11 @@ void FrameDialogs::closeAll() {
         if (message != nullptr && index > 0) windowless_.message(message->title, message->text);  // that on top has been seen
         if (auto* question = std::get_if<Question>(&left[index]); question != nullptr && question->then) question->then(false);
         if (auto* choice = std::get_if<Choice>(&left[index]); choice != nullptr && choice->then) choice->then({});
+        if (auto* task = std::get_if<Task>(&left[index])) {
+            task->running->work.cancel();
+            if (task->running->thread.joinable()) cancelled_.push_back(task->running);
+            if (task->then) task->then(false);
+        }
     }
     const std::lock_guard guard(mutex_);
     isClosing_ = false;

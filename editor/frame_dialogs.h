@@ -1,12 +1,16 @@
 // The window's boxes and choosers: shown in its frame one after the other, without holding up anybody.
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <variant>
+#include <vector>
 
 #include "editor/box_view.h"
 #include "editor/desktop_chooser.h"
@@ -38,8 +42,11 @@ public:
     void message(const std::string& title, const std::string& text) override;
     void question(const std::string& title, const std::string& text, platform::OnAnswer then) override;
     void choosePath(const platform::FileRequest& request, platform::OnPath then) override;
+    // On a thread of its own, in its turn; a box with a bar and "Cancel" shows if it takes long. What is cancelled ends by
+    // itself, at the latest before this object does.
+    void work(platform::Work work, platform::OnAnswer then) override;
 
-    // Boxes and choosers that are open or wait.
+    // Boxes and choosers that are open or wait; work is none.
     int openCount() const;
     // At each idle round of the window: opens what other threads asked for, and looks after the desktop's chooser.
     void poll();
@@ -63,7 +70,19 @@ private:
         platform::FileRequest request;
         platform::OnPath then;
     };
-    using Asked = std::variant<Message, Question, Choice>;
+    // Work and the thread that does it, once it is its turn.
+    struct Running {
+        platform::Work work;
+        std::thread thread;
+        std::atomic<bool> isDone{false};
+        std::chrono::steady_clock::time_point since;
+        ~Running();
+    };
+    struct Task {
+        std::shared_ptr<Running> running;
+        platform::OnAnswer then;
+    };
+    using Asked = std::variant<Message, Question, Choice, Task>;
 
     bool isShowing() const { return box_ != nullptr || chooser_ != nullptr; }
     enum class Queued { no, here, elsewhere };
@@ -74,6 +93,10 @@ private:
     void show(const Message& message);
     void show(const Question& question);
     void show(const Choice& choice);
+    void show(const Task& task);
+    void start(Running& running);
+    void endWork(bool isDone);
+    void followWork();
     void showChooser();
     void openDesktopChooser();
     void openBox(Box box, std::function<void(int)> answered);
@@ -88,6 +111,7 @@ private:
     std::thread::id windowThread_;
     bool usesDesktop_ = true, isClosing_ = false;
     BoxView* box_ = nullptr;
+    std::vector<std::shared_ptr<Running>> cancelled_;  // whose threads have not ended yet
     FileChooser* chooser_ = nullptr;
     DesktopChooser desktop_;
     platform::DesktopDialogs windowless_;

@@ -1,6 +1,7 @@
 #include "editor/gui_module.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include <cairo/cairo-xcb.h>
@@ -8,7 +9,11 @@
 #include <pango/pangocairo.h>
 #include <pango/pangofc-fontmap.h>
 #include <xcb/xcb.h>
+#include <xcb/xcb_keysyms.h>
 
+#include "editor/lettering.h"
+#include "editor/picture.h"
+#include "vstgui/lib/platform/linux/cairobitmap.h"
 #include "vstgui/lib/platform/linux/linuxfactory.h"
 #include "vstgui/lib/platform/platformfactory.h"
 #include "vstgui/lib/vstguidebug.h"
@@ -32,14 +37,20 @@ xcb_visualtype_t* rootVisual(xcb_screen_t* screen) {
     return nullptr;
 }
 
-// The library drops its connection at the end but not what cairo keeps of it, which a later connection would trip over.
-void finishCairoDevice(xcb_connection_t* connection) {
+// A surface of the display; null without one.
+VSTGUI::Cairo::SurfaceHandle displaySurface(xcb_connection_t* connection) {
     xcb_screen_t* screen = firstScreen(connection);
     xcb_visualtype_t* visual = rootVisual(screen);
-    if (visual == nullptr) return;
-    cairo_surface_t* surface = cairo_xcb_surface_create(connection, screen->root, visual, 1, 1);
+    if (visual == nullptr) return {};
+    return VSTGUI::Cairo::SurfaceHandle(cairo_xcb_surface_create(connection, screen->root, visual, 1, 1));
+}
+
+// The library drops its connection at the end but not what cairo keeps of it, which a later connection would trip over.
+void finishCairoDevice(xcb_connection_t* connection) {
+    VSTGUI::Cairo::SurfaceHandle surface = displaySurface(connection);
+    if (!surface) return;
     cairo_device_t* device = cairo_device_reference(cairo_surface_get_device(surface));
-    cairo_surface_destroy(surface);
+    surface.reset();
     cairo_device_finish(device);
     cairo_device_destroy(device);
 }
@@ -84,11 +95,14 @@ void GuiModule::enter(const std::string& resources) {
     keepTextLibraries();
     VSTGUI::init(nullptr);  // with the module's handle it would look for a bundle of folders
     VSTGUI::getPlatformFactory().asLinuxFactory()->setResourcePath(resources + "/");
+    lettering::useFontsOf(resources + "/Fonts");
     loop_ = VSTGUI::makeOwned<IdleRunLoop>();
 }
 
 void GuiModule::leave() {
     if (--users_ != 0) return;
+    forgetSharedPictures();
+    lettering::forget();
     if (holdsConnection_) {
         finishCairoDevice(connection());
         VSTGUI::X11::RunLoop::exit();
@@ -109,6 +123,32 @@ bool GuiModule::connect() {
 }
 
 xcb_connection_t* GuiModule::connection() const { return VSTGUI::X11::RunLoop::instance().getXcbConnection(); }
+
+VSTGUI::SharedPointer<VSTGUI::IPlatformBitmap> GuiModule::displayBitmap(int width, int height, bool isOpaque) const {
+    if (!holdsConnection_) return nullptr;
+    const VSTGUI::Cairo::SurfaceHandle display = displaySurface(connection());
+    if (!display) return nullptr;
+    const cairo_content_t content = isOpaque ? CAIRO_CONTENT_COLOR : CAIRO_CONTENT_COLOR_ALPHA;
+    const VSTGUI::Cairo::SurfaceHandle surface(cairo_surface_create_similar(display, content, width, height));
+    if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) return nullptr;
+    return VSTGUI::makeOwned<VSTGUI::Cairo::Bitmap>(surface);
+}
+
+bool GuiModule::isMenuKeyHeld() const {
+    if (!holdsConnection_) return false;
+    constexpr xcb_keysym_t menuKey = 0xff67;
+    const std::unique_ptr<xcb_key_symbols_t, decltype(&xcb_key_symbols_free)> symbols(xcb_key_symbols_alloc(connection()),
+                                                                                      xcb_key_symbols_free);
+    if (!symbols) return false;
+    const std::unique_ptr<xcb_keycode_t, decltype(&std::free)> codes(xcb_key_symbols_get_keycode(symbols.get(), menuKey),
+                                                                     std::free);
+    const std::unique_ptr<xcb_query_keymap_reply_t, decltype(&std::free)> keys(
+        xcb_query_keymap_reply(connection(), xcb_query_keymap(connection()), nullptr), std::free);
+    if (!codes || !keys) return false;
+    for (const xcb_keycode_t* code = codes.get(); *code != XCB_NO_SYMBOL; ++code)
+        if ((keys->keys[*code / 8] >> (*code % 8) & 1) != 0) return true;
+    return false;
+}
 
 GuiModule::Size GuiModule::screenSize() {
     const Connection trial = tryDisplay();

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "editor/idle_run_loop.h"
+#include "vstgui/lib/platform/platformfwd.h"
 #include "vstgui/lib/vstguibase.h"
 
 struct xcb_connection_t;
@@ -24,7 +25,13 @@ public:
     // `leave`: the library would draw with what belonged to an earlier connection otherwise.
     bool connect();
     xcb_connection_t* connection() const;
+    // A bitmap that lies on the display's side, where drawing it into a window costs a message and no pixels; opaque ones are
+    // drawn faster yet. Null without a display, or if it has no room. It may not outlive the last `leave`.
+    VSTGUI::SharedPointer<VSTGUI::IPlatformBitmap> displayBitmap(int width, int height, bool isOpaque) const;
     IdleRunLoop* loop() const { return loop_.get(); }
+
+    // Whether the menu key is down, for which the library has no name. Asks the display.
+    bool isMenuKeyHeld() const;
 
     struct Size {
         int width = 0, height = 0;

@@ -47,6 +47,12 @@ void HolderWindow::resize(int width, int height) {
     xcb_flush(display());
 }
 
+void HolderWindow::moveTo(int x, int y) {
+    const std::uint32_t values[] = {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)};
+    xcb_configure_window(display(), id_, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, values);
+    xcb_flush(display());
+}
+
 void HolderWindow::adopt(std::uint32_t inner) {
     inner_ = inner;
     markEmbedded(inner);

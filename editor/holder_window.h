@@ -19,6 +19,8 @@ public:
 
     std::uint32_t id() const { return id_; }
     void resize(int width, int height);
+    // To a place within the host's window, in pixels.
+    void moveTo(int x, int y);
 
     // Takes over the library's window once it is open: shows it as embedded, and lets every motion through.
     void adopt(std::uint32_t inner);

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <numbers>
 
+#include "editor/picture.h"
 #include "vstgui/lib/cframe.h"
 
 namespace vantoric {
@@ -14,8 +14,7 @@ using VSTGUI::CPoint;
 using VSTGUI::CRect;
 
 // From half past seven to half past four.
-constexpr double firstAngle = 0.75 * std::numbers::pi, sweep = 1.5 * std::numbers::pi;
-double angleOf(double value) { return firstAngle + sweep * value; }
+double angleOf(double value) { return angleOfValue({}, static_cast<float>(value)); }
 
 // A drag is measured in pixels of the normal layout, from the left upper corner of what that layout calls the knob.
 constexpr float pixelsAUnit = 1.5f;
@@ -70,8 +69,7 @@ CRect MYCKnob::body() {
 
 void MYCKnob::setModulation(const KnobModulation& modulation, const Color& source) {
     if (modulation.modDepth == modulation_.modDepth && modulation.modCount == modulation_.modCount &&
-        modulation.modBipolar == modulation_.modBipolar && source == sourceColor_ &&
-        std::strcmp(modulation.modNames, modulation_.modNames) == 0)
+        modulation.modBipolar == modulation_.modBipolar && modulation.source == modulation_.source && source == sourceColor_)
         return;
     modulation_ = modulation;
     sourceColor_ = source;
@@ -101,8 +99,8 @@ void MYCKnob::setTargetRing(const std::optional<Color>& ring, bool isNearest) {
 
 void MYCKnob::draw(VSTGUI::CDrawContext* context) {
     Pen pen(*context);
-    drawRing(pen);
-    drawBody(pen);
+    drawGround(pen);
+    drawValue(pen);
     if (modulation_.modDepth != 0) drawModulation(pen);
     drawMarks(pen);
     drawCaption(pen);
@@ -111,15 +109,17 @@ void MYCKnob::draw(VSTGUI::CDrawContext* context) {
     setDirty(false);
 }
 
-void MYCKnob::drawRing(Pen& pen) {
-    const double x = entry().x, y = entry().y, value = getValueNormalized();
-    pen.arc(x, y, measures_.arc, firstAngle, angleOf(1), mix(ground(), style::white, 0.11), measures_.arcWidth, true);
-    const double from = entry().bipolar ? std::min(0.5, value) : 0.0, to = entry().bipolar ? std::max(0.5, value) : value;
-    if (to - from > 0.004) {
-        pen.arc(x, y, measures_.arc, angleOf(from), angleOf(to), color(), measures_.arcWidth, true);
-    } else if (entry().bipolar) {
-        pen.dot(x, y - measures_.arc, measures_.arcWidth / 2, mix(ground(), color(), 0.55));
-    }
+// All that does not depend on the value: the ring's trough and the body, the same for many knobs.
+void MYCKnob::drawGround(Pen& pen) {
+    const bool isLit = isHovered() || isEditing();
+    const double x = entry().x, y = entry().y, reach = measures_.arc + measures_.arcWidth;
+    const Color at = ground();
+    const std::string key = (entry().kind == WidgetKind::LargeKnob ? "large knob " : "knob ") + std::to_string(isLit) +
+                            std::to_string(isMultilayer()) + std::to_string(at.red);
+    showShared(pen, key, CRect(x - reach, y - reach, x + reach, y + reach), [&](Pen& picture) {
+        picture.arc(x, y, measures_.arc, angleOf(0), angleOf(1), mix(at, style::white, 0.11), measures_.arcWidth, true);
+        drawBody(picture);
+    });
 }
 
 void MYCKnob::drawBody(Pen& pen) {
@@ -137,8 +137,17 @@ void MYCKnob::drawBody(Pen& pen) {
     const Color hole = mix(ground(), style::black, 0.42);
     pen.dot(x, y, measures_.hole, hole);
     pen.arc(x, y, measures_.hole + 0.1, 20 * degree, 160 * degree, fade(style::white, 0.10), 0.6);
+}
 
-    const double angle = angleOf(getValueNormalized()), inner = measures_.hole + 0.2, outer = measures_.body - 0.6;
+void MYCKnob::drawValue(Pen& pen) {
+    const double x = entry().x, y = entry().y, value = getValueNormalized();
+    const double from = entry().bipolar ? std::min(0.5, value) : 0.0, to = entry().bipolar ? std::max(0.5, value) : value;
+    if (to - from > 0.004) {
+        pen.arc(x, y, measures_.arc, angleOf(from), angleOf(to), color(), measures_.arcWidth, true);
+    } else if (entry().bipolar) {
+        pen.dot(x, y - measures_.arc, measures_.arcWidth / 2, mix(ground(), color(), 0.55));
+    }
+    const double angle = angleOf(value), inner = measures_.hole + 0.2, outer = measures_.body - 0.6;
     const Color notch = isMultilayer() ? hexColor(0x1A1408) : isOff() ? style::text3 : style::handle;
     pen.line(
         {{x + std::cos(angle) * inner, y + std::sin(angle) * inner}, {x + std::cos(angle) * outer, y + std::sin(angle) * outer}},
@@ -163,9 +172,10 @@ void MYCKnob::drawModulation(Pen& pen) {
     drawGrip(pen);
 }
 
+// Within the depth strip, clear of the band; a large knob has it near, as it may stand at a panel's edge.
 CPoint MYCKnob::gripCentre() const {
-    const double scale = measures_.body / 9.4;
-    return {entry().x - 14.3 * scale, entry().y - 13.2 * scale};
+    if (entry().kind == WidgetKind::LargeKnob) return {entry().x - 22.8, entry().y - 22.2};
+    return {entry().x - 14.9, entry().y - 13.8};
 }
 
 void MYCKnob::drawGrip(Pen& pen) {
@@ -204,21 +214,21 @@ void MYCKnob::drawCaption(Pen& pen) {
 
 bool MYCKnob::hitTest(const CPoint& where, const VSTGUI::Event&) {
     const double dx = where.x - entry().x, dy = where.y - entry().y, r = measures_.arc + 1.6;
-    return dx * dx + dy * dy <= r * r || isOverGrip(where);
+    if (dx * dx + dy * dy <= r * r) return true;
+    const KnobMouse mouse = mouseAt(where);
+    return modulation_.modCount > 0 && inDepthStrip(mouse.x, mouse.y);
 }
 
-bool MYCKnob::isOverGrip(CPoint where) const {
-    if (modulation_.modDepth == 0) return false;
-    const CPoint at = gripCentre();
-    const double dx = where.x - at.x, dy = where.y - at.y;
-    return dx * dx + dy * dy <= 5.5 * 5.5;
-}
-
-KnobMouse MYCKnob::mouseAt(const VSTGUI::MouseEvent& event) const {
+KnobMouse MYCKnob::mouseAt(CPoint where) const {
     const KnobPixels pixels = knobPixels(entry().kind);
     KnobMouse mouse;
-    mouse.x = static_cast<float>(event.mousePosition.x - entry().x) * pixelsAUnit + pixels.centreX;
-    mouse.y = static_cast<float>(event.mousePosition.y - entry().y) * pixelsAUnit + pixels.centreY;
+    mouse.x = static_cast<float>(where.x - entry().x) * pixelsAUnit + pixels.centreX;
+    mouse.y = static_cast<float>(where.y - entry().y) * pixelsAUnit + pixels.centreY;
+    return mouse;
+}
+
+KnobMouse MYCKnob::mouseOf(const VSTGUI::MouseEvent& event) const {
+    KnobMouse mouse = mouseAt(event.mousePosition);
     mouse.button = button_;
     mouse.isFine = event.modifiers.has(VSTGUI::ModifierKey::Shift);
     return mouse;
@@ -232,31 +242,42 @@ void MYCKnob::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
         return window().controlTypingWanted(*this);
     }
     button_ = buttonOf(event.buttonState);
-    KnobMouse mouse = mouseAt(event);
+    KnobMouse mouse = mouseOf(event);
     mouse.isDouble = button_ == vantoric::MouseButton::left && clicks_.isSecond(event.mousePosition);
     switch (drag_.press(mouse, getValueNormalized(), modulation_.modDepth)) {
         case KnobDrag::Press::reset: event.ignoreFollowUpMoveAndUpEvents(true); return window().controlResetWanted(*this);
         case KnobDrag::Press::menu: event.ignoreFollowUpMoveAndUpEvents(true); return window().controlMenuWanted(*this);
-        case KnobDrag::Press::depth: depth_.depthDragBegan(*this); break;
+        case KnobDrag::Press::depth:
+            showCursor(depthDragCursor);
+            depth_.depthDragBegan(*this);
+            break;
         case KnobDrag::Press::value: beginEdit(); break;
     }
     invalid();
 }
 
 void MYCKnob::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
+    const KnobMouse mouse = mouseOf(event);
     if (drag_.isDepthDragging()) {
         event.consumed = true;
-        return depth_.depthDragged(*this, drag_.depth(mouseAt(event)));
+        return depth_.depthDragged(*this, drag_.depth(mouse));
     }
     if (drag_.isDragging()) {
         event.consumed = true;
-        const float value = drag_.move(mouseAt(event));
+        const float value = drag_.move(mouse);
         if (value == getValueNormalized()) return;
         setValueNormalized(value);
         valueChanged();
         return invalid();
     }
-    getFrame()->setCursor(isOverGrip(event.mousePosition) ? VSTGUI::kCursorHand : VSTGUI::kCursorDefault);
+    if (const auto cursor = drag_.hoverCursor(mouse.x, mouse.y, modulation_.modCount)) showCursor(*cursor);
+}
+
+// The model's cursors have the library's numbers.
+void MYCKnob::showCursor(int cursor) {
+    static_assert(depthDragCursor == static_cast<int>(VSTGUI::kCursorVSize));
+    static_assert(depthStripCursor == static_cast<int>(VSTGUI::kCursorHand));
+    getFrame()->setCursor(static_cast<VSTGUI::CCursorType>(cursor));
 }
 
 void MYCKnob::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
@@ -274,11 +295,22 @@ void MYCKnob::endDrag() {
     const bool wasDepth = drag_.isDepthDragging();
     drag_.release();
     if (wasDepth) {
+        showCursor(plainCursor);
         depth_.depthDragEnded(*this);
     } else {
         endEdit();
     }
     invalid();
+}
+
+void MYCKnob::cancelDrag() {
+    if (!drag_.isDragging()) return;
+    if (drag_.isDepthDragging()) {
+        depth_.depthDragCancelled(*this);
+    } else {
+        window().controlCancelled(*this);
+    }
+    endDrag();
 }
 
 void MYCKnob::onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) {
@@ -289,7 +321,7 @@ void MYCKnob::onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) {
 
 void MYCKnob::onMouseExitEvent(VSTGUI::MouseExitEvent& event) {
     setHovered(false);
-    getFrame()->setCursor(VSTGUI::kCursorDefault);
+    showCursor(plainCursor);
     window().controlHovered(*this, false);
     event.consumed = true;
 }

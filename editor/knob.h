@@ -23,6 +23,8 @@ public:
     // The amount, 0 to 1, of the slot that the knob shows.
     virtual void depthDragged(ControlFace& knob, float amount) = 0;
     virtual void depthDragEnded(ControlFace& knob) = 0;
+    // The depth is to be what it was when the drag began.
+    virtual void depthDragCancelled(ControlFace& knob) = 0;
 
 protected:
     ~DepthListener() = default;
@@ -35,6 +37,7 @@ public:
 
     VSTGUI::CControl& view() override { return *this; }
     VSTGUI::CRect body() override;
+    void cancelDrag() override;
 
     // What the matrix does to its parameter, with the colour of the source.
     void setModulation(const KnobModulation& modulation, const Color& source);
@@ -62,15 +65,17 @@ public:
     CLASS_METHODS_NOCOPY(MYCKnob, VSTGUI::CKnob)
 
 private:
-    void drawRing(Pen& pen);
+    void drawGround(Pen& pen);
     void drawBody(Pen& pen);
+    void drawValue(Pen& pen);
     void drawModulation(Pen& pen);
     void drawGrip(Pen& pen);
     void drawMarks(Pen& pen);
     void drawCaption(Pen& pen);
-    bool isOverGrip(VSTGUI::CPoint where) const;
     VSTGUI::CPoint gripCentre() const;
-    KnobMouse mouseAt(const VSTGUI::MouseEvent& event) const;
+    KnobMouse mouseAt(VSTGUI::CPoint where) const;
+    KnobMouse mouseOf(const VSTGUI::MouseEvent& event) const;
+    void showCursor(int cursor);
     void endDrag();
 
     DepthListener& depth_;

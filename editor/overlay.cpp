@@ -4,7 +4,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "vstgui/lib/platform/iplatformfont.h"
+#include "editor/lettering.h"
 
 namespace vantoric {
 namespace {
@@ -17,11 +17,7 @@ constexpr double stripSize = 9, stripLine = 12, tooltipSize = 9.5, tooltipLine =
 
 }  // namespace
 
-double measured(const std::string& text, Face face, double size) {
-    const auto painter = style::font(face, size)->getFontPainter();
-    if (painter == nullptr) return 0.55 * size * static_cast<double>(text.size());
-    return painter->getStringWidth(nullptr, VSTGUI::UTF8String(text).getPlatformString());
-}
+double measured(const std::string& text, Face face, double size) { return lettering::width(text, face, size); }
 
 std::vector<std::string> wrapped(const std::string& text, Face face, double size, double width) {
     std::vector<std::string> lines;
@@ -81,11 +77,21 @@ void Overlay::setTooltip(const std::string& text, const CRect& control) {
     const double height = 12 + tooltipLine * static_cast<double>(tooltip_.size());
     const CRect& all = getViewSize();
     double y = control.bottom + 8;
+    if (strip_) y = std::max(y, stripArea(strip_->at, strip_->lines).bottom + 6);
     if (y + height > all.bottom - 4) y = control.top - 8 - height;
     y = std::max(y, all.top + 4);
     const double x = std::clamp(control.getCenter().x - width / 2, all.left + 4, std::max(all.left + 4, all.right - width - 4));
     tooltipArea_ = {x, y, x + width, y + height};
     invalidRect(CRect(tooltipArea_).inset(-4, -4));
+}
+
+void Overlay::setFocus(const std::optional<CRect>& focus) {
+    const auto redraw = [this] {
+        if (focus_) invalidRect(CRect(*focus_).inset(-5, -5));
+    };
+    redraw();
+    focus_ = focus;
+    redraw();
 }
 
 CRect Overlay::cableArea(const Cable& cable) const {
@@ -105,6 +111,8 @@ void Overlay::setCable(const std::optional<Cable>& cable) {
 
 void Overlay::draw(VSTGUI::CDrawContext* context) {
     Pen pen(*context);
+    if (focus_)
+        pen.roundLine(focus_->left - 3, focus_->top - 3, focus_->getWidth() + 6, focus_->getHeight() + 6, 6, style::white, 1.4);
     if (strip_) drawStrip(pen, stripArea(strip_->at, strip_->lines), strip_->lines, strip_->outline);
     if (cable_) drawCable(pen, *cable_);
     if (!tooltip_.empty()) drawTooltip(pen);

@@ -25,6 +25,9 @@ public:
     // A tooltip at a control; an empty text takes it away.
     void setTooltip(const std::string& text, const VSTGUI::CRect& control);
 
+    // A ring around what has the focus by keyboard, where that draws none itself.
+    void setFocus(const std::optional<VSTGUI::CRect>& focus);
+
     struct Cable {
         VSTGUI::CPoint from, to;
         Color color;
@@ -48,6 +51,7 @@ private:
     std::optional<Cable> cable_;
     std::vector<std::string> tooltip_;
     VSTGUI::CRect tooltipArea_;
+    std::optional<VSTGUI::CRect> focus_;
 };
 
 // The text in lines no wider than `width`, broken at blanks and newlines.

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <unordered_map>
 
-#include "base/text.h"
+#include "editor/lettering.h"
 #include "vstgui/lib/cgradient.h"
 #include "vstgui/lib/cgraphicstransform.h"
 
@@ -24,36 +23,6 @@ CRect around(double x, double y, double r) { return {x - r, y - r, x + r, y + r}
 
 VSTGUI::SharedPointer<CGradient> gradient(const Color& first, const Color& last) {
     return VSTGUI::owned(CGradient::create(0, 1, first, last));
-}
-
-// The text renderer takes nothing but UTF-8, and names of files may hold any byte.
-std::string validText(const std::string& text) {
-    std::string result;
-    for (std::string_view rest = text; !rest.empty();) {
-        const std::size_t bytes = characterBytes(rest);
-        if (bytes == 1 && static_cast<unsigned char>(rest[0]) >= 0x80) {
-            result += "\ufffd";
-        } else {
-            result += rest.substr(0, bytes);
-        }
-        rest.remove_prefix(bytes);
-    }
-    return result;
-}
-
-// Letters stand as they are: the font would make an arrow of "->" and a sign of the x in "1200 x 660". A joiner of no width
-// keeps them apart.
-std::string drawnText(const std::string& text) {
-    const std::string valid = validText(text);
-    std::string result;
-    for (std::size_t i = 0; i < valid.size(); ++i) {
-        const bool isArrow = valid[i] == '>' && i > 0 && valid[i - 1] == '-';
-        const bool isTimes = valid[i] == 'x' && i > 0 && i + 1 < valid.size() && valid[i - 1] == ' ' && valid[i + 1] == ' ';
-        if (isArrow || isTimes) result += "\u2060";
-        result += valid[i];
-        if (isTimes) result += "\u2060";
-    }
-    return result;
 }
 
 // Without the last character, which may be several bytes.
@@ -120,9 +89,9 @@ void Pen::stroke(const Path& path, const Color& color, double width, bool roundE
 
 void Pen::rect(double x, double y, double w, double h, const Color& fillColor) {
     const double left = snap(x), top = snap(y);
-    CRect area(left, top, std::max(snap(x + w), left + 1 / scale_), std::max(snap(y + h), top + 1 / scale_));
-    context_.setFillColor(fillColor);
-    context_.drawRect(area, VSTGUI::kDrawFilled);
+    const Path path = newPath();  // the context's own rectangle is a unit too small, and blurred for it
+    path->addRect({left, top, std::max(snap(x + w), left + 1 / scale_), std::max(snap(y + h), top + 1 / scale_)});
+    fill(path, fillColor);
 }
 
 void Pen::round(double x, double y, double w, double h, const Corners& corners, const Color& fillColor) {
@@ -137,12 +106,6 @@ void Pen::roundLine(double x, double y, double w, double h, const Corners& corne
     const Corners inside(inner(corners.leftTop), inner(corners.rightTop), inner(corners.rightBottom), inner(corners.leftBottom));
     stroke(roundPath(left + half, top + half, snap(x + w) - left - width, snap(y + h) - top - width, inside), color, width,
            false);
-}
-
-void Pen::verticalGradient(double x, double y, double w, double h, const Corners& corners, const Color& top,
-                           const Color& bottom) {
-    context_.fillLinearGradient(roundPath(snap(x), snap(y), snap(x + w) - snap(x), snap(y + h) - snap(y), corners),
-                                *gradient(top, bottom), CPoint(0, y), CPoint(0, y + h));
 }
 
 void Pen::dot(double x, double y, double r, const Color& fillColor) {
@@ -258,18 +221,7 @@ void Pen::dots(double x, double y, const Color& color) {
 
 void Pen::tick(double x, double y, const Color& color) { line({{x - 4, y}, {x - 1, y + 3}, {x + 4.5, y - 3.5}}, color, 1.6); }
 
-// Measuring takes as long as drawing, and the same texts come again at every redraw: widths are kept.
-double Pen::textWidth(const std::string& text, style::Face face, double size) {
-    static std::unordered_map<std::string, double> widths;  // on the windows' one thread
-    constexpr std::size_t mostKept = 4096;
-    context_.setFont(style::font(face, size));
-    std::string key = text;
-    key += static_cast<char>(face);
-    key.append(reinterpret_cast<const char*>(&size), sizeof size);
-    if (const auto known = widths.find(key); known != widths.end()) return known->second;
-    if (widths.size() >= mostKept) widths.clear();
-    return widths[std::move(key)] = context_.getStringWidth(drawnText(text).c_str());
-}
+double Pen::textWidth(const std::string& text, style::Face face, double size) { return lettering::width(text, face, size); }
 
 double Pen::text(double x, double y, const std::string& text, style::Face face, double size, const Color& color, Align align,
                  double maxWidth) {
@@ -290,8 +242,7 @@ double Pen::text(double x, double y, const std::string& text, style::Face face, 
     context_.getClipRect(clip);
     if (x > clip.right + size || x + width < clip.left - size || y < clip.top - size || y - 1.5 * size > clip.bottom)
         return width;
-    context_.setFontColor(color);
-    context_.drawString(drawnText(shown).c_str(), CPoint(x, y), true);
+    lettering::draw(context_, x, snap(y), shown, face, size, color);
     return width;
 }
 

@@ -32,12 +32,13 @@ public:
 
     // One pixel, or a little more at high zoom, in window units.
     double hair() const { return hair_; }
+    // Pixels a window unit.
+    double scale() const { return scale_; }
 
     void rect(double x, double y, double w, double h, const Color& fill);
     void round(double x, double y, double w, double h, const Corners& corners, const Color& fill);
     // The same as an outline inside the rectangle's edge.
     void roundLine(double x, double y, double w, double h, const Corners& corners, const Color& color, double width = 0);
-    void verticalGradient(double x, double y, double w, double h, const Corners& corners, const Color& top, const Color& bottom);
     void dot(double x, double y, double r, const Color& fill);
     void verticalGradientDot(double x, double y, double r, const Color& top, const Color& bottom);
     // A light around a point that fades to nothing at `r`.

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "editor/line_edit.h"
 #include "editor/overlay.h"
+#include "library/search_text.h"
 #include "vstgui/lib/cframe.h"
 #include "vstgui/lib/platform/platformfactory.h"
 
@@ -30,11 +32,11 @@ double widthOf(const std::vector<MenuRow>& rows) {
     return widest + 24 + (hasDots ? 12 : 0) + (hasMark ? 18 : 0);
 }
 
-// Letters compare without their case.
+// Letters compare as in the search, without their case; signs as they are.
 bool beginsWith(const std::string& label, const std::string& typed) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    return label.size() >= typed.size() &&
-           std::equal(typed.begin(), typed.end(), label.begin(), [&](char a, char b) { return lower(a) == lower(b); });
+    if (label.starts_with(typed)) return true;
+    const std::string letters = joinWords(searchWords(typed));
+    return !letters.empty() && joinWords(searchWords(label)).starts_with(letters);
 }
 
 }  // namespace
@@ -188,12 +190,15 @@ void PopupMenu::onMouseWheelEvent(VSTGUI::MouseWheelEvent& event) {
 
 // ---- keys
 
+int PopupMenu::activePanel() const {
+    const int top = static_cast<int>(panels_.size()) - 1;
+    return top > 0 && panels_[top].highlighted < 0 ? top - 1 : top;
+}
+
 void PopupMenu::onKey(VSTGUI::KeyboardEvent& event) {
     event.consumed = true;
     if (event.type != VSTGUI::EventType::KeyDown) return;
-    const int top = static_cast<int>(panels_.size()) - 1;
-    // Keys work in the panel that was opened last and has a row highlighted, or in the one that opened it.
-    const int active = top > 0 && panels_[top].highlighted < 0 ? top - 1 : top;
+    const int top = static_cast<int>(panels_.size()) - 1, active = activePanel();
     switch (event.virt) {
         case VirtualKey::Escape: return dismiss();
         case VirtualKey::Up: return move(-1);
@@ -242,17 +247,19 @@ void PopupMenu::typed(char32_t character) {
     const std::uint64_t now = VSTGUI::getPlatformFactory().getTicks();
     if (now - typedTicks_ > pause) typed_.clear();
     typedTicks_ = now;
-    if (character >= 128) return;
-    typed_ += static_cast<char>(character);
-    Panel& panel = panels_[0];
+    const std::string letter = utf8Of(character);
+    if (letter.empty()) return;
+    typed_ += letter;
+    const int active = activePanel();
+    Panel& panel = panels_[active];
     const int count = static_cast<int>(panel.rows->size());
     // A letter alone goes on to the next row that begins with it.
-    const int from = typed_.size() == 1 ? panel.highlighted + 1 : std::max(panel.highlighted, 0);
+    const int from = typed_ == letter ? panel.highlighted + 1 : std::max(panel.highlighted, 0);
     for (int tried = 0; tried < count; ++tried) {
         const int row = (from + tried) % count;
         if (!(*panel.rows)[row].isChoosable() || !beginsWith((*panel.rows)[row].label, typed_)) continue;
         scrollTo(panel, row);
-        return highlight({0, row});
+        return highlight({active, row});
     }
 }
 

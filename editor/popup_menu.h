@@ -70,6 +70,8 @@ private:
     void highlight(Hit target);
     void openSubmenu(int panel, int row);
     void choose(Hit target);
+    // Where keys work: the panel that was opened last and has a row highlighted, or the one that opened it.
+    int activePanel() const;
     void move(int direction);
     void scrollTo(Panel& panel, int row) const;
     void typed(char32_t character);

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "vstgui/lib/ccolor.h"
-#include "vstgui/lib/cfont.h"
 
 namespace vantoric {
 
@@ -36,10 +35,5 @@ inline constexpr Color hintFill = hexColor(0x141414), hintEdge = hexColor(0x2828
 
 // Inter in its weights, and Sora for titles, numerals and names.
 enum class Face { regular, medium, semibold, title };
-// A font of `size` window units. It lives as long as the module.
-VSTGUI::CFontRef font(Face face, double size);
-// Forgets all fonts, ahead of the library's end.
-void forgetFonts();
-
 }  // namespace style
 }  // namespace vantoric

@@ -17,6 +17,7 @@ public:
     void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
     void onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) override;
     void onMouseWheelEvent(VSTGUI::MouseWheelEvent& event) override;
+    void cancelDrag() override;
 
 protected:
     bool isDragged() const { return drag_.isDragging(); }
@@ -42,6 +43,10 @@ public:
     void setBarColor(const Color& bar);
     // Something is being dragged that can be dropped here.
     void setTargetRing(const std::optional<Color>& ring);
+    // As a knob's.
+    void setCcNumber(int number);
+    int ccNumber() const { return ccNumber_; }
+    void setLearnGlow(double glow);
 
 protected:
     void drawControl(Pen& pen) override;
@@ -52,6 +57,8 @@ private:
     void drawText(Pen& pen);
 
     std::optional<Color> bar_, targetRing_;
+    int ccNumber_ = -1;
+    double learnGlow_ = 1;
 };
 
 // Kind 11: a step's level. A drag that leaves the bar sets its neighbours too; the window leads it.

@@ -5,14 +5,17 @@
 #include <cmath>
 #include <numbers>
 #include <random>
+#include <tuple>
 
 #include "base/parameters.h"
+#include "editor/gui_module.h"
 #include "editor/model/control_texts.h"
 #include "editor/model/menu_rows.h"
 #include "editor/model/spoken_values.h"
 #include "editor/model/typed_values.h"
 #include "editor/model/window_files.h"
 #include "editor/value_box.h"
+#include "library/beside.h"
 #include "library/patch_library.h"
 #include "vstgui/lib/cframe.h"
 
@@ -63,6 +66,23 @@ bool isListKind(WidgetKind kind) {
 // The row of an oscillator, 0 to 2.
 CRect controlRowOf(int oscillator) { return CRect(CPoint(68, 136 + 94.0 * oscillator), CPoint(528, 88)); }
 
+// What a dropped file is, by its extension in any letter case.
+enum class DropKind { none, patch, sfz, wave };
+
+DropKind dropKindOf(const std::string& path) {
+    constexpr std::size_t length = 4;
+    if (path.size() <= length) return DropKind::none;
+    std::string end = path.substr(path.size() - length);
+    for (char& c : end) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return end == ".fxp" ? DropKind::patch : end == ".sfz" ? DropKind::sfz : end == ".wav" ? DropKind::wave : DropKind::none;
+}
+
+bool isMenuKey(const VSTGUI::KeyboardEvent& event) {
+    if (event.virt == VirtualKey::F10) return event.modifiers.has(ModifierKey::Shift);
+    const bool isUnknown = event.virt == VirtualKey::None && event.character == 0;
+    return isUnknown && GuiModule::shared().isMenuKeyHeld();
+}
+
 bool isSwitchLike(WidgetKind kind) { return kind == WidgetKind::Switch || kind == WidgetKind::Selector; }
 
 }  // namespace
@@ -101,6 +121,8 @@ void WindowContent::addBand() {
     CRect patch = place(WindowPart::CategoryList);
     patch.unite(place(WindowPart::PatchList));
     root_.addView(patchLine_ = new PatchLine(patch, [this] { openCategories(); }, [this] { openPatches(); }));
+    patchLine_->setHoverHeard([this](int list, const CRect& place) { listHovered(list, place); });
+    patchLine_->setNotesWanted([this] { wantNotes(); });
     root_.addView(favourite_ = new FavouriteView(place(WindowPart::Favourite), this, tag::favourite));
     root_.addView(pitchWheel_ = new WheelView(place(WindowPart::PitchWheel), this, tag::pitchWheel, true));
     root_.addView(modWheel_ = new WheelView(place(WindowPart::ModWheel), this, tag::modWheel, false));
@@ -117,12 +139,65 @@ void WindowContent::addBand() {
                       [this](HistoryBar::Button button) { historyHovered(button); }));
     root_.addView(dragAreas_[wheelArea] =
                       new MYDragArea(place(WindowPart::DragWheel), wheelArea, "Drag", style::output, style::bandPanel, *this));
+    addBandStops();
+    addHistoryStops();
+}
+
+void WindowContent::addBandStops() {
+    const auto place = [](WindowPart part) { return rectOf(windowPart(part).rect); };
+    const auto stepPatch = [this](float step) { editor_.valueChanged(step > 0 ? tag::nextPatch : tag::previousPatch, 1, false); };
+    stops_.push_back({place(WindowPart::CategoryList), Section::Output, "CATEGORY",
+                      [this] { return editor_.patches().selectedCategory(); }, [this] { openCategories(); }});
+    stops_.push_back({place(WindowPart::PatchList), Section::Output, "PATCH", [this] { return editor_.patchName(); },
+                      [this] { openPatches(); }, stepPatch});
+    stops_.push_back({place(WindowPart::Favourite), Section::Output, "FAVOURITE",
+                      [this] { return std::string(editor_.valueOf(tag::favourite) > 0.5f ? "on" : "off"); },
+                      [this] { favourite_->press(); }});
+    addWheelStop(*pitchWheel_, WindowPart::PitchWheel, "PITCHWHEEL", 0.05f);
+    addWheelStop(*modWheel_, WindowPart::ModWheel, "MODWHEEL", 0.01f);
+    stops_.back().menu = [this] {
+        if (ControlFace* knob = views_.withTag(parameter::Modwheel)) controlMenuWanted(*knob);
+    };
+}
+
+// The pitch wheel stays where arrows put it until Enter, or the focus' going, lets it spring back.
+void WindowContent::addWheelStop(WheelView& wheel, WindowPart part, const char* name, float step) {
+    const bool isPitch = part == WindowPart::PitchWheel;
+    const int tag = isPitch ? tag::pitchWheel : tag::modWheel;
+    const auto set = [this, tag, part](float value) {
+        const History::Action action(work_.history());
+        editor_.valueChanged(tag, std::clamp(value, 0.0f, 1.0f), false);
+        redrawPart(part);
+    };
+    const auto value = [this, tag, isPitch] {
+        const float shown = editor_.valueOf(tag);
+        return std::to_string(std::lround(isPitch ? shown * 200 - 100 : shown * 100)) + "%";
+    };
+    const auto nudge = [this, tag, set, step](float amount) {
+        set(editor_.valueOf(tag) + (amount > 0 ? step : -step) * (std::abs(amount) > 0.05f ? 10.0f : 1.0f));
+    };
+    stops_.push_back({wheel.getViewSize(), Section::Output, name, value, [set, isPitch] { set(isPitch ? 0.5f : 0.0f); }, nudge});
+}
+
+void WindowContent::addHistoryStops() {
+    const History& history = work_.history();
+    const CRect bar = historyBar_->getViewSize();
+    const auto add = [&](HistoryBar::Button button, const char* name, std::function<std::string()> value) {
+        stops_.push_back({HistoryBar::place(bar, button), Section::Output, name, std::move(value),
+                          [this, button] { historyPressed(button, false); }});
+    };
+    add(HistoryBar::Button::compare, "COMPARE",
+        [&history] { return std::string(history.comparedSlot() == 0 ? "A plays" : "B plays"); });
+    add(HistoryBar::Button::undo, "UNDO", [&history] { return history.undoCount() > 0 ? history.undoName() : "nothing"; });
+    add(HistoryBar::Button::redo, "REDO", [&history] { return history.redoCount() > 0 ? history.redoName() : "nothing"; });
 }
 
 // A section's title opens its variations.
 void WindowContent::addTitles() {
-    const auto add = [this](double x, double y, double w, VariedSection section, const char* name) {
+    const auto add = [this](double x, double y, double w, VariedSection section, Section at, const char* name) {
         const CRect place(CPoint(x, y), CPoint(w, 16));
+        stops_.push_back({place, at, name, [] { return std::string("variations by chance"); },
+                          [this, place, section, name] { openVariations(place, section, name); }});
         root_.addView(new TitleArea(
             place, [this, place, section, name] { openVariations(place, section, name); },
             [this, name](bool isHovered) {
@@ -130,12 +205,12 @@ void WindowContent::addTitles() {
                 if (!isHovered) showHelp(hovered_);
             }));
     };
-    add(22, 138, 32, VariedSection::oscillators, "Oscillators");
-    add(948, 138, 40, VariedSection::filters, "Filters");
-    add(14, 428, 74, VariedSection::envelopes, "Envelopes");
-    add(410, 428, 34, VariedSection::lfos, "LFOs");
-    add(14, 578, 86, VariedSection::arpeggiator, "Arpeggiator");
-    add(1004, 144, 44, VariedSection::all, "The whole layer");
+    add(22, 138, 32, VariedSection::oscillators, Section::Oscillators, "Oscillators");
+    add(948, 138, 40, VariedSection::filters, Section::Filters, "Filters");
+    add(14, 428, 74, VariedSection::envelopes, Section::Envelopes, "Envelopes");
+    add(410, 428, 34, VariedSection::lfos, Section::Lfo, "LFOs");
+    add(14, 578, 86, VariedSection::arpeggiator, Section::Arpeggiator, "Arpeggiator");
+    add(1004, 144, 44, VariedSection::all, Section::Output, "The whole layer");
 }
 
 void WindowContent::openVariations(const CRect& place, VariedSection section, const char* name) {
@@ -193,6 +268,7 @@ void WindowContent::redrawPart(WindowPart part) {
             break;
         case WindowPart::CategoryList:
         case WindowPart::PatchList: refreshPatchLine(); break;
+        case WindowPart::Meter: break;  // followed with the displays
         default: refreshBackdrop(); break;
     }
 }
@@ -224,7 +300,10 @@ void WindowContent::refresh(ControlFace& face) {
         const char first = face.text().empty() ? '.' : face.text()[0];
         list->setLevel(first >= '1' && first <= '8' ? static_cast<float>(first - '0') / 8 : 0);
     }
-    if (auto* field = dynamic_cast<MYParamDisplay*>(&face); field != nullptr && entry.section == Section::Matrix)
+    auto* field = dynamic_cast<MYParamDisplay*>(&face);
+    if (field == nullptr) return;
+    field->setCcNumber(editor_.ccNumberOf(entry));
+    if (entry.section == Section::Matrix)
         field->setBarColor(sourceColor(instrument_.parameters().getListIndex(
             hostIndex(parameter::MatSrc1 + entry.tag - parameter::MatVal1, editor_.onShow().layer))));
 }
@@ -240,10 +319,7 @@ std::string WindowContent::textOn(const ControlEntry& entry) const {
 
 void WindowContent::refreshKnob(MYCKnob& knob) {
     const KnobModulation modulation = editor_.modulationOf(knob.entry());
-    int source = 0;
-    for (int i = 0; i < static_cast<int>(matrixSourceLabels.size()); ++i)
-        if (std::string(matrixSourceLabels[i]) == modulation.modNames) source = i;
-    knob.setModulation(modulation, sourceColor(source));
+    knob.setModulation(modulation, sourceColor(modulation.source));
     knob.setCcNumber(editor_.ccNumberOf(knob.entry()));
 }
 
@@ -293,18 +369,10 @@ void WindowContent::refreshPatchLine() {
 
 void WindowContent::follow() {
     ++round_;
-    followLamps();
-    if (round_ % 2 == 0) {
-        meter_->setLevels(editor_.meter(0), editor_.meter(1));
-        displays_->refresh();
-        refreshBackdrop();
-        refreshPatchLine();
-    }
-    const double glow = 0.5 + 0.5 * std::sin(2 * std::numbers::pi * round_ / roundsASecond);
-    views_.forEach([glow](ControlFace& face) {
-        if (auto* knob = dynamic_cast<MYCKnob*>(&face); knob != nullptr && knob->ccNumber() == MidiLearn::learning)
-            knob->setLearnGlow(glow);
-    });
+    // What loads now, or goes away, is not looked at.
+    const EngineFlags& flags = instrument_.flags();
+    if (!flags.editorClosing.isSet() && !flags.engineLocked.isSet()) followEngine();
+    followLearning();
     const bool isLearning = touched_ != nullptr && editor_.ccNumberOf(touched_->entry()) == MidiLearn::learning;
     if (touched_ != nullptr && !touched_->view().isEditing() && !isLearning && round_ > touchedUntil_) touch(nullptr);
     if (newsUntil_ != 0 && round_ > newsUntil_) {
@@ -315,13 +383,36 @@ void WindowContent::follow() {
     for (LayerView* layer : std::vector(layers_)) layer->follow();
 }
 
+void WindowContent::followEngine() {
+    followLamps();
+    if (round_ % 2 != 0) return;
+    meter_->setLevels(editor_.meter(0), editor_.meter(1));
+    displays_->refresh();
+    refreshBackdrop();
+    refreshPatchLine();
+}
+
+// What waits for its controller glows.
+void WindowContent::followLearning() {
+    const double glow = 0.5 + 0.5 * std::sin(2 * std::numbers::pi * round_ / roundsASecond);
+    views_.forEach([glow](ControlFace& face) {
+        if (auto* knob = dynamic_cast<MYCKnob*>(&face); knob != nullptr && knob->ccNumber() == MidiLearn::learning)
+            knob->setLearnGlow(glow);
+        if (auto* field = dynamic_cast<MYParamDisplay*>(&face); field != nullptr && field->ccNumber() == MidiLearn::learning)
+            field->setLearnGlow(glow);
+    });
+}
+
 void WindowContent::followLamps() {
     for (int layer = 0; layer < layerCount; ++layer)
         if (auto* selector = views_.withTagAs<SelectorView>(tag::layer1 + layer)) selector->setLamp(editor_.lamp(layer));
 }
 
 void WindowContent::followTooltip() {
-    if (!showsTooltips_ || hovered_ == nullptr || hasLayers()) return;
+    if (!showsTooltips_ || hasLayers()) return;
+    if (hovered_ == nullptr && listTooltip_ != nullptr && round_ == hoveredSince_ + tooltipRounds)
+        overlay_->setTooltip(listTooltip_, listPlace_);
+    if (hovered_ == nullptr || hovered_ == touched_) return;
     if (round_ == hoveredSince_ + tooltipRounds && !hovered_->view().isEditing())
         overlay_->setTooltip(hovered_->entry().tooltip, hovered_->body());
 }
@@ -347,12 +438,22 @@ void WindowContent::controlBeginEdit(VSTGUI::CControl* control) {
     const History::Action action(work_.history());
     editor_.touch(control->getTag());
     editor_.beginEdit(control->getTag());
-    if (ControlFace* face = faceOf(control)) touch(face);
+    editing_ = faceOf(control);
+    if (editing_ != nullptr) touch(editing_);
 }
 
 void WindowContent::controlEndEdit(VSTGUI::CControl* control) {
+    editing_ = nullptr;
     editor_.endEdit(control->getTag());
     touchedUntil_ = round_ + stripRounds;
+}
+
+void WindowContent::controlCancelled(ControlFace& face) {
+    const History::Action action(work_.history());
+    editor_.cancelEdit(face.entry().tag);
+    refresh(face);
+    touch(&face);
+    showHelp(&face);
 }
 
 void WindowContent::controlHovered(ControlFace& face, bool isHovered) {
@@ -360,6 +461,27 @@ void WindowContent::controlHovered(ControlFace& face, bool isHovered) {
     hovered_ = isHovered ? &face : hovered_ == &face ? nullptr : hovered_;
     hoveredSince_ = round_;
     showHelp(hovered_);
+}
+
+// The lists of categories and of patches, in the line of the patch's name.
+void WindowContent::listHovered(int list, const CRect& place) {
+    static constexpr const char* tooltips[] = {
+        nullptr, "Select a patch category or type",
+        "This is the name of the current patch\nClick here to select a patch without opening the patch browser"};
+    overlay_->setTooltip("", {});
+    listTooltip_ = tooltips[list];
+    listPlace_ = place;
+    hoveredSince_ = round_;
+    if (newsUntil_ != 0) return;
+    if (list == 0) return showHelp(hovered_);
+    hintLine_->setText(list == 1 ? "Select a patch category or type"
+                                 : "Click for the patches of this category, right click or Ctrl+T for tags and author.");
+}
+
+// Only patches of the library have notes.
+void WindowContent::wantNotes() {
+    dismissLayers();
+    if (!notesWanted_ || !notesWanted_()) showHint("Save the patch first: tags belong to a patch of the library.");
 }
 
 // The strip follows the control that was touched last.
@@ -370,9 +492,12 @@ void WindowContent::touch(ControlFace* face) {
 }
 
 void WindowContent::showStrip() {
-    const bool hasStrip = touched_ != nullptr && (isKnob(touched_->entry()) || touched_->entry().kind == WidgetKind::Step);
-    if (!hasStrip) return overlay_->setStrip(std::nullopt);
+    if (touched_ == nullptr) return overlay_->setStrip(std::nullopt);
     const KnobState state = editor_.knobState(touched_->entry());
+    // A field shows its value itself, but not which controller moves it.
+    const bool isMapped = touched_->entry().kind == WidgetKind::Value && state.ccNumber != MidiLearn::noController;
+    if (!isKnob(touched_->entry()) && touched_->entry().kind != WidgetKind::Step && !isMapped)
+        return overlay_->setStrip(std::nullopt);
     Overlay::Strip strip;
     const CRect body = touched_->body();
     strip.at = {body.getCenter().x, isKnob(touched_->entry()) ? body.bottom + 3 : body.bottom + 2};
@@ -389,13 +514,22 @@ void WindowContent::showHint(const std::string& text) {
 
 void WindowContent::showHelp(ControlFace* face) {
     if (newsUntil_ != 0) return;
-    if (face == nullptr) return hintLine_->setText(editor_.restingHint());
+    if (face == nullptr)
+        return hintLine_->setText(editor_.restingHint() + (editor_.onShow().loadTarget != 0 ? ".  Esc calls it off." : ""));
     const ControlEntry& entry = face->entry();
     std::string line = entry.name;
-    if (const std::string value = spokenValue(editor_, entry); !value.empty()) line += ": " + value;
+    if (const std::string value = spokenOf(entry); !value.empty()) line += ": " + value;
     const std::string help = helpOf(entry), tooltip = entry.tooltip.substr(0, entry.tooltip.find('\n'));
     if (!help.empty() || !tooltip.empty()) line += ".  " + (help.empty() ? tooltip : help);
     hintLine_->setText(line);
+}
+
+// Also of what is no parameter: tabs, layers, and the lists of waves.
+std::string WindowContent::spokenOf(const ControlEntry& entry) const {
+    if (std::string value = spokenValue(editor_, entry); !value.empty()) return value;
+    if (entry.kind == WidgetKind::Selector) return editor_.valueOf(entry.tag) > 0.5f ? "selected" : "not selected";
+    if (entry.tag == tag::zoomMenu || (entry.tag >= tag::waveMenu1 && entry.tag < tag::waveMenu1 + 3)) return textOn(entry);
+    return "";
 }
 
 void WindowContent::controlPressed(ControlFace& face, VSTGUI::Modifiers) {
@@ -490,38 +624,24 @@ void WindowContent::historyHovered(HistoryBar::Button button) {
 }
 
 void WindowContent::dropped(const std::vector<std::string>& paths, CPoint where) {
-    const std::string& path = paths.front();
-    const auto endsIn = [&](const char* extension) {
-        const std::string end = extension;
-        return path.size() > end.size() && std::equal(end.rbegin(), end.rend(), path.rbegin(), [](char a, char b) {
-                   return a == std::tolower(static_cast<unsigned char>(b));
-               });
-    };
+    const auto file = std::ranges::find_if(paths, [](const std::string& path) { return dropKindOf(path) != DropKind::none; });
     dismissLayers();
-    if (endsIn(".fxp")) {
-        editor_.commands().loadPatchFile(path);
-    } else if (endsIn(".sfz")) {
-        editor_.commands().imports().importSfz(path, [](bool) {});
-    } else if (endsIn(".wav")) {
-        dropWave(path, where);
-    } else {
-        showHint("Patches (.fxp), waves (.wav) and .sfz files can be dropped here.");
+    if (file == paths.end()) return showHint("Patches (.fxp), waves (.wav) and .sfz files can be dropped here.");
+    if (paths.size() > 1)
+        showHint("'" + fileNameOf(*file) + "' was taken of " + std::to_string(paths.size()) + " files: one at a time, please.");
+    switch (dropKindOf(*file)) {
+        case DropKind::patch: editor_.commands().loadPatchFile(*file); break;
+        case DropKind::sfz: editor_.commands().importSfzFile(*file); break;
+        default: dropWave(*file, where); break;
     }
     showPages();
 }
 
 // A wave goes into the oscillator whose row it was dropped on.
 void WindowContent::dropWave(const std::string& path, CPoint where) {
-    for (int i = 0; i < oscillatorCount; ++i) {
-        const CRect row = controlRowOf(i);
-        if (!row.pointInside(where)) continue;
-        const int layer = editor_.onShow().layer, type = hostIndex(parameter::SynType1 + i, layer);
-        editor_.commands().samples().loadChosen(layer, i, path, true, [this, type](bool isLoaded) {
-            constexpr float sampleType = 3.0f / 128;
-            if (isLoaded && instrument_.parameters().getListIndex(type) != 3) editor_.edits().change(type, sampleType);
-        });
-        return;
-    }
+    for (int i = 0; i < oscillatorCount; ++i)
+        if (controlRowOf(i).pointInside(where))
+            return editor_.commands().samples().loadChosen(editor_.onShow().layer, i, path, true, [](bool) {});
     showHint("Drop a wave on the row of an oscillator.");
 }
 
@@ -535,6 +655,8 @@ std::vector<MenuRow> WindowContent::rowsOf(const ControlEntry& entry) const {
         if (shown < static_cast<int>(rows.size())) rows[shown].isTicked = !rows[shown].isSeparator();
     }
     if (entry.tag == tag::copyMenu) rows[copy_row::multilayer].isTicked = editor_.onShow().multilayer;
+    if (const int target = editor_.onShow().loadTarget; entry.tag == tag::fileMenu && target != 0)
+        rows[file_row::loadToLayer1 + target - 1].isTicked = true;
     if (entry.tag == tag::editorMenu || entry.tag == tag::zoomMenu) rows[editor_.size().sizeIndex()].isTicked = true;
     return rows;
 }
@@ -610,6 +732,10 @@ void WindowContent::openCategories() {
         [this](int row) { editor_.rowChosen(tag::categoryList, row); }, nullptr);
 }
 
+void WindowContent::showBrowserOpen(bool isOpen) {
+    if (ControlFace* button = views_.withTag(tag::browser)) button->setOpen(isOpen);
+}
+
 void WindowContent::openPatches() {
     const PatchLibrary& patches = editor_.patches();
     std::vector<MenuRow> rows;
@@ -649,6 +775,8 @@ void WindowContent::dismissLayers() {
 // ---- depth, drags -------------------------------------------------------------------------------------------
 
 void WindowContent::depthDragBegan(ControlFace& knob) {
+    const History::Action action(work_.history());
+    editing_ = &knob;
     editor_.beginDepth(knob.entry().tag);
     touch(&knob);
 }
@@ -660,7 +788,17 @@ void WindowContent::depthDragged(ControlFace& knob, float amount) {
     hintLine_->setText(std::string(knob.entry().name) + ": depth " + std::to_string(std::lround(amount * 200 - 100)));
 }
 
-void WindowContent::depthDragEnded(ControlFace&) { editor_.endDepth(); }
+void WindowContent::depthDragEnded(ControlFace&) {
+    editing_ = nullptr;
+    editor_.endDepth();
+}
+
+void WindowContent::depthDragCancelled(ControlFace& knob) {
+    const History::Action action(work_.history());
+    editor_.cancelDepth();
+    refresh(knob);
+    touch(&knob);
+}
 
 Color WindowContent::dragColor(int area) const {
     return area == envelopeArea ? style::envelopes : area == lfoArea ? style::lfo : style::output;
@@ -725,13 +863,42 @@ void WindowContent::markTargets(const std::optional<Color>& ring, int nearest) {
 void WindowContent::onKey(VSTGUI::KeyboardEvent& event) {
     if (!layers_.empty()) return layers_.back()->onKey(event);
     if (event.type != VSTGUI::EventType::KeyDown) return;
-    for (MYDragArea* area : dragAreas_)
-        if (area != nullptr && area->isDragging() && event.virt == VirtualKey::Escape) return area->cancel();
-    if (onShortcut(event)) {
+    if (event.virt == VirtualKey::Escape && cancelHand()) {
+        event.consumed = true;
+        return;
+    }
+    if (isHandBusy()) return;  // other keys wait until the mouse lets go
+    if (onShortcut(event) || (isMenuKey(event) && openFocusedMenu())) {
         event.consumed = true;
         return;
     }
     onFocusedKey(event);
+}
+
+bool WindowContent::isHandBusy() const { return editing_ != nullptr || pitchWheel_->isHeld() || modWheel_->isHeld(); }
+
+// Calls off what the mouse does at present; false if it does nothing.
+bool WindowContent::cancelHand() {
+    for (MYDragArea* area : dragAreas_)
+        if (area != nullptr && area->isDragging()) return area->cancel(), true;
+    for (WheelView* wheel : {pitchWheel_, modWheel_})
+        if (wheel->isHeld()) return wheel->cancel(), true;
+    if (editing_ == nullptr) return false;
+    editing_->cancelDrag();
+    return true;
+}
+
+// The menu of what has the focus, or is pointed at.
+bool WindowContent::openFocusedMenu() {
+    if (focusedStop_ >= 0) {
+        const auto& menu = stops_[static_cast<std::size_t>(focusedStop_)].menu;
+        if (menu) menu();
+        return static_cast<bool>(menu);
+    }
+    ControlFace* face = focused_ != nullptr ? focused_ : hovered_;
+    if (face == nullptr || parameterOfTag(face->entry().tag) < 0) return false;
+    controlMenuWanted(*face);
+    return true;
 }
 
 bool WindowContent::onShortcut(const VSTGUI::KeyboardEvent& event) {
@@ -740,6 +907,7 @@ bool WindowContent::onShortcut(const VSTGUI::KeyboardEvent& event) {
     switch (letterWithControl(event)) {
         case U'z': historyPressed(isShifted ? HistoryBar::Button::redo : HistoryBar::Button::undo, false); return true;
         case U'y': historyPressed(HistoryBar::Button::redo, false); return true;
+        case U't': wantNotes(); return true;
         case U'c':
             if (focused_ != nullptr && parameterOfTag(focused_->entry().tag) >= 0)
                 copiedValue_ = editor_.valueOf(focused_->entry().tag);
@@ -768,6 +936,7 @@ bool WindowContent::onPlainLetter(char32_t character) {
 }
 
 void WindowContent::setFocus(ControlFace* face) {
+    setFocusedStop(-1);
     if (focused_ == face) return;
     if (focused_ != nullptr) focused_->setFocused(false);
     focused_ = face;
@@ -776,24 +945,73 @@ void WindowContent::setFocus(ControlFace* face) {
     showHelp(focused_);
 }
 
-// Along the signal's way: the table is sorted by kind, so the next one is the nearest in reading order.
+void WindowContent::setFocusedStop(int stop) {
+    if (stop == focusedStop_) return;
+    const bool wasPitch = focusedStop_ >= 0 && stops_[static_cast<std::size_t>(focusedStop_)].name == "PITCHWHEEL";
+    if (wasPitch && editor_.valueOf(tag::pitchWheel) != 0.5f) editor_.valueChanged(tag::pitchWheel, 0.5f, false);
+    focusedStop_ = stop;
+    if (stop < 0) return overlay_->setFocus(std::nullopt);
+    overlay_->setFocus(stops_[static_cast<std::size_t>(stop)].place);
+    showStopHelp();
+}
+
+void WindowContent::showStopHelp() {
+    if (newsUntil_ != 0) return;
+    const FocusStop& stop = stops_[static_cast<std::size_t>(focusedStop_)];
+    hintLine_->setText(stop.name + ": " + stop.value());
+}
+
+// Along the signal's way: the band, then section by section in reading order. The table is sorted by kind.
 void WindowContent::moveFocus(int direction) {
-    std::vector<ControlFace*> order;
-    views_.forEach([&](ControlFace& face) {
-        if (editor_.isVisible(face.entry())) order.push_back(&face);
-    });
-    const auto place = [](const ControlFace* face) {
-        const ControlEntry& entry = face->entry();
-        return std::pair(
-            static_cast<int>(entry.y < bandHeight ? Section::Oscillators : entry.section) + (entry.y < bandHeight ? -10 : 0),
-            std::pair(entry.y / 24, entry.x));
+    struct Place {
+        std::tuple<int, int, double> order;
+        ControlFace* face;
+        int stop;
     };
-    std::stable_sort(order.begin(), order.end(), [&](const ControlFace* a, const ControlFace* b) { return place(a) < place(b); });
-    if (order.empty()) return;
-    const auto at = std::find(order.begin(), order.end(), focused_);
-    const int count = static_cast<int>(order.size());
-    const int now = at == order.end() ? (direction > 0 ? -1 : count) : static_cast<int>(at - order.begin());
-    setFocus(order[static_cast<std::size_t>((now + direction + count) % count)]);
+    const auto orderOf = [](Section section, double x, double y) {
+        const int group = y < bandHeight ? -1 : static_cast<int>(section);
+        return std::tuple(group, static_cast<int>(y) / 24, x);
+    };
+    std::vector<Place> places;
+    views_.forEach([&](ControlFace& face) {
+        const ControlEntry& entry = face.entry();
+        if (editor_.isVisible(entry))
+            places.push_back({orderOf(entry.section, static_cast<double>(entry.x), entry.y), &face, -1});
+    });
+    for (int i = 0; i < static_cast<int>(stops_.size()); ++i) {
+        const FocusStop& stop = stops_[static_cast<std::size_t>(i)];
+        places.push_back({orderOf(stop.section, stop.place.left, stop.place.top), nullptr, i});
+    }
+    if (places.empty()) return;
+    std::stable_sort(places.begin(), places.end(), [](const Place& a, const Place& b) { return a.order < b.order; });
+    const auto at = std::find_if(places.begin(), places.end(), [&](const Place& place) {
+        return place.face != nullptr ? place.face == focused_ : focused_ == nullptr && place.stop == focusedStop_;
+    });
+    const int count = static_cast<int>(places.size());
+    const int now = at == places.end() ? (direction > 0 ? -1 : count) : static_cast<int>(at - places.begin());
+    const Place& next = places[static_cast<std::size_t>((now + direction + count) % count)];
+    setFocus(next.face);
+    setFocusedStop(next.stop);
+}
+
+void WindowContent::onStopKey(VSTGUI::KeyboardEvent& event) {
+    const FocusStop& stop = stops_[static_cast<std::size_t>(focusedStop_)];
+    const auto nudge = [&](float amount) {
+        if (stop.nudge) stop.nudge(amount);
+        showStopHelp();
+    };
+    switch (event.virt) {
+        case VirtualKey::Up:
+        case VirtualKey::Right: return nudge(0.01f);
+        case VirtualKey::Down:
+        case VirtualKey::Left: return nudge(-0.01f);
+        case VirtualKey::PageUp: return nudge(0.1f);
+        case VirtualKey::PageDown: return nudge(-0.1f);
+        case VirtualKey::Space:
+        case VirtualKey::Return:
+        case VirtualKey::Enter: stop.press(); return showStopHelp();
+        default: event.consumed = onPlainLetter(event.character);
+    }
 }
 
 void WindowContent::setByKey(ControlFace& face, float value) {
@@ -826,21 +1044,34 @@ void WindowContent::nudge(ControlFace& face, float step) {
     if (parameterOfTag(face.entry().tag) >= 0) setByKey(face, editor_.valueOf(face.entry().tag) + step);
 }
 
+void WindowContent::pressFocused(ControlFace& face, const VSTGUI::KeyboardEvent& event) {
+    const ControlEntry& entry = face.entry();
+    if (isListKind(entry.kind) || entry.kind == WidgetKind::Menu) return controlListWanted(face);
+    if (isSwitchLike(entry.kind)) {
+        const bool turnsOff = editor_.valueOf(entry.tag) > 0.5f && entry.kind == WidgetKind::Switch;
+        editor_.valueChanged(entry.tag, turnsOff ? 0.0f : 1.0f, false);
+        return showHelp(focused_);
+    }
+    if (entry.kind == WidgetKind::Button || entry.kind == WidgetKind::SampleButton) return controlPressed(face, event.modifiers);
+    event.virt == VirtualKey::Space ? controlResetWanted(face) : controlTypingWanted(face);
+}
+
 void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
     event.consumed = true;
     const bool isFine = event.modifiers.has(ModifierKey::Shift);
     const float step = isFine ? 0.001f : 0.01f;
     if (event.virt == VirtualKey::Tab) return moveFocus(isFine ? -1 : 1);
     if (event.virt == VirtualKey::Escape) {
+        if (focused_ == nullptr && editor_.callOffLoad()) return;
         hasKeyboard_ = false;
         return setFocus(nullptr);
     }
+    if (focusedStop_ >= 0) return onStopKey(event);
     if (focused_ == nullptr) {
         event.consumed = onPlainLetter(event.character);
         return;
     }
     ControlFace& face = *focused_;
-    const ControlEntry& entry = face.entry();
     switch (event.virt) {
         case VirtualKey::Up:
         case VirtualKey::Right: return nudge(face, step);
@@ -853,14 +1084,7 @@ void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
         case VirtualKey::Delete: return controlResetWanted(face);
         case VirtualKey::Space:
         case VirtualKey::Return:
-        case VirtualKey::Enter:
-            if (isListKind(entry.kind) || entry.kind == WidgetKind::Menu) return controlListWanted(face);
-            if (isSwitchLike(entry.kind))
-                return editor_.valueChanged(
-                    entry.tag, editor_.valueOf(entry.tag) > 0.5f && entry.kind == WidgetKind::Switch ? 0.0f : 1.0f, false);
-            if (entry.kind == WidgetKind::Button || entry.kind == WidgetKind::SampleButton)
-                return controlPressed(face, event.modifiers);
-            return event.virt == VirtualKey::Space ? controlResetWanted(face) : controlTypingWanted(face);
+        case VirtualKey::Enter: return pressFocused(face, event);
         default: break;
     }
     // A digit begins a value.

@@ -45,6 +45,10 @@ public:
     void openMenu(int index);
     // The list of the category's patches, which takes the browser's place in a low window.
     void openPatches();
+    // Who shows where tags and author of the patch in force are written; false if it is none of the library.
+    void setNotesWanted(std::function<bool()> wanted) { notesWanted_ = std::move(wanted); }
+    // Whether the browser is open, which its button shows.
+    void showBrowserOpen(bool isOpen);
     // Lamps, meters, displays, hints: at each round of the window's timer.
     void follow();
 
@@ -53,8 +57,10 @@ public:
     // A key that came while the window has the keys; consumed if it was used.
     void onKey(VSTGUI::KeyboardEvent& event);
     // Whether keys belong to the window at present: something is open, a control has the focus by keyboard, or the user has
-    // clicked on the window's ground.
-    bool wantsKeys() const { return !layers_.empty() || focused_ != nullptr || hasKeyboard_ || isDragging_; }
+    // clicked on the window's ground, or holds a control by the mouse: Escape calls that off.
+    bool wantsKeys() const {
+        return !layers_.empty() || focused_ != nullptr || focusedStop_ >= 0 || hasKeyboard_ || isDragging_ || isHandBusy();
+    }
 
     // ---- layers
 
@@ -70,6 +76,17 @@ public:
 private:
     enum DragAreaIndex { envelopeArea, lfoArea, wheelArea };
 
+    // What the keyboard reaches beside the controls of the table.
+    struct FocusStop {
+        VSTGUI::CRect place;
+        Section section;
+        std::string name;
+        std::function<std::string()> value;     // as spoken; may be empty
+        std::function<void()> press;            // Enter or the space bar; may be empty
+        std::function<void(float)> nudge = {};  // arrows, by a step of the value; may be empty
+        std::function<void()> menu = {};        // the menu key; may be empty
+    };
+
     void valueChanged(VSTGUI::CControl* control) override;
     void controlBeginEdit(VSTGUI::CControl* control) override;
     void controlEndEdit(VSTGUI::CControl* control) override;
@@ -81,15 +98,19 @@ private:
     void controlPressed(ControlFace& face, VSTGUI::Modifiers modifiers) override;
     void controlPointer(VSTGUI::CPoint where, bool isReleased) override;
     void controlStepped(ControlFace& face, int direction) override;
+    void controlCancelled(ControlFace& face) override;
     void depthDragBegan(ControlFace& knob) override;
     void depthDragged(ControlFace& knob, float amount) override;
     void depthDragEnded(ControlFace& knob) override;
+    void depthDragCancelled(ControlFace& knob) override;
     void dragHovered(int area, bool isHovered) override;
     void dragBegan(int area) override;
     void dragMoved(int area, VSTGUI::CPoint where) override;
     void dragEnded(int area, VSTGUI::CPoint where) override;
     void dragCancelled(int area) override;
 
+    void wantNotes();
+    void listHovered(int list, const VSTGUI::CRect& place);
     void dropped(const std::vector<std::string>& paths, VSTGUI::CPoint where);
     void dropWave(const std::string& path, VSTGUI::CPoint where);
     void historyPressed(HistoryBar::Button button, bool isShifted);
@@ -97,6 +118,9 @@ private:
     void addBand();
     void addDragAreas();
     void addTitles();
+    void addBandStops();
+    void addHistoryStops();
+    void addWheelStop(WheelView& wheel, WindowPart part, const char* name, float step);
     void openVariations(const VSTGUI::CRect& place, VariedSection section, const char* name);
     void openTyping(ControlFace& face, const std::string& begun);
     void refresh(ControlFace& face);
@@ -104,6 +128,8 @@ private:
     std::string textOn(const ControlEntry& entry) const;
     void refreshBackdrop();
     void refreshPatchLine();
+    void followEngine();
+    void followLearning();
     void followLamps();
     void followTooltip();
 
@@ -116,6 +142,14 @@ private:
     void openPopup(const VSTGUI::CRect& anchor, std::vector<MenuRow> rows, PopupMenu::Chosen chosen, ControlFace* opener);
     void openCategories();
     void setFocus(ControlFace* face);
+    void setFocusedStop(int stop);
+    void showStopHelp();
+    bool isHandBusy() const;
+    bool cancelHand();
+    bool openFocusedMenu();
+    void onStopKey(VSTGUI::KeyboardEvent& event);
+    void pressFocused(ControlFace& face, const VSTGUI::KeyboardEvent& event);
+    std::string spokenOf(const ControlEntry& entry) const;
     void moveFocus(int direction);
     bool onShortcut(const VSTGUI::KeyboardEvent& event);
     void onFocusedKey(VSTGUI::KeyboardEvent& event);
@@ -149,12 +183,18 @@ private:
 
     unsigned round_ = 0;
     ControlFace* hovered_ = nullptr;
+    const char* listTooltip_ = nullptr;  // of the list that the pointer is over
+    VSTGUI::CRect listPlace_;
+    std::function<bool()> notesWanted_;
     unsigned hoveredSince_ = 0;
     bool showsTooltips_;
     ControlFace* touched_ = nullptr;
     unsigned touchedUntil_ = 0;
     unsigned newsUntil_ = 0;
     ControlFace* focused_ = nullptr;
+    ControlFace* editing_ = nullptr;  // held by the mouse
+    std::vector<FocusStop> stops_;
+    int focusedStop_ = -1;
     bool hasKeyboard_ = false, isDragging_ = false;
     float copiedValue_ = -1;  // below 0: none
     int dragSource_ = 0;

@@ -6,10 +6,13 @@
 
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 
 namespace vantoric {
 
-std::string controllerMapPath() { return platform::bankFolder() + "Vantoricmidi.cfg"; }
+std::string controllerMapPath() {
+    return platform::ownPath(std::string("Vantoric_data") + platform::pathSeparator + "Vantoricmidi.cfg");
+}
 
 namespace {
 

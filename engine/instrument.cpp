@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "base/numbers.h"
 #include "base/parameters.h"
@@ -11,6 +12,7 @@
 #include "engine/rates.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 #include "platform/settings.h"
 #include "platform/thread.h"
 #include "voice/layer_stack.h"
@@ -46,14 +48,14 @@ constexpr int masterPiece = 256;
 }  // namespace
 
 MasterControls masterControls(const ParameterModel& parameters) {
-    MasterControls controls{parameters.getParameter(par::EqLow),
-                            parameters.getParameter(par::EqMid),
-                            parameters.getParameter(par::EqHigh),
+    MasterControls controls{parameters.played(par::EqLow),
+                            parameters.played(par::EqMid),
+                            parameters.played(par::EqHigh),
                             masterTypeFromValue(parameters.getParameter(par::FxMaType)),
                             {},
                             parameters.getListIndex(par::SoundMod),
-                            SoundModeStage::gainOfVolume(parameters.getParameter(par::Volume))};
-    for (int k = 0; k < 5; ++k) controls.effect[k] = parameters.getParameter(par::FxMaMix + k);
+                            SoundModeStage::gainOfVolume(parameters.played(par::Volume))};
+    for (int k = 0; k < 5; ++k) controls.effect[k] = parameters.played(par::FxMaMix + k);
     return controls;
 }
 
@@ -86,6 +88,7 @@ Instrument::Instrument()
     for (auto* pair : {&internal_, &widened_})
         for (auto& side : *pair) side.assign(bufferSamples, 0.0f);
     setSampleRate(hostRate());
+    platform::makeOwnFolders();
     controllerMap_.load(controllerMapPath());
 
     worker_.start();
@@ -139,15 +142,33 @@ CustomWaveHolders Instrument::customWaves() {
 // What the patch in force will read is in memory before it sounds, so that the audio thread waits for no page.
 void Instrument::prepareToSound() {
     worker_.touchBanks();
-    const auto typeAt = [this](int number, int layer) {
-        return typeFromValue(parameters_.getParameter(hostIndex(number, layer)));
-    };
-    for (int i = 0; i < layerCount; ++i) {
-        if (!switchOn(parameters_.getParameter(par::Layer1On + i))) continue;
-        layers_[i]->insert(0).touchMemory(typeAt(par::FxInType, i));
-        layers_[i]->insert(1).touchMemory(typeAt(par::FxIn2Type, i));
-    }
+    touchEffects();
+}
+
+void Instrument::parametersWritten() {
+    worker_.wavesChosen();
+    touchEffects();
+}
+
+void Instrument::touchEffects() {
+    for (int i = 0; i < layerCount; ++i)
+        if (layerIsOn(i)) touchInserts(i);
     master_.touchMemory(masterTypeFromValue(parameters_.getParameter(par::FxMaType)));
+}
+
+void Instrument::touchInserts(int layer) {
+    layers_[layer]->insert(0).touchMemory(typeFromValue(parameters_.getParameter(hostIndex(par::FxInType, layer))));
+    layers_[layer]->insert(1).touchMemory(typeFromValue(parameters_.getParameter(hostIndex(par::FxIn2Type, layer))));
+}
+
+void Instrument::touchEffectOf(int index, float value) {
+    if (index == par::FxMaType) master_.touchMemory(masterTypeFromValue(value));
+    for (int i = 0; i < layerCount; ++i) {
+        if (index == par::Layer1On + i && switchOn(value)) touchInserts(i);
+        if (!layerIsOn(i)) continue;
+        if (index == hostIndex(par::FxInType, i)) layers_[i]->insert(0).touchMemory(typeFromValue(value));
+        if (index == hostIndex(par::FxIn2Type, i)) layers_[i]->insert(1).touchMemory(typeFromValue(value));
+    }
 }
 
 // ---- rates, switching off and on ----------------------------------------------------------------------------
@@ -212,16 +233,24 @@ void Instrument::receive(const MidiEvent& event) noexcept {
 }
 
 void Instrument::render(float* left, float* right, int frames, const Transport& transport) noexcept {
-    renderBlock(left, right, frames, transport);
+    renderBlock(left, right, frames, 0, transport);
 }
 
 void Instrument::render(double* left, double* right, int frames, const Transport& transport) noexcept {
-    renderBlock(left, right, frames, transport);
+    renderBlock(left, right, frames, 0, transport);
+}
+
+void Instrument::renderPart(float* left, float* right, int frames, int firstFrame, const Transport& transport) noexcept {
+    renderBlock(left, right, frames, firstFrame, transport);
+}
+
+void Instrument::renderPart(double* left, double* right, int frames, int firstFrame, const Transport& transport) noexcept {
+    renderBlock(left, right, frames, firstFrame, transport);
 }
 
 // What the host reads at the block's begin is held for all of it, whatever other threads set meanwhile.
 template <class Sample>
-void Instrument::renderBlock(Sample* left, Sample* right, int frames, const Transport& transport) {
+void Instrument::renderBlock(Sample* left, Sample* right, int frames, int firstFrame, const Transport& transport) {
     if (inBlock_.test_and_set(std::memory_order_acquire)) {
         std::fill_n(left, frames, Sample(0));
         std::fill_n(right, frames, Sample(0));
@@ -233,15 +262,16 @@ void Instrument::renderBlock(Sample* left, Sample* right, int frames, const Tran
         const DenormalsOff denormalsOff;
         audioThreadId_.store(std::this_thread::get_id(), std::memory_order_relaxed);
         transport_ = transport;
+        feedsMaster_ = true;
         const bool oversampled = runsOversampled(hostRate());
         const int longest = oversampled ? bufferSamples / 2 : bufferSamples;
         int done = 0;
         do {
             const int piece = std::min(frames - done, longest);
             if constexpr (std::is_same_v<Sample, float>) {
-                renderMeteredPiece(left + done, right + done, piece, done, oversampled);
+                renderMeteredPiece(left + done, right + done, piece, firstFrame + done, oversampled);
             } else {
-                renderMeteredPiece(widened_[0].data(), widened_[1].data(), piece, done, oversampled);
+                renderMeteredPiece(widened_[0].data(), widened_[1].data(), piece, firstFrame + done, oversampled);
                 std::copy_n(widened_[0].begin(), piece, left + done);
                 std::copy_n(widened_[1].begin(), piece, right + done);
             }
@@ -286,7 +316,7 @@ void Instrument::renderAudioBlock(float* left, float* right, int count, int firs
             renderSubBlock(left + pos, right + pos, length);
         },
         [&](int eventPos) { tick(firstFrame + eventPos); });
-    if (firstFrame == 0) feedMasterChain();
+    if (std::exchange(feedsMaster_, false)) feedMasterChain();
     runMasterChain(left, right, count);
     flags.audioRunning.clear();
 }
@@ -299,7 +329,7 @@ void Instrument::renderSubBlock(float* left, float* right, int count) {
         renderLayers(layers, left + done, right + done, std::min(count - done, maxTickSamples));
 }
 
-// Once a host block, the readers of the master chain get their parameters.
+// Once a host block, or a part of one, the readers of the master chain get their parameters.
 void Instrument::feedMasterChain() {
     const MasterControls controls = masterControls(parameters_);
     equalizer_.setLowGain(controls.eqLow);
@@ -333,7 +363,7 @@ void Instrument::tick(int eventPos) {
     midi_.drainMidiQueue(eventPos);
     releaseUnheldNotes();
     observe(BlockStep::smoothControllers);
-    smoothControllers(state_, parameters_.getParameter(par::Modwheel), midi_.pitchWheel(), midi_.channelPressure());
+    smoothControllers(state_, parameters_.played(par::Modwheel), midi_.pitchWheel(), midi_.channelPressure());
     observe(BlockStep::tempoAndPosition);
     song_.tick(state_, transport_.known ? &transport_ : nullptr);
     if (state_.flags.bootPending.isSet()) return;
@@ -343,9 +373,12 @@ void Instrument::tick(int eventPos) {
     }
 }
 
-// One reading of every parameter a tick: whatever other threads write meanwhile, notes and voices of this
-// tick see the same values.
+// One reading of every parameter a tick, unless none was written since the last: whatever other threads write meanwhile,
+// notes and voices of this tick see the same values.
 void Instrument::readParameters() {
+    const std::uint32_t writes = parameters_.writes();
+    if (writes == writesRead_) return;
+    writesRead_ = writes;
     state_.quality = parameters_.getListIndex(par::Quality);
     state_.soundMode = parameters_.getListIndex(par::SoundMod);
     state_.microtuning = parameters_.getListIndex(par::Microtun);
@@ -365,8 +398,10 @@ void Instrument::releaseUnheldNotes() {
 }
 
 void Instrument::setParameter(int index, float value, ChangeSource source) {
+    const bool isElsewhere = std::this_thread::get_id() != audioThreadId_.load(std::memory_order_relaxed);
+    if (isElsewhere) touchEffectOf(index, value);
     parameters_.setParameter(index, value, source);
-    if (choosesWave(index) && std::this_thread::get_id() != audioThreadId_.load(std::memory_order_relaxed)) worker_.wavesChosen();
+    if (isElsewhere && choosesWave(index)) worker_.wavesChosen();
 }
 
 void Instrument::loadSmoothedControllers() {

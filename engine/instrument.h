@@ -13,6 +13,8 @@
 #include "base/engine_access.h"
 #include "base/engine_state.h"
 #include "base/messages.h"
+#include "base/numbers.h"
+#include "base/parameters.h"
 #include "base/random.h"
 #include "effects/equalizer.h"
 #include "effects/multieffect.h"
@@ -74,6 +76,11 @@ public:
     void render(float* left, float* right, int frames, const Transport& transport) noexcept;
     // The same, widened.
     void render(double* left, double* right, int frames, const Transport& transport) noexcept;
+    // A part of a host's block: `frames` frames that begin `firstFrame` (0 or more) frames behind the block's begin, from which
+    // events count. The parts of a block follow each other, with the same transport. What was set between two parts is heard
+    // from the second one's begin on, where it acts at once, and otherwise from its next tick on.
+    void renderPart(float* left, float* right, int frames, int firstFrame, const Transport& transport) noexcept;
+    void renderPart(double* left, double* right, int frames, int firstFrame, const Transport& transport) noexcept;
     // A MIDI event of the block that follows, in any order; what lies beyond the block waits. Also from other threads:
     // two that meet cost at most one event.
     void receive(const MidiEvent& event) noexcept;
@@ -93,8 +100,9 @@ public:
     // The internal rate in Hz, which every reader of a rate in the instrument gets.
     float internalRate() const;
     float hostRate() const { return hostRate_.load(std::memory_order_relaxed); }
-    // Sets a parameter as `parameters().setParameter` does; where it chooses another wave, the worker fetches its bank,
-    // so that the block need not. On the audio thread it only sets.
+    // Sets a parameter as `parameters().setParameter` does. Where it chooses another effect, the pages of its lines are
+    // touched first; where it chooses another wave, the worker fetches its bank: so the block need not. On the audio thread
+    // it only sets.
     void setParameter(int index, float value, ChangeSource source = ChangeSource::host);
     // The parameters: values, texts, and what has changed in them.
     ParameterModel& parameters() { return parameters_; }
@@ -123,6 +131,8 @@ public:
     CustomWaveLoader& customWaveLoader() { return customWaveLoader_; }
     SfzImport& sfzImport() { return sfzImport_; }
     WaveWorker& waveWorker() { return worker_; }
+    // After parameters were written in another way than by setParameter(): fetches the waves and effects that they choose.
+    void parametersWritten();
 
     // ---- a face, before it plays; null for none
     void setHostPort(HostPort* port) { hostPort_ = port; }
@@ -160,10 +170,14 @@ private:
     void refreshAll() override { parameters_.changes().noteAll(ChangeSource::patch); }
     void lookUpPatchName() override { patchesLoaded_.fetch_add(1, std::memory_order_release); }
     void prepareToSound() override;
+    bool layerIsOn(int layer) const { return switchOn(parameters_.getParameter(parameter::Layer1On + layer)); }
+    void touchEffects();
+    void touchInserts(int layer);
+    void touchEffectOf(int index, float value);
     void setBusy(bool busy) override { busy_.store(busy, std::memory_order_release); }
 
     template <class Sample>
-    void renderBlock(Sample* left, Sample* right, int frames, const Transport& transport);
+    void renderBlock(Sample* left, Sample* right, int frames, int firstFrame, const Transport& transport);
     void renderMeteredPiece(float* left, float* right, int frames, int firstFrame, bool oversampled);
     void renderPiece(float* left, float* right, int frames, int firstFrame, bool oversampled);
     void renderAudioBlock(float* left, float* right, int count, int firstFrame);
@@ -215,10 +229,12 @@ private:
     HostPort* hostPort_ = nullptr;
     BlockObserver* observer_ = nullptr;
     bool nothingHeld_ = false;                      // at the tick before
+    std::uint32_t writesRead_ = ~0u;                // of the parameters, at the last reading
     bool justResumed_ = true;                       // kept for the host's start and stop; nothing reads it
     std::atomic<std::thread::id> audioThreadId_{};  // the thread that rendered last
     std::atomic_flag inBlock_;
-    Transport transport_;  // of the block that runs
+    Transport transport_;       // of the block that runs
+    bool feedsMaster_ = false;  // the piece that follows is the first of a block, or of a part
     StereoBuffer internal_, widened_;
 };
 

@@ -189,7 +189,7 @@ std::string History::nameOf(const std::vector<Change>& changes) const {
     const auto named =
         std::find_if(changes.begin(), changes.end(), [](const Change& change) { return !isLayerSwitch(change.index); });
     const int index = named != changes.end() ? named->index : changes.front().index;
-    return naming_ ? naming_(index) : nameOfParameter(index);
+    return nameOfParameter(index);
 }
 
 // Clicks of a wheel on the same knobs are one step; each click on a switch is one of its own. There always is a way back to

@@ -121,8 +121,7 @@ public:
     void setMemoryLimit(std::size_t bytes);
     std::size_t memoryUsed() const;
 
-    // Names for steps of parameters in place of nameOfParameter; and a clock of one's own, for tests.
-    void setNaming(std::function<std::string(int index)> naming) { naming_ = std::move(naming); }
+    // A clock of one's own, for tests.
     void setClock(std::function<Time()> clock) { clock_ = std::move(clock); }
 
 private:
@@ -173,7 +172,6 @@ private:
     ParameterEdits& edits_;
     PatchPlaceKeeper* places_;
     PatchStates states_;
-    std::function<std::string(int)> naming_;
     std::function<Time()> clock_;
     std::size_t memoryLimit_ = defaultMemoryLimit;
 

@@ -21,7 +21,7 @@ public:
         : quick_(quick), sfz_(sfz), chooser_(chooser), messages_(messages), dialogs_(dialogs), log_(log) {}
 
     // Lets the user choose a wave file and makes a patch of it, see QuickImport. False if the template is missing, nothing
-    // was chosen, or the file was refused.
+    // was chosen, or the file was refused. Files are read beside the window and can be cancelled meanwhile.
     void importSample(Done done);
     // The same for the vocoder, after a hint of what to choose.
     void importVocoder(Done done);
@@ -32,7 +32,13 @@ public:
     void importSfzDialog(Done done);
 
 private:
-    // Runs one of the importers on a file as a command, and tells.
+    using ReadQuick = QuickReading (QuickImport::*)(const std::string&, Progress*) const;
+    using PlaceQuick = bool (QuickImport::*)(QuickReading&&);
+    void chooseQuick(ReadQuick read, PlaceQuick place, Done done);
+    void readQuick(const std::string& path, ReadQuick read, PlaceQuick place, Done done);
+    void readSfz(const std::string& path, const SfzFile& file, SfzGroups groups, Done done);
+    bool hasTemplate(const std::string& path);
+    // Runs the end of an import as a command, and tells.
     template <class Import>
     bool run(const std::string& path, Import&& import);
     bool told(bool result);

@@ -8,6 +8,7 @@
 #include "patch/patch_reset.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 
 namespace vantoric {
 
@@ -19,7 +20,9 @@ std::uint32_t systemClock() {
 
 }  // namespace
 
-std::string templatePath(const std::string& name) { return platform::bankFolder() + "Init_" + name + ".fxp"; }
+std::string templatePath(const std::string& name) {
+    return platform::dataPath(std::string("Vantoric_data") + platform::pathSeparator + "Init_" + name + ".fxp");
+}
 
 InitCommands::InitCommands(Instrument& instrument, OnShow& onShow, PatchOnShow& patch, platform::Dialogs& dialogs,
                            CommandLog& log, Clock clock)
@@ -43,7 +46,7 @@ void InitCommands::releaseSamples(int firstLayer, int endOfLayers) {
 // What every one of them ends with.
 void InitCommands::finish() {
     instrument_.flags().rebuildRequested.set();
-    instrument_.waveWorker().wavesChosen();
+    instrument_.parametersWritten();
     instrument_.parameters().changes().noteAll(ChangeSource::window);
 }
 

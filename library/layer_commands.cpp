@@ -42,7 +42,7 @@ void LayerCommands::act(const std::function<void()>& work) {
     } catch (...) {
         instrument_.messages().post("Error", "Not enought memory.");
     }
-    instrument_.waveWorker().wavesChosen();
+    instrument_.parametersWritten();
     patch_.keep();
     showMessages(instrument_.messages(), dialogs_);
 }

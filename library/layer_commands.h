@@ -57,8 +57,6 @@ public:
     // Layer 1 on two or four layers, detuned against each other.
     void stackLayers(const Stacking& stacking);
 
-    const LayerClipboard& clipboard() const { return clipboard_; }
-
 private:
     void act(const std::function<void()>& work);
     void hint(const char* text);

@@ -6,6 +6,7 @@
 #include "library/show_messages.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 #include "platform/web_page.h"
 #include "samples/edit_commands.h"
 
@@ -53,7 +54,7 @@ void MenuCommands::file(int row) {
         case 1:
         case 2:
         case 3:
-        case 4: onShow_.loadTarget = row; return;
+        case 4: return armLoad(row);
         case 6: return savePatchAs();
         case 7: return quickSave();
         case 8:
@@ -94,7 +95,7 @@ void MenuCommands::loadPatch() {
 }
 
 void MenuCommands::savePatchAs() {
-    patches_.savePatchAs([this](const auto& path) {
+    patches_.savePatchAs(patch_.name(), [this](const auto& path) {
         if (path) patch_.showFile(*path);
     });
 }
@@ -106,7 +107,7 @@ void MenuCommands::quickSave() {
 }
 
 void MenuCommands::saveLayer(int layer) {
-    patches_.askSavePath([this, layer](const auto& path) {
+    patches_.askSavePath(patch_.name() + " layer " + std::to_string(layer + 1), [this, layer](const auto& path) {
         layers_.saveLayerAsPatch(layer, path);
         library_.scanCategories();
         library_.scanPatches(-1);
@@ -120,6 +121,14 @@ void MenuCommands::deletePatch() {
         library_.scanPatches(-1);
         if (isGone && patch_.category() == category && patch_.name() == name) patch_.showCustomHere();
     });
+}
+
+// The next patch that is chosen goes to that layer; the same row again calls it off.
+void MenuCommands::armLoad(int target) { onShow_.loadTarget = onShow_.loadTarget == target ? 0 : target; }
+
+void MenuCommands::importSfzFile(const std::string& path) {
+    followLayer();
+    imports_.importSfz(path, [this](bool done) { showImported(done); });
 }
 
 void MenuCommands::showImported(bool imported) {
@@ -167,7 +176,7 @@ void MenuCommands::copy(int row) {
 
 void MenuCommands::paste(int row) {
     switch (row) {
-        case 0: onShow_.loadTarget = onShow_.layer + 1; return;
+        case 0: return armLoad(onShow_.layer + 1);
         case 2: return layers_.pastePatch();
         case 4: return layers_.pasteFromFile();
         case 5:
@@ -207,7 +216,7 @@ void MenuCommands::help(int row) {
         case 4: return open(WebPage::home);
         case 5: return open(WebPage::sounds);
         case 8: return open(WebPage::tutorial);
-        case 9: return open(WebPage::manual);
+        case 9: return static_cast<void>(openPage_(addressOfManual()));
         case 11: return showVersion();
         case 12: return open(WebPage::updates);
         default: return;
@@ -256,7 +265,7 @@ void MenuCommands::chooseWave(int oscillator, int row) {
 }
 
 void MenuCommands::makeWave(int oscillator, const std::string& name) {
-    if (samples_.resynthesize(onShow_.layer, oscillator, platform::wavetableFolder() + name + ".wav"))
+    if (samples_.resynthesize(onShow_.layer, oscillator, platform::dataPath(platform::belowWavetables() + name + ".wav")))
         noteWave(onShow_.layer, oscillator, name);
 }
 

@@ -57,6 +57,10 @@ public:
 
     // A file that was dropped on the window or chosen elsewhere: a patch.
     bool loadPatchFile(const std::string& path);
+    // An SFZ file, as the row "Import *.sfz".
+    void importSfzFile(const std::string& path);
+    // No patch is waited for any more that is to go to a layer.
+    void callOffLoad() { onShow_.loadTarget = 0; }
 
     PatchLibrary& library() { return library_; }
     PatchBrowser& browser() { return browser_; }
@@ -73,6 +77,7 @@ private:
     void quickSave();
     void saveLayer(int layer);
     void deletePatch();
+    void armLoad(int target);
     void showImported(bool imported);
     void noteWave(int layer, int oscillator, const std::string& name);
     void makeWave(int oscillator, const std::string& name);

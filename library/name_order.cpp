@@ -26,9 +26,8 @@ bool standsBefore(std::string_view a, std::string_view b) {
 
 void sortNames(std::vector<std::string>& names) { std::sort(names.begin(), names.end(), standsBefore); }
 
-std::vector<std::string> listNames(const std::string& folder, std::string_view extension, std::size_t limit) {
-    std::vector<platform::FolderEntry> entries;
-    platform::listFolder(folder, entries);
+std::vector<std::string> listNames(const std::vector<platform::FolderEntry>& entries, std::string_view extension,
+                                   std::size_t limit) {
     std::vector<std::string> names;
     for (const platform::FolderEntry& entry : entries) {
         if (entry.isFolder || !entry.name.ends_with(extension)) continue;

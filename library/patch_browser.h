@@ -13,7 +13,7 @@ namespace vantoric {
 class PatchBrowser {
 public:
     // Library and record outlive it.
-    PatchBrowser(PatchLibrary& library, const OnShow& onShow) : library_(library), onShow_(onShow) {}
+    PatchBrowser(PatchLibrary& library, OnShow& onShow) : library_(library), onShow_(onShow) {}
 
     // The browser is shown: reads the stars of the listed category.
     void open();
@@ -25,6 +25,8 @@ public:
     // A click on star 1 to 5 of a patch, others are held to these: rates it and writes the stars of the category.
     void clickStar(int row, int star);
     // The arrows.
+    // No patch is waited for any more that is to go to a layer.
+    void callOffLoad() { onShow_.loadTarget = 0; }
     void clickNext();
     void clickPrevious();
 
@@ -37,7 +39,7 @@ private:
     std::string listedName() const;
 
     PatchLibrary& library_;
-    const OnShow& onShow_;
+    OnShow& onShow_;
     Ratings ratings_;
     unsigned scanRated_ = 0;  // the library's scan that they belong to
 };

@@ -1,6 +1,9 @@
 #include "library/patch_commands.h"
 
+#include <filesystem>
+
 #include "library/show_messages.h"
+#include "platform/files.h"
 #include "platform/module_folder.h"
 
 namespace vantoric {
@@ -28,16 +31,31 @@ void PatchCommands::loadPatch(platform::OnPath done) {
     });
 }
 
-void PatchCommands::askSavePath(platform::OnPath then) {
+void PatchCommands::askSavePath(const std::string& name, platform::OnPath then) {
+    if (saveFolder_.empty()) platform::makeFolder(platform::userFolder());  // one that cannot be made is told when saving
     const std::string start = saveFolder_.empty() ? platform::userFolder() : saveFolder_;
-    platform::askFilePath(dialogs_, start, true, platform::FileKind::Patch, [this, then = std::move(then)](const auto& path) {
-        if (path) saveFolder_ = folderOfPath(*path);
-        then(path);
-    });
+    const auto chosen = [this, then = std::move(then)](const auto& path) { path ? keepListed(*path, then) : then({}); };
+    platform::askFilePath(dialogs_, start, true, platform::FileKind::Patch, chosen, name);
 }
 
-void PatchCommands::savePatchAs(platform::OnPath done) {
-    askSavePath([this, done = std::move(done)](const auto& path) {
+// Beside the category folders a patch is in no list.
+void PatchCommands::keepListed(const std::string& path, platform::OnPath then) {
+    const auto take = [this, then = std::move(then)](const std::string& chosen) {
+        saveFolder_ = folderOfPath(chosen);
+        then(chosen);
+    };
+    if (std::filesystem::path(path).lexically_normal().parent_path() !=
+        std::filesystem::path(platform::soundsFolder()).lexically_normal().parent_path())
+        return take(path);
+    const std::string listed = platform::userFolder() + path.substr(folderOfPath(path).size());
+    if (platform::exists(listed)) return take(path);  // there is nothing better to offer
+    dialogs_.question("Warning",
+                      "Patches beside the category folders are in no list.\nShould it be saved in the category 'User' instead?",
+                      [path, listed, take](bool yes) { take(yes ? listed : path); });
+}
+
+void PatchCommands::savePatchAs(const std::string& name, platform::OnPath done) {
+    askSavePath(name, [this, done = std::move(done)](const auto& path) {
         if (!path || !told(files_.savePatchAs(*path))) return done({});
         done(path);
         log_.notePatchSaved();

@@ -20,10 +20,11 @@ public:
     // nothing, and the patch as it was, if none was chosen or it could not be loaded.
     void loadPatch(platform::OnPath done);
     // "Save patch as...": asks for a path, names the patch after it, saves. Ends with the path; with nothing if none was
-    // chosen or it could not be written.
-    void savePatchAs(platform::OnPath done);
-    // The question alone: from the folder of the last path so chosen on.
-    void askSavePath(platform::OnPath then);
+    // chosen or it could not be written. `name` is proposed.
+    void savePatchAs(const std::string& name, platform::OnPath done);
+    // The question alone: from the folder of the last path so chosen on, at first the user's own, which is made if it is not
+    // there. Who chooses the sounds folder itself is told that no list shows what lies there, and may take the user's folder.
+    void askSavePath(const std::string& name, platform::OnPath then);
     // Loads a file whose path is known. False, with the patch as it was, if that failed.
     bool loadPatchFile(const std::string& path);
     // "Quick save patch", see PatchFiles.
@@ -33,6 +34,7 @@ public:
 
 private:
     bool told(bool result);
+    void keepListed(const std::string& path, platform::OnPath then);
 
     PatchFiles& files_;
     Messages& messages_;

@@ -8,6 +8,7 @@
 #include "library/text_sections.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 #include "platform/thread.h"
 #include "platform/user_state.h"
 
@@ -224,7 +225,7 @@ void PatchIndex::scan() try {
         if (entry.isFolder && !entry.name.starts_with('.')) categories.push_back(std::move(entry.name));
         return !isStopped();
     };
-    platform::visitFolder(platform::soundsFolder(), addCategory);
+    platform::visitDataFolder(platform::belowSounds(), addCategory);
     std::vector<CataloguedPatch> patches;
     for (const std::string& category : categories)
         if (!scanCategory(category, patches)) return;
@@ -249,7 +250,7 @@ bool PatchIndex::scanCategory(const std::string& category, std::vector<Catalogue
         }
         return !isStopped();
     };
-    platform::visitFolder(platform::soundsFolder() + category, addPatch);
+    platform::visitDataFolder(platform::belowSounds() + category, addPatch);
     if (isStopped()) return false;
     const Ratings ratings = loadRanks(category, names);
     const Notes notes = notesOf(category);

@@ -5,7 +5,7 @@
 #include "library/name_order.h"
 #include "patch/patch_file.h"
 #include "platform/files.h"
-#include "platform/module_folder.h"
+#include "platform/own_files.h"
 
 namespace vantoric {
 
@@ -32,10 +32,8 @@ bool holdsPatch(const std::string& category, const std::string& name) {
 
 int PatchLibrary::scanCategories() {
     const std::string selected = categoryName(selection_.category), listed = categoryName(listed_);
-    std::vector<platform::FolderEntry> entries;
-    platform::listFolder(platform::soundsFolder(), entries);
     categories_.clear();
-    for (const platform::FolderEntry& entry : entries)
+    for (const platform::FolderEntry& entry : platform::listDataFolder(platform::belowSounds()))
         if (entry.isFolder && !entry.name.starts_with('.')) categories_.push_back(entry.name);
     for (const LastFolder& last : lastFolders)
         std::replace(categories_.begin(), categories_.end(), std::string(last.name), std::string(last.sortedAs));
@@ -60,7 +58,7 @@ void PatchLibrary::scanPatches(int category) {
     if (category != -1) listed_ = isPlace(category, categories_.size()) ? category : PatchSelection::none;
     patches_.clear();
     if (listed_ == PatchSelection::none || isCustom(listed_)) return;
-    patches_ = listNames(platform::soundsFolder() + categoryName(listed_), ".fxp", mostPatches);
+    patches_ = listNames(platform::listDataFolder(platform::belowSounds() + categoryName(listed_)), ".fxp", mostPatches);
 }
 
 void PatchLibrary::findPatch(const std::string& name) {
@@ -143,6 +141,8 @@ std::string PatchLibrary::selectedPatch() const {
     return isListed ? patches_[static_cast<std::size_t>(selection_.patch)] : std::string();
 }
 
-std::vector<std::string> wavetableNames() { return listNames(platform::wavetableFolder(), ".wav", mostWavetables); }
+std::vector<std::string> wavetableNames() {
+    return listNames(platform::listDataFolder(platform::belowWavetables()), ".wav", mostWavetables);
+}
 
 }  // namespace vantoric

@@ -6,7 +6,7 @@
 
 #include "base/numbers.h"
 #include "platform/files.h"
-#include "platform/module_folder.h"
+#include "platform/own_files.h"
 
 namespace vantoric {
 
@@ -55,7 +55,7 @@ private:
 
 }  // namespace
 
-std::string rankFilePath(const std::string& category) { return platform::soundsFolder() + category + ".rnk"; }
+std::string rankFilePath(const std::string& category) { return platform::ownPath(platform::belowSounds() + category + ".rnk"); }
 
 Ratings readRatings(std::string_view text, const std::vector<std::string>& patchNames) {
     std::unordered_map<std::string_view, std::uint8_t> stars;
@@ -82,7 +82,7 @@ std::string writeRatings(const std::vector<std::string>& patchNames, const Ratin
 
 Ratings loadRanks(const std::string& category, const std::vector<std::string>& patchNames) {
     std::vector<std::uint8_t> bytes;
-    platform::readFile(rankFilePath(category), bytes, largestFile);
+    platform::readFile(platform::dataPath(platform::belowSounds() + category + ".rnk"), bytes, largestFile);
     return readRatings({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, patchNames);
 }
 

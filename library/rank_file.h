@@ -13,7 +13,7 @@ inline constexpr int fewestStars = 1, mostStars = 5, starsByDefault = 3;
 // One for each patch of a list, 1 to 5 stars.
 using Ratings = std::vector<std::uint8_t>;
 
-// The path of a category's file.
+// The path to which a category's file is written; it may have come with the installation, from elsewhere.
 std::string rankFilePath(const std::string& category);
 
 // The ratings of these patches as a text tells them: lines of a name and a number in turn. Blank lines and leading blanks

@@ -1,5 +1,9 @@
 #include "library/sample_commands.h"
 
+#include <memory>
+#include <utility>
+
+#include "library/beside.h"
 #include "library/show_messages.h"
 #include "platform/module_folder.h"
 
@@ -21,16 +25,42 @@ bool SampleCommands::run(const std::string& name, Act&& act) {
 }
 
 void SampleCommands::loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped, Done done) {
-    layer = layerOf(layer);
-    const bool isLoaded = run("Load sample '" + patchNameOfPath(path) + "'",
-                              [&] { return loader_.loadSample(layer, oscillator, path, false, Refusal::leavesEarlier); });
-    if (!isLoaded) return done(false);
-    dialogs_.question(
-        "Autotune", wasDropped ? "Autotune the sample?" : "Should the sample be tuned automatically (YES) or be tuned to C (NO)?",
-        [this, layer, oscillator, done = std::move(done)](bool tune) {
-            if (tune) run("Autotune", [&] { return loader_.autotune(layer, oscillator), true; });
-            done(told(true));
+    const Target target{layerOf(layer), oscillator, wasDropped};
+    const auto reading = std::make_shared<WaveReading>();
+    beside(
+        dialogs_, "Loading", fileNameOf(path),
+        [&loader = loader_, path, reading](Progress& progress) { *reading = loader.readWave(path, 0, &progress); },
+        [this, target, reading, done = std::move(done)](bool isRead) {
+            if (!isRead) return done(false);
+            messages_.post(reading->refused);
+            if (!reading->wave) return done(told(false));
+            askTuning(target, std::move(*reading), done);
         });
+}
+
+void SampleCommands::askTuning(const Target& target, WaveReading&& reading, Done done) {
+    loader_.tellLoop(*reading.wave);
+    told(true);
+    dialogs_.question(
+        "Autotune",
+        target.wasDropped ? "Autotune the sample?" : "Should the sample be tuned automatically (YES) or be tuned to C (NO)?",
+        [this, target, wave = std::make_shared<PreparedWave>(std::move(*reading.wave)), done = std::move(done)](bool tune) {
+            done(placeChosen(target, std::move(*wave), tune));
+        });
+}
+
+bool SampleCommands::placeChosen(const Target& target, PreparedWave&& wave, bool tune) {
+    const std::string name = patchNameOfPath(wave.path);
+    return run("Load sample '" + name + "'", [&] {
+        try {
+            loader_.place(target.layer, target.oscillator, std::move(wave));
+        } catch (...) {
+            messages_.post("Error", "Not enought memory.");  // for its parameters: it is in its place
+        }
+        if (tune) loader_.autotune(target.layer, target.oscillator);
+        if (target.wasDropped) loader_.selectSample(target.layer, target.oscillator);
+        return true;
+    });
 }
 
 void SampleCommands::loadSampleDialog(int oscillator, Done done) {

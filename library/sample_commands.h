@@ -28,8 +28,9 @@ public:
           dialogs_(dialogs),
           log_(log) {}
 
-    // Loads a file that the user chose in a dialog or dropped, and asks whether it is to be tuned. False, with the earlier
-    // sample in its place, if it was refused.
+    // Loads a file that the user chose in a dialog or dropped: reads it beside the window, asks whether it is to be tuned and
+    // puts it in its place, one command. Of a dropped one the oscillator plays it then. False, with the earlier sample in its
+    // place, if it was refused or cancelled.
     void loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped, Done done);
     // Lets the user choose a wave file and does so with the layer that the window shows. False if none was chosen or it was
     // refused.
@@ -48,6 +49,13 @@ public:
     void saveWaveDialog(int layer, int oscillator, Done done);
 
 private:
+    // Where a wave goes.
+    struct Target {
+        int layer, oscillator;
+        bool wasDropped;
+    };
+    void askTuning(const Target& target, WaveReading&& reading, Done done);
+    bool placeChosen(const Target& target, PreparedWave&& wave, bool tune);
     bool told(bool result);
     // Runs a part that changes the patch as a command, and tells.
     template <class Act>

@@ -1,11 +1,6 @@
 #include "loading/custom_wave_loader.h"
 
-#include <algorithm>
-#include <vector>
-
 #include "base/parameters.h"
-#include "platform/files.h"
-#include "platform/module_folder.h"
 #include "samples/wave_file.h"
 
 namespace vantoric {
@@ -34,20 +29,6 @@ bool CustomWaveLoader::resynthesize(int layer, int oscillator, const std::string
     parameters_.setParameter(hostIndex(parameter::Start1 + oscillator, layer), 0.0f);
     parameters_.changes().noteAll(ChangeSource::window);
     return true;
-} catch (...) {
-    messages_.post("Error", "Not enought memory.");
-    return false;
-}
-
-bool CustomWaveLoader::randomWave(int layer, int oscillator) try {
-    const std::string folder = platform::wavetableFolder();
-    std::vector<platform::FolderEntry> entries;
-    platform::listFolder(folder, entries);
-    std::erase_if(entries, [](const auto& entry) { return entry.isFolder || !entry.name.ends_with(".wav"); });
-    if (entries.empty()) return false;
-    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
-    const std::size_t chosen = (random.next() >> 8) % entries.size();  // its low bits repeat soon
-    return resynthesize(layer, oscillator, folder + entries[chosen].name);
 } catch (...) {
     messages_.post("Error", "Not enought memory.");
     return false;

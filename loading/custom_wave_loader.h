@@ -27,13 +27,10 @@ public:
     // opened (without).
     bool resynthesize(int layer, int oscillator, const std::string& path);
 
-    // A wave of the folder of cycles by chance. False if it holds none or the chosen one was refused.
-    bool randomWave(int layer, int oscillator);
-
     // Writes frame 0 to a mono file of 2048 samples. False, with a message, if it cannot be written.
     bool saveWave(int layer, int oscillator, const std::string& path);
 
-    // What chance draws from.
+    // What the choice of a wave by chance draws from.
     LinearCongruence random;
 
 private:

@@ -12,32 +12,69 @@ namespace vantoric {
 
 namespace par = parameter;
 
+namespace {
+QuickReading shortOfMemory() {
+    QuickReading reading;
+    reading.left.refused = Outcome::failure("Error", "Not enought memory.");
+    return reading;
+}
+}  // namespace
+
 std::string QuickImport::sampleTemplate() { return platform::bankFolder() + "Quick_Sample.fxp"; }
 std::string QuickImport::vocoderTemplate() { return platform::bankFolder() + "Quick_Vocoder.fxp"; }
 
-bool QuickImport::importSample(const std::string& path) try {
+bool QuickImport::importSample(const std::string& path) {
     const EngineTurn turn(access_);
-    std::optional<PreparedWave> left = loader_.prepareWave(path), right;
-    if (left && isStereoFile(path)) {
-        right = loader_.prepareWave(path, 1);
-        if (!right) return false;
-    }
-    if (!left || !files_.loadPatchFile(sampleTemplate())) return false;
+    return placeSample(readSample(path));
+}
+
+bool QuickImport::importVocoder(const std::string& path) {
+    const EngineTurn turn(access_);
+    return placeVocoder(readVocoder(path));
+}
+
+QuickReading QuickImport::readSample(const std::string& path, Progress* progress) const try {
+    QuickReading reading{path, {}, {}, isStereoFile(path)};
+    if (progress != nullptr && reading.isStereo) progress->setStretch(0, 0.5);
+    reading.left = loader_.readWave(path, 0, progress);
+    if (!reading.left.wave || !reading.isStereo) return reading;
+    if (progress != nullptr) progress->setStretch(0.5, 1);
+    reading.right = loader_.readWave(path, 1, progress);
+    return reading;
+} catch (...) {
+    return shortOfMemory();
+}
+
+QuickReading QuickImport::readVocoder(const std::string& path, Progress* progress) const try {
+    return {path, loader_.readWave(path, 0, progress), {}, false};
+} catch (...) {
+    return shortOfMemory();
+}
+
+// Whether the patch is the template now and waits for the waves.
+bool QuickImport::takes(const QuickReading& reading, const std::string& patch) {
+    if (reading.isWhole()) return files_.loadPatchFile(patch);
+    messages_.post(reading.left.wave ? reading.right.refused : reading.left.refused);
+    return false;
+}
+
+bool QuickImport::placeSample(QuickReading&& reading) try {
+    const EngineTurn turn(access_);
+    if (!takes(reading, sampleTemplate())) return false;
     prepareLayer();
-    loader_.place(-1, 0, std::move(*left));
-    if (right) spreadStereo(std::move(*right));
-    program_.setProgramName(patchNameOfPath(path));
+    loader_.place(-1, 0, std::move(*reading.left.wave));
+    if (reading.right.wave) spreadStereo(std::move(*reading.right.wave));
+    program_.setProgramName(patchNameOfPath(reading.path));
     return true;
 } catch (...) {
     return failed();
 }
 
-bool QuickImport::importVocoder(const std::string& path) try {
+bool QuickImport::placeVocoder(QuickReading&& reading) try {
     const EngineTurn turn(access_);
-    std::optional<PreparedWave> wave = loader_.prepareWave(path);
-    if (!wave || !files_.loadPatchFile(vocoderTemplate())) return false;
-    loader_.place(-1, 0, std::move(*wave));
-    program_.setProgramName(patchNameOfPath(path));
+    if (!takes(reading, vocoderTemplate())) return false;
+    loader_.place(-1, 0, std::move(*reading.left.wave));
+    program_.setProgramName(patchNameOfPath(reading.path));
     return true;
 } catch (...) {
     return failed();

@@ -10,6 +10,14 @@
 
 namespace vantoric {
 
+// A wave file that has been read for a quick import.
+struct QuickReading {
+    std::string path;
+    WaveReading left, right;  // the right one only of a stereo file, if both channels are wanted
+    bool isStereo = false;
+    bool isWhole() const { return left.wave && (!isStereo || right.wave); }
+};
+
 // Any thread but the audio thread: each import takes its turn. Throws nothing.
 class QuickImport {
 public:
@@ -30,10 +38,18 @@ public:
     // The same with the other template: the file goes into oscillator 1, the modulator of its vocoder.
     bool importVocoder(const std::string& path);
 
+    // The two halves of both. The first is beside everything and tells nobody; `progress` may be null. The others put what it
+    // read in its place, or tell why there is nothing.
+    QuickReading readSample(const std::string& path, Progress* progress = nullptr) const;
+    QuickReading readVocoder(const std::string& path, Progress* progress = nullptr) const;
+    bool placeSample(QuickReading&& reading);
+    bool placeVocoder(QuickReading&& reading);
+
 private:
     void prepareLayer();
     void spreadStereo(PreparedWave&& right);
     void set(int number, float value);
+    bool takes(const QuickReading& reading, const std::string& patch);
     bool failed();
 
     PatchFiles& files_;

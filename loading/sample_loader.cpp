@@ -7,6 +7,7 @@
 #include "base/parameters.h"
 #include "samples/autotune.h"
 #include "samples/sample_levels.h"
+#include "sound/kernels.h"
 
 namespace vantoric {
 
@@ -44,57 +45,74 @@ bool SampleLoader::load(const Task& task) try {
     Sample* const holder = holderOf(holders_, task.layer, task.oscillator);
     if (holder == nullptr) return false;
     const EngineTurn turn(access_);
-    std::vector<std::uint8_t> file;
-    if (!readBytes(task.path, task.silent, file)) return false;
-    if (task.refusal == Refusal::leavesNone) {
-        const EngineHold hold(access_, HoldFor::waves);
-        holder->length = holder->loopStart = holder->loopEnd = 0;
+    WaveReading reading = readWave(task.path, task.channel);
+    if (!reading.wave) {
+        if (reading.wasRead && task.refusal == Refusal::leavesNone) {
+            const EngineHold hold(access_, HoldFor::waves);
+            holder->length = holder->loopStart = holder->loopEnd = 0;
+        }
+        if (!task.silent) messages_.post(reading.refused);
+        return false;
     }
-    std::optional<PreparedWave> wave = prepare(file, task.path, task.channel, task.silent);
-    if (!wave) return false;
-    place(task.layer, task.oscillator, std::move(*wave), task.keepTuning, task.silent);
+    place(task.layer, task.oscillator, std::move(*reading.wave), task.keepTuning, task.silent);
     return true;
 } catch (...) {
-    return refuse(task.silent, memoryTitle, memoryText);
+    if (!task.silent) messages_.post(memoryTitle, memoryText);
+    return false;
 }
 
-std::optional<PreparedWave> SampleLoader::prepareWave(const std::string& path, int channel, bool silent) try {
-    std::vector<std::uint8_t> file;
-    if (!readBytes(path, silent, file)) return std::nullopt;
-    return prepare(file, path, channel, silent);
-} catch (...) {
-    refuse(silent, memoryTitle, memoryText);
-    return std::nullopt;
-}
-
-bool SampleLoader::readBytes(const std::string& path, bool silent, std::vector<std::uint8_t>& file) {
-    switch (readWaveFile(path, file)) {
-        case WaveRead::done: return true;
-        case WaveRead::tooLarge: return refuse(silent, "Warning", "This wave file is too large.");
-        default: return false;
+WaveReading SampleLoader::readWave(const std::string& path, int channel, Progress* progress) const {
+    WaveReading reading;
+    try {
+        read(path, channel, progress, reading);
+    } catch (...) {
+        reading.wave.reset();
+        reading.refused = Outcome::failure(memoryTitle, memoryText);
     }
+    return reading;
 }
 
-std::optional<PreparedWave> SampleLoader::prepare(std::span<const std::uint8_t> file, const std::string& path, int channel,
-                                                  bool silent) {
+void SampleLoader::read(const std::string& path, int channel, Progress* progress, WaveReading& reading) const {
+    std::vector<std::uint8_t> file;
+    switch (readWaveFile(path, file, maxWaveFileBytes, progress)) {
+        case WaveRead::done: break;
+        case WaveRead::tooLarge: reading.refused = Outcome::failure("Warning", "This wave file is too large."); return;
+        default: return;
+    }
+    reading.wasRead = true;
+    prepare(file, channel, progress, reading);
+    if (reading.wave) reading.wave->path = path;
+}
+
+void SampleLoader::prepare(std::span<const std::uint8_t> file, int channel, Progress* progress, WaveReading& reading) const {
     const WaveLayout layout = parseWave(file);
     const bool isPlayable = layout.error != WaveError::none || layout.sampleRate <= maxSampleRate;
     const WaveError error = isPlayable ? layout.error : WaveError::badRate;
     if (error != WaveError::none) {
-        refuse(silent, "Error", waveErrorText(error));
-        return std::nullopt;
+        reading.refused = Outcome::failure("Error", waveErrorText(error));
+        return;
     }
     WaveSound sound{convertWave(file, layout, channel), layout.sampleRate, layout.loopOn, layout.loopStart, layout.loopEnd};
-    reduceSound(sound, levelRows().front());
+    if (!reduceSound(sound, levelRows().front(), progress)) return;
     PreparedWave wave;
-    wave.path = path;
     wave.loopWasSound = settleLoop(sound);
     wave.loopOn = sound.loopOn;
     const SampleContent content{sound.samples, static_cast<std::int32_t>(sound.loopStart),
                                 static_cast<std::int32_t>(sound.loopEnd), sound.sampleRate};
-    if (prepareSample(wave.sample, content, sound.loopOn, sound.loopOn, access_.flags().rebuildCancel)) return wave;
-    refuse(silent, memoryTitle, memoryText);
-    return std::nullopt;
+    static const Flag never;
+    const bool isPrepared =
+        prepareSample(wave.sample, content, sound.loopOn, sound.loopOn, progress != nullptr ? progress->cancelled() : never);
+    if (progress != nullptr && progress->isCancelled()) return;
+    if (isPrepared) {
+        reading.wave = std::move(wave);
+    } else {
+        reading.refused = Outcome::failure(memoryTitle, memoryText);
+    }
+}
+
+void SampleLoader::tellLoop(PreparedWave& wave, bool silent) {
+    if (!std::exchange(wave.loopWasSound, true) && !silent)
+        messages_.post(wave.path, "The loop point information of this sample is not valid!");
 }
 
 void SampleLoader::place(int layer, int oscillator, PreparedWave&& wave, bool keepTuning, bool silent) {
@@ -102,8 +120,13 @@ void SampleLoader::place(int layer, int oscillator, PreparedWave&& wave, bool ke
     if (holder == nullptr) return;
     const EngineTurn turn(access_);
     exchangeSample(access_, *holder, std::move(wave.sample));
-    if (!wave.loopWasSound) refuse(silent, wave.path, "The loop point information of this sample is not valid!");
+    tellLoop(wave, silent);
     writeParameters(layerOf(layer), oscillator, wave, keepTuning);
+}
+
+void SampleLoader::selectSample(int layer, int oscillator) {
+    if (holderOf(holders_, layerOf(layer), oscillator) == nullptr) return;
+    parameters_.setParameter(hostIndex(parameter::SynType1 + oscillator, layerOf(layer)), listValue(sampleType));
 }
 
 void SampleLoader::writeParameters(int layer, int oscillator, const PreparedWave& wave, bool keepTuning) {
@@ -115,11 +138,6 @@ void SampleLoader::writeParameters(int layer, int oscillator, const PreparedWave
     if (!tuning) return;
     set(parameter::Oct1, tuning->oct);
     set(parameter::Semi1, tuning->semi);
-}
-
-bool SampleLoader::refuse(bool silent, std::string_view title, std::string_view text) {
-    if (!silent) messages_.post(title, text);
-    return false;
 }
 
 }  // namespace vantoric

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "base/messages.h"
+#include "base/outcome.h"
+#include "base/progress.h"
 #include "loading/sample_exchange.h"
 #include "parameters/parameter_model.h"
 #include "samples/wave_file.h"
@@ -20,7 +22,14 @@ struct PreparedWave {
     std::string path;
     PreparedSample sample;
     bool loopOn = false;
-    bool loopWasSound = true;  // else the loop of the file was forgotten
+    bool loopWasSound = true;  // else the loop of the file was forgotten, which nobody has been told
+};
+
+// What came of reading a wave file.
+struct WaveReading {
+    std::optional<PreparedWave> wave;
+    Outcome refused;       // why there is none; nothing to tell if the file cannot be opened or the reading was cancelled
+    bool wasRead = false;  // the bytes were there
 };
 
 // Any thread but the audio thread: each call takes its turn; voices may play and the worker may rebuild meanwhile. What there
@@ -42,11 +51,17 @@ public:
     bool loadSampleChannel(int layer, int oscillator, const std::string& path, bool keepTuning, int channel,
                            Refusal refusal = Refusal::leavesNone);
 
-    // The two halves of a load: reads, converts and builds beside everything, nothing with a message if the file was refused
-    // (without if it cannot be opened); then puts it in its place as loadSampleChannel does, which does nothing for an
-    // oscillator that there is none of. The second may throw std::bad_alloc, with the sample in its place.
-    std::optional<PreparedWave> prepareWave(const std::string& path, int channel = 0, bool silent = false);
+    // The two halves of a load. The first reads, converts and builds beside everything, without a turn, and tells nobody;
+    // `progress` may be null. The second tells of a loop that was forgotten and puts the wave in its place as
+    // loadSampleChannel does; it does nothing for an oscillator that there is none of and may throw std::bad_alloc, with the
+    // sample in its place.
+    WaveReading readWave(const std::string& path, int channel = 0, Progress* progress = nullptr) const;
     void place(int layer, int oscillator, PreparedWave&& wave, bool keepTuning = false, bool silent = false);
+    // Tells of a loop that was forgotten, once.
+    void tellLoop(PreparedWave& wave, bool silent = false);
+
+    // Has the oscillator play its sample.
+    void selectSample(int layer, int oscillator);
 
     // Sets the rate of a sample so that its pitch plays as the note C. An empty one is left alone.
     void autotune(int layer, int oscillator);
@@ -64,10 +79,9 @@ private:
     };
 
     bool load(const Task& task);
-    bool readBytes(const std::string& path, bool silent, std::vector<std::uint8_t>& file);
-    std::optional<PreparedWave> prepare(std::span<const std::uint8_t> file, const std::string& path, int channel, bool silent);
+    void read(const std::string& path, int channel, Progress* progress, WaveReading& reading) const;
+    void prepare(std::span<const std::uint8_t> file, int channel, Progress* progress, WaveReading& reading) const;
     void writeParameters(int layer, int oscillator, const PreparedWave& wave, bool keepTuning);
-    bool refuse(bool silent, std::string_view title, std::string_view text);
     int layerOf(int layer) const { return layer == -1 ? currentLayer : layer; }
 
     EngineAccess& access_;

@@ -75,23 +75,61 @@ bool SfzImport::importSfz(const std::string& path, SfzGroups groups) {
 }
 
 bool SfzImport::importSfz(const std::string& path, const SfzFile& file, SfzGroups groups) try {
-    const SfzPlan plan = planSfz(file, file.groups > 1 && groups == SfzGroups::onlyFirst);
-    if (plan.oscillators.empty()) return refuse("No sample found. This sfz file is not compatible with Vantori.");
+    const std::optional<SfzPlan> plan = planImport(file, groups);
+    if (!plan) return false;
+    const EngineTurn turn(access_);
+    return placeSfz(path, *plan, readSamples(path, *plan));
+} catch (...) {
+    return refuse("Not enought memory.");
+}
+
+std::optional<SfzPlan> SfzImport::planImport(const SfzFile& file, SfzGroups groups) try {
+    SfzPlan plan = planSfz(file, file.groups > 1 && groups == SfzGroups::onlyFirst);
+    if (plan.oscillators.empty()) {
+        refuse("No sample found. This sfz file is not compatible with Vantori.");
+        return std::nullopt;
+    }
     if (plan.keyInfoMissing)
         messages_.post("Warning",
                        "The key info of this sfz file is invalid! Please check lokey=, hikey= and "
                        "pitch_keycenter= .");
+    return plan;
+} catch (...) {
+    refuse("Not enought memory.");
+    return std::nullopt;
+}
+
+std::vector<WaveReading> SfzImport::readSamples(const std::string& path, const SfzPlan& plan, Progress* progress) const {
+    std::vector<WaveReading> samples;
+    try {
+        samples.reserve(plan.oscillators.size());
+        const double part = 1.0 / static_cast<double>(plan.oscillators.size());
+        for (const SfzOscillator& region : plan.oscillators) {
+            const auto before = static_cast<double>(samples.size());
+            if (progress != nullptr) progress->setStretch(before * part, (before + 1) * part);
+            samples.push_back(loader_.readWave(sfzSamplePath(path, region.sample), 0, progress));
+            if (progress != nullptr && progress->isCancelled()) break;
+        }
+    } catch (...) {
+        messages_.post("Error", "Not enought memory.");
+    }
+    return samples;
+}
+
+bool SfzImport::placeSfz(const std::string& path, const SfzPlan& plan, std::vector<WaveReading>&& samples) try {
     const EngineTurn turn(access_);
-    replacePatch(path, plan);
+    samples.resize(plan.oscillators.size());
+    replacePatch(path, plan, std::move(samples));
     return true;
 } catch (...) {
     return refuse("Not enought memory.");
 }
 
-void SfzImport::replacePatch(const std::string& path, const SfzPlan& plan) {
+void SfzImport::replacePatch(const std::string& path, const SfzPlan& plan, std::vector<WaveReading>&& samples) {
     beginPatch(path, plan);
     for (std::size_t k = 0; k < plan.oscillators.size(); ++k)
-        placeRegion(path, static_cast<int>(k) / oscillatorCount, static_cast<int>(k) % oscillatorCount, plan.oscillators[k]);
+        placeRegion(static_cast<int>(k) / oscillatorCount, static_cast<int>(k) % oscillatorCount, plan.oscillators[k],
+                    std::move(samples[k]));
     access_.flags().rebuildRequested.set();
     host_.refreshAll();
 }
@@ -140,10 +178,14 @@ void SfzImport::setVelocityDepth(int layer, float depth) {
     set(par::MatVal1, layer, 0.5f + 0.5f * volume * depth);
 }
 
-void SfzImport::placeRegion(const std::string& path, int layer, int oscillator, const SfzOscillator& region) {
+void SfzImport::placeRegion(int layer, int oscillator, const SfzOscillator& region, WaveReading&& reading) {
     set(par::SynType1 + oscillator, layer, listValue(sampleType));
-    if (!loader_.loadSample(layer, oscillator, sfzSamplePath(path, region.sample)))
+    if (reading.wave) {
+        loader_.place(layer, oscillator, std::move(*reading.wave));
+    } else {
+        messages_.post(reading.refused);
         messages_.post("Error", "File not found: " + region.sample);
+    }
     set(par::Oct1 + oscillator, layer, region.oct);
     set(par::Semi1 + oscillator, layer, region.semi);
     set(par::Detune1 + oscillator, layer, region.detune);

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/messages.h"
 #include "loading/sample_exchange.h"
@@ -39,13 +40,20 @@ public:
     // Both at once.
     bool importSfz(const std::string& path, SfzGroups groups);
 
+    // The steps of the import: what is to become of the file, nothing, with a message, if no region with a sample is in it;
+    // the samples of the plan, beside everything and telling nobody (`progress` may be null); the new patch, which leaves
+    // what was refused empty. Short memory while the samples are read refuses those that it does not suffice for.
+    std::optional<SfzPlan> planImport(const SfzFile& file, SfzGroups groups);
+    std::vector<WaveReading> readSamples(const std::string& path, const SfzPlan& plan, Progress* progress = nullptr) const;
+    bool placeSfz(const std::string& path, const SfzPlan& plan, std::vector<WaveReading>&& samples);
+
 private:
     bool refuse(const char* text);
-    void replacePatch(const std::string& path, const SfzPlan& plan);
+    void replacePatch(const std::string& path, const SfzPlan& plan, std::vector<WaveReading>&& samples);
     void beginPatch(const std::string& path, const SfzPlan& plan);
     void setUpLayer(int layer, const SfzPlan& plan);
     void setVelocityDepth(int layer, float depth);
-    void placeRegion(const std::string& path, int layer, int oscillator, const SfzOscillator& region);
+    void placeRegion(int layer, int oscillator, const SfzOscillator& region, WaveReading&& reading);
     void setLoop(int layer, int oscillator, const SfzOscillator& region);
     void takePoint(std::int32_t point, std::int32_t length, const char* complaint, std::int32_t& taken);
     void set(int number, int layer, float value) { parameters_.setParameterQuiet(hostIndex(number, layer), value); }

@@ -1,5 +1,7 @@
 #include "parameters/parameter_model.h"
 
+#include <cmath>
+
 #include "base/numbers.h"
 #include "base/text.h"
 
@@ -33,6 +35,7 @@ void writeCut(const std::string& full, char* text) {
 ParameterModel::ParameterModel() {
     allLimits();  // made here, so that no setter ever does
     for (auto& value : values_) value.store(0.0f, std::memory_order_relaxed);
+    for (auto& amount : modulation_) amount.store(0.0f, std::memory_order_relaxed);
 }
 
 float ParameterModel::getParameter(int index) const {
@@ -52,7 +55,9 @@ void ParameterModel::setParameterQuiet(int index, float value) {
 }
 
 void ParameterModel::writeRaw(int index, float value) {
-    if (isParameter(index)) values_[static_cast<std::size_t>(index)].store(value, std::memory_order_relaxed);
+    if (!isParameter(index)) return;
+    values_[static_cast<std::size_t>(index)].store(value, std::memory_order_relaxed);
+    writes_.fetch_add(1, std::memory_order_release);
 }
 
 void ParameterModel::setDefaults() {
@@ -63,6 +68,29 @@ void ParameterModel::snapshotLayer(int layer, float* block) const {
     for (int n = 0; n < globalParameterCount; ++n) block[n] = 0.0f;
     for (int n = globalParameterCount; n < layerParameterEnd; ++n)
         block[n] = values_[static_cast<std::size_t>(hostIndex(n, layer))].load(std::memory_order_relaxed);
+    if (!isModulated_.load(std::memory_order_relaxed)) return;
+    for (int n = globalParameterCount; n < layerParameterEnd; ++n) {
+        const float amount = modulation_[static_cast<std::size_t>(hostIndex(n, layer))].load(std::memory_order_relaxed);
+        if (amount != 0.0f) block[n] = clampUnit(block[n] + amount);
+    }
+}
+
+void ParameterModel::setModulation(int index, float amount) {
+    if (!isParameter(index) || !std::isfinite(amount)) return;
+    modulation_[static_cast<std::size_t>(index)].store(amount, std::memory_order_relaxed);
+    if (amount != 0.0f) isModulated_.store(true, std::memory_order_relaxed);
+    writes_.fetch_add(1, std::memory_order_release);
+}
+
+void ParameterModel::clearModulation() {
+    for (auto& amount : modulation_) amount.store(0.0f, std::memory_order_relaxed);
+    isModulated_.store(false, std::memory_order_relaxed);
+    writes_.fetch_add(1, std::memory_order_release);
+}
+
+float ParameterModel::played(int index) const {
+    if (!isParameter(index)) return 0.0f;
+    return clampUnit(getParameter(index) + modulation_[static_cast<std::size_t>(index)].load(std::memory_order_relaxed));
 }
 
 void ParameterModel::getParameterName(int index, char* text) const {

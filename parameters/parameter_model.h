@@ -3,6 +3,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <string>
 
 #include "base/parameters.h"
@@ -45,8 +46,19 @@ public:
     // Sets every value, quietly, to its control's default.
     void setDefaults();
 
-    // Copies numbers 24 to 323 of layer 0 to 3 into `block` (324 floats, indexed by number); the first 24,
-    // which a layer does not use, become 0. Each value is read once. For the layer's tick.
+    // Grows with every value or modulation written, after it: what was read since it last grew is as it was.
+    std::uint32_t writes() const { return writes_.load(std::memory_order_acquire); }
+
+    // Adds `amount` to what the engine plays of a parameter, and to nothing else: the value stands, and so do its texts and
+    // the patch. An index outside 0 to 1223 and an amount without a number are ignored. Any thread.
+    void setModulation(int index, float amount);
+    // Of all parameters.
+    void clearModulation();
+    // The value with its modulation, 0 to 1; 0 for an index outside 0 to 1223.
+    float played(int index) const;
+
+    // Copies numbers 24 to 323 of layer 0 to 3 into `block` (324 floats, indexed by number), with their modulation; the first
+    // 24, which a layer does not use, become 0. Each value is read once. For the layer's tick.
     void snapshotLayer(int layer, float* block) const;
 
     // Texts for the host, cut to 8 characters and ended: `text` holds 9 bytes or more. Not for the audio
@@ -79,6 +91,9 @@ private:
     int lfoModeOf(int index) const;
 
     std::array<std::atomic<float>, parameterCount> values_;
+    std::atomic<std::uint32_t> writes_{0};
+    std::array<std::atomic<float>, parameterCount> modulation_;
+    std::atomic<bool> isModulated_{false};
     ParameterChanges changes_;
     std::atomic<bool> controlsPresent_{true};
 };

@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 
 namespace vantoric {
 
@@ -63,7 +64,7 @@ std::string patchNameOfPath(const std::string& path) {
 std::string folderOfPath(const std::string& path) { return path.substr(0, startOfLastComponent(path)); }
 
 std::string patchPath(const std::string& category, const std::string& name) {
-    return platform::soundsFolder() + category + platform::pathSeparator + name + extension;
+    return platform::dataPath(platform::belowSounds() + category + platform::pathSeparator + name + extension);
 }
 
 std::string favouritePath(const std::string& name) { return platform::favouritesFolder() + "Fav" + name + extension; }
@@ -152,7 +153,10 @@ bool PatchFiles::quickSavePatch(const std::string& category, const std::string& 
         messages_.post("Error", "Your patch still has no name. Use 'Save patch as...' to store it.");
         return false;
     }
-    return savePatchFile(patchPath(category, name));
+    // In a category of the installation it may be the first of the user's.
+    const std::string folder = platform::ownPath(platform::belowSounds() + category);
+    platform::makeFolder(folder);
+    return savePatchFile(folder + platform::pathSeparator + name + extension);
 }
 
 bool PatchFiles::deletePatch(const std::string& category, const std::string& name) {

@@ -45,6 +45,11 @@ const KindTexts& textsOf(FileKind kind) {
 
 }  // namespace
 
+void Dialogs::work(Work work, OnAnswer then) {
+    work.run();
+    then(true);
+}
+
 void showMessage(Dialogs& dialogs, const char* title, const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
@@ -66,8 +71,10 @@ FileRequest fileRequest(FileKind kind, bool isSave, const std::string& startFold
     return {isSave ? texts.saveTitle : texts.loadTitle, texts.filter, texts.extension, startFolder, isSave};
 }
 
-void askFilePath(Dialogs& dialogs, const std::string& startFolder, bool isSave, FileKind kind, OnPath then) {
-    const FileRequest request = fileRequest(kind, isSave, startFolder);
+void askFilePath(Dialogs& dialogs, const std::string& startFolder, bool isSave, FileKind kind, OnPath then,
+                 const std::string& name) {
+    FileRequest request = fileRequest(kind, isSave, startFolder);
+    for (const char c : name) request.name += c == '/' || c == '\\' || static_cast<unsigned char>(c) < ' ' ? '-' : c;
     if (!isSave) return dialogs.choosePath(request, std::move(then));
     dialogs.choosePath(request, [&dialogs, extension = request.extension, then = std::move(then)](const auto& chosen) {
         if (!chosen) return then({});

@@ -18,12 +18,21 @@ struct FileRequest {
     std::string extension;    // ".wav"; empty for all files
     std::string startFolder;  // empty: the system's last place
     bool isSave = false;
+    std::string name = {};  // of a save: what the file would be called, without the extension; empty: nothing is proposed
 };
 
 // What goes on with the user's answer: true only for Yes.
 using OnAnswer = std::function<void(bool yes)>;
 // What goes on with the chosen path; nothing if none was chosen.
 using OnPath = std::function<void(std::optional<std::string> path)>;
+
+// Something that takes its time. `run` may be on a thread of its own, the other two are called meanwhile on that of the window.
+struct Work {
+    std::string title, text;       // what a user reads who has to wait
+    std::function<void()> run;     // touches nothing that the thread of the window uses; throws nothing
+    std::function<double()> part;  // how far it is, 0 to 1
+    std::function<void()> cancel;  // it is not wanted any more: `run` should end soon
+};
 
 // Implemented by the editor's window, by `DesktopDialogs` where there is none, and by `RecordedDialogs`.
 //
@@ -43,6 +52,10 @@ public:
 
     // Lets the user choose a path. Callers use `askFilePath`, which adds the extension and asks before overwriting.
     virtual void choosePath(const FileRequest& request, OnPath then) = 0;
+
+    // Does something long without holding up the caller's thread, where that is possible; without a window it is done within
+    // the call. `then` hears whether it ended: No if the user or the window's end cancelled it.
+    virtual void work(Work work, OnAnswer then);
 };
 
 #if defined(__GNUC__)
@@ -60,7 +73,9 @@ FileRequest fileRequest(FileKind kind, bool isSave, const std::string& startFold
 
 // The open or save dialog of a kind. On saving, the kind's extension is added unless the path ends in it
 // already, letter case included, and an existing file is a question to the user. `then` gets nothing if the user went back.
-void askFilePath(Dialogs& dialogs, const std::string& startFolder, bool isSave, FileKind kind, OnPath then);
+// A save may propose a name; characters that no file name holds are replaced.
+void askFilePath(Dialogs& dialogs, const std::string& startFolder, bool isSave, FileKind kind, OnPath then,
+                 const std::string& name = {});
 
 // The dialogs of a process without an editor's window. On Windows the system's own; elsewhere a text goes
 // to standard error, a question answers No and no path is chosen, so that no host is ever held up. Every answer comes at

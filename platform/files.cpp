@@ -28,15 +28,18 @@ struct CloseFile {
 };
 using OpenFile = std::unique_ptr<std::FILE, CloseFile>;
 
-bool readAll(std::FILE* file, std::vector<std::uint8_t>& bytes, std::size_t limit) {
+FileRead readAll(std::FILE* file, std::vector<std::uint8_t>& bytes, std::size_t limit, std::size_t expected,
+                 const GoesOn& goesOn) {
     constexpr std::size_t chunk = 65536;
     for (;;) {
         const std::size_t before = bytes.size();
         bytes.resize(before + chunk);
         const std::size_t got = std::fread(bytes.data() + before, 1, chunk, file);
         bytes.resize(before + got);
-        if (bytes.size() > limit || std::ferror(file)) return false;
-        if (got < chunk) return true;
+        if (bytes.size() > limit) return FileRead::tooLarge;
+        if (std::ferror(file)) return FileRead::unreadable;
+        if (goesOn && !goesOn(bytes.size(), expected)) return FileRead::stopped;
+        if (got < chunk) return FileRead::done;
     }
 }
 
@@ -126,7 +129,7 @@ Written writeBeside(const fs::path& folder, const void* bytes, std::size_t size,
 
 }  // namespace
 
-FileRead tryReadFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit) {
+FileRead tryReadFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit, const GoesOn& goesOn) {
     bytes.clear();
     std::error_code error;
     // Asked before opening: opening a pipe would wait for its writer.
@@ -138,10 +141,9 @@ FileRead tryReadFile(const std::string& path, std::vector<std::uint8_t>& bytes, 
     const std::uintmax_t size = fs::file_size(path, error);
     if (!error && size > limit) return FileRead::tooLarge;
     if (!error) bytes.reserve(static_cast<std::size_t>(size) + 65536);
-    if (readAll(file.get(), bytes, limit)) return FileRead::done;
-    const bool isTooLarge = bytes.size() > limit;
-    bytes.clear();
-    return isTooLarge ? FileRead::tooLarge : FileRead::unreadable;
+    const FileRead read = readAll(file.get(), bytes, limit, error ? 0 : static_cast<std::size_t>(size), goesOn);
+    if (read != FileRead::done) bytes.clear();
+    return read;
 }
 
 bool readFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit) {

@@ -13,10 +13,15 @@ namespace vantoric::platform {
 inline constexpr std::size_t defaultReadLimit = std::size_t{1} << 30;  // bytes
 
 // missing: no file of that name. unreadable: a folder, a device, missing rights, or failing while being read.
-enum class FileRead { done, missing, unreadable, tooLarge };
+// stopped: whoever asked did not want it any more.
+enum class FileRead { done, missing, unreadable, tooLarge, stopped };
+
+// Asked between the pieces of a long read, with the bytes read so far and those expected: whether to go on.
+using GoesOn = std::function<bool(std::size_t read, std::size_t all)>;
 
 // Reads a whole regular file of up to `limit` bytes. `bytes` is empty unless done.
-FileRead tryReadFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit = defaultReadLimit);
+FileRead tryReadFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit = defaultReadLimit,
+                     const GoesOn& goesOn = {});
 // The same for those who need no reason: whether it is done.
 bool readFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit = defaultReadLimit);
 

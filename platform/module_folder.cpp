@@ -1,5 +1,8 @@
 #include "platform/module_folder.h"
 
+#include "platform/files.h"
+#include "platform/own_files.h"
+
 #ifdef _WIN32
 #include <windows.h>
 #else
@@ -17,6 +20,8 @@ std::string& chosenFolder() {
     static std::string folder;
     return folder;
 }
+
+constexpr int mostClimbed = 4;
 
 std::string below(const std::string& folder, const char* name) { return folder + name + pathSeparator; }
 
@@ -78,11 +83,20 @@ void setDataFolder(const std::string& folder) {
     if (!folder.empty() && folder.back() != pathSeparator) chosenFolder() += pathSeparator;
 }
 
-std::string dataFolder() { return chosenFolder().empty() ? moduleFolder() : chosenFolder(); }
+std::string installedFolder(const std::string& moduleFolder) {
+    std::string at = moduleFolder;
+    for (int climbed = 0; climbed <= mostClimbed && !at.empty(); ++climbed) {
+        if (isFolder(at + "Vantoric_data")) return at;
+        at = folderOfModulePath(at.substr(0, at.size() - 1));
+    }
+    return moduleFolder;
+}
+
+std::string dataFolder() { return chosenFolder().empty() ? installedFolder(moduleFolder()) : chosenFolder(); }
 std::string bankFolder() { return below(dataFolder(), "Vantoric_data"); }
 std::string soundsFolder() { return below(dataFolder(), "Vantoric_sounds"); }
-std::string userFolder() { return below(soundsFolder(), "User"); }
-std::string favouritesFolder() { return below(soundsFolder(), "Favourites"); }
+std::string userFolder() { return below(ownFolder() + belowSounds(), "User"); }
+std::string favouritesFolder() { return below(ownFolder() + belowSounds(), "Favourites"); }
 std::string wavetableFolder() { return below(dataFolder(), "Vantoric_wavetables"); }
 
 }  // namespace vantoric::platform

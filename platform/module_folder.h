@@ -1,5 +1,5 @@
-// Where the installation lies: everything the instrument reads stands beside its module file. There is no
-// search and no other place.
+// Where the installation lies: everything the instrument reads stands beside its module file, or beside the bundle that the
+// module is in.
 #pragma once
 
 #include <string>
@@ -25,7 +25,11 @@ std::string moduleFolder();
 // engine exists: it is not guarded against concurrent readers.
 void setDataFolder(const std::string& folder);
 
-// Root of all files below, with a trailing separator: the module's folder unless `setDataFolder` said
+// The module's folder, or the first of the four above it, that holds Vantoric_data; `moduleFolder` itself if none does. It is
+// given and returned with its trailing separator.
+std::string installedFolder(const std::string& moduleFolder);
+
+// Root of all files below, with a trailing separator: the installed folder of the module unless `setDataFolder` said
 // otherwise. Nothing is cached. The folders after it end in a separator too.
 std::string dataFolder();
 std::string bankFolder();        // Vantoric_data: wave banks, configuration files, templates

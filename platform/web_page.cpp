@@ -1,5 +1,7 @@
 #include "platform/web_page.h"
 
+#include <string_view>
+
 #ifdef _WIN32
 #include <windows.h>
 // After windows.h: it needs its types.
@@ -13,6 +15,28 @@ extern char** environ;
 #endif
 
 namespace vantoric::platform {
+
+// RFC 8089, with what RFC 3986 leaves unreserved. A path of Windows begins with a drive, whose colon stays.
+std::string addressOfFile(const std::string& path) {
+    constexpr std::string_view plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+    constexpr char digits[] = "0123456789ABCDEF";
+    std::string address = path.starts_with('/') ? "file://" : "file:///";
+    for (std::size_t i = 0; i < path.size(); ++i) {
+#ifdef _WIN32
+        const char c = path[i] == '\\' ? '/' : path[i];
+        const bool isDrive = i == 1 && c == ':';
+#else
+        const char c = path[i];
+        constexpr bool isDrive = false;
+#endif
+        const auto byte = static_cast<unsigned char>(c);
+        if (isDrive || plain.find(c) != std::string_view::npos)
+            address += c;
+        else
+            address.append({'%', digits[byte >> 4], digits[byte & 15]});
+    }
+    return address;
+}
 
 #ifdef _WIN32
 

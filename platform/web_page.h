@@ -9,4 +9,7 @@ namespace vantoric::platform {
 // page comes up nobody knows. Any thread but the audio thread. `address` should be one of our own, never a user's text.
 bool openWebPage(const std::string& address);
 
+// The address of a file, "file:///...", for a path from the root; all bytes but plain letters, digits and "-._~/" are coded.
+std::string addressOfFile(const std::string& path);
+
 }  // namespace vantoric::platform

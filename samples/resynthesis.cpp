@@ -91,7 +91,8 @@ Outcome resynthesizeWave(std::span<const std::uint8_t> file, const std::string& 
 Outcome resynthesizeFile(const std::string& path, CycleSpan cycle) try {
     std::vector<std::uint8_t> file;
     switch (readWaveFile(path, file, maxResynthesisBytes)) {
-        case WaveRead::unreadable: return Outcome::silentFailure();
+        case WaveRead::unreadable:
+        case WaveRead::stopped: return Outcome::silentFailure();
         case WaveRead::tooLarge:
             return Outcome::failure("Error",
                                     "This file is too large and not suitable for resynthesis. Please choose a smaller one!");

@@ -18,6 +18,7 @@ constexpr std::size_t readMargin = 1000;    // zero bytes that stand behind a fi
 constexpr std::size_t headerSearch = 1000;  // bytes in which the format chunk is looked for
 constexpr std::size_t formatPosition = 12;  // where it usually stands
 constexpr int pcmTag = 1, floatTag = 3;
+constexpr double readingPart = 0.3;    // of a load's progress; the rest is the reduction's
 constexpr int extensibleTag = 0xfffe;  // the sub-format tells
 // Of a sub-format, behind its two bytes of a tag: the standard media identifier.
 constexpr std::uint8_t mediaId[] = {0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80, 0x00, 0x00, 0xaa, 0x00, 0x38, 0x9b, 0x71};
@@ -189,17 +190,25 @@ std::vector<std::int16_t> convertWave(File file, const WaveLayout& layout, int c
     return samples;
 }
 
-void reduceSound(WaveSound& sound, const FirRow& row) {
+bool reduceSound(WaveSound& sound, const FirRow& row, Progress* progress) {
+    double all = 0, done = 0;  // samples of all passes
+    for (std::size_t count = sound.samples.size(); count > static_cast<std::size_t>(maxPlayableSamples); count /= 2)
+        all += static_cast<double>(count);
+    const Flag* const cancel = progress != nullptr ? &progress->cancelled() : nullptr;
     while (sound.samples.size() > static_cast<std::size_t>(maxPlayableSamples)) {
         std::vector<std::int16_t> filtered(sound.samples.size());
-        firFilter(sound.samples.data(), static_cast<std::int32_t>(sound.samples.size()), filtered.data(), false, row);
+        const auto count = static_cast<std::int32_t>(sound.samples.size());
+        if (!firFilter(sound.samples.data(), count, filtered.data(), false, row, cancel)) return false;
         const std::size_t half = filtered.size() / 2;
         for (std::size_t i = 0; i < half; ++i) sound.samples[i] = filtered[2 * i];
         sound.samples.resize(half);
         sound.sampleRate /= 2;
         sound.loopStart /= 2;
         sound.loopEnd /= 2;
+        done += count;
+        if (progress != nullptr) progress->report(readingPart + (1 - readingPart) * done / all);
     }
+    return true;
 }
 
 bool settleLoop(WaveSound& sound) {
@@ -212,10 +221,15 @@ bool settleLoop(WaveSound& sound) {
     return sound.loopOn == wasOn;
 }
 
-WaveRead readWaveFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit) {
-    switch (platform::tryReadFile(path, bytes, limit)) {
+WaveRead readWaveFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit, Progress* progress) {
+    const auto goesOn = [progress](std::size_t read, std::size_t all) {
+        if (all > 0) progress->report(readingPart * static_cast<double>(read) / static_cast<double>(all));
+        return !progress->isCancelled();
+    };
+    switch (platform::tryReadFile(path, bytes, limit, progress != nullptr ? platform::GoesOn(goesOn) : nullptr)) {
         case platform::FileRead::done: return WaveRead::done;
         case platform::FileRead::tooLarge: return WaveRead::tooLarge;
+        case platform::FileRead::stopped: return WaveRead::stopped;
         default: return WaveRead::unreadable;
     }
 }

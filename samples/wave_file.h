@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/outcome.h"
+#include "base/progress.h"
 #include "samples/sample_levels.h"
 
 namespace vantoric {
@@ -65,18 +66,21 @@ struct WaveSound {
 };
 
 // Halves a sound until it fits into `maxPlayableSamples`: low-pass by `row`, every second sample (an odd
-// count loses its last), half the rate and loop points. May throw std::bad_alloc.
-void reduceSound(WaveSound& sound, const FirRow& row);
+// count loses its last), half the rate and loop points. Reports to `progress` (may be null) and returns false, with a sound
+// that is good for nothing, once that is cancelled. May throw std::bad_alloc.
+bool reduceSound(WaveSound& sound, const FirRow& row, Progress* progress = nullptr);
 
 // Makes the loop points those of a holder: the end exclusive and at most the length, the whole sound if
 // there is no loop. False if the file's loop was not valid (start not below end, or beyond the sound): it is
 // then forgotten.
 bool settleLoop(WaveSound& sound);
 
-enum class WaveRead { done, unreadable, tooLarge };
+enum class WaveRead { done, unreadable, tooLarge, stopped };
 
-// Reads a file of up to `limit` bytes whole. `bytes` is empty unless done. May throw std::bad_alloc.
-WaveRead readWaveFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit = maxWaveFileBytes);
+// Reads a file of up to `limit` bytes whole. `bytes` is empty unless done. Reports to `progress` (may be null), which may cancel
+// it. May throw std::bad_alloc.
+WaveRead readWaveFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit = maxWaveFileBytes,
+                      Progress* progress = nullptr);
 
 // Whether a file can be read and its format chunk says two channels. No boxes.
 bool isStereoFile(const std::string& path);

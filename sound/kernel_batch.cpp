@@ -6,58 +6,53 @@ namespace vantoric {
 
 namespace {
 
-// How many draws a sample takes.
-enum class Draws { none, oneHash, oneCongruence, oneASubStep, knownAfterwards };
-
-struct KernelRow {
-    Kernel kernel;
-    SideBySideFunction* sideBySide;  // null: one by one
-    Draws draws;
-    int noiWave = 0;  // of an attractor
-};
-
 // The kernels that run side by side or draw; all others do neither.
-constexpr KernelRow kernelRows[] = {
-    {kernels::analogPlain, sideBySide::analogPlain, Draws::oneHash},
-    {kernels::analogFm, sideBySide::analogFm, Draws::oneCongruence},
-    {kernels::analogPulse, sideBySide::analogPulse, Draws::oneCongruence},
-    {kernels::hypernoise9, sideBySide::hypernoise9, Draws::none},
-    {kernels::supersawJp, sideBySide::supersawJp, Draws::none},
-    {kernels::supersawClean, sideBySide::supersawClean, Draws::none},
-    {kernels::supernoise, sideBySide::supernoise, Draws::none},
-    {kernels::noiseWhite, nullptr, Draws::oneHash},
-    {kernels::noiseLowpass, sideBySide::noiseLowpass, Draws::oneCongruence},
-    {kernels::noiseBandpass, sideBySide::noiseBandpass, Draws::oneCongruence},
-    {kernels::noiseRandom, nullptr, Draws::knownAfterwards},
-    {kernels::noiseRandomRamp, nullptr, Draws::knownAfterwards},
-    {kernels::noiseDigital, nullptr, Draws::knownAfterwards},
-    {kernels::noiseBandlimit, nullptr, Draws::knownAfterwards},
-    {kernels::noisePink, sideBySide::noisePink, Draws::oneHash},
-    {kernels::fractal1, sideBySide::fractal1, Draws::oneASubStep, 8},
-    {kernels::fractal2, sideBySide::fractal2, Draws::oneASubStep, 9},
-    {kernels::fractal3, sideBySide::fractal3, Draws::oneASubStep, 10},
+constexpr BatchedKernel kernelRows[] = {
+    {kernels::analogPlain, sideBySide::analogPlain, KernelDraws::oneHash},
+    {kernels::analogFm, sideBySide::analogFm, KernelDraws::oneCongruence},
+    {kernels::analogPulse, sideBySide::analogPulse, KernelDraws::oneCongruence},
+    {kernels::hypernoise9, sideBySide::hypernoise9, KernelDraws::none},
+    {kernels::supersawJp, sideBySide::supersawJp, KernelDraws::none},
+    {kernels::supersawClean, sideBySide::supersawClean, KernelDraws::none},
+    {kernels::supernoise, sideBySide::supernoise, KernelDraws::none},
+    {kernels::noiseWhite, nullptr, KernelDraws::oneHash},
+    {kernels::noiseLowpass, sideBySide::noiseLowpass, KernelDraws::oneCongruence},
+    {kernels::noiseBandpass, sideBySide::noiseBandpass, KernelDraws::oneCongruence},
+    {kernels::noiseRandom, nullptr, KernelDraws::knownAfterwards},
+    {kernels::noiseRandomRamp, nullptr, KernelDraws::knownAfterwards},
+    {kernels::noiseDigital, nullptr, KernelDraws::knownAfterwards},
+    {kernels::noiseBandlimit, nullptr, KernelDraws::knownAfterwards},
+    {kernels::noisePink, sideBySide::noisePink, KernelDraws::oneHash},
+    {kernels::fractal1, sideBySide::fractal1, KernelDraws::oneASubStep, 8},
+    {kernels::fractal2, sideBySide::fractal2, KernelDraws::oneASubStep, 9},
+    {kernels::fractal3, sideBySide::fractal3, KernelDraws::oneASubStep, 10},
 };
-
-const KernelRow& rowOf(Kernel kernel) {
-    static constexpr KernelRow other{nullptr, nullptr, Draws::none};
-    const auto* row =
-        std::find_if(std::begin(kernelRows), std::end(kernelRows), [&](const KernelRow& r) { return r.kernel == kernel; });
-    return row != std::end(kernelRows) ? *row : other;
-}
 
 }  // namespace
 
-void KernelBatch::add(Kernel kernel, std::int16_t* out, OscillatorState& state, const std::int16_t* in, const Sample* sample) {
-    const KernelRow& row = rowOf(kernel);
-    if (row.draws == Draws::knownAfterwards) {
-        kernel(KernelContext{engine_, waves_, random_, sample}, out, count_, state, in);
-        return;
-    }
+BatchedKernel batchedKernel(Kernel kernel) {
+    const auto* row =
+        std::find_if(std::begin(kernelRows), std::end(kernelRows), [&](const BatchedKernel& r) { return r.kernel == kernel; });
+    return row != std::end(kernelRows) ? *row : BatchedKernel{kernel};
+}
+
+void KernelBatch::add(const BatchedKernel& kernel, std::int16_t* out, OscillatorState& state, const std::int16_t* in,
+                      const Sample* sample) {
+    if (kernel.draws == KernelDraws::knownAfterwards || lacksAnalogWave(kernel.kernel, state))
+        return runKernel(kernel.kernel, {engine_, waves_, random_, sample}, out, count_, state, in);
+    std::uint16_t fadeIn;
+    if (!beginKernel(out, count_, state, fadeIn)) return;
     entries_[static_cast<std::size_t>(size_++)] = {
-        kernel, row.sideBySide, out, &state, in, sample, random_.congruence.state, random_.hash.counter};
-    if (row.draws == Draws::oneHash) random_.hash.counter += static_cast<std::uint32_t>(count_);
-    if (row.draws == Draws::oneCongruence) skipCongruence(1);
-    if (row.draws == Draws::oneASubStep) skipCongruence(chaosStep(row.noiWave, state.increment).subSteps);
+        kernel.kernel, kernel.sideBySide, out, &state, in, sample, random_.congruence.state, random_.hash.counter, fadeIn};
+    if (kernel.draws == KernelDraws::oneHash) random_.hash.counter += static_cast<std::uint32_t>(count_);
+    if (kernel.draws == KernelDraws::oneCongruence) skipCongruence(1);
+    if (kernel.draws == KernelDraws::oneASubStep) skipCongruence(chaosStep(kernel.noiWave, state.increment).subSteps);
+}
+
+// An analog kernel without its wave does nothing and draws nothing.
+bool KernelBatch::lacksAnalogWave(Kernel kernel, const OscillatorState& state) const {
+    if (kernel == kernels::analogPulse) return waves_.rowCycle(pulseWidthRow, 0) == nullptr || state.framePending < 0;
+    return (kernel == kernels::analogPlain || kernel == kernels::analogFm) && waves_.rowCycle(state.analogRow, 0) == nullptr;
 }
 
 // Passes over the draws of a call; subSteps is a power of two.
@@ -94,6 +89,10 @@ void KernelBatch::render() {
             RandomSources random = drawsOf(entry);
             entry.kernel({engine_, waves_, random, entry.sample}, entry.out, count_, *entry.state, entry.in);
         }
+    }
+    for (int i = 0; i < size_; ++i) {
+        const Entry& entry = entries_[static_cast<std::size_t>(i)];
+        endKernel(entry.out, count_, *entry.state, entry.fadeIn);
     }
     size_ = 0;
 }

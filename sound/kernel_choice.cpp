@@ -1,6 +1,7 @@
 // Which kernel serves an oscillator, and what note-on prepares for it.
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "base/numbers.h"
 #include "sound/custom_wave.h"
@@ -140,18 +141,32 @@ void keepSilent(std::int16_t* out, int count, OscillatorState& state) {
     state.fadeIn = fadeInSamples;
 }
 
-void runKernel(Kernel kernel, const KernelContext& context, std::int16_t* out, int count, OscillatorState& state,
-               const std::int16_t* in) {
+bool beginKernel(std::int16_t* out, int count, OscillatorState& state, std::uint16_t& fadeIn) {
     if (state.customWave != nullptr) {
         state.table = state.customWave->samples();
-        if (state.table == nullptr) return keepSilent(out, count, state);
+        if (state.table == nullptr) {
+            keepSilent(out, count, state);
+            return false;
+        }
     }
-    const int faded = std::min<int>(state.fadeIn, count);
+    fadeIn = std::exchange(state.fadeIn, std::uint16_t{0});
+    return true;
+}
+
+// A kernel that has kept silent again begins a fade of its own.
+void endKernel(std::int16_t* out, int count, OscillatorState& state, std::uint16_t fadeIn) {
+    if (fadeIn == 0 || state.fadeIn != 0) return;
+    const int faded = std::min<int>(fadeIn, count);
+    for (int i = 0; i < faded; ++i) out[i] = static_cast<std::int16_t>(out[i] * (fadeInSamples - fadeIn + i) / fadeInSamples);
+    state.fadeIn = static_cast<std::uint16_t>(fadeIn - faded);
+}
+
+void runKernel(Kernel kernel, const KernelContext& context, std::int16_t* out, int count, OscillatorState& state,
+               const std::int16_t* in) {
+    std::uint16_t fadeIn;
+    if (!beginKernel(out, count, state, fadeIn)) return;
     kernel(context, out, count, state, in);
-    if (faded == 0) return;
-    for (int i = 0; i < faded; ++i)
-        out[i] = static_cast<std::int16_t>(out[i] * (fadeInSamples - state.fadeIn + i) / fadeInSamples);
-    state.fadeIn = static_cast<std::uint16_t>(state.fadeIn - faded);
+    endKernel(out, count, state, fadeIn);
 }
 
 void prepareOscillator(OscillatorState& state, const OscillatorSetup& setup, const WaveStore& waves) {

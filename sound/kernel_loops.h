@@ -115,8 +115,7 @@ struct KernelLoops {
     void (*analogOverCongruence)(const float* row, LinearCongruence& random, const AnalogSound& sound, std::int16_t* out,
                                  int count);
 
-    // Reads with FM for as many samples as have neither a restart, a change of the frame nor a box read, N at a time; returns
-    // how many.
+    // Reads with FM for as many samples as have neither a restart nor a change of the frame, N at a time; returns how many.
     int (*modulatedNearest)(ModulatedPhase& at, const std::int16_t* cycle, const std::int16_t* in, std::int16_t* out, int count);
     int (*modulatedLinear)(ModulatedPhase& at, const ModulatedWave& wave, const std::int16_t* in, std::int16_t* out, int count);
     int (*modulatedScan)(ModulatedPhase& at, const ModulatedWave& wave, FrameScan& scan, const std::int16_t* in,

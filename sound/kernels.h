@@ -104,6 +104,11 @@ Kernel chooseKernel(const KernelChoice& choice, const SampleKernels& sample);
 void runKernel(Kernel kernel, const KernelContext& context, std::int16_t* out, int count, OscillatorState& state,
                const std::int16_t* in);
 
+// What runKernel() does before and after the kernel, for kernels that run side by side. beginKernel takes the fade that is
+// under way out of the state, for endKernel; where it returns false, `out` is silent and neither kernel nor endKernel runs.
+bool beginKernel(std::int16_t* out, int count, OscillatorState& state, std::uint16_t& fadeIn);
+void endKernel(std::int16_t* out, int count, OscillatorState& state, std::uint16_t fadeIn);
+
 // For kernels whose wave is not made yet: silence, after which runKernel() fades in what comes.
 void keepSilent(std::int16_t* out, int count, OscillatorState& state);
 

@@ -456,21 +456,49 @@ struct LaneLoops {
         }
     };
 
+    // boxRead of the samples whose steps reach boxStep, of frames that begin at `frames` in level 7; the others stay.
+    static Ints withBoxReads(const Ints& samples, const std::int16_t* level7, const Bits& frames, const Group& group) {
+        const Bits middle = group.phases >> 13;
+        // Those so far to the left and to the right of the middle.
+        const auto pair = [&](std::uint32_t apart) {
+            return samplesAt<N>(level7, frames + ((middle - Bits(apart)) & Bits(2047u))) +
+                   samplesAt<N>(level7, frames + ((middle + Bits(apart)) & Bits(2047u)));
+        };
+        Ints sum = pair(64), bits(1);  // of as many samples as 1 << bits
+        for (std::uint32_t end = 128; end < 1024; end *= 2) {
+            const auto wider = group.steps > Ints(static_cast<std::int32_t>(2 * end));
+            if (!anyOf(wider)) break;
+            Ints more(0);
+            for (std::uint32_t apart = end + 64; apart < 2 * end; apart += 128) more += pair(apart);
+            sum += select(wider, more, Ints(0));
+            bits += select(wider, Ints(1), Ints(0));
+        }
+        // A quotient is cut towards 0.
+        const Ints mean = (sum + ((sum >> 31) & ((Ints(1) << bits) - Ints(1)))) >> bits;
+        const Ints box = select(group.steps > Ints(2048), Ints(0), mean >> 1);
+        return select(group.steps >= Ints(boxStep), box, samples);
+    }
+
     // frames(): where the frames of the next N samples begin.
     template <class Frames>
     static int linearWithFm(ModulatedPhase& at, const ModulatedWave& wave, const std::int16_t* in, std::int16_t* out, int count,
                             Frames frames) {
         if (wave.frames > 32767) return 0;
-        const Ints levelStride(wave.frames);
+        const Ints levelStride(wave.frames), mostLinear(boxStep - 1);
         const std::int16_t* const table = wave.table;
+        const std::int16_t* const level7 = table + cycleOffset(wave.frames, 0, 7);
         const bool latches = wave.latches;
-        const auto breaks = [&](const Group& group) { return anyOf(group.steps >= Ints(boxStep)) || (latches && group.wraps()); };
+        const auto breaks = [&](const Group& group) { return latches && group.wraps(); };
         return modulatedGroups(at, in, count, breaks, [&](const Group& group, int i) {
             // Levels by three quarters of the steps: the number of the bits of 3 x >> 2 is the exponent of 3 x | 2 less 1.
-            const Ints scaled = (group.steps + group.steps + group.steps) | Ints(2);
+            const Ints steps = stdx::min(group.steps, mostLinear);
+            const Ints scaled = (steps + steps + steps) | Ints(2);
             const Ints levels = (std::bit_cast<Ints>(toFloats<N>(scaled)) >> 23) - Ints(128);
-            const Bits cycles = asBits<N>(halvesMultiplied<N>(levels, levelStride) << 11) + frames();
-            storeSmall<N>(linearSums<N>(table, cycles, group.phases) >> 14, out + i);
+            const Bits frame = frames();
+            const Bits cycles = asBits<N>(halvesMultiplied<N>(levels, levelStride) << 11) + frame;
+            Ints samples = linearSums<N>(table, cycles, group.phases) >> 14;
+            if (anyOf(group.steps > mostLinear)) samples = withBoxReads(samples, level7, frame, group);
+            storeSmall<N>(samples, out + i);
         });
     }
 

@@ -248,7 +248,7 @@ class Copy:
         self.copy_sources()
         environment = os.environ | {"CCACHE_SLOPPINESS": "pch_defines,time_macros"}
         configure = ["cmake", "-G", "Ninja", "-S", str(self.tree), "-B", str(self.build), "-DCMAKE_BUILD_TYPE=Mutation",
-                     f"-DCMAKE_CXX_FLAGS={self.FLAGS}", "-DVANTORIC_BENCH=OFF", "-DVANTORIC_TESTS=ON"]
+                     f"-DCMAKE_CXX_FLAGS={self.FLAGS}", "-DVANTORIC_BENCH=OFF", "-DVANTORIC_TESTS=ON", "-DVANTORIC_WINDOW=OFF"]
         programs = sorted({self.program(test) for test in tests})
         for command in (configure, ["cmake", "--build", str(self.build), f"-j{self.jobs}", "--target", *programs]):
             code, output = self.run(command, env=environment)

@@ -8,7 +8,7 @@ out=$(realpath -m "${1:-out}")
 
 need "to build the instrument and its player" "${build_packages[@]}"
 need_window_library
-need "to make the packages" "${packaging_packages[@]}"
+need "to make the packages" "${packaging_packages[@]}" "${manual_packages[@]}"
 
 say "Building"
 cmake --preset release -DVANTORIC_TESTS=OFF -DVANTORIC_BENCH=OFF >/dev/null

@@ -1,11 +1,15 @@
 # Sourced by ./play and ./check: sees to the Debian packages that a build needs.
 
 build_packages=(g++ cmake ninja-build ccache git ca-certificates
-    libcli11-dev libsndfile1-dev libebur128-dev libpng-dev nlohmann-json3-dev pkg-config)
+    libcli11-dev libsndfile1-dev libasound2-dev libjack-jackd2-dev libdbus-1-dev libebur128-dev libpng-dev nlohmann-json3-dev pkg-config)
 # What the window library needs, and the fonts of the window's design.
 window_packages=(libcairo2-dev libpango1.0-dev libfontconfig-dev libfreetype-dev libx11-dev libxcb1-dev libxcb-util-dev
     libxcb-cursor-dev libxcb-keysyms1-dev libxcb-xkb-dev libxkbcommon-dev libxkbcommon-x11-dev fonts-inter fonts-sora)
-check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxtst-dev)
+# What makes the manual: ./check needs it, and a build without it leaves the manual out.
+manual_packages=(pandoc)
+# The headers of the other plug-in formats; VST 3's come with the window library.
+format_packages=(dpf-source lv2-dev)
+check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxtst-dev jackd2 dbus-daemon)
 # What makes and checks the packages for users.
 packaging_packages=(help2man gzip xz-utils fakeroot dpkg-dev lintian desktop-file-utils appstream)
 
@@ -39,6 +43,14 @@ need() {
         fail "Could not install: ${missing[*]}. They are needed $why. Install them as root and run this again."
     fi
     rm -f /tmp/vantoric-apt.$$
+}
+
+# A format whose headers cannot be had is left out of the build.
+need_format_headers() {
+    local package
+    for package in "${format_packages[@]}"; do
+        (need "to build the instrument in other plug-in formats" "$package") || say "That format is left out."
+    done
 }
 
 # The window library: a package on Debian 13, unpacked into .deps/ on Debian 12.

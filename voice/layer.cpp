@@ -313,9 +313,9 @@ DrawStages Layer::drawStages() const {
     return stages;
 }
 
-void Layer::renderOscillators(int count, DueTones& due) {
+void Layer::gatherOscillators(OscillatorRuns& runs) {
     for (int i = 0; i < voiceCount; ++i)
-        if (((sounding_ >> i) & 1) != 0) voices_[i]->renderOscillators(count, due);
+        if (((sounding_ >> i) & 1) != 0) voices_[i]->gatherOscillators(runs);
 }
 
 void Layer::endBlock(float* left, float* right, int count) {

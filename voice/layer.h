@@ -66,9 +66,9 @@ public:
     // Adds `count` samples (1 to maxTickSamples, never across a tick) to left and right. Audio thread.
     void renderBlock(float* left, float* right, int count);
     // The steps of renderBlock, for renderLayers. beginBlock returns false, and the others are left out, where the layer is
-    // off; then come the oscillators with the tone stages that wait, the bank, and the inserts with the sum.
+    // off; then come the oscillators, the bank, and the inserts with the sum.
     bool beginBlock(int count);
-    void renderOscillators(int count, DueTones& due);
+    void gatherOscillators(OscillatorRuns& runs);
     BankRun bankRun() { return {bank_.get(), sounding_, scratchLeft_.data(), scratchRight_.data()}; }
     void endBlock(float* left, float* right, int count);
     // Where they may draw random numbers.

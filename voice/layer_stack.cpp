@@ -12,14 +12,14 @@ using Layers = std::span<Layer* const>;
 
 // All oscillators, then all tone stages, then all filters and outputs, then each layer's inserts and sum.
 void renderTogether(Layers layers, float* left, float* right, int count) {
-    DueTones due;
+    OscillatorRuns oscillators(layers[0]->engine(), layers[0]->waves(), layers[0]->random(), count);
     std::array<BankRun, layerCount> runs;
     std::size_t sounding = 0;
     for (Layer* layer : layers) {
-        layer->renderOscillators(count, due);
+        layer->gatherOscillators(oscillators);
         if (layer->bankRun().mask != 0) runs[sounding++] = layer->bankRun();
     }
-    toneStages(due.runs(), count);
+    oscillators.run();
     for (const BankRun& run : std::span(runs.data(), sounding)) run.bank->mix(count, run.mask);
     renderBanks({runs.data(), sounding}, count);
     for (Layer* layer : layers) layer->endBlock(left, right, count);

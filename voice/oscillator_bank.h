@@ -6,21 +6,45 @@
 #include <span>
 
 #include "base/lane_bank.h"
+#include "sound/kernel_batch.h"
 #include "sound/oscillator_control.h"
 #include "sound/tone_stages.h"
 
 namespace vantoric {
 
-// Tone stages that wait to be run together; as many as the voices of all layers have.
-class DueTones {
+// Kernels and tone stages of the voices of several layers, gathered so that they run side by side.
+class OscillatorRuns {
 public:
-    void clear() { count_ = 0; }
-    void add(const ToneRun& run) { runs_[static_cast<std::size_t>(count_++)] = run; }
-    std::span<const ToneRun> runs() const { return {runs_.data(), static_cast<std::size_t>(count_)}; }
+    // The arguments, those of KernelBatch, must outlive it.
+    OscillatorRuns(const EngineState& engine, const WaveStore& waves, RandomSources& random, int count)
+        : kernels_{KernelBatch(engine, waves, random, count), KernelBatch(engine, waves, random, count),
+                   KernelBatch(engine, waves, random, count)},
+          count_(count) {}
+
+    // Where the kernel of an oscillator (0 to 2) goes: one that hears the oscillator before runs after that one's tone stage.
+    KernelBatch& kernels(int oscillator, bool hearsPrevious) { return kernels_[hearsPrevious ? oscillator : 0]; }
+    // Adds an oscillator's tone stage; those that no next oscillator hears run last.
+    void addTone(const ToneRun& run, int oscillator, bool nextHears) {
+        Tones& tones = tones_[nextHears ? oscillator : oscillatorCount - 1];
+        tones.runs[static_cast<std::size_t>(tones.count++)] = run;
+    }
+    // Runs all that was added.
+    void run() {
+        for (int i = 0; i < oscillatorCount; ++i) {
+            kernels_[i].render();
+            toneStages({tones_[i].runs.data(), static_cast<std::size_t>(tones_[i].count)}, count_);
+        }
+    }
 
 private:
-    std::array<ToneRun, layerCount * voiceCount * oscillatorCount> runs_;
-    int count_ = 0;
+    struct Tones {
+        std::array<ToneRun, KernelBatch::capacity> runs;
+        int count = 0;
+    };
+
+    std::array<KernelBatch, oscillatorCount> kernels_;
+    std::array<Tones, oscillatorCount> tones_;
+    int count_;
 };
 
 // Audio thread only. Nothing here allocates. voice: 0 to 15, oscillator: 0 to 2.

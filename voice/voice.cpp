@@ -26,10 +26,7 @@ static_assert(par::AttAux2 - par::AttVol == auxEnvelope2 && par::ShapAux2 - par:
 }  // namespace
 
 Voice::Voice(Layer& layer, int index) : layer_(layer), index_(index) {
-    for (int i = 0; i < oscillatorCount; ++i) {
-        oscillators[i].oscillatorIndex = static_cast<std::uint8_t>(i);
-        kernels_[i] = kernels::silent;
-    }
+    for (int i = 0; i < oscillatorCount; ++i) oscillators[i].oscillatorIndex = static_cast<std::uint8_t>(i);
 }
 
 // ---- note-on ------------------------------------------------------------------------------------------------
@@ -110,7 +107,7 @@ void Voice::startOscillator(int i) {
     pitch[i].target = keyTarget(layer_.engine().keyIncrement, note, mod[par::KeyFol1 + i]);
     pitch[i].position = 0.0;  // no glide, unless the layer names a note to come from
     pitch[i].tuning = 1.0;
-    kernels_[i] = kernels::silent;
+    kernels_[i] = {};
     oscillatorOn[i] = prepared_[i] = oscillatorActive(i);
     if (!oscillatorOn[i]) return;
     prepareOscillatorState(i);
@@ -142,18 +139,17 @@ void Voice::prepareOscillatorState(int i) {
 }
 
 void Voice::chooseKernelOf(int i) {
-    const int synType = listAt(par::SynType1 + i);
-    mayDraw_[i] = synType == noiseType || synType == analogType;
     hearsPrevious_[i] = oscillatorModulated(i);
-    kernels_[i] = chooseKernel({.synType = synType,
-                                .quality = layer_.engine().quality,
-                                .modulated = hearsPrevious_[i],
-                                .internalRate = layer_.engine().internalRate,
-                                .ssWave = listAt(par::SSWave1 + i),
-                                .noiWave = listAt(par::NoiWave1 + i),
-                                .hasSample = layer_.sample(i).length != 0,
-                                .anaWave = listAt(par::AnaWave1 + i)},
-                               sampleKernels);
+    const Kernel kernel = chooseKernel({.synType = listAt(par::SynType1 + i),
+                                        .quality = layer_.engine().quality,
+                                        .modulated = hearsPrevious_[i],
+                                        .internalRate = layer_.engine().internalRate,
+                                        .ssWave = listAt(par::SSWave1 + i),
+                                        .noiWave = listAt(par::NoiWave1 + i),
+                                        .hasSample = layer_.sample(i).length != 0,
+                                        .anaWave = listAt(par::AnaWave1 + i)},
+                                       sampleKernels);
+    if (kernel != kernels_[i].kernel) kernels_[i] = batchedKernel(kernel);
 }
 
 bool Voice::oscillatorActive(int i) const {
@@ -226,7 +222,7 @@ void Voice::reset() {
         oscillators[i] = OscillatorState();
         oscillators[i].oscillatorIndex = static_cast<std::uint8_t>(i);
         pitch[i] = OscillatorPitch();
-        kernels_[i] = kernels::silent;
+        kernels_[i] = {};
         oscillatorOn[i] = prepared_[i] = false;
     }
     smoothedNote = 60.0;
@@ -363,24 +359,19 @@ void Voice::evaluateMatrix() {
 
 bool Voice::oscillatorsDraw() const {
     for (int i = 0; i < oscillatorCount; ++i)
-        if (oscillatorOn[i] && mayDraw_[i]) return true;
+        if (oscillatorOn[i] && kernels_[i].mayDraw()) return true;
     return false;
 }
 
-// A tone stage runs before the next oscillator hears it; all others can wait for those of other voices.
-void Voice::renderOscillators(int count, DueTones& due) {
+void Voice::gatherOscillators(OscillatorRuns& runs) {
     OscillatorBank& bank = layer_.bank().oscillators;
     for (int i = 0; i < oscillatorCount; ++i) {
         if (!oscillatorOn[i]) continue;
-        const KernelContext context{layer_.engine(), layer_.waves(), layer_.random(), &layer_.sample(i)};
         const auto& previous = bank.buffer(index_, (i + oscillatorCount - 1) % oscillatorCount);
-        runKernel(kernels_[i], context, bank.buffer(index_, i).data(), count, oscillators[i], previous.data());
+        runs.kernels(i, hearsPrevious_[i])
+            .add(kernels_[i], bank.buffer(index_, i).data(), oscillators[i], previous.data(), &layer_.sample(i));
         if (!bank.toneIsHeard(index_, i)) continue;
-        const ToneRun tone = bank.toneRun(index_, i);
-        if (i + 1 < oscillatorCount && hearsPrevious_[i + 1])
-            toneStage(tone.buffer, count, *tone.state, tone.coefficient, tone.gains);
-        else
-            due.add(tone);
+        runs.addTone(bank.toneRun(index_, i), i, i + 1 < oscillatorCount && hearsPrevious_[i + 1]);
     }
 }
 

@@ -35,9 +35,8 @@ public:
     void noteOn(int note, int velocity);
     // One control tick. Only for voices that sound.
     void tick();
-    // Fills the oscillator buffers with `count` samples (1 to maxTickSamples) and adds the tone stages that are still to
-    // run to `due`. Only for voices that sound.
-    void renderOscillators(int count, DueTones& due);
+    // Adds what fills the oscillator buffers to `runs`. Only for voices that sound.
+    void gatherOscillators(OscillatorRuns& runs);
     // Whether that may draw random numbers.
     bool oscillatorsDraw() const;
     // Full clear: idle, silent, memories gone.
@@ -115,8 +114,7 @@ private:
     bool firstTick_ = true;
     std::uint64_t modSeen_ = 0;                     // the tick that `mod` is of; 0: it was filled by other means
     std::array<bool, oscillatorCount> prepared_{};  // its wave and phases are those of this note
-    std::array<Kernel, oscillatorCount> kernels_{};
-    std::array<bool, oscillatorCount> mayDraw_{};        // its kernel may draw random numbers
+    std::array<BatchedKernel, oscillatorCount> kernels_{};
     std::array<bool, oscillatorCount> hearsPrevious_{};  // its kernel reads the oscillator before
     Drift drift_;
 };

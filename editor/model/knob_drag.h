@@ -34,7 +34,6 @@ enum KnobCursor : int { plainCursor = 0, depthDragCursor = 3, depthStripCursor =
 class KnobDrag {
 public:
     explicit KnobDrag(const KnobShape& shape = {}) : shape_(shape) {}
-    void setShape(const KnobShape& shape) { shape_ = shape; }
 
     // What a press begins.
     enum class Press {
@@ -108,12 +107,5 @@ struct ArcParts {
     std::span<const ArcPart> all() const { return {parts.data(), static_cast<std::size_t>(count)}; }
 };
 ArcParts arcParts(const ModulationArc& arc);
-
-// Calls draw(position) for the points of a part: every 0.01, and its end.
-template <class Function>
-void forArcPoints(const ArcPart& part, Function draw) {
-    for (int i = 0; part.low + 0.01f * static_cast<float>(i) < part.high; ++i) draw(part.low + 0.01f * static_cast<float>(i));
-    draw(part.high);
-}
 
 }  // namespace vantoric

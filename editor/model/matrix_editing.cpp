@@ -95,6 +95,7 @@ KnobModulations MatrixEditing::updateKnobModulation() const {
         knob.modDepth = 2.0f * parameters_.getParameter(hostIndex(par::MatVal1 + i, onShow_.layer)) - 1.0f;
         ++knob.modCount;
         knob.modNames = sourceLabel(slot.source);
+        knob.source = slot.source;
     }
     return knobs;
 }
@@ -171,7 +172,7 @@ void MatrixEditing::beginDepth(int number) {
         if (!aimsAt(i, number) || slotAt(i, onShow_.layer).source == 0) continue;
         forLayers([&](int layer) {
             const int index = hostIndex(par::MatVal1 + i, layer);
-            dragged_[static_cast<std::size_t>(draggedCount_++)] = index;
+            dragged_[static_cast<std::size_t>(draggedCount_++)] = {index, parameters_.getParameter(index)};
             edits_.begin(index);
         });
         return;
@@ -179,12 +180,20 @@ void MatrixEditing::beginDepth(int number) {
 }
 
 void MatrixEditing::dragDepth(float amount) {
-    for (int i = 0; i < draggedCount_; ++i) edits_.set(dragged_[static_cast<std::size_t>(i)], clampUnit(amount));
+    for (int i = 0; i < draggedCount_; ++i) edits_.set(dragged_[static_cast<std::size_t>(i)].index, clampUnit(amount));
 }
 
 void MatrixEditing::endDepth() {
-    for (int i = 0; i < draggedCount_; ++i) edits_.end(dragged_[static_cast<std::size_t>(i)]);
+    for (int i = 0; i < draggedCount_; ++i) edits_.end(dragged_[static_cast<std::size_t>(i)].index);
     draggedCount_ = 0;
+}
+
+void MatrixEditing::cancelDepth() {
+    for (int i = 0; i < draggedCount_; ++i) {
+        const Dragged& dragged = dragged_[static_cast<std::size_t>(i)];
+        edits_.set(dragged.index, dragged.before);
+    }
+    endDepth();
 }
 
 }  // namespace vantoric

@@ -40,6 +40,7 @@ int dragSource(DragSection section, int tab);
 struct KnobModulation {
     float modDepth = 0.0f;      // -1 to 1; 0: none
     const char* modNames = "";  // the source's label
+    int source = 0;             // the source's list index
     int modCount = 0;           // slots that aim here
     bool modBipolar = false;    // the source moves to both sides
 };
@@ -72,6 +73,8 @@ public:
     void beginDepth(int number);
     void dragDepth(float amount);
     void endDepth();
+    // The same with the amounts as they were at its beginning.
+    void cancelDepth();
 
 private:
     struct Slot {
@@ -94,7 +97,11 @@ private:
     ParameterEdits& edits_;
     const OnShow& onShow_;
     platform::Dialogs& dialogs_;
-    std::array<int, layerCount> dragged_{};  // host indices of the amounts that a drag moves
+    struct Dragged {
+        int index;     // host index of the amount that a drag moves
+        float before;  // its value at the beginning
+    };
+    std::array<Dragged, layerCount> dragged_{};
     int draggedCount_ = 0;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "base/heard_while_written.h"
 #include "base/numbers.h"
@@ -21,6 +22,7 @@ namespace {
 
 namespace par = parameter;
 
+constexpr char calledOff[] = "No patch goes to a layer any more.";
 constexpr int effectValues = 4;  // parameters of an effect beside its mix
 
 // The parameters of a slot of effects.
@@ -113,13 +115,19 @@ std::vector<int> Q7Editor::indicesOf(int tag) const {
 }
 
 void Q7Editor::touch(int tag) {
-    if (view_ != nullptr) wakeLayer(tag, true);
+    if (view_ == nullptr) return;
+    woken_ = -1;
+    wakeLayer(tag, true);
 }
 
 void Q7Editor::beginEdit(int tag) {
     if (view_ == nullptr || parameterOfTag(tag) < 0) return;
-    gestures_.push_back({tag, indicesOf(tag)});
-    for (const int index : gestures_.back().indices) edits_.begin(index);
+    gestures_.push_back({tag, indicesOf(tag), {}, std::exchange(woken_, -1)});
+    Gesture& gesture = gestures_.back();
+    for (const int index : gesture.indices) {
+        gesture.before.push_back(instrument_.parameters().getParameter(index));
+        edits_.begin(index);
+    }
 }
 
 void Q7Editor::endEdit(int tag) {
@@ -128,6 +136,22 @@ void Q7Editor::endEdit(int tag) {
     const std::vector<int> indices = std::move(gesture->indices);
     gestures_.erase(gesture);
     for (const int index : indices) edits_.end(index);
+}
+
+void Q7Editor::cancelEdit(int tag) {
+    const auto found = std::find_if(gestures_.begin(), gestures_.end(), [=](const Gesture& g) { return g.tag == tag; });
+    if (found == gestures_.end()) return;
+    const Gesture gesture = *found;
+    for (std::size_t i = 0; i < gesture.indices.size(); ++i) edits_.set(gesture.indices[i], gesture.before[i]);
+    silenceAgain(gesture.woken);
+    endEdit(tag);
+    parameterShown(parameterOfTag(tag));
+}
+
+void Q7Editor::silenceAgain(int woken) {
+    if (woken < 0) return;
+    edits_.change(woken, 0.0f);
+    if (view_ != nullptr) view_->redrawAll();
 }
 
 void Q7Editor::setParameter(int tag, float value) {
@@ -148,6 +172,7 @@ void Q7Editor::wakeLayer(int tag, bool leftButton) {
     const int index = par::Layer1On + onShow_.layer;
     if (isOn(instrument_.parameters().getParameter(index))) return;
     edits_.change(index, 1.0f);
+    woken_ = index;
     view_->redrawAll();  // the whole layer lights up
 }
 
@@ -260,7 +285,17 @@ void Q7Editor::rowChosen(int tag, int row) {
     commandDone();
     const bool isArmed = (tag == tag::fileMenu && row >= file_row::loadToLayer1 && row < file_row::loadToLayer1 + layerCount) ||
                          (tag == tag::pasteMenu && row == paste_row::loadToLayer);
-    if (isArmed && view_ != nullptr) view_->openBrowser();
+    if (!isArmed || view_ == nullptr) return;
+    if (onShow_.loadTarget != 0) return view_->openBrowser();
+    view_->showHint(calledOff);
+}
+
+bool Q7Editor::callOffLoad() {
+    if (onShow_.loadTarget == 0 || view_ == nullptr) return false;
+    menus_.callOffLoad();
+    commandDone();
+    view_->showHint(calledOff);
+    return true;
 }
 
 void Q7Editor::chooseCommand(int tag, int row) {
@@ -343,6 +378,7 @@ void Q7Editor::knobSourceChosen(int tag, int sourceTag) {
 
 void Q7Editor::beginDepth(int tag) {
     if (view_ == nullptr) return;
+    woken_ = -1;
     wakeLayer(tag, true);
     matrix_.beginDepth(parameterOfTag(tag));
 }
@@ -354,6 +390,12 @@ void Q7Editor::dragDepth(float amount) {
 }
 
 void Q7Editor::endDepth() { matrix_.endDepth(); }
+
+void Q7Editor::cancelDepth() {
+    matrix_.cancelDepth();
+    silenceAgain(std::exchange(woken_, -1));
+    if (view_ != nullptr) showModulations();
+}
 
 int Q7Editor::draggedSource(WindowPart part) const {
     constexpr int modwheelSource = 19;

@@ -16,6 +16,7 @@
 #include "editor/model/matrix_editing.h"
 #include "editor/model/midi_learn.h"
 #include "editor/model/pages.h"
+#include "editor/model/window_files.h"
 #include "editor/model/window_size.h"
 #include "engine/instrument.h"
 #include "library/menu_commands.h"
@@ -38,6 +39,10 @@ public:
 
     // Takes the size for a start. Before the first window is built.
     void loadSize(Screen screen) { size_.loadSize(screen); }
+    // The size for a start where none is stored, for a host that knows better what fits.
+    void startWithSize(int index) {
+        if (!readSizeIndex()) size_.applySize(index);
+    }
     // A window shows from now on; it outlives `close`.
     void open(EditorView& view);
     // It goes away, with that many dialogs still open, which the user is told of. The engine plays on.
@@ -52,6 +57,8 @@ public:
     // A gesture on a control: any number of `valueChanged` between the two. Other tags than those of parameters need none.
     void beginEdit(int tag);
     void endEdit(int tag);
+    // Ends the gesture with everything as it was at its beginning; a layer that it woke falls silent again.
+    void cancelEdit(int tag);
     // A control has another value, 0 to 1: a parameter's, a selector that went on, a button that was let go of. `leftButton`:
     // the left button of the mouse is held.
     void valueChanged(int tag, float value, bool leftButton);
@@ -67,6 +74,7 @@ public:
     void beginDepth(int tag);
     void dragDepth(float amount);
     void endDepth();
+    void cancelDepth();
     // What the mouse carries that left a part of the window (one of the drag areas): the list index of the source.
     int draggedSource(WindowPart part) const;
     // The control, by its row of the table, that would take a drop at a point of the window in pixels before zoom; -1 for
@@ -110,8 +118,10 @@ public:
     MenuCommands& commands() { return menus_; }
     // The name of the patch in force.
     std::string patchName() { return menus_.patch().name(); }
-    // What the hint line says while nothing is pointed at.
-    std::string restingHint() { return menus_.browser().hint().text; }
+    // What the hint line says while nothing is pointed at: of the category of the patch in force.
+    std::string restingHint() { return categoryHint(menus_.patch().category(), onShow_.loadTarget).text; }
+    // Calls off a load to a layer that waits for its patch. False if none does.
+    bool callOffLoad();
     // The step that the arpeggiator of the layer on show plays, 0 to 15; -1: none.
     int playingStep() const;
     // The rows of the menu or list of a control, "-" for separators.
@@ -127,10 +137,13 @@ private:
     struct Gesture {
         int tag;
         std::vector<int> indices;
+        std::vector<float> before;  // their values
+        int woken;                  // host index of the layer's switch that the touch turned on; -1 for none
     };
 
     std::vector<int> indicesOf(int tag) const;
     void wakeLayer(int tag, bool leftButton);
+    void silenceAgain(int woken);
     void setParameter(int tag, float value);
     void loadEffectDefaults(int number);
     void turnPitchWheel(float position);
@@ -174,6 +187,7 @@ private:
     DisplayFlags displays_;
 
     std::vector<Gesture> gestures_;
+    int woken_ = -1;  // by the last touch
     ParameterChanges::Reader parameterNews_;
     ProgramChanges::Reader programNews_;
     OnShow drawn_;  // as the view shows it

@@ -1,9 +1,10 @@
 #include "editor/model/spoken_values.h"
 
+#include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
+#include <string_view>
 
+#include "base/number_text.h"
 #include "base/parameters.h"
 
 namespace vantoric {
@@ -28,17 +29,13 @@ bool isOn(float value) { return value > 0.5f; }
 
 std::string holeText(const Q7Editor& editor, const ControlEntry& entry) {
     const std::string full = editor.textOf(entry);
-    char* end = nullptr;
-    const double amount = std::strtod(full.c_str(), &end);
-    if (end == full.c_str()) return full;
-    char text[16];
-    if (std::abs(amount) >= 999.5) {
-        const double rounded = std::abs(amount) >= 9950 ? std::round(amount / 1000) : std::round(amount / 100) / 10;
-        std::snprintf(text, sizeof text, "%gk", rounded);
-    } else {
-        std::snprintf(text, sizeof text, "%.0f", amount);
-    }
-    return text;
+    const std::size_t first = std::min(full.find_first_not_of(' '), full.size());
+    const auto found = numberAtStart(std::string_view(full).substr(first));
+    if (!found) return full;
+    const double amount = found->number;
+    if (std::abs(amount) < 999.5) return decimalText(amount, 0);
+    constexpr int digits = 6;
+    return shortText(std::abs(amount) >= 9950 ? std::round(amount / 1000) : std::round(amount / 100) / 10, digits) + "k";
 }
 
 std::string spokenValue(const Q7Editor& editor, const ControlEntry& entry) {

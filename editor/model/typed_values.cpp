@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
-#include <cstdlib>
 
+#include "base/number_text.h"
 #include "parameters/parameter_table.h"
 #include "parameters/parameter_text.h"
 
@@ -31,14 +31,10 @@ std::string trimmed(const std::string& text) {
 
 std::optional<Amount> amountOf(std::string text) {
     std::replace(text.begin(), text.end(), ',', '.');
-    const char* begin = text.c_str();
-    while (*begin != 0 && std::isdigit(static_cast<unsigned char>(*begin)) == 0 && *begin != '-' && *begin != '+' &&
-           *begin != '.')
-        ++begin;
-    char* end = nullptr;
-    const double number = std::strtod(begin, &end);
-    if (end == begin || !std::isfinite(number)) return std::nullopt;
-    return Amount{number, lower(trimmed(end))};
+    const std::size_t begin = std::min(text.find_first_of("0123456789-+."), text.size());
+    const auto found = numberAtStart(std::string_view(text).substr(begin));
+    if (!found || !std::isfinite(found->number)) return std::nullopt;
+    return Amount{found->number, lower(trimmed(text.substr(begin + found->bytes)))};
 }
 
 // In the units of the displays, hertz and seconds.

@@ -7,6 +7,7 @@
 #include "base/numbers.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 
 namespace vantoric {
 
@@ -18,12 +19,14 @@ void showWriteError(platform::Dialogs& dialogs) {
         "File write error. The configuration could not be stored because the plugin directory is write protected!");
 }
 
+std::string belowData() { return std::string("Vantoric_data") + platform::pathSeparator; }
+
 }  // namespace
 
-std::string sizeFilePath() { return platform::bankFolder() + "VantoriSize.cfg"; }
-std::string tooltipsFilePath() { return platform::bankFolder() + "VantoriTooltips.cfg"; }
-std::string hideEditorFilePath() { return platform::bankFolder() + "VantoriHideEditor.cfg"; }
-std::string deallocFilePath() { return platform::bankFolder() + "VantoriDealloc.cfg"; }
+std::string sizeFilePath() { return platform::ownPath(belowData() + "VantoriSize.cfg"); }
+std::string tooltipsFilePath() { return platform::ownPath(belowData() + "VantoriTooltips.cfg"); }
+std::string hideEditorFilePath() { return platform::dataPath(belowData() + "VantoriHideEditor.cfg"); }
+std::string deallocFilePath() { return platform::dataPath(belowData() + "VantoriDealloc.cfg"); }
 
 std::optional<int> readSizeIndex() {
     std::vector<std::uint8_t> bytes;

@@ -6,14 +6,12 @@
 #include <utility>
 
 #include "base/version.h"
-#include "library/show_messages.h"
+#include "faces/common/identity.h"
 
 namespace vantoric {
 
 namespace {
 
-constexpr char effectName[] = "Vantoric";
-constexpr char vendor[] = "vantoric.example";
 constexpr std::int32_t uniqueId = fourCharacters('Q', '7', 'D', 'I');
 constexpr std::intptr_t offlineLevel = 4;  // the host's answer while it renders to a file
 
@@ -26,20 +24,12 @@ bool canParameterBeAutomated(std::int32_t index, const char* hostProduct) {
     return ParameterModel::isAutomatable(index);
 }
 
-Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs) : AudioEffectX(host, 1, parameterCount), dialogs_(dialogs) {
+Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
+    : AudioEffectX(host, 1, parameterCount), plugged_(*this, dialogs) {
     describeToHost();
-    instrument_.setHostPort(this);
-    programLoader_.emplace(instrument_, dialogs_);
-    showMessages();
 }
 
-Q7Audio::~Q7Audio() {
-    setEditor(nullptr);
-    programLoader_.reset();
-    instrument_.setHostPort(nullptr);
-}
-
-void Q7Audio::showMessages() { vantoric::showMessages(instrument_.messages(), dialogs_); }
+Q7Audio::~Q7Audio() { setEditor(nullptr); }
 
 void Q7Audio::describeToHost() {
     setNumInputs(0);
@@ -131,7 +121,7 @@ void Q7Audio::setProgram(std::int32_t index) { instrument_.program().setProgram(
 std::int32_t Q7Audio::getProgram() { return instrument_.program().getProgram(); }
 void Q7Audio::setProgramName(const char* text) {
     instrument_.program().setProgramName(text);
-    showMessages();
+    plugged_.showMessages();
 }
 
 void Q7Audio::getProgramName(char* text) { writeText(text, instrument_.program().getProgramName()); }
@@ -163,8 +153,7 @@ bool Q7Audio::hasMidiProgramsChanged(std::int32_t) {
 }
 
 std::int32_t Q7Audio::getChunk(void** data, bool) {
-    const ChunkBytes bytes = instrument_.patchChunk().getChunk();
-    showMessages();
+    const ChunkBytes bytes = plugged_.patch();
     if (bytes.size <= 0) return 0;
     *data = std::malloc(static_cast<std::size_t>(bytes.size));
     if (*data == nullptr) return 0;
@@ -173,9 +162,7 @@ std::int32_t Q7Audio::getChunk(void** data, bool) {
 }
 
 std::int32_t Q7Audio::setChunk(void* data, std::int32_t size, bool) {
-    const int isLoaded = instrument_.patchChunk().setChunk(static_cast<const std::uint8_t*>(data), size);
-    showMessages();
-    return isLoaded;
+    return plugged_.setPatch(data, static_cast<std::size_t>(size)) ? 1 : 0;
 }
 
 // ---- what it is ---------------------------------------------------------------------------------------------
@@ -184,18 +171,18 @@ bool Q7Audio::getOutputProperties(std::int32_t index, VstPinProperties* properti
     if (index < 0 || index > 1) return false;
     copyText(properties->label, index == 0 ? "Vantoric Out 1" : "Vantoric Out 2", sizeof properties->label - 1);
     // Fills its eight bytes; the cleared ones behind it end it.
-    static_assert(sizeof effectName - 1 == sizeof properties->shortLabel);
-    std::memcpy(properties->shortLabel, effectName, sizeof properties->shortLabel);
+    static_assert(sizeof identity::name - 1 == sizeof properties->shortLabel);
+    std::memcpy(properties->shortLabel, identity::name, sizeof properties->shortLabel);
     properties->flags = pinIsActive | pinIsStereo;
     return true;
 }
 
 bool Q7Audio::getEffectName(char* text) {
-    writeText(text, effectName);
+    writeText(text, identity::name);
     return true;
 }
 bool Q7Audio::getVendorString(char* text) {
-    writeText(text, vendor);
+    writeText(text, identity::vendor);
     return true;
 }
 bool Q7Audio::getProductString(char* text) { return getEffectName(text); }

@@ -2,13 +2,10 @@
 // to the host. Nothing else happens here.
 #pragma once
 
-#include <optional>
 #include <string>
 
-#include "engine/host_port.h"
-#include "engine/instrument.h"
+#include "faces/common/plugged_instrument.h"
 #include "faces/vst2/audio_effect.h"
-#include "library/program_loader.h"
 #include "platform/dialogs.h"
 
 namespace vantoric {
@@ -60,8 +57,7 @@ public:
     bool setProcessPrecision(std::int32_t precision) override;
 
     Instrument& instrument() { return instrument_; }
-    // Loads the patches of program changes while no window is open; a window tells it.
-    ProgramLoader& programLoader() { return *programLoader_; }
+    PluggedInstrument& plugged() { return plugged_; }
 
 private:
     void editBegun(int index) override;
@@ -72,13 +68,11 @@ private:
     bool sizeWanted(int width, int height) override;
 
     void describeToHost();
-    void showMessages();
     Transport askTransport();
 
-    platform::Dialogs& dialogs_;
-    Instrument instrument_;
-    std::optional<ProgramLoader> programLoader_;  // stands while the host port does
-    std::string nameTold_;                        // of the MIDI program, when the host last asked whether it changed
+    PluggedInstrument plugged_;
+    Instrument& instrument_{plugged_.instrument()};
+    std::string nameTold_;  // of the MIDI program, when the host last asked whether it changed
 };
 
 }  // namespace vantoric

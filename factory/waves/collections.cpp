@@ -84,8 +84,8 @@ Spectrum stairs(Workshop& workshop, int frame) {
         switch (shape) {
             case 0: return math::sin(tau * held);
             case 1: {
-                const double levels = 1.0 + size;
-                return std::floor((math::sin(tau * t) + 0.7 * math::sin(2.0 * tau * t)) * levels + 0.5) / levels;
+                const double heights = 1.0 + size;
+                return std::floor((math::sin(tau * t) + 0.7 * math::sin(2.0 * tau * t)) * heights + 0.5) / heights;
             }
             case 2: {
                 const int counter = static_cast<int>(t * 32.0);

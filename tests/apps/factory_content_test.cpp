@@ -83,11 +83,11 @@ TEST(FactoryContent, UsesEveryOscillatorKind) {
         }
     });
     EXPECT_EQ(unused(synthesisTypeLabels, kinds), Texts());
-    EXPECT_GE(stacks.size(), 7u);
-    EXPECT_GE(noises.size(), 12u);
+    EXPECT_GE(stacks.size(), 12u);
+    EXPECT_GE(noises.size(), 14u);
 }
 
-TEST(FactoryContent, UsesTwentyFiltersAndEveryFamilyOfDistortion) {
+TEST(FactoryContent, UsesEveryFilterAndEveryFamilyOfDistortion) {
     Rows filters, distortions;
     eachLayer([&](const Layer& layer) {
         bool second = layer.value(p::FilSerial) > 0.5f;
@@ -99,8 +99,8 @@ TEST(FactoryContent, UsesTwentyFiltersAndEveryFamilyOfDistortion) {
     });
     filters.erase(0);
     distortions.erase(0);
-    EXPECT_GE(filters.size(), 30u);
-    EXPECT_GE(distortions.size(), 14u);
+    EXPECT_EQ(unused(filterTypeLabels, filters), Texts({"Bypass"}));
+    EXPECT_GE(distortions.size(), 18u);
     // The menu's groups: saturation, shapers, and what breaks the wave.
     for (const auto& [first, last] : {std::pair(2, 5), std::pair(7, 15), std::pair(17, 21)})
         EXPECT_GE(std::distance(distortions.lower_bound(first), distortions.upper_bound(last)), 3) << first;
@@ -117,11 +117,11 @@ TEST(FactoryContent, ShowsLfosStepsAndTheMatrix) {
             if (layer.row(p::MatSrc1 + row) == 5 || layer.row(p::MatSrc1 + row) == 6) shapes.insert(layer.row(p::StepShap));
         }
     });
-    EXPECT_GE(waves.size(), 8u);
-    EXPECT_GE(modes.size(), 4u);
-    EXPECT_GE(shapes.size(), 2u);
-    EXPECT_GE(sources.size(), 15u);
-    EXPECT_GE(destinations.size(), 25u);
+    EXPECT_GE(waves.size(), 24u);
+    EXPECT_GE(modes.size(), 10u);
+    EXPECT_GE(shapes.size(), 24u);
+    EXPECT_GE(sources.size(), 45u);
+    EXPECT_GE(destinations.size(), 65u);
 }
 
 TEST(FactoryContent, ShowsTheArpeggiator) {
@@ -140,8 +140,8 @@ TEST(FactoryContent, ShowsTheArpeggiator) {
             events.insert(layer.row(p::ArpVol1 + step));
         }
     });
-    EXPECT_GE(types.size(), 6u);
-    EXPECT_GE(chords.size(), 3u);
+    EXPECT_GE(types.size(), 15u);
+    EXPECT_GE(chords.size(), 16u);
     EXPECT_EQ(unused(arpRetriggerLabels, songModes), Texts());
     EXPECT_TRUE(slides);
     EXPECT_TRUE(swings);
@@ -156,8 +156,8 @@ TEST(FactoryContent, ShowsTuningsAndSoundModes) {
         tunings.insert(listIndex(patch->parameters.getParameter(p::Microtun)));
         modes.insert(listIndex(patch->parameters.getParameter(p::SoundMod)));
     }
-    EXPECT_GE(tunings.size(), 6u);
-    EXPECT_GE(modes.size(), 8u);
+    EXPECT_GE(tunings.size(), 11u);
+    EXPECT_GE(modes.size(), 10u);
 }
 
 }  // namespace

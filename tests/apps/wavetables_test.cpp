@@ -43,11 +43,6 @@ TEST_F(MadeCycles, AllLoadWithoutAComplaint) {
     EXPECT_TRUE(rig.told.boxes().empty());
 }
 
-TEST_F(MadeCycles, ServeAsRandomWaves) {
-    test::EngineRig rig;
-    for (int i = 0; i < 5; ++i) EXPECT_TRUE(rig.audio.customWaveLoader().randomWave(0, i % oscillatorCount));
-}
-
 TEST_F(MadeCycles, SoundWithoutDrift) {
     test::EngineRig rig;
     preparePlaying(rig);

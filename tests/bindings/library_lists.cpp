@@ -129,7 +129,7 @@ json browse(const Case& c) {
     Lists lists(c);
     for (const auto& [category, text] : c.input.at("rankFiles").items())
         lists.folders.put("Vantoric_sounds/" + category + ".rnk", text);
-    const OnShow onShow;
+    OnShow onShow;
     PatchBrowser browser(lists.library, onShow);
     browser.open();
     json all = json::array();

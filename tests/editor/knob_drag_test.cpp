@@ -85,13 +85,5 @@ TEST(ModulationArc, IsCutWhereTheRangeEnds) {
     EXPECT_EQ(arcParts(modulationArc(0.5f, 0.0f, false)).count, 0);
 }
 
-TEST(ModulationArc, HasAPointEveryHundredthAndItsEnd) {
-    std::vector<float> points;
-    forArcPoints({0.5f, 0.525f, true}, [&](float position) { points.push_back(position); });
-    ASSERT_EQ(points.size(), 4u);
-    EXPECT_FLOAT_EQ(points[1], 0.51f);
-    EXPECT_FLOAT_EQ(points[3], 0.525f);
-}
-
 }  // namespace
 }  // namespace vantoric

@@ -1,6 +1,10 @@
 // Values as a player types them.
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <string>
+
+#include "base/number_text.h"
 #include "base/parameters.h"
 #include "editor/model/typed_values.h"
 #include "parameters/parameter_table.h"
@@ -62,6 +66,44 @@ TEST(TypedValues, EveryParameterTakesBackWhatItShows) {
             EXPECT_EQ(shownAs(number, shown), shown) << number << " at " << value;
         }
     }
+}
+
+// The decimal comma of a host's language, if the system has one of those that have it.
+class CommaLocale {
+public:
+    CommaLocale() {
+        for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8", "ru_RU.UTF-8", "nl_NL.UTF-8"})
+            if (std::setlocale(LC_NUMERIC, name) != nullptr) return;
+    }
+    ~CommaLocale() { std::setlocale(LC_NUMERIC, before_.c_str()); }
+
+private:
+    std::string before_ = std::setlocale(LC_NUMERIC, nullptr);
+};
+
+TEST(TypedValues, ThePointIsAPointInEveryLanguageOfTheHost) {
+    const auto point = typedValue(par::Cutoff1, "1.2 kHz", 0), comma = typedValue(par::Cutoff1, "1,2 kHz", 0);
+    const std::string shown = parameterText(par::Cutoff1, *point, 0);
+    const CommaLocale other;
+    EXPECT_EQ(typedValue(par::Cutoff1, "1.2 kHz", 0), point);
+    EXPECT_EQ(typedValue(par::Cutoff1, "1,2 kHz", 0), comma);
+    EXPECT_EQ(point, comma);
+    EXPECT_NE(point, typedValue(par::Cutoff1, "1 kHz", 0)) << "what stands behind the point counts";
+    EXPECT_EQ(parameterText(par::Cutoff1, *point, 0), shown);
+    EXPECT_EQ(typedValue(par::Oct1, "+1", 0), typedValue(par::Oct1, "1", 0));
+}
+
+TEST(TypedValues, NumbersInTextsFollowNoLocale) {
+    const CommaLocale other;
+    EXPECT_EQ(decimalText(1234.56, 1), "1234.6");
+    EXPECT_EQ(decimalText(-0.5, 2), "-0.50");
+    EXPECT_EQ(shortText(1.5, 6), "1.5");
+    EXPECT_EQ(shortText(12, 6), "12");
+    EXPECT_EQ(numberAtStart("1.25Hz").value().number, 1.25);
+    EXPECT_EQ(numberAtStart("1.25Hz").value().bytes, 4u);
+    EXPECT_EQ(numberAtStart("+3").value().number, 3);
+    EXPECT_EQ(numberAtStart("-.5").value().number, -0.5);
+    for (const char* none : {"", "+", "-", "+-1", "x1", " 1", ","}) EXPECT_FALSE(numberAtStart(none)) << none;
 }
 
 }  // namespace

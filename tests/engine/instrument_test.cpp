@@ -1,9 +1,12 @@
 #include "engine/instrument.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cstring>
 #include <filesystem>
+#include <functional>
+#include <thread>
 
 #include "tests/engine/engine_rig.h"
 
@@ -454,6 +457,65 @@ TEST(Instrument, LayersFollowTheParametersAtTheNextTick) {
     rig.tick();
     EXPECT_EQ(rig.audio.layer(2).block()[par::Reso1], 0.625f);
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // these map memory of their own
+
+// Pages that the system has to map for the playing thread while a change is made, and while it then plays long enough to go
+// once round a delay's lines.
+long pagesAfter(EngineRig& rig, const std::function<void(Instrument&)>& change) {
+    constexpr int block = 256, blocks = 600;
+    std::array<float, block> left, right;
+    const auto play = [&](int count) {
+        for (int i = 0; i < count; ++i) rig.audio.render(left.data(), right.data(), block, {});
+    };
+    const auto mapped = [] {
+        rusage usage{};
+        getrusage(RUSAGE_THREAD, &usage);
+        return usage.ru_minflt;
+    };
+    rig.send({{0x90, 60, 100}});
+    play(20);
+    const long before = mapped();
+    change(rig.audio);
+    play(blocks);
+    return mapped() - before;
+}
+
+// The lines of an effect that is chosen while it plays are mapped by whoever chooses it.
+TEST(Instrument, AnEffectChosenOnAnotherThreadIsMappedBeforeItPlays) {
+    constexpr int delay = 6, few = 40;
+    const auto elsewhere = [](std::function<void(Instrument&)> work) {
+        return [work](Instrument& audio) { std::thread([&] { work(audio); }).join(); };
+    };
+    const float wanted = listValue(delay);
+    const std::pair<const char*, std::function<void(Instrument&)>> changes[] = {
+        {"first insert", [&](Instrument& audio) { audio.setParameter(hostIndex(par::FxInType, 0), wanted); }},
+        {"second insert", [&](Instrument& audio) { audio.setParameter(hostIndex(par::FxIn2Type, 0), wanted); }},
+        {"master", [&](Instrument& audio) { audio.setParameter(par::FxMaType, wanted); }},
+        {"a layer with an insert",
+         [&](Instrument& audio) {
+             audio.setParameter(hostIndex(par::FxInType, 1), wanted);
+             audio.setParameter(par::Layer1On + 1, 1.0f);
+         }},
+        {"a command",
+         [&](Instrument& audio) {
+             audio.parameters().writeRaw(hostIndex(par::FxInType, 0), wanted);
+             audio.parametersWritten();
+         }},
+    };
+    for (const auto& [what, change] : changes) {
+        EngineRig rig;
+        rig.clearParameters();
+        rig.plainLayer();
+        EXPECT_LE(pagesAfter(rig, elsewhere(change)), few) << what;
+    }
+    EngineRig automated;
+    automated.clearParameters();
+    automated.plainLayer();
+    EXPECT_GT(pagesAfter(automated, changes[0].second), 300) << "else the figures above say nothing";
+}
+
+#endif
 
 }  // namespace
 }  // namespace vantoric

@@ -59,12 +59,54 @@ TEST_F(ImportMenu, AQuickImportTakesTheChosenFile) {
 
 TEST_F(ImportMenu, AVocoderHintsWhatToChoose) {
     EXPECT_FALSE(import(&ImportCommands::importVocoder));
-    EXPECT_TRUE(shown().empty());
+    EXPECT_EQ(shown(), Texts{"Error: The factory sounds are missing. Please reinstall the software."});
+    dialogs.clear();
     makeTemplates();
     dialogs.choosePathNext(wave("Speech.wav"));
     EXPECT_TRUE(import(&ImportCommands::importVocoder));
     EXPECT_EQ(shown(), Texts{"Hint: Now select a speech sample or a drumline..."});
     EXPECT_EQ(audio.program().getProgramName(), "Speech");
+}
+
+// A user who cancels whatever takes time.
+struct Impatient : platform::RecordedDialogs {
+    void work(platform::Work work, platform::OnAnswer then) override {
+        texts.push_back(work.title + " " + work.text);
+        work.cancel();
+        work.run();
+        then(false);
+    }
+    std::vector<std::string> texts;
+};
+
+TEST_F(ImportMenu, WhatIsCancelledLeavesThePatchAsItWas) {
+    makeTemplates();
+    Impatient impatient;
+    WaveChooser chooser(impatient);
+    ImportCommands imports(audio.quickImport(), audio.sfzImport(), chooser, audio.messages(), impatient, log);
+    SampleCommands samples(audio.sampleLoader(), audio.sampleEditor(), audio.customWaveLoader(), chooser, audio.messages(),
+                           impatient, log);
+    ASSERT_TRUE(audio.sampleLoader().loadSample(0, 0, wave("earlier.wav", 70)));
+    const auto parameters = [&] {
+        std::vector<float> all;
+        for (int i = 0; i < parameterCount; ++i) all.push_back(audio.parameters().getParameter(i));
+        return all;
+    };
+    const std::vector<float> before = parameters();
+    const std::string later = wave("later.wav", 600, 2), instrument = sfz("<region> sample=later.wav key=1\n");
+    impatient.choosePathNext(later);
+    impatient.choosePathNext(later);
+    EXPECT_FALSE(test::ended(imports, &ImportCommands::importSample));
+    EXPECT_FALSE(test::ended(imports, &ImportCommands::importVocoder));
+    EXPECT_FALSE(test::ended(imports, &ImportCommands::importSfz, instrument));
+    EXPECT_FALSE(test::ended(samples, &SampleCommands::loadChosen, 0, 0, later, true));
+    EXPECT_EQ(impatient.texts,
+              (Texts{"Importing later.wav", "Importing later.wav", "Importing Grand Piano.sfz", "Loading later.wav"}));
+    ASSERT_EQ(impatient.boxes().size(), 1u) << "no question, and nothing but the hint before the choice";
+    EXPECT_EQ(impatient.boxes()[0].title, "Hint");
+    EXPECT_EQ(parameters(), before);
+    EXPECT_EQ(sample(0).length, 70);
+    EXPECT_EQ(audio.program().getProgramName(), "Mine");
 }
 
 TEST_F(ImportMenu, SeveralGroupsAreAQuestion) {

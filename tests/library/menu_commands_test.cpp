@@ -1,6 +1,7 @@
 #include "library/menu_commands.h"
 
 #include "base/version.h"
+#include "platform/web_page.h"
 #include "tests/library/ended.h"
 #include "tests/library/menu_bench.h"
 #include "tests/platform/slow_dialogs.h"
@@ -210,6 +211,17 @@ TEST_F(Menus, HelpOpensTheMakersPages) {
     EXPECT_NE(shown().back().find(std::string("Vantoric ") + versionText), std::string::npos);
 }
 
+TEST_F(Menus, TheManualIsTheInstalledOneWhereThereIsOne) {
+    menus.help(9);
+    EXPECT_EQ(pages.back(), addressOf(WebPage::manual));
+    const std::string path = platform::bankFolder() + "Manual.html";
+    platform::makeFolder(platform::bankFolder());
+    ASSERT_TRUE(platform::writeFile(path, "", 0));
+    menus.help(9);
+    EXPECT_EQ(pages.back(), platform::addressOfFile(path));
+    EXPECT_TRUE(pages.back().starts_with("file:///") && pages.back().ends_with("/Vantoric_data/Manual.html")) << pages.back();
+}
+
 TEST_F(Menus, LoadTargetsAreArmed) {
     menus.file(3);
     EXPECT_EQ(onShow.loadTarget, 3);
@@ -281,6 +293,7 @@ TEST_F(SlowMenus, ALayerIsTheOneOfTheClick) {
     slowMenus.loadSample(0);
     onShow.layer = 0;
     slow.paths.at(0)(folder / "a.wav");
+    slow.answers.at(0)(false);
     EXPECT_EQ(audio.layer(2).sample(0).length, 600);
     EXPECT_EQ(audio.layer(0).sample(0).length, 0);
 }

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "platform/files.h"
 #include "platform/module_folder.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
@@ -26,9 +27,10 @@ struct PatchMenu : ::testing::Test, PatchBench {
     ~PatchMenu() override { platform::setDataFolder(""); }
 
     // The path that a command ends with; "none" for none.
-    std::string path(void (PatchCommands::*command)(platform::OnPath)) {
+    template <class... Taken, class... Given>
+    std::string path(void (PatchCommands::*command)(Taken...), Given... given) {
         std::string path = "no end";
-        (commands.*command)([&](const auto& chosen) { path = chosen.value_or("none"); });
+        (commands.*command)(given..., [&](const auto& chosen) { path = chosen.value_or("none"); });
         return path;
     }
     bool deletePatch(const std::string& category, const std::string& name) {
@@ -67,10 +69,10 @@ TEST_F(PatchMenu, ABadFileIsShownAndThePatchStays) {
 
 TEST_F(PatchMenu, SaveAsNamesThePatchAndRemembersTheFolder) {
     dialogs.choosePathNext(folder / "Vantoric_sounds/Bass/growl");
-    EXPECT_EQ(path(&PatchCommands::savePatchAs), folder / "Vantoric_sounds/Bass/growl.fxp");
+    EXPECT_EQ(path(&PatchCommands::savePatchAs, "Growl"), folder / "Vantoric_sounds/Bass/growl.fxp");
     EXPECT_EQ(program.getProgramName(), "growl");
     EXPECT_TRUE(fs::exists(folder / "Vantoric_sounds/Bass/growl.fxp"));
-    EXPECT_EQ(path(&PatchCommands::savePatchAs), "none") << "the user goes back";
+    EXPECT_EQ(path(&PatchCommands::savePatchAs, "Growl"), "none") << "the user goes back";
     const auto requests = dialogs.requests();
     ASSERT_EQ(requests.size(), 2u);
     EXPECT_EQ(requests[0].startFolder, platform::userFolder());
@@ -97,6 +99,26 @@ TEST_F(PatchMenu, DeleteAsksFirst) {
     dialogs.answerNext(true);
     EXPECT_FALSE(deletePatch("Bass", "deep"));
     EXPECT_EQ(dialogs.boxes()[1].text, "Could not delete this file. Please check if it is write protected.");
+}
+
+TEST_F(PatchMenu, SavingProposesTheNameAndStartsInTheUsersFolderWhichIsMade) {
+    fs::remove_all(folder / "Vantoric_sounds/User");
+    EXPECT_EQ(path(&PatchCommands::savePatchAs, "A/B\tside"), "none");
+    EXPECT_TRUE(platform::isFolder(platform::userFolder()));
+    ASSERT_EQ(dialogs.requests().size(), 1u);
+    EXPECT_EQ(dialogs.requests()[0].startFolder, platform::userFolder());
+    EXPECT_EQ(dialogs.requests()[0].name, "A-B-side");
+}
+
+TEST_F(PatchMenu, APatchBesideTheCategoriesMayGoToTheUsersFolderInstead) {
+    dialogs.choosePathNext(platform::soundsFolder() + "lost");
+    dialogs.answerNext(true);
+    EXPECT_EQ(path(&PatchCommands::savePatchAs, ""), platform::userFolder() + "lost.fxp");
+    EXPECT_TRUE(platform::exists(platform::userFolder() + "lost.fxp"));
+    EXPECT_FALSE(platform::exists(platform::soundsFolder() + "lost.fxp"));
+    dialogs.choosePathNext(platform::soundsFolder() + "other");
+    dialogs.answerNext(false);
+    EXPECT_EQ(path(&PatchCommands::savePatchAs, ""), platform::soundsFolder() + "other.fxp") << "as the user says";
 }
 
 }  // namespace

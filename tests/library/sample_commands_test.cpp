@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "base/parameters.h"
 #include "platform/module_folder.h"
+#include "sound/kernels.h"
 #include "tests/library/ended.h"
 #include "tests/library/library_bench.h"
 
@@ -36,6 +38,25 @@ TEST_F(SampleMenu, WhatTheLoaderHasToTellComesBeforeTheQuestion) {
     EXPECT_TRUE(run(&SampleCommands::loadChosen, 0, 0, path, true));
     EXPECT_EQ(shown(),
               (Texts{path + ": The loop point information of this sample is not valid!", "Autotune: Autotune the sample?"}));
+}
+
+TEST_F(SampleMenu, ADroppedFileIsOneCommandAndThePatchPlaysIt) {
+    struct Steps final : CommandListener {
+        void commandBegins(const std::string& name) override { names.push_back(name); }
+        void commandEnded() override {}
+        void patchLoaded() override {}
+        void patchSaved() override {}
+        Texts names;
+    } steps;
+    log.setListener(&steps);
+    rig.clearParameters();
+    dialogs.answerNext(true);
+    EXPECT_TRUE(run(&SampleCommands::loadChosen, 0, 1, wave("x.wav", 9000), true));
+    log.setListener(nullptr);
+    EXPECT_EQ(steps.names, Texts{"Load sample 'x'"});
+    EXPECT_EQ(sample(1).sampleRate, 13081u);
+    EXPECT_EQ(audio.parameters().getListIndex(parameter::SynType1 + 1), sampleType);
+    EXPECT_EQ(audio.parameters().getListIndex(parameter::SynType1), 0);
 }
 
 TEST_F(SampleMenu, ARefusedFileAsksNothingAndLeavesTheEarlierSample) {

@@ -82,17 +82,6 @@ TEST_F(CustomWaveLoading, KnowsNoOtherOscillators) {
     }
 }
 
-TEST_F(CustomWaveLoading, RandomWaveComesFromTheFolderOfCycles) {
-    platform::setDataFolder(folder / "");
-    EXPECT_FALSE(loader->randomWave(0, 0)) << "there is none";
-    platform::makeFolder(folder / "Vantoric_wavetables/sub.wav");
-    put(folder / "Vantoric_wavetables/a.wav", 300, 300);
-    put(folder / "Vantoric_wavetables/b.txt", 300, 300);
-    EXPECT_TRUE(loader->randomWave(1, 1));
-    EXPECT_EQ(peakOf(4), 20000);
-    platform::setDataFolder("");
-}
-
 TEST_F(CustomWaveLoading, SaveWritesTheCycleOf2048Samples) {
     holders[0]->cycle[5] = 77;
     EXPECT_TRUE(loader->saveWave(0, 0, folder / "cycle.wav"));

@@ -301,6 +301,22 @@ TEST_F(SampleLoading, TheWorkerIsCancelledOnlyWhileItRuns) {
     EXPECT_EQ(sleptTimes, 0);
 }
 
+TEST_F(SampleLoading, ReadingTellsHowFarItIsAndGivesUpWhenItIsNotWanted) {
+    test::WaveMaker maker;
+    const std::string path = put("long.wav", maker.putFrames(2000000, [](int i) { return i % 100 < 50 ? 9000 : -9000; }).file());
+    Progress progress;
+    const WaveReading whole = loader->readWave(path, 0, &progress);
+    ASSERT_TRUE(whole.wave);
+    EXPECT_EQ(whole.wave->sample.sample.length, 500000);
+    EXPECT_GT(progress.part(), 0.8);
+    EXPECT_LE(progress.part(), 1.0);
+    progress.cancel();
+    const WaveReading given = loader->readWave(path, 0, &progress);
+    EXPECT_FALSE(given.wave);
+    EXPECT_EQ(given.refused.text, "");
+    EXPECT_EQ(samples[0].length, 0) << "it is in no place yet";
+}
+
 TEST_F(SampleLoading, ACancelLeftByALoadThatFailedIsTakenBack) {
     flags.rebuildCancel.set();
     EXPECT_TRUE(loader->loadSample(0, 0, wave()));

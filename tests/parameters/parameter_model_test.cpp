@@ -6,6 +6,7 @@
 #include <limits>
 #include <set>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "base/numbers.h"
@@ -152,6 +153,23 @@ TEST(ParameterModel, ALayersSnapshotIsItsOwnBlockByNumber) {
         for (int n = globalParameterCount; n < layerParameterEnd; ++n)
             EXPECT_EQ(block[n], model.getParameter(hostIndex(n, layer)));
     }
+}
+
+TEST(ParameterModel, EveryValueWrittenCounts) {
+    ParameterModel model;
+    std::uint32_t before = model.writes();
+    const auto grew = [&] { return std::exchange(before, model.writes()) != model.writes(); };
+    EXPECT_FALSE(grew());
+    model.setParameter(p::Cutoff1, 0.5f, ChangeSource::midi);
+    EXPECT_TRUE(grew());
+    model.setParameterQuiet(p::Cutoff1, 0.5f);
+    EXPECT_TRUE(grew()) << "also one that changes nothing";
+    model.writeRaw(parameterCount - 1, 0.5f);
+    EXPECT_TRUE(grew());
+    model.writeRaw(parameterCount, 0.5f);
+    EXPECT_FALSE(grew());
+    model.setDefaults();
+    EXPECT_TRUE(grew());
 }
 
 TEST(ParameterModel, AnLfosSpeedReadsAsBeatsInTheModesOfItsOwnLayer) {

@@ -163,4 +163,11 @@ public:
     std::vector<std::uint8_t> bytes;
 };
 
+// A name of so many letters and what it ends with.
+inline std::string lettersAnd(std::size_t letters, const char* end) {
+    std::string name(letters, 'n');
+    name += end;
+    return name;
+}
+
 }  // namespace vantoric

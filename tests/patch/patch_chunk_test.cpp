@@ -66,11 +66,11 @@ TEST_F(Patch, StoresTwentySixBytesOfItsName) {
 
 TEST_F(Patch, ACharacterThatPassesTheNamesFieldIsLeftOut) {
     // 25 letters and one of two bytes: 27, of which 26 have room.
-    program.setProgramName(std::string(25, 'n') + "\xc3\xa9");
+    program.setProgramName(lettersAnd(25, "\xc3\xa9"));
     const Bytes bytes = save();
     EXPECT_EQ(std::string(&bytes[1], &bytes[26]), std::string(25, 'n'));
     EXPECT_EQ(bytes[26], 0);
-    program.setProgramName(std::string(24, 'n') + "\xc3\xa9");
+    program.setProgramName(lettersAnd(24, "\xc3\xa9"));
     EXPECT_EQ(save()[26], 0xa9) << "and one that fits is whole";
 }
 

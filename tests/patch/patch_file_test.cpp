@@ -79,7 +79,7 @@ TEST_F(PatchFile, SavedAndLoadedIsTheSamePatch) {
 }
 
 TEST_F(PatchFile, HeaderSplitsNoCharacter) {
-    const PatchHeader header = makePatchHeader(std::string(24, 'n') + "\xe2\x82\xac", 1);
+    const PatchHeader header = makePatchHeader(lettersAnd(24, "\xe2\x82\xac"), 1);
     EXPECT_EQ(header[28 + 23], 'n');
     for (int k = 24; k < 28; ++k) EXPECT_EQ(header[static_cast<std::size_t>(28 + k)], 0);
 }

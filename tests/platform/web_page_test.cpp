@@ -52,5 +52,10 @@ TEST(WebPage, AnOpenerThatTakesItsTimeHoldsNobodyUp) {
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
 }
 
+TEST(WebPage, AFileHasAnAddressOfPlainLetters) {
+    EXPECT_EQ(addressOfFile("/home/me/.vst/Vantoric/Manual.html"), "file:///home/me/.vst/Vantoric/Manual.html");
+    EXPECT_EQ(addressOfFile("/a b/100%/Kl\xc3\xa4nge;#?'\"$"), "file:///a%20b/100%25/Kl%C3%A4nge%3B%23%3F%27%22%24");
+}
+
 }  // namespace
 }  // namespace vantoric::platform

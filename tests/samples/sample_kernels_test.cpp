@@ -304,5 +304,29 @@ TEST(SampleFm, DeepModulationTakesLowerLevels) {
     EXPECT_EQ(player.run(kernels::sampleFmLevels, 1, {20000})[0], 200) << "level 4 at half scale";
 }
 
+// However long the silence was, the fade begins at nothing.
+TEST(SampleKernels, ComeInSmoothlyOnceTheLevelsAreMade) {
+    for (const Kernel kernel : allKernels) {
+        Player player(2000, [](int) { return 10000; });
+        player.start();
+        const KernelContext context{player.engine, player.waves, player.random, &player.sample};
+        const Samples in(96, 0);
+        Samples out(96);
+        const auto play = [&] { runKernel(kernel, context, out.data(), 96, player.state, in.data()); };
+        player.sample.levelsPending.set();
+        for (int block = 0; block < 3; ++block) {
+            play();
+            ASSERT_EQ(out, Samples(96, 0));
+        }
+        player.sample.levelsPending.clear();
+        play();
+        EXPECT_NEAR(out[0], 0, 20);
+        EXPECT_NEAR(out[95], 1855, 20);
+        play();
+        play();
+        EXPECT_NEAR(out[95], 5000, 5);
+    }
+}
+
 }  // namespace
 }  // namespace vantoric

@@ -88,6 +88,11 @@ void expectSameBits(TypeOf&& typeOf, int turns) {
     }
 }
 
+TEST_F(FilterBankTest, RunsInTheRegistersThatAreAskedFor) {
+    filters::useWideLoops(false);
+    EXPECT_FALSE(filters::wideLoopsInUse()) << "also where the processor has wide ones";
+}
+
 TEST_F(FilterBankTest, GivesTheBitsOfSingleFiltersForEveryType) {
     forBothWidths([] {
         for (const int type : filterIndices()) expectSameBits([type](int, int) { return type; }, 48);

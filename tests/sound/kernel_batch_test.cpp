@@ -6,6 +6,7 @@
 
 #include "base/math.h"
 #include "kernel_fixture.h"
+#include "sound/custom_wave.h"
 #include "sound/filters/wide_loops.h"
 
 using namespace vantoric;
@@ -142,6 +143,28 @@ TEST_P(KernelLanes, TheLengthOfTheCallsDoesNotMatter) {
         }
 }
 
+// From steps of 128 samples on FM reads a mean of several places: 128 itself, and where their number doubles.
+TEST_P(KernelLanes, DeepFmReadsTheSameInRegistersAsAlone) {
+    for (const int samples : {127, 128, 129, 256, 257, 512, 513, 1024, 1025, 2048, 2049}) {
+        OscillatorState start = anyState();
+        start.fmDepth = 16;  // an input of 1 moves the read by 1
+        start.fmDepthStep = 0;
+        start.synced = 0;
+        start.lastFmOffset = 0;
+        start.increment = static_cast<std::uint32_t>(samples) << 13;
+        start.lastTotalPhase = 0;
+        for (const Kernel kernel : {kernels::frameFmLinear, kernels::scanFmLinear, kernels::analogFm}) {
+            OscillatorState whole = start, single = start;
+            RandomSources wholeDraws{{1}, {2}}, singleDraws = wholeDraws;
+            Samples expected(96), out(96), steady(96, 0);
+            kernel({source_.engine, source_.waves, wholeDraws}, expected.data(), 96, whole, steady.data());
+            for (int i = 0; i < 96; ++i)
+                kernel({source_.engine, source_.waves, singleDraws}, &out[i], 1, single, steady.data() + i);
+            ASSERT_EQ(out, expected) << samples;
+        }
+    }
+}
+
 TEST_P(KernelLanes, ABatchGivesWhatCallsInTurnGive) {
     for (const auto& [name, kernel] : everyKernel)
         for (const int voices : {1, 2, 5, 8, 9, 16, 17, 37, most})
@@ -156,7 +179,7 @@ TEST_P(KernelLanes, ABatchGivesWhatCallsInTurnGive) {
                     kernel({source_.engine, source_.waves, inTurn}, expected[v].data(), count, expectedStates[v],
                            input(v).data());
                 KernelBatch batch(source_.engine, source_.waves, batched, count);
-                for (int v = 0; v < voices; ++v) batch.add(kernel, out[v].data(), states[v], input(v).data());
+                for (int v = 0; v < voices; ++v) batch.add(batchedKernel(kernel), out[v].data(), states[v], input(v).data());
                 batch.render();
                 for (int v = 0; v < voices; ++v) {
                     ASSERT_EQ(out[v], expected[v]) << name << " voice " << v << " of " << voices;
@@ -192,13 +215,66 @@ TEST_P(KernelLanes, BatchesThatShareTheDrawsKeepTheirOrder) {
         KernelBatch first(source_.engine, source_.waves, batched, count), second(source_.engine, source_.waves, batched, count);
         for (int k = 0; k < 3 * voices; ++k)
             (k % 3 == 2 ? second : first)
-                .add(chosen[k], out[k].data(), states[k], k % 3 == 2 ? out[k - 1].data() : nothing.data());
+                .add(batchedKernel(chosen[k]), out[k].data(), states[k], k % 3 == 2 ? out[k - 1].data() : nothing.data());
         first.render();
         second.render();
         ASSERT_EQ(out, expected) << round;
         ASSERT_EQ(batched.congruence.state, inTurn.congruence.state);
         ASSERT_EQ(batched.hash.counter, inTurn.hash.counter);
     }
+}
+
+// Without its wave an analog kernel draws nothing, so that what is drawn after it stays as it is.
+TEST_P(KernelLanes, ABatchPassesOverNoDrawsOfAnOscillatorWithoutItsWave) {
+    const WaveStore empty;
+    for (const Kernel kernel : {kernels::analogPlain, kernels::analogFm, kernels::analogPulse}) {
+        OscillatorState missing = anyState(), expectedNoise = anyState(), noise = expectedNoise;
+        RandomSources inTurn{{drawn()}, {drawn()}}, batched = inTurn;
+        Samples expected(96), out(96), untouched(96, 77);
+        kernels::noiseLowpass({source_.engine, empty, inTurn}, expected.data(), 96, expectedNoise, nullptr);
+        KernelBatch batch(source_.engine, empty, batched, 96);
+        batch.add(batchedKernel(kernel), untouched.data(), missing, input(0).data());
+        batch.add(batchedKernel(kernels::noiseLowpass), out.data(), noise, nullptr);
+        batch.render();
+        EXPECT_EQ(out, expected);
+        EXPECT_EQ(untouched, Samples(96, 77));
+        EXPECT_EQ(batched.hash.counter, inTurn.hash.counter);
+        EXPECT_EQ(batched.congruence.state, inTurn.congruence.state);
+    }
+}
+
+// As runKernel() does: silent while the wave is being made, then fading in, alone and side by side, in the batch or at once.
+TEST_P(KernelLanes, ABatchFadesInWhatWasSilent) {
+    for (const auto& [name, kernel] : everyKernel) {
+        OscillatorState expectedState = anyState();
+        expectedState.fadeIn = 200;
+        OscillatorState state = expectedState;
+        RandomSources inTurn{{drawn()}, {drawn()}}, batched = inTurn;
+        Samples expected(96), out(96);
+        const KernelContext context{source_.engine, source_.waves, inTurn};
+        for (int block = 0; block < 3; ++block) {
+            runKernel(kernel, context, expected.data(), 96, expectedState, input(0).data());
+            KernelBatch batch(source_.engine, source_.waves, batched, 96);
+            batch.add(batchedKernel(kernel), out.data(), state, input(0).data());
+            batch.render();
+            ASSERT_EQ(out, expected) << name;
+            ASSERT_EQ(state.fadeIn, expectedState.fadeIn) << name;
+        }
+        EXPECT_EQ(state.fadeIn, 0) << name;
+    }
+}
+
+TEST_P(KernelLanes, ABatchKeepsAnOscillatorSilentWhoseCustomWaveIsNotMade) {
+    const CustomWaveSlot slot;
+    OscillatorState state = anyState();
+    state.customWave = &slot;
+    Samples out(96, 77);
+    RandomSources random;
+    KernelBatch batch(source_.engine, source_.waves, random, 96);
+    batch.add(batchedKernel(kernels::frameLinear), out.data(), state, input(0).data());
+    batch.render();
+    EXPECT_EQ(out, Samples(96, 0));
+    EXPECT_EQ(state.fadeIn, 256);
 }
 
 TEST_P(KernelLanes, StacksSumTheNearestReadsOfTheirVoices) {

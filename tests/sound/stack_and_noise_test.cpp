@@ -114,6 +114,20 @@ TEST(Noise, SyncedRepeatsAtThePitch) {
     EXPECT_GT(rmsOf(first), 500);
 }
 
+// A sample takes two steps and two draws. Where the first step wraps, the draws begin with the number of the pattern.
+TEST(Noise, ASyncedPatternBeginsAtItsNumber) {
+    constexpr std::uint32_t pattern = 31;
+    Oscillator oscillator;
+    oscillator.state.framePending = static_cast<int>(pattern);
+    oscillator.state.increment = 1 << 20;
+    oscillator.state.phase = phaseMask;
+    const Samples out = oscillator.run(kernels::noiseSynced, 1);
+    LinearCongruence generator{pattern << 16};
+    const float rate = 96000.0f, scale = rate * 9.32e-12f + 8.9472e-7f, middle = 0.02f * rate + 1920.0f;
+    const auto first = static_cast<float>(generator.next()), second = static_cast<float>(generator.next());
+    EXPECT_EQ(out[0], truncateToSample(first * scale - middle + second * scale - middle));
+}
+
 TEST(Noise, PwChoosesThePattern) {
     std::set<Samples> patterns;
     for (int frame = 0; frame < 256; ++frame) {

@@ -72,6 +72,17 @@ TEST(Envelope, HoldJustAboveTheThresholdLastsTwoTicks) {
     EXPECT_EQ(ticksUntil(envelope, knobs, Envelope::Decay), 3);  // two of full phase steps, then the change
 }
 
+TEST(Envelope, HoldEndsAtTheTickThatFindsItsPhaseAtZero) {
+    const Knobs knobs{.hold = 0.5f, .decay = 0.5f};
+    Envelope envelope;
+    envelope.start();
+    tick(envelope, knobs);
+    ASSERT_EQ(envelope.state, Envelope::Hold);
+    envelope.phase = 0.0f;
+    tick(envelope, knobs);
+    EXPECT_EQ(envelope.state, Envelope::Decay);
+}
+
 TEST(Envelope, NoteOffInAnAttackWithHoldAtTheThresholdIsForgotten) {
     const Knobs knobs{.attack = 0.3f, .hold = 0.005f, .decay = 0.1f};
     Envelope envelope;

@@ -79,6 +79,34 @@ TEST(OutputStage, GivesTheSameBitsOnEveryProcessor) {
             EXPECT_EQ(rendered(true, mask, soundMode), rendered(false, mask, soundMode)) << soundMode << ' ' << mask;
 }
 
+TEST(OutputStage, SumsTheVoicesOfAGroup) {
+    constexpr int count = 8;
+    static LaneBuffer f1, f2;
+    std::mt19937 chance(4);
+    const auto unit = [&] { return static_cast<double>(chance()) / 4294967296.0; };
+    for (int i = 0; i < count * voiceCount; ++i) {
+        f1[i] = static_cast<float>(unit() - 0.5);
+        f2[i] = static_cast<float>(unit() - 0.5);
+    }
+    std::array<OutputTargets, voiceCount> targets;
+    for (OutputTargets& target : targets) target = {unit(), unit(), unit(), unit(), unit(), 0.0, 0.0};
+    const auto rendered = [&](LaneMask mask) {
+        const auto stage = std::make_unique<OutputStage>();
+        stage->setMode(linear, 96000.0);
+        for (int v = 0; v < voiceCount; ++v) stage->setTargets(v, targets[static_cast<std::size_t>(v)], count, true);
+        std::array<float, 2 * count> sides{};
+        stage->render(f1, f2, count, mask, sides.data(), sides.data() + count);
+        return sides;
+    };
+    std::array<float, 2 * count> sum{};
+    for (int v = 0; v < laneGroup; ++v) {
+        const auto alone = rendered(static_cast<LaneMask>(1u << v));
+        for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += alone[i];
+    }
+    const auto together = rendered(0x000f);
+    for (std::size_t i = 0; i < sum.size(); ++i) EXPECT_NEAR(together[i], sum[i], 1e-6) << i;
+}
+
 TEST_F(Interplay, AModeSwitchedOnTakesUpTheRampsWhereTheyStand) {
     LayerBench always;
     always.engine.soundMode = transientAndBass;

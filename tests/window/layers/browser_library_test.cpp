@@ -1,6 +1,8 @@
 #include "editor/browser_library.h"
 
 #include "patch/patch_file.h"
+#include "platform/files.h"
+#include "platform/module_folder.h"
 #include "platform/thread.h"
 #include "platform/user_state.h"
 #include "tests/engine/engine_rig.h"
@@ -115,6 +117,33 @@ TEST_F(BrowserOnDisk, TellsThatSomethingHasChanged) {
     const unsigned between = model.revision();
     library.scanPatches(1);
     EXPECT_NE(model.revision(), between);
+}
+
+TEST_F(BrowserOnDisk, WhatIsWrittenAboutAPatchIsFoundAndStandsBesideItsFolder) {
+    std::vector<std::uint8_t> before, after, sidecar;
+    ASSERT_TRUE(platform::readFile(patchPath("Bass", "Deep"), before));
+    model.writeNotes({"Bass", "Deep"}, {" bright,bell , ,bright", "Somebody", "Slow"});
+    const BrowserNotes written{"bright, bell", "Somebody", "Slow"};
+    EXPECT_EQ(model.notes({"Bass", "Deep"}), written) << "at once";
+    wait();
+    EXPECT_EQ(model.notes({"Bass", "Deep"}), written) << "as the catalogue knows it";
+    EXPECT_EQ(found("bell"), Names{"Bass/Deep"});
+    EXPECT_EQ(found("somebody"), Names{"Bass/Deep"});
+    ASSERT_TRUE(platform::readFile(patchPath("Bass", "Deep"), after));
+    EXPECT_EQ(after, before) << "the patch is as it was";
+    EXPECT_TRUE(platform::readFile(platform::soundsFolder() + "Bass.tags", sidecar));
+    EXPECT_EQ(model.notes({"Bass", "acid"}), BrowserNotes());
+    model.writeNotes({"Bass", "Deep"}, {});
+    wait();
+    EXPECT_TRUE(found("bell").empty());
+}
+
+TEST_F(BrowserOnDisk, ALoadToALayerIsCalledOff) {
+    onShow.loadTarget = 3;
+    EXPECT_TRUE(model.hint().isTarget);
+    model.callOffLoad();
+    EXPECT_EQ(onShow.loadTarget, 0);
+    EXPECT_FALSE(model.hint().isTarget);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "editor/browser_view.h"
 #include "editor/browser.h"
+#include "editor/notes_box.h"
 #include "layer_picture.h"
 #include "open_layers.h"
 #include "small_library.h"
@@ -199,6 +200,74 @@ TEST(MYBrowser, StaysClosedWithoutALibraryAndInLowWindows) {
     EXPECT_FALSE(browser->isOpen());
     EXPECT_EQ(window.count(), 0);
     EXPECT_EQ(browser->getValue(), 0.0f);
+}
+
+TEST(Browser, TagsAreWrittenForTheSelectedPatchByKeyButtonAndRightClick) {
+    Browsing browsing;
+    std::vector<std::string> wanted;
+    browsing.view->setNotesWanted([&](const BrowserPatch& patch) { wanted.push_back(patch.name); });
+    press(*browsing.view, VirtualKey::F2);
+    press(*browsing.view, VirtualKey::Down);
+    click(*browsing.view, browsing.view->tagsRect().getCenter());
+    const VSTGUI::CPoint other = browsing.view->rowRect(2).getTopLeft() + VSTGUI::CPoint(40, 8);
+    VSTGUI::MouseDownEvent event(other, VSTGUI::MouseButton::Right);
+    browsing.view->onMouseDownEvent(event);
+    EXPECT_EQ(wanted, (std::vector<std::string>{"Glass Harbour", "Glass Harbour Dark", "Barefoot"}));
+    EXPECT_EQ(browsing.library.done, std::vector<std::string>{"play Glass Harbour Dark"}) << "none of them plays";
+}
+
+TEST(Browser, EscapeCallsOffALoadThatWaitsForItsPatch) {
+    Browsing browsing;
+    browsing.library.shownHint = {"Load a patch to synthesizer layer 2", true};
+    browsing.open();
+    press(*browsing.view, VirtualKey::Escape);
+    EXPECT_EQ(browsing.last(), "call off");
+    EXPECT_EQ(browsing.closed, 1);
+}
+
+struct Noting {
+    WithGui gui;
+    SmallLibrary library = shippedLibrary();
+    OpenLayers window{1200, 660};
+    BrowserPatch patch{"Keys", "Glass Harbour"};
+    const BrowserNotes& written() { return library.written["Keys/Glass Harbour"]; }
+    NotesBox& open() {
+        openNotes(window, library, patch);
+        return static_cast<NotesBox&>(window.top());
+    }
+};
+
+TEST(NotesBox, WritesWhatWasTypedIntoItsLines) {
+    Noting noting;
+    NotesBox& box = noting.open();
+    type(box, "bright, bell");
+    press(box, VirtualKey::Tab);
+    type(box, "Somebody");
+    press(box, VirtualKey::Down);
+    type(box, "For slow songs");
+    press(box, VirtualKey::Return);
+    EXPECT_EQ(noting.written(), (BrowserNotes{"bright, bell", "Somebody", "For slow songs"}));
+    EXPECT_EQ(noting.window.count(), 0);
+    noting.open();
+    EXPECT_EQ(noting.window.count(), 1);
+}
+
+TEST(NotesBox, LeavesAllAsItWasWhenTheUserGoesBack) {
+    Noting noting;
+    noting.library.written["Keys/Glass Harbour"] = {"old", "", ""};
+    NotesBox* box = &noting.open();
+    type(*box, " and new");
+    press(*box, VirtualKey::Escape);
+    EXPECT_EQ(noting.written().tags, "old");
+    box = &noting.open();
+    type(*box, " and new");
+    click(*box, box->spotRect(NotesBox::cancel).getCenter());
+    EXPECT_EQ(noting.written().tags, "old");
+    box = &noting.open();
+    type(*box, " and new");
+    click(*box, box->spotRect(NotesBox::save).getCenter());
+    EXPECT_EQ(noting.written().tags, "old and new");
+    EXPECT_EQ(noting.window.count(), 0);
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
 #include "editor/frame_dialogs.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -241,6 +243,94 @@ TEST(DesktopDialogs, ClosingTheWindowEndsIt) {
     talking.dialogs.setHost(nullptr);
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(2));
     EXPECT_EQ(talking.answers, 1);
+}
+
+// Work that goes on until it may end or is cancelled.
+struct LongWork {
+    std::atomic<bool> mayEnd{false}, isCancelled{false};
+    std::atomic<int> ended{0};
+    std::vector<bool> answers;
+
+    void begin(FrameDialogs& dialogs) {
+        dialogs.work({"Loading", "Long.wav",
+                      [this] {
+                          while (!mayEnd && !isCancelled) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                          ++ended;
+                      },
+                      [] { return 0.4; }, [this] { isCancelled = true; }},
+                     [this](bool isDone) { answers.push_back(isDone); });
+    }
+};
+
+void pollFor(FrameDialogs& dialogs, int milliseconds, const std::function<bool()>& isThere) {
+    for (int waited = 0; waited < milliseconds && !isThere(); waited += 5) {
+        dialogs.poll();
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
+
+TEST(FrameDialogs, WorkRunsBesideTheWindowAndShowsIfItTakesLong) {
+    LongWork work;
+    Talking talking;
+    work.begin(talking.dialogs);
+    EXPECT_EQ(talking.window.count(), 0) << "nothing flashes up";
+    EXPECT_EQ(talking.dialogs.openCount(), 0) << "and the host is not told of a dialog";
+    pollFor(talking.dialogs, 3000, [&] { return talking.dialogs.box() != nullptr; });
+    ASSERT_NE(talking.dialogs.box(), nullptr);
+    EXPECT_EQ(talking.dialogs.box()->box().text, "Long.wav");
+    EXPECT_TRUE(work.answers.empty());
+    work.mayEnd = true;
+    pollFor(talking.dialogs, 3000, [&] { return !work.answers.empty(); });
+    EXPECT_EQ(work.answers, std::vector<bool>{true});
+    EXPECT_EQ(talking.window.count(), 0);
+}
+
+TEST(FrameDialogs, WorkIsCancelledByItsButtonAndTheNextOneFollows) {
+    LongWork work, next;
+    Talking talking;
+    work.begin(talking.dialogs);
+    next.mayEnd = true;
+    next.begin(talking.dialogs);
+    pollFor(talking.dialogs, 3000, [&] { return talking.dialogs.box() != nullptr; });
+    ASSERT_NE(talking.dialogs.box(), nullptr);
+    EXPECT_EQ(next.ended, 0) << "one after the other";
+    talking.answer(VirtualKey::Escape);
+    EXPECT_EQ(work.answers, std::vector<bool>{false});
+    pollFor(talking.dialogs, 3000, [&] { return !next.answers.empty() && work.ended == 1; });
+    EXPECT_EQ(next.answers, std::vector<bool>{true});
+    EXPECT_EQ(work.ended, 1);
+}
+
+TEST(FrameDialogs, AWindowThatGoesCancelsWorkWithoutWaitingForIt) {
+    LongWork work, waiting;
+    {
+        Talking talking;
+        work.begin(talking.dialogs);
+        waiting.begin(talking.dialogs);
+        talking.dialogs.setHost(nullptr);
+        EXPECT_EQ(work.answers, std::vector<bool>{false});
+        EXPECT_EQ(waiting.answers, std::vector<bool>{false});
+        EXPECT_TRUE(work.isCancelled);
+    }
+    EXPECT_EQ(work.ended, 1) << "its thread has ended with the dialogs";
+    EXPECT_EQ(waiting.ended, 0) << "it never began";
+}
+
+TEST(FrameDialogs, WorkOutlivesAWindowThatIsBuiltAnew) {
+    LongWork work;
+    Talking talking;
+    work.begin(talking.dialogs);
+    pollFor(talking.dialogs, 3000, [&] { return talking.dialogs.box() != nullptr; });
+    talking.dialogs.leaveHost();
+    EXPECT_EQ(talking.window.count(), 0);
+    OpenLayers other{1800, 990};
+    talking.dialogs.moveTo(other);
+    talking.dialogs.poll();
+    EXPECT_EQ(other.count(), 1) << "the bar stands in the new one";
+    work.mayEnd = true;
+    pollFor(talking.dialogs, 3000, [&] { return !work.answers.empty(); });
+    EXPECT_EQ(work.answers, std::vector<bool>{true});
+    talking.dialogs.setHost(nullptr);
 }
 
 }  // namespace

@@ -32,10 +32,7 @@ int pixelsUnlike(VSTGUI::IPlatformBitmap& bitmap, const Color& ground) {
 
 WithGui::WithGui() { GuiModule::shared().enter("."); }
 
-WithGui::~WithGui() {
-    style::forgetFonts();
-    GuiModule::shared().leave();
-}
+WithGui::~WithGui() { GuiModule::shared().leave(); }
 
 int keepPicture(const std::string& name, VSTGUI::CView* view, double width, double height, double zoom) {
     const CRect area(0, 0, width, height);

@@ -9,6 +9,7 @@
 #include "editor/browser_view.h"
 #include "editor/credits_view.h"
 #include "editor/file_chooser.h"
+#include "editor/notes_box.h"
 #include "editor/value_box.h"
 #include "layer_picture.h"
 #include "platform/scratch_folder.h"
@@ -57,6 +58,21 @@ TEST(Pictures, Boxes) {
         std::string text = "/home/somebody/Music/Vantoric/" + std::string(90, 'w') + ".wav can't be read.\n\n";
         for (int line = 0; line < 50; ++line) text += "It is the file number " + std::to_string(line) + " of this kind.\n";
         return new BoxView(area, {"Hint", text, {"OK"}}, {});
+    });
+}
+
+TEST(Pictures, Work) {
+    keepInAllSizes("work", [](const VSTGUI::CRect& area) {
+        auto* box = new BoxView(area, {"Importing", "Concert Grand Close Microphones.sfz", {"Cancel"}, [] { return 0.42; }}, {});
+        box->follow();
+        return box;
+    });
+}
+
+TEST(Pictures, Notes) {
+    const BrowserPatch patch{"Keys", "Glass Harbour"};
+    keepInAllSizes("notes", [&](const VSTGUI::CRect& area) {
+        return new NotesBox(area, patch, {"bright, bell, slow", "", "Hold a chord and turn the wheel."}, {});
     });
 }
 

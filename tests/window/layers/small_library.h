@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ public:
     bool reads = false;
     unsigned changes = 0;
     std::vector<std::string> done;  // what was asked of it
+    std::map<std::string, BrowserNotes> written;
 
     void add(const std::string& category, const std::vector<std::string>& names) {
         Category added{category, {}};
@@ -52,6 +54,11 @@ public:
     void clickStar(int row, int star) override { rateFound(all[index(listed)].patches[index(row)], star); }
     void clickNext() override { done.emplace_back("next"); }
     void clickPrevious() override { done.emplace_back("previous"); }
+    void callOffLoad() override { done.emplace_back("call off"); }
+    BrowserNotes notes(const BrowserPatch& patch) override { return written[patch.category + "/" + patch.name]; }
+    void writeNotes(const BrowserPatch& patch, const BrowserNotes& notes) override {
+        written[patch.category + "/" + patch.name] = notes;
+    }
     std::vector<BrowserPatch> search(const std::string& query, const BrowserFilters& filters) override {
         std::vector<BrowserPatch> found;
         for (const Category& category : all)

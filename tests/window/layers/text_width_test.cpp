@@ -15,17 +15,11 @@ using style::Face;
 
 struct WindowTexts : ::testing::Test {
     WindowTexts() { GuiModule::shared().enter("."); }
-    ~WindowTexts() override {
-        style::forgetFonts();
-        GuiModule::shared().leave();
-    }
+    ~WindowTexts() override { GuiModule::shared().leave(); }
 };
 
-// The fonts round glyphs to whole pixels at some sizes: a unit more is let through.
-constexpr double tolerance = 1.0;
-
 void expectFits(const std::string& text, Face face, double size, double room, const char* name) {
-    EXPECT_LE(measured(text, face, size), room + tolerance) << name << ": \"" << text << "\"";
+    EXPECT_LE(measured(text, face, size), room) << name << ": \"" << text << "\"";
 }
 
 TEST_F(WindowTexts, TheFontsOfTheDesignAreThere) {

@@ -1,0 +1,71 @@
+#include "faces/standalone/jack_library.h"
+
+#include <dlfcn.h>
+
+#include <string>
+
+namespace vantoric::standalone {
+namespace {
+
+void sayNothing(const char*) {}
+
+// Finds one function after the other until one is missing.
+class Finder {
+public:
+    explicit Finder(void* library) : library_(library) {}
+    template <class Function>
+    void find(Function& function, const char* name) {
+        function = reinterpret_cast<Function>(dlsym(library_, (std::string("jack_") + name).c_str()));
+        hasAll_ = hasAll_ && function != nullptr;
+    }
+    bool hasAll() const { return hasAll_; }
+
+private:
+    void* library_;
+    bool hasAll_ = true;
+};
+
+bool load(JackLibrary& jack) {
+    void* const library = dlopen("libjack.so.0", RTLD_NOW | RTLD_NODELETE);
+    if (library == nullptr) return false;
+    Finder finder(library);
+    finder.find(jack.client_open, "client_open");
+    finder.find(jack.client_close, "client_close");
+    finder.find(jack.activate, "activate");
+    finder.find(jack.deactivate, "deactivate");
+    finder.find(jack.on_shutdown, "on_shutdown");
+    finder.find(jack.set_process_callback, "set_process_callback");
+    finder.find(jack.set_xrun_callback, "set_xrun_callback");
+    finder.find(jack.set_sample_rate_callback, "set_sample_rate_callback");
+    finder.find(jack.set_error_function, "set_error_function");
+    finder.find(jack.set_info_function, "set_info_function");
+    finder.find(jack.get_sample_rate, "get_sample_rate");
+    finder.find(jack.get_buffer_size, "get_buffer_size");
+    finder.find(jack.is_realtime, "is_realtime");
+    finder.find(jack.port_register, "port_register");
+    finder.find(jack.port_name, "port_name");
+    finder.find(jack.port_by_name, "port_by_name");
+    finder.find(jack.port_connected_to, "port_connected_to");
+    finder.find(jack.port_get_aliases, "port_get_aliases");
+    finder.find(jack.port_get_buffer, "port_get_buffer");
+    finder.find(jack.get_ports, "get_ports");
+    finder.find(jack.connect, "connect");
+    finder.find(jack.disconnect, "disconnect");
+    finder.find(jack.free, "free");
+    finder.find(jack.midi_get_event_count, "midi_get_event_count");
+    finder.find(jack.midi_event_get, "midi_event_get");
+    if (!finder.hasAll()) return false;
+    jack.set_error_function(&sayNothing);  // what goes wrong is said in words of the program's own
+    jack.set_info_function(&sayNothing);
+    return true;
+}
+
+}  // namespace
+
+const JackLibrary* JackLibrary::shared() {
+    static JackLibrary library{};
+    static const bool isLoaded = load(library);
+    return isLoaded ? &library : nullptr;
+}
+
+}  // namespace vantoric::standalone

@@ -1,0 +1,90 @@
+#include "faces/standalone/kept_state.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <sstream>
+#include <vector>
+
+#include "patch/patch_file.h"
+#include "platform/files.h"
+#include "platform/user_state.h"
+
+namespace vantoric::standalone {
+namespace {
+
+constexpr std::size_t mostSettings = 1 << 16, mostPatch = std::size_t{1} << 29;  // bytes
+
+std::string pathOf(const char* name) {
+    const std::string folder = platform::stateFolder();
+    return folder.empty() ? "" : folder + name;
+}
+
+std::string settingsPath() { return pathOf("standalone.settings"); }
+std::string patchStatePath() { return pathOf("standalone.patch"); }
+
+bool write(const std::string& path, const void* bytes, std::size_t size) {
+    return !path.empty() && platform::makeFolder(platform::stateFolder()) && platform::writeFile(path, bytes, size);
+}
+
+// A number within bounds; anything else leaves it as it was.
+template <class Number>
+void readNumber(const std::string& text, Number& number, Number lowest, Number highest) {
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error == std::errc() && end == text.data() + text.size() && value >= lowest && value <= highest) number = value;
+}
+
+void take(KeptSettings& settings, const std::string& name, const std::string& value) {
+    if (name == "sound") readSoundKind(value, settings.sound.kind);
+    if (name == "device" && !value.empty()) settings.sound.device = value;
+    if (name == "rate") readNumber(value, settings.sound.rate, 8000, 192000);
+    if (name == "period") readNumber(value, settings.sound.period, 16, 8192);
+    if (name == "tempo") readNumber(value, settings.tempo, 20.0, 300.0);
+    if (name == "octave") readNumber(value, settings.octave, 0, 7);
+    if (name == "keys") settings.showsKeys = value != "hidden";
+    if (name == "not-connected" && !value.empty()) settings.unwantedInputs.insert(value);
+}
+
+}  // namespace
+
+KeptSettings readKeptSettings() {
+    KeptSettings settings;
+    std::vector<std::uint8_t> bytes;
+    if (settingsPath().empty() || !platform::readFile(settingsPath(), bytes, mostSettings)) return settings;
+    std::istringstream text(std::string(bytes.begin(), bytes.end()));
+    for (std::string line; std::getline(text, line);)
+        if (const auto equals = line.find('='); equals != std::string::npos)
+            take(settings, line.substr(0, equals), line.substr(equals + 1));
+    return settings;
+}
+
+bool keepSettings(const KeptSettings& settings) {
+    std::ostringstream text;
+    text << "sound=" << nameOf(settings.sound.kind) << "\ndevice=" << settings.sound.device << "\nrate=" << settings.sound.rate
+         << "\nperiod=" << settings.sound.period << "\ntempo=" << settings.tempo << "\noctave=" << settings.octave
+         << "\nkeys=" << (settings.showsKeys ? "shown" : "hidden") << '\n';
+    for (std::string name : settings.unwantedInputs) {
+        std::replace(name.begin(), name.end(), '\n', ' ');
+        text << "not-connected=" << name << '\n';
+    }
+    const std::string all = text.str();
+    return write(settingsPath(), all.data(), all.size());
+}
+
+bool keepPatch(Instrument& instrument) {
+    const ChunkBytes patch = instrument.patchChunk().getChunk();
+    return patch.size > 0 && write(patchStatePath(), patch.data.get(), static_cast<std::size_t>(patch.size));
+}
+
+bool loadKeptPatch(Instrument& instrument) {
+    std::vector<std::uint8_t> bytes;
+    if (patchStatePath().empty() || !platform::readFile(patchStatePath(), bytes, mostPatch) || bytes.empty()) return false;
+    // A chunk below its fixed size would be taken for a call to be silent.
+    if (bytes.size() < static_cast<std::size_t>(chunk::fixedSize)) return false;
+    if (instrument.patchChunk().setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size())) != 0) return true;
+    instrument.patchFiles().loadPatchFile(welcomePatchPath());  // the engine is silent until the next load
+    return false;
+}
+
+}  // namespace vantoric::standalone

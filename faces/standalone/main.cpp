@@ -1,0 +1,186 @@
+// vantoric: the instrument as a program of its own.
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <string>
+
+#include "faces/standalone/alsa_device.h"
+#include "faces/standalone/jack_device.h"
+#include "faces/standalone/options.h"
+#include "faces/standalone/standalone.h"
+#include "platform/files.h"
+#include "platform/module_folder.h"
+#include "platform/thread.h"
+#ifdef VANTORIC_WINDOW
+#include "faces/standalone/main_window.h"
+#endif
+
+namespace {
+
+using namespace vantoric;
+using namespace vantoric::standalone;
+
+volatile std::sig_atomic_t endWanted = 0;
+
+void wantEnd(int) { endWanted = 1; }
+
+int complain(Exit code, const std::string& what) {
+    std::fprintf(stderr, "vantoric: %s\n", what.c_str());
+    return static_cast<int>(code);
+}
+
+void say(const std::string& news) {
+    if (news.empty()) return;
+    std::printf("%s\n", news.c_str());
+    std::fflush(stdout);
+}
+
+// The data lie beside the program, or in the plug-in's folder beside its own.
+void chooseDataFolder() {
+    const std::string here = platform::moduleFolder();
+    for (const char* const place : {"", "../Vantoric/", "../lib/vantoric/", "../share/vantoric/"})
+        if (platform::isFolder(here + place + "Vantoric_data")) return platform::setDataFolder(here + place);
+}
+
+int listDevices(Standalone& program) {
+    std::string problem;
+    {
+        const auto jack = openJack(program.player(), problem);
+        std::printf("JACK\n  %s\n", jack ? "a server is running" : problem.c_str());
+    }
+    std::printf("ALSA (--device)\n");
+    for (const AlsaName& device : alsaDevices()) std::printf("  %-28s %s\n", device.name.c_str(), device.description.c_str());
+    program.midi().poll(nullptr);
+    std::printf("MIDI (%s)\n", program.midi().description().c_str());
+    for (const MidiInput& input : program.midi().inputs()) std::printf("  %-28s %s\n", input.id.c_str(), input.name.c_str());
+    return 0;
+}
+
+bool hasDisplay() {
+#ifdef VANTORIC_WINDOW
+    return MainWindow::hasDisplay();
+#else
+    return false;
+#endif
+}
+
+// Opens the device without an instrument that makes sound.
+int probe(Standalone& program, const SoundChoice& choice) {
+    if (!hasDisplay()) return complain(Exit::noDisplay, "there is no display");
+    if (!program.sound().open(choice)) return complain(Exit::noSound, "no sound: " + program.sound().problem());
+    return 0;
+}
+
+void report(Standalone& program) {
+    std::printf("played %.1f s, %llu MIDI messages, %d dropouts\n",
+                static_cast<double>(program.player().frames()) / program.player().rate(),
+                static_cast<unsigned long long>(program.player().messages()), program.player().dropouts());
+}
+
+bool isOver(Standalone& program, const Options& options) {
+    return endWanted != 0 ||
+           (options.seconds > 0 && static_cast<double>(program.player().frames()) >= options.seconds * program.player().rate());
+}
+
+void runWithoutWindow(Standalone& program, const Options& options) {
+    while (!isOver(program, options)) {
+        program.poll();
+        say(program.takeNews());
+        platform::sleepMilliseconds(20);
+    }
+}
+
+// What options set for this start alone is not kept.
+void keep(Standalone& program, KeptSettings& settings) {
+    settings.tempo = program.player().tempo();
+    settings.octave = program.hands().octave();
+    settings.unwantedInputs = program.midi().unwanted();
+    if (!keepSettings(settings) || !keepPatch(program.instrument()))
+        complain(Exit::trouble, "what was set could not be kept for the next time");
+}
+
+#ifdef VANTORIC_WINDOW
+// The display has gone, and no call of the window library may be made any more: what there is to save is saved.
+[[noreturn]] void endWithoutDisplay(Standalone& program, KeptSettings& settings) {
+    keep(program, settings);
+    program.finish();
+    say(program.takeNews());
+    std::_Exit(complain(Exit::noDisplay, "the display has gone; the patch is kept for the next start"));
+}
+#endif
+
+// False if there is no display.
+bool runWithWindow(Standalone& program, KeptSettings& settings, const Options& options) {
+#ifdef VANTORIC_WINDOW
+    MainWindow window(program, settings);
+    if (!window.open()) return false;
+    program.setBoxesShown(true);
+    while (!isOver(program, options) && window.isOpen()) window.runOnce();
+    if (window.isLost()) endWithoutDisplay(program, settings);
+    return true;
+#else
+    static_cast<void>(program), static_cast<void>(settings), static_cast<void>(options);
+    return false;
+#endif
+}
+
+// What is played first: the patch that was asked for, else the one from the last time, else the welcome patch.
+bool choosePatch(Standalone& program, const Options& options) {
+    if (options.patch.empty()) return loadKeptPatch(program.instrument()), true;
+    return program.loadPatch(options.patch);
+}
+
+// With sound, or with a window, where it may come later.
+bool startSound(Standalone& program, const SoundChoice& choice, bool withWindow) {
+    const bool isHeard = program.sound().open(choice);
+    if (choice.kind == SoundKind::none) return say("sound: none"), true;
+    if (isHeard) return say("sound: " + program.sound().description() + ", " + program.sound().priority()), true;
+    complain(Exit::noSound, "no sound: " + program.sound().problem());
+    return withWindow;
+}
+
+int run(const Options& options) {
+    chooseDataFolder();
+    KeptSettings settings = readKeptSettings();
+    Standalone program(platform::desktopDialogs());
+    const SoundChoice choice = chosenSound(settings.sound, options);
+    if (options.listDevices) return listDevices(program);
+    if (options.probe) return probe(program, choice);
+    if (options.withWindow && !hasDisplay())
+        return complain(Exit::noDisplay, "there is no display. --no-window plays without one.");
+    if (!choosePatch(program, options)) return complain(Exit::noPatch, options.patch + ": no such patch");
+    program.player().setTempo(settings.tempo);
+    program.hands().setOctave(settings.octave);
+    program.midi().setUnwanted(settings.unwantedInputs);
+    if (std::string problem; !options.record.empty() && !program.recorder().start(options.record, choice.rate, problem))
+        return complain(Exit::noRecording, options.record + ": " + problem);
+    if (!startSound(program, choice, options.withWindow)) return static_cast<int>(Exit::noSound);
+    program.midi().poll(program.sound().midi());
+    say("MIDI: " + program.midi().description());
+    if (options.withWindow) {
+        if (!runWithWindow(program, settings, options)) return complain(Exit::noDisplay, "the window could not be opened");
+        keep(program, settings);
+    } else {
+        runWithoutWindow(program, options);
+    }
+    const bool isWhole = program.finish();
+    say(program.takeNews());
+    report(program);
+    return static_cast<int>(isWhole ? Exit::done : Exit::noRecording);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    if (const auto answered = readOptions(argc, argv, options)) return static_cast<int>(*answered);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) std::signal(number, wantEnd);
+    std::signal(SIGXFSZ, SIG_IGN);  // a recording that may grow no more ends as on a full disk
+    try {
+        return run(options);
+    } catch (const std::exception& error) {
+        return complain(Exit::trouble, error.what());
+    }
+}

@@ -1,0 +1,100 @@
+// What a sound device plays: the instrument with everything that reaches it as MIDI, measured and recorded.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <utility>
+
+#include "engine/instrument.h"
+#include "faces/standalone/recorder.h"
+#include "faces/standalone/ring.h"
+
+namespace vantoric::standalone {
+
+// A MIDI message of one to three bytes.
+struct ShortMessage {
+    std::uint8_t status = 0, data1 = 0, data2 = 0;
+};
+
+// Seconds on the clock that all threads of the program share.
+double clockSeconds();
+
+class Player {
+public:
+    static constexpr int longestBlock = 8192;  // frames, of what a device should ask for; longer blocks are cut
+
+    // Both outlive it.
+    Player(Instrument& instrument, Recorder& recorder);
+
+    // ---- while no device plays
+
+    // What follows is of this rate in Hz. The song goes on where it was.
+    void prepare(double rate);
+
+    // ---- the device's thread
+
+    // A message at a frame of the block that follows, by a device that knows the frame. More than 1024 of a block are lost.
+    void receive(int frame, const ShortMessage& message) noexcept;
+    // Renders a block of any length. No locks, no allocation, no calls of the system but for the time.
+    void play(float* left, float* right, int frames) noexcept;
+    // The device lost sound.
+    void noteDropout() noexcept { dropouts_.fetch_add(1, std::memory_order_relaxed); }
+
+    // ---- others
+
+    // The window's thread: a message of the keys on the screen or of the computer, as soon as possible.
+    void touch(const ShortMessage& message) noexcept;
+    // The sequencer's thread: one that came in at a moment of `clockSeconds`. It sounds one block later, at its frame.
+    void receiveAt(double seconds, const ShortMessage& message) noexcept;
+
+    // Quarter notes a minute, 20 to 300.
+    void setTempo(double tempo) { tempo_.store(tempo, std::memory_order_relaxed); }
+    double tempo() const { return tempo_.load(std::memory_order_relaxed); }
+
+    double rate() const { return rate_.load(std::memory_order_relaxed); }
+    // Frames played since the start, at whatever rate.
+    std::uint64_t frames() const { return frames_.load(std::memory_order_relaxed); }
+    std::uint64_t messages() const { return messagesIn_.load(std::memory_order_relaxed); }
+    int dropouts() const { return dropouts_.load(std::memory_order_relaxed); }
+    // The part of its time that a block takes, 0 to 1 and above where it takes too long: a falling peak.
+    double load() const { return load_.load(std::memory_order_relaxed); }
+    // Whether a key, 0 to 127, is down on any channel.
+    bool isKeyDown(int key) const;
+
+private:
+    struct Timed {
+        double seconds = 0;
+        ShortMessage message;
+    };
+    struct Placed {
+        int frame = 0;
+        ShortMessage message;
+    };
+    static constexpr std::size_t mostMessages = 1024;  // a block
+    static constexpr std::size_t queueShare = 200;     // of the instrument's queue of 256 places
+
+    void place(int frame, const ShortMessage& message) noexcept;
+    void collect(double now, int frames) noexcept;
+    void sortByFrame() noexcept;
+    void renderPieces(float* left, float* right, int frames) noexcept;
+    void renderPiece(float* left, float* right, int frames) noexcept;
+    void markKey(const ShortMessage& message) noexcept;
+    void measure(double seconds, int frames) noexcept;
+
+    Instrument& instrument_;
+    Recorder& recorder_;
+    Ring<Timed, 1024> hands_, sequencer_;
+    std::array<Placed, mostMessages> placed_;
+    std::size_t placedCount_ = 0;
+    double lastBlock_ = 0;
+    // The song: quarter notes at the frame where the tempo last changed.
+    double songStart_ = 0, songTempo_ = 120;
+    std::uint64_t songFrames_ = 0;
+    std::atomic<double> tempo_{120}, rate_{48000}, load_{0};
+    std::atomic<std::uint64_t> frames_{0}, messagesIn_{0};
+    std::atomic<int> dropouts_{0};
+    std::array<std::atomic<std::uint64_t>, 2> keys_{};
+};
+
+}  // namespace vantoric::standalone

@@ -1,0 +1,130 @@
+#include "faces/standalone/recorder.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "platform/thread.h"
+
+namespace vantoric::standalone {
+
+Recorder::Recorder() : ring_(2 * ringFrames) {}
+
+Recorder::~Recorder() { stop(); }
+
+bool Recorder::start(const std::string& path, int rate, std::string& problem) {
+    if (thread_.joinable()) return problem = "a recording runs", false;
+    SF_INFO info{};
+    info.samplerate = rate;
+    info.channels = 2;
+    info.format = SF_FORMAT_RF64 | SF_FORMAT_FLOAT;  // becomes a plain WAV file below 4 GB
+    file_.reset(sf_open(path.c_str(), SFM_WRITE, &info));
+    if (!file_) return problem = sf_strerror(nullptr), false;
+    sf_command(file_.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
+    sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    path_ = path;
+    rate_ = rate;
+    trouble_.clear();
+    first_ = heard_.load(std::memory_order_acquire);
+    written_ = first_;
+    lost_ = 0;
+    hasFailed_ = false;
+    isEnding_ = false;
+    try {
+        thread_ = std::thread([this] { run(); });
+    } catch (const std::exception& error) {
+        file_.reset();
+        return problem = error.what(), false;
+    }
+    isActive_ = true;
+    return true;
+}
+
+bool Recorder::stop() {
+    isActive_ = false;
+    while (isHearing_) platform::sleepMilliseconds(1);
+    isEnding_ = true;
+    if (thread_.joinable()) thread_.join();
+    if (lost_ > 0 && trouble_.empty()) trouble_ = std::to_string(lost_) + " frames were lost: the disk is too slow";
+    hasFailed_ = false;
+    return trouble_.empty();
+}
+
+void Recorder::expectRate(int rate) {
+    if (!isRecording() || rate == rate_) return;
+    const bool isEmpty = heard_ == first_;
+    stop();
+    if (isEmpty && start(std::string(path_), rate, trouble_)) return;
+    if (trouble_.empty()) trouble_ = "the sample rate changed";
+    hasFailed_ = true;
+}
+
+double Recorder::seconds() const {
+    return rate_ > 0 ? static_cast<double>(heard_.load(std::memory_order_relaxed) - first_) / rate_ : 0.0;
+}
+
+std::string Recorder::trouble() const {
+    const std::lock_guard guard(mutex_);
+    return trouble_;
+}
+
+// ---- the audio thread
+
+void Recorder::hear(const float* left, const float* right, int frames) noexcept {
+    isHearing_ = true;
+    if (isActive_) {
+        const std::uint64_t from = heard_.load(std::memory_order_relaxed);
+        const std::uint64_t room = ringFrames - (from - written_.load(std::memory_order_acquire));
+        const auto taken = std::min<std::uint64_t>(static_cast<std::uint64_t>(frames), room);
+        for (std::uint64_t i = 0; i < taken; ++i) {
+            const std::size_t at = 2 * ((from + i) % ringFrames);
+            ring_[at] = left[i];
+            ring_[at + 1] = right[i];
+        }
+        heard_.store(from + taken, std::memory_order_release);
+        lost_.fetch_add(static_cast<std::uint64_t>(frames) - taken, std::memory_order_relaxed);
+    }
+    isHearing_ = false;
+}
+
+// ---- the writing thread
+
+void Recorder::run() {
+    while (!isEnding_) {
+        if (!writeWaiting()) return;
+        platform::sleepMilliseconds(20);
+    }
+    if (!writeWaiting()) return;
+    if (sf_close(file_.release()) != 0) fail("the file could not be completed");
+}
+
+bool Recorder::writeWaiting() {
+    const std::uint64_t end = heard_.load(std::memory_order_acquire);
+    for (std::uint64_t at = written_.load(std::memory_order_relaxed); at < end;) {
+        const std::size_t place = at % ringFrames;
+        const auto count = static_cast<sf_count_t>(std::min<std::uint64_t>(end - at, ringFrames - place));
+        errno = 0;
+        if (sf_writef_float(file_.get(), &ring_[2 * place], count) != count) {
+            fail(errno != 0 ? std::strerror(errno) : sf_strerror(file_.get()));
+            return false;
+        }
+        at += static_cast<std::uint64_t>(count);
+        written_.store(at, std::memory_order_release);
+    }
+    // What is on disk is a whole file at any moment, should the machine go down.
+    sf_command(file_.get(), SFC_UPDATE_HEADER_NOW, nullptr, 0);
+    return true;
+}
+
+void Recorder::fail(const std::string& why) {
+    {
+        const std::lock_guard guard(mutex_);
+        trouble_ = why;
+    }
+    file_.reset();
+    hasFailed_ = true;
+    isActive_ = false;
+}
+
+}  // namespace vantoric::standalone

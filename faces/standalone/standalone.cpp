@@ -1,0 +1,112 @@
+#include "faces/standalone/standalone.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <utility>
+#include <vector>
+
+#include "library/show_messages.h"
+#include "patch/patch_file.h"
+#include "platform/files.h"
+#include "platform/module_folder.h"
+
+namespace vantoric::standalone {
+namespace {
+
+// XDG_MUSIC_DIR of the user's list of folders, "$HOME/Music" without one.
+std::string musicFolder() {
+    const char* const home = std::getenv("HOME");
+    if (home == nullptr || *home == 0) return {};
+    const char* const configuration = std::getenv("XDG_CONFIG_HOME");
+    const std::string list = (configuration != nullptr && *configuration != 0 ? configuration : std::string(home) + "/.config");
+    std::vector<std::uint8_t> bytes;
+    platform::readFile(list + "/user-dirs.dirs", bytes, 1 << 16);
+    const std::string text(bytes.begin(), bytes.end());
+    constexpr char name[] = "XDG_MUSIC_DIR=\"";
+    const std::size_t at = text.find(name);
+    if (at == std::string::npos) return std::string(home) + "/Music";
+    const std::size_t from = at + sizeof name - 1;
+    std::string folder = text.substr(from, text.find('"', from) - from);
+    if (folder.starts_with("$HOME")) folder = home + folder.substr(5);
+    return folder;
+}
+
+std::string clockText(double seconds) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%d:%04.1f", static_cast<int>(seconds) / 60,
+                  seconds - 60 * (static_cast<int>(seconds) / 60));
+    return text.data();
+}
+
+}  // namespace
+
+std::string newRecordingPath() {
+    const std::string folder = musicFolder();
+    if (folder.empty() || !platform::makeFolder(folder)) return {};
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    std::array<char, 64> name{};
+    std::strftime(name.data(), name.size(), "/Vantoric %Y-%m-%d %H.%M.%S", &local);
+    std::string path = folder + name.data() + ".wav";
+    for (int number = 2; platform::exists(path); ++number) path = folder + name.data() + " " + std::to_string(number) + ".wav";
+    return path;
+}
+
+Standalone::Standalone(platform::Dialogs& dialogs)
+    : dialogs_(dialogs), player_(instrument_, recorder_), hands_(player_), midi_(player_), sound_(player_) {
+    instrument_.setHostPort(this);
+    programs_.emplace(instrument_, dialogs_);
+}
+
+Standalone::~Standalone() {
+    programs_.reset();
+    instrument_.setHostPort(nullptr);
+}
+
+bool Standalone::loadPatch(const std::string& name) {
+    for (const std::string& path : {name, platform::soundsFolder() + name + ".fxp", platform::soundsFolder() + name})
+        if (platform::exists(path) && !platform::isFolder(path)) return instrument_.patchFiles().loadPatchFile(path);
+    return false;
+}
+
+// ---- recording ----------------------------------------------------------------------------------------------
+
+void Standalone::toggleRecording() {
+    if (recorder_.isRecording()) return endRecording();
+    const std::string path = newRecordingPath();
+    std::string problem = "there is no folder for music";
+    if (path.empty() || !recorder_.start(path, static_cast<int>(player_.rate()), problem)) news_ = "No recording: " + problem;
+}
+
+void Standalone::endRecording() {
+    const bool isWhole = recorder_.stop();
+    hasFailed_ = hasFailed_ || !isWhole;
+    news_ = "Recorded " + clockText(recorder_.seconds()) + ": " + recorder_.path();
+    if (!isWhole)
+        news_ = "Recording ended: " + recorder_.trouble() + ". " + clockText(recorder_.seconds()) + " in " + recorder_.path();
+}
+
+bool Standalone::finish() {
+    if (recorder_.isRecording() || recorder_.hasFailed()) endRecording();
+    return !hasFailed_;
+}
+
+// ---- looking after it ---------------------------------------------------------------------------------------
+
+void Standalone::poll() {
+    sound_.poll();
+    if (const std::string news = sound_.takeNews(); !news.empty()) news_ = news;
+    if (clockSeconds() >= nextLook_) {
+        nextLook_ = clockSeconds() + lookEvery;
+        midi_.poll(sound_.midi());
+    }
+    if (recorder_.hasFailed()) endRecording();
+    if (!boxesShown_) showMessages(instrument_.messages(), dialogs_);
+}
+
+std::string Standalone::takeNews() { return std::exchange(news_, {}); }
+
+}  // namespace vantoric::standalone

@@ -1,0 +1,379 @@
+// What reaches the instrument: who holds which key, at which frame, and how it gets on record.
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+
+#include <cmath>
+#include <csignal>
+#include <fstream>
+#include <thread>
+
+#include "faces/standalone/hands.h"
+#include "faces/standalone/kept_state.h"
+#include "faces/standalone/sound_system.h"
+#include "platform/module_folder.h"
+#include "platform/scratch_folder.h"
+#include "platform/user_state.h"
+#include "tests/faces/standalone/program.h"
+#include "tests/host/audio_watch.h"
+
+namespace vantoric::standalone {
+namespace {
+
+using testhost::Recording;
+
+class StandaloneTest : public testing::Test {
+protected:
+    StandaloneTest() { platform::setDataFolder(DATA_FOLDER); }
+
+    // Plays so many blocks to nobody.
+    void play(int blocks, int frames = 64) {
+        left_.assign(static_cast<std::size_t>(frames), 0);
+        right_ = left_;
+        for (int i = 0; i < blocks; ++i) {
+            player_.play(left_.data(), right_.data(), frames);
+            played_.insert(played_.end(), left_.begin(), left_.end());
+        }
+    }
+    // Effects and filters whisper a little where nothing is played.
+    static constexpr float audible = 1e-4f;
+    std::size_t onset() const {
+        std::size_t frame = 0;
+        while (frame < played_.size() && std::fabs(played_[frame]) < audible) ++frame;
+        return frame;
+    }
+
+    platform::ScratchFolder folder_;
+    Instrument instrument_;
+    Recorder recorder_;
+    Player player_{instrument_, recorder_};
+    Hands hands_{player_};
+    std::vector<float> left_, right_, played_;
+};
+
+TEST_F(StandaloneTest, KeysOfTheComputerPlayByTheirPlaces) {
+    player_.prepare(48000);
+    EXPECT_EQ(hands_.noteOf(52), 48);
+    EXPECT_EQ(hands_.noteOf(24), 60);
+    EXPECT_EQ(hands_.codeOf(60), 24u);
+    EXPECT_EQ(hands_.noteOf(9), -1);
+    EXPECT_TRUE(hands_.codeDown(52));
+    EXPECT_FALSE(hands_.codeDown(9));
+    play(1);
+    EXPECT_TRUE(player_.isKeyDown(48));
+    hands_.shiftOctave(1);
+    EXPECT_EQ(hands_.noteOf(52), 60);
+    hands_.codeUp(52);  // of the note that it began
+    play(1);
+    EXPECT_FALSE(player_.isKeyDown(48));
+    for (int i = 0; i < 20; ++i) hands_.shiftOctave(1);
+    EXPECT_EQ(hands_.octave(), Hands::highestOctave);
+    EXPECT_EQ(hands_.noteOf(35), 127);
+}
+
+TEST_F(StandaloneTest, AKeyHeldTwiceSoundsUntilBothAreLetGo) {
+    player_.prepare(48000);
+    hands_.press(60, 90);
+    hands_.codeDown(24);  // the same note
+    hands_.release(60);
+    play(1);
+    EXPECT_TRUE(player_.isKeyDown(60));
+    hands_.codeUp(24);
+    play(1);
+    EXPECT_FALSE(player_.isKeyDown(60));
+}
+
+TEST_F(StandaloneTest, KeysWhoseReleaseWentElsewhereAreLetGo) {
+    player_.prepare(48000);
+    hands_.codeDown(52);
+    hands_.codeDown(53);
+    hands_.releaseCodesBut(std::bitset<256>().set(53));
+    play(1);
+    EXPECT_FALSE(player_.isKeyDown(48));
+    EXPECT_TRUE(player_.isKeyDown(50));
+}
+
+TEST_F(StandaloneTest, PanicEndsEverything) {
+    player_.prepare(48000);
+    hands_.setPedal(true);
+    for (int note = 40; note < 70; note += 3) hands_.press(note, 100);
+    play(400);
+    ASSERT_NE(left_.back(), 0.0f);
+    hands_.panic();
+    play(2);
+    for (int note = 0; note < 128; ++note) EXPECT_FALSE(player_.isKeyDown(note)) << note;
+    EXPECT_FALSE(hands_.isPedalDown());
+    EXPECT_FALSE(instrument_.midi().sustainOn());
+    EXPECT_TRUE(instrument_.midi().nothingHeld());
+}
+
+TEST_F(StandaloneTest, MessagesSoundAtTheirFrame) {
+    const auto onsetOfNoteAt = [](int frame) {
+        Instrument instrument;
+        Recorder recorder;
+        Player player(instrument, recorder);
+        EXPECT_TRUE(instrument.patchFiles().loadPatchFile(PATCH_FILE));
+        player.prepare(48000);
+        player.receive(frame + 9000, {0x80, 60, 0});  // in any order
+        player.receive(frame, {0x90, 60, 100});
+        std::vector<float> left(20000), right(20000);
+        player.play(left.data(), right.data(), 20000);
+        std::size_t onset = 0;
+        while (onset < left.size() && std::fabs(left[onset]) < audible) ++onset;
+        return static_cast<int>(onset);
+    };
+    const int first = onsetOfNoteAt(3000);
+    EXPECT_GE(first, 3000 - 48);
+    EXPECT_LT(first, 6000);
+    // Two blocks of the engine later, and in its second piece.
+    EXPECT_NEAR(onsetOfNoteAt(3000 + 100 * 48), first + 100 * 48, 12);
+    EXPECT_NEAR(onsetOfNoteAt(3000 + 150 * 48), first + 150 * 48, 12);
+}
+
+TEST_F(StandaloneTest, MoreMessagesThanTheQueueHoldsAreAllHeard) {
+    player_.prepare(48000);
+    for (int i = 0; i < 500; ++i) player_.receive(4 * i, {0xb0, 1, static_cast<std::uint8_t>(i % 128)});
+    player_.receive(2010, {0x90, 60, 100});
+    play(1, 4096);
+    EXPECT_EQ(player_.messages(), 501u);
+    EXPECT_FALSE(instrument_.midi().nothingHeld());
+    // In the millisecond that it falls into.
+    EXPECT_GE(onset(), 2010u - 48);
+    EXPECT_LE(onset(), 2010u + 48);
+}
+
+TEST_F(StandaloneTest, TheSequencersMessagesKeepTheirDistances) {
+    player_.prepare(48000);
+    play(1, 480);
+    const double now = clockSeconds();
+    // From a block before; a frame that lies before it counts as its first.
+    player_.receiveAt(now - 10, {0x90, 60, 100});
+    player_.receiveAt(now + 100, {0x90, 61, 100});  // not yet
+    play(1, 480);
+    EXPECT_TRUE(player_.isKeyDown(60));
+    EXPECT_FALSE(player_.isKeyDown(61));
+}
+
+TEST_F(StandaloneTest, ChannelsKeepTheirMessages) {
+    player_.prepare(48000);
+    player_.receive(0, {0x95, 64, 1});
+    play(1);
+    EXPECT_TRUE(player_.isKeyDown(64));
+    player_.receive(0, {0x95, 64, 0});
+    play(1);
+    EXPECT_FALSE(player_.isKeyDown(64));
+}
+
+TEST_F(StandaloneTest, ABlockTakesNoMemoryNoLockAndCallsNoSystem) {
+    if (!testhost::AudioWatch::available()) GTEST_SKIP();
+    player_.prepare(48000);
+    std::string problem;
+    ASSERT_TRUE(recorder_.start(folder_ / "take.wav", 48000, problem)) << problem;
+    std::vector<float> left(2048), right(2048);
+    player_.play(left.data(), right.data(), 2048);  // what happens but once
+    for (int block = 0; block < 100; ++block) {
+        hands_.press(40 + block % 50, 100);
+        player_.receiveAt(clockSeconds(), {0x80, static_cast<std::uint8_t>(40 + block % 50), 0});
+        const testhost::AudioWatch watch;
+        for (int i = 0; i < 300; ++i) player_.receive(i, {0xb0, 1, 3});
+        player_.play(left.data(), right.data(), 1 + 20 * block);
+    }
+    recorder_.stop();
+    EXPECT_EQ(testhost::AudioWatch::allocations(), 0);
+    EXPECT_EQ(testhost::AudioWatch::releases(), 0);
+    EXPECT_EQ(testhost::AudioWatch::locks(), 0);
+    if (testhost::AudioWatch::seesSystemCalls()) {
+        EXPECT_EQ(testhost::AudioWatch::systemCalls(), 0) << "the last one: " << testhost::AudioWatch::lastSystemCall();
+    }
+}
+
+TEST_F(StandaloneTest, ARecordingHoldsWhatWasPlayed) {
+    player_.prepare(44100);
+    std::string problem;
+    ASSERT_TRUE(recorder_.start(folder_ / "take.wav", 44100, problem)) << problem;
+    EXPECT_FALSE(recorder_.start(folder_ / "other.wav", 44100, problem));
+    player_.receive(10, {0x90, 60, 100});
+    for (int i = 0; i < 300; ++i) {
+        play(1, 100 + i % 7);
+        if (i % 50 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_TRUE(recorder_.stop()) << recorder_.trouble();
+    play(3);  // not on it any more
+    const Recording take = testhost::readRecording(folder_ / "take.wav");
+    EXPECT_EQ(take.rate, 44100);
+    ASSERT_EQ(take.frames(), played_.size() - 3 * 64);
+    for (std::size_t i = 0; i < take.frames(); ++i) ASSERT_EQ(take.samples[2 * i], played_[i]) << i;
+    EXPECT_GT(take.peak(), 0.01f);
+}
+
+TEST_F(StandaloneTest, ASecondRecordingBeginsAnew) {
+    player_.prepare(48000);
+    std::string problem;
+    ASSERT_TRUE(recorder_.start(folder_ / "first.wav", 48000, problem));
+    play(10, 100);
+    ASSERT_TRUE(recorder_.stop());
+    ASSERT_TRUE(recorder_.start(folder_ / "second.wav", 48000, problem));
+    play(3, 100);
+    ASSERT_TRUE(recorder_.stop());
+    EXPECT_EQ(testhost::readRecording(folder_ / "second.wav").frames(), 300u);
+}
+
+TEST_F(StandaloneTest, AFullDiskEndsARecordingAndNothingElse) {
+    player_.prepare(48000);
+    std::string problem;
+    ASSERT_FALSE(recorder_.start(folder_ / "none/take.wav", 48000, problem));
+    EXPECT_FALSE(problem.empty());
+    // A device that takes no byte.
+    if (recorder_.start("/dev/full", 48000, problem)) {
+        play(2000);
+        EXPECT_TRUE(testhost::within(5, [&] { return recorder_.hasFailed(); }));
+        EXPECT_FALSE(recorder_.isRecording());
+        EXPECT_FALSE(recorder_.stop());
+        EXPECT_NE(recorder_.trouble().find("No space left"), std::string::npos) << recorder_.trouble();
+    }
+    ASSERT_TRUE(recorder_.start(folder_ / "take.wav", 48000, problem)) << problem;
+    play(2, 100);
+    EXPECT_TRUE(recorder_.stop());
+    EXPECT_EQ(testhost::readRecording(folder_ / "take.wav").frames(), 200u);
+}
+
+// In the middle of it: the limit of a file's size stands for the disk's end.
+TEST_F(StandaloneTest, WhatWasRecordedBeforeTheDiskWasFullIsAWholeFile) {
+    player_.prepare(48000);
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit old{};
+    getrlimit(RLIMIT_FSIZE, &old);
+    rlimit small = old;
+    small.rlim_cur = 300000;
+    setrlimit(RLIMIT_FSIZE, &small);
+    std::string problem;
+    ASSERT_TRUE(recorder_.start(folder_ / "take.wav", 48000, problem)) << problem;
+    for (int i = 0; i < 400 && recorder_.isRecording(); ++i) {
+        play(1, 480);
+        testhost::pause(0.005);
+    }
+    EXPECT_TRUE(testhost::within(10, [&] { return recorder_.hasFailed(); }));
+    EXPECT_FALSE(recorder_.stop());
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, before);
+    EXPECT_EQ(recorder_.trouble(), "File too large");
+    const Recording take = testhost::readRecording(folder_ / "take.wav");
+    EXPECT_GT(take.frames(), 30000u);
+    for (std::size_t i = 0; i < take.frames(); ++i) ASSERT_EQ(take.samples[2 * i], played_[i]) << i;
+}
+
+TEST_F(StandaloneTest, ARecordingEndsWithItsRate) {
+    player_.prepare(48000);
+    std::string problem;
+    ASSERT_TRUE(recorder_.start(folder_ / "take.wav", 48000, problem));
+    player_.prepare(96000);  // nothing is on it yet: it begins anew
+    EXPECT_TRUE(recorder_.isRecording());
+    play(5, 100);
+    player_.prepare(44100);
+    EXPECT_FALSE(recorder_.isRecording());
+    EXPECT_TRUE(recorder_.hasFailed());
+    EXPECT_EQ(recorder_.trouble(), "the sample rate changed");
+    const Recording take = testhost::readRecording(folder_ / "take.wav");
+    EXPECT_EQ(take.rate, 96000);
+    EXPECT_EQ(take.frames(), 500u);
+}
+
+TEST_F(StandaloneTest, TimePassesWithoutADevice) {
+    SoundSystem sound(player_);
+    SoundChoice choice;
+    choice.kind = SoundKind::none;
+    choice.rate = 96000;
+    choice.period = 128;
+    EXPECT_TRUE(sound.open(choice));
+    EXPECT_FALSE(sound.isHeard());
+    EXPECT_EQ(sound.description(), "no sound");
+    EXPECT_TRUE(testhost::within(10, [&] { return player_.frames() > 4000; }));
+    EXPECT_EQ(player_.rate(), 96000);
+    EXPECT_EQ(instrument_.hostRate(), 96000.0f);
+}
+
+TEST_F(StandaloneTest, ADeviceThatIsNotThereIsSaidAndSoughtAgain) {
+    SoundSystem sound(player_);
+    SoundChoice choice;
+    choice.kind = SoundKind::alsa;
+    choice.device = "no such device";
+    EXPECT_FALSE(sound.open(choice));
+    EXPECT_NE(sound.problem().find("ALSA: device \"no such device\": "), std::string::npos) << sound.problem();
+    EXPECT_TRUE(testhost::within(10, [&] { return player_.frames() > 1000; }));  // silently
+    for (int i = 0; i < 30; ++i) {
+        sound.poll();
+        testhost::pause(0.05);
+    }
+    EXPECT_FALSE(sound.isHeard());
+    const std::uint64_t before = player_.frames();
+    EXPECT_TRUE(testhost::within(10, [&] { return player_.frames() > before + 1000; }));
+    choice.device = "null";
+    EXPECT_TRUE(sound.open(choice));
+    EXPECT_TRUE(sound.isHeard());
+    EXPECT_EQ(sound.description(), "ALSA \"null\", 48000 Hz, 256 frames");
+}
+
+// ---- what is kept
+
+class KeptStateTest : public testing::Test {
+protected:
+    KeptStateTest() { platform::setStateFolder(folder_.path()); }
+    ~KeptStateTest() override { platform::setStateFolder(""); }
+    void write(const std::string& name, const std::string& content) {
+        std::ofstream(folder_ / name, std::ios::binary) << content;
+    }
+    platform::ScratchFolder folder_;
+};
+
+TEST_F(KeptStateTest, SettingsComeBack) {
+    EXPECT_EQ(readKeptSettings(), KeptSettings{});
+    KeptSettings settings;
+    settings.sound = {SoundKind::alsa, "plughw:CARD=Box,DEV=1", 96000, 64};
+    settings.tempo = 133.5;
+    settings.octave = 5;
+    settings.showsKeys = false;
+    settings.unwantedInputs = {"One = two", "Tasten \xc3\xa4"};
+    ASSERT_TRUE(keepSettings(settings));
+    EXPECT_EQ(readKeptSettings(), settings);
+}
+
+TEST_F(KeptStateTest, NonsenseHasItsDefault) {
+    write("standalone.settings",
+          "rate=0\nperiod=99999999999\ntempo=nan\noctave=x\nsound=loud\ndevice=\n\n=\nnothing\nkeys=hidden");
+    KeptSettings expected;
+    expected.showsKeys = false;
+    EXPECT_EQ(readKeptSettings(), expected);
+    write("standalone.settings", std::string(100000, 'a'));
+    EXPECT_EQ(readKeptSettings(), KeptSettings{});
+}
+
+TEST_F(KeptStateTest, ThePatchComesBack) {
+    platform::setDataFolder(DATA_FOLDER);
+    Instrument first, second;
+    EXPECT_FALSE(loadKeptPatch(second));
+    first.setParameter(100, 0.37f);
+    first.program().setProgramName("As I left it");
+    ASSERT_TRUE(keepPatch(first));
+    ASSERT_TRUE(loadKeptPatch(second));
+    EXPECT_EQ(second.parameters().getParameter(100), 0.37f);
+    EXPECT_EQ(second.program().getProgramName(), "As I left it");
+}
+
+TEST_F(KeptStateTest, ABrokenPatchLeavesOneThatPlays) {
+    platform::setDataFolder(DATA_FOLDER);
+    Instrument instrument;
+    ASSERT_TRUE(keepPatch(instrument));
+    const std::string path = folder_ / "standalone.patch";
+    std::ifstream file(path, std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    write("standalone.patch", "short");
+    EXPECT_FALSE(loadKeptPatch(instrument));
+    bytes[0] = 99;  // of a newer format
+    write("standalone.patch", bytes);
+    EXPECT_FALSE(loadKeptPatch(instrument));
+    EXPECT_EQ(instrument.program().getProgramName(), "0Welcome");
+    EXPECT_FALSE(instrument.flags().engineLocked.isSet());
+}
+
+}  // namespace
+}  // namespace vantoric::standalone

@@ -1,0 +1,130 @@
+// The program from outside: what it says, its exit codes, what it leaves.
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include "tests/faces/standalone/program.h"
+
+namespace {
+
+using testhost::Home;
+using testhost::Program;
+using testhost::run;
+
+class ProgramTest : public testing::Test {
+protected:
+    ProgramTest() {
+        setenv("JACK_NO_START_SERVER", "1", 1);
+        setenv("JACK_DEFAULT_SERVER", "vantoric-test-none", 1);
+        display_ = getenv("DISPLAY") != nullptr ? getenv("DISPLAY") : "";
+        unsetenv("DISPLAY");
+    }
+    ~ProgramTest() override {
+        if (!display_.empty()) setenv("DISPLAY", display_.c_str(), 1);
+    }
+    int start(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), PROGRAM);
+        return run(arguments, output_);
+    }
+    bool said(const std::string& text) const { return output_.find(text) != std::string::npos; }
+
+    Home home_;
+    std::string output_, display_;
+};
+
+TEST_F(ProgramTest, AnswersQuestions) {
+    EXPECT_EQ(start({"--help"}), 0);
+    for (const char* option : {"--no-window", "--sound", "--device", "--rate", "--period", "--patch", "--record", "--seconds",
+                               "--list-devices", "--version", "Exit codes"})
+        EXPECT_TRUE(said(option)) << option;
+    EXPECT_EQ(start({"--version"}), 0);
+    EXPECT_EQ(output_, "vantoric 3.3.0\n");
+    EXPECT_EQ(start({"--list-devices"}), 0);
+    EXPECT_TRUE(said("JACK: no server is running") || said("JACK: its library is not installed")) << output_;
+}
+
+TEST_F(ProgramTest, SaysWhatIsWrong) {
+    EXPECT_EQ(start({"--loud"}), 2);
+    EXPECT_EQ(start({"--sound", "tape"}), 2);
+    EXPECT_EQ(start({"--rate", "5"}), 2);
+    EXPECT_EQ(start({"--period", "many"}), 2);
+    EXPECT_EQ(start({"--seconds", "0"}), 2);
+    EXPECT_EQ(start({"song.mid"}), 2);
+    EXPECT_EQ(start({"--no-window", "--sound", "jack"}), 3);
+    EXPECT_TRUE(said("no sound: JACK: ")) << output_;
+    EXPECT_EQ(start({"--no-window", "--device", "no such device"}), 3);
+    EXPECT_TRUE(said("no sound: ALSA: device \"no such device\": No such file or directory")) << output_;
+    EXPECT_EQ(start({"--sound", "none"}), 4);
+    EXPECT_TRUE(said("there is no display. --no-window plays without one.")) << output_;
+    EXPECT_EQ(start({"--probe"}), 4);
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--patch", "Nowhere/Nothing"}), 5);
+    EXPECT_TRUE(said("Nowhere/Nothing: no such patch")) << output_;
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--patch", PROGRAM}), 5);  // a file, but no patch
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--record", home_ / "no folder/take.wav"}), 6);
+}
+
+TEST_F(ProgramTest, PlaysToNobodyAndRecordsIt) {
+    ASSERT_EQ(start({"--no-window", "--device", "null", "--rate", "44100", "--period", "128", "--seconds", "0.5", "--record",
+                     home_ / "take.wav"}),
+              0)
+        << output_;
+    EXPECT_TRUE(said("sound: ALSA \"null\", 44100 Hz, 128 frames")) << output_;
+    const auto take = testhost::readRecording(home_ / "take.wav");
+    EXPECT_EQ(take.rate, 44100);
+    EXPECT_GE(take.frames(), 22050u);
+    EXPECT_LT(take.frames(), 5 * 44100u);
+    EXPECT_LT(take.peak(), 1e-4f);  // nobody touched a key
+}
+
+TEST_F(ProgramTest, TakesAPatchByItsPlaceInTheLibrary) {
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", "0.1", "--patch", PATCH}), 0) << output_;
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", "0.1", "--patch", PATCH_FILE}), 0) << output_;
+}
+
+// As a package lays it out, and as dist/ does.
+TEST_F(ProgramTest, FindsItsDataFromItsOwnPlace) {
+    namespace fs = std::filesystem;
+    for (const char* place : {"lib/vantoric", "Vantoric", "share/vantoric"}) {
+        const vantoric::platform::ScratchFolder prefix;
+        fs::create_directories(prefix / "bin");
+        fs::create_directories(fs::path(prefix / place).parent_path());
+        fs::copy_file(PROGRAM, prefix / "bin/vantoric");
+        fs::create_directory_symlink(DATA_FOLDER, prefix / place);
+        EXPECT_EQ(run({prefix / "bin/vantoric", "--no-window", "--sound", "none", "--seconds", "0.1", "--patch", PATCH}, output_),
+                  0)
+            << place << ": " << output_;
+    }
+}
+
+TEST_F(ProgramTest, EndsByASignalAndCompletesItsRecording) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        Program program({PROGRAM, "--no-window", "--sound", "none", "--record", home_ / "take.wav"});
+        ASSERT_TRUE(program.waitFor("MIDI: ")) << program.output();
+        testhost::pause(0.3);
+        program.signal(number);
+        EXPECT_EQ(program.finish(), 0) << program.output();
+        EXPECT_GT(testhost::readRecording(home_ / "take.wav").frames(), 1000u);
+    }
+}
+
+// Without a window nothing of the user's is written over.
+TEST_F(ProgramTest, KeepsNothingWithoutAWindow) {
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", "0.1"}), 0);
+    EXPECT_FALSE(std::filesystem::exists(home_.stateFile("standalone.patch")));
+}
+
+TEST_F(ProgramTest, SaysThatTheDiskIsFull) {
+    Program program({PROGRAM, "--no-window", "--sound", "none", "--seconds", "3", "--record", "/dev/full"});
+    const int code = program.finish();
+    EXPECT_EQ(code, 6) << program.output();
+    // Either the header did not get there, or what came after it.
+    if (program.output().find("played") != std::string::npos) {
+        EXPECT_NE(program.output().find("Recording ended: No space left on device"), std::string::npos) << program.output();
+        EXPECT_NE(program.output().find("played 3"), std::string::npos) << program.output();  // to the end, all the same
+    }
+}
+
+}  // namespace

@@ -1,0 +1,237 @@
+// The window as a user sees it: its place on the desktop, keys by pointer and board, what is kept.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+
+#include "tests/faces/standalone/desktop.h"
+#include "tests/faces/standalone/program.h"
+#include "tests/window/installation.h"
+#include "tests/window/x_server.h"
+
+namespace {
+
+using testhost::Desktop;
+using testhost::Home;
+using testhost::Picture;
+using testhost::Program;
+
+// Window units: the editor's width, its height, the bar and the keys below it.
+constexpr double across = 1200, editorHeight = 660, barHeight = 32, keysHeight = 86;
+
+class WindowTest : public testing::Test {
+protected:
+    WindowTest() { std::filesystem::copy_file(PROGRAM, program()); }
+    void SetUp() override {
+        if (!server_.isRunning()) GTEST_SKIP() << "no virtual X server here";
+        setenv("JACK_NO_START_SERVER", "1", 1);
+        setenv("JACK_DEFAULT_SERVER", "vantoric-test-none", 1);
+        desktop_ = std::make_unique<Desktop>();
+    }
+    void TearDown() override { desktop_.reset(); }
+    // In an installation of its own, as the size of the window is kept there.
+    std::string program() const { return installation_.folder() / "vantoric"; }
+
+    void open(std::vector<std::string> arguments = {"--device", "null"}) {
+        arguments.insert(arguments.begin(), program());
+        program_ = std::make_unique<Program>(arguments);
+        window_ = desktop_->findWindow("Vantoric", 60);
+        ASSERT_NE(window_, 0u) << program_->output();
+        place_ = desktop_->placeOf(window_);
+        testhost::pause(1);
+    }
+    void close() {
+        desktop_->askToClose(window_);
+        EXPECT_EQ(program_->finish(), 0) << program_->output();
+    }
+    double zoom() const { return place_.width / across; }
+    // A place in the bar or the keys below the editor, in units from their left upper corner.
+    struct Point {
+        double x, y;
+    };
+    Point below(double x, double y) const { return {place_.x + x * zoom(), place_.y + (editorHeight + y) * zoom()}; }
+    void click(double x, double y) {
+        const Point at = below(x, y);
+        desktop_->click(at.x, at.y);
+        testhost::pause(0.3);
+    }
+    // Plays the white key at `x` at a height of the keys, 0 to 1 from the top.
+    void hold(double x, double depth, double seconds) {
+        const Point at = below(x, barHeight + depth * (keysHeight - 9));
+        desktop_->move(at.x, at.y);
+        desktop_->press();
+        testhost::pause(seconds);
+        desktop_->release();
+        testhost::pause(0.5);
+    }
+
+    testhost::XServer server_{2000, 1300};
+    testhost::Installation installation_{PLUGIN};
+    Home home_;
+    std::unique_ptr<Desktop> desktop_;
+    std::unique_ptr<Program> program_;
+    std::uintptr_t window_ = 0;
+    Desktop::Place place_;
+};
+
+TEST_F(WindowTest, IsAWindowOfTheDesktop) {
+    open();
+    EXPECT_NE(desktop_->titleOf(window_).find("Vantoric"), std::string::npos);
+    EXPECT_GT(desktop_->iconSize(window_), 32u * 32 + 64 * 64);
+    EXPECT_NEAR(place_.height, (editorHeight + barHeight + keysHeight) * zoom(), 2);
+    const Picture shown = desktop_->picture(place_);
+    // White keys are bright, the editor above them is dark.
+    const auto brightness = [](unsigned colour) { return (colour >> 16 & 255) + (colour >> 8 & 255) + (colour & 255); };
+    EXPECT_GT(brightness(shown.at(static_cast<int>(20 * zoom()), place_.height - static_cast<int>(25 * zoom()))), 400u);
+    EXPECT_LT(brightness(shown.at(static_cast<int>(4 * zoom()), static_cast<int>(600 * zoom()))), 150u);
+    if (const char* folder = std::getenv("VANTORIC_PICTURES")) savePng(shown, std::string(folder) + "/standalone.png");
+    close();
+}
+
+TEST_F(WindowTest, KeysSoundUnderThePointerTheLouderTheNearerToTheirFront) {
+    const auto peakAt = [&](double depth) {
+        open({"--device", "null", "--patch", PATCH, "--record", home_ / "take.wav"});
+        hold(600, depth, 0.5);
+        close();
+        EXPECT_NE(program_->output().find(" 2 MIDI messages"), std::string::npos) << program_->output();
+        return testhost::readRecording(home_ / "take.wav").peak();
+    };
+    const float soft = peakAt(0.66), loud = peakAt(0.97);
+    EXPECT_GT(soft, 0.0005f);
+    EXPECT_GT(loud, 1.05f * soft);
+}
+
+TEST_F(WindowTest, TheComputersKeysPlay) {
+    open({"--device", "null", "--record", home_ / "take.wav"});
+    for (const char* key : {"z", "g", "q"}) desktop_->keyDown(key);
+    testhost::pause(0.4);
+    for (const char* key : {"z", "g", "q"}) desktop_->keyUp(key);
+    desktop_->keyDown("Page_Up");
+    desktop_->keyUp("Page_Up");
+    desktop_->keyDown("space");
+    desktop_->keyUp("space");
+    testhost::pause(0.4);
+    close();
+    EXPECT_NE(program_->output().find(" 8 MIDI messages"), std::string::npos) << program_->output();
+    EXPECT_GT(testhost::readRecording(home_ / "take.wav").peak(), 0.001f);
+    std::ifstream settings(home_.stateFile("standalone.settings"));
+    const std::string kept{std::istreambuf_iterator<char>(settings), {}};
+    EXPECT_NE(kept.find("octave=4"), std::string::npos) << kept;
+}
+
+TEST_F(WindowTest, RecordsIntoTheMusicFolder) {
+    open();
+    click(40, 16);
+    testhost::pause(0.5);
+    click(40, 16);
+    close();
+    EXPECT_NE(program_->output().find("played"), std::string::npos);
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(home_ / "Music")) {
+        EXPECT_GT(testhost::readRecording(entry.path()).frames(), 10000u) << entry.path();
+        ++count;
+    }
+    EXPECT_EQ(count, 1);
+}
+
+TEST_F(WindowTest, TheSettingsChooseTheDevice) {
+    open();
+    const Picture before = desktop_->picture(place_);
+    click(1110, 16);
+    EXPECT_FALSE(desktop_->picture(place_) == before);
+    click(488 + 280, -344 + 58 + 11);  // "None"
+    close();
+    std::ifstream settings(home_.stateFile("standalone.settings"));
+    const std::string kept{std::istreambuf_iterator<char>(settings), {}};
+    EXPECT_NE(kept.find("sound=none"), std::string::npos) << kept;
+}
+
+TEST_F(WindowTest, KeysCanBeHidden) {
+    open();
+    click(120, 16);
+    EXPECT_TRUE(testhost::within(
+        10, [&] { return std::abs(desktop_->placeOf(window_).height - (editorHeight + barHeight) * zoom()) < 2; }));
+    close();
+    open();
+    EXPECT_NEAR(desktop_->placeOf(window_).height, (editorHeight + barHeight) * zoom(), 2);
+    close();
+}
+
+TEST_F(WindowTest, FollowsTheEditorsSize) {
+    open();
+    const int before = place_.width;
+    // The menu "Editor": its first row is another size.
+    desktop_->click(place_.x + 328 * zoom(), place_.y + 18 * zoom());
+    testhost::pause(0.5);
+    desktop_->click(place_.x + 380 * zoom(), place_.y + 43 * zoom());
+    ASSERT_TRUE(testhost::within(10, [&] { return desktop_->placeOf(window_).width != before; }));
+    testhost::pause(0.5);
+    place_ = desktop_->placeOf(window_);
+    EXPECT_NEAR(place_.height, (editorHeight + barHeight + keysHeight) * zoom(), 3);
+    if (const char* folder = std::getenv("VANTORIC_PICTURES"))
+        savePng(desktop_->picture(place_), std::string(folder) + "/resized.png");
+    hold(600, 0.9, 0.2);
+    close();
+    EXPECT_NE(program_->output().find(" 2 MIDI messages"), std::string::npos) << program_->output();
+}
+
+// Without layers and effects the editor is a bar of its own, and the settings open below.
+TEST_F(WindowTest, HasRoomForItsPartsInEverySize) {
+    installation_.setSize(5);
+    open();
+    constexpr double narrow = 802, low = 128;
+    const double scale = place_.width / narrow;
+    EXPECT_NEAR(place_.height, (low + barHeight + keysHeight) * scale, 3);
+    desktop_->click(place_.x + (narrow - 80) * scale, place_.y + (low + 16) * scale);
+    EXPECT_TRUE(testhost::within(10, [&] { return desktop_->placeOf(window_).height > place_.height + 300 * scale; }));
+    testhost::pause(0.5);
+    if (const char* folder = std::getenv("VANTORIC_PICTURES"))
+        savePng(desktop_->picture(desktop_->placeOf(window_)), std::string(folder) + "/narrow.png");
+    desktop_->click(place_.x + (narrow - 80) * scale, place_.y + (low + 16) * scale);
+    EXPECT_TRUE(testhost::within(10, [&] { return desktop_->placeOf(window_).height == place_.height; }));
+    desktop_->move(place_.x + 400 * scale, place_.y + (low + 90) * scale);
+    desktop_->press();
+    testhost::pause(0.2);
+    desktop_->release();
+    testhost::pause(0.5);
+    close();
+    EXPECT_NE(program_->output().find(" 2 MIDI messages"), std::string::npos) << program_->output();
+}
+
+TEST_F(WindowTest, StartsInASizeThatFitsTheScreen) {
+    std::filesystem::remove(installation_.sizeFile());
+    const testhost::XServer fullHd(1920, 1080);
+    desktop_ = std::make_unique<Desktop>();
+    open();
+    EXPECT_NEAR(place_.width, 1500, 1);
+    EXPECT_NEAR(place_.height, 825 + (barHeight + keysHeight) * zoom(), 2);
+    EXPECT_FALSE(std::filesystem::exists(installation_.sizeFile())) << "chosen by nobody";
+    close();
+    desktop_.reset();  // before its server ends
+    setenv("DISPLAY", server_.display().c_str(), 1);
+}
+
+TEST_F(WindowTest, StaysOpenWithoutSound) {
+    open({"--sound", "jack"});
+    EXPECT_TRUE(program_->isRunning());
+    EXPECT_NE(program_->output().find("no sound: JACK"), std::string::npos) << program_->output();
+    hold(600, 0.9, 0.2);
+    close();
+    EXPECT_NE(program_->output().find(" 2 MIDI messages"), std::string::npos) << program_->output();
+}
+
+// The display goes: the patch is kept, and nothing hangs.
+TEST_F(WindowTest, SurvivesItsDisplayLongEnoughToKeepThePatch) {
+    auto own = std::make_unique<testhost::XServer>(1400, 900);
+    ASSERT_TRUE(own->isRunning());
+    Program started({program(), "--device", "null"});
+    ASSERT_TRUE(started.waitFor("MIDI: ")) << started.output();
+    testhost::pause(1.5);
+    own.reset();
+    EXPECT_EQ(started.finish(), 4) << started.output();
+    EXPECT_TRUE(std::filesystem::exists(home_.stateFile("standalone.patch")));
+    setenv("DISPLAY", server_.display().c_str(), 1);
+}
+
+}  // namespace

@@ -1,0 +1,215 @@
+#include <clap/entry.h>
+#include <clap/ext/gui.h>
+#include <clap/ext/params.h>
+#include <clap/ext/state.h>
+#include <clap/ext/timer-support.h>
+#include <clap/plugin-factory.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+
+#include "tests/formats/format_host.h"
+
+namespace testhost {
+namespace {
+
+// Events as bytes of their own, each aligned.
+class EventList {
+public:
+    template <class Record>
+    void add(Record record, std::uint16_t type, int frame) {
+        record.header = {sizeof record, static_cast<std::uint32_t>(frame), CLAP_CORE_EVENT_SPACE_ID, type, 0};
+        append(&record.header);
+    }
+    void append(const clap_event_header_t* event) {
+        auto& words = events_.emplace_back((event->size + 7) / 8);
+        std::memcpy(words.data(), event, event->size);
+    }
+    std::size_t size() const { return events_.size(); }
+    const clap_event_header_t* at(std::size_t i) const { return reinterpret_cast<const clap_event_header_t*>(events_[i].data()); }
+    const clap_input_events_t* in() const { return &in_; }
+    const clap_output_events_t* out() const { return &out_; }
+
+private:
+    static EventList& of(void* context) { return *static_cast<EventList*>(context); }
+    std::vector<std::vector<std::uint64_t>> events_;
+    clap_input_events_t in_{
+        this, [](const clap_input_events_t* list) { return static_cast<std::uint32_t>(of(list->ctx).size()); },
+        [](const clap_input_events_t* list, std::uint32_t i) -> const clap_event_header_t* { return of(list->ctx).at(i); }};
+    clap_output_events_t out_{this, [](const clap_output_events_t* list, const clap_event_header_t* event) {
+                                  of(list->ctx).append(event);
+                                  return true;
+                              }};
+};
+
+class ClapHost final : public FormatHost {
+public:
+    ClapHost() {
+        const auto* entry = static_cast<const clap_plugin_entry_t*>(loadModule(CLAP_MODULE, "clap_entry"));
+        entry->init(CLAP_MODULE);
+        const auto* factory = static_cast<const clap_plugin_factory_t*>(entry->get_factory(CLAP_PLUGIN_FACTORY_ID));
+        plugin_ = factory->create_plugin(factory, &host_, factory->get_plugin_descriptor(factory, 0)->id);
+        if (plugin_ == nullptr || !plugin_->init(plugin_)) throw std::runtime_error("no CLAP instance");
+    }
+    ~ClapHost() override {
+        stop();
+        plugin_->destroy(plugin_);
+    }
+    void start(double rate, int mostFrames) override {
+        stop();
+        isOn_ = plugin_->activate(plugin_, rate, 1, static_cast<std::uint32_t>(mostFrames)) && plugin_->start_processing(plugin_);
+    }
+    void stop() override {
+        if (!isOn_) return;
+        plugin_->stop_processing(plugin_);
+        plugin_->deactivate(plugin_);
+        isOn_ = false;
+    }
+    Sound render(int frames, const std::vector<Event>& events, Outputs outputs) override {
+        EventList in, out;
+        for (const Event& event : events) add(in, event);
+        constexpr float unwritten = std::numeric_limits<float>::quiet_NaN();
+        Sound sound;
+        sound.left.assign(static_cast<std::size_t>(frames), unwritten);
+        sound.right = sound.left;
+        float* channels[] = {sound.left.data(), sound.right.data()};
+        clap_audio_buffer_t buffer{channels, nullptr, outputs == left ? 1u : 2u, 0, 0};
+        clap_process_t block{};
+        block.steady_time = -1;
+        block.frames_count = static_cast<std::uint32_t>(frames);
+        block.audio_outputs = outputs == none ? nullptr : &buffer;
+        block.audio_outputs_count = outputs == none ? 0 : 1;
+        block.in_events = in.in();
+        block.out_events = out.out();
+        plugin_->process(plugin_, &block);
+        for (std::size_t i = 0; i < out.size(); ++i)
+            if (out.at(i)->type == CLAP_EVENT_PARAM_VALUE) {
+                const auto* told = reinterpret_cast<const clap_event_param_value_t*>(out.at(i));
+                news_.emplace_back(told->param_id, told->value);
+            }
+        return sound;
+    }
+    Bytes save(std::size_t piece) override {
+        struct Target {
+            Bytes bytes;
+            std::size_t piece;
+        } target{{}, piece};
+        const clap_ostream_t stream{&target, [](const clap_ostream_t* s, const void* from, std::uint64_t size) -> std::int64_t {
+                                        auto& to = *static_cast<Target*>(s->ctx);
+                                        const auto taken = std::min<std::uint64_t>(size, to.piece);
+                                        const auto* bytes = static_cast<const std::uint8_t*>(from);
+                                        to.bytes.insert(to.bytes.end(), bytes, bytes + taken);
+                                        return static_cast<std::int64_t>(taken);
+                                    }};
+        return extension<clap_plugin_state_t>(CLAP_EXT_STATE)->save(plugin_, &stream) ? target.bytes : Bytes();
+    }
+    bool load(const Bytes& state, std::size_t piece) override {
+        struct Source {
+            const Bytes& bytes;
+            std::size_t piece, at = 0;
+        } source{state, piece};
+        const clap_istream_t stream{&source, [](const clap_istream_t* s, void* to, std::uint64_t size) -> std::int64_t {
+                                        auto& from = *static_cast<Source*>(s->ctx);
+                                        const auto given = std::min<std::size_t>(
+                                            {static_cast<std::size_t>(size), from.piece, from.bytes.size() - from.at});
+                                        std::memcpy(to, from.bytes.data() + from.at, given);
+                                        from.at += given;
+                                        return static_cast<std::int64_t>(given);
+                                    }};
+        return extension<clap_plugin_state_t>(CLAP_EXT_STATE)->load(plugin_, &stream);
+    }
+    double parameter(int index) override {
+        double value = -1;
+        extension<clap_plugin_params_t>(CLAP_EXT_PARAMS)->get_value(plugin_, static_cast<clap_id>(index), &value);
+        return value;
+    }
+    std::vector<std::pair<int, double>> takeNews() override { return std::exchange(news_, {}); }
+
+    bool openWindow(std::uintptr_t parent) override {
+        const auto* gui = extension<clap_plugin_gui_t>(CLAP_EXT_GUI);
+        if (gui == nullptr || !gui->create(plugin_, CLAP_WINDOW_API_X11, false)) return false;
+        clap_window_t window{};
+        window.api = CLAP_WINDOW_API_X11;
+        window.x11 = parent;
+        std::uint32_t width = 0, height = 0;
+        return gui->get_size(plugin_, &width, &height) && width > 0 && gui->set_parent(plugin_, &window) && gui->show(plugin_);
+    }
+    void idle() override {
+        if (hasTimer_) extension<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT)->on_timer(plugin_, 1);
+    }
+    void closeWindow() override { extension<clap_plugin_gui_t>(CLAP_EXT_GUI)->destroy(plugin_); }
+
+private:
+    template <class Extension>
+    const Extension* extension(const char* id) const {
+        return static_cast<const Extension*>(plugin_->get_extension(plugin_, id));
+    }
+    // Every second note in the format's own form, the others as MIDI.
+    void add(EventList& list, const Event& event) {
+        const bool isNote = event.kind == Event::midi && event.status < 0xa0;
+        if (isNote && (asNote_ = !asNote_)) {
+            clap_event_note_t note{};
+            note.note_id = -1;
+            note.key = event.data1;
+            note.velocity = event.data2 / 127.0;
+            list.add(note, event.status < 0x90 ? CLAP_EVENT_NOTE_OFF : CLAP_EVENT_NOTE_ON, event.frame);
+        } else if (event.kind == Event::midi) {
+            clap_event_midi_t midi{};
+            midi.data[0] = event.status;
+            midi.data[1] = event.data1;
+            midi.data[2] = event.data2;
+            list.add(midi, CLAP_EVENT_MIDI, event.frame);
+        } else if (event.kind == Event::value) {
+            clap_event_param_value_t value{};
+            value.param_id = static_cast<clap_id>(event.index);
+            value.note_id = value.port_index = value.channel = value.key = -1;
+            value.value = event.plain;
+            list.add(value, CLAP_EVENT_PARAM_VALUE, event.frame);
+        } else {
+            clap_event_param_mod_t mod{};
+            mod.param_id = static_cast<clap_id>(event.index);
+            mod.note_id = mod.port_index = mod.channel = mod.key = -1;
+            mod.amount = event.plain;
+            list.add(mod, CLAP_EVENT_PARAM_MOD, event.frame);
+        }
+    }
+
+    static const void* answer(const clap_host_t*, const char* id) {
+        static const clap_host_params_t params = {[](const clap_host_t*, clap_param_rescan_flags) {},
+                                                  [](const clap_host_t*, clap_id, clap_param_clear_flags) {},
+                                                  [](const clap_host_t*) {}};
+        static const clap_host_timer_support_t timer = {[](const clap_host_t* host, std::uint32_t, clap_id* timerId) {
+                                                            *timerId = 1;
+                                                            return static_cast<ClapHost*>(host->host_data)->hasTimer_ = true;
+                                                        },
+                                                        [](const clap_host_t* host, clap_id) {
+                                                            static_cast<ClapHost*>(host->host_data)->hasTimer_ = false;
+                                                            return true;
+                                                        }};
+        if (std::strcmp(id, CLAP_EXT_PARAMS) == 0) return &params;
+        return std::strcmp(id, CLAP_EXT_TIMER_SUPPORT) == 0 ? &timer : nullptr;
+    }
+
+    clap_host_t host_{CLAP_VERSION_INIT,
+                      this,
+                      "Test host",
+                      "Vantoric tests",
+                      "",
+                      "1",
+                      answer,
+                      [](const clap_host_t*) {},
+                      [](const clap_host_t*) {},
+                      [](const clap_host_t*) {}};
+    const clap_plugin_t* plugin_ = nullptr;
+    std::vector<std::pair<int, double>> news_;
+    bool isOn_ = false, asNote_ = false, hasTimer_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<FormatHost> makeClapHost() { return std::make_unique<ClapHost>(); }
+
+}  // namespace testhost

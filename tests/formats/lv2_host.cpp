@@ -1,0 +1,162 @@
+#include <lv2/atom/atom.h>
+#include <lv2/core/lv2.h>
+#include <lv2/instance-access/instance-access.h>
+#include <lv2/midi/midi.h>
+#include <lv2/state/state.h>
+#include <lv2/ui/ui.h>
+#include <lv2/urid/urid.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <stdexcept>
+
+#include "faces/lv2/lv2_ports.h"
+#include "tests/formats/format_host.h"
+
+namespace testhost {
+namespace {
+
+namespace lv2 = vantoric::lv2_face;
+
+LV2_URID numberOf(LV2_URID_Map_Handle, const char* uri) {
+    static std::map<std::string, LV2_URID> numbers;
+    return numbers.try_emplace(uri, static_cast<LV2_URID>(numbers.size() + 1)).first->second;
+}
+
+class Lv2Host final : public FormatHost {
+public:
+    Lv2Host() { make(48000); }
+    ~Lv2Host() override { drop(); }
+
+    // The rate of this format is for life: another one means another instance, with the state of the first.
+    void start(double rate, int) override {
+        if (rate != rate_) {
+            const Bytes state = save(0);
+            drop();
+            make(rate);
+            load(state, 0);
+        }
+        descriptor_->activate(handle_);
+    }
+    void stop() override { descriptor_->deactivate(handle_); }
+
+    Sound render(int frames, const std::vector<Event>& events, Outputs outputs) override {
+        std::vector<std::uint64_t> sequence = sequenceOf(events);
+        constexpr float unwritten = std::numeric_limits<float>::quiet_NaN();
+        Sound sound;
+        sound.left.assign(static_cast<std::size_t>(frames), unwritten);
+        sound.right = sound.left;
+        connect(lv2::eventsPort, outputs == none ? nullptr : sequence.data());
+        connect(lv2::leftPort, outputs == none ? nullptr : sound.left.data());
+        connect(lv2::rightPort, outputs == both ? sound.right.data() : nullptr);
+        descriptor_->run(handle_, static_cast<std::uint32_t>(frames));
+        return sound;
+    }
+
+    Bytes save(std::size_t) override {
+        properties_.clear();
+        const auto store = [](LV2_State_Handle host, std::uint32_t key, const void* value, std::size_t size, std::uint32_t,
+                              std::uint32_t) {
+            const auto* bytes = static_cast<const std::uint8_t*>(value);
+            static_cast<Lv2Host*>(host)->properties_[key] = Bytes(bytes, bytes + size);
+            return LV2_STATE_SUCCESS;
+        };
+        if (state()->save(handle_, store, this, 0, features_) != LV2_STATE_SUCCESS) return {};
+        return properties_[numberOf(nullptr, lv2::patchUri)];
+    }
+    bool load(const Bytes& state_, std::size_t) override {
+        properties_[numberOf(nullptr, lv2::patchUri)] = state_;
+        const auto retrieve = [](LV2_State_Handle host, std::uint32_t key, std::size_t* size, std::uint32_t* type,
+                                 std::uint32_t* flags) -> const void* {
+            const auto& properties = static_cast<Lv2Host*>(host)->properties_;
+            const auto found = properties.find(key);
+            if (found == properties.end()) return nullptr;
+            *size = found->second.size();
+            *type = numberOf(nullptr, LV2_ATOM__Chunk);
+            *flags = LV2_STATE_IS_POD;
+            return found->second.data();
+        };
+        return state()->restore(handle_, retrieve, this, 0, features_) == LV2_STATE_SUCCESS;
+    }
+
+    bool openWindow(std::uintptr_t parent) override {
+        using Entry = const LV2UI_Descriptor* (*)(std::uint32_t);
+        window_ = reinterpret_cast<Entry>(loadModule(LV2_MODULE, "lv2ui_descriptor"))(0);
+        const LV2_Feature access{LV2_INSTANCE_ACCESS_URI, handle_}, inside{LV2_UI__parent, reinterpret_cast<void*>(parent)};
+        const LV2_Feature* features[] = {&mapFeature_, &access, &inside, nullptr};
+        LV2UI_Widget widget = nullptr;
+        windowHandle_ = window_->instantiate(window_, lv2::pluginUri, "", nullptr, this, &widget, features);
+        return windowHandle_ != nullptr && widget != nullptr;
+    }
+    void idle() override {
+        static_cast<const LV2UI_Idle_Interface*>(window_->extension_data(LV2_UI__idleInterface))->idle(windowHandle_);
+    }
+    void closeWindow() override {
+        window_->cleanup(windowHandle_);
+        windowHandle_ = nullptr;
+    }
+
+private:
+    void make(double rate) {
+        using Entry = const LV2_Descriptor* (*)(std::uint32_t);
+        descriptor_ = reinterpret_cast<Entry>(loadModule(LV2_MODULE, "lv2_descriptor"))(0);
+        rate_ = rate;
+        handle_ = descriptor_->instantiate(descriptor_, rate, "", features_);
+        if (handle_ == nullptr) throw std::runtime_error("no LV2 instance");
+        values_.clear();
+        for (const int index : lv2::portParameters())
+            values_.push_back(static_cast<float>(vantoric::host_parameter::defaultValue(index)));
+        for (std::size_t i = 0; i < values_.size(); ++i) connect(lv2::firstValuePort + static_cast<int>(i), &values_[i]);
+    }
+    void drop() { descriptor_->cleanup(handle_); }
+    void connect(int port, void* data) { descriptor_->connect_port(handle_, static_cast<std::uint32_t>(port), data); }
+    const LV2_State_Interface* state() const {
+        return static_cast<const LV2_State_Interface*>(descriptor_->extension_data(LV2_STATE__interface));
+    }
+    // Notes as a sequence; values go to their ports.
+    std::vector<std::uint64_t> sequenceOf(const std::vector<Event>& events) {
+        std::vector<std::uint64_t> words(sizeof(LV2_Atom_Sequence) / 8);
+        for (const Event& event : events) {
+            if (event.kind == Event::value) {
+                const auto& indices = lv2::portParameters();
+                const auto at = std::find(indices.begin(), indices.end(), event.index);
+                if (at != indices.end())
+                    values_[static_cast<std::size_t>(at - indices.begin())] = static_cast<float>(event.plain);
+            }
+            if (event.kind != Event::midi) continue;
+            LV2_Atom_Event record{};
+            record.time.frames = event.frame;
+            record.body.size = 3;
+            record.body.type = numberOf(nullptr, LV2_MIDI__MidiEvent);
+            const std::size_t at = words.size();
+            words.resize(at + sizeof record / 8 + 1);
+            std::memcpy(&words[at], &record, sizeof record);
+            const std::uint8_t bytes[] = {event.status, event.data1, event.data2};
+            std::memcpy(&words[at + sizeof record / 8], bytes, sizeof bytes);
+        }
+        LV2_Atom_Sequence head{};
+        head.atom.type = numberOf(nullptr, LV2_ATOM__Sequence);
+        head.atom.size = static_cast<std::uint32_t>(words.size() * 8 - sizeof(LV2_Atom));
+        std::memcpy(words.data(), &head, sizeof head);
+        return words;
+    }
+
+    LV2_URID_Map map_{nullptr, numberOf};
+    LV2_Feature mapFeature_{LV2_URID__map, &map_};
+    const LV2_Feature* features_[2] = {&mapFeature_, nullptr};
+    const LV2_Descriptor* descriptor_ = nullptr;
+    LV2_Handle handle_ = nullptr;
+    const LV2UI_Descriptor* window_ = nullptr;
+    LV2UI_Handle windowHandle_ = nullptr;
+    double rate_ = 0;
+    std::vector<float> values_;
+    std::map<std::uint32_t, Bytes> properties_;
+};
+
+}  // namespace
+
+std::unique_ptr<FormatHost> makeLv2Host() { return std::make_unique<Lv2Host>(); }
+
+}  // namespace testhost

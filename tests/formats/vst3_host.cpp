@@ -1,0 +1,280 @@
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <stdexcept>
+
+#include "pluginterfaces/base/ibstream.h"
+#include "pluginterfaces/base/ipluginbase.h"
+#include "pluginterfaces/gui/iplugview.h"
+#include "pluginterfaces/vst/ivstaudioprocessor.h"
+#include "pluginterfaces/vst/ivstcomponent.h"
+#include "pluginterfaces/vst/ivsteditcontroller.h"
+#include "pluginterfaces/vst/ivstevents.h"
+#include "pluginterfaces/vst/ivstmidicontrollers.h"
+#include "pluginterfaces/vst/ivstparameterchanges.h"
+#include "pluginterfaces/vst/ivstprocesscontext.h"
+#include "tests/formats/format_host.h"
+
+namespace Steinberg {
+DEF_CLASS_IID(IBStream)
+DEF_CLASS_IID(IPlugView)
+DEF_CLASS_IID(IPlugFrame)
+namespace Linux {
+DEF_CLASS_IID(IRunLoop)
+DEF_CLASS_IID(ITimerHandler)
+}  // namespace Linux
+namespace Vst {
+DEF_CLASS_IID(IComponent)
+DEF_CLASS_IID(IAudioProcessor)
+DEF_CLASS_IID(IEditController)
+DEF_CLASS_IID(IMidiMapping)
+DEF_CLASS_IID(IParameterChanges)
+DEF_CLASS_IID(IParamValueQueue)
+DEF_CLASS_IID(IEventList)
+}  // namespace Vst
+}  // namespace Steinberg
+
+namespace testhost {
+namespace {
+
+using namespace Steinberg;
+
+// What every object of a host has that nobody counts.
+template <class Interface>
+class Uncounted : public Interface {
+public:
+    tresult PLUGIN_API queryInterface(const TUID wanted, void** object) override {
+        *object = FUnknownPrivate::iidEqual(wanted, Interface::iid) ? this : nullptr;
+        return *object != nullptr ? kResultOk : kNoInterface;
+    }
+    uint32 PLUGIN_API addRef() override { return 1; }
+    uint32 PLUGIN_API release() override { return 1; }
+};
+
+class Queue final : public Uncounted<Vst::IParamValueQueue> {
+public:
+    explicit Queue(Vst::ParamID number) : number_(number) {}
+    Vst::ParamID PLUGIN_API getParameterId() override { return number_; }
+    int32 PLUGIN_API getPointCount() override { return static_cast<int32>(points.size()); }
+    tresult PLUGIN_API getPoint(int32 i, int32& frame, Vst::ParamValue& value) override {
+        std::tie(frame, value) = points[static_cast<std::size_t>(i)];
+        return kResultOk;
+    }
+    tresult PLUGIN_API addPoint(int32 frame, Vst::ParamValue value, int32& i) override {
+        i = getPointCount();
+        points.emplace_back(frame, value);
+        return kResultOk;
+    }
+    std::vector<std::pair<int32, double>> points;
+
+private:
+    Vst::ParamID number_;
+};
+
+class Changes final : public Uncounted<Vst::IParameterChanges> {
+public:
+    int32 PLUGIN_API getParameterCount() override { return static_cast<int32>(queues.size()); }
+    Vst::IParamValueQueue* PLUGIN_API getParameterData(int32 i) override { return queues[static_cast<std::size_t>(i)].get(); }
+    Vst::IParamValueQueue* PLUGIN_API addParameterData(const Vst::ParamID& number, int32& i) override {
+        i = getParameterCount();
+        return queues.emplace_back(std::make_unique<Queue>(number)).get();
+    }
+    void add(Vst::ParamID number, int frame, double value) {
+        int32 place = 0;
+        for (const auto& queue : queues)
+            if (queue->getParameterId() == number) return void(queue->addPoint(frame, value, place));
+        addParameterData(number, place)->addPoint(frame, value, place);
+    }
+    std::vector<std::unique_ptr<Queue>> queues;
+};
+
+class Events final : public Uncounted<Vst::IEventList> {
+public:
+    int32 PLUGIN_API getEventCount() override { return static_cast<int32>(events.size()); }
+    tresult PLUGIN_API getEvent(int32 i, Vst::Event& event) override {
+        event = events[static_cast<std::size_t>(i)];
+        return kResultOk;
+    }
+    tresult PLUGIN_API addEvent(Vst::Event& event) override {
+        events.push_back(event);
+        return kResultOk;
+    }
+    std::vector<Vst::Event> events;
+};
+
+class Stream final : public Uncounted<IBStream> {
+public:
+    Stream(Bytes content, std::size_t most) : bytes(std::move(content)), piece(most) {}
+    tresult PLUGIN_API read(void* to, int32 size, int32* done) override {
+        const std::size_t given = std::min({static_cast<std::size_t>(size), piece, bytes.size() - at});
+        std::memcpy(to, bytes.data() + at, given);
+        at += given;
+        if (done != nullptr) *done = static_cast<int32>(given);
+        return kResultOk;
+    }
+    tresult PLUGIN_API write(void* from, int32 size, int32* done) override {
+        const std::size_t taken = std::min(static_cast<std::size_t>(size), piece);
+        const auto* first = static_cast<const std::uint8_t*>(from);
+        bytes.insert(bytes.end(), first, first + taken);
+        if (done != nullptr) *done = static_cast<int32>(taken);
+        return kResultOk;
+    }
+    tresult PLUGIN_API seek(int64, int32, int64*) override { return kNotImplemented; }
+    tresult PLUGIN_API tell(int64*) override { return kNotImplemented; }
+    Bytes bytes;
+    std::size_t piece, at = 0;
+};
+
+class RunLoop final : public Uncounted<Linux::IRunLoop> {
+public:
+    tresult PLUGIN_API registerEventHandler(Linux::IEventHandler*, Linux::FileDescriptor) override { return kNotImplemented; }
+    tresult PLUGIN_API unregisterEventHandler(Linux::IEventHandler*) override { return kNotImplemented; }
+    tresult PLUGIN_API registerTimer(Linux::ITimerHandler* handler, Linux::TimerInterval) override {
+        timer = handler;
+        return kResultOk;
+    }
+    tresult PLUGIN_API unregisterTimer(Linux::ITimerHandler*) override {
+        timer = nullptr;
+        return kResultOk;
+    }
+    Linux::ITimerHandler* timer = nullptr;
+};
+
+class Frame final : public Uncounted<IPlugFrame> {
+public:
+    tresult PLUGIN_API queryInterface(const TUID wanted, void** object) override {
+        if (FUnknownPrivate::iidEqual(wanted, Linux::IRunLoop::iid)) return *object = &loop, kResultOk;
+        return Uncounted::queryInterface(wanted, object);
+    }
+    tresult PLUGIN_API resizeView(IPlugView*, ViewRect*) override { return kResultOk; }
+    RunLoop loop;
+};
+
+class Vst3Host final : public FormatHost {
+public:
+    Vst3Host() {
+        using Entry = bool (*)(void*);
+        using FactoryEntry = IPluginFactory* (*)();
+        reinterpret_cast<Entry>(loadModule(VST3_MODULE, "ModuleEntry"))(nullptr);
+        IPluginFactory* const factory = reinterpret_cast<FactoryEntry>(loadModule(VST3_MODULE, "GetPluginFactory"))();
+        PClassInfo info;
+        factory->getClassInfo(0, &info);
+        if (factory->createInstance(info.cid, Vst::IComponent::iid, reinterpret_cast<void**>(&component_)) != kResultOk)
+            throw std::runtime_error("no VST 3 instance");
+        component_->queryInterface(Vst::IAudioProcessor::iid, reinterpret_cast<void**>(&processor_));
+        component_->queryInterface(Vst::IEditController::iid, reinterpret_cast<void**>(&controller_));
+        component_->queryInterface(Vst::IMidiMapping::iid, reinterpret_cast<void**>(&mapping_));
+        component_->initialize(nullptr);
+        controller_->initialize(nullptr);
+    }
+    ~Vst3Host() override {
+        controller_->terminate();
+        component_->terminate();
+        mapping_->release();
+        controller_->release();
+        processor_->release();
+        component_->release();
+    }
+    void start(double rate, int mostFrames) override {
+        Vst::ProcessSetup setup{Vst::kRealtime, Vst::kSample32, mostFrames, rate};
+        processor_->setupProcessing(setup);
+        component_->setActive(true);
+        processor_->setProcessing(true);
+    }
+    void stop() override {
+        processor_->setProcessing(false);
+        component_->setActive(false);
+    }
+    Sound render(int frames, const std::vector<Event>& events, Outputs outputs) override {
+        Changes in, out;
+        Events notes;
+        for (const Event& event : events) add(in, notes, event);
+        constexpr float unwritten = std::numeric_limits<float>::quiet_NaN();
+        Sound sound;
+        sound.left.assign(static_cast<std::size_t>(frames), unwritten);
+        sound.right = sound.left;
+        float* channels[] = {sound.left.data(), sound.right.data()};
+        Vst::AudioBusBuffers bus;
+        bus.numChannels = outputs == left ? 1 : 2;
+        bus.channelBuffers32 = channels;
+        Vst::ProcessData data;
+        data.processMode = Vst::kRealtime;
+        data.symbolicSampleSize = Vst::kSample32;
+        data.numSamples = frames;
+        data.numOutputs = outputs == none ? 0 : 1;
+        data.outputs = outputs == none ? nullptr : &bus;
+        data.inputParameterChanges = &in;
+        data.outputParameterChanges = &out;
+        data.inputEvents = &notes;
+        processor_->process(data);
+        for (const auto& queue : out.queues)
+            for (const auto& point : queue->points)
+                news_.emplace_back(queue->getParameterId(),
+                                   controller_->normalizedParamToPlain(queue->getParameterId(), point.second));
+        return sound;
+    }
+    Bytes save(std::size_t piece) override {
+        Stream stream({}, piece);
+        return component_->getState(&stream) == kResultOk ? stream.bytes : Bytes();
+    }
+    bool load(const Bytes& state, std::size_t piece) override {
+        Stream stream(state, piece);
+        return component_->setState(&stream) == kResultOk;
+    }
+    double parameter(int index) override { return controller_->getParamNormalized(static_cast<Vst::ParamID>(index)); }
+    std::vector<std::pair<int, double>> takeNews() override { return std::exchange(news_, {}); }
+
+    bool openWindow(std::uintptr_t parent) override {
+        view_ = controller_->createView(Vst::ViewType::kEditor);
+        if (view_ == nullptr) return false;
+        view_->setFrame(&frame_);
+        ViewRect size;
+        return view_->getSize(&size) == kResultTrue && size.getWidth() > 0 &&
+               view_->attached(reinterpret_cast<void*>(parent), kPlatformTypeX11EmbedWindowID) == kResultOk &&
+               frame_.loop.timer != nullptr;
+    }
+    void idle() override {
+        if (frame_.loop.timer != nullptr) frame_.loop.timer->onTimer();
+    }
+    void closeWindow() override {
+        view_->removed();
+        view_->release();
+        view_ = nullptr;
+    }
+
+private:
+    void add(Changes& changes, Events& notes, const Event& event) {
+        if (event.kind == Event::value)
+            return changes.add(static_cast<Vst::ParamID>(event.index), event.frame, event.plain / event.largest);
+        if (event.kind != Event::midi) return;
+        if (event.status >= 0xb0) {
+            Vst::ParamID number = 0;
+            if (mapping_->getMidiControllerAssignment(0, event.status & 15, event.data1, number) == kResultTrue)
+                changes.add(number, event.frame, event.data2 / 127.0);
+            return;
+        }
+        Vst::Event note{};
+        note.sampleOffset = event.frame;
+        note.type = event.status >= 0x90 ? Vst::Event::kNoteOnEvent : Vst::Event::kNoteOffEvent;
+        if (note.type == Vst::Event::kNoteOnEvent)
+            note.noteOn = {0, event.data1, 0.0f, static_cast<float>(event.data2) / 127.0f, 0, -1};
+        else
+            note.noteOff = {0, event.data1, static_cast<float>(event.data2) / 127.0f, -1, 0.0f};
+        notes.events.push_back(note);
+    }
+
+    Vst::IComponent* component_ = nullptr;
+    Vst::IAudioProcessor* processor_ = nullptr;
+    Vst::IEditController* controller_ = nullptr;
+    Vst::IMidiMapping* mapping_ = nullptr;
+    IPlugView* view_ = nullptr;
+    Frame frame_;
+    std::vector<std::pair<int, double>> news_;
+};
+
+}  // namespace
+
+std::unique_ptr<FormatHost> makeVst3Host() { return std::make_unique<Vst3Host>(); }
+
+}  // namespace testhost

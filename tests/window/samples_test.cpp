@@ -1,0 +1,161 @@
+// Samples by the mouse: loading, the markers in the display, the rows of their menus.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+
+#include <unistd.h>
+
+#include "base/parameters.h"
+#include "editor/model/window_layout.h"
+#include "tests/window/window_rig.h"
+
+using namespace testhost;
+using vantoric::ControlEntry;
+namespace parameter = vantoric::parameter;
+namespace tag = vantoric::tag;
+
+namespace {
+
+constexpr float sampleType = 3.0f / 128, customWaveType = 4.0f / 128;
+
+// Half a second of a decaying sine, 16 bits, 44.1 kHz.
+void writeWave(const std::filesystem::path& path) {
+    constexpr std::uint32_t rate = 44100, frames = 22050;
+    std::ofstream file(path, std::ios::binary);
+    const auto number = [&](std::uint32_t value, int bytes) {
+        for (int i = 0; i < bytes; ++i) file.put(static_cast<char>(value >> (8 * i) & 255));
+    };
+    file << "RIFF";
+    number(36 + 2 * frames, 4);
+    file << "WAVEfmt ";
+    number(16, 4), number(1, 2), number(1, 2), number(rate, 4), number(2 * rate, 4), number(2, 2), number(16, 2);
+    file << "data";
+    number(2 * frames, 4);
+    for (std::uint32_t i = 0; i < frames; ++i)
+        number(static_cast<std::uint16_t>(std::lround(2e4 * std::sin(0.0314 * i) * std::exp(-1e-4 * i))), 2);
+}
+
+class Samples : public testing::Test {
+protected:
+    void SetUp() override { rig.reset(); }
+    void TearDown() override { std::filesystem::remove(wave); }
+
+    // Through the button and the chooser, as a hand does.
+    void loadWave() {
+        writeWave(wave);
+        const std::size_t empty = rig.plugin().chunk().size();
+        rig.set(type, sampleType);
+        host.idle(150);
+        rig.click(controlWithTag(tag::sampleLoad1));
+        ASSERT_TRUE(host.until([&] { return rig.isCovered(); }, 10)) << "a chooser opens";
+        host.idle(300);  // the keys come to the window
+        host.type(wave.string());
+        host.key("Return");
+        constexpr std::size_t leastOfAWave = 8192;
+        const auto has = [&] { return rig.plugin().chunk().size() > empty + leastOfAWave; };
+        ASSERT_TRUE(host.until(has, 10)) << "the sample is part of the patch";
+        host.idle(200);
+        rig.closeMenus();
+        host.idle(150);
+    }
+    void undo() {
+        const auto& line = vantoric::windowPart(vantoric::WindowPart::HintLine).rect;
+        rig.click(rig.at(line.x + line.width - 30, line.y + line.height / 2.0));
+        host.idle(200);
+    }
+    // A point of the display, as a fraction of its width.
+    Point inDisplay(double fraction) const {
+        return rig.at(display.x + fraction * display.width, display.y + display.height / 2.0);
+    }
+    void dragMarkers(double from, double to, int button = 1) {
+        const Point a = inDisplay(from), b = inDisplay(to);
+        host.drag(a.x, a.y, b.x, b.y, button);
+        host.idle(250);
+    }
+
+    WindowRig& rig = sharedRig();
+    WindowHost& host = rig.host();
+    // Small letters only, as it is typed without Shift.
+    const std::filesystem::path wave =
+        std::filesystem::temp_directory_path() / ("vantoric-tone-" + std::to_string(getpid()) + ".wav");
+    const ControlEntry& type = controlNamed("SYNTHESIS OSC1");
+    const ControlEntry& display = controlNamed("WAVE 1");
+};
+
+TEST_F(Samples, ADragInTheDisplaySetsTheLoopAndIsOneStepBack) {
+    loadWave();
+    const auto before = rig.plugin().chunk();
+    dragMarkers(0.2, 0.7);
+    const auto after = rig.plugin().chunk();
+    EXPECT_NE(after, before);
+    EXPECT_EQ(after.size(), before.size()) << "the sample itself stays";
+    undo();
+    EXPECT_EQ(rig.plugin().chunk(), before);
+}
+
+TEST_F(Samples, MarkersThatCrossEachOtherSwap) {
+    loadWave();
+    const auto before = rig.plugin().chunk();
+    dragMarkers(0.3, 0.8);
+    const auto forward = rig.plugin().chunk();
+    undo();
+    ASSERT_EQ(rig.plugin().chunk(), before);
+    dragMarkers(0.8, 0.3);
+    EXPECT_EQ(rig.plugin().chunk(), forward);
+}
+
+TEST_F(Samples, TheRightButtonSetsTheStart) {
+    loadWave();
+    const int start = vantoric::hostIndex(parameter::Start1, rig.layer());
+    dragMarkers(0.1, 0.5, 3);
+    EXPECT_NEAR(rig.plugin().parameter(start), 0.5f, 0.02f);
+    dragMarkers(0.25, 0.25, 3);
+    EXPECT_NEAR(rig.plugin().parameter(start), 0.25f, 0.02f);
+}
+
+TEST_F(Samples, ADisplayOfAWaveTakesNoDrag) {
+    rig.set(type, 0);
+    host.idle(150);
+    const auto before = rig.plugin().chunk();
+    dragMarkers(0.2, 0.7);
+    EXPECT_EQ(rig.plugin().chunk(), before);
+}
+
+// The window lives on whatever a row does to the sample, and what it did can be taken back or fails with a box.
+void expectEveryRowToBeChosen(WindowRig& rig, const ControlEntry& menu) {
+    const auto labels = labelsOf(menu);
+    for (int row = 0; row < static_cast<int>(labels.size()); ++row) {
+        if (labels[static_cast<std::size_t>(row)] == "-") continue;
+        ASSERT_TRUE(rig.chooseFrom(menu, row)) << labels[static_cast<std::size_t>(row)];
+        rig.host().idle(80);
+        rig.closeMenus();
+        EXPECT_FALSE(rig.isCovered()) << labels[static_cast<std::size_t>(row)];
+        EXPECT_TRUE(rig.plugin().render(256).finite()) << labels[static_cast<std::size_t>(row)];
+    }
+}
+
+TEST_F(Samples, EveryRowOfTheEditMenuIsChosenByTheMouse) {
+    loadWave();
+    for (int i = 0; i < vantoric::controlCount(); ++i) {
+        const ControlEntry& entry = vantoric::controlEntry(i);
+        if (entry.tag == tag::sampleEdit1 && entry.kind == vantoric::WidgetKind::SmallList)
+            return expectEveryRowToBeChosen(rig, entry);
+    }
+    FAIL() << "no menu";
+}
+
+TEST_F(Samples, AWaveByChanceAndOneOfTheListAreChosenByTheMouse) {
+    rig.set(type, customWaveType);
+    host.idle(150);
+    const std::vector<std::string> firstRows{"Load Wave", "Save Wave", "Random Wave", "-", "a wave"};
+    for (const int row : {2, 4}) {
+        const auto before = rig.plugin().chunk();
+        const auto menu = rig.openMenu(controlWithTag(tag::waveMenu1));
+        ASSERT_TRUE(menu);
+        rig.click(rig.rowPlace(*menu, firstRows, row));
+        EXPECT_TRUE(host.until([&] { return rig.plugin().chunk() != before; }, 5)) << firstRows[static_cast<std::size_t>(row)];
+    }
+}
+
+}  // namespace
