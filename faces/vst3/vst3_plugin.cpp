@@ -756,7 +756,7 @@ tresult View::getSize(ViewRect* size) {
 
 tresult makePlugin(const TUID wanted, void** object) noexcept {
     return guarded([&] {
-        auto* const plugin = new Plugin;
+        auto* const plugin = std::make_unique<Plugin>().release();
         const tresult result = plugin->queryInterface(wanted, object);
         plugin->release();
         return result;
