@@ -298,11 +298,13 @@ public:
     uint32 PLUGIN_API getTailSamples() override { return kInfiniteTail; }  // arpeggiators and feedback go on without a note
     uint32 PLUGIN_API getProcessContextRequirements() override { return kNeedTempo | kNeedProjectTimeMusic; }
 
-private:
+    // By `release` alone.
     virtual ~Plugin() {
         window_.reset();
         if (context_ != nullptr) context_->release();
     }
+
+private:
     tresult queryController(const TUID wanted, void** object);
     tresult load(IBStream* stream);
     tresult save(IBStream* stream);
