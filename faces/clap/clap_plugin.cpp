@@ -521,7 +521,8 @@ const clap_plugin_descriptor_t& descriptor() {
 
 const clap_plugin_t* makePlugin(const clap_host_t* host) noexcept {
     if (!clap_version_is_compatible(host->clap_version)) return nullptr;
-    return guarded([&] { return (new Plugin(host))->record(); }, static_cast<const clap_plugin_t*>(nullptr));
+    return guarded([&] { return std::make_unique<Plugin>(host).release()->record(); },
+                   static_cast<const clap_plugin_t*>(nullptr));
 }
 
 }  // namespace vantoric::clap_face

@@ -220,6 +220,7 @@ void Plugin::run(std::uint32_t frames) {
 
 LV2_State_Status Plugin::save(LV2_State_Store_Function store, LV2_State_Handle handle) {
     std::vector<float> known;
+    known.reserve(ports_.size());
     for (const ValuePort& port : ports_) known.push_back(port.known.load(std::memory_order_relaxed));
     const ChunkBytes bytes = plugged_.patch();
     if (bytes.size <= 0) return LV2_STATE_ERR_UNKNOWN;
@@ -296,7 +297,7 @@ const LV2_Descriptor descriptor = {
     [](const LV2_Descriptor*, double rate, const char*, const LV2_Feature* const* features) -> LV2_Handle {
         const auto* map = feature<LV2_URID_Map>(features, LV2_URID__map);
         if (map == nullptr) return nullptr;
-        return guarded([&]() -> LV2_Handle { return new Plugin(rate, *map); }, LV2_Handle{});
+        return guarded([&]() -> LV2_Handle { return std::make_unique<Plugin>(rate, *map).release(); }, LV2_Handle{});
     },
     [](LV2_Handle handle, std::uint32_t port, void* data) { pluginOf(handle).connect(port, data); },
     [](LV2_Handle handle) { pluginOf(handle).start(); },

@@ -298,11 +298,13 @@ public:
     uint32 PLUGIN_API getTailSamples() override { return kInfiniteTail; }  // arpeggiators and feedback go on without a note
     uint32 PLUGIN_API getProcessContextRequirements() override { return kNeedTempo | kNeedProjectTimeMusic; }
 
-private:
+    // By `release` alone.
     virtual ~Plugin() {
         window_.reset();
         if (context_ != nullptr) context_->release();
     }
+
+private:
     tresult queryController(const TUID wanted, void** object);
     tresult load(IBStream* stream);
     tresult save(IBStream* stream);
@@ -756,7 +758,7 @@ tresult View::getSize(ViewRect* size) {
 
 tresult makePlugin(const TUID wanted, void** object) noexcept {
     return guarded([&] {
-        auto* const plugin = new Plugin;
+        auto* const plugin = std::make_unique<Plugin>().release();
         const tresult result = plugin->queryInterface(wanted, object);
         plugin->release();
         return result;
