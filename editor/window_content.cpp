@@ -627,8 +627,11 @@ void WindowContent::dropped(const std::vector<std::string>& paths, CPoint where)
     const auto file = std::ranges::find_if(paths, [](const std::string& path) { return dropKindOf(path) != DropKind::none; });
     dismissLayers();
     if (file == paths.end()) return showHint("Patches (.fxp), waves (.wav) and .sfz files can be dropped here.");
-    if (paths.size() > 1)
-        showHint("'" + fileNameOf(*file) + "' was taken of " + std::to_string(paths.size()) + " files: one at a time, please.");
+    if (paths.size() > 1) {
+        std::string taken = "'";
+        taken.append(fileNameOf(*file)).append("' was taken of ").append(std::to_string(paths.size()));
+        showHint(taken.append(" files: one at a time, please."));
+    }
     switch (dropKindOf(*file)) {
         case DropKind::patch: editor_.commands().loadPatchFile(*file); break;
         case DropKind::sfz: editor_.commands().importSfzFile(*file); break;
