@@ -425,9 +425,11 @@ tresult Plugin::load(IBStream* stream) {
     for (;;) {
         bytes.resize(size + atOnce);
         int32 given = 0;
-        if (stream->read(bytes.data() + size, atOnce, &given) != kResultOk || given <= 0) break;
+        const tresult result = stream->read(bytes.data() + size, atOnce, &given);
+        if (given <= 0) break;
         if (given > atOnce || size > mostState) return kResultFalse;
         size += static_cast<std::size_t>(given);
+        if (result != kResultOk) break;  // some streams call the last, short part a failure
     }
     isRestoring_.store(true, std::memory_order_release);
     const bool isLoaded = plugged_.restore(bytes.data(), size);
@@ -586,6 +588,9 @@ tresult Controller::terminate() {
     return kResultOk;
 }
 
+// Where a controller of MIDI rests: all at the bottom, but the pitch wheel.
+ParamValue restOfController(int hidden) { return hidden % controllersOfChannel == Steinberg::Vst::kPitchBend ? 0.5 : 0; }
+
 tresult Controller::getParameterInfo(int32 place, Steinberg::Vst::ParameterInfo& info) {
     if (place < 0 || place >= getParameterCount()) return kInvalidArgument;
     return guarded([&] {
@@ -595,6 +600,7 @@ tresult Controller::getParameterInfo(int32 place, Steinberg::Vst::ParameterInfo&
             writeText(info.title, 128,
                       "MIDI " + std::to_string(hidden / controllersOfChannel + 1) + "/" +
                           std::to_string(hidden % controllersOfChannel));
+            info.defaultNormalizedValue = restOfController(hidden);
             info.flags = Steinberg::Vst::ParameterInfo::kIsHidden;
             return kResultOk;
         }
@@ -641,7 +647,7 @@ ParamValue Controller::plainParamToNormalized(ParamID id, ParamValue plain) {
 }
 
 ParamValue Controller::getParamNormalized(ParamID id) {
-    if (!isParameter(id)) return 0;
+    if (!isParameter(id)) return id >= firstController ? restOfController(static_cast<int>(id - firstController)) : 0;
     return normalized(static_cast<int>(id), plugin_.instrument().parameters().getParameter(static_cast<int>(id)));
 }
 
