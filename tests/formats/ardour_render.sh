@@ -83,12 +83,15 @@ compare() {
     level=$(rms "$work/$1.wav")
     expected=$(rms "$work/LXVST.wav")
     say "$1: within $apart in the first half second; RMS $level for $expected"
-    awk -v a="$level" -v b="$expected" -v apart="$apart" 'BEGIN { exit !(a > 0.95 * b && a < 1.05 * b && apart < 0.002) }' ||
-        fail "$1 sounds other than VST 2.4"
+    awk -v a="$level" -v b="$expected" -v apart="$apart" 'BEGIN { exit !(a > 0.95 * b && a < 1.05 * b && apart < 0.002) }'
 }
-[ ! -d "$folder/Vantoric.lv2" ] || compare LV2 https://vantoric.example/vantoric
+# On a busy machine an export of Ardour's script tool has come out empty: three tries, as elsewhere.
+matches() {
+    compare "$@" || compare "$@" || compare "$@" || fail "$1 sounds other than VST 2.4"
+}
+[ ! -d "$folder/Vantoric.lv2" ] || matches LV2 https://vantoric.example/vantoric
 if [ -d "$folder/Vantoric.vst3" ]; then
     LD_LIBRARY_PATH=$library timeout 120 "$library/ardour-vst3-scanner" -f "$folder/Vantoric.vst3" > "$work/log" 2>&1 || true
-    compare VST3 Vantoric
+    matches VST3 Vantoric
 fi
 say "good"
