@@ -59,7 +59,9 @@ void ProgramLoader::tellHost() {
 }
 
 // A learn is over when its controller comes, and the window that armed it may be closed by then.
-void ProgramLoader::saveLearned() try { instrument_.controllerMap().saveChanges(controllerMapPath()); } catch (...) {
+void ProgramLoader::saveLearned() try {
+    instrument_.controllerMap().saveChanges(controllerMapPath());
+} catch (...) {  // NOLINT(bugprone-empty-catch)
     // The entries stay changed: the next look tries again.
 }
 
