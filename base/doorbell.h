@@ -1,34 +1,26 @@
 // How a thread sleeps until there is something to do, without looking again and again.
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
+#include <atomic>
 
 #include "base/flag.h"
 
 namespace vantoric {
 
 // One thread waits, any others ring. A ring that comes while nobody waits is not lost: the next wait() returns at once.
-// What was written before ring() is seen after the wait() that it ends. Takes a lock: not for the audio thread.
+// What was written before ring() is seen after the wait() that it ends. Whoever rings never waits for anybody, but wakes a
+// thread by a call of the system: nothing that the audio thread does of its own.
 class Doorbell {
 public:
     void ring() {
-        {
-            const std::lock_guard guard(mutex_);
-            rung_ = true;
-        }
-        ringing_.notify_one();
+        if (rung_.exchange(1, std::memory_order_acq_rel) == 0) rung_.notify_one();
     }
     void wait() {
-        std::unique_lock lock(mutex_);
-        ringing_.wait(lock, [this] { return rung_; });
-        rung_ = false;
+        while (rung_.exchange(0, std::memory_order_acq_rel) == 0) rung_.wait(0, std::memory_order_acquire);
     }
 
 private:
-    std::mutex mutex_;
-    std::condition_variable ringing_;
-    bool rung_ = false;
+    std::atomic<int> rung_{0};
 };
 
 // A flag whose setting wakes the thread that waits at a doorbell. Clearing and looking are as cheap as a Flag's; only

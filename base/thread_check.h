@@ -15,6 +15,7 @@ public:
         explicit Scope(AudioThreadCheck&) {}
     };
     void onOwnThreadOrIdle() const {}
+    void onOwnThreadOrSilent(bool) const {}
     void notInsideBlock() const {}
 };
 
@@ -39,6 +40,10 @@ public:
     void onOwnThreadOrIdle() const {
         const std::thread::id inside = inside_.load();
         assert((inside == std::thread::id{} || inside == std::this_thread::get_id()) && "belongs to the audio thread");
+    }
+    // The same where whoever holds the engine may come too: `isSilent` tells whether a block would render nothing.
+    void onOwnThreadOrSilent(bool isSilent) const {
+        if (!isSilent) onOwnThreadOrIdle();
     }
     // For what may wait, allocate or show something: not called from within the block.
     void notInsideBlock() const { assert(inside_.load() != std::this_thread::get_id() && "not from within the block"); }

@@ -17,9 +17,6 @@ namespace {
 
 constexpr int tick = 88;
 constexpr int calls = 400;
-constexpr const char* labels[distortionTypeCount] = {
-    "Bypass",  "-",       "Tube",    "Soft",    "Fuzz",    "Asym", "-",        "Crush",   "ShapSin", "ShapTri", "ShapAsy",
-    "ShapPul", "ShapWar", "ShapHal", "ShapZap", "ShapSym", "-",    "Selfsync", "Degrade", "Noise",   "NoiseRM", "Scream"};
 
 // The shortest of several rounds, in nanoseconds a call.
 template <class Work>
@@ -77,7 +74,7 @@ void voices() {
                         copy) /
                        std::popcount(mask);
             };
-            std::printf("%-10s %8.2f %8.2f | %8.2f %8.2f\n", labels[type], lanes<1, Which>(signal) - copy,
+            std::printf("%-10s %8.2f %8.2f | %8.2f %8.2f\n", distortionLabels[type], lanes<1, Which>(signal) - copy,
                         lanes<4, Which>(signal) - copy / 4, whole(0x8000), whole(0xffff));
         });
     }

@@ -74,9 +74,9 @@ void EditorWindow::offerRecovery() {
         dialogs_.question("Recovery", "The patch '" + patch.name + "' was not saved when the host ended. Load it?",
                           [this, patch](bool yes) {
                               if (isClosing_) return static_cast<void>(hasOffered_ = false);  // not answered: offered again
-                              if (!yes) return static_cast<void>(Autosave::discard(patch));
+                              if (!yes) return static_cast<void>(Autosave::putAside(patch));
                               const CommandLog::Running running(editor_.commands().log(), "Recover '" + patch.name + "'");
-                              if (!work_.autosave().recover(patch)) Autosave::discard(patch);  // it can never be loaded
+                              if (!work_.autosave().recover(patch)) Autosave::putAside(patch);
                           });
         return;  // one at a time: the next instrument asks for the next
     }
@@ -212,6 +212,7 @@ void EditorWindow::idle() {
     if (isOpen() && now - lastRound_ >= roundMilliseconds) {
         lastRound_ = now;
         editor_.idle();
+        if (!isOpen()) return;  // a host may close the window from within a call of the editor's
         showMessages(instrument_.messages(), dialogs_);
         work_.follow();
         notePlayed();

@@ -114,6 +114,12 @@ void Pen::dot(double x, double y, double r, const Color& fillColor) {
     fill(path, fillColor);
 }
 
+void Pen::verticalGradient(double x, double y, double w, double h, const Corners& corners, const Color& top,
+                           const Color& bottom) {
+    context_.fillLinearGradient(roundPath(snap(x), snap(y), snap(x + w) - snap(x), snap(y + h) - snap(y), corners),
+                                *gradient(top, bottom), CPoint(0, y), CPoint(0, y + h));
+}
+
 void Pen::verticalGradientDot(double x, double y, double r, const Color& top, const Color& bottom) {
     const Path path = newPath();
     path->addEllipse(around(x, y, r));

@@ -39,6 +39,7 @@ public:
     void round(double x, double y, double w, double h, const Corners& corners, const Color& fill);
     // The same as an outline inside the rectangle's edge.
     void roundLine(double x, double y, double w, double h, const Corners& corners, const Color& color, double width = 0);
+    void verticalGradient(double x, double y, double w, double h, const Corners& corners, const Color& top, const Color& bottom);
     void dot(double x, double y, double r, const Color& fill);
     void verticalGradientDot(double x, double y, double r, const Color& top, const Color& bottom);
     // A light around a point that fades to nothing at `r`.

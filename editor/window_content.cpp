@@ -592,7 +592,7 @@ void WindowContent::controlStepped(ControlFace& face, int direction) {
     const int count = static_cast<int>(entry.labels.size());
     int row = instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, editor_.onShow().layer)) + direction;
     while (row >= 0 && row < count && std::string(entry.labels[row]) == "-") row += direction;
-    if (row >= 0 && row < count) editor_.rowChosen(entry.tag, row);
+    if (row >= 0 && row < count) rowChosen(entry, row);
 }
 
 // ---- history, drops -----------------------------------------------------------------------------------------
@@ -627,8 +627,11 @@ void WindowContent::dropped(const std::vector<std::string>& paths, CPoint where)
     const auto file = std::ranges::find_if(paths, [](const std::string& path) { return dropKindOf(path) != DropKind::none; });
     dismissLayers();
     if (file == paths.end()) return showHint("Patches (.fxp), waves (.wav) and .sfz files can be dropped here.");
-    if (paths.size() > 1)
-        showHint("'" + fileNameOf(*file) + "' was taken of " + std::to_string(paths.size()) + " files: one at a time, please.");
+    if (paths.size() > 1) {
+        std::string taken = "'";
+        taken.append(fileNameOf(*file)).append("' was taken of ").append(std::to_string(paths.size()));
+        showHint(taken.append(" files: one at a time, please."));
+    }
     switch (dropKindOf(*file)) {
         case DropKind::patch: editor_.commands().loadPatchFile(*file); break;
         case DropKind::sfz: editor_.commands().importSfzFile(*file); break;
@@ -661,9 +664,15 @@ std::vector<MenuRow> WindowContent::rowsOf(const ControlEntry& entry) const {
     return rows;
 }
 
+// A row may set several parameters, as that of an effect does: one step of the history.
+void WindowContent::rowChosen(const ControlEntry& entry, int row) {
+    const History::Action action(work_.history());
+    editor_.rowChosen(entry.tag, row);
+}
+
 void WindowContent::controlListWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
-    openPopup(face.body(), rowsOf(entry), [this, &entry](int row) { editor_.rowChosen(entry.tag, row); }, &face);
+    openPopup(face.body(), rowsOf(entry), [this, &entry](int row) { rowChosen(entry, row); }, &face);
 }
 
 void WindowContent::openMenu(int index) {
@@ -695,6 +704,7 @@ void WindowContent::controlMenuWanted(ControlFace& face) {
     openPopup(
         anchor, knobRows(entry),
         [this, &entry, &face](int row) {
+            const History::Action action(work_.history());
             if (row >= firstSubmenuTag) {
                 editor_.knobSourceChosen(entry.tag, row);
             } else {
@@ -1036,7 +1046,7 @@ void WindowContent::setToEnd(ControlFace& face, bool last) {
     if (entry.labels.empty() || parameterOfTag(entry.tag) < 0) return;
     int row = last ? static_cast<int>(entry.labels.size()) - 1 : 0;
     while (row > 0 && std::string(entry.labels[row]) == "-") --row;
-    editor_.rowChosen(entry.tag, row);
+    rowChosen(entry, row);
 }
 
 void WindowContent::nudge(ControlFace& face, float step) {
@@ -1049,6 +1059,7 @@ void WindowContent::pressFocused(ControlFace& face, const VSTGUI::KeyboardEvent&
     if (isListKind(entry.kind) || entry.kind == WidgetKind::Menu) return controlListWanted(face);
     if (isSwitchLike(entry.kind)) {
         const bool turnsOff = editor_.valueOf(entry.tag) > 0.5f && entry.kind == WidgetKind::Switch;
+        const History::Action action(work_.history());
         editor_.valueChanged(entry.tag, turnsOff ? 0.0f : 1.0f, false);
         return showHelp(focused_);
     }

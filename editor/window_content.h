@@ -156,6 +156,7 @@ private:
     bool onPlainLetter(char32_t character);
     std::optional<std::string> takeTyped(const ControlEntry& entry, const std::string& text);
     void nudge(ControlFace& face, float step);
+    void rowChosen(const ControlEntry& entry, int row);
     void setToEnd(ControlFace& face, bool last);
     void setByKey(ControlFace& face, float value);
     void markTargets(const std::optional<Color>& ring, int nearest);

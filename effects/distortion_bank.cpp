@@ -2,6 +2,17 @@
 
 namespace vantoric {
 
+constinit const std::array<const char*, distortionTypeCount> distortionLabels = [] {
+    std::array<const char*, distortionTypeCount> all{};
+    all.fill("-");
+    all[0] = "Bypass";
+    distortion::AllLoops::any([&](auto which) {
+        all[decltype(which)::Traits::index] = decltype(which)::Traits::label;
+        return false;
+    });
+    return all;
+}();
+
 namespace {
 
 constexpr bool contains(LaneMask mask, int voice) { return ((mask >> voice) & 1) != 0; }

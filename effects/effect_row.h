@@ -1,13 +1,21 @@
 // The row of an effect type. Each family's class holds the rows of its own types: where the type stands in the
 // menu, its labels, the settings it opens with, the function that makes its sound, and what its parameters show.
 // effects/type_table.cpp puts the families' rows together; menus, dispatch and texts follow from them.
+//
+// To add an effect:
+// - Its function in the class of its family, a name in the family's `Variant`, and a row in the family's `rows`: place in
+//   the menu, label, name, defaults, function, texts, delay lines. The place is its number in patches, so new ones come
+//   behind the others, and effectTypeCount counts them: a wrong, missing or double place does not compile.
+// - A new family: a class as the others have (family, Variant, Row, rows; setSampleRate, setParameter, setVariant, reset,
+//   process; touchMemory where it has lines), its name in EffectFamily, its line in type_table.cpp and in
+//   Multieffect::withFamily, the source in CMakeLists.txt.
 #pragma once
 
 #include <array>
 
 namespace vantoric {
 
-inline constexpr int effectTypeCount = 77;
+inline constexpr int effectTypeCount = 77;  // of the menu, dividing lines among them
 
 enum class EffectFamily : int {
     separator = -1,  // a dividing line of the menu: audio passes untouched

@@ -7,12 +7,6 @@
 
 namespace vantoric {
 
-namespace {
-
-constexpr int lastNamedType = 73;
-
-}  // namespace
-
 Multieffect::Multieffect(RandomSources& random) : delay_(random), modulation_(random), drive_(random) {
     for (auto& parameter : parameters_) parameter.store(0.5f, std::memory_order_relaxed);
     modulation_.setSweepStep(sweepStep);
@@ -108,7 +102,7 @@ void Multieffect::process(float* left, float* right, int count) {
 }
 
 void Multieffect::getTypeName(char* text) const {
-    std::snprintf(text, effectTextSize, "%s", type() > lastNamedType ? "Illegal type" : effectType(type()).name);
+    std::snprintf(text, effectTextSize, "%s", hasSlotName(type()) ? effectType(type()).name : "Illegal type");
 }
 
 void Multieffect::getParameterName(int index, char* text) const { effectParameterName(index, text); }

@@ -1,5 +1,8 @@
 #include "effects/type_table.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "base/numbers.h"
 #include "effects/chorus.h"
 #include "effects/delay2.h"
@@ -18,6 +21,10 @@ constexpr EffectDefaults halfThroughout{0.5f, 0.5f, 0.5f, 0.5f, 0.5f};
 
 // The dividing lines of the menu.
 constexpr int separators[] = {1, 5, 10, 16, 23, 31, 39, 42, 51, 62, 70, 74};
+
+// What stands behind the last dividing line came later: a slot has no name for it.
+static_assert(std::is_sorted(std::begin(separators), std::end(separators)));
+constexpr int lastNamedType = separators[std::size(separators) - 1] - 1;
 
 using Table = std::array<EffectType, effectTypeCount>;
 
@@ -80,6 +87,8 @@ constinit const std::array<const char*, effectTypeCount> masterTypeLabels = [] {
     all[trancegateType] = all[0];
     return all;
 }();
+
+bool hasSlotName(int type) { return type <= lastNamedType; }
 
 int legalEffectType(int type) { return type >= 0 && type < effectTypeCount ? type : 0; }
 

@@ -19,6 +19,9 @@ struct EffectType {
 // The type itself for 0 to 76, else 0.
 int legalEffectType(int type);
 
+// Whether a slot shows the type by its name. Any thread.
+bool hasSlotName(int type);
+
 // The row of a type; that of type 0 outside 0 to 76. Any thread.
 const EffectType& effectType(int type);
 

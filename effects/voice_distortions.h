@@ -7,6 +7,7 @@
 #include "base/engine_state.h"
 #include "base/numbers.h"
 #include "base/random.h"
+#include "effects/distortion_labels.h"
 #include "effects/drive_shapes.h"
 
 namespace vantoric {
@@ -91,7 +92,8 @@ struct Filtered : Plain {
 // An exponential of one sign: even harmonics.
 template <class T>
 struct Tube : Gated {
-    static constexpr int variant = 8;
+    static constexpr const char* label = "Tube";
+    static constexpr int index = 2, variant = 8;
     T a, k;
     void setup(const DistortionSettings<T>& s) {
         a = T(25) * s.drive + T(0.5f);
@@ -107,7 +109,8 @@ struct Tube : Gated {
 
 template <class T>
 struct Asym : Gated {
-    static constexpr int variant = 3;
+    static constexpr const char* label = "Asym";
+    static constexpr int index = 5, variant = 3;
     T a, b, k, bias;
     void setup(const DistortionSettings<T>& s) {
         a = T(25) * s.drive + T(0.5f);
@@ -125,7 +128,8 @@ struct Asym : Gated {
 
 template <class T>
 struct Soft : Gated {
-    static constexpr int variant = 9;
+    static constexpr const char* label = "Soft";
+    static constexpr int index = 3, variant = 9;
     T wet, dry;
     void setup(const DistortionSettings<T>& s) {
         wet = T(0.03125f) * s.drive;
@@ -143,7 +147,8 @@ struct Soft : Gated {
 // The sign of eight points. Those at the middle and at the end are judged without the offset.
 template <class T>
 struct Fuzz : Plain {
-    static constexpr int variant = 11;
+    static constexpr const char* label = "Fuzz";
+    static constexpr int index = 4, variant = 11;
     T wet, dry;
     void setup(const DistortionSettings<T>& s) {
         wet = s.drive;
@@ -168,7 +173,8 @@ struct Fuzz : Plain {
 // Coarse levels; 398 takes back what keeps the four truncations on one side of zero, less a half each.
 template <class T>
 struct Crush : Gated {
-    static constexpr int variant = 6;
+    static constexpr const char* label = "Crush";
+    static constexpr int index = 7, variant = 6;
     T q, scale;
     void setup(const DistortionSettings<T>& s) {
         q = setupExp(T(6) - T(4.2f) * s.drive);
@@ -183,7 +189,8 @@ struct Crush : Gated {
 
 template <class T>
 struct ShapSin : Plain {
-    static constexpr int variant = 7;
+    static constexpr const char* label = "ShapSin";
+    static constexpr int index = 8, variant = 7;
     T gain;
     void setup(const DistortionSettings<T>& s) { gain = T(8) * setupExp(T(3) * s.drive); }
     T step(DistortionMemory<T>& m, T x) const {
@@ -196,7 +203,8 @@ struct ShapSin : Plain {
 // A triangle of parabolas, never mixed with the dry input.
 template <class T>
 struct ShapTri : Filtered {
-    static constexpr int variant = 26;
+    static constexpr const char* label = "ShapTri";
+    static constexpr int index = 9, variant = 26;
     T h;
     void setup(const DistortionSettings<T>& s) { h = T(32) * s.drive + T(2); }
     T shape(T v) const {
@@ -212,7 +220,8 @@ struct ShapTri : Filtered {
 
 template <class T>
 struct ShapAsy : Filtered {
-    static constexpr int variant = 27;
+    static constexpr const char* label = "ShapAsy";
+    static constexpr int index = 10, variant = 27;
     T h;
     WetDry<T> share;
     void setup(const DistortionSettings<T>& s) {
@@ -232,7 +241,8 @@ struct ShapAsy : Filtered {
 
 template <class T>
 struct ShapPul : Filtered {
-    static constexpr int variant = 28;
+    static constexpr const char* label = "ShapPul";
+    static constexpr int index = 11, variant = 28;
     T h, slope;
     WetDry<T> share;
     void setup(const DistortionSettings<T>& s) {
@@ -253,7 +263,8 @@ struct ShapPul : Filtered {
 
 template <class T>
 struct ShapWar : Filtered {
-    static constexpr int variant = 29;
+    static constexpr const char* label = "ShapWar";
+    static constexpr int index = 12, variant = 29;
     T gain;
     WetDry<T> share;
     void setup(const DistortionSettings<T>& s) {
@@ -267,7 +278,8 @@ struct ShapWar : Filtered {
 
 template <class T>
 struct ShapHal : Filtered {
-    static constexpr int variant = 30;
+    static constexpr const char* label = "ShapHal";
+    static constexpr int index = 13, variant = 30;
     T h, turn;
     WetDry<T> share;
     void setup(const DistortionSettings<T>& s) {
@@ -283,7 +295,8 @@ struct ShapHal : Filtered {
 
 template <class T>
 struct ShapZap : Filtered {
-    static constexpr int variant = 31;
+    static constexpr const char* label = "ShapZap";
+    static constexpr int index = 14, variant = 31;
     T gain;
     WetDry<T> share;
     void setup(const DistortionSettings<T>& s) {
@@ -299,7 +312,8 @@ struct ShapZap : Filtered {
 
 template <class T>
 struct ShapSym : Filtered {
-    static constexpr int variant = 32;
+    static constexpr const char* label = "ShapSym";
+    static constexpr int index = 15, variant = 32;
     T h, centre;
     WetDry<T> share;
     void setup(const DistortionSettings<T>& s) {
@@ -320,7 +334,8 @@ struct ShapSym : Filtered {
 // Turns the polarity over at each rising crossing: an octave down.
 template <class T>
 struct Selfsync : Plain {
-    static constexpr int variant = 33;
+    static constexpr const char* label = "Selfsync";
+    static constexpr int index = 17, variant = 33;
     T wet, dry;
     void setup(const DistortionSettings<T>& s) {
         wet = s.drive;
@@ -337,7 +352,8 @@ struct Selfsync : Plain {
 
 template <class T>
 struct Degrade : Plain {
-    static constexpr int variant = 34;
+    static constexpr const char* label = "Degrade";
+    static constexpr int index = 18, variant = 34;
     T length;
     void setup(const DistortionSettings<T>& s) {
         length = eachLane(s.drive, [&s](float drive) { return holdLength(drive, s.sampleRate); });
@@ -360,7 +376,8 @@ inline T draw(IntegersOf<T>& state) {
 
 template <class T>
 struct Noise : Plain {
-    static constexpr int variant = 35;
+    static constexpr const char* label = "Noise";
+    static constexpr int index = 19, variant = 35;
     static constexpr bool random = true;
     T amount;
     IntegersOf<T> state;
@@ -373,7 +390,8 @@ struct Noise : Plain {
 
 template <class T>
 struct NoiseRm : Plain {
-    static constexpr int variant = 36;
+    static constexpr const char* label = "NoiseRM";
+    static constexpr int index = 20, variant = 36;
     static constexpr bool random = true;
     T scale, rest;
     IntegersOf<T> state;
@@ -388,7 +406,8 @@ struct NoiseRm : Plain {
 // A one-bit follower of limited slope.
 template <class T>
 struct Scream : Plain {
-    static constexpr int variant = 38;
+    static constexpr const char* label = "Scream";
+    static constexpr int index = 21, variant = 38;
     T slope;
     WetDry<T> share;
     void setup(const DistortionSettings<T>& s) {
@@ -411,32 +430,30 @@ struct Named {
     template <class T>
     using On = Loop<T>;
     using Traits = Loop<float>;
+    static constexpr int number = Traits::variant;
 };
+
+// The one list of the loops. A new one is a struct as the others are, with its label, its index in the menu and a number of
+// its own, named here.
+template <template <class> class... Loops>
+struct LoopList {
+    // Calls visit(Named<Loop>{}) for each until one returns true; whether one did.
+    template <class Visit>
+    static constexpr bool any(Visit&& visit) {
+        return (visit(Named<Loops>{}) || ...);
+    }
+};
+using AllLoops = LoopList<Tube, Soft, Fuzz, Asym, Crush, ShapSin, ShapTri, ShapAsy, ShapPul, ShapWar, ShapHal, ShapZap, ShapSym,
+                          Selfsync, Degrade, Noise, NoiseRm, Scream>;
 
 // Calls function(Named<Loop>{}) for the loop of a variant. Returns false for a variant that passes audio through.
 template <class Function>
 inline bool withLoop(int variant, Function&& function) {
-    switch (variant) {
-        case Tube<float>::variant: return function(Named<Tube>{}), true;
-        case Soft<float>::variant: return function(Named<Soft>{}), true;
-        case Fuzz<float>::variant: return function(Named<Fuzz>{}), true;
-        case Asym<float>::variant: return function(Named<Asym>{}), true;
-        case Crush<float>::variant: return function(Named<Crush>{}), true;
-        case ShapSin<float>::variant: return function(Named<ShapSin>{}), true;
-        case ShapTri<float>::variant: return function(Named<ShapTri>{}), true;
-        case ShapAsy<float>::variant: return function(Named<ShapAsy>{}), true;
-        case ShapPul<float>::variant: return function(Named<ShapPul>{}), true;
-        case ShapWar<float>::variant: return function(Named<ShapWar>{}), true;
-        case ShapHal<float>::variant: return function(Named<ShapHal>{}), true;
-        case ShapZap<float>::variant: return function(Named<ShapZap>{}), true;
-        case ShapSym<float>::variant: return function(Named<ShapSym>{}), true;
-        case Selfsync<float>::variant: return function(Named<Selfsync>{}), true;
-        case Degrade<float>::variant: return function(Named<Degrade>{}), true;
-        case Noise<float>::variant: return function(Named<Noise>{}), true;
-        case NoiseRm<float>::variant: return function(Named<NoiseRm>{}), true;
-        case Scream<float>::variant: return function(Named<Scream>{}), true;
-        default: return false;
-    }
+    return AllLoops::any([&](auto which) {
+        if (which.number != variant) return false;
+        function(which);
+        return true;
+    });
 }
 
 template <class T>
@@ -484,13 +501,19 @@ inline void run(Loop loop, const ShaperTaps& low, DistortionMemory<T>& stored, f
 
 }  // namespace distortion
 
-inline constexpr int distortionTypeCount = 22;
-
 // The loop's number of an index into the list of distortion types; 0, which passes audio through, for
 // separators and indices outside the list.
 constexpr int distortionVariant(int type) {
-    constexpr std::array<int, distortionTypeCount> variants = {0,  0,  8,  9,  11, 3, 0,  6,  7,  26, 27,
-                                                               28, 29, 30, 31, 32, 0, 33, 34, 35, 36, 38};
+    constexpr auto variants = [] {
+        std::array<int, distortionTypeCount> all{};
+        distortion::AllLoops::any([&](auto which) {
+            int& place = all[decltype(which)::Traits::index];
+            if (place != 0) throw "two loops have the same index";
+            place = which.number;
+            return false;
+        });
+        return all;
+    }();
     return type >= 0 && type < distortionTypeCount ? variants[type] : 0;
 }
 

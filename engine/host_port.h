@@ -13,7 +13,7 @@ public:
     virtual void editEnded(int index) = 0;
     // Another patch is in force: the host is to read names and values anew.
     virtual void patchChanged() = 0;
-    // The sound comes `frames` host frames late from now on.
+    // The sound comes `frames` host frames late from now on. No part of the instrument delays it today, so none tells.
     virtual void latencyChanged(int frames) = 0;
     // Asks for another size of the window, in pixels; false if the host refused or cannot.
     virtual bool sizeWanted(int width, int height) = 0;

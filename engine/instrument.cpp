@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "base/numbers.h"
@@ -41,6 +40,9 @@ void holdWithin(float* samples, int count) {
         samples[i] = std::min(std::max(x, -loudest), loudest);
     }
 }
+
+// Whether this thread has rendered a block in time, for whichever instance: hosts give blocks to any of several threads.
+thread_local bool playsInTime = false;
 
 // Pieces in which the master chain runs, in internal samples: no effect sees longer ones, whatever the host's blocks.
 constexpr int masterPiece = 256;
@@ -142,32 +144,37 @@ CustomWaveHolders Instrument::customWaves() {
 // What the patch in force will read is in memory before it sounds, so that the audio thread waits for no page.
 void Instrument::prepareToSound() {
     worker_.touchBanks();
-    touchEffects();
+    touchPatch();
 }
 
 void Instrument::parametersWritten() {
     worker_.wavesChosen();
-    touchEffects();
+    touchPatch();
 }
 
-void Instrument::touchEffects() {
+void Instrument::touchPatch() {
     for (int i = 0; i < layerCount; ++i)
-        if (layerIsOn(i)) touchInserts(i);
+        if (layerIsOn(i)) touchLayer(i);
     master_.touchMemory(masterTypeFromValue(parameters_.getParameter(par::FxMaType)));
 }
 
-void Instrument::touchInserts(int layer) {
-    layers_[layer]->insert(0).touchMemory(typeFromValue(parameters_.getParameter(hostIndex(par::FxInType, layer))));
-    layers_[layer]->insert(1).touchMemory(typeFromValue(parameters_.getParameter(hostIndex(par::FxIn2Type, layer))));
+void Instrument::touchLayer(int layer) {
+    const auto valueOf = [&](int number) { return parameters_.getParameter(hostIndex(number, layer)); };
+    layers_[layer]->insert(0).touchMemory(typeFromValue(valueOf(par::FxInType)));
+    layers_[layer]->insert(1).touchMemory(typeFromValue(valueOf(par::FxIn2Type)));
+    for (int f = 0; f < filterCount; ++f) layers_[layer]->bank().filters[f].touchMemory(listIndex(valueOf(par::FilType1 + f)));
 }
 
-void Instrument::touchEffectOf(int index, float value) {
+// A layer that is off is touched when it is switched on.
+void Instrument::touchChoice(int index, float value) {
     if (index == par::FxMaType) master_.touchMemory(masterTypeFromValue(value));
     for (int i = 0; i < layerCount; ++i) {
-        if (index == par::Layer1On + i && switchOn(value)) touchInserts(i);
+        if (index == par::Layer1On + i && switchOn(value)) touchLayer(i);
         if (!layerIsOn(i)) continue;
         if (index == hostIndex(par::FxInType, i)) layers_[i]->insert(0).touchMemory(typeFromValue(value));
         if (index == hostIndex(par::FxIn2Type, i)) layers_[i]->insert(1).touchMemory(typeFromValue(value));
+        for (int f = 0; f < filterCount; ++f)
+            if (index == hostIndex(par::FilType1 + f, i)) layers_[i]->bank().filters[f].touchMemory(listIndex(value));
     }
 }
 
@@ -211,9 +218,13 @@ void Instrument::resetStage() {
     stage_.reset();
 }
 
-void Instrument::allNotesOff() { midi_.allNotesOff(); }
+void Instrument::allNotesOff() {
+    access_.audioThread().onOwnThreadOrSilent(state_.flags.engineLocked.isSet());
+    midi_.allNotesOff();
+}
 
 void Instrument::resetEngine() {
+    access_.audioThread().onOwnThreadOrSilent(state_.flags.engineLocked.isSet());
     readParameters();
     midi_.resetPedal();
     loadSmoothedControllers();
@@ -260,18 +271,16 @@ void Instrument::renderBlock(Sample* left, Sample* right, int frames, int firstF
         if (transport.offline) worker_.waitForWaves(offlineWait);
         const AudioThreadCheck::Scope inside(access_.audioThread());
         const DenormalsOff denormalsOff;
-        audioThreadId_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+        if (!transport.offline) playsInTime = true;
         transport_ = transport;
         feedsMaster_ = true;
-        const bool oversampled = runsOversampled(hostRate());
-        const int longest = oversampled ? bufferSamples / 2 : bufferSamples;
         int done = 0;
         do {
-            const int piece = std::min(frames - done, longest);
+            const int piece = std::min(frames - done, longestPiece);
             if constexpr (std::is_same_v<Sample, float>) {
-                renderMeteredPiece(left + done, right + done, piece, firstFrame + done, oversampled);
+                renderMeteredPiece(left + done, right + done, piece, firstFrame + done);
             } else {
-                renderMeteredPiece(widened_[0].data(), widened_[1].data(), piece, firstFrame + done, oversampled);
+                renderMeteredPiece(widened_[0].data(), widened_[1].data(), piece, firstFrame + done);
                 std::copy_n(widened_[0].begin(), piece, left + done);
                 std::copy_n(widened_[1].begin(), piece, right + done);
             }
@@ -281,16 +290,15 @@ void Instrument::renderBlock(Sample* left, Sample* right, int frames, int firstF
     inBlock_.clear(std::memory_order_release);
 }
 
-void Instrument::renderMeteredPiece(float* left, float* right, int frames, int firstFrame, bool oversampled) {
-    renderPiece(left, right, frames, firstFrame, oversampled);
+void Instrument::renderMeteredPiece(float* left, float* right, int frames, int firstFrame) {
+    renderPiece(left, right, frames, firstFrame);
     meters_[0].take(left, frames, hostRate());
     meters_[1].take(right, frames, hostRate());
 }
 
 // `firstFrame` is the place of the piece in the host's block, from which events count their offsets.
-void Instrument::renderPiece(float* left, float* right, int frames, int firstFrame, bool oversampled) {
-    if (!oversampled) return renderAudioBlock(left, right, frames, firstFrame);
-    renderAudioBlock(internal_[0].data(), internal_[1].data(), 2 * frames, firstFrame);
+void Instrument::renderPiece(float* left, float* right, int frames, int firstFrame) {
+    if (!renderInternally(left, right, frames, firstFrame)) return;
     observe(BlockStep::decimator, 2 * frames);
     if (decimatorReset_.isSet()) {
         decimatorReset_.clear();
@@ -299,14 +307,32 @@ void Instrument::renderPiece(float* left, float* right, int frames, int firstFra
     decimator_.process(internal_[0].data(), internal_[1].data(), 2 * frames, left, right);
 }
 
-void Instrument::renderAudioBlock(float* left, float* right, int count, int firstFrame) {
-    observe(BlockStep::clearOutputs, count);
-    std::fill_n(left, count, 0.0f);
-    std::fill_n(right, count, 0.0f);
+// True if it went to the internal buffers at twice the rate. The rates belong to whoever holds the engine, so a block reads
+// them only behind the flags; a silent one goes by what the host has set.
+bool Instrument::renderInternally(float* left, float* right, int frames, int firstFrame) {
     EngineFlags& flags = state_.flags;
     const Passes::Scope reading(flags.blockPasses);
     flags.audioRunning.set();
-    if (flags.editorClosing.isSet() || flags.audioMuted.isSet() || flags.engineLocked.isSet()) return flags.audioRunning.clear();
+    const bool isSilent = flags.editorClosing.isSet() || flags.audioMuted.isSet() || flags.engineLocked.isSet();
+    const bool oversampled = isSilent ? runsOversampled(hostRate()) : state_.oversampled;
+    if (oversampled) {
+        left = internal_[0].data();
+        right = internal_[1].data();
+        frames *= 2;
+    }
+    observe(BlockStep::clearOutputs, frames);
+    std::fill_n(left, frames, 0.0f);
+    std::fill_n(right, frames, 0.0f);
+    if (isSilent) {
+        flags.audioRunning.clear();
+    } else {
+        renderAudioBlock(left, right, frames, firstFrame);
+    }
+    return oversampled;
+}
+
+void Instrument::renderAudioBlock(float* left, float* right, int count, int firstFrame) {
+    EngineFlags& flags = state_.flags;
     if (flags.bootPending.isSet()) return;  // the next waiter or the next block clears the mark
     if (state_.tickSamples == 0) return flags.audioRunning.clear();
     clock_.run(
@@ -395,13 +421,19 @@ void Instrument::releaseUnheldNotes() {
     if (nothingHeld && nothingHeld_)
         for (auto& layer : layers_) layer->releaseUnheldNotes();
     nothingHeld_ = nothingHeld;
+    for (int i = 0; i < layerCount; ++i) {
+        if (midi_.sustainOn()) {
+            layers_[i]->keepUnheldNotes();
+        } else {
+            layers_[i]->releaseLateNotes(midi_.keysHeard(i));
+        }
+    }
 }
 
 void Instrument::setParameter(int index, float value, ChangeSource source) {
-    const bool isElsewhere = std::this_thread::get_id() != audioThreadId_.load(std::memory_order_relaxed);
-    if (isElsewhere) touchEffectOf(index, value);
+    if (!playsInTime) touchChoice(index, value);
     parameters_.setParameter(index, value, source);
-    if (isElsewhere && choosesWave(index)) worker_.wavesChosen();
+    if (!playsInTime && choosesWave(index)) worker_.wavesChosen();
 }
 
 void Instrument::loadSmoothedControllers() {

@@ -7,7 +7,6 @@
 #include <atomic>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "base/engine_access.h"
@@ -100,11 +99,12 @@ public:
     // The internal rate in Hz, which every reader of a rate in the instrument gets.
     float internalRate() const;
     float hostRate() const { return hostRate_.load(std::memory_order_relaxed); }
-    // Sets a parameter as `parameters().setParameter` does. Where it chooses another effect, the pages of its lines are
-    // touched first; where it chooses another wave, the worker fetches its bank: so the block need not. On the audio thread
-    // it only sets.
+    // Sets a parameter as `parameters().setParameter` does. Where it chooses another effect or filter, the pages of its lines
+    // are touched first; where it chooses another wave, the worker fetches its bank: so the block need not. On a thread that
+    // has ever rendered a block of a host that plays in time, of this instrument or another, it only sets.
     void setParameter(int index, float value, ChangeSource source = ChangeSource::host);
-    // The parameters: values, texts, and what has changed in them.
+    // The parameters: values, texts, and what has changed in them. Values on any thread; texts are built in memory of their
+    // own, which is nothing for the audio thread.
     ParameterModel& parameters() { return parameters_; }
     const ParameterModel& parameters() const { return parameters_; }
     // What has come in of program changes.
@@ -116,53 +116,81 @@ public:
     // Whether a patch file is being loaded, or was refused as none.
     bool isBusy() const { return busy_.load(std::memory_order_acquire); }
 
-    // What there is to tell a user; whoever has one takes it after each call that may have posted something.
-    Messages& messages() { return messages_; }
+    // ---- any thread but the audio thread inside its block
 
-    // ---- any thread but the audio thread: patches and programs. Each call takes its turn at the engine.
+    // What there is to tell a user; whoever has one takes it after each call that may have posted something. It has a lock of
+    // its own.
+    Messages& messages() { return outsideBlock(messages_); }
+    // Programs and their names, under a lock of their own.
+    ProgramSlot& program() { return outsideBlock(program_); }
+    // The worker's thread, to ask of it and to wait for it: without a turn at the engine.
+    WaveWorker& waveWorker() { return outsideBlock(worker_); }
 
-    ProgramSlot& program() { return program_; }
-    PatchFiles& patchFiles() { return patchFiles_; }
+    // ---- the same: patches, samples and waves. Each call takes its turn at the engine.
+
+    PatchFiles& patchFiles() { return outsideBlock(patchFiles_); }
     // The patch as bytes, out and in: what a host stores.
-    PatchChunk& patchChunk() { return patchChunk_; }
-    SampleLoader& sampleLoader() { return sampleLoader_; }
-    QuickImport& quickImport() { return quickImport_; }
-    SampleEditor& sampleEditor() { return sampleEditor_; }
-    CustomWaveLoader& customWaveLoader() { return customWaveLoader_; }
-    SfzImport& sfzImport() { return sfzImport_; }
-    WaveWorker& waveWorker() { return worker_; }
-    // After parameters were written in another way than by setParameter(): fetches the waves and effects that they choose.
+    PatchChunk& patchChunk() { return outsideBlock(patchChunk_); }
+    SampleLoader& sampleLoader() { return outsideBlock(sampleLoader_); }
+    QuickImport& quickImport() { return outsideBlock(quickImport_); }
+    SampleEditor& sampleEditor() { return outsideBlock(sampleEditor_); }
+    CustomWaveLoader& customWaveLoader() { return outsideBlock(customWaveLoader_); }
+    SfzImport& sfzImport() { return outsideBlock(sfzImport_); }
+    // After parameters were written in another way than by setParameter(): fetches the waves, effects and filters that they
+    // choose.
     void parametersWritten();
 
-    // ---- a face, before it plays; null for none
-    void setHostPort(HostPort* port) { hostPort_ = port; }
+    // ---- a face, before it plays and after it has; null for none. The port is then read by any thread but the audio thread.
+    void setHostPort(HostPort* port) {
+        access_.audioThread().onOwnThreadOrIdle();
+        hostPort_ = port;
+    }
     HostPort* hostPort() const { return hostPort_; }
 
-    // ---- parts, for the window's displays and tests
+    // ---- the engine's own
 
-    // Full reset of voices, effects and controllers' smoothing. On the audio thread, or while it is silent.
+    // Full reset of voices, effects and controllers' smoothing. On the audio thread, or while the block is silent.
     void resetEngine() override;
     // Clears the key table and releases all keys of all layers. Same threads.
     void allNotesOff() override;
+    // Null for none. While no block runs.
+    void setBlockObserver(BlockObserver* observer) {
+        access_.audioThread().onOwnThreadOrIdle();
+        observer_ = observer;
+    }
+
+    // ---- parts, for the window's displays and tests. Their own headers say more.
+
+    // What the audio thread writes as it plays: for other threads while it is silent, but for a look at single numbers whose
+    // age does not matter, marked as such where it is taken.
     const EngineState& state() const { return state_; }
-    EngineFlags& flags() { return state_.flags; }
-    MidiIntake& midi() { return midi_; }
-    ControllerMap& controllerMap() { return controllerMap_; }
     Layer& layer(int index) { return *layers_[index]; }
     const Layer& layer(int index) const { return *layers_[index]; }
-    Multieffect& masterEffect() { return master_; }
     RandomSources& random() { return random_; }
-    int instanceNumber() const { return membership_.number(); }
     float samplesToTick() const { return clock_.samplesToTick(); }
     double lastPpqPos() const { return song_.lastPpqPos(); }
-    // Null for none. While no block runs.
-    void setBlockObserver(BlockObserver* observer) { observer_ = observer; }
+    // Any thread.
+    EngineFlags& flags() { return state_.flags; }
+    int instanceNumber() const { return membership_.number(); }
+    // Entries on any thread; load() and save() on any but the audio thread.
+    ControllerMap& controllerMap() { return controllerMap_; }
+    // Queue, learn and marks on any thread; keys, pedal and wheel belong to the audio thread.
+    MidiIntake& midi() { return midi_; }
+    // Type and parameters on any thread; process() on one at a time.
+    Multieffect& masterEffect() { return master_; }
 
 private:
-    // Blocks are rendered in pieces of at most this many internal samples.
-    static constexpr int bufferSamples = 65536;
+    // Blocks are rendered in pieces of at most this many frames, which are up to twice as many internal samples.
+    static constexpr int longestPiece = 32768;
+    static constexpr int bufferSamples = 2 * longestPiece;
     using StereoBuffer = std::array<std::vector<float>, 2>;
 
+    // Hands out what may wait or allocate, but not to the block.
+    template <class Part>
+    Part& outsideBlock(Part& part) {
+        access_.audioThread().notInsideBlock();
+        return part;
+    }
     // A key that passed the MIDI channel test.
     void noteOn(int layer, int key, int velocity) override { layers_[layer]->noteOn(key, velocity); }
     void noteOff(int layer, int key) override { layers_[layer]->noteOff(key); }
@@ -171,15 +199,16 @@ private:
     void lookUpPatchName() override { patchesLoaded_.fetch_add(1, std::memory_order_release); }
     void prepareToSound() override;
     bool layerIsOn(int layer) const { return switchOn(parameters_.getParameter(parameter::Layer1On + layer)); }
-    void touchEffects();
-    void touchInserts(int layer);
-    void touchEffectOf(int index, float value);
+    void touchPatch();
+    void touchLayer(int layer);
+    void touchChoice(int index, float value);
     void setBusy(bool busy) override { busy_.store(busy, std::memory_order_release); }
 
     template <class Sample>
     void renderBlock(Sample* left, Sample* right, int frames, int firstFrame, const Transport& transport);
-    void renderMeteredPiece(float* left, float* right, int frames, int firstFrame, bool oversampled);
-    void renderPiece(float* left, float* right, int frames, int firstFrame, bool oversampled);
+    void renderMeteredPiece(float* left, float* right, int frames, int firstFrame);
+    void renderPiece(float* left, float* right, int frames, int firstFrame);
+    bool renderInternally(float* left, float* right, int frames, int firstFrame);
     void renderAudioBlock(float* left, float* right, int count, int firstFrame);
     void renderSubBlock(float* left, float* right, int count);
     void feedMasterChain();
@@ -228,10 +257,9 @@ private:
     std::atomic<bool> busy_{false};
     HostPort* hostPort_ = nullptr;
     BlockObserver* observer_ = nullptr;
-    bool nothingHeld_ = false;                      // at the tick before
-    std::uint32_t writesRead_ = ~0u;                // of the parameters, at the last reading
-    bool justResumed_ = true;                       // kept for the host's start and stop; nothing reads it
-    std::atomic<std::thread::id> audioThreadId_{};  // the thread that rendered last
+    bool nothingHeld_ = false;        // at the tick before
+    std::uint32_t writesRead_ = ~0u;  // of the parameters, at the last reading
+    bool justResumed_ = true;         // kept for the host's start and stop; nothing reads it
     std::atomic_flag inBlock_;
     Transport transport_;       // of the block that runs
     bool feedsMaster_ = false;  // the piece that follows is the first of a block, or of a part

@@ -1,6 +1,8 @@
 #include "engine/midi_intake.h"
 
 #include <algorithm>
+#include <functional>
+#include <numeric>
 
 #include "base/numbers.h"
 #include "base/parameters.h"
@@ -97,8 +99,20 @@ void MidiIntake::turnWheel(int lsb, int msb) {
     state_.pitchBendFactor = pitchBendFactorOf(pitchWheel_, parameters_.getParameter(parameter::PitchWhl));
 }
 
+// A key whose own channel does not hold it was begun on another: one end takes one key off.
+void MidiIntake::takeOff(int key, int channel) {
+    const auto at = static_cast<std::size_t>(key);
+    const auto holdsIt = [at](const Keys& keys) { return keys.test(at); };
+    Keys& own = down_[static_cast<std::size_t>(channel)];
+    if (holdsIt(own)) {
+        own.reset(at);
+    } else if (const auto other = std::find_if(down_.begin(), down_.end(), holdsIt); other != down_.end()) {
+        other->reset(at);
+    }
+}
+
 void MidiIntake::actOnKeyRelease(int key, int channel) {
-    down_[static_cast<std::size_t>(channel)].reset(static_cast<std::size_t>(key));
+    takeOff(key, channel);
     if (sustainOn_) {
         sustainedOff_[key] = 1;
     } else {
@@ -177,6 +191,13 @@ void MidiIntake::allNotesOff() {
 
 bool MidiIntake::nothingHeld() const {
     return !sustainOn_ && std::none_of(down_.begin(), down_.end(), [](const auto& keys) { return keys.any(); });
+}
+
+MidiIntake::Keys MidiIntake::keysHeard(int layer) const {
+    const int split = parameters_.getListIndex(hostIndex(parameter::MidiSpli, layer));
+    if (split > 16) return {};
+    if (split > 0) return down_[static_cast<std::size_t>(split - 1)];
+    return std::accumulate(down_.begin(), down_.end(), Keys{}, std::bit_or<>());
 }
 
 void MidiIntake::resetPedal() {

@@ -42,12 +42,13 @@ struct MidiMessage {
 class MidiIntake {
 public:
     static constexpr int queuePlaces = 256;
+    using Keys = std::bitset<128>;
 
     MidiIntake(EngineState& state, ParameterModel& parameters, ControllerMap& ccMap, MidiListener& listener);
 
     // One MIDI event of the host: learns and applies the controller map at once, then queues. Data bytes
     // with the high bit set are replaced by 0, in the caller's event as well. offset: host frames from the
-    // start of the block. Any one thread, usually the audio thread.
+    // start of the block. Any thread, usually the audio thread: two that meet cost at most one event.
     void receive(std::uint8_t status, std::uint8_t& data1, std::uint8_t& data2, std::int32_t offset);
 
     // Queues an event at the first free place; if all 256 are taken place 0 is overwritten. Any thread: two
@@ -89,6 +90,8 @@ public:
     bool sustainOn() const { return sustainOn_; }
     // Whether no key is held on any channel and the pedal is up.
     bool nothingHeld() const;
+    // The keys that are down on the channels that a layer (0 to 3) hears.
+    Keys keysHeard(int layer) const;
     bool sustainedOff(int key) const { return sustainedOff_[key] != 0; }
     MidiMessage queued(int place) const { return unpacked(queue_[place].load(std::memory_order_relaxed)); }
 
@@ -101,6 +104,7 @@ private:
     void act(const MidiMessage& message);
     void turnWheel(int lsb, int msb);
     void actOnKeyRelease(int key, int channel);
+    void takeOff(int key, int channel);
     void actOnController(int number, int value);
     void releasePedal();
     void resetControllers();
@@ -114,7 +118,7 @@ private:
     std::atomic<std::int32_t> learnPending_{ControllerMap::none};
     Flag ccMapDirty_;
     // Keys that are really down, by channel: the engine's table has one place for a key of all channels.
-    std::array<std::bitset<128>, 16> down_{};
+    std::array<Keys, 16> down_{};
     std::array<std::uint8_t, 128> sustainedOff_{};
     bool sustainOn_ = false;
     float pitchWheel_ = 0.5f;

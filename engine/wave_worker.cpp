@@ -224,7 +224,8 @@ bool WaveWorker::rebuildCustomWaves() {
         // Patches are saved meanwhile: they take the cycle as it was or as it is now.
         const HeardWhileWritten saversReadOn;
         replaced_.reserve(replaced_.size() + 1);
-        if (auto old = slot.publish(std::move(wave), generation)) replaced_.push_back(std::move(old));
+        if (auto old = slot.publish(std::move(wave), generation))
+            replaced_.push_back({std::move(old), flags_.blockPasses.entered()});
     }
     return true;
 }
@@ -246,10 +247,14 @@ std::shared_ptr<const CustomWave> WaveWorker::makeWave(const CustomCycle& cycle)
     return wave;
 }
 
-// Once no block has been running, none reads what was replaced before.
+// Once all blocks are out that had begun when a wave was replaced, none reads it. The mark of a block that runs says less:
+// a load that has waited too long clears it by force. What a block keeps for longer goes with a later request.
 void WaveWorker::releaseReplaced() {
-    if (replaced_.empty()) return;
-    if (waitUntilClear(flags_.audioRunning, releaseTries, 1, platform::sleepMilliseconds, false)) replaced_.clear();
+    for (int i = 0; !replaced_.empty(); ++i) {
+        std::erase_if(replaced_, [this](const Replaced& old) { return flags_.blockPasses.left() >= old.blocks; });
+        if (replaced_.empty() || i == releaseTries) return;
+        platform::sleepMilliseconds(1);
+    }
 }
 
 bool WaveWorker::isLooped(int oscillator) const {

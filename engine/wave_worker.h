@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <condition_variable>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -91,7 +92,11 @@ private:
     AllOscillators oscillators_;
     Flag banksChosen_;
     std::atomic<bool> isBooted_{false};
-    std::vector<std::shared_ptr<const CustomWave>> replaced_;  // waves that a block may still be reading
+    struct Replaced {
+        std::shared_ptr<const CustomWave> wave;
+        std::uint64_t blocks;  // that had begun when it was replaced, one of which may still be reading it
+    };
+    std::vector<Replaced> replaced_;
     std::mutex finishing_;
     std::condition_variable finished_;
     std::thread thread_;

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <ctime>
 #include <optional>
 #include <set>
 
 #include "base/text.h"
+#include "library/beside.h"
 #include "library/text_sections.h"
 #include "patch/patch_file.h"
 #include "platform/files.h"
@@ -199,6 +201,21 @@ bool Autosave::discard(const RecoverablePatch& patch) {
     const bool isGone = platform::removeFile(patch.path) || !platform::exists(patch.path);
     if (isGone) platform::removeFile(withoutExtension(patch.path) + noteExtension);
     return isGone;
+}
+
+bool Autosave::putAside(const RecoverablePatch& patch) {
+    constexpr std::size_t mostKept = 16;
+    const std::string folder = autosaveFolder() + "declined" + platform::pathSeparator;
+    std::vector<std::uint8_t> file;
+    if (!platform::makeFolder(folder) || !platform::readFile(patch.path, file)) return false;
+    const std::int64_t now =
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+    if (!platform::writeFile(folder + std::to_string(now) + " " + fileNameOf(patch.path), file.data(), file.size())) return false;
+    std::vector<platform::FolderEntry> kept;
+    platform::listFolder(folder, kept);
+    std::sort(kept.begin(), kept.end(), [](const auto& a, const auto& b) { return a.name > b.name; });
+    for (std::size_t i = mostKept; i < kept.size(); ++i) platform::removeFile(folder + kept[i].name);
+    return discard(patch);
 }
 
 // Checked before anything is replaced: a crash may have been that of a disk.

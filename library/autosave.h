@@ -55,6 +55,9 @@ public:
     bool recover(const RecoverablePatch& patch);
     // Removes a patch for good. True if it is gone.
     static bool discard(const RecoverablePatch& patch);
+    // Keeps a patch that is not wanted now as a patch file in the folder "declined" beside the others, where it is not offered
+    // again: whoever said No by a slip can load it by hand. The newest sixteen stay. True if it is offered no more.
+    static bool putAside(const RecoverablePatch& patch);
 
     // What processes have left that no longer run, the newest first. Any thread but the audio thread; waits for the disk.
     static std::vector<RecoverablePatch> recoverable();

@@ -84,7 +84,7 @@ void LayerCommands::pastePatch() {
     if (!copiedPatch_.data) return hint("You need to copy a patch before you can paste it.");
     {
         const CommandLog::Running running(log_, "Paste complete patch");
-        instrument_.patchChunk().setChunk(copiedPatch_.data.get(), copiedPatch_.size);
+        instrument_.patchChunk().setCheckedChunk(copiedPatch_.data.get(), copiedPatch_.size);
     }
     patch_.follow();
     showMessages(instrument_.messages(), dialogs_);

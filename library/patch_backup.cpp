@@ -46,7 +46,7 @@ void PatchBackup::takeBack() {
     if (!isKept()) return;
     const auto samples = unsavedSamples(instrument_);
     if (!isSaved_ || !isOwnFile() || !instrument_.patchFiles().loadPatchFile(path_))
-        instrument_.patchChunk().setChunk(chunk_.data.get(), chunk_.size);
+        instrument_.patchChunk().setCheckedChunk(chunk_.data.get(), chunk_.size);
     instrument_.program().setProgramName(name_);
     const PatchParts parts = partsOf(instrument_);
     for (const auto& [index, sample] : samples) putSample(parts, *parts.samples[index], sample);

@@ -114,7 +114,7 @@ ChunkBytes PatchStates::chunkOf(const PatchState& state) const {
 bool PatchStates::put(const PatchState& state) {
     const EngineTurn turn(instrument_.patchChunk().access());
     const ChunkBytes bytes = chunkOf(state);
-    if (bytes.size == 0 || instrument_.patchChunk().setChunk(bytes.data.get(), bytes.size) == 0) return false;
+    if (bytes.size == 0 || instrument_.patchChunk().setCheckedChunk(bytes.data.get(), bytes.size) == 0) return false;
     // A load tidies up what the user may have been in the middle of, such as a matrix row with a source alone.
     ParameterModel& parameters = instrument_.parameters();
     bool wasTidied = false;

@@ -45,9 +45,10 @@ void ProgramLoader::run() {
     platform::setLowestPriority();
     std::unique_lock guard(mutex_);
     while (!ending_.wait_for(guard, std::chrono::milliseconds(lookEvery), [this] { return isEnding_; })) {
-        if (!look()) continue;
+        const bool isLoaded = look();
         guard.unlock();
-        tellHost();
+        if (isLoaded) tellHost();
+        saveLearned();
         guard.lock();
     }
 }
@@ -55,6 +56,13 @@ void ProgramLoader::run() {
 // Without the lock: a host may open a window meanwhile, and wait until it is open.
 void ProgramLoader::tellHost() {
     if (instrument_.hostPort() != nullptr) instrument_.hostPort()->patchChanged();
+}
+
+// A learn is over when its controller comes, and the window that armed it may be closed by then.
+void ProgramLoader::saveLearned() try {
+    instrument_.controllerMap().saveChanges(controllerMapPath());
+} catch (...) {  // NOLINT(bugprone-empty-catch)
+    // The entries stay changed: the next look tries again.
 }
 
 // With the lock. Whether a patch was loaded.

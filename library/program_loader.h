@@ -12,9 +12,9 @@
 
 namespace vantoric {
 
-// A thread of its own that looks every 20 ms for a program change, which the audio thread leaves behind without knowing who
-// takes it, and steps to the next or the previous patch of the lists from the one in force. The lists are scanned for each
-// step. Several changes between two looks are one, of the last number.
+// A thread of its own that looks ten times a second for a program change, which the audio thread leaves behind without knowing
+// who takes it, and steps to the next or the previous patch of the lists from the one in force. The lists are scanned for each
+// step. Several changes between two looks are one, of the last number. It also writes the controller map after a learn.
 class ProgramLoader final : private ListedPatchLoader {
 public:
     // Both outlive it, and so does the instrument's host port, which stays the same; the dialogs are used from its thread, and
@@ -33,13 +33,14 @@ public:
     int lastNumber() const;
 
 private:
-    static constexpr int lookEvery = 20;  // milliseconds
+    static constexpr int lookEvery = 100;  // milliseconds
 
     bool loadListed(const std::string& category, const std::string& name) override;
     void run();
     bool look();
     bool step(int direction);
     void tellHost();
+    void saveLearned();
 
     Instrument& instrument_;
     platform::Dialogs& dialogs_;

@@ -39,6 +39,7 @@ void SampleCommands::loadChosen(int layer, int oscillator, const std::string& pa
 }
 
 void SampleCommands::askTuning(const Target& target, WaveReading&& reading, Done done) {
+    if (!reading.wave) return done(false);
     loader_.tellLoop(*reading.wave);
     told(true);
     dialogs_.question(

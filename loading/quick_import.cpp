@@ -60,7 +60,7 @@ bool QuickImport::takes(const QuickReading& reading, const std::string& patch) {
 
 bool QuickImport::placeSample(QuickReading&& reading) try {
     const EngineTurn turn(access_);
-    if (!takes(reading, sampleTemplate())) return false;
+    if (!takes(reading, sampleTemplate()) || !reading.left.wave) return false;
     prepareLayer();
     loader_.place(-1, 0, std::move(*reading.left.wave));
     if (reading.right.wave) spreadStereo(std::move(*reading.right.wave));
@@ -72,7 +72,7 @@ bool QuickImport::placeSample(QuickReading&& reading) try {
 
 bool QuickImport::placeVocoder(QuickReading&& reading) try {
     const EngineTurn turn(access_);
-    if (!takes(reading, vocoderTemplate())) return false;
+    if (!takes(reading, vocoderTemplate()) || !reading.left.wave) return false;
     loader_.place(-1, 0, std::move(*reading.left.wave));
     program_.setProgramName(patchNameOfPath(reading.path));
     return true;

@@ -2,8 +2,11 @@
 
 #include <array>
 
+#include "base/lfo_waves.h"
+#include "effects/distortion_labels.h"
 #include "effects/type_labels.h"
 #include "sound/filter_labels.h"
+#include "sound/noise_labels.h"
 
 namespace vantoric {
 
@@ -39,10 +42,6 @@ constexpr const char* superWaves[] = {
     "Saw 3x", "Multinoise", "Pulse 6x", "Hypersaw Vir 3x", "Hypersaw Vir 5x", "Hypersaw Vir 7x", "Hypersaw Vir 9x",
     "Hypersquare 9x", "Hypernoise 9x", "Supersaw JP", "Supersaw clean", "Supernoise",
 };
-constexpr const char* noiseTypes[] = {
-    "White", "Lowpass", "Bandpass", "Random", "Random Ramp", "Digital", "Bandlimit", "Synced", "Fractal1", "Fractal2",
-    "Fractal3", "Fractal4", "Pink", "8Bit",
-};
 constexpr const char* analogWaves[] = {
     "Saw", "Square", "Tri", "Sine", "Half Sine", "Comb", "Pulse Invert", "Pulse PW", "Pulse 1/2", "Pulse 2/5",
     "Pulse 1/3", "Pulse 1/4", "Pulse 1/5", "Pulse 1/6", "Pulse 1/8", "Saw Invert", "Sine Flip", "Comb 2", "Comb 3",
@@ -67,12 +66,6 @@ constexpr const char* midiChannel[] = {
     "All channels", "Midi chn 1", "Midi chn 2", "Midi chn 3", "Midi chn 4", "Midi chn 5", "Midi chn 6", "Midi chn 7",
     "Midi chn 8", "Midi chn 9", "Midi chn 10", "Midi chn 11", "Midi chn 12", "Midi chn 13", "Midi chn 14",
     "Midi chn 15", "Midi chn 16",
-};
-constexpr const char* lfoWaves[] = {
-    "Off", "-", "Sine", "Triangle", "Saw up", "Saw down", "Square", "-", "Random", "Random Ramp", "Digital",
-    "Bandlimited", "-", "Fade out", "Fade in", "Fade in/out", "Fade step down", "Fade step up", "-", "Square 12%",
-    "Square 25%", "Square 33%", "Square 50%", "Square 66%", "Square 75%", "Square 88%", "-", "Stair 4 up",
-    "Stair 8 up", "Stair 4 down", "Stair 8 down", "Stair 4 up/down", "Stair 8 up/down",
 };
 constexpr const char* lfoModes[] = {
     "Free", "Free BPM", "Trigger BPM", "Trigger", "Key 25%", "Key 50%", "Key 75%", "Key 100%", "Mono", "Mono BPM",
@@ -113,10 +106,6 @@ constexpr const char* arpStepNote[] = {
     "15", "18", "20", "21", "22", "23", "25", "26", "27", "28", "29", "30", "31", "32", "33", "34", "35", "36", "-36",
     "-35", "-34", "-33", "-32", "-31", "-30", "-29", "-28", "-27", "-26", "-25", "-23", "-22", "-21", "-20", "-18",
     "-15", "-14", "-13", "-", "3/4", "15/16",
-};
-constexpr const char* distortionTypes[] = {
-    "Bypass", "-", "Tube", "Soft", "Fuzz", "Asym", "-", "Crush", "ShapSin", "ShapTri", "ShapAsy", "ShapPul",
-    "ShapWar", "ShapHal", "ShapZap", "ShapSym", "-", "Selfsync", "Degrade", "Noise", "NoiseRM", "Scream",
 };
 constexpr const char* matrixSource[] = {
     "Off", "-", "Lfo1+-", "Lfo2+-", "Lfo3+-", "Step Lfo", "Step Lfo+-", "Vol Env", "Filt Env", "Aux1 Env", "Aux2 Env",
@@ -181,7 +170,7 @@ constinit const LabelList pitchRangeLabels = pitchRange;
 constinit const LabelList synthesisTypeLabels = synthesisType;
 constinit const LabelList wavetableWaveLabels = wavetableWaves;
 constinit const LabelList superWaveLabels = superWaves;
-constinit const LabelList noiseTypeLabels = noiseTypes;
+constinit const LabelList noiseTypeLabels = noiseLabels;
 constinit const LabelList analogWaveLabels = analogWaves;
 constinit const LabelList loopModeLabels = loopMode;
 constinit const LabelList keyNameLabels = keyNames;
@@ -189,7 +178,7 @@ constinit const LabelList playModeLabels = playMode;
 constinit const LabelList velocityRangeLabels = velocityRange;
 constinit const LabelList keySplitLabels = keySplit;
 constinit const LabelList midiChannelLabels = midiChannel;
-constinit const LabelList lfoWaveLabels = lfoWaves;
+constinit const LabelList lfoWaveLabels = lfo::waveLabels;
 constinit const LabelList lfoModeLabels = lfoModes;
 constinit const LabelList stepShapeLabels = stepShapes;
 constinit const LabelList stepModeLabels = stepModes;
@@ -200,7 +189,7 @@ constinit const LabelList arpRetriggerLabels = arpRetrigger;
 constinit const LabelList arpStepVolumeLabels = arpStepVolume;
 constinit const LabelList arpStepNoteLabels = arpStepNote;
 constinit const LabelList filterTypeLabels = filterLabels;
-constinit const LabelList distortionTypeLabels = distortionTypes;
+constinit const LabelList distortionTypeLabels = distortionLabels;
 constinit const LabelList matrixSourceLabels = matrixSource;
 constinit const LabelList matrixDestinationLabels = matrixDestination;
 constinit const LabelList octaveLabels = octave;

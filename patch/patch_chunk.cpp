@@ -117,19 +117,30 @@ bool PatchChunk::refuse(const char* title, const char* text) {
 }
 
 int PatchChunk::setChunk(const std::uint8_t* data, std::int32_t size) try {
-    return replacePatch(data, size) ? 1 : 0;
+    return replacePatch(data, size, nullptr) ? 1 : 0;
 } catch (...) {
     return refuse("Error SetCh1", "Not enought memory.") ? 1 : 0;
 }
 
-bool PatchChunk::replacePatch(const std::uint8_t* data, std::int32_t size) {
+int PatchChunk::setCheckedChunk(const std::uint8_t* data, std::int32_t size) try {
+    const auto samples = std::make_unique<NewSamples>();
+    for (int index = 0; index < chunk::waveCount; ++index) {
+        const int length = chunk::readSampleHeader(data, index).length;
+        if (!(*samples)[index].allocate(length)) return refuse("Error SetCh1", "Not enought memory.") ? 1 : 0;
+    }
+    return replacePatch(data, size, samples.get()) ? 1 : 0;
+} catch (...) {
+    return refuse("Error SetCh1", "Not enought memory.") ? 1 : 0;
+}
+
+bool PatchChunk::replacePatch(const std::uint8_t* data, std::int32_t size, NewSamples* samples) {
     const EngineTurn turn(access_);
     {
         EngineHold hold(access_, HoldFor::patch);
         hold.setStaysLocked(true);  // unless it all goes well
         quieten();
         if (data == nullptr || size < chunk::fixedSize) return true;
-        if (!readPatch(data, size, hold)) return false;
+        if (!readPatch(data, size, samples, hold)) return false;
         hold.setStaysLocked(false);
     }
     host_.refreshAll();
@@ -141,7 +152,7 @@ bool PatchChunk::replacePatch(const std::uint8_t* data, std::int32_t size) {
 }
 
 // The worker reads waves and lengths. It is stopped before they are touched and again before memory is exchanged.
-bool PatchChunk::readPatch(const std::uint8_t* data, std::int32_t size, EngineHold& hold) {
+bool PatchChunk::readPatch(const std::uint8_t* data, std::int32_t size, NewSamples* samples, EngineHold& hold) {
     const bool rebuildWasDue = flags_.rebuildRequested.isSet() || flags_.rebuildRunning.isSet();
     flags_.rebuildCancel.set();
     flags_.rebuildRequested.clear();
@@ -163,7 +174,7 @@ bool PatchChunk::readPatch(const std::uint8_t* data, std::int32_t size, EngineHo
         flags_.rebuildOwed.set();
         return refuse("Error", chunk::badHeaderText);
     }
-    if (!readSampleData(data, size)) {
+    if (!readSampleData(data, size, samples)) {
         flags_.rebuildOwed.set();
         return false;
     }
@@ -210,14 +221,18 @@ void PatchChunk::readCustomWaves(const std::uint8_t* data) {
 }
 
 // A sample gets its length only once it has been read whole; all before it have then theirs.
-bool PatchChunk::readSampleData(const std::uint8_t* data, std::int32_t size) {
+bool PatchChunk::readSampleData(const std::uint8_t* data, std::int32_t size, NewSamples* samples) {
     std::int64_t position = chunk::sampleDataOffset;
     for (int index = 0; index < chunk::waveCount; ++index) {
         const chunk::SampleHeader header = chunk::readSampleHeader(data, index);
         const std::int64_t end = position + std::int64_t{header.length} * 2;
         if (end > size) return refuse("Error", chunk::missingDataText);
         Sample fresh;
-        if (!fresh.allocate(header.length)) return refuse("Error SetCh1", "Not enought memory.");
+        if (samples != nullptr) {
+            fresh = std::move((*samples)[index]);
+        } else if (!fresh.allocate(header.length)) {
+            return refuse("Error SetCh1", "Not enought memory.");
+        }
         chunk::readSamples(data + position, fresh.levels[0].get(), header.length);
         for (int level = 1; level < sampleLevels; ++level) {
             std::copy_n(fresh.levels[0].get(), header.length, fresh.levels[level].get());

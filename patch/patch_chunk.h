@@ -70,20 +70,28 @@ public:
     // whatever the headers claim, besides what is replaced and may still be read.
     int setChunk(const std::uint8_t* data, std::int32_t size);
 
+    // Loads a chunk that chunk::check() has found good, as setChunk does, but takes all memory before anything is
+    // replaced: if it is short, the patch in force plays on, a message says so, and 0 is returned.
+    int setCheckedChunk(const std::uint8_t* data, std::int32_t size);
+
     // Clears every matrix row that has no source or no destination.
     void cleanMatrix();
 
 private:
+    // Empty samples of the lengths of a chunk's, to be filled.
+    using NewSamples = std::array<Sample, chunk::waveCount>;
+
     ChunkBytes writeChunk();
-    bool replacePatch(const std::uint8_t* data, std::int32_t size);
-    bool readPatch(const std::uint8_t* data, std::int32_t size, EngineHold& hold);
+    // With samples that are null each is allocated when its turn comes.
+    bool replacePatch(const std::uint8_t* data, std::int32_t size, NewSamples* samples);
+    bool readPatch(const std::uint8_t* data, std::int32_t size, NewSamples* samples, EngineHold& hold);
     void quieten();
     bool refuse(const char* title, const char* text);
     void readName(const std::uint8_t* data);
     void readParameters(const std::uint8_t* data);
     void convertOlderPatch(int version);
     void readCustomWaves(const std::uint8_t* data);
-    bool readSampleData(const std::uint8_t* data, std::int32_t size);
+    bool readSampleData(const std::uint8_t* data, std::int32_t size, NewSamples* samples);
     bool inSampleMode(int index) const;
     void boundSample(Sample& sample);
 

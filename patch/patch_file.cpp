@@ -94,8 +94,8 @@ bool PatchFiles::load(const std::string& path) {
     if (!isLoadable(path, file)) return false;
     const std::span<const std::uint8_t> bytes = chunkOfFile(file);
     const EngineTurn turn(chunk_.access());
-    const bool isLoaded = chunk_.setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size())) != 0;
-    program_.setProgramName(patchNameOfPath(path));
+    const bool isLoaded = chunk_.setCheckedChunk(bytes.data(), static_cast<std::int32_t>(bytes.size())) != 0;
+    if (isLoaded) program_.setProgramName(patchNameOfPath(path));
     host_.setBusy(false);
     return isLoaded;
 }

@@ -45,6 +45,8 @@ const KindTexts& textsOf(FileKind kind) {
 
 }  // namespace
 
+// By value, as who does it beside its caller keeps both.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void Dialogs::work(Work work, OnAnswer then) {
     work.run();
     then(true);

@@ -34,7 +34,7 @@ std::string installedFolder(const std::string& moduleFolder);
 std::string dataFolder();
 std::string bankFolder();        // Vantoric_data: wave banks, configuration files, templates
 std::string soundsFolder();      // Vantoric_sounds: one folder per patch category
-std::string userFolder();        // Vantoric_sounds, User
+std::string userFolder();        // Vantoric_sounds, User; this and the next below ownFolder() of own_files.h
 std::string favouritesFolder();  // Vantoric_sounds, Favourites
 std::string wavetableFolder();   // Vantoric_wavetables
 

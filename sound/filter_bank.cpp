@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <iterator>
 
 namespace vantoric {
 
@@ -15,7 +16,20 @@ void copyVoices(const float* from, float* to, int count, LaneMask mask) {
     }
 }
 
+// Whether a type runs through a delay line: its loop goes voice by voice.
+template <template <class> class... Topologies>
+bool readsLine(int type, filters::LoopList<Topologies...>) {
+    const auto isRowOf = [type](const auto& rows) {
+        return std::any_of(std::begin(rows), std::end(rows), [type](const auto& row) { return row.index == type; });
+    };
+    return ((filters::runsByVoice<Topologies> && isRowOf(filters::filterRows<Topologies>)) || ...);
+}
+
 }  // namespace
+
+void FilterBank::touchMemory(int type) {
+    if (readsLine(type, filters::AllLoops{})) memory_.touchLines();
+}
 
 LaneMask FilterBank::sharing(const filters::Loop<voiceCount>* loop, LaneMask mask) const {
     LaneMask group = 0;

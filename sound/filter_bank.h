@@ -12,7 +12,7 @@
 
 namespace vantoric {
 
-// Audio thread only. Nothing here allocates after construction.
+// Audio thread only, but for touchMemory. Nothing here allocates after construction.
 class FilterBank {
 public:
     // `random` must outlive the bank. Throws std::bad_alloc if memory is short.
@@ -21,6 +21,8 @@ public:
     // Takes the settings of one voice (0 to 15) for the samples up to its next setup. A new type clears the
     // voice's memories; unchanged settings cost nothing.
     void setup(int voice, const FilterSettings& settings) { slots_[voice].setup(memory_, voice, settings); }
+    // Makes the memory ready that a type (list index) will run through, so that the audio thread need not. Any thread.
+    void touchMemory(int type);
     // Clears what a voice's filter remembers between notes; its coefficients stay.
     void reset(int voice) { slots_[voice].reset(memory_, voice); }
     // Clears a voice's filter altogether and sets it to pass audio through.

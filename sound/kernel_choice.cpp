@@ -14,11 +14,42 @@ const std::array<Kernel, stackWaveEnd - stackWaveFirst> stackKernels = {
     kernels::hypernoise9, kernels::supersawJp, kernels::supersawClean, kernels::supernoise,
 };
 
-const std::array<Kernel, noiseKernelCount> noiseKernels = {
-    kernels::noiseWhite,   kernels::noiseLowpass,   kernels::noiseBandpass, kernels::noiseRandom, kernels::noiseRandomRamp,
-    kernels::noiseDigital, kernels::noiseBandlimit, kernels::noiseSynced,   kernels::fractal1,    kernels::fractal2,
-    kernels::fractal3,     kernels::fractal4,       kernels::noisePink,     kernels::noise8Bit,
+namespace {
+
+struct NoiseRow {
+    const char* label;
+    Kernel kernel;
 };
+
+// By NoiWave.
+constexpr NoiseRow noiseRows[noiseKernelCount] = {
+    {"White", kernels::noiseWhite},
+    {"Lowpass", kernels::noiseLowpass},
+    {"Bandpass", kernels::noiseBandpass},
+    {"Random", kernels::noiseRandom},
+    {"Random Ramp", kernels::noiseRandomRamp},
+    {"Digital", kernels::noiseDigital},
+    {"Bandlimit", kernels::noiseBandlimit},
+    {"Synced", kernels::noiseSynced},
+    {"Fractal1", kernels::fractal1},
+    {"Fractal2", kernels::fractal2},
+    {"Fractal3", kernels::fractal3},
+    {"Fractal4", kernels::fractal4},
+    {"Pink", kernels::noisePink},
+    {"8Bit", kernels::noise8Bit},
+};
+
+template <class Field>
+constexpr auto columnOf(Field NoiseRow::* field) {
+    std::array<Field, noiseKernelCount> column{};
+    for (std::size_t i = 0; i < column.size(); ++i) column[i] = noiseRows[i].*field;
+    return column;
+}
+
+}  // namespace
+
+constinit const std::array<Kernel, noiseKernelCount> noiseKernels = columnOf(&NoiseRow::kernel);
+constinit const std::array<const char*, noiseKernelCount> noiseLabels = columnOf(&NoiseRow::label);
 
 namespace {
 

@@ -6,6 +6,7 @@
 
 #include <array>
 
+#include "sound/noise_labels.h"
 #include "sound/oscillator_state.h"
 #include "sound/wave_store.h"
 
@@ -14,7 +15,6 @@ namespace vantoric {
 enum SynthesisType : int { wavetableType, hypersawType, noiseType, sampleType, customWaveType, analogType };
 enum QualityGrade : int { lowCpu, highQuality, crossblendPw };
 
-inline constexpr int noiseKernelCount = 14;
 inline constexpr int stackWaveFirst = 3;  // SSWave entries from here on have kernels of their own
 inline constexpr int stackWaveEnd = 12;
 inline constexpr int pulseWidthRow = 7;  // of the analog rows: "Pulse PW"

@@ -2,7 +2,9 @@
 """Checks that no include goes up a floor or sideways into a room that may not be seen.
 
 Every folder with sources has a row: rooms, faces, programs, made content, tests and benches. A test may see its own room
-and what that room may see; one that plays a whole engine says so here.
+and what that room may see; one that plays a whole engine says so here. What tests share is seen by tests that may see its
+room. The rooms up to the window's model know neither a system nor a foreign library: `platform` is their system, and only
+the window and the faces see the window library. Includes begin at the root of the repository or name a file beside.
 """
 import re
 import subprocess
@@ -59,6 +61,25 @@ TESTS_MORE = {
 }
 
 
+# What tests share, seen by others than the tests of rooms above it.
+TESTS_SHARED = {
+    "tests/window": ["host"],
+    "tests/faces": ["host", "window"],
+    "tests/formats": ["host", "window"],
+    "bench": ["library", "window"],
+}
+
+# Rooms that include nothing but each other, the standard library and the processor's own instructions.
+NEUTRAL = {*BELOW_LIBRARY, "library", "editor/model"} - {"platform"}
+INSTRUCTIONS = {"emmintrin.h", "immintrin.h", "xmmintrin.h"}
+STANDARD = re.compile(r"[a-z0-9_]+|experimental/simd")
+WINDOW_LIBRARY = ("editor", "faces", "tests/window")
+
+SOURCES = ("*.h", "*.cpp")
+# What would hold code as well, and is looked for so that nothing escapes.
+OTHER_SOURCES = ("*.c", "*.cc", "*.cxx", "*.c++", "*.hh", "*.hpp", "*.hxx", "*.h++", "*.inl", "*.ipp", "*.ixx", "*.tpp", "*.mm")
+
+
 def room_of(path):
     """The row that a file or an include belongs to: the longest one that its folders begin with."""
     parts = path.split("/")
@@ -82,14 +103,51 @@ def may_see(path):
     return set(TESTS_MORE[name]) if name in TESTS_MORE else None
 
 
+def place_of(path):
+    """The room of a file, or the folder of a test."""
+    return room_of(path) or "/".join(path.split("/")[:2])
+
+
+def sees_tests(path, included):
+    """Whether a file may include what the tests of a folder share."""
+    folder = included.split("/")[1]
+    place = place_of(path)
+    if folder in TESTS_SHARED.get(place, []):
+        return True
+    return path.startswith("tests/") and (folder == path.split("/")[1] or folder in may_see(path))
+
+
+def is_allowed(path, kind, included):
+    """Whether a file may have an include: `kind` is its first mark, < or "."""
+    place = place_of(path)
+    if ".." in included.split("/") or included.startswith(("/", "./")):
+        return False
+    if included.startswith("vstgui/"):
+        return place in WINDOW_LIBRARY
+    if kind == "<":
+        return place not in NEUTRAL or included in INSTRUCTIONS or STANDARD.fullmatch(included) is not None
+    if included.startswith("tests/"):
+        return sees_tests(path, included)
+    if "/" not in included:
+        return True
+    room = room_of(included)
+    if room is None:
+        return place not in NEUTRAL
+    return room in may_see(path)
+
+
+def files(*patterns):
+    listed = ["git", "ls-files", "--cached", "--others", "--exclude-standard", *patterns]
+    return [path for path in subprocess.check_output(listed, text=True).split("\n") if path]
+
+
 def main():
     wrong = 0
-    listed = ["git", "ls-files", "--cached", "--others", "--exclude-standard", "*.h", "*.cpp"]
-    for path in subprocess.check_output(listed, text=True).split("\n"):
-        if not path:
-            continue
-        allowed = may_see(path)
-        if allowed is None:
+    for path in files(*OTHER_SOURCES):
+        print(f"{path}: sources end in .h or .cpp")
+        wrong += 1
+    for path in files(*SOURCES):
+        if may_see(path) is None:
             print(f"{path}: its folder has no row in tools/floors.py")
             wrong += 1
             continue
@@ -98,10 +156,9 @@ def main():
         except FileNotFoundError:  # deleted, not yet committed
             continue
         for number, line in enumerate(lines, 1):
-            found = re.match(r'\s*#\s*include\s+"([^"]+/[^"]+)"', line)
-            room = room_of(found[1]) if found else None
-            if room and room not in allowed:
-                print(f"{path}:{number}: may not include {found[1]}")
+            found = re.match(r'\s*#\s*include\s*([<"])([^>"]+)[>"]', line)
+            if found and not is_allowed(path, found[1], found[2]):
+                print(f"{path}:{number}: may not include {found[2]}")
                 wrong += 1
     return 1 if wrong else 0
 

@@ -71,6 +71,31 @@ void Layer::releaseUnheldNotes() {
         if (voice->envelopes[volumeEnvelope].awaitsNoteOff()) voice->noteOff();
 }
 
+void Layer::releaseLateNotes(const std::bitset<128>& keysHeard) {
+    keylessTicks_ = keysHeard.any() ? 0 : std::min(keylessTicks_ + 1, lateTicks + 1);
+    if (arpeggiator_.hasKeys()) {
+        unheldTicks_.fill(0);
+        if (keylessTicks_ != lateTicks) return;
+        for (int key = 0; key < 128; ++key) arpeggiator_.noteOff(key, block_.data(), *this);
+        return;
+    }
+    const bool anyKeyHolds = oneVoiceMode() && keysHeard.any();
+    for (int i = 0; i < voiceCount; ++i) {
+        Voice& voice = *voices_[i];
+        const bool isHeld = anyKeyHolds || (voice.note >= 0 && keysHeard.test(static_cast<std::size_t>(voice.note)));
+        if (isHeld || !voice.envelopes[volumeEnvelope].awaitsNoteOff()) {
+            unheldTicks_[i] = 0;
+        } else if (++unheldTicks_[i] >= lateTicks) {
+            voice.noteOff();
+        }
+    }
+}
+
+void Layer::keepUnheldNotes() {
+    unheldTicks_.fill(0);
+    keylessTicks_ = 0;
+}
+
 void Layer::releaseAllEnvelopes() {
     for (auto& voice : voices_) voice->noteOff();
 }

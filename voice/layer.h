@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstdint>
 #include <memory>
 
@@ -53,6 +54,13 @@ public:
     // Ends the notes that still wait for their note-off, unless the arpeggiator has keys: for a tick in which no key is
     // held and no pedal is down, so that a note whose end went to another channel never hangs.
     void releaseUnheldNotes();
+    // The same while other keys are held, once a tick: ends the notes whose keys have not been down on any channel that
+    // the layer hears for `lateTicks` ticks, and all keys of the arpeggiator once none has been down for as long. A
+    // one-voice mode keeps its note while any key is down. So an end that was lost elsewhere holds no note for good.
+    void releaseLateNotes(const std::bitset<128>& keysHeard);
+    // Begins that count anew: for ticks with the pedal down.
+    void keepUnheldNotes();
+    static constexpr int lateTicks = 500;
 
     // What the arpeggiator passes on.
     void startNote(int note, int velocity) override;
@@ -158,6 +166,8 @@ private:
     std::array<std::unique_ptr<Voice>, voiceCount> voices_;
     std::array<Sample, oscillatorCount> samples_;
     std::array<CustomWaveSlot, oscillatorCount> customWaves_;
+    std::array<std::int32_t, voiceCount> unheldTicks_{};  // since a voice that awaits its note-off had a key that is down
+    std::int32_t keylessTicks_ = 0;                       // since any key was down
 
     // What the first insert is told: the layer's own value and the extremes of the sounding voices.
     struct InsertFeed {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/lfo_waves.h"
 #include "base/math.h"
 #include "base/numbers.h"
 
@@ -13,30 +14,7 @@ const std::array<double, tempoRatioCount> tempoRatios = {1.0 / 32, 1.0 / 16, 1.0
 
 namespace {
 
-enum Wave : int {
-    Sine = 2,
-    Triangle = 3,
-    SawUp = 4,
-    SawDown = 5,
-    Square = 6,
-    Random = 8,
-    RandomRamp = 9,
-    Digital = 10,
-    Bandlimited = 11,
-    FadeOut = 13,
-    FadeIn = 14,
-    FadeInOut = 15,
-    FadeStepDown = 16,
-    FadeStepUp = 17,
-    Square12 = 19,
-    Square88 = 25,
-    Stair4Up = 27,
-    Stair8Up = 28,
-    Stair4Down = 29,
-    Stair8Down = 30,
-    Stair4UpDown = 31,
-    Stair8UpDown = 32,
-};
+using namespace lfo;
 
 // Random waves keep their phase and memories over triggers.
 bool runsOn(int wave) { return wave >= Random && wave <= Bandlimited; }

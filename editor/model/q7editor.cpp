@@ -141,7 +141,7 @@ void Q7Editor::endEdit(int tag) {
 void Q7Editor::cancelEdit(int tag) {
     const auto found = std::find_if(gestures_.begin(), gestures_.end(), [=](const Gesture& g) { return g.tag == tag; });
     if (found == gestures_.end()) return;
-    const Gesture gesture = *found;
+    const Gesture& gesture = *found;
     for (std::size_t i = 0; i < gesture.indices.size(); ++i) edits_.set(gesture.indices[i], gesture.before[i]);
     silenceAgain(gesture.woken);
     endEdit(tag);

@@ -135,6 +135,7 @@ private:
     Instrument& instrument_{plugged_.instrument()};
     ToldValues told_;  // in process and flush, of which the host runs one at a time
     BlockEvents events_;
+    std::vector<std::int32_t> noteIds_ = std::vector<std::int32_t>(16 * 128, -1);  // the host's, by channel and key
     std::unique_ptr<FaceWindow> window_;
     clap_plugin_t record_ = {
         &descriptor(),
@@ -250,8 +251,17 @@ void Plugin::collect(const clap_event_header_t& event) {
     }
 }
 
-// Key or channel -1 stands for all.
-void Plugin::collectNote(const clap_event_note_t& note, bool isOn) {
+// Key or channel -1 stands for all, unless the note is told by its number.
+void Plugin::collectNote(const clap_event_note_t& named, bool isOn) {
+    clap_event_note_t note = named;
+    if (isOn && note.key >= 0 && note.key < 128) {
+        noteIds_[static_cast<std::size_t>(clampTo<int>(note.channel, 0, 15) * 128 + note.key)] = note.note_id;
+    } else if (!isOn && note.key == -1 && note.note_id >= 0) {
+        const auto place = std::find(noteIds_.begin(), noteIds_.end(), note.note_id);
+        if (place == noteIds_.end()) return;
+        note.channel = static_cast<std::int16_t>((place - noteIds_.begin()) / 128);
+        note.key = static_cast<std::int16_t>((place - noteIds_.begin()) % 128);
+    }
     constexpr std::uint8_t on = 0x90, off = 0x80, controller = 0xb0, allNotesOff = 123;
     const auto channel = static_cast<std::uint8_t>(clampTo<int>(note.channel, 0, 15));
     const auto status = static_cast<std::uint8_t>((isOn ? on : off) | channel);
@@ -521,7 +531,8 @@ const clap_plugin_descriptor_t& descriptor() {
 
 const clap_plugin_t* makePlugin(const clap_host_t* host) noexcept {
     if (!clap_version_is_compatible(host->clap_version)) return nullptr;
-    return guarded([&] { return (new Plugin(host))->record(); }, static_cast<const clap_plugin_t*>(nullptr));
+    return guarded([&] { return std::make_unique<Plugin>(host).release()->record(); },
+                   static_cast<const clap_plugin_t*>(nullptr));
 }
 
 }  // namespace vantoric::clap_face

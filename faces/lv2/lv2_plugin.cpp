@@ -160,6 +160,7 @@ private:
         return resize_ != nullptr && resize_->ui_resize(resize_->handle, width, height) == 0;
     }
     void collectPorts();
+    void knowPorts(const std::vector<float>& values);
     void collectEvents();
     int portOf(int parameter) const {
         const auto& indices = portParameters();
@@ -188,7 +189,10 @@ void Plugin::collectPorts() {
         const float value = *port.host;
         if (!(std::fabs(value - port.known.load(std::memory_order_relaxed)) >= tolerance)) continue;
         port.known.store(value, std::memory_order_relaxed);
-        if (std::fabs(value - port.written.load(std::memory_order_relaxed)) < tolerance) continue;  // the window's own
+        if (std::fabs(value - port.written.load(std::memory_order_relaxed)) < tolerance) {
+            port.written.store(NAN, std::memory_order_relaxed);  // the window's own, come back: once
+            continue;
+        }
         const float stored = hp::storedFor(instrument_, port.parameter, static_cast<double>(value));
         port.heard.store(stored, std::memory_order_relaxed);
         block_.addParameter(0, port.parameter, stored);
@@ -220,6 +224,7 @@ void Plugin::run(std::uint32_t frames) {
 
 LV2_State_Status Plugin::save(LV2_State_Store_Function store, LV2_State_Handle handle) {
     std::vector<float> known;
+    known.reserve(ports_.size());
     for (const ValuePort& port : ports_) known.push_back(port.known.load(std::memory_order_relaxed));
     const ChunkBytes bytes = plugged_.patch();
     if (bytes.size <= 0) return LV2_STATE_ERR_UNKNOWN;
@@ -230,19 +235,31 @@ LV2_State_Status Plugin::save(LV2_State_Store_Function store, LV2_State_Handle h
                  LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE);
 }
 
+// Values without a number are left as they are.
+void Plugin::knowPorts(const std::vector<float>& values) {
+    for (std::size_t i = 0; i < ports_.size(); ++i)
+        if (std::isfinite(values[i])) ports_[i].known.store(values[i], std::memory_order_relaxed);
+}
+
 LV2_State_Status Plugin::restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle) {
     std::size_t size = 0;
     std::uint32_t type = 0, flags = 0;
     const void* patch = retrieve(handle, numbers_.patch, &size, &type, &flags);
     if (patch == nullptr) return LV2_STATE_ERR_NO_PROPERTY;
-    if (type != numbers_.chunk || !plugged_.restore(patch, size)) return LV2_STATE_ERR_BAD_TYPE;
-    const void* known = retrieve(handle, numbers_.ports, &size, &type, &flags);
-    if (known == nullptr || type != numbers_.chunk || size != ports_.size() * sizeof(float)) return LV2_STATE_SUCCESS;
-    std::vector<float> values(ports_.size());
-    std::memcpy(values.data(), known, size);
-    for (std::size_t i = 0; i < ports_.size(); ++i)
-        if (std::isfinite(values[i])) ports_[i].known.store(values[i], std::memory_order_relaxed);
-    return LV2_STATE_SUCCESS;
+    if (type != numbers_.chunk) return LV2_STATE_ERR_BAD_TYPE;
+    std::vector<float> before(ports_.size());
+    for (std::size_t i = 0; i < ports_.size(); ++i) before[i] = ports_[i].known.load(std::memory_order_relaxed);
+    std::size_t knownSize = 0;
+    const void* known = retrieve(handle, numbers_.ports, &knownSize, &type, &flags);
+    // First what the patch knew of the ports: a block in between must not take theirs for news.
+    if (known != nullptr && type == numbers_.chunk && knownSize == ports_.size() * sizeof(float)) {
+        std::vector<float> values(ports_.size());
+        std::memcpy(values.data(), known, knownSize);
+        knowPorts(values);
+    }
+    if (plugged_.restore(patch, size)) return LV2_STATE_SUCCESS;
+    knowPorts(before);
+    return LV2_STATE_ERR_BAD_TYPE;
 }
 
 // What the host's own ports brought is not written back.
@@ -252,7 +269,7 @@ void Plugin::tellHost(Write write, Touch touch) {
         const int place = portOf(index);
         if (place < 0) return true;
         ValuePort& port = ports_[static_cast<std::size_t>(place)];
-        if (stored == port.heard.load(std::memory_order_relaxed)) return true;
+        if (stored == port.heard.exchange(NAN, std::memory_order_relaxed)) return true;
         const auto plain = static_cast<float>(hp::plain(index, stored));
         port.written.store(plain, std::memory_order_relaxed);
         write(static_cast<std::uint32_t>(firstValuePort + place), plain);
@@ -296,7 +313,7 @@ const LV2_Descriptor descriptor = {
     [](const LV2_Descriptor*, double rate, const char*, const LV2_Feature* const* features) -> LV2_Handle {
         const auto* map = feature<LV2_URID_Map>(features, LV2_URID__map);
         if (map == nullptr) return nullptr;
-        return guarded([&]() -> LV2_Handle { return new Plugin(rate, *map); }, LV2_Handle{});
+        return guarded([&]() -> LV2_Handle { return std::make_unique<Plugin>(rate, *map).release(); }, LV2_Handle{});
     },
     [](LV2_Handle handle, std::uint32_t port, void* data) { pluginOf(handle).connect(port, data); },
     [](LV2_Handle handle) { pluginOf(handle).start(); },

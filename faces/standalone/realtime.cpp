@@ -2,9 +2,11 @@
 
 #include <dbus/dbus.h>
 #include <sched.h>
+#include <signal.h>
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -54,12 +56,25 @@ std::int64_t property(DBusConnection* bus, const char* name, std::int64_t otherw
     }
 }
 
+std::atomic<pid_t> favoured{0};  // the thread that the service made a real-time one
+
+// The system's warning that it has run too long without a rest: it goes on as an ordinary one, before the process is ended.
+extern "C" void makeOrdinary(int) {
+    const sched_param none{};
+    if (const pid_t thread = favoured.load(); thread > 0) sched_setscheduler(thread, SCHED_OTHER, &none);
+}
+
 // The service takes only processes that the system stops when a real-time thread runs away.
-bool limitRunaways(std::int64_t microseconds) {
+bool limitRunaways(pid_t thread, std::int64_t microseconds) {
     rlimit limit{};
     if (getrlimit(RLIMIT_RTTIME, &limit) != 0) return false;
-    const auto wanted = static_cast<rlim_t>(std::max<std::int64_t>(microseconds, 1));
-    limit.rlim_cur = limit.rlim_max = std::min(limit.rlim_max, wanted);
+    favoured.store(thread);
+    struct sigaction action{};
+    action.sa_handler = makeOrdinary;
+    action.sa_flags = SA_RESTART;
+    if (sigaction(SIGXCPU, &action, nullptr) != 0) return false;
+    limit.rlim_max = std::min(limit.rlim_max, static_cast<rlim_t>(std::max<std::int64_t>(microseconds, 2)));
+    limit.rlim_cur = std::min(limit.rlim_cur, limit.rlim_max / 2);
     return setrlimit(RLIMIT_RTTIME, &limit) == 0;
 }
 
@@ -72,7 +87,7 @@ bool askRealtimeService(pid_t thread) {
     if (!bus) return false;
     dbus_connection_set_exit_on_disconnect(bus.get(), FALSE);
     const std::int64_t most = property(bus.get(), "MaxRealtimePriority", 0);
-    if (most <= 0 || !limitRunaways(property(bus.get(), "RTTimeUSecMax", 200000))) return false;
+    if (most <= 0 || !limitRunaways(thread, property(bus.get(), "RTTimeUSecMax", 200000))) return false;
     const Message question(dbus_message_new_method_call(service, object, service, "MakeThreadRealtime"));
     const dbus_uint64_t number = static_cast<dbus_uint64_t>(thread);
     const dbus_uint32_t priority = static_cast<dbus_uint32_t>(std::min<std::int64_t>(most, wantedPriority));

@@ -28,6 +28,7 @@ std::vector<std::pair<int, std::string>> numbers(std::initializer_list<int> valu
     if (inForce > 0 && std::find(all.begin(), all.end(), inForce) == all.end()) all.push_back(inForce);
     std::sort(all.begin(), all.end());
     std::vector<std::pair<int, std::string>> named;
+    named.reserve(all.size());
     for (const int value : all) named.emplace_back(value, std::to_string(value));
     return named;
 }

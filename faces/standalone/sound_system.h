@@ -33,6 +33,8 @@ public:
     // Plays on what is wanted from now on. False where that can't be had: `problem` says why, time passes without sound, and
     // `poll` tries again. No sound, where that is wanted, is no problem.
     bool open(const SoundChoice& choice);
+    // Ends it; the player is called no more.
+    void close() { device_.reset(); }
     // Looks after the device, some times a second: one that has gone gives way to silence until it is back.
     void poll();
 

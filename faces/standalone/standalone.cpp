@@ -62,6 +62,7 @@ Standalone::Standalone(platform::Dialogs& dialogs)
 }
 
 Standalone::~Standalone() {
+    sound_.close();  // before the instrument loses its host
     programs_.reset();
     instrument_.setHostPort(nullptr);
 }

@@ -298,11 +298,13 @@ public:
     uint32 PLUGIN_API getTailSamples() override { return kInfiniteTail; }  // arpeggiators and feedback go on without a note
     uint32 PLUGIN_API getProcessContextRequirements() override { return kNeedTempo | kNeedProjectTimeMusic; }
 
-private:
+    // By `release` alone.
     virtual ~Plugin() {
         window_.reset();
         if (context_ != nullptr) context_->release();
     }
+
+private:
     tresult queryController(const TUID wanted, void** object);
     tresult load(IBStream* stream);
     tresult save(IBStream* stream);
@@ -423,9 +425,11 @@ tresult Plugin::load(IBStream* stream) {
     for (;;) {
         bytes.resize(size + atOnce);
         int32 given = 0;
-        if (stream->read(bytes.data() + size, atOnce, &given) != kResultOk || given <= 0) break;
+        const tresult result = stream->read(bytes.data() + size, atOnce, &given);
+        if (given <= 0) break;
         if (given > atOnce || size > mostState) return kResultFalse;
         size += static_cast<std::size_t>(given);
+        if (result != kResultOk) break;  // some streams call the last, short part a failure
     }
     isRestoring_.store(true, std::memory_order_release);
     const bool isLoaded = plugged_.restore(bytes.data(), size);
@@ -584,6 +588,9 @@ tresult Controller::terminate() {
     return kResultOk;
 }
 
+// Where a controller of MIDI rests: all at the bottom, but the pitch wheel.
+ParamValue restOfController(int hidden) { return hidden % controllersOfChannel == Steinberg::Vst::kPitchBend ? 0.5 : 0; }
+
 tresult Controller::getParameterInfo(int32 place, Steinberg::Vst::ParameterInfo& info) {
     if (place < 0 || place >= getParameterCount()) return kInvalidArgument;
     return guarded([&] {
@@ -593,6 +600,7 @@ tresult Controller::getParameterInfo(int32 place, Steinberg::Vst::ParameterInfo&
             writeText(info.title, 128,
                       "MIDI " + std::to_string(hidden / controllersOfChannel + 1) + "/" +
                           std::to_string(hidden % controllersOfChannel));
+            info.defaultNormalizedValue = restOfController(hidden);
             info.flags = Steinberg::Vst::ParameterInfo::kIsHidden;
             return kResultOk;
         }
@@ -639,7 +647,7 @@ ParamValue Controller::plainParamToNormalized(ParamID id, ParamValue plain) {
 }
 
 ParamValue Controller::getParamNormalized(ParamID id) {
-    if (!isParameter(id)) return 0;
+    if (!isParameter(id)) return id >= firstController ? restOfController(static_cast<int>(id - firstController)) : 0;
     return normalized(static_cast<int>(id), plugin_.instrument().parameters().getParameter(static_cast<int>(id)));
 }
 
@@ -756,7 +764,7 @@ tresult View::getSize(ViewRect* size) {
 
 tresult makePlugin(const TUID wanted, void** object) noexcept {
     return guarded([&] {
-        auto* const plugin = new Plugin;
+        auto* const plugin = std::make_unique<Plugin>().release();
         const tresult result = plugin->queryInterface(wanted, object);
         plugin->release();
         return result;

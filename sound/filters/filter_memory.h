@@ -2,8 +2,10 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <tuple>
 
+#include "base/heard_while_written.h"
 #include "base/lane_bank.h"
 #include "sound/filters/loop_list.h"
 
@@ -49,6 +51,18 @@ public:
         return std::get<typename CellsOf<Voices, Topology>::Type>(cells_);
     }
     DelayLine& line(int voice) { return lines_[voice]; }
+
+    // Has the system map the delay lines, so that the audio thread does not find them missing. Any thread, also while audio
+    // runs: in every page a 0 is exchanged for a 0, and other numbers stay.
+    void touchLines() {
+        constexpr int page = 4096 / sizeof(float);
+        const HeardWhileWritten audioRunsOn;
+        for (int i = 0; i < Voices * DelayLine::size; i += page) {
+            float zero = 0.0f;
+            std::atomic_ref<float>(lineMemory_[static_cast<std::size_t>(i)])
+                .compare_exchange_strong(zero, 0.0f, std::memory_order_relaxed);
+        }
+    }
 
 private:
     template <template <class> class... Topologies>

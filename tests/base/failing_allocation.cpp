@@ -12,9 +12,24 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     return fails ? nullptr : std::malloc(size);
 }
 
+namespace {
+
+// Whether one more may succeed; takes it off what is left.
+bool anyLeft() {
+    std::atomic<long>& left = vantoric::test::allocationsLeft;
+    for (long now = left; now >= 0;) {
+        if (now == 0) return false;
+        if (left.compare_exchange_weak(now, now - 1)) return true;
+    }
+    return true;
+}
+
+}  // namespace
+
 void* operator new(std::size_t size) {
     const std::size_t throwing = vantoric::test::throwingAllocation;
-    void* const memory = throwing != 0 && size >= throwing ? nullptr : std::malloc(size);
+    const bool fails = (throwing != 0 && size >= throwing) || !anyLeft();
+    void* const memory = fails ? nullptr : std::malloc(size);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
 }

@@ -13,5 +13,7 @@ inline std::size_t allocatedAtMost = 0;    // bytes of the largest that was aske
 
 // Of plain `new`, on all threads: bytes from which on it throws std::bad_alloc; 0: never.
 inline std::atomic<std::size_t> throwingAllocation{0};
+// How many plain `new` still succeed, on all threads, before every one throws; below 0: all do.
+inline std::atomic<long> allocationsLeft{-1};
 
 }  // namespace vantoric::test

@@ -1,5 +1,6 @@
 #include "effects/multieffect.h"
 
+#include <atomic>
 #include <clocale>
 #include <cmath>
 #include <limits>
@@ -90,6 +91,26 @@ TEST_F(Slot, AChangeOfTypeActsAtTheNextBlock) {
     EXPECT_GT(std::fabs(processed({0.0f})[0]), 0.01f);
     std::thread([&] { slot.clearState(); }).join();
     EXPECT_LT(std::fabs(processed({0.0f})[0]), 0.001f);
+}
+
+TEST_F(Slot, TypesAndParametersMayBeSetWhileABlockRuns) {
+    std::atomic<bool> isOver{false};
+    std::thread host([&] {
+        for (int i = 0; !isOver; ++i) {
+            slot.setType(i % 77);
+            slot.setParameter(i % 5, static_cast<float>(i % 11) / 10.0f);
+            if (i % 7 == 0) slot.clearState();
+            slot.touchMemory(i % 77);
+        }
+    });
+    bool isFinite = true;
+    for (int block = 0; block < 400; ++block)
+        for (const float x : processed(std::vector<float>(64, 0.25f))) isFinite = isFinite && std::isfinite(x);
+    isOver = true;
+    host.join();
+    EXPECT_TRUE(isFinite);
+    slot.setType(0);
+    EXPECT_EQ(processed({0.5f})[0], 0.5f) << "the last type counts";
 }
 
 TEST_F(Slot, NumbersBeyondTheTableAreOff) {

@@ -311,5 +311,65 @@ TEST(Block, RateMayChangeBetweenBlocks) {
     EXPECT_TRUE(allFinite(rig.left));
 }
 
+// Sets another rate on a thread of its own as soon as a block begins, and looks whether the block stays what it was.
+struct RateChange final : BlockObserver {
+    explicit RateChange(Instrument& instrument) : audio(instrument) {}
+    ~RateChange() {
+        if (other.joinable()) other.join();
+    }
+    void onStep(BlockStep step, int first, int) override {
+        if (step == BlockStep::clearOutputs) {
+            samples = first;
+            if (other.joinable()) return;
+            other = std::thread([this] {
+                audio.setSampleRate(96000.0f);
+                isSet.set();
+            });
+            for (int i = 0; i < 50 && !isSet.isSet(); ++i) platform::sleepMilliseconds(1);
+        }
+        if (step == BlockStep::renderSubBlock) isWhole = isWhole && audio.state().oversampled == (samples == 2 * frames);
+    }
+
+    static constexpr int frames = 200;
+    Instrument& audio;
+    std::thread other;
+    Flag isSet;
+    int samples = 0;
+    bool isWhole = true;
+};
+
+TEST(Block, IsRenderedAtOneRateThoughAnotherIsSetAsItBegins) {
+    EngineRig rig(48000.0f);
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    RateChange change(rig.audio);
+    rig.audio.setBlockObserver(&change);
+    rig.block(RateChange::frames);
+    EXPECT_TRUE(change.isWhole);
+    change.other.join();
+    rig.block(RateChange::frames);
+    EXPECT_TRUE(change.isWhole);
+    EXPECT_EQ(change.samples, RateChange::frames);
+    rig.audio.setBlockObserver(nullptr);
+}
+
+// Whatever the rate was when a host asked for its longest block, nothing is written beyond what the block is rendered in.
+TEST(Block, OfAnyLengthAtAnyRateStaysWithinTheBuffers) {
+    EngineRig rig(96000.0f);
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    std::vector<double> left(140000), right(140000);
+    for (const float rate : {96000.0f, 48000.0f, 192000.0f, 44100.0f}) {
+        rig.audio.setSampleRate(rate);
+        rig.block(140000);
+        rig.audio.render(left.data(), right.data(), 140000, {});
+        EXPECT_NE(left.back(), 0.0) << rate;
+        EXPECT_NE(rig.left.back(), 0.0f) << rate;
+    }
+}
+
 }  // namespace
 }  // namespace vantoric

@@ -6,8 +6,12 @@
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <new>
+#include <system_error>
 #include <thread>
 
+#include "tests/base/failing_allocation.h"
+#include "tests/base/failing_thread.h"
 #include "tests/engine/engine_rig.h"
 
 namespace vantoric {
@@ -348,6 +352,133 @@ TEST(Instrument, ThePedalOfAnotherChannelLeavesNoNoteBehind) {
     EXPECT_EQ(rig.audio.layer(0).voice(15).state(), Envelope::Release);
 }
 
+TEST(Instrument, AnEndOnAnotherChannelEndsTheNote) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::MidiSpli, 1);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    rig.tick();
+    EXPECT_TRUE(rig.audio.layer(0).voice(15).envelopes[0].awaitsNoteOff());
+    rig.send({{0x81, 60, 0}});
+    for (int i = 0; i < 3; ++i) rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).voice(15).state(), Envelope::Release);
+}
+
+TEST(Instrument, OneEndTakesOneKeyOff) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer(0);
+    rig.plainLayer(1);
+    rig.setList(par::MidiSpli, 1, 0);
+    rig.setList(par::MidiSpli, 2, 1);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}, {0x91, 60, 100}});
+    rig.tick();
+    rig.send({{0x82, 60, 0}});
+    for (int i = 0; i < 3; ++i) rig.tick();
+    EXPECT_TRUE(rig.audio.layer(1).voice(15).envelopes[0].awaitsNoteOff());
+    rig.send({{0x83, 60, 0}});
+    for (int i = 0; i < 3; ++i) rig.tick();
+    EXPECT_EQ(rig.audio.layer(1).voice(15).state(), Envelope::Release);
+}
+
+TEST(Instrument, AKeyOfOtherChannelsLeftDownByALostEndKeepsNoNoteForGood) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::MidiSpli, 3);
+    for (const int playMode : {8, 0}) {
+        rig.setList(par::PlayMode, playMode);
+        rig.audio.resetEngine();
+        rig.send({{0x94, 40, 1}});  // its end never comes
+        rig.send({{0xb2, 64, 127}, {0x92, 60, 100}});
+        rig.tick();
+        rig.send({{0x82, 60, 0}, {0xb2, 64, 0}});
+        rig.tick();
+        const Voice& voice = rig.audio.layer(0).voice(playMode == 0 ? 0 : 15);
+        EXPECT_TRUE(voice.envelopes[0].awaitsNoteOff());
+        for (int i = 0; i < Layer::lateTicks; ++i) rig.tick();
+        EXPECT_FALSE(voice.envelopes[0].awaitsNoteOff()) << playMode;
+    }
+}
+
+TEST(Instrument, AKeyOfItsOwnChannelLeftDownKeepsNoOtherNoteForGood) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::MidiSpli, 3);
+    rig.audio.resetEngine();
+    rig.send({{0x92, 40, 100}, {0xb2, 64, 127}, {0x92, 60, 100}});
+    rig.tick();
+    rig.send({{0x82, 60, 0}, {0xb2, 64, 0}});
+    for (int i = 0; i < Layer::lateTicks + 2; ++i) rig.tick();
+    EXPECT_TRUE(rig.audio.layer(0).voice(15).envelopes[0].awaitsNoteOff());   // 40, which is down
+    EXPECT_FALSE(rig.audio.layer(0).voice(14).envelopes[0].awaitsNoteOff());  // 60
+}
+
+TEST(Instrument, AnArpeggiatorDoesNotPlayOnWithAKeyWhoseEndWentToAnotherChannel) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::MidiSpli, 1);
+    rig.setList(par::ArpType, 2);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 60, 100}});
+    for (int i = 0; i < Layer::lateTicks + 10; ++i) rig.tick();
+    EXPECT_GE(rig.audio.layer(0).arpeggiator().playingStep(), 0);
+    rig.send({{0x81, 60, 0}});
+    for (int i = 0; i < Layer::lateTicks + 2; ++i) rig.tick();
+    EXPECT_EQ(rig.audio.layer(0).arpeggiator().playingStep(), -1);
+}
+
+TEST(Instrument, HeldKeysAndThePedalKeepTheirNotes) {
+    EngineRig rig;
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    rig.send({{0x93, 40, 100}});
+    for (int i = 0; i < 2 * Layer::lateTicks; ++i) rig.tick();
+    EXPECT_TRUE(rig.audio.layer(0).voice(15).envelopes[0].awaitsNoteOff());
+    rig.send({{0xb3, 64, 127}, {0x83, 40, 0}});
+    for (int i = 0; i < 2 * Layer::lateTicks; ++i) rig.tick();
+    EXPECT_TRUE(rig.audio.layer(0).voice(15).envelopes[0].awaitsNoteOff());
+}
+
+TEST(Instrument, ThatGetsNoThreadLeavesNothingBehind) {
+    test::sharedDataFolder();
+    {
+        const test::NoMoreThreads none;
+        EXPECT_THROW(Instrument(), std::system_error);
+    }
+    EXPECT_FALSE(WaveLibrary::shared().loaded());
+    EXPECT_EQ(EngineRig().audio.instanceNumber(), 1);
+}
+
+TEST(Instrument, ThatGetsNoMemoryLeavesNothingBehind) {
+    test::sharedDataFolder();
+    {
+        EngineRig();
+    }  // what the process keeps for good is there now
+    int failures = 0;
+    bool isMade = false;
+    for (long allocations = 0; !isMade; allocations = 2 * allocations + 1) {
+        ASSERT_LT(allocations, 10'000'000);
+        test::allocationsLeft = allocations;
+        try {
+            const Instrument instrument;
+            isMade = true;
+        } catch (const std::bad_alloc&) {
+            ++failures;
+        }
+        test::allocationsLeft = -1;
+        EXPECT_FALSE(WaveLibrary::shared().loaded()) << allocations;
+    }
+    EXPECT_GT(failures, 4);
+    EXPECT_EQ(EngineRig().audio.instanceNumber(), 1);
+}
+
 TEST(Instrument, SuspendLeavesSwitchedOffLayersAlone) {
     EngineRig rig;
     rig.clearParameters();
@@ -473,7 +604,7 @@ long pagesAfter(EngineRig& rig, const std::function<void(Instrument&)>& change) 
         getrusage(RUSAGE_THREAD, &usage);
         return usage.ru_minflt;
     };
-    rig.send({{0x90, 60, 100}});
+    for (int key = 60; key < 68; ++key) rig.send({{0x90, key, 100}});
     play(20);
     const long before = mapped();
     change(rig.audio);
@@ -481,9 +612,9 @@ long pagesAfter(EngineRig& rig, const std::function<void(Instrument&)>& change) 
     return mapped() - before;
 }
 
-// The lines of an effect that is chosen while it plays are mapped by whoever chooses it.
-TEST(Instrument, AnEffectChosenOnAnotherThreadIsMappedBeforeItPlays) {
-    constexpr int delay = 6, few = 40;
+// The lines of an effect or a filter that is chosen while it plays are mapped by whoever chooses it.
+TEST(Instrument, AnEffectOrAFilterChosenOnAnotherThreadIsMappedBeforeItPlays) {
+    constexpr int delay = 6, comb = 24, few = 40;
     const auto elsewhere = [](std::function<void(Instrument&)> work) {
         return [work](Instrument& audio) { std::thread([&] { work(audio); }).join(); };
     };
@@ -496,6 +627,13 @@ TEST(Instrument, AnEffectChosenOnAnotherThreadIsMappedBeforeItPlays) {
          [&](Instrument& audio) {
              audio.setParameter(hostIndex(par::FxInType, 1), wanted);
              audio.setParameter(par::Layer1On + 1, 1.0f);
+         }},
+        {"first filter", [&](Instrument& audio) { audio.setParameter(hostIndex(par::FilType1, 0), listValue(comb)); }},
+        {"second filter", [&](Instrument& audio) { audio.setParameter(hostIndex(par::FilType1 + 1, 0), listValue(comb)); }},
+        {"a layer with a filter",
+         [&](Instrument& audio) {
+             audio.setParameter(hostIndex(par::FilType1, 0), listValue(comb));
+             audio.setParameter(par::Layer1On, 1.0f);
          }},
         {"a command",
          [&](Instrument& audio) {

@@ -379,6 +379,35 @@ TEST_F(Worker, TheLastInstanceEmptiesTheLibrary) {
     EXPECT_EQ(WaveLibrary::Membership(library).number(), 1);
 }
 
+TEST_F(Worker, AWaveThatABlockStillReadsIsKeptThoughALoadHasClearedTheMarkOfTheBlock) {
+    giveSquare(0);
+    flags.rebuildRequested.set();
+    worker.poll();
+    const std::weak_ptr<const CustomWave> old = waves[0].wave();
+    const auto load = [this](int value) {
+        EngineAccess access(flags, [](int) {});
+        const EngineHold hold(access, HoldFor::waves);  // clears `audioRunning` by force
+        for (int i = 0; i < cycleSamples; ++i) {
+            for (CustomWaveSlot& wave : waves) wave.cycle[static_cast<std::size_t>(i)] = static_cast<std::int16_t>(i % value);
+        }
+        for (CustomWaveSlot& wave : waves) wave.forget();
+    };
+    {
+        const Passes::Scope block(flags.blockPasses);
+        flags.audioRunning.set();
+        load(500);
+        flags.rebuildRequested.set();
+        worker.poll();
+        EXPECT_TRUE(waves[0].isBuilt());
+        EXPECT_FALSE(flags.audioRunning.isSet());
+        EXPECT_FALSE(old.expired());
+    }
+    load(700);
+    flags.rebuildRequested.set();
+    worker.poll();
+    EXPECT_TRUE(old.expired()) << "the block is out";
+}
+
 TEST_F(Worker, AnInstanceWhoseConstructionFailsLeavesTheCountRight) {
     struct Instance {
         explicit Instance(WaveLibrary& banks) : membership(banks) { throw std::bad_alloc(); }

@@ -1,7 +1,7 @@
 #!/bin/bash
 # ardour_render.sh FOLDER: Ardour 7 or 8 renders the same notes through the instrument as VST 2.4, LV2 and VST 3, as they lie in
 # FOLDER, without a display or a sound device; the three wave files must sound, and agree: to the bit until the song's
-# position, which Ardour tells each format in its own way, makes a difference.
+# position and decimal texts of values, which are Ardour's own, make a difference.
 # Exit status: 0 good, 1 not, 77 no Ardour here.
 set -euo pipefail
 
@@ -64,25 +64,34 @@ peak=$(samples "$work/LXVST.wav" | od -An -v -t f4 -w4 | awk '{ x = $1 < 0 ? -$1
 say "VST 2.4: peak $peak"
 awk -v peak="$peak" 'BEGIN { exit !(peak > 0.003) }' || fail "the export is silent"
 rms() { samples "$1" | od -An -v -t f4 -w4 | awk '{ sum += $1 * $1; n++ } END { printf "%.6f", sqrt(sum / n) }'; }
+# The largest difference of two files within the first half second.
+difference() {
+    paste <(samples "$1" | head -c $((8 * 24000)) | od -An -v -t f4 -w4) <(samples "$2" | head -c $((8 * 24000)) | od -An -v -t f4 -w4) |
+        awk '{ d = $1 < $2 ? $2 - $1 : $1 - $2; if (d > most) most = d } END { print most + 0 }'
+}
 compare() {
-    local at level expected
+    local apart level expected
     render "$@"
     if [ "$(samples "$work/$1.wav" | md5sum)" = "$reference" ]; then
         say "$1: the same samples"
         return
     fi
     # Ardour counts the song's position otherwise for each format, in its last digits, and the arpeggiators of the welcome patch
-    # follow it: a step may fall into the tick beside. The first half second is before any step that could.
-    at=$(cmp <(samples "$work/$1.wav") <(samples "$work/LXVST.wav") | sed 's/.*byte \([0-9]*\),.*/\1/' || true)
+    # follow it: a step may fall into the tick beside. The first half second is before any step that could. And it keeps values
+    # of VST 3 parameters as decimal text in its session, and sends them back.
+    apart=$(difference "$work/$1.wav" "$work/LXVST.wav")
     level=$(rms "$work/$1.wav")
     expected=$(rms "$work/LXVST.wav")
-    say "$1: the same samples up to frame $((at / 8)), RMS $level for $expected"
-    awk -v a="$level" -v b="$expected" 'BEGIN { exit !(a > 0.95 * b && a < 1.05 * b) }' && [ "$at" -gt $((8 * 24000)) ] ||
-        fail "$1 sounds other than VST 2.4"
+    say "$1: within $apart in the first half second; RMS $level for $expected"
+    awk -v a="$level" -v b="$expected" -v apart="$apart" 'BEGIN { exit !(a > 0.95 * b && a < 1.05 * b && apart < 0.002) }'
 }
-[ ! -d "$folder/Vantoric.lv2" ] || compare LV2 https://vantoric.example/vantoric
+# On a busy machine an export of Ardour's script tool has come out empty: three tries, as elsewhere.
+matches() {
+    compare "$@" || compare "$@" || compare "$@" || fail "$1 sounds other than VST 2.4"
+}
+[ ! -d "$folder/Vantoric.lv2" ] || matches LV2 https://vantoric.example/vantoric
 if [ -d "$folder/Vantoric.vst3" ]; then
     LD_LIBRARY_PATH=$library timeout 120 "$library/ardour-vst3-scanner" -f "$folder/Vantoric.vst3" > "$work/log" 2>&1 || true
-    compare VST3 Vantoric
+    matches VST3 Vantoric
 fi
 say "good"

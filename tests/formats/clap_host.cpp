@@ -111,14 +111,15 @@ public:
             const Bytes& bytes;
             std::size_t piece, at = 0;
         } source{state, piece};
-        const clap_istream_t stream{&source, [](const clap_istream_t* s, void* to, std::uint64_t size) -> std::int64_t {
-                                        auto& from = *static_cast<Source*>(s->ctx);
-                                        const auto given = std::min<std::size_t>(
-                                            {static_cast<std::size_t>(size), from.piece, from.bytes.size() - from.at});
-                                        std::memcpy(to, from.bytes.data() + from.at, given);
-                                        from.at += given;
-                                        return static_cast<std::int64_t>(given);
-                                    }};
+        const clap_istream_t stream{
+            &source, [](const clap_istream_t* s, void* to, std::uint64_t size) -> std::int64_t {
+                auto& from = *static_cast<Source*>(s->ctx);
+                const auto given =
+                    std::min<std::size_t>({static_cast<std::size_t>(size), from.piece, from.bytes.size() - from.at});
+                std::copy_n(from.bytes.begin() + static_cast<std::ptrdiff_t>(from.at), given, static_cast<std::uint8_t*>(to));
+                from.at += given;
+                return static_cast<std::int64_t>(given);
+            }};
         return extension<clap_plugin_state_t>(CLAP_EXT_STATE)->load(plugin_, &stream);
     }
     double parameter(int index) override {

@@ -108,7 +108,7 @@ public:
     Stream(Bytes content, std::size_t most) : bytes(std::move(content)), piece(most) {}
     tresult PLUGIN_API read(void* to, int32 size, int32* done) override {
         const std::size_t given = std::min({static_cast<std::size_t>(size), piece, bytes.size() - at});
-        std::memcpy(to, bytes.data() + at, given);
+        std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), given, static_cast<std::uint8_t*>(to));
         at += given;
         if (done != nullptr) *done = static_cast<int32>(given);
         return kResultOk;

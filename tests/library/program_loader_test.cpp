@@ -1,8 +1,11 @@
 #include "library/program_loader.h"
 
 #include <chrono>
+#include <filesystem>
 
+#include "base/parameters.h"
 #include "library/program_steps.h"
+#include "platform/module_folder.h"
 #include "tests/library/menu_bench.h"
 
 namespace vantoric {
@@ -26,7 +29,7 @@ struct Programs : ::testing::Test, test::MenuBench {
     }
     // For what should not come.
     std::string nameAfterAWhile() {
-        platform::sleepMilliseconds(150);
+        platform::sleepMilliseconds(500);
         return name();
     }
 };
@@ -54,6 +57,21 @@ TEST_F(Programs, StepThroughThePatchesFromTheOneInForce) {
     EXPECT_EQ(nameOnce("c"), "c");
     EXPECT_EQ(loader.lastNumber(), 2);
     EXPECT_TRUE(shown().empty());
+}
+
+TEST_F(Programs, ALearnIsWrittenThoughTheWindowThatArmedItIsClosed) {
+    constexpr int controller = 20;
+    std::filesystem::create_directories(platform::bankFolder());
+    const ProgramLoader loader(audio, dialogs);
+    audio.midi().setLearnPending(parameter::Cutoff1);
+    rig.send({{0xb0, controller, 64}});
+    ControllerMap written;
+    for (int i = 0; i < 500 && written.get(controller) != parameter::Cutoff1; ++i) {
+        platform::sleepMilliseconds(10);
+        written.load(controllerMapPath());
+    }
+    EXPECT_EQ(written.get(controller), parameter::Cutoff1);
+    std::filesystem::remove(controllerMapPath());
 }
 
 TEST_F(Programs, AreTheWindowsWhileOneIsOpen) {

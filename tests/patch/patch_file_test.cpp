@@ -7,6 +7,7 @@
 
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "tests/base/failing_allocation.h"
 #include "tests/patch/patch_bench.h"
 
 namespace vantoric {
@@ -208,6 +209,24 @@ TEST_F(PatchFile, ThatIsBadAnywhereLeavesThePatchThatPlays) {
         EXPECT_EQ(busy, text == kind);
     }
     EXPECT_TRUE(calls.empty()) << "no note ends, nothing is reset";
+    EXPECT_EQ(save(), before);
+}
+
+TEST_F(PatchFile, ForWhichMemoryIsShortLeavesThePatchThatPlays) {
+    ASSERT_TRUE(files->loadPatchFile(put("mine.fxp", file(HandMadeChunk().header(3, {10, 0, 10, 44100}).data(10, 3).bytes))));
+    const Bytes before = save();
+    calls.clear();
+    const Bytes large =
+        file(HandMadeChunk().header(3, {5, 0, 5, 44100}).header(4, {50000, 0, 50000, 44100}).data(50005, 7).bytes);
+    test::failingAllocation = 90000;
+    const bool isLoaded = files->loadPatchFile(put("large.fxp", large));
+    test::failingAllocation = 0;
+    EXPECT_FALSE(isLoaded);
+    EXPECT_EQ(boxTexts(), Texts{"Not enought memory."});
+    EXPECT_TRUE(calls.empty()) << "no note ends, nothing is reset";
+    EXPECT_EQ(program.getProgramName(), "mine");
+    EXPECT_FALSE(state.flags.engineLocked.isSet());
+    EXPECT_FALSE(busy);
     EXPECT_EQ(save(), before);
 }
 

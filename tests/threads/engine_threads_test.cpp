@@ -51,10 +51,9 @@ struct Threads : ::testing::Test {
         ++blocks;
     }
 
-    // Any parameter of a layer, as a host sets it.
+    // Any parameter, as a host sets it.
     void editParameter(LinearCongruence& random) {
         const int index = static_cast<int>(random.next() % parameterCount);
-        if (index < globalParameterCount) return;
         rig.audio.setParameter(index, random.unit());
         char text[hostTextLength + 1] = {};
         rig.audio.parameters().getParameterDisplay(index, text);
@@ -68,6 +67,29 @@ struct Threads : ::testing::Test {
         ASSERT_GT(bytes.size, 0);
         EXPECT_EQ(rig.audio.patchChunk().setChunk(bytes.data.get(), bytes.size), 1);
         platform::sleepMilliseconds(20);
+    }
+
+    // Patches to a file and back, under names that others read meanwhile.
+    void exchangeFile(int number) {
+        const std::string path = folder / (number % 2 == 0 ? "one.fxp" : "the other.fxp");
+        EXPECT_TRUE(rig.audio.patchFiles().savePatchFile(path));
+        EXPECT_TRUE(rig.audio.patchFiles().loadPatchFile(path));
+        platform::sleepMilliseconds(25);
+    }
+    void readName() {
+        rig.audio.program().getProgramName();
+        rig.audio.program().setProgramName("between two loads");
+        rig.audio.isBusy();
+        platform::sleepMilliseconds(1);
+    }
+
+    // The slots take their types from whoever sets them, also past the parameters.
+    void chooseEffects(int number) {
+        rig.audio.masterEffect().setType(number % 77);
+        rig.audio.layer(number % layerCount).insert(number % 2).setType(number * 7 % 77);
+        rig.audio.setParameter(par::FxMaType, listValue(number % 77));
+        rig.audio.setParameter(hostIndex(par::FilType1 + number % 2, number % layerCount), listValue(number % 80));
+        platform::sleepMilliseconds(1);
     }
 
     void rebuildWaves(int number) {
@@ -93,6 +115,7 @@ struct Threads : ::testing::Test {
         platform::sleepMilliseconds(40);
     }
 
+    platform::ScratchFolder folder;
     EngineRig rig;
     const Clock::time_point end = Clock::now() + std::chrono::seconds(3);
     std::vector<std::thread> threads;
@@ -104,6 +127,9 @@ TEST_F(Threads, PlayEditLoadRebuildAskAndOpenOthersAtOnce) {
     repeat([this](int number) { playBlock(number); });
     repeat([this, random = LinearCongruence{1}](int) mutable { editParameter(random); });
     repeat([this](int) { exchangeChunk(); });
+    repeat([this](int number) { exchangeFile(number); });
+    repeat([this](int) { readName(); });
+    repeat([this](int number) { chooseEffects(number); });
     repeat([this](int number) { rebuildWaves(number); });
     repeat([this, reader = ParameterChanges::Reader(rig.audio.parameters().changes())](int) mutable { followChanges(reader); });
     repeat([this](int number) { changeRate(number); });

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <csignal>
 #include <cstdint>
 #include <fstream>
 #include <memory>
@@ -109,9 +110,14 @@ private:
 };
 
 // In a process of its own, as a limit that the service wants can't be taken back. Its number, and whether it was granted.
+// The warning of a runaway that follows must not end it.
 std::pair<pid_t, bool> askInAProcess() {
     const pid_t process = fork();
-    if (process == 0) _exit(askRealtimeService(static_cast<pid_t>(syscall(SYS_gettid))) ? 0 : 1);
+    if (process == 0) {
+        const bool isGranted = askRealtimeService(static_cast<pid_t>(syscall(SYS_gettid)));
+        if (isGranted) raise(SIGXCPU);
+        _exit(isGranted ? 0 : 1);
+    }
     int status = 0;
     waitpid(process, &status, 0);
     return {process, WIFEXITED(status) && WEXITSTATUS(status) == 0};

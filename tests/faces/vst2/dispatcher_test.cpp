@@ -26,6 +26,12 @@ struct Log {
 };
 
 Log* theLog = nullptr;
+bool everythingThrows = false;
+
+void mayThrow() {
+    if (everythingThrows) throw std::runtime_error("whatever it is");
+}
+
 std::vector<int> hostCalls;
 bool hostAnswers = true;
 VstTimeInfo hostTime{};
@@ -43,16 +49,25 @@ class FakeEditor : public AEffEditor {
 public:
     ~FakeEditor() override { ++theLog->editorsDeleted; }
     bool getRect(ERect** rect) override {
+        mayThrow();
         *rect = &rect_;
         return true;
     }
     bool open(void*) override {
+        mayThrow();
         theLog->add("editor open");
         return opens;
     }
-    void close() override { theLog->add("editor close"); }
-    void idle() override { theLog->add("editor idle"); }
+    void close() override {
+        mayThrow();
+        theLog->add("editor close");
+    }
+    void idle() override {
+        mayThrow();
+        theLog->add("editor idle");
+    }
     bool onKeyDown(const VstKeyCode& key) override {
+        mayThrow();
         theLog->add("key " + std::to_string(key.character) + " " + std::to_string(key.virt) + " " + std::to_string(key.modifier));
         return true;
     }
@@ -73,73 +88,123 @@ public:
         canDoubleReplacing();
     }
     ~FakeEffect() override { ++theLog->deleted; }
-    void open() override { theLog->add("open"); }
-    void close() override { theLog->add("close"); }
-    void suspend() override { theLog->add("suspend"); }
-    void resume() override { wantEvents(); }
-    void setSampleRate(float rate) override { theLog->add("rate " + std::to_string(static_cast<int>(rate))); }
-    void setBlockSize(std::int32_t frames) override { theLog->add("block " + std::to_string(frames)); }
+    void open() override { add("open"); }
+    void close() override { add("close"); }
+    void suspend() override { add("suspend"); }
+    void resume() override {
+        mayThrow();
+        wantEvents();
+    }
+    void setSampleRate(float rate) override { add("rate " + std::to_string(static_cast<int>(rate))); }
+    void setBlockSize(std::int32_t frames) override { add("block " + std::to_string(frames)); }
+    void processDoubleReplacing(double** inputs, double** outputs, std::int32_t frames) override {
+        if (!everythingThrows) return AudioEffectX::processDoubleReplacing(inputs, outputs, frames);
+        std::fill_n(outputs[0], frames / 2, 0.25);
+        mayThrow();
+    }
     void processReplacing(float**, float** outputs, std::int32_t frames) override {
         theLog->add("process " + std::to_string(frames));
-        for (int i = 0; i < frames; ++i) outputs[0][i] = outputs[1][i] = 0.5f;
+        for (int i = 0; i < frames; ++i) {
+            if (i == frames / 2) mayThrow();
+            outputs[0][i] = outputs[1][i] = 0.5f;
+        }
     }
-    void setParameter(std::int32_t index, float value) override { values.at(index) = value; }
-    float getParameter(std::int32_t index) override { return values.at(index); }
-    void getParameterName(std::int32_t, char* text) override { std::strcpy(text, "FilSerial and a long tail"); }
-    void setProgram(std::int32_t program) override { theLog->add("program " + std::to_string(program)); }
-    std::int32_t getProgram() override { return 1; }
-    void setProgramName(const char* name) override { programName = name; }
-    void getProgramName(char* text) override { copyText(text, programName.c_str(), textBufferSize - 1); }
+    void setParameter(std::int32_t index, float value) override {
+        mayThrow();
+        values.at(index) = value;
+    }
+    float getParameter(std::int32_t index) override {
+        mayThrow();
+        return values.at(index);
+    }
+    void getParameterName(std::int32_t, char* text) override {
+        mayThrow();
+        std::strcpy(text, "FilSerial and a long tail");
+    }
+    void setProgram(std::int32_t program) override { add("program " + std::to_string(program)); }
+    std::int32_t getProgram() override {
+        mayThrow();
+        return 1;
+    }
+    void setProgramName(const char* name) override {
+        mayThrow();
+        programName = name;
+    }
+    void getProgramName(char* text) override {
+        mayThrow();
+        copyText(text, programName.c_str(), textBufferSize - 1);
+    }
     std::int32_t getChunk(void** data, bool) override {
+        mayThrow();
         *data = std::malloc(100);
         std::memset(*data, 7, 100);
         return chunkSize;
     }
     std::int32_t setChunk(void*, std::int32_t size, bool isPreset) override {
-        if (chunkThrows) throw std::runtime_error("chunk");
+        mayThrow();
         theLog->add("chunk " + std::to_string(size) + (isPreset ? " preset" : " bank"));
         return 1;
     }
     std::int32_t processEvents(VstEvents* events) override {
+        mayThrow();
         ++eventCalls;
         for (int i = 0; i < events->numEvents; ++i)
             theLog->events.push_back(static_cast<unsigned char>(events->events[i]->data[8]));
         return 1;
     }
-    bool canParameterBeAutomated(std::int32_t index) override { return index == 3; }
+    bool canParameterBeAutomated(std::int32_t index) override {
+        mayThrow();
+        return index == 3;
+    }
     bool getProgramNameIndexed(std::int32_t, std::int32_t index, char* text) override {
+        mayThrow();
         if (index != 0) return false;
         getProgramName(text);
         return true;
     }
     bool getOutputProperties(std::int32_t index, VstPinProperties* properties) override {
+        mayThrow();
         properties->flags = index + 1;
         return true;
     }
     bool getEffectName(char* text) override {
+        mayThrow();
         std::memset(text, 'n', 200);
         return true;
     }
-    std::int32_t canDo(const char* text) override { return std::strcmp(text, "receiveVstEvents") == 0 ? 1 : -1; }
-    std::int32_t getVendorVersion() override { return 3300; }
+    std::int32_t canDo(const char* text) override {
+        mayThrow();
+        return std::strcmp(text, "receiveVstEvents") == 0 ? 1 : -1;
+    }
+    std::int32_t getVendorVersion() override {
+        mayThrow();
+        return 3300;
+    }
 
     std::vector<float> values = std::vector<float>(5);
     std::string programName = "a name of more than twenty-four characters";
     std::int32_t chunkSize = 100;
-    bool chunkThrows = false;
     int eventCalls = 0;
+
+private:
+    static void add(const std::string& call) {
+        mayThrow();
+        theLog->add(call);
+    }
 };
 
 class Dispatcher : public ::testing::Test {
 protected:
     Dispatcher() {
         theLog = &log;
+        everythingThrows = false;
         hostCalls.clear();
         hostAnswers = true;
         effect = new FakeEffect(hostCallback);
         record = effect->getAeffect();
     }
     ~Dispatcher() override {
+        everythingThrows = false;
         if (!log.deleted) call(pluginClose);
         theLog = nullptr;
     }
@@ -291,10 +356,59 @@ TEST_F(Dispatcher, ChunksOfImpossibleSizeDoNotReachThePlugin) {
     EXPECT_EQ(log.calls, (std::vector<std::string>{"chunk 8 preset", "chunk 0 bank"}));
 }
 
-TEST_F(Dispatcher, ExceptionsEndAtTheBoundary) {
-    effect->chunkThrows = true;
-    char data[8] = {};
-    EXPECT_EQ(call(pluginSetChunk, 1, 8, data), 0);
+TEST_F(Dispatcher, ExceptionsOfEveryOperationEndAtTheBoundary) {
+    giveEditor();
+    std::vector<char> memory(4096);
+    VstMidiEvent note{};
+    note.type = midiEventType;
+    struct {
+        std::int32_t count = 1;
+        std::intptr_t reserved = 0;
+        void* events[2] = {};
+    } list;
+    list.events[0] = &note;
+    everythingThrows = true;
+    for (int opcode = -5; opcode < 200; ++opcode) {
+        if (opcode == pluginClose) continue;
+        void* const argument = opcode == pluginProcessEvents ? static_cast<void*>(&list) : memory.data();
+        EXPECT_NO_THROW(call(opcode, 1, 0, argument, 1.0f)) << opcode;
+    }
+    for (const int opcode : {pluginOpen, pluginSetChunk, pluginGetChunk, pluginProcessEvents, pluginEditOpen, pluginEditIdle})
+        EXPECT_EQ(call(opcode, 0, 8, opcode == pluginProcessEvents ? static_cast<void*>(&list) : memory.data()), 0) << opcode;
+    EXPECT_TRUE(log.calls.empty());
+    EXPECT_EQ(effect->eventCalls, 0);
+}
+
+TEST_F(Dispatcher, ExceptionsOfTheParametersEndAtTheBoundary) {
+    record->setParameter(record, 3, 0.5f);
+    everythingThrows = true;
+    EXPECT_NO_THROW(record->setParameter(record, 3, 0.75f));
+    EXPECT_EQ(record->getParameter(record, 3), 0.0f);
+    everythingThrows = false;
+    EXPECT_EQ(record->getParameter(record, 3), 0.5f);
+}
+
+TEST_F(Dispatcher, ABlockThatThrowsHalfwayIsSilentToItsEnd) {
+    constexpr int frames = 64;
+    const auto run = [](auto process, AEffect* plugin, auto first) {
+        using Sample = decltype(first);
+        std::vector<Sample> left(frames, first), right(frames, first);
+        Sample* outputs[] = {left.data(), right.data()};
+        EXPECT_NO_THROW(process(plugin, nullptr, outputs, frames));
+        left.insert(left.end(), right.begin(), right.end());
+        return left;
+    };
+    EXPECT_EQ(run(record->processReplacing, record, 9.0f), std::vector<float>(2 * frames, 0.5f));
+    everythingThrows = true;
+    EXPECT_EQ(run(record->processReplacing, record, 9.0f), std::vector<float>(2 * frames, 0.0f));
+    EXPECT_EQ(run(record->processDoubleReplacing, record, 9.0), std::vector<double>(2 * frames, 0.0));
+}
+
+TEST_F(Dispatcher, APluginThatThrowsAsItClosesIsStillGone) {
+    everythingThrows = true;
+    EXPECT_NO_THROW(call(pluginClose));
+    everythingThrows = false;
+    EXPECT_EQ(log.deleted, 1);
 }
 
 TEST_F(Dispatcher, EventsArriveInOrderWithoutTheNulls) {

@@ -6,10 +6,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <new>
 #include <string>
+#include <system_error>
 
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
+#include "tests/base/failing_allocation.h"
+#include "tests/base/failing_thread.h"
 #include "tests/engine/engine_rig.h"
 
 namespace vantoric {
@@ -55,6 +59,31 @@ struct Q7AudioTest : testing::Test {
     platform::RecordedDialogs dialogs;
     std::unique_ptr<Q7Audio> audio;
 };
+
+TEST_F(Q7AudioTest, ThatGetsNoThreadOrNoMemoryLeavesNothingBehind) {
+    audio.reset();
+    {
+        const test::NoMoreThreads none;
+        EXPECT_THROW(Q7Audio(Host::callback, dialogs), std::system_error);
+    }
+    EXPECT_FALSE(WaveLibrary::shared().loaded());
+    int failures = 0;
+    bool isMade = false;
+    for (long allocations = 0; !isMade; allocations = 2 * allocations + 1) {
+        ASSERT_LT(allocations, 10'000'000);
+        test::allocationsLeft = allocations;
+        try {
+            const Q7Audio plugin(Host::callback, dialogs);
+            isMade = true;
+        } catch (const std::bad_alloc&) {
+            ++failures;
+        }
+        test::allocationsLeft = -1;
+        EXPECT_FALSE(WaveLibrary::shared().loaded()) << allocations;
+    }
+    EXPECT_GT(failures, 4);
+    EXPECT_EQ(Q7Audio(Host::callback, dialogs).instrument().instanceNumber(), 1);
+}
 
 TEST_F(Q7AudioTest, TellsTheHostWhatItIs) {
     const AEffect& effect = *audio->getAeffect();
