@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 
 #include "editor/overlay.h"
 #include "platform/files.h"
+#include "platform/user_folders.h"
 #include "vstgui/lib/platform/platformfactory.h"
 
 namespace vantoric {
@@ -26,8 +26,9 @@ constexpr double lowWindow = 300;
 constexpr unsigned caretRounds = 10, roundsToLookAgain = 60;  // of `follow`: half a second, three seconds
 
 std::string homeFolder() {
-    const char* home = std::getenv("HOME");
-    return home != nullptr ? home : "";
+    std::string home = platform::homeFolder();
+    if (!home.empty()) home.pop_back();  // the separator
+    return home;
 }
 
 // Of the filter "Wave file (*.wav)": "*.wav files".

@@ -1,13 +1,14 @@
 #include "editor/frame_dialogs.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <utility>
 
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
+#include "platform/user_folders.h"
 
 namespace vantoric {
 
@@ -43,8 +44,7 @@ std::vector<FileChooser::Place> chooserPlaces() {
         const bool isThere = std::ranges::any_of(places, [&](const auto& place) { return place.folder == folder; });
         if (!folder.empty() && !isThere && platform::isFolder(folder)) places.push_back({label, folder, isRecent});
     };
-    const char* home = std::getenv("HOME");
-    add("Home", home != nullptr ? home : "");
+    add("Home", platform::homeFolder());
     add("My patches", platform::userFolder());
     add("All patches", platform::soundsFolder());
     add("Wavetables", platform::dataFolder() + "Vantoric_wavetables");

@@ -5,7 +5,7 @@
 #include "library/patch_backup.h"
 #include "library/show_messages.h"
 #include "patch/patch_reset.h"
-#include "platform/module_folder.h"
+#include "platform/own_files.h"
 
 namespace vantoric {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/files.h"
-#include "platform/module_folder.h"
+#include "platform/own_files.h"
 
 namespace vantoric {
 

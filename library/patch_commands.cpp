@@ -1,10 +1,10 @@
 #include "library/patch_commands.h"
 
-#include <filesystem>
-
 #include "library/show_messages.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/native_path.h"
+#include "platform/own_files.h"
 
 namespace vantoric {
 
@@ -44,8 +44,8 @@ void PatchCommands::keepListed(const std::string& path, platform::OnPath then) {
         saveFolder_ = folderOfPath(chosen);
         then(chosen);
     };
-    if (std::filesystem::path(path).lexically_normal().parent_path() !=
-        std::filesystem::path(platform::soundsFolder()).lexically_normal().parent_path())
+    if (platform::nativePath(folderOfPath(path)).lexically_normal() !=
+        platform::nativePath(platform::soundsFolder()).lexically_normal())
         return take(path);
     const std::string listed = platform::userFolder() + path.substr(folderOfPath(path).size());
     if (platform::exists(listed)) return take(path);  // there is nothing better to offer

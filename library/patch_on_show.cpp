@@ -4,6 +4,7 @@
 
 #include "patch/patch_file.h"
 #include "platform/module_folder.h"
+#include "platform/native_path.h"
 
 namespace vantoric {
 
@@ -24,12 +25,12 @@ void PatchOnShow::showListed(const std::string& category, const std::string& nam
 
 void PatchOnShow::showFile(const std::string& path) {
     const std::string name = patchNameOfPath(path);
-    const std::filesystem::path file = std::filesystem::path(path).lexically_normal();
+    const std::filesystem::path file = platform::nativePath(path).lexically_normal();
     library_.scanCategories();
     const int folders = static_cast<int>(library_.categoryNames().size()) - 1;
     for (int i = 0; i < folders; ++i) {
         const std::string& category = library_.categoryNames()[static_cast<std::size_t>(i)];
-        if (std::filesystem::path(patchPath(category, name)).lexically_normal() != file) continue;
+        if (platform::nativePath(patchPath(category, name)).lexically_normal() != file) continue;
         library_.select({i, 0});
         library_.selectPatch(name);
         return show(category, name);

@@ -87,20 +87,16 @@ void askFilePath(Dialogs& dialogs, const std::string& startFolder, bool isSave, 
     });
 }
 
-#ifndef _WIN32
-
-void DesktopDialogs::message(const std::string& title, const std::string& text) {
+void WrittenDialogs::message(const std::string& title, const std::string& text) {
     std::fprintf(stderr, "Vantoric: %s: %s\n", title.c_str(), text.c_str());
 }
 
-void DesktopDialogs::question(const std::string& title, const std::string& text, OnAnswer then) {
+void WrittenDialogs::question(const std::string& title, const std::string& text, OnAnswer then) {
     std::fprintf(stderr, "Vantoric: %s: %s (No)\n", title.c_str(), text.c_str());
     then(false);
 }
 
-void DesktopDialogs::choosePath(const FileRequest&, OnPath then) { then({}); }
-
-#endif
+void WrittenDialogs::choosePath(const FileRequest&, OnPath then) { then({}); }
 
 Dialogs& desktopDialogs() {
     static DesktopDialogs dialogs;

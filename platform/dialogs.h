@@ -77,15 +77,27 @@ FileRequest fileRequest(FileKind kind, bool isSave, const std::string& startFold
 void askFilePath(Dialogs& dialogs, const std::string& startFolder, bool isSave, FileKind kind, OnPath then,
                  const std::string& name = {});
 
-// The dialogs of a process without an editor's window. On Windows the system's own; elsewhere a text goes
-// to standard error, a question answers No and no path is chosen, so that no host is ever held up. Every answer comes at
-// once, within the call.
+// Those of a program that shows no boxes: a text goes to standard error, a question answers No and no path is chosen, so that
+// nothing is ever held up. Every answer comes at once, within the call.
+class WrittenDialogs : public Dialogs {
+public:
+    void message(const std::string& title, const std::string& text) override;
+    void question(const std::string& title, const std::string& text, OnAnswer then) override;
+    void choosePath(const FileRequest& request, OnPath then) override;
+};
+
+// The dialogs of a process without an editor's window: on Windows the system's own, which hold up the caller until the user
+// has answered.
+#ifdef _WIN32
 class DesktopDialogs : public Dialogs {
 public:
     void message(const std::string& title, const std::string& text) override;
     void question(const std::string& title, const std::string& text, OnAnswer then) override;
     void choosePath(const FileRequest& request, OnPath then) override;
 };
+#else
+using DesktopDialogs = WrittenDialogs;
+#endif
 
 // The one instance that engines use until a window brings its own.
 Dialogs& desktopDialogs();

@@ -8,6 +8,8 @@
 #include <memory>
 #include <system_error>
 
+#include "platform/native_path.h"
+
 #ifdef _WIN32
 #include <io.h>
 #include <process.h>
@@ -43,12 +45,20 @@ FileRead readAll(std::FILE* file, std::vector<std::uint8_t>& bytes, std::size_t 
     }
 }
 
+#ifdef _WIN32
+std::FILE* openToRead(const fs::path& path) { return _wfopen(path.c_str(), L"rb"); }
+std::FILE* openToWrite(const fs::path& path) { return _wfopen(path.c_str(), L"wb"); }
+#else
+std::FILE* openToRead(const fs::path& path) { return std::fopen(path.c_str(), "rbe"); }
+std::FILE* openToWrite(const fs::path& path) { return std::fopen(path.c_str(), "wbe"); }
+#endif
+
 // What becomes of writing the bytes of a new file.
 enum class Written { done, failed, nameTaken };
 
 #ifdef _WIN32
 
-bool mayWrite(const std::string& path) { return _access(path.c_str(), 2) == 0; }
+bool mayWrite(const fs::path& path) { return _waccess(path.c_str(), 2) == 0; }
 long processNumber() { return _getpid(); }
 
 bool writeToDisk(HANDLE file, const std::uint8_t* bytes, std::size_t size) {
@@ -61,22 +71,22 @@ bool writeToDisk(HANDLE file, const std::uint8_t* bytes, std::size_t size) {
     return FlushFileBuffers(file) != 0;
 }
 
-Written writeNew(const std::string& path, const void* bytes, std::size_t size) {
-    const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+Written writeNew(const fs::path& path, const void* bytes, std::size_t size) {
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_FILE_EXISTS ? Written::nameTaken : Written::failed;
     const bool isOnDisk = writeToDisk(file, static_cast<const std::uint8_t*>(bytes), size);
     return CloseHandle(file) && isOnDisk ? Written::done : Written::failed;
 }
 
-bool replaceFile(const std::string& from, const std::string& to) {
-    return MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+bool replaceFile(const fs::path& from, const fs::path& to) {
+    return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
 }
 
 void syncFolder(const fs::path&) {}  // MOVEFILE_WRITE_THROUGH has waited for it
 
 #else
 
-bool mayWrite(const std::string& path) { return access(path.c_str(), W_OK) == 0; }
+bool mayWrite(const fs::path& path) { return access(path.c_str(), W_OK) == 0; }
 long processNumber() { return getpid(); }
 
 bool writeToDisk(int file, const std::uint8_t* bytes, std::size_t size) {
@@ -90,14 +100,14 @@ bool writeToDisk(int file, const std::uint8_t* bytes, std::size_t size) {
     return fsync(file) == 0;
 }
 
-Written writeNew(const std::string& path, const void* bytes, std::size_t size) {
+Written writeNew(const fs::path& path, const void* bytes, std::size_t size) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file < 0) return errno == EEXIST ? Written::nameTaken : Written::failed;
     const bool isOnDisk = writeToDisk(file, static_cast<const std::uint8_t*>(bytes), size);
     return close(file) == 0 && isOnDisk ? Written::done : Written::failed;
 }
 
-bool replaceFile(const std::string& from, const std::string& to) { return std::rename(from.c_str(), to.c_str()) == 0; }
+bool replaceFile(const fs::path& from, const fs::path& to) { return std::rename(from.c_str(), to.c_str()) == 0; }
 
 // Some file systems cannot: there the name is on disk a little later, and names one whole file or the other.
 void syncFolder(const fs::path& folder) {
@@ -110,14 +120,14 @@ void syncFolder(const fs::path& folder) {
 #endif
 
 // A name that nobody else uses, of a length of its own: the target's may be as long as a name can be.
-std::string nameInside(const fs::path& folder) {
+fs::path nameInside(const fs::path& folder) {
     static std::atomic<unsigned> counter{0};
     const std::string name = "vantoric-" + std::to_string(processNumber()) + "-" + std::to_string(counter.fetch_add(1)) + ".tmp";
-    return (folder / name).string();
+    return folder / name;
 }
 
 // Files that a crash has left may have names that are made again.
-Written writeBeside(const fs::path& folder, const void* bytes, std::size_t size, std::string& beside) {
+Written writeBeside(const fs::path& folder, const void* bytes, std::size_t size, fs::path& beside) {
     constexpr int tries = 1000;
     Written written = Written::nameTaken;
     for (int i = 0; i < tries && written == Written::nameTaken; ++i) {
@@ -129,16 +139,22 @@ Written writeBeside(const fs::path& folder, const void* bytes, std::size_t size,
 
 }  // namespace
 
+std::string withSeparator(std::string folder) {
+    if (!folder.empty() && folder.back() != pathSeparator) folder += pathSeparator;
+    return folder;
+}
+
 FileRead tryReadFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit, const GoesOn& goesOn) {
     bytes.clear();
     std::error_code error;
     // Asked before opening: opening a pipe would wait for its writer.
-    const fs::file_status status = fs::status(path, error);
+    const fs::path named = nativePath(path);
+    const fs::file_status status = fs::status(named, error);
     if (status.type() == fs::file_type::not_found) return FileRead::missing;
     if (!fs::is_regular_file(status)) return FileRead::unreadable;
-    const OpenFile file(std::fopen(path.c_str(), "rb"));
+    const OpenFile file(openToRead(named));
     if (!file) return FileRead::unreadable;
-    const std::uintmax_t size = fs::file_size(path, error);
+    const std::uintmax_t size = fs::file_size(named, error);
     if (!error && size > limit) return FileRead::tooLarge;
     if (!error) bytes.reserve(static_cast<std::size_t>(size) + 65536);
     const FileRead read = readAll(file.get(), bytes, limit, error ? 0 : static_cast<std::size_t>(size), goesOn);
@@ -152,21 +168,21 @@ bool readFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::si
 
 bool writeFile(const std::string& path, const void* bytes, std::size_t size) {
     std::error_code error;
-    fs::path target = path;
+    fs::path target = nativePath(path);
     if (fs::is_symlink(target, error)) {
-        target = fs::canonical(path, error);
+        target = fs::canonical(target, error);
         if (error) return false;
     }
     const fs::file_status status = fs::status(target, error);
     const bool replaces = fs::exists(status);
-    if (!target.has_filename() || (replaces && (!fs::is_regular_file(status) || !mayWrite(target.string())))) return false;
+    if (!target.has_filename() || (replaces && (!fs::is_regular_file(status) || !mayWrite(target)))) return false;
     const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-    std::string beside;
+    fs::path beside;
     const Written written = writeBeside(folder, bytes, size, beside);
     if (written == Written::nameTaken) return false;
     bool done = written == Written::done;
     if (done && replaces) fs::permissions(beside, status.permissions(), error);
-    done = done && replaceFile(beside, target.string());
+    done = done && replaceFile(beside, target);
     if (!done) {
         fs::remove(beside, error);
         return false;
@@ -175,11 +191,13 @@ bool writeFile(const std::string& path, const void* bytes, std::size_t size) {
     return true;
 }
 
+std::FILE* makeFile(const std::string& path) { return openToWrite(nativePath(path)); }
+
 bool visitFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit) {
     std::error_code error;
-    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+    for (fs::directory_iterator at(nativePath(folder), error), end; !error && at != end; at.increment(error)) {
         std::error_code ignored;
-        if (!visit({at->path().filename().string(), at->is_directory(ignored)})) return true;
+        if (!visit({pathText(at->path().filename()), at->is_directory(ignored)})) return true;
     }
     return !error;
 }
@@ -196,22 +214,23 @@ bool listFolder(const std::string& folder, std::vector<FolderEntry>& entries) {
 
 bool exists(const std::string& path) {
     std::error_code error;
-    return fs::exists(path, error);
+    return fs::exists(nativePath(path), error);
 }
 
 bool isFolder(const std::string& path) {
     std::error_code error;
-    return fs::is_directory(path, error);
+    return fs::is_directory(nativePath(path), error);
 }
 
 bool removeFile(const std::string& path) {
     std::error_code error;
-    return !fs::is_directory(fs::symlink_status(path, error)) && fs::remove(path, error);
+    const fs::path named = nativePath(path);
+    return !fs::is_directory(fs::symlink_status(named, error)) && fs::remove(named, error);
 }
 
 bool makeFolder(const std::string& path) {
     std::error_code error;
-    fs::create_directories(path, error);
+    fs::create_directories(nativePath(path), error);
     return isFolder(path);
 }
 

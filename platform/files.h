@@ -1,14 +1,24 @@
-// Files and folders. Nothing here throws, shows anything or belongs on the audio thread; every function
-// may be called from any other thread.
+// Files and folders; paths are UTF-8 on Windows and whatever bytes they are elsewhere. Nothing here throws, shows anything or
+// belongs on the audio thread; every function may be called from any other thread.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
 
 namespace vantoric::platform {
+
+#ifdef _WIN32
+inline constexpr char pathSeparator = '\\';
+#else
+inline constexpr char pathSeparator = '/';
+#endif
+
+// A folder with a separator at its end; an empty text stays empty.
+std::string withSeparator(std::string folder);
 
 inline constexpr std::size_t defaultReadLimit = std::size_t{1} << 30;  // bytes
 
@@ -31,6 +41,10 @@ bool readFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::si
 // is write protected or a folder, the folder is missing or cannot be written, or the disk is full or fails.
 // `bytes` may be null if `size` is 0.
 bool writeFile(const std::string& path, const void* bytes, std::size_t size);
+
+// Makes a file to be written piece by piece, over one that is there. Null, with a reason in errno, if it can't be made. Whoever
+// asked closes it.
+std::FILE* makeFile(const std::string& path);
 
 struct FolderEntry {
     std::string name;  // without its folder

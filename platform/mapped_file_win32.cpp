@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <new>
 
+#include "platform/wide_text.h"
+
 namespace vantoric::platform {
 
 namespace {
@@ -36,7 +38,7 @@ constexpr std::size_t pageBytes = 4096;
 
 std::unique_ptr<MappedFile> MappedFile::open(const std::string& path) {
     // Others may replace the file meanwhile. Shorten it they can't: Windows refuses that while it is mapped.
-    const HANDLE file = CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+    const HANDLE file = CreateFileW(wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return nullptr;
     LARGE_INTEGER size{};

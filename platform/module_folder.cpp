@@ -1,10 +1,9 @@
 #include "platform/module_folder.h"
 
-#include "platform/files.h"
-#include "platform/own_files.h"
-
 #ifdef _WIN32
 #include <windows.h>
+
+#include "platform/wide_text.h"
 #else
 #include <dlfcn.h>
 
@@ -30,28 +29,28 @@ std::string below(const std::string& folder, const char* name) { return folder +
 constexpr DWORD longestPath = 32768;  // that the system knows
 
 // Behind all links; the path itself where the system does not tell.
-std::string realPath(const std::string& path) {
-    const HANDLE file = CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+std::wstring realPath(const std::wstring& path) {
+    const HANDLE file = CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return path;
-    std::string real(longestPath, '\0');
-    const DWORD length = GetFinalPathNameByHandleA(file, real.data(), longestPath, FILE_NAME_NORMALIZED);
+    std::wstring real(longestPath, L'\0');
+    const DWORD length = GetFinalPathNameByHandleW(file, real.data(), longestPath, FILE_NAME_NORMALIZED);
     CloseHandle(file);
     if (length == 0 || length >= longestPath) return path;
     real.resize(length);
-    const std::string longForm = "\\\\?\\", shareForm = longForm + "UNC\\";
-    if (real.starts_with(shareForm)) return "\\\\" + real.substr(shareForm.size());
+    const std::wstring longForm = L"\\\\?\\", shareForm = longForm + L"UNC\\";
+    if (real.starts_with(shareForm)) return L"\\\\" + real.substr(shareForm.size());
     return real.starts_with(longForm) ? real.substr(longForm.size()) : real;
 }
 
 std::string modulePath() {
     HMODULE module = nullptr;
     const DWORD flags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-    if (!GetModuleHandleExA(flags, reinterpret_cast<LPCSTR>(&modulePath), &module)) return {};
-    std::string path(longestPath, '\0');
-    const DWORD length = GetModuleFileNameA(module, path.data(), longestPath);
+    if (!GetModuleHandleExW(flags, reinterpret_cast<LPCWSTR>(&modulePath), &module)) return {};
+    std::wstring path(longestPath, L'\0');
+    const DWORD length = GetModuleFileNameW(module, path.data(), longestPath);
     path.resize(length < longestPath ? length : 0);
-    return realPath(path);
+    return utf8(realPath(path));
 }
 
 #else
@@ -78,10 +77,7 @@ std::string folderOfModulePath(const std::string& path) { return path.substr(0, 
 
 std::string moduleFolder() { return folderOfModulePath(modulePath()); }
 
-void setDataFolder(const std::string& folder) {
-    chosenFolder() = folder;
-    if (!folder.empty() && folder.back() != pathSeparator) chosenFolder() += pathSeparator;
-}
+void setDataFolder(const std::string& folder) { chosenFolder() = withSeparator(folder); }
 
 std::string installedFolder(const std::string& moduleFolder) {
     std::string at = moduleFolder;
@@ -95,8 +91,6 @@ std::string installedFolder(const std::string& moduleFolder) {
 std::string dataFolder() { return chosenFolder().empty() ? installedFolder(moduleFolder()) : chosenFolder(); }
 std::string bankFolder() { return below(dataFolder(), "Vantoric_data"); }
 std::string soundsFolder() { return below(dataFolder(), "Vantoric_sounds"); }
-std::string userFolder() { return below(ownFolder() + belowSounds(), "User"); }
-std::string favouritesFolder() { return below(ownFolder() + belowSounds(), "Favourites"); }
 std::string wavetableFolder() { return below(dataFolder(), "Vantoric_wavetables"); }
 
 }  // namespace vantoric::platform

@@ -4,13 +4,9 @@
 
 #include <string>
 
-namespace vantoric::platform {
+#include "platform/files.h"
 
-#ifdef _WIN32
-inline constexpr char pathSeparator = '\\';
-#else
-inline constexpr char pathSeparator = '/';
-#endif
+namespace vantoric::platform {
 
 // The part of `path`, of any length, up to and with its last separator; empty without one.
 std::string folderOfModulePath(const std::string& path);
@@ -32,10 +28,8 @@ std::string installedFolder(const std::string& moduleFolder);
 // Root of all files below, with a trailing separator: the installed folder of the module unless `setDataFolder` said
 // otherwise. Nothing is cached. The folders after it end in a separator too.
 std::string dataFolder();
-std::string bankFolder();        // Vantoric_data: wave banks, configuration files, templates
-std::string soundsFolder();      // Vantoric_sounds: one folder per patch category
-std::string userFolder();        // Vantoric_sounds, User; this and the next below ownFolder() of own_files.h
-std::string favouritesFolder();  // Vantoric_sounds, Favourites
-std::string wavetableFolder();   // Vantoric_wavetables
+std::string bankFolder();       // Vantoric_data: wave banks, configuration files, templates
+std::string soundsFolder();     // Vantoric_sounds: one folder per patch category
+std::string wavetableFolder();  // Vantoric_wavetables
 
 }  // namespace vantoric::platform

@@ -1,12 +1,14 @@
 #include "platform/own_files.h"
 
-#include <cstdlib>
 #include <unordered_set>
 
 #include "platform/module_folder.h"
+#include "platform/user_folders.h"
 
 #ifdef _WIN32
-#include <io.h>
+#include <windows.h>
+
+#include "platform/wide_text.h"
 #else
 #include <unistd.h>
 #endif
@@ -20,34 +22,17 @@ std::string& chosenFolder() {
     return folder;
 }
 
-std::string withSeparator(std::string folder) {
-    if (!folder.empty() && folder.back() != pathSeparator) folder += pathSeparator;
-    return folder;
-}
-
 bool canBeWritten(const std::string& folder) {
 #ifdef _WIN32
-    return _access(folder.c_str(), 2) == 0;
+    // Asked of the system's list of rights: a folder's mark for "read only" means something else.
+    const HANDLE opened = CreateFileW(wide(folder).c_str(), FILE_ADD_FILE | FILE_ADD_SUBDIRECTORY,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (opened == INVALID_HANDLE_VALUE) return false;
+    CloseHandle(opened);
+    return true;
 #else
     return access(folder.c_str(), W_OK | X_OK) == 0;
-#endif
-}
-
-std::string environmentFolder(const char* name) {
-    const char* const text = std::getenv(name);
-    return text != nullptr ? withSeparator(text) : "";
-}
-
-// Empty if the user has none.
-std::string userDataFolder() {
-#ifdef _WIN32
-    const std::string local = environmentFolder("LOCALAPPDATA");
-    return local.empty() ? local : local + "Vantoric\\";
-#else
-    const std::string data = environmentFolder("XDG_DATA_HOME");
-    if (data.starts_with('/')) return data + "vantoric/";
-    const std::string home = environmentFolder("HOME");
-    return home.starts_with('/') ? home + ".local/share/vantoric/" : "";
 #endif
 }
 
@@ -73,6 +58,9 @@ void makeOwnFolders() {
 
 std::string belowSounds() { return std::string("Vantoric_sounds") + pathSeparator; }
 std::string belowWavetables() { return std::string("Vantoric_wavetables") + pathSeparator; }
+
+std::string userFolder() { return ownFolder() + belowSounds() + "User" + pathSeparator; }
+std::string favouritesFolder() { return ownFolder() + belowSounds() + "Favourites" + pathSeparator; }
 
 std::string ownPath(const std::string& below) { return ownFolder() + below; }
 

@@ -14,15 +14,18 @@
 
 namespace vantoric::platform {
 
-// The folder in which the user's files stand, with its trailing separator: dataFolder() if it can be written; otherwise vantoric
-// below $XDG_DATA_HOME or .local/share in the home folder, on Windows Vantoric below the user's local application data. Where
-// the user has none it is dataFolder() all the same.
+// The folder in which the user's files stand, with its trailing separator: dataFolder() if it can be written; otherwise
+// userDataFolder(). Where the user has none it is dataFolder() all the same.
 std::string ownFolder();
 // Makes ownFolder answer `folder` (a trailing separator is added if missing); an empty text undoes it. For tests; not guarded
 // against concurrent callers.
 void setOwnFolder(const std::string& folder);
 // Makes the user's folder with all that is written to, if it lies apart from the installation. What cannot be made is not.
 void makeOwnFolders();
+
+// With a trailing separator, below ownFolder().
+std::string userFolder();        // Vantoric_sounds, User
+std::string favouritesFolder();  // Vantoric_sounds, Favourites
 
 // Where a file is to be written.
 std::string ownPath(const std::string& below);

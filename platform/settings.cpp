@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "platform/files.h"
+#include "platform/user_folders.h"
 
 namespace vantoric::platform {
 
@@ -22,16 +22,10 @@ std::string& chosenFolder() {
     return folder;
 }
 
-std::string environmentFolder(const char* name) {
-    const char* text = std::getenv(name);
-    return text != nullptr && text[0] == '/' ? text : "";
-}
-
+// With a trailing separator; empty if the user has none.
 std::string settingsFolder() {
-    std::string root = chosenFolder();
-    if (root.empty()) root = environmentFolder("XDG_CONFIG_HOME");
-    if (root.empty() && !environmentFolder("HOME").empty()) root = environmentFolder("HOME") + "/.config";
-    return root.empty() ? root : root + "/Orvix/Vantoric";
+    const std::string root = chosenFolder().empty() ? userConfigFolder() : chosenFolder();
+    return root.empty() ? root : root + "Orvix/Vantoric/";
 }
 
 // Values may be any text: line breaks and backslashes are written as \n and \\.
@@ -75,12 +69,12 @@ Settings parse(const std::vector<std::uint8_t>& bytes) {
 
 }  // namespace
 
-void setSettingsFolder(const std::string& folder) { chosenFolder() = folder; }
+void setSettingsFolder(const std::string& folder) { chosenFolder() = withSeparator(folder); }
 
 std::string readSetting(const std::string& name) {
     const std::string folder = settingsFolder();
     std::vector<std::uint8_t> bytes;
-    if (folder.empty() || !readFile(folder + "/settings", bytes, settingsLimit)) return {};
+    if (folder.empty() || !readFile(folder + "settings", bytes, settingsLimit)) return {};
     const Settings settings = parse(bytes);
     const auto found = settings.find(name);
     return found == settings.end() ? std::string() : found->second;
@@ -89,7 +83,7 @@ std::string readSetting(const std::string& name) {
 bool writeSetting(const std::string& name, const std::string& value) {
     const std::string folder = settingsFolder();
     if (folder.empty() || name.find_first_of("=\n") != std::string::npos || !makeFolder(folder)) return false;
-    const std::string path = folder + "/settings";
+    const std::string path = folder + "settings";
     std::vector<std::uint8_t> bytes;
     const FileRead read = tryReadFile(path, bytes, settingsLimit);
     // What cannot be read cannot be kept.

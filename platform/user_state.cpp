@@ -1,10 +1,9 @@
 #include "platform/user_state.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "platform/files.h"
-#include "platform/module_folder.h"
+#include "platform/user_folders.h"
 
 #ifdef _WIN32
 #include <process.h>
@@ -24,24 +23,12 @@ std::string& chosenFolder() {
     return folder;
 }
 
-std::string withSeparator(std::string folder) {
-    if (!folder.empty() && folder.back() != pathSeparator) folder += pathSeparator;
-    return folder;
-}
-
 }  // namespace
 
+std::string stateFolder() { return chosenFolder().empty() ? userStateFolder() : chosenFolder(); }
 void setStateFolder(const std::string& folder) { chosenFolder() = withSeparator(folder); }
 
 #ifdef _WIN32
-
-std::string stateFolder() {
-    if (!chosenFolder().empty()) return chosenFolder();
-    char text[32768];
-    const DWORD length = GetEnvironmentVariableA("LOCALAPPDATA", text, sizeof text);
-    if (length == 0 || length >= sizeof text) return {};
-    return withSeparator(text) + "Vantoric\\State\\";
-}
 
 long processNumber() { return _getpid(); }
 
@@ -60,11 +47,6 @@ std::string processStart(long number) {
 #else
 
 namespace {
-
-std::string environmentFolder(const char* name) {
-    const char* text = std::getenv(name);
-    return text != nullptr && text[0] == '/' ? withSeparator(text) : "";
-}
 
 // Files of the kernel have no size to be asked for.
 std::string kernelFile(const std::string& path) {
@@ -86,13 +68,6 @@ std::string fieldOf(const std::string& line, int n) {
 constexpr int stateField = 3, startField = 22;
 
 }  // namespace
-
-std::string stateFolder() {
-    if (!chosenFolder().empty()) return chosenFolder();
-    if (const std::string folder = environmentFolder("XDG_STATE_HOME"); !folder.empty()) return folder + "vantoric/";
-    const std::string home = environmentFolder("HOME");
-    return home.empty() ? home : home + ".local/state/vantoric/";
-}
 
 long processNumber() { return getpid(); }
 

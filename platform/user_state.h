@@ -6,8 +6,7 @@
 
 namespace vantoric::platform {
 
-// The folder, with a trailing separator: vantoric below $XDG_STATE_HOME or .local/state in the home folder; on Windows
-// Vantoric\State below the user's local application data. Nothing is made. Empty if the user has none.
+// The folder, with a trailing separator: userStateFolder(). Nothing is made. Empty if the user has none.
 std::string stateFolder();
 
 // Makes stateFolder answer `folder` (a trailing separator is added if missing); an empty text undoes it. For tests; not

@@ -6,6 +6,8 @@
 #include <windows.h>
 // After windows.h: it needs its types.
 #include <shellapi.h>
+
+#include "platform/wide_text.h"
 #else
 #include <spawn.h>
 #include <sys/wait.h>
@@ -41,7 +43,8 @@ std::string addressOfFile(const std::string& path) {
 #ifdef _WIN32
 
 bool openWebPage(const std::string& address) {
-    return reinterpret_cast<INT_PTR>(ShellExecuteA(nullptr, "open", address.c_str(), nullptr, nullptr, SW_SHOWNORMAL)) > 32;
+    return reinterpret_cast<INT_PTR>(ShellExecuteW(nullptr, L"open", wide(address).c_str(), nullptr, nullptr, SW_SHOWNORMAL)) >
+           32;
 }
 
 #else

@@ -10,6 +10,7 @@
 #include "library/menu_commands.h"
 #include "library/spare_patch.h"
 #include "platform/files.h"
+#include "platform/own_files.h"
 #include "platform/recorded_dialogs.h"
 
 namespace golden {

@@ -12,6 +12,7 @@
 #include "library/spare_patch.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 #include "platform/recorded_dialogs.h"
 #include "tests/engine/engine_rig.h"
 #include "tests/samples/wave_maker.h"

@@ -7,6 +7,7 @@
 
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 #include "tests/library/ended.h"

@@ -101,8 +101,6 @@ TEST(ModuleFolder, AllFilesLieBelowTheDataFolder) {
     EXPECT_EQ(dataFolder(), "/somewhere/else/");
     EXPECT_EQ(bankFolder(), "/somewhere/else/Vantoric_data/");
     EXPECT_EQ(soundsFolder(), "/somewhere/else/Vantoric_sounds/");
-    EXPECT_EQ(userFolder(), "/somewhere/else/Vantoric_sounds/User/");
-    EXPECT_EQ(favouritesFolder(), "/somewhere/else/Vantoric_sounds/Favourites/");
     EXPECT_EQ(wavetableFolder(), "/somewhere/else/Vantoric_wavetables/");
     setDataFolder("/with/separator/");
     EXPECT_EQ(dataFolder(), "/with/separator/");

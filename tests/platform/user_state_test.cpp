@@ -5,25 +5,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include "tests/platform/environment.h"
 
 namespace vantoric::platform {
 namespace {
-
-// Sets a variable of the environment while it stands.
-class Environment {
-public:
-    Environment(const char* name, const char* value) : name_(name) {
-        if (const char* before = std::getenv(name)) before_ = before, wasSet_ = true;
-        value != nullptr ? setenv(name, value, 1) : unsetenv(name);
-    }
-    ~Environment() { wasSet_ ? setenv(name_, before_.c_str(), 1) : unsetenv(name_); }
-
-private:
-    const char* name_;
-    std::string before_;
-    bool wasSet_ = false;
-};
 
 TEST(UserState, LiesWhereTheUserSaysOrInTheHomeFolder) {
     setStateFolder("");
