@@ -3,13 +3,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <filesystem>
 #include <string>
+#include <vector>
 
-#include "faces/standalone/alsa_device.h"
-#include "faces/standalone/jack_device.h"
 #include "faces/standalone/options.h"
 #include "faces/standalone/standalone.h"
+#include "faces/standalone/system.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
 #include "platform/thread.h"
@@ -24,7 +23,7 @@ using namespace vantoric::standalone;
 
 volatile std::sig_atomic_t endWanted = 0;
 
-void wantEnd(int) { endWanted = 1; }
+void wantEnd() { endWanted = 1; }
 
 int complain(Exit code, const std::string& what) {
     std::fprintf(stderr, "vantoric: %s\n", what.c_str());
@@ -44,17 +43,18 @@ void chooseDataFolder() {
         if (platform::isFolder(here + place + "Vantoric_data")) return platform::setDataFolder(here + place);
 }
 
+void printDevice(const std::string& name, const std::string& description) {
+    std::printf(description.empty() ? "  %s\n" : "  %-28s %s\n", name.c_str(), description.c_str());
+}
+
 int listDevices(Standalone& program) {
-    std::string problem;
-    {
-        const auto jack = openJack(program.player(), problem);
-        std::printf("JACK\n  %s\n", jack ? "a server is running" : problem.c_str());
+    for (const DeviceGroup& group : soundDevices(program.player())) {
+        std::printf("%s\n", group.heading.c_str());
+        for (const auto& device : group.devices) printDevice(device.name, device.description);
     }
-    std::printf("ALSA (--device)\n");
-    for (const AlsaName& device : alsaDevices()) std::printf("  %-28s %s\n", device.name.c_str(), device.description.c_str());
     program.midi().poll(nullptr);
     std::printf("MIDI (%s)\n", program.midi().description().c_str());
-    for (const MidiInput& input : program.midi().inputs()) std::printf("  %-28s %s\n", input.id.c_str(), input.name.c_str());
+    for (const MidiInput& input : program.midi().inputs()) printDevice(input.id, input.name);
     return 0;
 }
 
@@ -141,10 +141,22 @@ bool startSound(Standalone& program, const SoundChoice& choice, bool withWindow)
     return withWindow;
 }
 
-int run(const Options& options) {
+// A build without a window plays without one, and keeps what one with it would keep.
+bool hasWindow() {
+#ifdef VANTORIC_WINDOW
+    return true;
+#else
+    return false;
+#endif
+}
+
+int run(const Options& asked) {
     chooseDataFolder();
+    Options options = asked;
+    options.withWindow = asked.withWindow && hasWindow();
     KeptSettings settings = readKeptSettings();
-    Standalone program(platform::desktopDialogs());
+    platform::WrittenDialogs written;  // without a window of its own
+    Standalone program(written);
     const SoundChoice choice = chosenSound(settings.sound, options);
     if (options.listDevices) return listDevices(program);
     if (options.probe) return probe(program, choice);
@@ -159,12 +171,12 @@ int run(const Options& options) {
     if (!startSound(program, choice, options.withWindow)) return static_cast<int>(Exit::noSound);
     program.midi().poll(program.sound().midi());
     say("MIDI: " + program.midi().description());
-    if (options.withWindow) {
-        if (!runWithWindow(program, settings, options)) return complain(Exit::noDisplay, "the window could not be opened");
-        keep(program, settings);
-    } else {
+    if (asked.withWindow && !options.withWindow) say("This program has no window: it plays until Ctrl-C.");
+    if (!options.withWindow)
         runWithoutWindow(program, options);
-    }
+    else if (!runWithWindow(program, settings, options))
+        return complain(Exit::noDisplay, "the window could not be opened");
+    if (asked.withWindow) keep(program, settings);
     const bool isWhole = program.finish();
     say(program.takeNews());
     report(program);
@@ -174,13 +186,19 @@ int run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::vector<std::string> words = commandLine(argc, argv);
+    std::vector<char*> texts;
+    for (std::string& word : words) texts.push_back(word.data());
     Options options;
-    if (const auto answered = readOptions(argc, argv, options)) return static_cast<int>(*answered);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) std::signal(number, wantEnd);
-    std::signal(SIGXFSZ, SIG_IGN);  // a recording that may grow no more ends as on a full disk
+    if (const auto answered = readOptions(static_cast<int>(texts.size()), texts.data(), options))
+        return static_cast<int>(*answered);
+    watchForEnd(wantEnd);
+    int code = 0;
     try {
-        return run(options);
+        code = run(options);
     } catch (const std::exception& error) {
-        return complain(Exit::trouble, error.what());
+        code = complain(Exit::trouble, error.what());
     }
+    tellEnd();
+    return code;
 }

@@ -1,19 +1,21 @@
 #include "faces/standalone/midi_inputs.h"
 
+#include "faces/standalone/system.h"
+
 namespace vantoric::standalone {
 
-void MidiInputs::openSequencer() {
-    if (sequencer_ || clockSeconds() < nextTry_) return;
-    sequencer_ = SequencerInput::open(player_, problem_);
+void MidiInputs::openSystem() {
+    if (system_ || clockSeconds() < nextTry_) return;
+    system_ = openSystemMidi(player_, problem_);
     nextTry_ = clockSeconds() + retryEvery;
 }
 
 void MidiInputs::poll(MidiPort* device) {
-    openSequencer();
+    openSystem();
     inputs_.clear();
     hasOwn_ = device != nullptr && !device->inputs().empty();
     if (device != nullptr) follow(*device, hasOwn_);
-    if (sequencer_) follow(*sequencer_, !hasOwn_);
+    if (system_) follow(*system_, !hasOwn_);
 }
 
 void MidiInputs::follow(MidiPort& port, bool isChosen) {
@@ -35,7 +37,7 @@ void MidiInputs::setWanted(const std::string& name, bool wanted) {
 
 std::string MidiInputs::description() const {
     if (hasOwn_) return "JACK, port midi_in";
-    return sequencer_ ? "ALSA sequencer, port " + sequencer_->address() : "no ALSA sequencer: " + problem_;
+    return system_ ? system_->description() : problem_;
 }
 
 }  // namespace vantoric::standalone

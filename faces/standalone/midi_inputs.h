@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "faces/standalone/sequencer_input.h"
+#include "faces/standalone/sound_device.h"
 
 namespace vantoric::standalone {
 
 // On the program's main thread. Keyboards come by the sound device's own MIDI where that offers any, as it knows their frames,
-// else by the ALSA sequencer, and never by both: a key would sound twice.
+// else by the system's, and never by both: a key would sound twice.
 class MidiInputs {
 public:
     // The player outlives it.
@@ -30,16 +30,16 @@ public:
     // For the user: "ALSA sequencer, port 128:0".
     std::string description() const;
     // Whether anything can be connected at all.
-    bool isThere() const { return hasOwn_ || sequencer_ != nullptr; }
+    bool isThere() const { return hasOwn_ || system_ != nullptr; }
 
 private:
     static constexpr double retryEvery = 5.0;  // seconds
 
-    void openSequencer();
+    void openSystem();
     void follow(MidiPort& port, bool isChosen);
 
     Player& player_;
-    std::unique_ptr<SequencerInput> sequencer_;
+    std::unique_ptr<SystemMidi> system_;
     std::string problem_;
     std::vector<MidiInput> inputs_;
     std::set<std::string> unwanted_;

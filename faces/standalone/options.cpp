@@ -2,36 +2,40 @@
 
 #include <CLI/CLI.hpp>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "base/version.h"
+#include "faces/standalone/system.h"
 
 namespace vantoric::standalone {
 namespace {
 
-constexpr char closing[] =
-    "The settings panel of the window sets sound and MIDI too, and is remembered; options count for one start.\n"
-    "Exit codes: 0 done, 1 trouble, 2 wrong use, 3 no sound, 4 no display, 5 no such patch, 6 recording failed.";
+constexpr char exitCodes[] =
+    "\nExit codes: 0 done, 1 trouble, 2 wrong use, 3 no sound, 4 no display, 5 no such patch, 6 recording failed.";
 
 void describe(CLI::App& app, Options& options, std::string& sound) {
     app.add_flag_callback("--no-window", [&options] { options.withWindow = false; }, "play without a window, until Ctrl-C");
     app.add_option("--patch", options.patch, "patch to begin with: a file (.fxp), or CATEGORY/NAME of the library");
-    app.add_option("--sound", sound, "auto: JACK where a server runs, else ALSA; jack; alsa; none: time passes in silence")
-        ->check(CLI::IsMember({"auto", "jack", "alsa", "none"}));
-    app.add_option("--device", options.device, "device of ALSA, as --list-devices names it");
-    app.add_option("--rate", options.rate, "sample rate in Hz; JACK has its own")->check(CLI::Range(8000, 192000));
-    app.add_option("--period", options.period, "frames a block; JACK has its own")->check(CLI::Range(16, 8192));
+    const SystemTexts& system = systemTexts();
+    std::vector<std::string> kinds;
+    for (const SoundKindName& kind : soundKinds()) kinds.emplace_back(kind.name);
+    app.add_option("--sound", sound, system.sound)->check(CLI::IsMember(std::move(kinds)));
+    app.add_option("--device", options.device, system.device);
+    app.add_option("--rate", options.rate, system.rate)->check(CLI::Range(8000, 192000));
+    app.add_option("--period", options.period, system.period)->check(CLI::Range(16, 8192));
     app.add_option("--record", options.record, "WAV file to record what is played into, from the first frame on");
     app.add_option("--seconds", options.seconds, "end after playing for so long")->check(CLI::Range(0.001, 1e6));
     app.add_flag("--list-devices", options.listDevices, "print the sound devices and keyboards that there are");
     app.add_flag("--probe", options.probe, "tell by the exit code whether there are a display and a sound device");
     app.set_version_flag("--version", std::string("vantoric ") + versionText, "print the version");
-    app.footer(closing);
+    app.footer(std::string(system.closing) + exitCodes);
 }
 
 }  // namespace
 
 std::optional<Exit> readOptions(int count, char** texts, Options& options) {
-    CLI::App app("The synthesizer by itself: its window, sound by JACK or ALSA, MIDI from every keyboard.", "vantoric");
+    CLI::App app(systemTexts().summary, "vantoric");
     std::string sound;
     describe(app, options, sound);
     try {
@@ -47,7 +51,7 @@ std::optional<Exit> readOptions(int count, char** texts, Options& options) {
 SoundChoice chosenSound(const SoundChoice& kept, const Options& options) {
     SoundChoice choice = kept;
     // Who names a device means it.
-    if (options.device && !options.sound) choice.kind = SoundKind::alsa;
+    if (options.device && !options.sound) choice.kind = namedSound();
     if (options.sound) choice.kind = *options.sound;
     if (options.device) choice.device = *options.device;
     if (options.rate) choice.rate = *options.rate;

@@ -1,9 +1,7 @@
 #include "faces/standalone/recorder.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include <exception>
 
 #include "platform/thread.h"
 
@@ -15,14 +13,8 @@ Recorder::~Recorder() { stop(); }
 
 bool Recorder::start(const std::string& path, int rate, std::string& problem) {
     if (thread_.joinable()) return problem = "a recording runs", false;
-    SF_INFO info{};
-    info.samplerate = rate;
-    info.channels = 2;
-    info.format = SF_FORMAT_RF64 | SF_FORMAT_FLOAT;  // becomes a plain WAV file below 4 GB
-    file_.reset(sf_open(path.c_str(), SFM_WRITE, &info));
-    if (!file_) return problem = sf_strerror(nullptr), false;
-    sf_command(file_.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
-    sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    file_ = WaveWriter::make(path, rate, problem);
+    if (!file_) return false;
     path_ = path;
     rate_ = rate;
     trouble_.clear();
@@ -96,25 +88,25 @@ void Recorder::run() {
         platform::sleepMilliseconds(20);
     }
     if (!writeWaiting()) return;
-    if (sf_close(file_.release()) != 0) fail("the file could not be completed");
+    file_.reset();
 }
 
 bool Recorder::writeWaiting() {
     const std::uint64_t end = heard_.load(std::memory_order_acquire);
     for (std::uint64_t at = written_.load(std::memory_order_relaxed); at < end;) {
         const std::size_t place = at % ringFrames;
-        const auto count = static_cast<sf_count_t>(std::min<std::uint64_t>(end - at, ringFrames - place));
-        errno = 0;
-        if (sf_writef_float(file_.get(), &ring_[2 * place], count) != count) {
-            fail(errno != 0 ? std::strerror(errno) : sf_strerror(file_.get()));
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(end - at, ringFrames - place));
+        if (std::string why; !file_->write(&ring_[2 * place], count, why)) {
+            fail(why);
             return false;
         }
-        at += static_cast<std::uint64_t>(count);
+        at += count;
         written_.store(at, std::memory_order_release);
     }
     // What is on disk is a whole file at any moment, should the machine go down.
-    sf_command(file_.get(), SFC_UPDATE_HEADER_NOW, nullptr, 0);
-    return true;
+    if (file_->update()) return true;
+    fail("the file could not be completed");
+    return false;
 }
 
 void Recorder::fail(const std::string& why) {

@@ -1,8 +1,6 @@
 // Writes what is played to a WAV file, on a thread of its own.
 #pragma once
 
-#include <sndfile.h>
-
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -11,6 +9,8 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "faces/standalone/wave_writer.h"
 
 namespace vantoric::standalone {
 
@@ -49,9 +49,6 @@ public:
 
 private:
     static constexpr std::size_t ringFrames = std::size_t{1} << 18;  // more than five seconds at 48 kHz
-    struct Close {
-        void operator()(SNDFILE* file) const { sf_close(file); }
-    };
 
     void run();
     bool writeWaiting();
@@ -65,7 +62,7 @@ private:
     std::string path_;
     mutable std::mutex mutex_;
     std::string trouble_;
-    std::unique_ptr<SNDFILE, Close> file_;
+    std::unique_ptr<WaveWriter> file_;
     std::thread thread_;
 };
 

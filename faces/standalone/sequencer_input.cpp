@@ -49,8 +49,8 @@ SequencerInput::~SequencerInput() {
     if (thread_.joinable()) thread_.join();
 }
 
-std::string SequencerInput::address() const {
-    return std::to_string(snd_seq_client_id(sequencer_.get())) + ":" + std::to_string(port_);
+std::string SequencerInput::description() const {
+    return "ALSA sequencer, port " + std::to_string(snd_seq_client_id(sequencer_.get())) + ":" + std::to_string(port_);
 }
 
 std::vector<MidiInput> SequencerInput::inputs() {

@@ -14,16 +14,15 @@
 namespace vantoric::standalone {
 
 // On the program's main thread. Messages go to the player, which outlives it, from a thread of its own.
-class SequencerInput final : public MidiPort {
+class SequencerInput final : public SystemMidi {
 public:
     // Null with a reason where the system has no sequencer.
     static std::unique_ptr<SequencerInput> open(Player& player, std::string& problem);
-    ~SequencerInput();
+    ~SequencerInput() override;
     SequencerInput(const SequencerInput&) = delete;
     SequencerInput& operator=(const SequencerInput&) = delete;
 
-    // Its address, "128:0".
-    std::string address() const;
+    std::string description() const override;
     std::vector<MidiInput> inputs() override;
     void connect(const std::string& id, bool wanted) override;
 

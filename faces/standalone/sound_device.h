@@ -1,7 +1,6 @@
 // The seam between the program and what plays.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -25,6 +24,14 @@ public:
 
 protected:
     ~MidiPort() = default;
+};
+
+// MIDI of the system itself, beside that of a sound device.
+class SystemMidi : public MidiPort {
+public:
+    virtual ~SystemMidi() = default;
+    // For the user: "ALSA sequencer, port 128:0".
+    virtual std::string description() const = 0;
 };
 
 // A device that calls Player::play from the moment when it is made until it is destroyed. Made, asked and destroyed on the

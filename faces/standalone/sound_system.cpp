@@ -1,28 +1,19 @@
 #include "faces/standalone/sound_system.h"
 
-#include <array>
 #include <utility>
 
-#include "faces/standalone/alsa_device.h"
-#include "faces/standalone/jack_device.h"
 #include "faces/standalone/silent_device.h"
+#include "faces/standalone/system.h"
 
 namespace vantoric::standalone {
-namespace {
-
-constexpr std::array<std::pair<SoundKind, const char*>, 4> kinds{
-    {{SoundKind::automatic, "auto"}, {SoundKind::jack, "jack"}, {SoundKind::alsa, "alsa"}, {SoundKind::none, "none"}}};
-
-}  // namespace
-
 std::string nameOf(SoundKind kind) {
-    for (const auto& [known, name] : kinds)
+    for (const auto& [known, name] : soundKinds())
         if (known == kind) return name;
     return {};
 }
 
 bool readSoundKind(const std::string& name, SoundKind& kind) {
-    for (const auto& [known, text] : kinds)
+    for (const auto& [known, text] : soundKinds())
         if (name == text) return kind = known, true;
     return false;
 }
@@ -42,12 +33,8 @@ bool SoundSystem::open(const SoundChoice& choice) {
 }
 
 bool SoundSystem::tryOpen() {
-    std::string noJack, noAlsa;
-    std::unique_ptr<SoundDevice> opened;
-    if (choice_.kind != SoundKind::alsa) opened = openJack(player_, noJack);
-    if (!opened && choice_.kind != SoundKind::jack)
-        opened = openAlsa(player_, choice_.device, choice_.rate, choice_.period, noAlsa);
-    problem_ = opened ? "" : noJack + (noJack.empty() || noAlsa.empty() ? "" : "; ") + noAlsa;
+    problem_.clear();
+    std::unique_ptr<SoundDevice> opened = openSound(player_, choice_, problem_);
     isHeard_ = opened != nullptr;
     if (opened) device_ = std::move(opened);
     return isHeard_;
@@ -77,7 +64,8 @@ void SoundSystem::poll() {
 std::string SoundSystem::description() const {
     const std::string timing = std::to_string(static_cast<int>(player_.rate())) + " Hz, " + std::to_string(period()) + " frames";
     if (!isHeard_) return "no sound";
-    return (system() == "ALSA" ? "ALSA \"" + choice_.device + "\"" : system()) + ", " + timing;
+    const bool hasName = system() == "ALSA" || system() == "WASAPI";
+    return system() + (hasName ? " \"" + choice_.device + "\"" : "") + ", " + timing;
 }
 
 std::string SoundSystem::takeNews() { return std::exchange(news_, {}); }

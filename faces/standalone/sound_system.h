@@ -8,17 +8,18 @@
 
 namespace vantoric::standalone {
 
-enum class SoundKind { automatic, jack, alsa, none };
+// JACK and ALSA are there on Linux, WASAPI is on Windows.
+enum class SoundKind { automatic, jack, alsa, wasapi, none };
 
-// The names of the kinds on the command line and in the kept settings: "auto", "jack", "alsa", "none".
+// The names of the kinds on the command line and in the kept settings: "auto", "jack", "alsa", "wasapi", "none".
 std::string nameOf(SoundKind kind);
-// False, with `kind` as it was, for a text that names none.
+// False, with `kind` as it was, for a text that names none of this system.
 bool readSoundKind(const std::string& name, SoundKind& kind);
 
 // What the user wants. JACK plays at its server's rate and period.
 struct SoundChoice {
-    SoundKind kind = SoundKind::automatic;  // JACK where a server runs, else ALSA
-    std::string device = "default";         // of ALSA
+    SoundKind kind = SoundKind::automatic;  // JACK where a server runs, else ALSA; WASAPI on Windows
+    std::string device = "default";         // of ALSA or WASAPI
     int rate = 48000;                       // Hz
     int period = 256;                       // frames
     bool operator==(const SoundChoice&) const = default;

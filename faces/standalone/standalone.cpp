@@ -2,36 +2,17 @@
 
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
 #include <utility>
-#include <vector>
 
 #include "library/show_messages.h"
 #include "patch/patch_file.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/user_folders.h"
 
 namespace vantoric::standalone {
 namespace {
-
-// XDG_MUSIC_DIR of the user's list of folders, "$HOME/Music" without one.
-std::string musicFolder() {
-    const char* const home = std::getenv("HOME");
-    if (home == nullptr || *home == 0) return {};
-    const char* const configuration = std::getenv("XDG_CONFIG_HOME");
-    const std::string list = (configuration != nullptr && *configuration != 0 ? configuration : std::string(home) + "/.config");
-    std::vector<std::uint8_t> bytes;
-    platform::readFile(list + "/user-dirs.dirs", bytes, 1 << 16);
-    const std::string text(bytes.begin(), bytes.end());
-    constexpr char name[] = "XDG_MUSIC_DIR=\"";
-    const std::size_t at = text.find(name);
-    if (at == std::string::npos) return std::string(home) + "/Music";
-    const std::size_t from = at + sizeof name - 1;
-    std::string folder = text.substr(from, text.find('"', from) - from);
-    if (folder.starts_with("$HOME")) folder = home + folder.substr(5);
-    return folder;
-}
 
 std::string clockText(double seconds) {
     std::array<char, 32> text{};
@@ -43,13 +24,17 @@ std::string clockText(double seconds) {
 }  // namespace
 
 std::string newRecordingPath() {
-    const std::string folder = musicFolder();
+    const std::string folder = platform::userMusicFolder();
     if (folder.empty() || !platform::makeFolder(folder)) return {};
     const std::time_t now = std::time(nullptr);
     std::tm local{};
+#ifdef _WIN32
+    localtime_s(&local, &now);
+#else
     localtime_r(&now, &local);
+#endif
     std::array<char, 64> name{};
-    std::strftime(name.data(), name.size(), "/Vantoric %Y-%m-%d %H.%M.%S", &local);
+    std::strftime(name.data(), name.size(), "Vantoric %Y-%m-%d %H.%M.%S", &local);
     std::string path = folder + name.data() + ".wav";
     for (int number = 2; platform::exists(path); ++number) path = folder + name.data() + " " + std::to_string(number) + ".wav";
     return path;
