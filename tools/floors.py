@@ -56,7 +56,7 @@ TESTS_MORE = {
     "host": ["base", "effects", "engine", "faces"],
     "formats": ["base", "faces"],
     "window": EVERYTHING,
-    "windows": ["base", "apps/midi", "apps/render"],
+    "windows": ["base", "platform", "apps/midi", "apps/render"],
     "apps": [*ROOMS],
 }
 
@@ -66,6 +66,7 @@ TESTS_SHARED = {
     "tests/window": ["host"],
     "tests/faces": ["host", "window"],
     "tests/formats": ["host", "window"],
+    "tests/windows": ["formats", "host"],
     "bench": ["library", "window"],
 }
 

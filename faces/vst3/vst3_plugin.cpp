@@ -237,7 +237,7 @@ public:
     void setView(View* view) { view_ = view; }
     View* view() const { return view_; }
     // The window's thread: what came from elsewhere is told.
-    void tellHost();
+    [[maybe_unused]] void tellHost();
 
     tresult PLUGIN_API queryInterface(const TUID wanted, void** object) override {
         if (object == nullptr) return kInvalidArgument;

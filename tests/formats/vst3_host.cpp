@@ -20,10 +20,12 @@ namespace Steinberg {
 DEF_CLASS_IID(IBStream)
 DEF_CLASS_IID(IPlugView)
 DEF_CLASS_IID(IPlugFrame)
+#if SMTG_OS_LINUX
 namespace Linux {
 DEF_CLASS_IID(IRunLoop)
 DEF_CLASS_IID(ITimerHandler)
 }  // namespace Linux
+#endif
 namespace Vst {
 DEF_CLASS_IID(IComponent)
 DEF_CLASS_IID(IAudioProcessor)
@@ -126,6 +128,9 @@ public:
     std::size_t piece, at = 0;
 };
 
+#if SMTG_OS_LINUX
+constexpr const char* moduleEntry = "ModuleEntry";
+
 class RunLoop final : public Uncounted<Linux::IRunLoop> {
 public:
     tresult PLUGIN_API registerEventHandler(Linux::IEventHandler*, Linux::FileDescriptor) override { return kNotImplemented; }
@@ -151,12 +156,17 @@ public:
     RunLoop loop;
 };
 
+#else
+// Takes nothing; windows bring their own timers.
+constexpr const char* moduleEntry = "InitDll";
+#endif
+
 class Vst3Host final : public FormatHost {
 public:
     Vst3Host() {
         using Entry = bool (*)(void*);
         using FactoryEntry = IPluginFactory* (*)();
-        reinterpret_cast<Entry>(loadModule(VST3_MODULE, "ModuleEntry"))(nullptr);
+        reinterpret_cast<Entry>(loadModule(VST3_MODULE, moduleEntry))(nullptr);
         IPluginFactory* const factory = reinterpret_cast<FactoryEntry>(loadModule(VST3_MODULE, "GetPluginFactory"))();
         PClassInfo info;
         factory->getClassInfo(0, &info);
@@ -225,6 +235,7 @@ public:
     double parameter(int index) override { return controller_->getParamNormalized(static_cast<Vst::ParamID>(index)); }
     std::vector<std::pair<int, double>> takeNews() override { return std::exchange(news_, {}); }
 
+#if SMTG_OS_LINUX
     bool openWindow(std::uintptr_t parent) override {
         view_ = controller_->createView(Vst::ViewType::kEditor);
         if (view_ == nullptr) return false;
@@ -242,6 +253,11 @@ public:
         view_->release();
         view_ = nullptr;
     }
+#else
+    bool openWindow(std::uintptr_t) override { return false; }
+    void idle() override {}
+    void closeWindow() override {}
+#endif
 
 private:
     void add(Changes& changes, Events& notes, const Event& event) {
@@ -269,7 +285,9 @@ private:
     Vst::IEditController* controller_ = nullptr;
     Vst::IMidiMapping* mapping_ = nullptr;
     IPlugView* view_ = nullptr;
+#if SMTG_OS_LINUX
     Frame frame_;
+#endif
     std::vector<std::pair<int, double>> news_;
 };
 

@@ -1,31 +1,92 @@
 #!/usr/bin/env bash
-# compare.sh LINUX_BUILD WINDOWS_BUILD: has both builds play some songs, that for Windows in wine, and compares every sample.
-# Ends with 77 where there is no wine.
+# compare.sh LINUX_BUILD WINDOWS_BUILD: runs in wine what was built for Windows: the tests of its platform, the program of its own,
+# and each format's module, whose samples are compared with those that the build for Linux makes of the same notes.
+# compare.sh alone tells by its exit code whether wine is here.
 set -euo pipefail
+wine=$(command -v wine64 || command -v wine || ls /usr/lib/wine/wine64 2>/dev/null) || exit 77
+[ $# = 2 ] || exit 0
 linux=$(realpath "$1") windows=$(realpath "$2")
-wine=$(command -v wine64 || command -v wine || ls /usr/lib/wine/wine64 2>/dev/null) || { echo "There is no wine here."; exit 77; }
 scratch=$(mktemp -d)
-trap '"$wine"server -k 2>/dev/null || true; rm -rf "$scratch"' EXIT
 export WINEPREFIX=$scratch/wine WINEDEBUG=-all
 unset DISPLAY
-
-# Windows modules look for their data beside themselves, as all do.
-mkdir "$scratch/Vantoric"
-cp "$windows/dist-data/Vantoric.dll" "$scratch/Vantoric/"
-for folder in Vantoric_data Vantoric_sounds Vantoric_wavetables; do ln -s "$linux/dist-data/$folder" "$scratch/Vantoric/$folder"; done
+server=
+end() {
+    [ -z "$server" ] || kill "$server"
+    "$(dirname "$wine")"/wineserver -k 2>/dev/null || /usr/lib/wine/wineserver64 -k 2>/dev/null || true
+    rm -rf "$scratch"
+}
+trap end EXIT
 
 result=0
+fail() { echo "FAILED: $*"; result=1; }
+run_wine() { timeout 300 "$wine" "$@" </dev/null; }
+
+# Modules for Windows look for the content beside themselves, as all do.
+content=$scratch/Vantoric
+mkdir "$content"
+cp -r "$windows"/dist-data/Vantoric.* "$windows/dist-data/vantoric.exe" "$content/"
+for folder in Vantoric_data Vantoric_sounds Vantoric_wavetables; do ln -s "$linux/dist-data/$folder" "$content/$folder"; done
+
+# Boxes show on a display of their own, where one can be had.
+display=
+if command -v Xvfb >/dev/null; then
+    mkfifo "$scratch/number"
+    Xvfb -displayfd 3 -screen 0 800x600x24 -noreset 3>"$scratch/number" >/dev/null 2>&1 &
+    server=$!
+    read -r display <"$scratch/number"
+fi
+if [ -f "$windows/test-windows.exe" ]; then
+    DISPLAY=${display:+:$display} run_wine "$windows/test-windows.exe" --gtest_brief=1 || fail "the tests of the platform"
+fi
+
+# ---- the program of its own
+
+says() {
+    local code=$1 words=$2 got
+    shift 2
+    set +e
+    output=$(run_wine "$content/vantoric.exe" "$@" 2>&1)
+    got=$?
+    set -e
+    [ $got = "$code" ] || fail "vantoric $*: exit code $got in place of $code: $output"
+    grep -q "$words" <<<"$output" || fail "vantoric $* does not say \"$words\": $output"
+}
+says 0 "WASAPI" --help
+says 2 "not-there" --not-there
+says 0 "WASAPI (--device)" --list-devices
+says 5 "no such patch" --sound none --patch none/such
+says 3 "no sound: WASAPI" --sound wasapi --device "no such device"
+says 0 "played 0.5 s" --sound none --patch "Keys/Silver Tines" --seconds 0.5 --record "$scratch/take.wav"
+says 0 "has no window" --sound none --seconds 0.2
+[ "$(head -c 4 "$scratch/take.wav")" = RIFF ] || fail "vantoric records no WAV file"
+find "$WINEPREFIX" -name standalone.patch | grep -q . || fail "vantoric keeps no patch"
+
+# ---- each module
+
+compare() {
+    if cmp -s "$scratch/linux.raw" "$scratch/windows.raw"; then echo "$*: the same samples"
+    else fail "$*: other samples: $(cmp "$scratch/linux.raw" "$scratch/windows.raw" 2>&1 || true)"
+    fi
+    rm -f "$scratch/linux.raw" "$scratch/windows.raw"
+}
 while read -r song patch; do
-    for system in linux windows; do
-        if [ $system = linux ]; then run=("$linux/raw-render" "$linux/dist-data/Vantoric.so")
-        else run=("$wine" "$windows/raw-render.exe" "$scratch/Vantoric/Vantoric.dll"); fi
-        timeout 300 "${run[@]}" "$linux/dist-data/songs/$song.mid" "$linux/dist-data/Vantoric_sounds/$patch.fxp" \
-            "$scratch/$system.raw" || { echo "FAILED: $song on $patch, $system"; exit 1; }
-    done
-    if cmp "$scratch/linux.raw" "$scratch/windows.raw"; then echo "$song on $patch: the same samples"
-    else echo "FAILED: $song on $patch differs"; result=1; fi
+    "$linux/raw-render" "$linux/dist-data/Vantoric.so" "$linux/dist-data/songs/$song.mid" \
+        "$linux/dist-data/Vantoric_sounds/$patch.fxp" "$scratch/linux.raw" >/dev/null || fail "$song on $patch, Linux"
+    run_wine "$windows/raw-render.exe" "$content/Vantoric.dll" "$linux/dist-data/songs/$song.mid" \
+        "$linux/dist-data/Vantoric_sounds/$patch.fxp" "$scratch/windows.raw" >/dev/null || fail "$song on $patch, Windows"
+    compare "VST 2.4, $song on $patch"
 done <<'SONGS'
 fugue Organ/Drawbar Hall
 minuet_in_g Keys/Silver Tines
 SONGS
+modules=("clap Vantoric.clap Vantoric.clap" "vst3 Vantoric.vst3/Contents/x86_64-linux/Vantoric.so Vantoric.vst3/Contents/x86_64-win/Vantoric.vst3")
+for line in "${modules[@]}"; do
+    read -r format here there <<<"$line"
+    [ -f "$content/$there" ] && [ -f "$linux/dist-data/$here" ] || continue
+    patch="$linux/dist-data/Vantoric_sounds/Keys/Silver Tines.fxp"
+    "$linux/format-render" "$format" "$linux/dist-data/$here" "$patch" "$scratch/linux.raw" >/dev/null || fail "$format, Linux"
+    run_wine "$windows/format-render.exe" "$format" "$content/$there" "$patch" "$scratch/windows.raw" >/dev/null ||
+        fail "$format, Windows"
+    compare "$format"
+done
 exit $result

@@ -37,7 +37,8 @@ int run(const std::string& module, const std::string& song, const std::string& p
     };
     RenderSettings settings;
     settings.end = 20.0;
-    const RenderResult result = vantoric::render::render(*plugin, Song(std::move(file)), settings, 30.0, write, {});
+    const RenderResult result =
+        vantoric::render::render(*plugin, Song(std::move(file)), settings, 30.0, write, [](std::int64_t, std::int64_t) {});
     output.close();
     if (!result.written || !output) return complain(out, "cannot be written");
     std::printf("%lld frames, %lld bad samples, %d parameters\n", static_cast<long long>(result.frames),
