@@ -4,6 +4,7 @@
 #include <atomic>
 
 #include "base/flag.h"
+#include "base/thread_check.h"
 
 namespace vantoric {
 
@@ -13,6 +14,7 @@ namespace vantoric {
 class Doorbell {
 public:
     void ring() {
+        notInsideAnyBlock();
         if (rung_.exchange(1, std::memory_order_acq_rel) == 0) rung_.notify_one();
     }
     void wait() {

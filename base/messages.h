@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/outcome.h"
+#include "base/thread_check.h"
 
 namespace vantoric {
 
@@ -24,6 +25,7 @@ public:
 
     // Never throws: with short memory a message is lost.
     void post(std::string_view title, std::string_view text) noexcept try {
+        notInsideAnyBlock();
         const std::lock_guard guard(mutex_);
         if (kept_.size() < mostKept) kept_.push_back({std::string(title), std::string(text)});
     } catch (...) {
@@ -38,6 +40,7 @@ public:
 
     // All in the order in which they came; none is left.
     std::vector<Message> take() {
+        notInsideAnyBlock();
         std::vector<Message> taken;
         const std::lock_guard guard(mutex_);
         taken.swap(kept_);

@@ -9,6 +9,8 @@ namespace vantoric {
 
 #ifdef NDEBUG
 
+inline void notInsideAnyBlock() {}
+
 class AudioThreadCheck {
 public:
     struct Scope {
@@ -21,14 +23,25 @@ public:
 
 #else
 
+inline thread_local int blocksOfThisThread = 0;
+
+// For what may wait, allocate or show something and knows no instrument: not called from within anyone's block.
+inline void notInsideAnyBlock() { assert(blocksOfThisThread == 0 && "not from within a block"); }
+
 // Knows which thread is inside the block of one instrument.
 class AudioThreadCheck {
 public:
     // Stands while a thread is inside the block; one at a time.
     class Scope {
     public:
-        explicit Scope(AudioThreadCheck& check) : check_(check) { check_.inside_.store(std::this_thread::get_id()); }
-        ~Scope() { check_.inside_.store({}); }
+        explicit Scope(AudioThreadCheck& check) : check_(check) {
+            check_.inside_.store(std::this_thread::get_id());
+            ++blocksOfThisThread;
+        }
+        ~Scope() {
+            --blocksOfThisThread;
+            check_.inside_.store({});
+        }
         Scope(const Scope&) = delete;
         Scope& operator=(const Scope&) = delete;
 

@@ -1,4 +1,5 @@
 #include "effects/multieffect.h"
+#include "base/thread_check.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -56,6 +57,7 @@ void Multieffect::setTempo(float beatsPerMinute, double songPosition) {
 }
 
 void Multieffect::touchMemory(int type) {
+    notInsideAnyBlock();
     const EffectType& row = effectType(type);
     withFamily(row.family, [&](auto& family) {
         if constexpr (requires { family.touchMemory(row.variant); }) family.touchMemory(row.variant);

@@ -1,4 +1,5 @@
 #include "engine/controller_map.h"
+#include "base/thread_check.h"
 
 #include <algorithm>
 #include <mutex>
@@ -60,6 +61,7 @@ void ControllerMap::decode(std::span<const std::uint8_t> bytes) {
 }
 
 void ControllerMap::load(const std::string& path) {
+    notInsideAnyBlock();
     std::vector<std::uint8_t> bytes;
     platform::readFile(path, bytes);
     decode(bytes);
@@ -78,6 +80,7 @@ void ControllerMap::giveBack(const Changes& changes) {
 }
 
 bool ControllerMap::save(const std::string& path) {
+    notInsideAnyBlock();
     static std::mutex oneAtATime;  // instances of a process do not write over each other's changes
     const std::lock_guard guard(oneAtATime);
     std::vector<std::uint8_t> there;

@@ -1,4 +1,5 @@
 #include "engine/wave_library.h"
+#include "base/thread_check.h"
 
 #include <algorithm>
 #include <bit>
@@ -74,6 +75,7 @@ WaveLoad WaveLibrary::mapBank(int index, const std::filesystem::path& path, bool
 }
 
 void WaveLibrary::touch(std::span<const BankPart> parts) {
+    notInsideAnyBlock();
     const std::lock_guard guard(touching_);
     for (const BankPart& part : parts) {
         const BankWave* const wave = store_.wave(part.index, part.isSsList);

@@ -1,4 +1,5 @@
 #include "engine/wave_worker.h"
+#include "base/thread_check.h"
 
 #include <chrono>
 #include <new>
@@ -174,6 +175,7 @@ void WaveWorker::tellWaiters() {
 }
 
 bool WaveWorker::waitForWaves(int maxMilliseconds) {
+    notInsideAnyBlock();
     if (isIdle()) return true;
     std::unique_lock lock(finishing_);
     return finished_.wait_for(lock, std::chrono::milliseconds(maxMilliseconds), [this] { return isIdle(); });

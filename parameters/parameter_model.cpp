@@ -1,4 +1,5 @@
 #include "parameters/parameter_model.h"
+#include "base/thread_check.h"
 
 #include <cmath>
 
@@ -94,14 +95,17 @@ float ParameterModel::played(int index) const {
 }
 
 void ParameterModel::getParameterName(int index, char* text) const {
+    notInsideAnyBlock();
     writeCut(isParameter(index) ? parameterInfo(numberOfParameter(index)).name : "", text);
 }
 
 void ParameterModel::getParameterDisplay(int index, char* text) const {
+    notInsideAnyBlock();
     writeCut(controlsPresent_.load(std::memory_order_relaxed) ? displayText(index) : std::string(), text);
 }
 
 void ParameterModel::getParameterLabel(int index, char* text) const {
+    notInsideAnyBlock();
     writeCut(isParameter(index) ? parameterUnit(numberOfParameter(index), lfoModeOf(index)) : "", text);
 }
 

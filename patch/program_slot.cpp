@@ -1,8 +1,10 @@
 #include "patch/program_slot.h"
+#include "base/thread_check.h"
 
 namespace vantoric {
 
 void ProgramSlot::setProgramName(const std::string& text) {
+    notInsideAnyBlock();
     const bool isTooLong = text.size() > longestName;
     if (isTooLong)
         messages_.post("Warning",

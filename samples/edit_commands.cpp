@@ -1,4 +1,5 @@
 #include "samples/edit_commands.h"
+#include "base/thread_check.h"
 
 #include <algorithm>
 #include <cmath>
@@ -275,6 +276,7 @@ Range editRange(EditSound& sound) {
 }
 
 bool applyEdit(EditSound& sound, int command, LinearCongruence& random) {
+    notInsideAnyBlock();
     if (command < 0 || command >= editCommandCount || sound.samples.empty()) return false;
     const EditCommand& row = editCommands[static_cast<std::size_t>(command)];
     if (row.apply == nullptr) return false;

@@ -1,4 +1,5 @@
 #include "samples/resynthesis.h"
+#include "base/thread_check.h"
 
 #include <algorithm>
 #include <cmath>
@@ -66,6 +67,7 @@ int scaleToPeak(CycleSpan cycle) {
 }  // namespace
 
 CycleSource resynthesizeSound(Sound sound, CycleSpan cycle) {
+    notInsideAnyBlock();
     CycleSource source;
     if (sound.empty()) {
         std::fill(cycle.begin(), cycle.end(), std::int16_t{0});

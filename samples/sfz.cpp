@@ -1,4 +1,5 @@
 #include "samples/sfz.h"
+#include "base/thread_check.h"
 
 #include <algorithm>
 #include <charconv>
@@ -310,6 +311,7 @@ void chooseOscillators(const std::vector<const SfzRegion*>& regions, SfzPlan& pl
 }  // namespace
 
 SfzFile parseSfz(Text text) {
+    notInsideAnyBlock();
     SfzFile file;
     Collector collector(file, defaultPathOf(text));
     forEachLine(text, [&](Text line) { collector.line(line); });

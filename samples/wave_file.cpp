@@ -1,4 +1,5 @@
 #include "samples/wave_file.h"
+#include "base/thread_check.h"
 
 #include <algorithm>
 #include <bit>
@@ -222,6 +223,7 @@ bool settleLoop(WaveSound& sound) {
 }
 
 WaveRead readWaveFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::size_t limit, Progress* progress) {
+    notInsideAnyBlock();
     const auto goesOn = [progress](std::size_t read, std::size_t all) {
         if (all > 0) progress->report(readingPart * static_cast<double>(read) / static_cast<double>(all));
         return !progress->isCancelled();
@@ -274,6 +276,7 @@ std::vector<std::uint8_t> waveFileBytes(std::span<const std::int16_t> samples) {
 }
 
 Outcome writeWave(std::span<const std::int16_t> samples, const std::string& path) {
+    notInsideAnyBlock();
     const std::vector<std::uint8_t> bytes = waveFileBytes(samples);
     if (platform::writeFile(path, bytes.data(), bytes.size())) return Outcome::success();
     return Outcome::failure(path, "File write error. File is write protected or opened by another application.");

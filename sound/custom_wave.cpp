@@ -1,4 +1,5 @@
 #include "sound/custom_wave.h"
+#include "base/thread_check.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,6 +13,7 @@ namespace vantoric {
 CycleBandlimiter::CycleBandlimiter() : fft_(cycleSamples) {}
 
 bool CycleBandlimiter::run(const double* cycle, std::int16_t* const levels[mipLevels], const Flag* cancel) {
+    notInsideAnyBlock();
     fft_.forward(cycle, real_.data(), imaginary_.data());
     for (int level = 0; level < mipLevels; ++level) {
         if (cancel != nullptr && cancel->isSet()) return false;
@@ -69,6 +71,7 @@ bool sameCycle(const std::int16_t* a, const std::int16_t* b) {
 }
 
 void CustomWaveSlot::forget() {
+    notInsideAnyBlock();
     const std::lock_guard guard(publishing_);
     generation_.fetch_add(1, std::memory_order_acq_rel);
     samples_.store(nullptr, std::memory_order_release);

@@ -1,4 +1,5 @@
 #include "sound/filter_response.h"
+#include "base/thread_check.h"
 
 #include <cmath>
 
@@ -7,6 +8,7 @@
 namespace vantoric {
 
 const std::array<double, FilterResponse::bins>& FilterResponse::measure(const FilterSettings& settings) {
+    notInsideAnyBlock();
     filter_.setup(settings);
     filter_.setup(settings);
     filter_.reset();

@@ -8,6 +8,7 @@ out=$(realpath -m "${1:-out}")
 
 need "to build the instrument and its player" "${build_packages[@]}"
 need_window_library
+need_format_headers
 need "to make the packages" "${packaging_packages[@]}" "${manual_packages[@]}"
 
 say "Building"

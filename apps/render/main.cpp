@@ -41,7 +41,8 @@ int complain(Exit code, const std::string& what, const std::string& why) {
 void describe(CLI::App& app, Options& options) {
     app.add_option("SONG", options.song, "Standard MIDI File to play");
     app.add_option("OUT", options.output, "WAV file to write (default: the song's name with .wav, in the current folder)");
-    app.add_option("--plugin", options.plugin, "plug-in module (default: Vantoric.so beside this program or in ../Vantoric)");
+    app.add_option("--plugin", options.plugin,
+                   "plug-in module (default: Vantoric.so beside this program, in ../Vantoric or in ../lib/vantoric)");
     app.add_option("--patch", options.patch, "patch file (.fxp) to load");
     app.add_option("--set", options.settings,
                    "set a parameter: [LAYER:]NAME=VALUE, value 0..1, #row of a list or what its display shows")
@@ -89,7 +90,7 @@ std::string completeOptions(Options& options) {
 std::string defaultPlugin() {
     std::error_code ignored;
     const fs::path here = fs::read_symlink("/proc/self/exe", ignored).parent_path();
-    for (const fs::path& folder : {here, here / "../Vantoric"})
+    for (const fs::path& folder : {here, here / "../Vantoric", here / "../lib/vantoric"})
         if (fs::exists(folder / "Vantoric.so", ignored)) return (folder / "Vantoric.so").lexically_normal();
     return here / "Vantoric.so";
 }

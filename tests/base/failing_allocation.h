@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <new>
 
 namespace vantoric::test {
 
@@ -15,5 +16,23 @@ inline std::size_t allocatedAtMost = 0;    // bytes of the largest that was aske
 inline std::atomic<std::size_t> throwingAllocation{0};
 // How many plain `new` still succeed, on all threads, before every one throws; below 0: all do.
 inline std::atomic<long> allocationsLeft{-1};
+
+// Calls `make` with ever more allocations that succeed (0, 1, 3, 7, ...) until none throws; `after` looks at what each of
+// them left behind. Returns how often it failed.
+template <class Make, class After>
+int failuresUntilMade(Make make, After after) {
+    for (int failures = 0;; ++failures) {
+        allocationsLeft = (1L << failures) - 1;
+        bool isMade = true;
+        try {
+            make();
+        } catch (const std::bad_alloc&) {
+            isMade = false;
+        }
+        allocationsLeft = -1;
+        after();
+        if (isMade) return failures;
+    }
+}
 
 }  // namespace vantoric::test

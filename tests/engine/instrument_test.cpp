@@ -31,6 +31,31 @@ struct StepCount final : BlockObserver {
     }
 };
 
+// The simplest instrument: a layer of one oscillator, all else off.
+struct PlainInstrument : testing::Test {
+    PlainInstrument() {
+        rig.clearParameters();
+        rig.plainLayer();
+    }
+    // The first layer hears one channel, counted from 1.
+    void onChannel(int channel) {
+        rig.setList(par::MidiSpli, channel);
+        rig.audio.resetEngine();
+    }
+    void layersOnChannels1And2() {
+        rig.plainLayer(1);
+        rig.setList(par::MidiSpli, 2, 1);
+        onChannel(1);
+    }
+    void ticks(int count) {
+        for (int i = 0; i < count; ++i) rig.tick();
+    }
+    // Of a layer's voice: 15 takes the first note of many, 0 that of a layer of one voice.
+    bool isHeld(int layer = 0, int voice = 15) { return rig.audio.layer(layer).voice(voice).envelopes[0].awaitsNoteOff(); }
+    bool isReleased(int layer = 0, int voice = 15) { return rig.audio.layer(layer).voice(voice).state() == Envelope::Release; }
+    EngineRig rig;
+};
+
 TEST(Instrument, EveryReaderOfTheRateGetsTheInternalOne) {
     EngineRig rig;
     const std::pair<float, float> rates[] = {
@@ -81,10 +106,7 @@ TEST(Instrument, ItsEndSavesTheControllerMapEvenUnchangedAndThePath) {
     again.audio.controllerMap().clear();
 }
 
-TEST(Instrument, BeforeTheWorkerHasStartedTheBlockIsSilentAndLeavesItsMark) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, BeforeTheWorkerHasStartedTheBlockIsSilentAndLeavesItsMark) {
     rig.audio.resetEngine();
     rig.send({{0x90, 60, 100}});
     rig.audio.flags().bootPending.set();
@@ -111,10 +133,7 @@ TEST(Instrument, ARateWithoutATickIsSilent) {
 }
 
 // All that a suspend brings back, and what it leaves.
-TEST(Instrument, SuspendEndsPedalAndSmoothingAndKeepsTheDecimator) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, SuspendEndsPedalAndSmoothingAndKeepsTheDecimator) {
     rig.audio.resetEngine();
     rig.host.tell(120.0, 3.0);
     rig.send({{0x90, 60, 100}, {0xb0, 64, 127}, {0xb0, 1, 64}, {0xe0, 0, 127}, {0xd0, 96, 0}});
@@ -223,10 +242,7 @@ TEST(Instrument, VolumeIsAGainOfOneInTheMiddleAndFourAtTheTop) {
     }
 }
 
-TEST(Instrument, SilenceAtVolumeZero) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, SilenceAtVolumeZero) {
     rig.set(par::Volume, 0.0f);
     rig.audio.resetEngine();
     rig.send({{0x90, 60, 100}});
@@ -244,10 +260,7 @@ TEST(Instrument, SilenceLeavesTheDecimatorsOffset) {
     EXPECT_NEAR(rig.left.back(), 0.00001f, 2e-7f);
 }
 
-TEST(Instrument, MasterTailRunsOnWithAllLayersOff) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, MasterTailRunsOnWithAllLayersOff) {
     rig.setList(par::FxMaType, 6);  // a delay
     rig.set(par::FxMaMix, 1.0f);
     for (int k = 0; k < 4; ++k) rig.set(par::FxMaPar1 + k, 0.7f);
@@ -262,10 +275,7 @@ TEST(Instrument, MasterTailRunsOnWithAllLayersOff) {
     EXPECT_FALSE(rig.audio.layer(0).layerOn);
 }
 
-TEST(Instrument, AllLayersOffAreSilent) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, AllLayersOffAreSilent) {
     rig.set(par::Layer1On, 0.0f);
     rig.audio.resetEngine();
     rig.send({{0x90, 60, 100}});
@@ -273,10 +283,7 @@ TEST(Instrument, AllLayersOffAreSilent) {
     EXPECT_LT(rig.peak(), 1e-4f);
 }
 
-TEST(Instrument, PedalHoldsNotesAndItsReleaseEndsThem) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, PedalHoldsNotesAndItsReleaseEndsThem) {
     rig.audio.resetEngine();
     rig.send({{0x90, 60, 100}, {0xb0, 64, 127}});
     rig.tick();
@@ -285,13 +292,10 @@ TEST(Instrument, PedalHoldsNotesAndItsReleaseEndsThem) {
     EXPECT_EQ(rig.audio.layer(0).voice(15).state(), Envelope::Decay);
     rig.send({{0xb0, 64, 0}});
     rig.tick();
-    EXPECT_EQ(rig.audio.layer(0).voice(15).state(), Envelope::Release);
+    EXPECT_TRUE(isReleased());
 }
 
-TEST(Instrument, PedalReleaseEndsAMonoVoiceInsteadOfMovingIt) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, PedalReleaseEndsAMonoVoiceInsteadOfMovingIt) {
     rig.setList(par::PlayMode, 0);
     rig.audio.resetEngine();
     rig.send({{0xb0, 64, 127}, {0x90, 60, 100}});
@@ -304,90 +308,63 @@ TEST(Instrument, PedalReleaseEndsAMonoVoiceInsteadOfMovingIt) {
     rig.send({{0xb0, 64, 0}});
     rig.tick();
     EXPECT_EQ(rig.audio.layer(0).voice(0).note, 67);
-    EXPECT_EQ(rig.audio.layer(0).voice(0).state(), Envelope::Release);
+    EXPECT_TRUE(isReleased(0, 0));
 }
 
-TEST(Instrument, AOneVoiceLayerLetsGoThoughAKeyOfAnotherChannelWasHeldAtItsEnd) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, AOneVoiceLayerLetsGoThoughAKeyOfAnotherChannelWasHeldAtItsEnd) {
     rig.setList(par::PlayMode, 0);
-    rig.setList(par::MidiSpli, 1);  // channel 1
-    rig.audio.resetEngine();
+    onChannel(1);
     rig.send({{0x91, 72, 100}, {0x90, 60, 100}});
     rig.tick();
     rig.send({{0x80, 60, 0}});  // it sees the key of channel 2 and plays on
     rig.tick();
-    EXPECT_TRUE(rig.audio.layer(0).voice(0).envelopes[0].awaitsNoteOff());
+    EXPECT_TRUE(isHeld(0, 0));
     rig.send({{0x81, 72, 0}});
-    for (int i = 0; i < 3; ++i) rig.tick();
-    EXPECT_EQ(rig.audio.layer(0).voice(0).state(), Envelope::Release);
+    ticks(3);
+    EXPECT_TRUE(isReleased(0, 0));
 }
 
-TEST(Instrument, AKeyHeldOnOneChannelSoundsOnWhenAnotherChannelLetsGoOfIt) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer(0);
-    rig.plainLayer(1);
-    rig.setList(par::MidiSpli, 1, 0);
-    rig.setList(par::MidiSpli, 2, 1);
-    rig.audio.resetEngine();
+TEST_F(PlainInstrument, AKeyHeldOnOneChannelSoundsOnWhenAnotherChannelLetsGoOfIt) {
+    layersOnChannels1And2();
     rig.send({{0x90, 60, 100}, {0x91, 60, 100}});
     rig.tick();
     rig.send({{0x80, 60, 0}});
-    for (int i = 0; i < 5; ++i) rig.tick();
-    EXPECT_TRUE(rig.audio.layer(1).voice(15).envelopes[0].awaitsNoteOff());
+    ticks(5);
+    EXPECT_TRUE(isHeld(1));
 }
 
-TEST(Instrument, ThePedalOfAnotherChannelLeavesNoNoteBehind) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
-    rig.setList(par::MidiSpli, 3);  // channel 3
-    rig.audio.resetEngine();
+TEST_F(PlainInstrument, ThePedalOfAnotherChannelLeavesNoNoteBehind) {
+    onChannel(3);
     rig.send({{0xb2, 64, 127}, {0x92, 60, 100}});
     rig.tick();
     rig.send({{0x82, 60, 0}, {0xb2, 64, 0}});  // the pedal's deferred ends go out on channel 1
-    for (int i = 0; i < 3; ++i) rig.tick();
-    EXPECT_EQ(rig.audio.layer(0).voice(15).state(), Envelope::Release);
+    ticks(3);
+    EXPECT_TRUE(isReleased());
 }
 
-TEST(Instrument, AnEndOnAnotherChannelEndsTheNote) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
-    rig.setList(par::MidiSpli, 1);
-    rig.audio.resetEngine();
+TEST_F(PlainInstrument, AnEndOnAnotherChannelEndsTheNote) {
+    onChannel(1);
     rig.send({{0x90, 60, 100}});
     rig.tick();
-    EXPECT_TRUE(rig.audio.layer(0).voice(15).envelopes[0].awaitsNoteOff());
+    EXPECT_TRUE(isHeld());
     rig.send({{0x81, 60, 0}});
-    for (int i = 0; i < 3; ++i) rig.tick();
-    EXPECT_EQ(rig.audio.layer(0).voice(15).state(), Envelope::Release);
+    ticks(3);
+    EXPECT_TRUE(isReleased());
 }
 
-TEST(Instrument, OneEndTakesOneKeyOff) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer(0);
-    rig.plainLayer(1);
-    rig.setList(par::MidiSpli, 1, 0);
-    rig.setList(par::MidiSpli, 2, 1);
-    rig.audio.resetEngine();
+TEST_F(PlainInstrument, OneEndTakesOneKeyOff) {
+    layersOnChannels1And2();
     rig.send({{0x90, 60, 100}, {0x91, 60, 100}});
     rig.tick();
     rig.send({{0x82, 60, 0}});
-    for (int i = 0; i < 3; ++i) rig.tick();
-    EXPECT_TRUE(rig.audio.layer(1).voice(15).envelopes[0].awaitsNoteOff());
+    ticks(3);
+    EXPECT_TRUE(isHeld(1));
     rig.send({{0x83, 60, 0}});
-    for (int i = 0; i < 3; ++i) rig.tick();
-    EXPECT_EQ(rig.audio.layer(1).voice(15).state(), Envelope::Release);
+    ticks(3);
+    EXPECT_TRUE(isReleased(1));
 }
 
-TEST(Instrument, AKeyOfOtherChannelsLeftDownByALostEndKeepsNoNoteForGood) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, AKeyOfOtherChannelsLeftDownByALostEndKeepsNoNoteForGood) {
     rig.setList(par::MidiSpli, 3);
     for (const int playMode : {8, 0}) {
         rig.setList(par::PlayMode, playMode);
@@ -399,51 +376,41 @@ TEST(Instrument, AKeyOfOtherChannelsLeftDownByALostEndKeepsNoNoteForGood) {
         rig.tick();
         const Voice& voice = rig.audio.layer(0).voice(playMode == 0 ? 0 : 15);
         EXPECT_TRUE(voice.envelopes[0].awaitsNoteOff());
-        for (int i = 0; i < Layer::lateTicks; ++i) rig.tick();
+        ticks(Layer::lateTicks);
         EXPECT_FALSE(voice.envelopes[0].awaitsNoteOff()) << playMode;
     }
 }
 
-TEST(Instrument, AKeyOfItsOwnChannelLeftDownKeepsNoOtherNoteForGood) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
-    rig.setList(par::MidiSpli, 3);
-    rig.audio.resetEngine();
+TEST_F(PlainInstrument, AKeyOfItsOwnChannelLeftDownKeepsNoOtherNoteForGood) {
+    onChannel(3);
     rig.send({{0x92, 40, 100}, {0xb2, 64, 127}, {0x92, 60, 100}});
     rig.tick();
     rig.send({{0x82, 60, 0}, {0xb2, 64, 0}});
-    for (int i = 0; i < Layer::lateTicks + 2; ++i) rig.tick();
-    EXPECT_TRUE(rig.audio.layer(0).voice(15).envelopes[0].awaitsNoteOff());   // 40, which is down
+    ticks(Layer::lateTicks + 2);
+    EXPECT_TRUE(isHeld());                                                    // 40, which is down
     EXPECT_FALSE(rig.audio.layer(0).voice(14).envelopes[0].awaitsNoteOff());  // 60
 }
 
-TEST(Instrument, AnArpeggiatorDoesNotPlayOnWithAKeyWhoseEndWentToAnotherChannel) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, AnArpeggiatorDoesNotPlayOnWithAKeyWhoseEndWentToAnotherChannel) {
     rig.setList(par::MidiSpli, 1);
     rig.setList(par::ArpType, 2);
     rig.audio.resetEngine();
     rig.send({{0x90, 60, 100}});
-    for (int i = 0; i < Layer::lateTicks + 10; ++i) rig.tick();
+    ticks(Layer::lateTicks + 10);
     EXPECT_GE(rig.audio.layer(0).arpeggiator().playingStep(), 0);
     rig.send({{0x81, 60, 0}});
-    for (int i = 0; i < Layer::lateTicks + 2; ++i) rig.tick();
+    ticks(Layer::lateTicks + 2);
     EXPECT_EQ(rig.audio.layer(0).arpeggiator().playingStep(), -1);
 }
 
-TEST(Instrument, HeldKeysAndThePedalKeepTheirNotes) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, HeldKeysAndThePedalKeepTheirNotes) {
     rig.audio.resetEngine();
     rig.send({{0x93, 40, 100}});
-    for (int i = 0; i < 2 * Layer::lateTicks; ++i) rig.tick();
-    EXPECT_TRUE(rig.audio.layer(0).voice(15).envelopes[0].awaitsNoteOff());
+    ticks(2 * Layer::lateTicks);
+    EXPECT_TRUE(isHeld());
     rig.send({{0xb3, 64, 127}, {0x83, 40, 0}});
-    for (int i = 0; i < 2 * Layer::lateTicks; ++i) rig.tick();
-    EXPECT_TRUE(rig.audio.layer(0).voice(15).envelopes[0].awaitsNoteOff());
+    ticks(2 * Layer::lateTicks);
+    EXPECT_TRUE(isHeld());
 }
 
 TEST(Instrument, ThatGetsNoThreadLeavesNothingBehind) {
@@ -461,28 +428,13 @@ TEST(Instrument, ThatGetsNoMemoryLeavesNothingBehind) {
     {
         EngineRig();
     }  // what the process keeps for good is there now
-    int failures = 0;
-    bool isMade = false;
-    for (long allocations = 0; !isMade; allocations = 2 * allocations + 1) {
-        ASSERT_LT(allocations, 10'000'000);
-        test::allocationsLeft = allocations;
-        try {
-            const Instrument instrument;
-            isMade = true;
-        } catch (const std::bad_alloc&) {
-            ++failures;
-        }
-        test::allocationsLeft = -1;
-        EXPECT_FALSE(WaveLibrary::shared().loaded()) << allocations;
-    }
+    const int failures =
+        test::failuresUntilMade([] { const Instrument instrument; }, [] { EXPECT_FALSE(WaveLibrary::shared().loaded()); });
     EXPECT_GT(failures, 4);
     EXPECT_EQ(EngineRig().audio.instanceNumber(), 1);
 }
 
-TEST(Instrument, SuspendLeavesSwitchedOffLayersAlone) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer(0);
+TEST_F(PlainInstrument, SuspendLeavesSwitchedOffLayersAlone) {
     rig.plainLayer(1);
     rig.audio.resetEngine();
     rig.send({{0x90, 60, 100}});
@@ -495,10 +447,7 @@ TEST(Instrument, SuspendLeavesSwitchedOffLayersAlone) {
     EXPECT_EQ(rig.audio.state().songPosition, 0.0);
 }
 
-TEST(Instrument, MutedEngineIsSilentAndKeepsItsEvents) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, MutedEngineIsSilentAndKeepsItsEvents) {
     rig.audio.resetEngine();
     for (Flag* flag : {&rig.audio.flags().audioMuted, &rig.audio.flags().engineLocked, &rig.audio.flags().editorClosing}) {
         flag->set();
@@ -553,10 +502,7 @@ TEST(Instrument, FollowersSeeProgramChangesAndPatches) {
     EXPECT_TRUE(replaced.all && replaced.from(ChangeSource::patch));
 }
 
-TEST(Instrument, StateBringsThePatchBack) {
-    EngineRig rig;
-    rig.clearParameters();
-    rig.plainLayer();
+TEST_F(PlainInstrument, StateBringsThePatchBack) {
     rig.audio.parameters().setParameter(par::Cutoff1, 0.375f);
     rig.audio.program().setProgramName("Mine");
     const ChunkBytes state = rig.audio.patchChunk().getChunk();

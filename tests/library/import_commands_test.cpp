@@ -82,10 +82,10 @@ struct Impatient : platform::RecordedDialogs {
 TEST_F(ImportMenu, WhatIsCancelledLeavesThePatchAsItWas) {
     makeTemplates();
     Impatient impatient;
-    WaveChooser chooser(impatient);
-    ImportCommands imports(audio.quickImport(), audio.sfzImport(), chooser, audio.messages(), impatient, log);
-    SampleCommands samples(audio.sampleLoader(), audio.sampleEditor(), audio.customWaveLoader(), chooser, audio.messages(),
-                           impatient, log);
+    WaveChooser asked(impatient);
+    ImportCommands impatientImports(audio.quickImport(), audio.sfzImport(), asked, audio.messages(), impatient, log);
+    SampleCommands impatientSamples(audio.sampleLoader(), audio.sampleEditor(), audio.customWaveLoader(), asked, audio.messages(),
+                                    impatient, log);
     ASSERT_TRUE(audio.sampleLoader().loadSample(0, 0, wave("earlier.wav", 70)));
     const auto parameters = [&] {
         std::vector<float> all;
@@ -96,10 +96,10 @@ TEST_F(ImportMenu, WhatIsCancelledLeavesThePatchAsItWas) {
     const std::string later = wave("later.wav", 600, 2), instrument = sfz("<region> sample=later.wav key=1\n");
     impatient.choosePathNext(later);
     impatient.choosePathNext(later);
-    EXPECT_FALSE(test::ended(imports, &ImportCommands::importSample));
-    EXPECT_FALSE(test::ended(imports, &ImportCommands::importVocoder));
-    EXPECT_FALSE(test::ended(imports, &ImportCommands::importSfz, instrument));
-    EXPECT_FALSE(test::ended(samples, &SampleCommands::loadChosen, 0, 0, later, true));
+    EXPECT_FALSE(test::ended(impatientImports, &ImportCommands::importSample));
+    EXPECT_FALSE(test::ended(impatientImports, &ImportCommands::importVocoder));
+    EXPECT_FALSE(test::ended(impatientImports, &ImportCommands::importSfz, instrument));
+    EXPECT_FALSE(test::ended(impatientSamples, &SampleCommands::loadChosen, 0, 0, later, true));
     EXPECT_EQ(impatient.texts,
               (Texts{"Importing later.wav", "Importing later.wav", "Importing Grand Piano.sfz", "Loading later.wav"}));
     ASSERT_EQ(impatient.boxes().size(), 1u) << "no question, and nothing but the hint before the choice";

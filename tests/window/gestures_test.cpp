@@ -213,8 +213,8 @@ std::vector<SourceRow> allSources() {
     return rows;
 }
 
-INSTANTIATE_TEST_SUITE_P(Window, EverySource, testing::ValuesIn(allSources()), [](const auto& info) {
-    return "Submenu" + std::to_string(info.param.submenu) + "Row" + std::to_string(info.param.row);
+INSTANTIATE_TEST_SUITE_P(Window, EverySource, testing::ValuesIn(allSources()), [](const auto& source) {
+    return "Submenu" + std::to_string(source.param.submenu) + "Row" + std::to_string(source.param.row);
 });
 
 const std::vector<std::string> knobRows{"", "", "-", "", "-", "", "", "", "", "", ""};

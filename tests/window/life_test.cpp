@@ -238,8 +238,8 @@ void spoilLibrary(const Installation& installation) {
     const fs::path sounds = installation.folder() / "Vantoric_sounds";
     fs::create_directories(sounds / "Bass");
     for (int i = 0; i < 5000; ++i) std::ofstream(sounds / "Bass" / (std::to_string(i) + ".fxp")) << "no patch";
-    for (const std::string name : {std::string(251, 'x'), std::string("Ночной город"), std::string("夜の港"),
-                                   std::string("broken \xff\xfe"), std::string("two\nlines"), std::string(" ")}) {
+    for (const std::string& name : {std::string(251, 'x'), std::string("Ночной город"), std::string("夜の港"),
+                                    std::string("broken \xff\xfe"), std::string("two\nlines"), std::string(" ")}) {
         fs::create_directories(sounds / name);
         std::ofstream(sounds / name / (name.substr(0, 251) + ".fxp")) << "no patch";
         std::ofstream(sounds / (name.substr(0, 251) + ".rnk")) << "\xff\n9\n\n-3\nx";

@@ -67,20 +67,8 @@ TEST_F(Q7AudioTest, ThatGetsNoThreadOrNoMemoryLeavesNothingBehind) {
         EXPECT_THROW(Q7Audio(Host::callback, dialogs), std::system_error);
     }
     EXPECT_FALSE(WaveLibrary::shared().loaded());
-    int failures = 0;
-    bool isMade = false;
-    for (long allocations = 0; !isMade; allocations = 2 * allocations + 1) {
-        ASSERT_LT(allocations, 10'000'000);
-        test::allocationsLeft = allocations;
-        try {
-            const Q7Audio plugin(Host::callback, dialogs);
-            isMade = true;
-        } catch (const std::bad_alloc&) {
-            ++failures;
-        }
-        test::allocationsLeft = -1;
-        EXPECT_FALSE(WaveLibrary::shared().loaded()) << allocations;
-    }
+    const int failures = test::failuresUntilMade([this] { const Q7Audio plugin(Host::callback, dialogs); },
+                                                 [] { EXPECT_FALSE(WaveLibrary::shared().loaded()); });
     EXPECT_GT(failures, 4);
     EXPECT_EQ(Q7Audio(Host::callback, dialogs).instrument().instanceNumber(), 1);
 }
