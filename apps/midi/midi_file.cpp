@@ -64,8 +64,8 @@ int dataBytes(std::uint8_t status) { return (status & 0xe0) == 0xc0 ? 1 : 2; }
 // Reads the events of one track into the file.
 class TrackReader {
 public:
-    TrackReader(std::span<const std::uint8_t> bytes, std::int64_t start, bool keepTempo, File& file)
-        : reader_(bytes), tick_(start), keepTempo_(keepTempo), file_(file) {}
+    TrackReader(std::span<const std::uint8_t> bytes, int track, std::int64_t start, bool keepTempo, File& file)
+        : reader_(bytes), track_(track), tick_(start), keepTempo_(keepTempo), file_(file) {}
 
     // False with a reason if the track's bytes make no sense.
     bool run(std::string& problem) {
@@ -101,7 +101,7 @@ private:
             Message message{status, reader_.byte(), 0};
             if (dataBytes(status) == 2) message.data2 = reader_.byte();
             if ((message.data1 | message.data2) & 0x80) return problem = "it has a data byte above 127", false;
-            if (!reader_.failed()) file_.events.push_back({tick_, message});
+            if (!reader_.failed()) file_.events.push_back({tick_, message, track_});
         }
         return true;
     }
@@ -123,6 +123,7 @@ private:
     }
 
     Reader reader_;
+    int track_;
     std::int64_t tick_;
     bool keepTempo_;
     File& file_;
@@ -167,7 +168,7 @@ bool parse(std::span<const std::uint8_t> bytes, File& file, std::string& problem
         const std::string name = "track " + std::to_string(tracks + 1);
         if (reader.failed()) return problem = "truncated: the file ends within " + name, false;
         if (!isChunk(chunk, "MTrk")) continue;
-        TrackReader track(body, file.format == 2 ? file.length : 0, !filmFrames, file);
+        TrackReader track(body, static_cast<int>(tracks), file.format == 2 ? file.length : 0, !filmFrames, file);
         if (!track.run(problem)) return problem = "broken: " + name + ": " + problem, false;
         file.length = std::max(file.length, track.end());
         ++tracks;

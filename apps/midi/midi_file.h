@@ -24,6 +24,7 @@ struct Message {
 struct Event {
     std::int64_t tick = 0;
     Message message;
+    int track = 0;  // of a file that was read: the number of its track, from 0
 };
 
 struct TempoChange {

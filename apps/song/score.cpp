@@ -359,17 +359,26 @@ std::vector<Word> wordsOf(const std::string& line, int number) {
 // A part or the conductor, with the lines that belong to it.
 struct Section {
     bool conductor = false;
-    std::string name;
+    std::string name, instrument;
     int channel = 0;
     std::vector<Word> words;
 };
 
-Section openPart(const std::vector<Word>& words) {
-    if (words.size() < 4 || words[words.size() - 2].text != "channel")
-        throw Trouble(words[0].line, "a part is opened by: part NAME channel N");
+// "part NAME", then "channel N", "on INSTRUMENT" or both.
+Section openPart(std::vector<Word> words) {
     Section section;
-    section.channel = wholeNumber(words[0], words.back().text, 1, 16) - 1;
-    for (std::size_t i = 1; i + 2 < words.size(); ++i) section.name += (i > 1 ? " " : "") + words[i].text;
+    const int line = words[0].line;
+    bool said = false;
+    auto take = [&](const char* what, auto use) {
+        if (words.size() < 4 || words[words.size() - 2].text != what) return;
+        use(words.back().text);
+        words.resize(words.size() - 2);
+        said = true;
+    };
+    take("on", [&](const std::string& name) { section.instrument = name; });
+    take("channel", [&](const std::string& number) { section.channel = wholeNumber(words[0], number, 1, 16) - 1; });
+    if (!said) throw Trouble(line, "a part is opened by: part NAME channel N, or part NAME on INSTRUMENT");
+    for (std::size_t i = 1; i < words.size(); ++i) section.name += (i > 1 ? " " : "") + words[i].text;
     return section;
 }
 
@@ -378,6 +387,50 @@ std::string restOf(const std::vector<Word>& words) {
     std::string text;
     for (std::size_t i = 1; i < words.size(); ++i) text += (i > 1 ? " " : "") + words[i].text;
     return text;
+}
+
+double decibels(const Word& word, const std::string& text, double low, double high) {
+    const double value = number(word, text);
+    if (!(value >= low && value <= high)) throw Trouble(word.line, "\"" + text + "\" is out of range");
+    return value;
+}
+
+// "instrument NAME = CATEGORY/NAME", then settings.
+Instrument instrumentOf(const std::vector<Word>& words) {
+    if (words.size() < 4 || words[2].text != "=")
+        throw Trouble(words[0].line, "an instrument is written as: instrument NAME = CATEGORY/PATCH level=-6 pan=20");
+    Instrument instrument;
+    instrument.name = words[1].text;
+    for (std::size_t i = 3; i < words.size(); ++i) {
+        const std::string& text = words[i].text;
+        const auto equals = text.find('=');
+        const std::string what = text.substr(0, equals), value = equals == std::string::npos ? "" : text.substr(equals + 1);
+        if (equals == std::string::npos)
+            instrument.patch += (instrument.patch.empty() ? "" : " ") + text;
+        else if (what == "level")
+            instrument.level = decibels(words[i], value, -60, 24);
+        else if (what == "pan")
+            instrument.pan = decibels(words[i], value, -100, 100);
+        else if (what == "set" && value.find('=') != std::string::npos)
+            instrument.settings.push_back(value);
+        else
+            throw Trouble(words[i].line, "what is \"" + text + "\"?");
+    }
+    if (instrument.patch.empty()) throw Trouble(words[0].line, "the instrument \"" + instrument.name + "\" has no patch");
+    return instrument;
+}
+
+// Tells every instrument which track of the file it plays. The parts of a score with instruments all name one.
+void assign(const Section& section, int track, std::vector<Instrument>& instruments) {
+    if (section.instrument.empty() && instruments.empty()) return;
+    const int line = section.words.empty() ? 1 : section.words[0].line;
+    const auto player = std::find_if(instruments.begin(), instruments.end(),
+                                     [&](const Instrument& instrument) { return instrument.name == section.instrument; });
+    if (player == instruments.end())
+        throw Trouble(line, section.instrument.empty()
+                                ? "the part \"" + section.name + "\" is on no instrument"
+                                : "there is no instrument \"" + section.instrument + "\" for the part \"" + section.name + "\"");
+    player->tracks.push_back(track);
 }
 
 std::vector<Section> sectionsOf(const std::string& text, Score& score) {
@@ -394,11 +447,17 @@ std::vector<Section> sectionsOf(const std::string& text, Score& score) {
             score.advice.patch = restOf(words);
         } else if (first == "level") {
             score.advice.level = wholeNumber(words[0], words.back().text, -60, 60);
+        } else if (first == "about") {
+            if (words.size() < 2) throw Trouble(at, "about what?");
+        } else if (first == "loudness") {
+            score.advice.loudness = decibels(words[0], words.back().text, -40, -6);
+        } else if (first == "instrument") {
+            score.advice.instruments.push_back(instrumentOf(words));
         } else if (first == "let") {
             if (words.size() < 4 || words[2].text != "=") throw Trouble(at, "a phrase is written as: let NAME = WORDS");
             score.phrases[words[1].text].assign(words.begin() + 3, words.end());
         } else if (first == "conductor") {
-            sections.push_back({true, "", 0, {}});
+            sections.push_back({true, "", "", 0, {}});
         } else if (first == "part") {
             sections.push_back(openPart(words));
         } else if (sections.empty()) {
@@ -422,7 +481,9 @@ bool compile(const std::string& text, std::vector<std::uint8_t>& midi, std::stri
                 midi::Track track{section.name, {}};
                 Player player(score, conductor ? nullptr : &track, section.channel);
                 score.length = std::max(score.length, player.play(section.words, 0));
-                if (!conductor) score.tracks.push_back(std::move(track));
+                if (conductor) continue;
+                score.tracks.push_back(std::move(track));
+                assign(section, static_cast<int>(score.tracks.size()), score.advice.instruments);
             }
         if (score.tracks.empty()) throw Trouble(1, "a score without a part");
         // At one time a note ends before the next begins.
@@ -430,6 +491,8 @@ bool compile(const std::string& text, std::vector<std::uint8_t>& midi, std::stri
             std::stable_sort(track.events.begin(), track.events.end(), [](const midi::Event& a, const midi::Event& b) {
                 return a.tick != b.tick ? a.tick < b.tick : a.message.endsNote() && !b.message.endsNote();
             });
+        if (score.advice.patch.empty() && !score.advice.instruments.empty())
+            score.advice.patch = score.advice.instruments[0].patch;
         if (advice != nullptr) *advice = score.advice;
         midi = midi::write(quarter, score.title, score.tempos, score.meters, score.tracks, score.length);
         return true;
@@ -437,6 +500,21 @@ bool compile(const std::string& text, std::vector<std::uint8_t>& midi, std::stri
         problem = trouble.what();
         return false;
     }
+}
+
+std::string mixText(const Advice& advice, const std::string& song) {
+    std::ostringstream text;
+    text << "song " << song << '\n';
+    if (advice.loudness) text << "loudness " << *advice.loudness << '\n';
+    std::vector<Instrument> instruments = advice.instruments;
+    if (instruments.empty() && !advice.patch.empty()) instruments.push_back({"", advice.patch, advice.level, 0.0, {}, {}});
+    for (const Instrument& instrument : instruments) {
+        text << "instrument level=" << instrument.level << " pan=" << instrument.pan;
+        for (const int track : instrument.tracks) text << " track=" << track;
+        for (const std::string& setting : instrument.settings) text << " set=" << setting;
+        text << ' ' << instrument.patch << '\n';
+    }
+    return text.str();
 }
 
 }  // namespace vantoric::song

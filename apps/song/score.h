@@ -6,9 +6,15 @@
 //   title TEXT
 //   patch CATEGORY/NAME       the patch of the factory that suits it
 //   level DECIBELS            by how much a recording on that patch is to be raised
+//   about TEXT                what it shows, for a list of songs
+//   loudness LUFS             of the finished recording (ITU-R BS.1770)
+//   instrument NAME = CATEGORY/NAME level=DECIBELS pan=POSITION set=PARAMETER=VALUE ...
+//                             an instance of the instrument with a patch of its own; level, pan (-100 left to 100
+//                             right) and settings of the patch, as vantoric-render takes them, can be left out
 //   let NAME = WORDS          a phrase; "@NAME" plays it, "@NAME(c4,e4,g4)" with $1, $2 ... replaced
 //   conductor                 what follows is tempo and meter
 //   part NAME channel N       what follows is played on channel N (1 to 16), from the start of the song
+//   part NAME on INSTRUMENT   the same on channel 1 of that instrument; "channel N on INSTRUMENT" on another one
 //
 // All other words are music, one after the other:
 //
@@ -33,6 +39,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,10 +47,21 @@ namespace vantoric::song {
 
 // Compiles a score to the bytes of a format 1 MIDI file with 480 ticks a quarter note. On failure `problem` is
 // "line N: what is wrong" and false is returned. `advice`, if given, becomes what the score says to its player.
+struct Instrument {
+    std::string name, patch;
+    double level = 0.0, pan = 0.0;      // decibels; -100 left to 100 right
+    std::vector<std::string> settings;  // "NAME=VALUE"
+    std::vector<int> tracks;            // of the MIDI file, where the conductor's is 0
+};
 struct Advice {
-    std::string patch;   // empty if it names none
+    std::string patch;   // of a song for one instrument; else of its first one; empty if it names none
     double level = 0.0;  // decibels
+    std::optional<double> loudness;
+    std::vector<Instrument> instruments;  // none if the song names no more than a patch
 };
 bool compile(const std::string& score, std::vector<std::uint8_t>& midi, std::string& problem, Advice* advice = nullptr);
+
+// The advice as a mix, which vantoric-render plays; `song` is the MIDI file as seen from there.
+std::string mixText(const Advice& advice, const std::string& song);
 
 }  // namespace vantoric::song
