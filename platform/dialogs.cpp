@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <string_view>
 #include <vector>
 
 #include "platform/files.h"
@@ -20,6 +21,12 @@ std::string formatted(const char* format, std::va_list arguments) {
     std::vsnprintf(text.data(), text.size(), format, arguments);
     return std::string(text.data(), static_cast<std::size_t>(length));
 }
+
+#ifdef _WIN32
+constexpr std::string_view notInNames = "/\\<>:\"|?*";
+#else
+constexpr std::string_view notInNames = "/\\";
+#endif
 
 struct KindTexts {
     FileKind kind;
@@ -76,7 +83,8 @@ FileRequest fileRequest(FileKind kind, bool isSave, const std::string& startFold
 void askFilePath(Dialogs& dialogs, const std::string& startFolder, bool isSave, FileKind kind, OnPath then,
                  const std::string& name) {
     FileRequest request = fileRequest(kind, isSave, startFolder);
-    for (const char c : name) request.name += c == '/' || c == '\\' || static_cast<unsigned char>(c) < ' ' ? '-' : c;
+    for (const char c : name)
+        request.name += notInNames.find(c) != std::string_view::npos || static_cast<unsigned char>(c) < ' ' ? '-' : c;
     if (!isSave) return dialogs.choosePath(request, std::move(then));
     dialogs.choosePath(request, [&dialogs, extension = request.extension, then = std::move(then)](const auto& chosen) {
         if (!chosen) return then({});

@@ -78,11 +78,13 @@ Written writeNew(const fs::path& path, const void* bytes, std::size_t size) {
     return CloseHandle(file) && isOnDisk ? Written::done : Written::failed;
 }
 
+// The first keeps who may do what with a file that is there; it fails where there is none.
 bool replaceFile(const fs::path& from, const fs::path& to) {
-    return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+    return ReplaceFileW(to.c_str(), from.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr) != 0 ||
+           MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
 }
 
-void syncFolder(const fs::path&) {}  // MOVEFILE_WRITE_THROUGH has waited for it
+void syncFolder(const fs::path&) {}  // the system keeps a journal of names
 
 #else
 

@@ -7,7 +7,7 @@ wine=$(command -v wine64 || command -v wine || ls /usr/lib/wine/wine64 2>/dev/nu
 [ $# = 2 ] || exit 0
 linux=$(realpath "$1") windows=$(realpath "$2")
 scratch=$(mktemp -d)
-export WINEPREFIX=$scratch/wine WINEDEBUG=-all
+export WINEPREFIX=$scratch/wine WINEDEBUG=-all LC_ALL=C.UTF-8
 unset DISPLAY
 server=
 end() {
@@ -58,8 +58,21 @@ says 5 "no such patch" --sound none --patch none/such
 says 3 "no sound: WASAPI" --sound wasapi --device "no such device"
 says 0 "played 0.5 s" --sound none --patch "Keys/Silver Tines" --seconds 0.5 --record "$scratch/take.wav"
 says 0 "has no window" --sound none --seconds 0.2
+kept=$(find "$WINEPREFIX" -path '*/AppData/Local/Vantoric/State/standalone.patch')
+[ -n "$kept" ] || fail "vantoric keeps no patch"
+says 5 "Übung 音.fxp: no such patch" --sound none --patch "Übung 音.fxp"
+says 0 "take Ü.wav" --sound none --seconds 0.2 --record "$scratch/take Ü.wav"
+[ -s "$scratch/take Ü.wav" ] || fail "vantoric does not record into a name of any signs"
+
+"$wine" "$content/vantoric.exe" --sound none >"$scratch/said" 2>/dev/null </dev/null &
+program=$!
+for _ in $(seq 100); do grep -q "MIDI:" "$scratch/said" && break; sleep 0.1; done
+rm -f "$kept"
+kill -INT $program
+wait $program || fail "vantoric does not end well by Ctrl-C: $?"
+grep -q "^played" "$scratch/said" || fail "vantoric says nothing at its end"
+[ -s "$kept" ] || fail "vantoric keeps no patch"
 [ "$(head -c 4 "$scratch/take.wav")" = RIFF ] || fail "vantoric records no WAV file"
-find "$WINEPREFIX" -name standalone.patch | grep -q . || fail "vantoric keeps no patch"
 
 # ---- each module
 

@@ -1,5 +1,7 @@
 // format-render FORMAT MODULE PATCH.fxp OUT.raw: plays some notes through a module of a format (clap, vst3) and writes its
 // samples as they are, 32-bit floats, left and right in turn. Builds for every system that the modules build for.
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -21,6 +23,8 @@ namespace testhost {
 namespace {
 
 constexpr std::int32_t uniqueId = 0x51374449;  // "Q7DI"
+
+constexpr float audible = 0.01f;  // of full scale
 
 std::filesystem::path modulePath;
 
@@ -52,10 +56,16 @@ int run(const std::string& format, const std::string& patch, const char* out) {
     host->start(rate, block);
     host->render(block);
     std::ofstream file(out, std::ios::binary);
-    for (int i = 0; i < blocks; ++i) write(file, host->render(block, phrase(i)));
+    float peak = 0;
+    for (int i = 0; i < blocks; ++i) {
+        const Sound sound = host->render(block, phrase(i));
+        for (const float sample : sound.left) peak = std::max(peak, std::fabs(sample));
+        write(file, sound);
+    }
     host->stop();
     file.close();
     if (!file) throw std::runtime_error("the sound cannot be written");
+    if (!(peak > audible)) throw std::runtime_error("it is silent");
     std::printf("%s: %d frames\n", format.c_str(), block * blocks);
     return 0;
 }

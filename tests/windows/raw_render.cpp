@@ -1,5 +1,7 @@
 // raw-render PLUGIN SONG.mid PATCH.fxp OUT.raw: plays a song through a plug-in and writes its samples as they are, 32-bit
 // floats, left and right in turn. Builds for every system that the plug-in builds for, so that their sounds can be compared.
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <string>
@@ -16,6 +18,8 @@ namespace {
 using namespace vantoric;
 using namespace vantoric::render;
 
+constexpr float audible = 0.01f;  // of full scale
+
 int complain(const std::string& what, const std::string& problem) {
     std::fprintf(stderr, "raw-render: %s: %s\n", what.c_str(), problem.c_str());
     return 3;
@@ -31,7 +35,9 @@ int run(const std::string& module, const std::string& song, const std::string& p
     if (!loadPatch(patch, plugin->uniqueId(), chunk, problem)) return complain(patch, problem);
     if (!plugin->setChunk(chunk)) return complain(patch, "the plug-in does not take it");
     std::ofstream output(out, std::ios::binary);
-    const auto write = [&output](const float* samples, int frames) {
+    float peak = 0;
+    const auto write = [&](const float* samples, int frames) {
+        for (int i = 0; i < 2 * frames; ++i) peak = std::max(peak, std::fabs(samples[i]));
         output.write(reinterpret_cast<const char*>(samples), static_cast<std::streamsize>(sizeof(float)) * 2 * frames);
         return static_cast<bool>(output);
     };
@@ -43,6 +49,7 @@ int run(const std::string& module, const std::string& song, const std::string& p
     if (!result.written || !output) return complain(out, "cannot be written");
     std::printf("%lld frames, %lld bad samples, %d parameters\n", static_cast<long long>(result.frames),
                 static_cast<long long>(result.badSamples), plugin->parameters());
+    if (peak < audible) return complain(song, "it is silent");
     return result.badSamples == 0 ? 0 : 4;
 }
 
