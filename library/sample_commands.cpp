@@ -42,12 +42,11 @@ void SampleCommands::askTuning(const Target& target, WaveReading&& reading, Done
     if (!reading.wave) return done(false);
     loader_.tellLoop(*reading.wave);
     told(true);
-    dialogs_.question(
+    dialogs_.choice(
         "Autotune",
         target.wasDropped ? "Autotune the sample?" : "Should the sample be tuned automatically (YES) or be tuned to C (NO)?",
-        [this, target, wave = std::make_shared<PreparedWave>(std::move(*reading.wave)), done = std::move(done)](bool tune) {
-            done(placeChosen(target, std::move(*wave), tune));
-        });
+        [this, target, wave = std::make_shared<PreparedWave>(std::move(*reading.wave)),
+         done = std::move(done)](std::optional<bool> tune) { done(tune && placeChosen(target, std::move(*wave), *tune)); });
 }
 
 bool SampleCommands::placeChosen(const Target& target, PreparedWave&& wave, bool tune) {

@@ -30,7 +30,7 @@ public:
 
     // Loads a file that the user chose in a dialog or dropped: reads it beside the window, asks whether it is to be tuned and
     // puts it in its place, one command. Of a dropped one the oscillator plays it then. False, with the earlier sample in its
-    // place, if it was refused or cancelled.
+    // place, if it was refused or called off, which closing the window over the question does.
     void loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped, Done done);
     // Lets the user choose a wave file and does so with the layer that the window shows. False if none was chosen or it was
     // refused.

@@ -118,6 +118,9 @@ TEST_F(ImportMenu, SeveralGroupsAreAQuestion) {
     dialogs.answerNext(true);
     EXPECT_TRUE(import(&ImportCommands::importSfz, path));
     EXPECT_EQ(sample(1).length, 80);
+    dialogs.callOffNext();
+    EXPECT_FALSE(import(&ImportCommands::importSfz, path));
+    EXPECT_EQ(sample(1).length, 80) << "called off, it imports nothing";
     ASSERT_FALSE(dialogs.boxes().empty());
     EXPECT_TRUE(dialogs.boxes()[0].isQuestion);
     EXPECT_EQ(dialogs.boxes()[0].title, "Warning");
