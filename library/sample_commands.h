@@ -36,8 +36,8 @@ public:
     // refused.
     void loadSampleDialog(int oscillator, Done done);
 
-    // Runs a row of the "Edit" menu, see SampleEditor; "Export as wav" lets the user choose a path if there is a sample. True
-    // if the patch is another.
+    // Runs a row of the "Edit" menu, see SampleEditor; "Export as wav" lets the user choose a path if there is a sample. A
+    // long sample is worked on beside the window and can be cancelled. True if the patch is another.
     void editSample(int layer, int oscillator, int command, Done done);
 
     // Makes the custom wave of a file. False, with the wave as it was, if it was refused.
@@ -56,6 +56,8 @@ private:
     };
     void askTuning(const Target& target, WaveReading&& reading, Done done);
     bool placeChosen(const Target& target, PreparedWave&& wave, bool tune);
+    void exportSample(int layer, int oscillator, Done done);
+    void writeSample(int layer, int oscillator, const std::string& path, Done done);
     bool told(bool result);
     // Runs a part that changes the patch as a command, and tells.
     template <class Act>
