@@ -18,6 +18,7 @@ float Wavedisplay::fractionAt(const VSTGUI::MouseEvent& event) const {
 
 void Wavedisplay::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
+    if (event.buttonState.isLeft()) window().controlTouched(*this);
     if (markers_ == nullptr || !markers_->showMarkers) {
         event.ignoreFollowUpMoveAndUpEvents(true);
         if (event.buttonState.isRight()) window().controlMenuWanted(*this);
@@ -80,6 +81,9 @@ void Wavedisplay::drawCurve(Pen& pen) {
     Pen::Points points = shown_.curve;
     for (Pen::Point& point : points) point.offset(left(), top());
     const double base = top() + shown_.base;
+    Pen::Points grain = shown_.grain;
+    for (Pen::Point& point : grain) point.offset(left(), top());
+    if (grain.size() > 1) pen.line(grain, fade(color(), 0.16), pen.hair());
     pen.filledCurve(points, base, color());
     pen.line(points, fade(color(), 0.13), 5.2);
     pen.line(points, color(), 1.5);

@@ -22,6 +22,7 @@ public:
         };
         Form form = Form::curve;
         Pen::Points curve, lower;
+        Pen::Points grain;                  // a faint noise floor behind the curve; may be empty
         double base = 0;                    // the height that the fill goes to
         Pen::Points marks;                  // small rings on the curve, with a line down to the base
         std::optional<Pen::Point> playing;  // where the youngest voice is

@@ -64,6 +64,19 @@ TEST(FilterDisplay, EveryTypeStaysWithinItsDisplay) {
         }
 }
 
+TEST(FilterDisplay, HasANoiseFloorThatCanBeSeen) {
+    FilterDisplay display;
+    display.refresh({.type = 5, .cutoff = 0.5f}, large);
+    float highestGrain = 0;
+    for (int i = 0; i < display.traces().columns; ++i) {
+        const float grain = display.traces().traceB[static_cast<std::size_t>(i)];
+        ASSERT_GE(grain, 0.0f);
+        highestGrain = std::max(highestGrain, grain);
+    }
+    EXPECT_GT(highestGrain, 10.0f);
+    EXPECT_LT(highestGrain, 15.1f);
+}
+
 TEST(FilterDisplay, FollowsTheVoiceAndWithoutOneTheParameters) {
     test::EngineRig rig;
     rig.clearParameters();
