@@ -52,8 +52,9 @@ protected:
         host.idle(300);  // the keys come to the window
         host.type(wave.string());
         host.key("Return");
-        host.idle(600);    // the file is read beside the window
-        rig.closeMenus();  // tuned to C
+        host.idle(600);  // the file is read beside the window
+        ASSERT_TRUE(host.until([&] { return rig.isCovered(); }, 10)) << "whether it is to be tuned";
+        host.key("Return");  // to C
         constexpr std::size_t leastOfAWave = 8192;
         const auto has = [&] { return rig.plugin().chunk().size() > empty + leastOfAWave; };
         ASSERT_TRUE(host.until(has, 10)) << "the sample is part of the patch";
