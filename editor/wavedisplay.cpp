@@ -83,7 +83,7 @@ void Wavedisplay::drawCurve(Pen& pen) {
     const double base = top() + shown_.base;
     Pen::Points grain = shown_.grain;
     for (Pen::Point& point : grain) point.offset(left(), top());
-    if (grain.size() > 1) pen.line(grain, fade(color(), 0.16), pen.hair());
+    if (grain.size() > 1) pen.line(grain, fade(color(), 0.1), pen.hair());
     pen.filledCurve(points, base, color());
     pen.line(points, fade(color(), 0.13), 5.2);
     pen.line(points, color(), 1.5);
