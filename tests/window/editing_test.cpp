@@ -248,9 +248,9 @@ protected:
 };
 
 TEST_F(RowsRead, StacksSwitchTheirLayersAndShowTheFirst) {
-    for (int row = 0; row < 12; ++row) {
+    for (const int row : {0, 5, 6, 11}) {
         rig.showLayer(2);
-        ASSERT_TRUE(choose(tag::copyMenu, 11 + row));
+        ASSERT_TRUE(choose(tag::copyMenu, vantoric::copy_row::stack1 + row));
         const bool isFour = row >= 6;
         EXPECT_EQ(rig.plugin().parameter(parameter::Layer2On), 1.0f) << row;
         EXPECT_EQ(rig.plugin().parameter(parameter::Layer3On), isFour ? 1.0f : 0.0f) << row;
@@ -270,23 +270,43 @@ TEST_F(RowsRead, OscillatorsAndSectionsArePasted) {
         const int from = (to + 1) % 3;
         put(parameter::Pw1 + from, 0.11f + 0.2f * static_cast<float>(from));
         put(parameter::Pw1 + to, 0.9f);
-        ASSERT_TRUE(choose(tag::copyMenu, 3 + from));
-        ASSERT_TRUE(choose(tag::pasteMenu, 5 + to));
+        ASSERT_TRUE(choose(tag::copyMenu, vantoric::copy_row::layerToOscillator1 + from));
+        ASSERT_TRUE(choose(tag::pasteMenu, vantoric::paste_row::oscillator1 + to));
         EXPECT_EQ(at(parameter::Pw1 + to), at(parameter::Pw1 + from)) << to;
     }
     put(parameter::ArpVol1, 0.0f);
-    ASSERT_TRUE(choose(tag::copyMenu, 6));
+    ASSERT_TRUE(choose(tag::copyMenu, vantoric::copy_row::layerToArpeggiator));
     put(parameter::ArpVol1, 5.0f / 128);
-    ASSERT_TRUE(choose(tag::pasteMenu, 8));
+    ASSERT_TRUE(choose(tag::pasteMenu, vantoric::paste_row::arpeggiator));
     EXPECT_EQ(at(parameter::ArpVol1), 0.0f);
 }
 
+TEST_F(RowsRead, TheArpeggiatorAndTheMatrixAreResetAlone) {
+    put(parameter::Reso1, 0.77f);
+    put(parameter::ArpVol1 + 3, 5.0f / 128);
+    put(parameter::MatSrc1, 20.0f / 128);
+    put(parameter::MatDst1, 0.0f);
+    ASSERT_TRUE(choose(tag::initMenu, vantoric::init_row::cleanMatrix));
+    EXPECT_EQ(at(parameter::MatSrc1), 0.0f);
+    ASSERT_TRUE(choose(tag::initMenu, vantoric::init_row::arpeggiator));
+    EXPECT_NE(at(parameter::ArpVol1 + 3), 5.0f / 128);
+    EXPECT_EQ(at(parameter::Reso1), 0.77f);
+}
+
+TEST_F(RowsRead, TheStepLfoIsPasted) {
+    put(parameter::Step1 + 2, 0.3f);
+    ASSERT_TRUE(choose(tag::copyMenu, vantoric::copy_row::layerToStepLfo));
+    put(parameter::Step1 + 2, 0.8f);
+    ASSERT_TRUE(choose(tag::pasteMenu, vantoric::paste_row::stepLfo));
+    EXPECT_EQ(at(parameter::Step1 + 2), 0.3f);
+}
+
 TEST_F(RowsRead, ACompletePatchIsCopiedAndPasted) {
-    ASSERT_TRUE(choose(tag::copyMenu, 0));
+    ASSERT_TRUE(choose(tag::copyMenu, vantoric::copy_row::completePatch));
     const auto before = rig.parameters();
     put(parameter::Reso1, 0.91f);
     put(parameter::Cutoff1, 0.17f, 1);
-    ASSERT_TRUE(choose(tag::pasteMenu, 2));
+    ASSERT_TRUE(choose(tag::pasteMenu, vantoric::paste_row::completePatch));
     EXPECT_TRUE(host.until([&] { return rig.changedSince(before).empty(); }, 5));
 }
 

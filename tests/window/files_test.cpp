@@ -2,6 +2,8 @@
 // the window while it is at work.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -280,6 +282,104 @@ TEST_F(Files, SavingAsksBeforeItOverwrites) {
     fs::remove(file);
 }
 
+// ---- rows of menus that make files, or take them
+
+class FileRows : public Files {
+protected:
+    void TearDown() override {
+        for (const fs::path& file : {tone, saved}) fs::remove(file);
+        Files::TearDown();
+    }
+    bool choose(int menu, int row) { return rig.chooseFrom(controlWithTag(menu), row); }
+    // Types into the chooser that a row opened.
+    void typePath(const std::string& path) {
+        ASSERT_TRUE(asks());
+        host.idle(200);
+        host.control("a");
+        host.type(path);
+        host.key("Return");
+        host.idle(200);
+    }
+
+    // Small letters only, as they are typed without Shift.
+    const fs::path tone = fs::temp_directory_path() / ("vantoric-row-" + std::to_string(getpid()) + ".wav"),
+                   saved = fs::temp_directory_path() / ("vantoric-saved-" + std::to_string(getpid()) + ".wav");
+};
+
+TEST_F(FileRows, QuickSaveAndDeleteMeanThePatchOnShow) {
+    const fs::path file = sounds / "Zoo/zebra.fxp";
+    putPatch(file);
+    openBrowser();
+    playFound("zebra", "zebra");
+    host.key("Escape");
+    const std::string before = bytesOf(file);
+    const auto& knob = controlNamed("FIL1 RESO");
+    rig.drag(knob, 0, rig.value(knob) < 0.5f ? 40 : -40);
+    ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::quickSave));
+    EXPECT_TRUE(host.until([&] { return bytesOf(file) != before; }, 5));
+    ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::deletePatch));
+    ASSERT_TRUE(asks());
+    host.key("Return");  // No
+    host.idle(100);
+    EXPECT_TRUE(fs::exists(file));
+    ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::deletePatch));
+    ASSERT_TRUE(asks());
+    host.key("Tab");
+    host.key("Return");
+    EXPECT_TRUE(host.until([&] { return !fs::exists(file); }, 5));
+    EXPECT_EQ(patchName(), "zebra") << "what plays goes on";
+}
+
+TEST_F(FileRows, ALayerIsSavedAsAPatch) {
+    for (const int layer : {0, 3}) {
+        const std::string name = "otter" + std::to_string(layer);
+        ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::saveLayer1 + layer));
+        typePath(name);
+        EXPECT_TRUE(host.until([&] { return fs::exists(sounds / "User" / (name + ".fxp")); }, 5)) << layer;
+        rig.closeMenus();
+        fs::remove(sounds / "User" / (name + ".fxp"));
+    }
+}
+
+TEST_F(FileRows, AWaveIsLoadedAndSaved) {
+    writeTone(tone, 3000);
+    rig.plugin().setParameter(vantoric::hostIndex(parameter::SynType1, 0), 4.0f / 128);  // custom wave
+    host.idle(150);
+    const auto chooseWave = [&](int row) {
+        const auto menu = rig.openMenu(controlWithTag(tag::waveMenu1));
+        ASSERT_TRUE(menu);
+        rig.click(rig.rowPlace(*menu, {"Load Wave", "Save Wave"}, row));
+    };
+    const auto before = rig.plugin().chunk();
+    chooseWave(0);
+    typePath(tone.string());
+    EXPECT_TRUE(host.until([&] { return rig.plugin().chunk() != before; }, 5));
+    chooseWave(1);
+    typePath(saved.string());
+    constexpr std::size_t cycleFile = 4140;
+    EXPECT_TRUE(host.until([&] { return bytesOf(saved).size() == cycleFile; }, 5));
+}
+
+TEST_F(FileRows, QuickImportMakesAPatchOfAWave) {
+    writeTone(tone);
+    const std::size_t before = rig.plugin().chunk().size();
+    ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::quickSample));
+    typePath(tone.string());
+    EXPECT_TRUE(host.until([&] { return rig.plugin().chunk().size() > before + 8192; }, 10));
+    EXPECT_EQ(patchName(), tone.stem().string());
+}
+
+TEST_F(FileRows, TooltipsAreTurnedOnAndOff) {
+    const fs::path file = rig.installation().tooltipsFile();
+    const bool wasThere = fs::exists(file);
+    for (const bool isThere : {!wasThere, wasThere}) {
+        ASSERT_TRUE(choose(tag::helpMenu, vantoric::help_row::tooltips));
+        ASSERT_TRUE(asks()) << "what it takes to see it";
+        EXPECT_EQ(fs::exists(file), isThere);
+        rig.closeMenus();
+    }
+}
+
 // ---- after a crash
 
 class Recovery : public testing::Test {
@@ -383,6 +483,37 @@ TEST_P(Closing, AlsoFromAKey) {
     EXPECT_EQ(rig.host().window(), 0u);
     rig.plugin().answers().heard = nullptr;
     ASSERT_TRUE(rig.host().open());
+}
+
+TEST(ClosingHost, MayDoSoWhenItIsAskedForASize) {
+    dropSharedRig();
+    HostAnswers answers;
+    answers.product = "Glaigail";
+    WindowRig rig(3, answers);
+    rig.plugin().answers().heard = [&](int op) {
+        if (op == wire::hostSize) rig.host().close();
+    };
+    rig.chooseFrom(controlWithTag(tag::editorMenu), 0);
+    rig.host().idle(200);
+    EXPECT_EQ(rig.host().window(), 0u);
+    rig.plugin().answers().heard = nullptr;
+    EXPECT_TRUE(rig.host().open());
+}
+
+TEST(ClosingHost, MayDoSoWhenItHearsOfAnotherPatch) {
+    dropSharedRig();
+    WindowRig rig;
+    int closings = 0;
+    rig.plugin().answers().heard = [&](int op) {
+        if (op != wire::hostRedraw || closings > 0) return;
+        ++closings;
+        rig.host().close();
+    };
+    rig.click(controlWithTag(tag::nextPatch));
+    rig.host().idle(300);
+    EXPECT_EQ(closings, 1);
+    rig.plugin().answers().heard = nullptr;
+    EXPECT_TRUE(rig.host().open());
 }
 
 INSTANTIATE_TEST_SUITE_P(FromACall, Closing, testing::Values(wire::hostAutomated, wire::hostEditBegins, wire::hostEditEnds));
