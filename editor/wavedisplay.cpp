@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/number_text.h"
+
 namespace vantoric {
 
 using style::Face;
@@ -10,6 +12,17 @@ using style::Face;
 void Wavedisplay::setShown(Shown shown) {
     shown_ = std::move(shown);
     invalid();
+}
+
+bool Wavedisplay::nudgeLoop(float start, float end) {
+    if (markers_ == nullptr || !markers_->nudge(start, end)) return false;
+    invalid();
+    return true;
+}
+
+std::string Wavedisplay::loopText() const {
+    if (markers_ == nullptr || !markers_->showMarkers) return "";
+    return "loop " + decimalText(markers_->loopStart * 100, 1) + " to " + decimalText(markers_->loopEnd * 100, 1) + " %";
 }
 
 float Wavedisplay::fractionAt(const VSTGUI::MouseEvent& event) const {

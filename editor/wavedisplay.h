@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "editor/control_face.h"
 #include "editor/model/display_traces.h"
@@ -32,6 +33,10 @@ public:
 
     // The markers of a sample, drawn and dragged while they show. Null for none.
     void setMarkers(SampleMarkers* markers) { markers_ = markers; }
+    // Moves the loop's ends by keys, in fractions of the width. False if there is none.
+    bool nudgeLoop(float start, float end);
+    // The loop as the hint line tells it; empty if there is none.
+    std::string loopText() const;
 
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
     void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;

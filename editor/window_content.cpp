@@ -561,6 +561,8 @@ void WindowContent::showHelp(ControlFace* face) {
 std::string WindowContent::spokenOf(const ControlEntry& entry) const {
     if (std::string value = spokenValue(editor_, entry); !value.empty()) return value;
     if (entry.kind == WidgetKind::Selector) return editor_.valueOf(entry.tag) > 0.5f ? "selected" : "not selected";
+    if (entry.kind == WidgetKind::WaveView)
+        if (const auto* display = views_.withTagAs<Wavedisplay>(entry.tag)) return display->loopText();
     if (entry.tag == tag::zoomMenu || (entry.tag >= tag::waveMenu1 && entry.tag < tag::waveMenu1 + 3)) return textOn(entry);
     return "";
 }
@@ -1124,6 +1126,16 @@ void WindowContent::pressFocused(ControlFace& face, const VSTGUI::KeyboardEvent&
     controlTypingWanted(face);
 }
 
+// Left and Right move the loop's start, Down and Up its end.
+bool WindowContent::nudgeLoop(Wavedisplay& display, VirtualKey key, float step) {
+    const float start = key == VirtualKey::Right ? step : key == VirtualKey::Left ? -step : 0;
+    const float end = key == VirtualKey::Up ? step : key == VirtualKey::Down ? -step : 0;
+    if ((start == 0 && end == 0) || !display.nudgeLoop(start, end)) return false;
+    newsUntil_ = 0;
+    showHelp(&display);
+    return true;
+}
+
 void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
     event.consumed = true;
     const bool isFine = event.modifiers.has(ModifierKey::Shift);
@@ -1140,6 +1152,7 @@ void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
         return;
     }
     ControlFace& face = *focused_;
+    if (auto* display = dynamic_cast<Wavedisplay*>(&face); display != nullptr && nudgeLoop(*display, event.virt, step)) return;
     switch (event.virt) {
         case VirtualKey::Up:
         case VirtualKey::Right: return nudge(face, step);

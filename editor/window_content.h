@@ -154,6 +154,7 @@ private:
     std::string spokenOf(const ControlEntry& entry) const;
     void moveFocus(int direction);
     bool onShortcut(const VSTGUI::KeyboardEvent& event);
+    bool nudgeLoop(Wavedisplay& display, VSTGUI::VirtualKey key, float step);
     void onFocusedKey(VSTGUI::KeyboardEvent& event);
     bool onPlainLetter(char32_t character);
     std::optional<std::string> takeTyped(const ControlEntry& entry, const std::string& text);

@@ -272,5 +272,23 @@ TEST_F(WaveDisplayTest, WithoutASampleThereIsALineAndNothingToDrag) {
     EXPECT_FALSE(display->writeMarkers(0, edits));
 }
 
+TEST(SampleMarkers, KeysMoveTheEndsOfTheLoopButNotPastEachOther) {
+    SampleMarkers markers;
+    EXPECT_FALSE(markers.nudge(0.1f, 0.0f)) << "there is no sample";
+    markers.showMarkers = true;
+    markers.loopStart = 0.2f;
+    markers.loopEnd = 0.3f;
+    EXPECT_TRUE(markers.nudge(0.05f, -0.02f));
+    EXPECT_NEAR(markers.loopStart, 0.25f, 1e-6f);
+    EXPECT_NEAR(markers.loopEnd, 0.28f, 1e-6f);
+    markers.nudge(0.5f, 0);
+    EXPECT_EQ(markers.loopStart, markers.loopEnd);
+    const auto moved = markers.takeMoved(1000);
+    ASSERT_TRUE(moved);
+    EXPECT_EQ(moved->end, 280);
+    markers.press(0.1f, MouseButton::left);
+    EXPECT_FALSE(markers.nudge(0.1f, 0)) << "the mouse holds them";
+}
+
 }  // namespace
 }  // namespace vantoric
