@@ -93,7 +93,7 @@ void FavouriteView::draw(VSTGUI::CDrawContext* context) {
 void FavouriteView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
     event.ignoreFollowUpMoveAndUpEvents(true);
-    press();
+    if (event.buttonState.isLeft()) press();
 }
 
 void FavouriteView::press() {
@@ -104,11 +104,13 @@ void FavouriteView::press() {
 
 void FavouriteView::onMouseEnterEvent(VSTGUI::MouseEnterEvent&) {
     isHovered_ = true;
+    tellHover(true);
     invalid();
 }
 
 void FavouriteView::onMouseExitEvent(VSTGUI::MouseExitEvent&) {
     isHovered_ = false;
+    tellHover(false);
     invalid();
 }
 
@@ -193,10 +195,7 @@ void WheelView::letGo() {
 
 // ---- the meter
 
-MeterView::MeterView(const CRect& area) : CView(area) {
-    setTransparency(true);
-    setMouseEnabled(false);
-}
+MeterView::MeterView(const CRect& area) : CView(area) { setTransparency(true); }
 
 int MeterView::lit(float level) { return std::clamp(static_cast<int>(std::lround(level * segments)), 0, segments); }
 

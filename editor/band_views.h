@@ -46,8 +46,23 @@ private:
     Hovered hoverHeard_;
 };
 
+// A view that tells when the pointer comes over it and leaves it.
+class HoverHeard {
+public:
+    using Heard = std::function<void(bool isHovered)>;
+    void setHoverHeard(Heard heard) { heard_ = std::move(heard); }
+
+protected:
+    void tellHover(bool isHovered) {
+        if (heard_) heard_(isHovered);
+    }
+
+private:
+    Heard heard_;
+};
+
 // The star of a favourite.
-class FavouriteView : public VSTGUI::CControl {
+class FavouriteView : public VSTGUI::CControl, public HoverHeard {
 public:
     FavouriteView(const VSTGUI::CRect& area, VSTGUI::IControlListener* listener, int tag);
     // Puts the star on or takes it off, as a click does.
@@ -64,7 +79,7 @@ private:
 };
 
 // The wheels on the screen. The pitch wheel springs back to its middle.
-class WheelView : public VSTGUI::CControl {
+class WheelView : public VSTGUI::CControl, public HoverHeard {
 public:
     WheelView(const VSTGUI::CRect& area, VSTGUI::IControlListener* listener, int tag, bool springsBack);
     void draw(VSTGUI::CDrawContext* context) override;
@@ -72,6 +87,8 @@ public:
     void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;
     void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
     void onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) override;
+    void onMouseEnterEvent(VSTGUI::MouseEnterEvent&) override { tellHover(true); }
+    void onMouseExitEvent(VSTGUI::MouseExitEvent&) override { tellHover(false); }
     bool isHeld() const { return isHeld_; }
     // Calls off the drag that is under way, if one is.
     void cancel();
@@ -92,12 +109,14 @@ private:
 };
 
 // The level of both channels.
-class MeterView : public VSTGUI::CView {
+class MeterView : public VSTGUI::CView, public HoverHeard {
 public:
     explicit MeterView(const VSTGUI::CRect& area);
     // 0 to 1 each.
     void setLevels(float left, float right);
     void draw(VSTGUI::CDrawContext* context) override;
+    void onMouseEnterEvent(VSTGUI::MouseEnterEvent&) override { tellHover(true); }
+    void onMouseExitEvent(VSTGUI::MouseExitEvent&) override { tellHover(false); }
 
     CLASS_METHODS_NOCOPY(MeterView, VSTGUI::CView)
 

@@ -52,7 +52,7 @@ std::vector<std::string> linesOf(const std::string& text, double width) {
 }  // namespace
 
 BoxView::BoxView(const CRect& area, Box box, std::function<void(int)> answered)
-    : LayerView(area), box_(std::move(box)), answered_(std::move(answered)) {
+    : LayerView(area), box_(std::move(box)), answered_(std::move(answered)), focused_(box_.main) {
     setTransparency(true);
     layOut();
 }
@@ -134,7 +134,7 @@ void BoxView::draw(VSTGUI::CDrawContext* context) {
     if (box_.part) drawProgress(pen);
     for (int button = 0; button < static_cast<int>(box_.buttons.size()); ++button)
         drawButton(pen, buttonRect(button), box_.buttons[button],
-                   {.isMain = button == 0 && !box_.part,
+                   {.isMain = button == box_.main && !box_.part,
                     .isHovered = button == hovered_,
                     .isPressed = button == pressed_,
                     .isFocused = button == focused_ && !box_.part});

@@ -12,9 +12,9 @@ namespace vantoric {
 
 struct Box {
     std::string title, text;
-    // The first is the safe answer: filled, first in the order of the focus, and what Escape gives.
-    std::vector<std::string> buttons;
+    std::vector<std::string> buttons;   // the first is the safe answer, which Escape gives
     std::function<double()> part = {};  // 0 to 1: how far something is, as a bar below the text; empty: no bar
+    int main = 0;                       // the button that is filled and has the focus at first
 };
 
 // A box in the middle of the window. The title's word chooses its sign: "Error", "Warning", "Hint", and "Info" for all

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
-#include "library/name_order.h"
 #include "library/rank_file.h"
-#include "platform/own_files.h"
 
 namespace vantoric {
 namespace {
@@ -15,11 +13,6 @@ bool isRow(int row, std::size_t count) { return row >= 0 && static_cast<std::siz
 std::string lowered(std::string text) {
     std::ranges::transform(text, text.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
     return text;
-}
-
-// The patches of a category that is not listed, in the order of the lists.
-std::vector<std::string> namesIn(const std::string& category) {
-    return listNames(platform::listDataFolder(platform::belowSounds() + category), ".fxp", PatchLibrary::mostPatches);
 }
 
 }  // namespace
@@ -122,15 +115,11 @@ void BrowserLibrary::notePlayed() {
 }
 
 void BrowserLibrary::clickCategory(int row) {
-    const bool isOnTheWay = onShow_.loadTarget != 0;
-    browser_.clickCategory(row);
-    if (!isOnTheWay && !library_.patchNames().empty()) notePlayed();
+    if (browser_.clickCategory(row)) notePlayed();
 }
 
 void BrowserLibrary::clickPatch(int row) {
-    if (!isRow(row, library_.patchNames().size())) return;
-    browser_.clickPatch(row);
-    notePlayed();
+    if (browser_.clickPatch(row)) notePlayed();
 }
 
 void BrowserLibrary::clickStar(int row, int star) {
@@ -143,13 +132,11 @@ void BrowserLibrary::clickStar(int row, int star) {
 }
 
 void BrowserLibrary::clickNext() {
-    browser_.clickNext();
-    notePlayed();
+    if (browser_.clickNext()) notePlayed();
 }
 
 void BrowserLibrary::clickPrevious() {
-    browser_.clickPrevious();
-    notePlayed();
+    if (browser_.clickPrevious()) notePlayed();
 }
 
 // ---- what is written about patches
@@ -242,23 +229,37 @@ void BrowserLibrary::playFound(const BrowserPatch& patch) {
         const auto& names = library_.patchNames();
         const auto found = std::ranges::find(names, patch.name);
         if (found != names.end()) return clickPatch(static_cast<int>(found - names.begin()));
+        if (library_.loadBeyondList(patch.name)) return index_.notePlayed({patch.category, patch.name});
     }
     index_.rescan();  // it is gone
 }
 
 void BrowserLibrary::rateFound(const BrowserPatch& patch, int stars) {
-    const bool isListed = patch.category == categoryName(listedCategory());
-    const std::vector<std::string> names = isListed ? library_.patchNames() : namesIn(patch.category);
-    const auto found = std::ranges::find(names, patch.name);
-    if (found == names.end()) return index_.rescan();
-    const auto row = static_cast<std::size_t>(found - names.begin());
-    if (isListed) return clickStar(static_cast<int>(row), stars);
-    Ratings ratings = loadRanks(patch.category, names);
-    ratings[row] = static_cast<std::uint8_t>(std::clamp(stars, fewestStars, mostStars));
-    saveRanks(patch.category, names, ratings);
-    rated_[{patch.category, patch.name}] = ratings[row];
-    ++ratingsGiven_;
+    const auto& listed = library_.patchNames();
+    const auto found = patch.category == categoryName(listedCategory()) ? std::ranges::find(listed, patch.name) : listed.end();
+    if (found != listed.end()) return clickStar(static_cast<int>(found - listed.begin()), stars);
+    if (ratePatch(patch.category, patch.name, stars)) {
+        rated_[{patch.category, patch.name}] = std::clamp(stars, fewestStars, mostStars);
+        ++ratingsGiven_;
+    }
     index_.rescan();
+}
+
+// ---- patches on trial
+
+void BrowserLibrary::tryPatch(int row) {
+    const PatchBrowser::Trial trial(browser_);
+    clickPatch(row);
+}
+
+void BrowserLibrary::tryFound(const BrowserPatch& patch) {
+    const PatchBrowser::Trial trial(browser_);
+    playFound(patch);
+}
+
+void BrowserLibrary::tryNext(bool forward) {
+    const PatchBrowser::Trial trial(browser_);
+    forward ? clickNext() : clickPrevious();
 }
 
 }  // namespace vantoric

@@ -45,6 +45,9 @@ public:
     bool isReading() override { return index_.generation() == 0 && index_.isScanning(); }
     void playFound(const BrowserPatch& patch) override;
     void rateFound(const BrowserPatch& patch, int stars) override;
+    void tryPatch(int row) override;
+    void tryFound(const BrowserPatch& patch) override;
+    void tryNext(bool forward) override;
 
 private:
     using Place = std::pair<std::string, std::string>;  // category, name

@@ -80,6 +80,12 @@ public:
     // Loads and rates a patch that was found.
     virtual void playFound(const BrowserPatch& patch) = 0;
     virtual void rateFound(const BrowserPatch& patch, int stars) = 0;
+
+    // Load as a click, the search and the arrows do, but a layer that waits for its patch goes on waiting: a user who goes
+    // through patches for a layer hears each of them there.
+    virtual void tryPatch(int row) = 0;
+    virtual void tryFound(const BrowserPatch& patch) = 0;
+    virtual void tryNext(bool forward) = 0;
 };
 
 }  // namespace vantoric

@@ -73,7 +73,7 @@ void BrowserView::setSearch() {
     completed_ = search_.text().empty() ? "" : model_.complete(search_.text());
     if (completed_ == search_.text()) completed_.clear();
     listBar_.scrollTo(0);
-    selected_ = -1;
+    selected_ = tried_ = -1;
     read();
     if (!isSearching()) {
         for (int row = 0; row < static_cast<int>(rows_.size()); ++row)
@@ -217,7 +217,20 @@ void BrowserView::play(int row) {
     if (row < 0 || row >= static_cast<int>(rows_.size())) return;
     selected_ = row;
     const BrowserPatch patch = rows_[static_cast<std::size_t>(row)];
-    isSearching() ? model_.playFound(patch) : model_.clickPatch(row);
+    if (hint_.isTarget && row == tried_)
+        model_.callOffLoad();  // it is in its layer already
+    else
+        isSearching() ? model_.playFound(patch) : model_.clickPatch(row);
+    tried_ = -1;
+    read();
+    revealSelected();
+}
+
+void BrowserView::tryOut(int row) {
+    if (!hint_.isTarget) return play(row);
+    selected_ = tried_ = row;
+    const BrowserPatch patch = rows_[static_cast<std::size_t>(row)];
+    isSearching() ? model_.tryFound(patch) : model_.tryPatch(row);
     read();
     revealSelected();
 }
@@ -235,6 +248,12 @@ void BrowserView::rate(int row, int stars) {
     read();
 }
 
+// The selected patch gets a star, or loses one.
+void BrowserView::rateBy(int stars) {
+    if (selected_ < 0 || selected_ >= static_cast<int>(rows_.size())) return;
+    rate(selected_, std::clamp(rows_[static_cast<std::size_t>(selected_)].stars + stars, 1, 5));
+}
+
 void BrowserView::openCategory(int row) {
     if (row < 0 || row >= static_cast<int>(categories_.size())) return;
     search_.setText("");
@@ -247,7 +266,10 @@ void BrowserView::openCategory(int row) {
 
 void BrowserView::step(bool forward) {
     if (isSearching()) return moveTo(selected_ + (forward ? 1 : -1));
-    forward ? model_.clickNext() : model_.clickPrevious();
+    if (hint_.isTarget)
+        model_.tryNext(forward);
+    else
+        forward ? model_.clickNext() : model_.clickPrevious();
     setSearch();
     if (listed_ >= 0) categoriesBar_.reveal(categoryHeight * listed_, categoryHeight * (listed_ + 1) + 3);
 }
@@ -386,7 +408,7 @@ void BrowserView::focusNext(bool forward) {
 void BrowserView::moveTo(int row) {
     if (rows_.empty()) return;
     const int target = std::clamp(row, 0, static_cast<int>(rows_.size()) - 1);
-    if (target != selected_) play(target);
+    if (target != selected_) tryOut(target);
 }
 
 void BrowserView::complete() {
@@ -469,13 +491,13 @@ void BrowserView::onCategoriesKey(VSTGUI::KeyboardEvent& event) {
     }
 }
 
-// Digits rate, brackets step, and all else begins or goes on with the search.
+// "+" and "-" rate, brackets step, and all else begins or goes on with the search.
 void BrowserView::onCharacter(VSTGUI::KeyboardEvent& event) {
     if (event.virt == VirtualKey::Space) {
         event.consumed = false;
         return;
     }
-    if (event.character >= U'1' && event.character <= U'5') return rate(selected_, static_cast<int>(event.character - U'0'));
+    if (event.character == U'+' || event.character == U'-') return rateBy(event.character == U'+' ? 1 : -1);
     if (event.character == U'[' || event.character == U']') return step(event.character == U']');
     if (event.character == U'/') return setFocus(Focus::search);
     const bool edits = event.virt == VirtualKey::Back && !search_.text().empty();

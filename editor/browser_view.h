@@ -16,7 +16,8 @@ namespace vantoric {
 // Categories at the left, the patches of one in columns, each with its stars; a click loads and leaves the browser open. What
 // is typed finds patches of all categories.
 //
-// Keys: arrows go through the patches, each sounding at once; Enter loads again; 1 to 5 rate; F2 writes tags; "[" and "]" step;
+// Keys: arrows go through the patches, each sounding at once - where a layer waits for its patch each in that layer, until
+// Enter keeps the one that sounds; Enter loads again else; "+" and "-" rate; F2 writes tags; "[" and "]" step;
 // letters and "/" search, where Tab completes; Tab goes to the next part; Escape clears the search, then closes, and calls off
 // what was to go to a layer. Space is left to the host.
 class BrowserView : public LayerView {
@@ -80,8 +81,10 @@ private:
     // ---- what is done
     void act(const Hit& target);
     void play(int row);
+    void tryOut(int row);
     void writeNotes(int row);
     void rate(int row, int stars);
+    void rateBy(int stars);
     void openCategory(int row);
     void step(bool forward);
     void toggle(int chip);
@@ -121,6 +124,7 @@ private:
     BrowserPatch playing_;
     BrowserHint hint_;
     int listed_ = -1, selected_ = -1;
+    int tried_ = -1;  // the row that sounds on trial in the layer that waits
     bool isReading_ = false;
 
     LineEdit search_{120};

@@ -29,6 +29,8 @@ public:
     virtual void controlResetWanted(ControlFace& control) = 0;
     // A click with Alt, or Enter: the value is to be typed.
     virtual void controlTypingWanted(ControlFace& control) = 0;
+    // The left button went down on a control that has no value to edit.
+    virtual void controlTouched(ControlFace& control) = 0;
     // A click on a button, with its modifiers.
     virtual void controlPressed(ControlFace& control, VSTGUI::Modifiers modifiers) = 0;
     // The pointer of a press that opened a list: moved, or let go of. In window units.

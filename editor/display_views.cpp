@@ -1,5 +1,6 @@
 #include "editor/display_views.h"
 
+#include <array>
 #include <string>
 #include <utility>
 
@@ -80,6 +81,10 @@ void DisplayViews::refreshFilter(int filter, const std::optional<ShownVoice>& vo
     Wavedisplay::Shown shown;
     shown.base = entry.height;
     shown.curve = pointsOf(traces.traceA.data(), traces.columns, layout(), entry.width, entry.height, 2);
+    std::array<float, DisplayTraces::maxColumns> grain;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(traces.columns); ++i)
+        grain[i] = traces.traceB[i] - layout().halfHeight();
+    shown.grain = pointsOf(grain.data(), traces.columns, layout(), entry.width, entry.height, 2);
     display->setShown(std::move(shown));
 }
 

@@ -18,12 +18,6 @@ namespace {
 
 using VSTGUI::CRect;
 
-// What a host hands over is the window's without a focus only if no host means anything else by it.
-bool isOwnShortcut(const VSTGUI::KeyboardEvent& event) {
-    const char32_t letter = letterWithControl(event);
-    return event.virt == VSTGUI::VirtualKey::Tab || letter == U'z' || letter == U'y';
-}
-
 constexpr std::uint64_t roundMilliseconds = 50;  // of the editor's own idle rounds, however often the host calls
 
 }  // namespace
@@ -52,7 +46,7 @@ EditorWindow::Size EditorWindow::size() const {
 double EditorWindow::scale() const { return editor_.size().layoutScale() * editor_.size().zoom(); }
 
 bool EditorWindow::open(std::uintptr_t parent) {
-    if (isOpen() || parent == 0 || !GuiModule::shared().connect()) return false;
+    if (frame != nullptr || parent == 0 || !GuiModule::shared().connect()) return false;
     parent_ = parent;
     thread_ = std::this_thread::get_id();
     if (!buildFrame()) return false;
@@ -63,6 +57,8 @@ bool EditorWindow::open(std::uintptr_t parent) {
                                                      editor_.onShow());
     dialogs_.setHost(content_.get());
     editor_.open(*this);
+    loadsNoted_ = instrument_.patchesLoaded();  // what was there before is not played by opening a window
+    placeNoted_ = {editor_.commands().patch().category(), editor_.patchName()};
     offerRecovery();
     return true;
 }
@@ -71,13 +67,13 @@ bool EditorWindow::open(std::uintptr_t parent) {
 void EditorWindow::offerRecovery() {
     if (std::exchange(hasOffered_, true)) return;
     for (const RecoverablePatch& patch : Autosave::recoverable()) {
-        dialogs_.question("Recovery", "The patch '" + patch.name + "' was not saved when the host ended. Load it?",
-                          [this, patch](bool yes) {
-                              if (isClosing_) return static_cast<void>(hasOffered_ = false);  // not answered: offered again
-                              if (!yes) return static_cast<void>(Autosave::putAside(patch));
-                              const CommandLog::Running running(editor_.commands().log(), "Recover '" + patch.name + "'");
-                              if (!work_.autosave().recover(patch)) Autosave::putAside(patch);
-                          });
+        const std::string named = patch.name.empty() ? "A patch without a name" : "The patch '" + patch.name + "'";
+        dialogs_.question("Recovery", named + " was not saved when the host ended. Load it?", [this, patch](bool yes) {
+            if (isClosing_) return static_cast<void>(hasOffered_ = false);  // not answered: offered again
+            if (!yes) return static_cast<void>(Autosave::putAside(patch));
+            const CommandLog::Running running(editor_.commands().log(), "Recover '" + patch.name + "'");
+            if (!work_.autosave().recover(patch)) Autosave::putAside(patch);
+        });
         return;  // one at a time: the next instrument asks for the next
     }
 }
@@ -121,8 +117,18 @@ void EditorWindow::takeFrameDown() {
     closing->close();
 }
 
+EditorWindow::Inside::~Inside() {
+    if (--window_.inside_ > 0 || !std::exchange(window_.isCloseWanted_, false)) return;
+    if (window_.frame != nullptr) window_.closeNow();
+}
+
 void EditorWindow::close() {
     if (!isOpen()) return;
+    if (inside_ == 0) return closeNow();
+    isCloseWanted_ = true;  // views are at work on the stack: they go at its end
+}
+
+void EditorWindow::closeNow() {
     later_.clear();
     editor_.close(dialogs_.openCount());
     isClosing_ = true;
@@ -197,16 +203,13 @@ void EditorWindow::showCredits() {
 }
 
 void EditorWindow::idle() {
-    if (!isOpen() || isIdling_ || std::this_thread::get_id() != thread_) return;
-    isIdling_ = true;
-    struct NotIdling {
-        bool& flag;
-        ~NotIdling() { flag = false; }
-    } const atEnd{isIdling_};
+    if (!isOpen() || inside_ > 0 || std::this_thread::get_id() != thread_) return;
+    const Inside inside(*this);
     frame->idle();  // turns what was marked into redraws
     GuiModule::shared().loop()->service();
     const auto jobs = std::exchange(later_, {});
-    for (const auto& job : jobs) job();
+    for (const auto& job : jobs)
+        if (isOpen()) job();
     if (isOpen()) dialogs_.poll();
     const std::uint64_t now = VSTGUI::getPlatformFactory().getTicks();
     if (isOpen() && now - lastRound_ >= roundMilliseconds) {
@@ -214,6 +217,7 @@ void EditorWindow::idle() {
         editor_.idle();
         if (!isOpen()) return;  // a host may close the window from within a call of the editor's
         showMessages(instrument_.messages(), dialogs_);
+        if (!isOpen()) return;
         work_.follow();
         notePlayed();
         content_->follow();
@@ -221,8 +225,10 @@ void EditorWindow::idle() {
     if (isOpen()) holder_->routeKeys(content_->wantsKeys());
 }
 
-// Whatever loads or saves a patch of the library makes it one of the recent ones.
+// Whatever loads or saves a patch of the library makes it one of the recent ones; what is saved or deleted shows at once.
 void EditorWindow::notePlayed() {
+    const unsigned changed = editor_.commands().filesChanged();
+    if (std::exchange(filesNoted_, changed) != changed) index_->rescan();
     const std::uint32_t loads = instrument_.patchesLoaded();
     const PatchPlace place{editor_.commands().patch().category(), editor_.patchName()};
     if (std::exchange(loadsNoted_, loads) == loads && place == placeNoted_) return;
@@ -233,9 +239,22 @@ void EditorWindow::notePlayed() {
 void EditorWindow::onKeyboardEvent(VSTGUI::KeyboardEvent& event, VSTGUI::CFrame*) { content_->onKey(event); }
 
 bool EditorWindow::onHostKey(VSTGUI::KeyboardEvent& event) {
-    if (!isOpen() || !(content_->wantsKeys() || isOwnShortcut(event))) return false;
+    if (!isOpen() || std::this_thread::get_id() != thread_ || !(content_->wantsKeys() || isOwnKey(event))) return false;
+    const Inside inside(*this);
     content_->onKey(event);
     return event.consumed;
+}
+
+// What a host hands over while nothing here has the focus: Tab gives it one, and a step is taken back here if there is one to
+// take; else the host may have some.
+bool EditorWindow::isOwnKey(const VSTGUI::KeyboardEvent& event) const {
+    const History& history = work_.history();
+    const bool isShifted = event.modifiers.has(VSTGUI::ModifierKey::Shift);
+    switch (letterWithControl(event)) {
+        case U'z': return (isShifted ? history.redoCount() : history.undoCount()) > 0;
+        case U'y': return history.redoCount() > 0;
+        default: return event.virt == VSTGUI::VirtualKey::Tab;
+    }
 }
 
 }  // namespace vantoric

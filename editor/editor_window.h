@@ -22,8 +22,8 @@
 
 namespace vantoric {
 
-// On the host's one thread for windows throughout; calls on another do nothing. It lives as long as the plug-in, with or
-// without an open window.
+// On the host's one thread for windows throughout; `idle` and `onHostKey` on another do nothing. It lives as long as the plug-in,
+// with or without an open window.
 class EditorWindow final : private EditorView,
                            private VSTGUI::VSTGUIEditorInterface,
                            private VSTGUI::IKeyboardHook,
@@ -48,8 +48,9 @@ public:
     // Builds the window inside the host's X11 window `parent`. False, with nothing done, if it is open, `parent` is 0, or
     // there is no display.
     bool open(std::uintptr_t parent);
+    // A host may call it from within a call that the window makes to it: it is closed then once that has returned.
     void close();
-    bool isOpen() const { return frame != nullptr; }
+    bool isOpen() const { return frame != nullptr && !isCloseWanted_; }
     // The X11 id of the window inside the host's; 0 while it is closed.
     std::uintptr_t ownWindow() const { return holder_ ? holder_->id() : 0; }
     // The host's regular call, some twenty times a second or more: events, timers, what has changed.
@@ -58,6 +59,18 @@ public:
     bool onHostKey(VSTGUI::KeyboardEvent& event);
 
 private:
+    // A call in which views may be at work: they outlive it.
+    class Inside {
+    public:
+        explicit Inside(EditorWindow& window) : window_(window) { ++window_.inside_; }
+        ~Inside();
+        Inside(const Inside&) = delete;
+        Inside& operator=(const Inside&) = delete;
+
+    private:
+        EditorWindow& window_;
+    };
+
     void redrawControl(int index) override { content_->redrawControl(index); }
     void redrawPart(WindowPart part) override { content_->redrawPart(part); }
     void redrawAll() override { content_->redrawAll(); }
@@ -78,6 +91,8 @@ private:
 
     void valueChanged(VSTGUI::CControl* browser) override;
 
+    bool isOwnKey(const VSTGUI::KeyboardEvent& event) const;
+    void closeNow();
     bool openPatchNotes();
     bool buildFrame();
     void offerRecovery();
@@ -100,9 +115,11 @@ private:
     std::vector<std::function<void()>> later_;  // run in idle time, outside every event
     std::uint64_t lastRound_ = 0;
     std::uint32_t loadsNoted_ = 0;
+    unsigned filesNoted_ = 0;
     PatchPlace placeNoted_;
     std::thread::id thread_;  // that opened the window
-    bool isIdling_ = false;
+    int inside_ = 0;          // calls in which views may be at work
+    bool isCloseWanted_ = false;
     bool hasOffered_ = false;  // what a crash left
     bool isClosing_ = false;
 };

@@ -98,8 +98,12 @@ void FrameDialogs::question(const std::string& title, const std::string& text, p
     ask(Question{title, text, std::move(then)});
 }
 
+void FrameDialogs::choice(const std::string& title, const std::string& text, platform::OnChoice then) {
+    ask(Choice{title, text, std::move(then)});
+}
+
 void FrameDialogs::choosePath(const platform::FileRequest& request, platform::OnPath then) {
-    ask(Choice{request, std::move(then)});
+    ask(Path{request, std::move(then)});
 }
 
 void FrameDialogs::work(platform::Work work, platform::OnAnswer then) {
@@ -174,8 +178,17 @@ void FrameDialogs::show(const Question& question) {
 }
 
 void FrameDialogs::show(const Choice& choice) {
+    enum Button { cancel, no, yes };
+    openBox({choice.title, choice.text, {"Cancel", "No", "Yes"}, {}, no}, [this](int button) {
+        const Asked asked = takeShown();
+        if (const auto& then = std::get<Choice>(asked).then) then(button == cancel ? std::nullopt : std::optional(button == yes));
+        showNext();
+    });
+}
+
+void FrameDialogs::show(const Path& path) {
     if (usesDesktop_ && DesktopChooser::isThere()) {
-        platform::FileRequest request = choice.request;
+        platform::FileRequest request = path.request;
         if (request.startFolder.empty()) request.startFolder = lastFolder(request.extension);
         const bool isOpen = desktop_.open(request, [this](const DesktopChooser::Outcome& outcome) {
             if (outcome.failed) {
@@ -184,7 +197,7 @@ void FrameDialogs::show(const Choice& choice) {
                 return showNext();
             }
             const Asked asked = takeShown();
-            const auto& [asking, then] = std::get<Choice>(asked);
+            const auto& [asking, then] = std::get<Path>(asked);
             if (outcome.path) rememberFolder(asking.extension, folderAbove(*outcome.path));
             if (then) then(outcome.path);
             showNext();
@@ -204,7 +217,7 @@ void FrameDialogs::openDesktopChooser() {
                     return showChooser();
                 }
                 const Asked asked = takeShown();
-                if (const auto& then = std::get<Choice>(asked).then) then({});
+                if (const auto& then = std::get<Path>(asked).then) then({});
                 showNext();
             });
 }
@@ -213,12 +226,12 @@ void FrameDialogs::showChooser() {
     platform::FileRequest request;
     {
         const std::lock_guard guard(mutex_);
-        request = std::get<Choice>(asked_.front()).request;
+        request = std::get<Path>(asked_.front()).request;
     }
     if (request.startFolder.empty()) request.startFolder = lastFolder(request.extension);
     chooser_ = new FileChooser(host_->layerArea(), request, chooserPlaces(), [this](std::optional<std::string> path) {
         const Asked asked = takeShown();
-        const auto& [asking, then] = std::get<Choice>(asked);
+        const auto& [asking, then] = std::get<Path>(asked);
         if (path) rememberFolder(asking.extension, folderAbove(*path));
         if (then) then(path);
         showNext();
@@ -309,7 +322,11 @@ void FrameDialogs::answerWithNothing(Asked& asked) {
     if (const auto* message = std::get_if<Message>(&asked)) windowless_.message(message->title, message->text);
     if (auto* question = std::get_if<Question>(&asked))
         windowless_.question(question->title, question->text, std::move(question->then));
-    if (auto* choice = std::get_if<Choice>(&asked)) windowless_.choosePath(choice->request, std::move(choice->then));
+    if (auto* choice = std::get_if<Choice>(&asked)) {
+        if (isClosing_) return choice->then({});
+        windowless_.choice(choice->title, choice->text, std::move(choice->then));
+    }
+    if (auto* path = std::get_if<Path>(&asked)) windowless_.choosePath(path->request, std::move(path->then));
     auto* task = std::get_if<Task>(&asked);
     if (task == nullptr) return;
     if (isClosing_) return task->then(false);  // a window that goes away begins nothing
@@ -331,6 +348,7 @@ void FrameDialogs::closeAll() {
         if (message != nullptr && index > 0) windowless_.message(message->title, message->text);  // that on top has been seen
         if (auto* question = std::get_if<Question>(&left[index]); question != nullptr && question->then) question->then(false);
         if (auto* choice = std::get_if<Choice>(&left[index]); choice != nullptr && choice->then) choice->then({});
+        if (auto* path = std::get_if<Path>(&left[index]); path != nullptr && path->then) path->then({});
         if (auto* task = std::get_if<Task>(&left[index])) {
             task->running->work.cancel();
             if (task->running->thread.joinable()) cancelled_.push_back(task->running);

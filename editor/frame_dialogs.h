@@ -23,7 +23,7 @@ namespace vantoric {
 // While a host of layers is set, what is asked for is shown there in the order of the calls; without one everything is as
 // with `DesktopDialogs`. Messages that come while the same one waits or stands open are counted instead of shown anew.
 //
-// All functions belong to the window's thread, but message, question and choosePath may be called on any other: they then
+// All functions belong to the window's thread, but message, question, choice and choosePath may be called on any other: they then
 // show at the next `poll`, on whose thread their answers come too.
 class FrameDialogs : public platform::Dialogs {
 public:
@@ -41,6 +41,8 @@ public:
 
     void message(const std::string& title, const std::string& text) override;
     void question(const std::string& title, const std::string& text, platform::OnAnswer then) override;
+    // Its box has a "Cancel" beside the two answers.
+    void choice(const std::string& title, const std::string& text, platform::OnChoice then) override;
     void choosePath(const platform::FileRequest& request, platform::OnPath then) override;
     // On a thread of its own, in its turn; a box with a bar and "Cancel" shows if it takes long. What is cancelled ends by
     // itself, at the latest before this object does.
@@ -50,7 +52,7 @@ public:
     int openCount() const;
     // At each idle round of the window: opens what other threads asked for, and looks after the desktop's chooser.
     void poll();
-    // Answers all with No or nothing and takes them away.
+    // Answers all with No, or nothing where that is an answer, and takes them away.
     void closeAll();
 
     // For tests: what is on top now; null if it is nothing of that kind.
@@ -67,6 +69,10 @@ private:
         platform::OnAnswer then;
     };
     struct Choice {
+        std::string title, text;
+        platform::OnChoice then;
+    };
+    struct Path {
         platform::FileRequest request;
         platform::OnPath then;
     };
@@ -82,7 +88,7 @@ private:
         std::shared_ptr<Running> running;
         platform::OnAnswer then;
     };
-    using Asked = std::variant<Message, Question, Choice, Task>;
+    using Asked = std::variant<Message, Question, Choice, Path, Task>;
 
     bool isShowing() const { return box_ != nullptr || chooser_ != nullptr; }
     enum class Queued { no, here, elsewhere };
@@ -93,6 +99,7 @@ private:
     void show(const Message& message);
     void show(const Question& question);
     void show(const Choice& choice);
+    void show(const Path& path);
     void show(const Task& task);
     void start(Running& running);
     void endWork(bool isDone);

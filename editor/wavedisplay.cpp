@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/number_text.h"
+
 namespace vantoric {
 
 using style::Face;
@@ -12,12 +14,24 @@ void Wavedisplay::setShown(Shown shown) {
     invalid();
 }
 
+bool Wavedisplay::nudgeLoop(float start, float end) {
+    if (markers_ == nullptr || !markers_->nudge(start, end)) return false;
+    invalid();
+    return true;
+}
+
+std::string Wavedisplay::loopText() const {
+    if (markers_ == nullptr || !markers_->showMarkers) return "";
+    return "loop " + decimalText(markers_->loopStart * 100, 1) + " to " + decimalText(markers_->loopEnd * 100, 1) + " %";
+}
+
 float Wavedisplay::fractionAt(const VSTGUI::MouseEvent& event) const {
     return static_cast<float>((event.mousePosition.x - left()) / width());
 }
 
 void Wavedisplay::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
+    if (event.buttonState.isLeft()) window().controlTouched(*this);
     if (markers_ == nullptr || !markers_->showMarkers) {
         event.ignoreFollowUpMoveAndUpEvents(true);
         if (event.buttonState.isRight()) window().controlMenuWanted(*this);
@@ -80,6 +94,9 @@ void Wavedisplay::drawCurve(Pen& pen) {
     Pen::Points points = shown_.curve;
     for (Pen::Point& point : points) point.offset(left(), top());
     const double base = top() + shown_.base;
+    Pen::Points grain = shown_.grain;
+    for (Pen::Point& point : grain) point.offset(left(), top());
+    if (grain.size() > 1) pen.line(grain, fade(color(), 0.1), pen.hair());
     pen.filledCurve(points, base, color());
     pen.line(points, fade(color(), 0.13), 5.2);
     pen.line(points, color(), 1.5);

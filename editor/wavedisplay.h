@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "editor/control_face.h"
 #include "editor/model/display_traces.h"
@@ -22,6 +23,7 @@ public:
         };
         Form form = Form::curve;
         Pen::Points curve, lower;
+        Pen::Points grain;                  // a faint noise floor behind the curve; may be empty
         double base = 0;                    // the height that the fill goes to
         Pen::Points marks;                  // small rings on the curve, with a line down to the base
         std::optional<Pen::Point> playing;  // where the youngest voice is
@@ -31,6 +33,10 @@ public:
 
     // The markers of a sample, drawn and dragged while they show. Null for none.
     void setMarkers(SampleMarkers* markers) { markers_ = markers; }
+    // Moves the loop's ends by keys, in fractions of the width. False if there is none.
+    bool nudgeLoop(float start, float end);
+    // The loop as the hint line tells it; empty if there is none.
+    std::string loopText() const;
 
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
     void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;

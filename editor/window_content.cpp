@@ -83,6 +83,18 @@ bool isMenuKey(const VSTGUI::KeyboardEvent& event) {
     return isUnknown && GuiModule::shared().isMenuKeyHeld();
 }
 
+// What has an amount.
+bool isTurned(WidgetKind kind) {
+    return kind == WidgetKind::Knob || kind == WidgetKind::LargeKnob || kind == WidgetKind::Value ||
+           kind == WidgetKind::EffectValue || kind == WidgetKind::Step;
+}
+
+// Of all windows of the module, on their one thread; below 0: none.
+float& copiedValue() {
+    static float value = -1;
+    return value;
+}
+
 bool isSwitchLike(WidgetKind kind) { return kind == WidgetKind::Switch || kind == WidgetKind::Selector; }
 
 }  // namespace
@@ -130,6 +142,18 @@ void WindowContent::addBand() {
         if (ControlFace* knob = views_.withTag(parameter::Modwheel)) controlMenuWanted(*knob);
     });
     root_.addView(meter_ = new MeterView(place(WindowPart::Meter)));
+    favourite_->setHoverHeard([this](bool isHovered) {
+        partHovered(isHovered, editor_.valueOf(tag::favourite) > 0.5f
+                                   ? "Favourite: on.  A click takes the copy away."
+                                   : "Favourite: off.  A click puts a copy among the favourites.");
+    });
+    pitchWheel_->setHoverHeard(
+        [this](bool isHovered) { partHovered(isHovered, "Pitch wheel.  It springs back to its middle."); });
+    modWheel_->setHoverHeard([this](bool isHovered) {
+        partHovered(isHovered, "Modulation wheel: " + std::to_string(std::lround(editor_.valueOf(tag::modWheel) * 100)) +
+                                   "%.  Drag the mark beside it to what it should turn.");
+    });
+    meter_->setHoverHeard([this](bool isHovered) { partHovered(isHovered, "Output level, left and right.  Red is too loud."); });
     CRect hint = place(WindowPart::HintLine), history = hint;
     history.left = history.right - historyBarWidth;
     hint.right = history.left - 6;
@@ -147,7 +171,7 @@ void WindowContent::addBandStops() {
     const auto place = [](WindowPart part) { return rectOf(windowPart(part).rect); };
     const auto stepPatch = [this](float step) { editor_.valueChanged(step > 0 ? tag::nextPatch : tag::previousPatch, 1, false); };
     stops_.push_back({place(WindowPart::CategoryList), Section::Output, "CATEGORY",
-                      [this] { return editor_.patches().selectedCategory(); }, [this] { openCategories(); }});
+                      [this] { return editor_.commands().patch().category(); }, [this] { openCategories(); }});
     stops_.push_back({place(WindowPart::PatchList), Section::Output, "PATCH", [this] { return editor_.patchName(); },
                       [this] { openPatches(); }, stepPatch});
     stops_.push_back({place(WindowPart::Favourite), Section::Output, "FAVOURITE",
@@ -354,8 +378,10 @@ void WindowContent::refreshPatchLine() {
     const PatchLibrary& patches = editor_.patches();
     PatchLine::Shown shown;
     shown.name = editor_.patchName();
-    shown.category = patches.selectedCategory();
-    if (patches.selection().patch >= 0) {
+    const PatchOnShow& patch = editor_.commands().patch();
+    shown.category = patch.category();
+    // The lists may stand elsewhere: on the patch from which steps go on.
+    if (!patch.file().empty() && patches.selectedCategory() == patch.category() && patches.selectedPatch() == patch.file()) {
         shown.place = patches.selection().patch + 1;
         shown.count = static_cast<int>(patches.patchNames().size());
     }
@@ -422,6 +448,7 @@ void WindowContent::followTooltip() {
 ControlFace* WindowContent::faceOf(VSTGUI::CControl* control) const { return dynamic_cast<ControlFace*>(control); }
 
 void WindowContent::valueChanged(VSTGUI::CControl* control) {
+    newsUntil_ = 0;
     const History::Action action(work_.history());
     editor_.valueChanged(control->getTag(), control->getValueNormalized(), true);
     if (ControlFace* face = faceOf(control)) {
@@ -461,6 +488,12 @@ void WindowContent::controlHovered(ControlFace& face, bool isHovered) {
     hovered_ = isHovered ? &face : hovered_ == &face ? nullptr : hovered_;
     hoveredSince_ = round_;
     showHelp(hovered_);
+}
+
+// What stands in the band beside the table.
+void WindowContent::partHovered(bool isHovered, const std::string& line) {
+    if (newsUntil_ != 0) return;
+    isHovered ? hintLine_->setText(line) : showHelp(hovered_);
 }
 
 // The lists of categories and of patches, in the line of the patch's name.
@@ -528,6 +561,8 @@ void WindowContent::showHelp(ControlFace* face) {
 std::string WindowContent::spokenOf(const ControlEntry& entry) const {
     if (std::string value = spokenValue(editor_, entry); !value.empty()) return value;
     if (entry.kind == WidgetKind::Selector) return editor_.valueOf(entry.tag) > 0.5f ? "selected" : "not selected";
+    if (entry.kind == WidgetKind::WaveView)
+        if (const auto* display = views_.withTagAs<Wavedisplay>(entry.tag)) return display->loopText();
     if (entry.tag == tag::zoomMenu || (entry.tag >= tag::waveMenu1 && entry.tag < tag::waveMenu1 + 3)) return textOn(entry);
     return "";
 }
@@ -536,6 +571,11 @@ void WindowContent::controlPressed(ControlFace& face, VSTGUI::Modifiers) {
     if (face.entry().kind == WidgetKind::SampleButton && (face.entry().tag - tag::sampleLoad1) % 2 == 1)
         return controlListWanted(face);
     editor_.valueChanged(face.entry().tag, 1, true);
+}
+
+void WindowContent::controlTouched(ControlFace& face) {
+    const History::Action action(work_.history());
+    editor_.touch(face.entry().tag);
 }
 
 void WindowContent::controlResetWanted(ControlFace& face) {
@@ -550,12 +590,9 @@ void WindowContent::controlTypingWanted(ControlFace& face) { openTyping(face, ""
 
 void WindowContent::openTyping(ControlFace& face, const std::string& begun) {
     const ControlEntry& entry = face.entry();
-    const int number = parameterOfTag(entry.tag);
-    if (number < 0) return;
+    if (parameterOfTag(entry.tag) < 0) return;
     dismissLayers();
-    editor_.touch(entry.tag);
-    const int mode = editor_.lfoModeOf(number);
-    ValueBox::Asked asked{entry.name,   begun.empty() ? spokenValue(editor_, entry) : begun, typedRange(number, mode), "", 64,
+    ValueBox::Asked asked{entry.name,   begun.empty() ? spokenValue(editor_, entry) : begun, typedRange(editor_, entry), "", 64,
                           begun.empty()};
     auto* box = new ValueBox(
         area_, face.body(), std::move(asked), [this, &entry](const std::string& text) { return takeTyped(entry, text); },
@@ -565,10 +602,13 @@ void WindowContent::openTyping(ControlFace& face, const std::string& begun) {
 }
 
 std::optional<std::string> WindowContent::takeTyped(const ControlEntry& entry, const std::string& text) {
-    const int number = parameterOfTag(entry.tag), mode = editor_.lfoModeOf(number);
-    const std::optional<float> value = typedValue(number, text, mode);
-    if (!value) return "Not understood. " + typedRange(number, mode);
-    if (ControlFace* face = views_.withTag(entry.tag)) setByKey(*face, *value);
+    const std::optional<float> value = typedValue(editor_, entry, text);
+    if (!value) return "Not understood. " + typedRange(editor_, entry);
+    ControlFace* face = views_.withTag(entry.tag);
+    if (face == nullptr || *value == editor_.valueOf(entry.tag)) return std::nullopt;
+    const History::Action action(work_.history());
+    editor_.touch(entry.tag);
+    setByKey(*face, *value);
     return std::nullopt;
 }
 
@@ -586,13 +626,21 @@ void WindowContent::controlPointer(CPoint where, bool isReleased) {
     }
 }
 
-void WindowContent::controlStepped(ControlFace& face, int direction) {
+void WindowContent::controlStepped(ControlFace& face, int direction) { stepList(face, direction); }
+
+// So many rows on, the separators not counted; at most to the end.
+void WindowContent::stepList(ControlFace& face, int rows) {
     const ControlEntry& entry = face.entry();
     if (entry.labels.empty() || parameterOfTag(entry.tag) < 0) return;
-    const int count = static_cast<int>(entry.labels.size());
-    int row = instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, editor_.onShow().layer)) + direction;
-    while (row >= 0 && row < count && std::string(entry.labels[row]) == "-") row += direction;
-    if (row >= 0 && row < count) rowChosen(entry, row);
+    const int count = static_cast<int>(entry.labels.size()), direction = rows > 0 ? 1 : -1;
+    const int shown = instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, editor_.onShow().layer));
+    int chosen = shown;
+    for (int row = shown + direction; row >= 0 && row < count && rows != 0; row += direction) {
+        if (std::string(entry.labels[row]) == "-") continue;
+        chosen = row;
+        rows -= direction;
+    }
+    if (chosen != shown) rowChosen(entry, chosen);
 }
 
 // ---- history, drops -----------------------------------------------------------------------------------------
@@ -736,7 +784,7 @@ void WindowContent::openCategories() {
     patches.scanCategories();
     std::vector<MenuRow> rows;
     for (const std::string& name : patches.categoryNames())
-        rows.push_back({name, static_cast<int>(rows.size()), name == patches.selectedCategory(), {}, {}});
+        rows.push_back({name, static_cast<int>(rows.size()), name == editor_.commands().patch().category(), {}, {}});
     openPopup(
         rectOf(windowPart(WindowPart::CategoryList).rect), std::move(rows),
         [this](int row) { editor_.rowChosen(tag::categoryList, row); }, nullptr);
@@ -829,9 +877,15 @@ void WindowContent::dragBegan(int area) {
     markTargets(dragColor(area), -1);
 }
 
-void WindowContent::dragMoved(int area, CPoint where) {
+// A low window has no more than the band.
+int WindowContent::targetAt(CPoint where) const {
     const double scale = editor_.size().layoutScale();
     const int target = editor_.dropTarget(static_cast<float>(where.x * scale), static_cast<float>(where.y * scale));
+    return views_.at(target) != nullptr ? target : -1;
+}
+
+void WindowContent::dragMoved(int area, CPoint where) {
+    const int target = targetAt(where);
     const bool canDrop = target >= 0 && destinationOf(parameterOfTag(controlEntry(target).tag)) > 0;
     markTargets(dragColor(area), canDrop ? target : -1);
     Overlay::Cable cable{dragAreas_[area]->getViewSize().getCenter(), where, dragColor(area), {}};
@@ -844,6 +898,7 @@ void WindowContent::dragMoved(int area, CPoint where) {
 
 void WindowContent::dragEnded(int area, CPoint where) {
     dragCancelled(area);
+    if (targetAt(where) < 0) return;
     const double scale = editor_.size().layoutScale();
     editor_.dropSource(dragSource_, static_cast<float>(where.x * scale), static_cast<float>(where.y * scale));
 }
@@ -920,12 +975,12 @@ bool WindowContent::onShortcut(const VSTGUI::KeyboardEvent& event) {
         case U't': wantNotes(); return true;
         case U'c':
             if (focused_ != nullptr && parameterOfTag(focused_->entry().tag) >= 0)
-                copiedValue_ = editor_.valueOf(focused_->entry().tag);
+                copiedValue() = editor_.valueOf(focused_->entry().tag);
             return true;
         case U'v':
-            if (focused_ != nullptr && copiedValue_ >= 0 && parameterOfTag(focused_->entry().tag) >= 0 &&
+            if (focused_ != nullptr && copiedValue() >= 0 && parameterOfTag(focused_->entry().tag) >= 0 &&
                 !isListKind(focused_->entry().kind))
-                setByKey(*focused_, copiedValue_);
+                setByKey(*focused_, copiedValue());
             return true;
         default: return false;
     }
@@ -952,6 +1007,7 @@ void WindowContent::setFocus(ControlFace* face) {
     focused_ = face;
     if (focused_ == nullptr) return;
     focused_->setFocused(true);
+    newsUntil_ = 0;
     showHelp(focused_);
 }
 
@@ -962,6 +1018,7 @@ void WindowContent::setFocusedStop(int stop) {
     focusedStop_ = stop;
     if (stop < 0) return overlay_->setFocus(std::nullopt);
     overlay_->setFocus(stops_[static_cast<std::size_t>(stop)].place);
+    newsUntil_ = 0;
     showStopHelp();
 }
 
@@ -1026,6 +1083,7 @@ void WindowContent::onStopKey(VSTGUI::KeyboardEvent& event) {
 
 void WindowContent::setByKey(ControlFace& face, float value) {
     value = std::clamp(value, 0.0f, 1.0f);
+    newsUntil_ = 0;
     const int tag = face.entry().tag;
     const History::Action action(work_.history());
     editor_.beginEdit(tag);
@@ -1050,7 +1108,8 @@ void WindowContent::setToEnd(ControlFace& face, bool last) {
 }
 
 void WindowContent::nudge(ControlFace& face, float step) {
-    if (isListKind(face.entry().kind)) return controlStepped(face, step > 0 ? -1 : 1);
+    constexpr int page = 8;  // rows
+    if (isListKind(face.entry().kind)) return stepList(face, (step > 0 ? -1 : 1) * (std::abs(step) > 0.05f ? page : 1));
     if (parameterOfTag(face.entry().tag) >= 0) setByKey(face, editor_.valueOf(face.entry().tag) + step);
 }
 
@@ -1064,7 +1123,17 @@ void WindowContent::pressFocused(ControlFace& face, const VSTGUI::KeyboardEvent&
         return showHelp(focused_);
     }
     if (entry.kind == WidgetKind::Button || entry.kind == WidgetKind::SampleButton) return controlPressed(face, event.modifiers);
-    event.virt == VirtualKey::Space ? controlResetWanted(face) : controlTypingWanted(face);
+    controlTypingWanted(face);
+}
+
+// Left and Right move the loop's start, Down and Up its end.
+bool WindowContent::nudgeLoop(Wavedisplay& display, VirtualKey key, float step) {
+    const float start = key == VirtualKey::Right ? step : key == VirtualKey::Left ? -step : 0;
+    const float end = key == VirtualKey::Up ? step : key == VirtualKey::Down ? -step : 0;
+    if ((start == 0 && end == 0) || !display.nudgeLoop(start, end)) return false;
+    newsUntil_ = 0;
+    showHelp(&display);
+    return true;
 }
 
 void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
@@ -1083,6 +1152,7 @@ void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
         return;
     }
     ControlFace& face = *focused_;
+    if (auto* display = dynamic_cast<Wavedisplay*>(&face); display != nullptr && nudgeLoop(*display, event.virt, step)) return;
     switch (event.virt) {
         case VirtualKey::Up:
         case VirtualKey::Right: return nudge(face, step);
@@ -1094,13 +1164,16 @@ void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
         case VirtualKey::End: return setToEnd(face, true);
         case VirtualKey::Delete: return controlResetWanted(face);
         case VirtualKey::Space:
+            event.consumed = !isTurned(face.entry().kind);  // there is nothing to press: it is the host's
+            return event.consumed ? pressFocused(face, event) : void();
         case VirtualKey::Return:
         case VirtualKey::Enter: return pressFocused(face, event);
         default: break;
     }
-    // A digit begins a value.
-    const bool isTyping = (event.character >= U'0' && event.character <= U'9') || event.character == U'-' ||
-                          event.character == U'+' || event.character == U'.';
+    // A digit begins a value where there is one to type.
+    const bool isDigit = (event.character >= U'0' && event.character <= U'9') || event.character == U'-' ||
+                         event.character == U'+' || event.character == U'.';
+    const bool isTyping = isDigit && isTurned(face.entry().kind);
     event.consumed = isTyping || onPlainLetter(event.character);
     if (isTyping) openTyping(face, utf8Of(event.character));
 }

@@ -95,6 +95,7 @@ private:
     void controlListWanted(ControlFace& face) override;
     void controlResetWanted(ControlFace& face) override;
     void controlTypingWanted(ControlFace& face) override;
+    void controlTouched(ControlFace& face) override;
     void controlPressed(ControlFace& face, VSTGUI::Modifiers modifiers) override;
     void controlPointer(VSTGUI::CPoint where, bool isReleased) override;
     void controlStepped(ControlFace& face, int direction) override;
@@ -110,6 +111,7 @@ private:
     void dragCancelled(int area) override;
 
     void wantNotes();
+    void partHovered(bool isHovered, const std::string& line);
     void listHovered(int list, const VSTGUI::CRect& place);
     void dropped(const std::vector<std::string>& paths, VSTGUI::CPoint where);
     void dropWave(const std::string& path, VSTGUI::CPoint where);
@@ -152,15 +154,18 @@ private:
     std::string spokenOf(const ControlEntry& entry) const;
     void moveFocus(int direction);
     bool onShortcut(const VSTGUI::KeyboardEvent& event);
+    bool nudgeLoop(Wavedisplay& display, VSTGUI::VirtualKey key, float step);
     void onFocusedKey(VSTGUI::KeyboardEvent& event);
     bool onPlainLetter(char32_t character);
     std::optional<std::string> takeTyped(const ControlEntry& entry, const std::string& text);
     void nudge(ControlFace& face, float step);
+    void stepList(ControlFace& face, int rows);
     void rowChosen(const ControlEntry& entry, int row);
     void setToEnd(ControlFace& face, bool last);
     void setByKey(ControlFace& face, float value);
     void markTargets(const std::optional<Color>& ring, int nearest);
     Color dragColor(int area) const;
+    int targetAt(VSTGUI::CPoint where) const;
 
     DropContainer& root_;
     VSTGUI::CRect area_;
@@ -197,7 +202,6 @@ private:
     std::vector<FocusStop> stops_;
     int focusedStop_ = -1;
     bool hasKeyboard_ = false, isDragging_ = false;
-    float copiedValue_ = -1;  // below 0: none
     int dragSource_ = 0;
 };
 

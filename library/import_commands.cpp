@@ -63,11 +63,12 @@ void ImportCommands::importSfz(const std::string& path, Done done) {
     std::optional<SfzFile> file = sfz_.readSfz(path);
     if (!file) return done(told(false));
     if (file->groups <= 1) return readSfz(path, *file, SfzGroups::onlyFirst, std::move(done));
-    dialogs_.question("Warning",
-                      "This *.sfz file is not supported and contains more than one <group>. Should all groups be merged?",
-                      [this, path, file = std::move(*file), done = std::move(done)](bool isMerged) {
-                          readSfz(path, file, isMerged ? SfzGroups::merged : SfzGroups::onlyFirst, done);
-                      });
+    dialogs_.choice("Warning",
+                    "This *.sfz file is not supported and contains more than one <group>. Should all groups be merged?",
+                    [this, path, file = std::move(*file), done = std::move(done)](std::optional<bool> isMerged) {
+                        if (!isMerged) return done(false);
+                        readSfz(path, file, *isMerged ? SfzGroups::merged : SfzGroups::onlyFirst, done);
+                    });
 }
 
 void ImportCommands::readSfz(const std::string& path, const SfzFile& file, SfzGroups groups, Done done) {

@@ -96,30 +96,36 @@ void MenuCommands::loadPatch() {
 
 void MenuCommands::savePatchAs() {
     patches_.savePatchAs(patch_.name(), [this](const auto& path) {
-        if (path) patch_.showFile(*path);
+        if (!path) return;
+        ++filesChanged_;
+        patch_.showFile(*path);
     });
 }
 
 void MenuCommands::quickSave() {
     const std::string name = patch_.name();
     const std::string category = isFileName(name) ? patch_.category() : customCategory;
-    if (patches_.quickSavePatch(category, name)) patch_.showFile(patchPath(category, name));
+    if (!patches_.quickSavePatch(category, name)) return;
+    ++filesChanged_;
+    patch_.showFile(patchPath(category, name));
 }
 
 void MenuCommands::saveLayer(int layer) {
     patches_.askSavePath(patch_.name() + " layer " + std::to_string(layer + 1), [this, layer](const auto& path) {
         layers_.saveLayerAsPatch(layer, path);
+        if (path) ++filesChanged_;
         library_.scanCategories();
         library_.scanPatches(-1);
     });
 }
 
 void MenuCommands::deletePatch() {
-    const std::string category = library_.selectedCategory(), name = library_.selectedPatch();
-    if (name.empty()) return;
+    const std::string category = patch_.category(), name = patch_.file();
+    if (name.empty()) return dialogs_.message("Info", "This patch is in no list: there is no file to delete.");
     patches_.deletePatch(category, name, [this, category, name](bool isGone) {
+        if (isGone) ++filesChanged_;
         library_.scanPatches(-1);
-        if (isGone && patch_.category() == category && patch_.name() == name) patch_.showCustomHere();
+        if (isGone && patch_.category() == category && patch_.file() == name) patch_.showCustomHere();
     });
 }
 
@@ -141,6 +147,7 @@ void MenuCommands::setFavourite(bool on, Done done) {
     if (on) {
         platform::makeFolder(platform::favouritesFolder());
         const bool isSaved = instrument_.patchFiles().savePatchFile(path);
+        if (isSaved) ++filesChanged_;
         library_.scanPatches(-1);
         showMessages(instrument_.messages(), dialogs_);
         return done(isSaved);
@@ -148,6 +155,7 @@ void MenuCommands::setFavourite(bool on, Done done) {
     // Of a favourite itself its own file, of any other patch the copy.
     const std::string name = patch_.category() == "Favourites" ? patch_.name() : patchNameOfPath(path);
     patches_.deletePatch("Favourites", name, [this, done = std::move(done)](bool isGone) {
+        if (isGone) ++filesChanged_;
         library_.scanPatches(-1);
         done(isGone);
     });
@@ -160,7 +168,11 @@ bool MenuCommands::isFavourite() const {
 // ---- layers
 
 void MenuCommands::copy(int row) {
-    if (const auto stacking = stackingOfRow(row)) return layers_.stackLayers(*stacking);
+    if (const auto stacking = stackingOfRow(row)) {
+        layers_.stackLayers(*stacking);
+        onShow_.layer = 0;  // the one on show may be off now
+        return;
+    }
     switch (row) {
         case 0: return layers_.copyPatch();
         case 2: return layers_.copyLayerToFile();

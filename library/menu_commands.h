@@ -62,6 +62,9 @@ public:
     // No patch is waited for any more that is to go to a layer.
     void callOffLoad() { onShow_.loadTarget = 0; }
 
+    // Counts what was saved to the library or deleted from it here, so that who searches it knows when to look again.
+    unsigned filesChanged() const { return filesChanged_; }
+
     PatchLibrary& library() { return library_; }
     PatchBrowser& browser() { return browser_; }
     PatchOnShow& patch() { return patch_; }
@@ -106,6 +109,7 @@ private:
     SampleCommands samples_;
     ImportCommands imports_;
     std::array<ShownWave, layerCount * oscillatorCount> waves_;
+    unsigned filesChanged_ = 0;
 };
 
 }  // namespace vantoric

@@ -27,29 +27,33 @@ const Ratings& PatchBrowser::ratings() {
     return ratings_;
 }
 
-void PatchBrowser::clickCategory(int row) {
-    if (!isRow(row, library_.categoryNames().size())) return;
+bool PatchBrowser::clickCategory(int row) {
+    if (!isRow(row, library_.categoryNames().size())) return false;
     constexpr int beforeFirst = -1;
     // A load target waits for the patch that the user means: a category on the way there loads nothing.
     const bool isOnTheWay = onShow_.loadTarget != 0;
     library_.select({row, isOnTheWay ? beforeFirst : 0});
-    if (!isOnTheWay) library_.loadSelectedPatch();
+    return !isOnTheWay && library_.loadSelectedPatch();
 }
 
-void PatchBrowser::clickPatch(int row) {
-    if (!isRow(row, library_.patchNames().size())) return;
+bool PatchBrowser::clickPatch(int row) {
+    if (!isRow(row, library_.patchNames().size())) return false;
     library_.selectPatch(row);
-    library_.loadSelectedPatch();
+    return library_.loadSelectedPatch();
 }
 
 void PatchBrowser::clickStar(int row, int star) {
     if (!isRow(row, ratings().size())) return;
     ratings_[static_cast<std::size_t>(row)] = static_cast<std::uint8_t>(clampTo(star, fewestStars, mostStars));
-    saveRanks(listedName(), library_.patchNames(), ratings_);
+    // A list that is full may not show all that lies in the folder.
+    if (library_.patchNames().size() < PatchLibrary::mostPatches)
+        saveRanks(listedName(), library_.patchNames(), ratings_);
+    else
+        ratePatch(listedName(), library_.patchNames()[static_cast<std::size_t>(row)], star);
 }
 
-void PatchBrowser::clickNext() { library_.nextPatch(); }
-void PatchBrowser::clickPrevious() { library_.previousPatch(); }
+bool PatchBrowser::clickNext() { return library_.nextPatch(); }
+bool PatchBrowser::clickPrevious() { return library_.previousPatch(); }
 
 CategoryHint PatchBrowser::hint() const { return categoryHint(listedName(), onShow_.loadTarget); }
 

@@ -19,21 +19,35 @@ public:
     void open();
 
     // A click on a category: lists it and loads its first patch, if it has one. While a load target is set, it only lists.
-    void clickCategory(int row);
+    // All tell whether a patch was loaded.
+    bool clickCategory(int row);
     // A click on a patch: loads it, to the layer that is the load target if one is set.
-    void clickPatch(int row);
+    bool clickPatch(int row);
     // A click on star 1 to 5 of a patch, others are held to these: rates it and writes the stars of the category.
     void clickStar(int row, int star);
     // The arrows.
+    bool clickNext();
+    bool clickPrevious();
     // No patch is waited for any more that is to go to a layer.
     void callOffLoad() { onShow_.loadTarget = 0; }
-    void clickNext();
-    void clickPrevious();
 
     // One for each of the library's patch names.
     const Ratings& ratings();
     // For the listed category; while a load target is set, for that.
     CategoryHint hint() const;
+
+    // While it stands, what loads to a layer leaves the load target set.
+    class Trial {
+    public:
+        explicit Trial(PatchBrowser& browser) : browser_(browser), target_(browser.onShow_.loadTarget) {}
+        ~Trial() { browser_.onShow_.loadTarget = target_; }
+        Trial(const Trial&) = delete;
+        Trial& operator=(const Trial&) = delete;
+
+    private:
+        PatchBrowser& browser_;
+        int target_;
+    };
 
 private:
     std::string listedName() const;

@@ -40,7 +40,7 @@ void PatchCommands::askSavePath(const std::string& name, platform::OnPath then) 
 
 // Beside the category folders a patch is in no list.
 void PatchCommands::keepListed(const std::string& path, platform::OnPath then) {
-    const auto take = [this, then = std::move(then)](const std::string& chosen) {
+    const auto take = [this, then](const std::string& chosen) {
         saveFolder_ = folderOfPath(chosen);
         then(chosen);
     };
@@ -49,9 +49,9 @@ void PatchCommands::keepListed(const std::string& path, platform::OnPath then) {
         return take(path);
     const std::string listed = platform::userFolder() + path.substr(folderOfPath(path).size());
     if (platform::exists(listed)) return take(path);  // there is nothing better to offer
-    dialogs_.question("Warning",
-                      "Patches beside the category folders are in no list.\nShould it be saved in the category 'User' instead?",
-                      [path, listed, take](bool yes) { take(yes ? listed : path); });
+    dialogs_.choice("Warning",
+                    "Patches beside the category folders are in no list.\nShould it be saved in the category 'User' instead?",
+                    [path, listed, take, then](std::optional<bool> yes) { yes ? take(*yes ? listed : path) : then({}); });
 }
 
 void PatchCommands::savePatchAs(const std::string& name, platform::OnPath done) {

@@ -101,6 +101,15 @@ void saveRecent(const std::vector<PatchPlace>& recent) {
     saveSections(recentPath(), sections);
 }
 
+// What a user saved: all in "User", and of other categories what lies in a folder of the user's own over the installation.
+std::unordered_set<std::string> ownNamesIn(const std::string& category) {
+    std::unordered_set<std::string> names;
+    if (platform::ownFolder() == platform::dataFolder() || category == favouritesCategory) return names;
+    platform::visitFolder(platform::ownPath(platform::belowSounds() + category),
+                          [&](platform::FolderEntry&& entry) { return names.insert(std::move(entry.name)), true; });
+    return names;
+}
+
 // A copy among the favourites has a name of its own.
 void markFavourites(std::vector<CataloguedPatch>& patches) {
     std::unordered_set<std::string> favourites;
@@ -254,11 +263,12 @@ bool PatchIndex::scanCategory(const std::string& category, std::vector<Catalogue
     if (isStopped()) return false;
     const Ratings ratings = loadRanks(category, names);
     const Notes notes = notesOf(category);
+    const std::unordered_set<std::string> own = ownNamesIn(category);
     for (std::size_t i = 0; i < names.size(); ++i) {
         CataloguedPatch patch;
         patch.category = category;
         patch.stars = ratings[i];
-        patch.isOwn = category == ownCategory;
+        patch.isOwn = category == ownCategory || own.contains(names[i] + patchExtension);
         if (const auto note = notes.find(names[i]); note != notes.end()) {
             patch.tags = tagsOf(note->second.valueOf("tags"));
             patch.author = note->second.valueOf("author");

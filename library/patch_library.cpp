@@ -85,6 +85,14 @@ bool PatchLibrary::loadSelectedPatch() {
     return loader_.loadListed(selectedCategory(), name);
 }
 
+bool PatchLibrary::loadBeyondList(const std::string& name) {
+    const std::string category = categoryName(listed_);
+    if (isCustom(listed_) || !holdsPatch(category, name)) return false;
+    selection_ = {listed_, static_cast<int>(patches_.size())};
+    const Loading loading(*this);
+    return loader_.loadListed(category, name);
+}
+
 bool PatchLibrary::nextPatch() {
     const int next = selection_.patch + 1;
     if (!isCustom(selection_.category) && listed_ == selection_.category && isPlace(next, patches_.size())) {

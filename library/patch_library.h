@@ -46,6 +46,9 @@ public:
     void findPatch(const std::string& name);
     // Loads the selected patch. False if there is none at the place, or it could not be loaded.
     bool loadSelectedPatch();
+    // Loads a patch of the listed category that is beyond the most that a list shows; steps go on from the list's end. False
+    // if there is no such file, or it could not be loaded.
+    bool loadBeyondList(const std::string& name);
 
     // To the next or previous patch and, past the ends of a list, category; from no selection or "Custom" to the first
     // patch of all. An empty category is stepped to all the same. Return whether a patch was loaded.

@@ -31,6 +31,8 @@ public:
 
     // The category; "Custom" if the patch is in no list.
     const std::string& category() const { return category_; }
+    // The name of its file in the category's folder; empty if it is in no list.
+    const std::string& file() const { return file_; }
     // The name: that of the file, unless the program was given another since.
     std::string name() const;
 

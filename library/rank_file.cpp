@@ -1,10 +1,12 @@
 #include "library/rank_file.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <unordered_map>
 
 #include "base/numbers.h"
+#include "library/name_order.h"
 #include "platform/files.h"
 #include "platform/own_files.h"
 
@@ -89,6 +91,17 @@ Ratings loadRanks(const std::string& category, const std::vector<std::string>& p
 void saveRanks(const std::string& category, const std::vector<std::string>& patchNames, const Ratings& ratings) {
     const std::string text = writeRatings(patchNames, ratings);
     if (!text.empty()) platform::writeFile(rankFilePath(category), text.data(), text.size());
+}
+
+bool ratePatch(const std::string& category, const std::string& patchName, int stars) {
+    const std::vector<std::string> names =
+        listNames(platform::listDataFolder(platform::belowSounds() + category), ".fxp", std::numeric_limits<std::size_t>::max());
+    const auto found = std::find(names.begin(), names.end(), patchName);
+    if (found == names.end()) return false;
+    Ratings ratings = loadRanks(category, names);
+    ratings[static_cast<std::size_t>(found - names.begin())] = static_cast<std::uint8_t>(clampTo(stars, fewestStars, mostStars));
+    saveRanks(category, names, ratings);
+    return true;
 }
 
 }  // namespace vantoric

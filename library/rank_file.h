@@ -29,4 +29,8 @@ std::string writeRatings(const std::vector<std::string>& patchNames, const Ratin
 Ratings loadRanks(const std::string& category, const std::vector<std::string>& patchNames);
 void saveRanks(const std::string& category, const std::vector<std::string>& patchNames, const Ratings& ratings);
 
+// Gives one patch of a category its stars, held to 1 to 5, and leaves those of all others in the folder as they are, also of
+// those that no list shows. False, with nothing written, if there is no such patch.
+bool ratePatch(const std::string& category, const std::string& patchName, int stars);
+
 }  // namespace vantoric

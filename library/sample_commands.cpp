@@ -6,6 +6,7 @@
 #include "library/beside.h"
 #include "library/show_messages.h"
 #include "platform/module_folder.h"
+#include "samples/wave_file.h"
 
 namespace vantoric {
 
@@ -42,12 +43,11 @@ void SampleCommands::askTuning(const Target& target, WaveReading&& reading, Done
     if (!reading.wave) return done(false);
     loader_.tellLoop(*reading.wave);
     told(true);
-    dialogs_.question(
+    dialogs_.choice(
         "Autotune",
         target.wasDropped ? "Autotune the sample?" : "Should the sample be tuned automatically (YES) or be tuned to C (NO)?",
-        [this, target, wave = std::make_shared<PreparedWave>(std::move(*reading.wave)), done = std::move(done)](bool tune) {
-            done(placeChosen(target, std::move(*wave), tune));
-        });
+        [this, target, wave = std::make_shared<PreparedWave>(std::move(*reading.wave)),
+         done = std::move(done)](std::optional<bool> tune) { done(tune && placeChosen(target, std::move(*wave), *tune)); });
 }
 
 bool SampleCommands::placeChosen(const Target& target, PreparedWave&& wave, bool tune) {
@@ -73,15 +73,47 @@ void SampleCommands::loadSampleDialog(int oscillator, Done done) {
 void SampleCommands::editSample(int layer, int oscillator, int command, Done done) {
     layer = layerOf(layer);
     if (command < 0 || command >= editCommandCount) return done(false);
-    if (command != exportCommand)
-        return done(run(editCommands[static_cast<std::size_t>(command)].label,
-                        [&] { return editor_.editSample(layer, oscillator, command); }));
+    if (command == exportCommand) return exportSample(layer, oscillator, std::move(done));
+    std::optional<SampleEdit> begun = editor_.beginEdit(layer, oscillator, command);
+    if (!begun) return done(told(false));
+    const std::string name = editCommands[static_cast<std::size_t>(command)].label;
+    const auto edit = std::make_shared<SampleEdit>(std::move(*begun));
+    beside(
+        dialogs_, "Editing", name, [edit](Progress& progress) { SampleEditor::makeEdit(*edit, progress.cancelled()); },
+        [this, name, edit, done = std::move(done)](bool isMade) {
+            done(isMade && run(name, [&] { return editor_.finishEdit(std::move(*edit)); }));
+        });
+}
+
+void SampleCommands::exportSample(int layer, int oscillator, Done done) {
     if (!editor_.hasSample(layer, oscillator)) return done(told(false));
     platform::askFilePath(dialogs_, "", true, platform::FileKind::Wave,
                           [this, layer, oscillator, done = std::move(done)](const auto& path) {
-                              if (path) editor_.exportWave(layer, oscillator, *path);
-                              done(told(false));
+                              path ? writeSample(layer, oscillator, *path, done) : done(told(false));
                           });
+}
+
+void SampleCommands::writeSample(int layer, int oscillator, const std::string& path, Done done) {
+    struct Writing {
+        std::vector<std::int16_t> samples;
+        Outcome told;
+    };
+    const auto writing = std::make_shared<Writing>();
+    try {
+        writing->samples = editor_.samplesOf(layer, oscillator);
+    } catch (...) {
+        messages_.post("Error", "Not enought memory.");
+    }
+    if (writing->samples.empty()) return done(told(false));
+    beside(
+        dialogs_, "Saving", fileNameOf(path),
+        [writing, path](Progress& progress) {
+            if (!progress.isCancelled()) writing->told = writeWave(writing->samples, path);
+        },
+        [this, writing, done = std::move(done)](bool isWritten) {
+            if (isWritten) messages_.post(writing->told);
+            done(told(false));
+        });
 }
 
 bool SampleCommands::resynthesize(int layer, int oscillator, const std::string& path) {

@@ -30,14 +30,14 @@ public:
 
     // Loads a file that the user chose in a dialog or dropped: reads it beside the window, asks whether it is to be tuned and
     // puts it in its place, one command. Of a dropped one the oscillator plays it then. False, with the earlier sample in its
-    // place, if it was refused or cancelled.
+    // place, if it was refused or called off, which closing the window over the question does.
     void loadChosen(int layer, int oscillator, const std::string& path, bool wasDropped, Done done);
     // Lets the user choose a wave file and does so with the layer that the window shows. False if none was chosen or it was
     // refused.
     void loadSampleDialog(int oscillator, Done done);
 
-    // Runs a row of the "Edit" menu, see SampleEditor; "Export as wav" lets the user choose a path if there is a sample. True
-    // if the patch is another.
+    // Runs a row of the "Edit" menu, see SampleEditor; "Export as wav" lets the user choose a path if there is a sample. A
+    // long sample is worked on beside the window and can be cancelled. True if the patch is another.
     void editSample(int layer, int oscillator, int command, Done done);
 
     // Makes the custom wave of a file. False, with the wave as it was, if it was refused.
@@ -56,6 +56,8 @@ private:
     };
     void askTuning(const Target& target, WaveReading&& reading, Done done);
     bool placeChosen(const Target& target, PreparedWave&& wave, bool tune);
+    void exportSample(int layer, int oscillator, Done done);
+    void writeSample(int layer, int oscillator, const std::string& path, Done done);
     bool told(bool result);
     // Runs a part that changes the patch as a command, and tells.
     template <class Act>

@@ -23,6 +23,9 @@ EditSound soundOf(const Sample& holder) {
     return sound;
 }
 
+// The levels stay as they are.
+bool setsOnlyRate(EditRole role) { return role == EditRole::autotune || role == EditRole::tune; }
+
 // Holds the engine silent; one that was silent before stays so.
 class Mute {
 public:
@@ -46,10 +49,71 @@ private:
 SampleEditor::SampleEditor(EngineAccess& access, ParameterModel& parameters, const SampleHolders& holders, Messages& messages)
     : access_(access), parameters_(parameters), holders_(holders), messages_(messages) {}
 
-bool SampleEditor::editSample(int layer, int oscillator, int command) try {
-    if (command < 0 || command >= editCommandCount) return false;
+bool SampleEditor::editSample(int layer, int oscillator, int command) {
     const EngineTurn turn(access_);
-    if (!run(layer, oscillator, command)) return false;
+    std::optional<SampleEdit> edit = beginEdit(layer, oscillator, command);
+    if (!edit) return false;
+    makeEdit(*edit, access_.flags().rebuildCancel);
+    return finishEdit(std::move(*edit));
+}
+
+std::optional<SampleEdit> SampleEditor::beginEdit(int layer, int oscillator, int command) try {
+    const Sample* const holder = holderOf(holders_, layer, oscillator);
+    if (holder == nullptr || command < 0 || command >= editCommandCount) return {};
+    const EditRole role = editCommands[static_cast<std::size_t>(command)].role;
+    if (role == EditRole::separator || role == EditRole::exportWave) return {};
+    const EngineTurn turn(access_);
+    const std::optional<EditSound>& backup = backupOf(layer, oscillator);
+    if (role == EditRole::undo && !backup) return {};
+    SampleEdit edit;
+    edit.layer = layer;
+    edit.oscillator = oscillator;
+    edit.command = command;
+    edit.isLooped = isLooped(layer, oscillator);
+    edit.before = soundOf(*holder);
+    if (role != EditRole::undo && edit.before.samples.empty()) return {};
+    edit.after = role == EditRole::undo ? *backup : edit.before;
+    edit.random = random;
+    edit.source = holder->levels[0].get();
+    return edit;
+} catch (...) {
+    messages_.post("Error", "Not enought memory.");
+    return {};
+}
+
+void SampleEditor::makeEdit(SampleEdit& edit, const Flag& cancel) try {
+    const EditRole role = editCommands[static_cast<std::size_t>(edit.command)].role;
+    EditSound& sound = edit.after;
+    if (role == EditRole::autotune)
+        sound.sampleRate = rateOfLag(bestLag(sound.samples.data(), static_cast<std::int32_t>(sound.samples.size())));
+    else if (role != EditRole::undo)
+        applyEdit(sound, edit.command, edit.random);
+    if (setsOnlyRate(role)) {
+        edit.isMade = true;
+        return;
+    }
+    const bool loops = role == EditRole::loop;
+    const SampleContent content{sound.samples, sound.loopStart, sound.loopEnd, sound.sampleRate};
+    edit.isMade = prepareSample(edit.prepared, content, loops || role == EditRole::undo, loops || edit.isLooped, cancel);
+} catch (...) {
+    edit.isMade = false;  // memory is short
+}
+
+bool SampleEditor::finishEdit(SampleEdit&& edit) try {
+    Sample* const holder = holderOf(holders_, edit.layer, edit.oscillator);
+    if (!edit.isMade) throw std::bad_alloc();
+    const EngineTurn turn(access_);
+    if (holder == nullptr || holder->levels[0].get() != edit.source) return false;
+    const EditRole role = editCommands[static_cast<std::size_t>(edit.command)].role;
+    std::optional<Mute> mute;
+    if (role == EditRole::undo) mute.emplace(access_.flags().audioMuted, access_.sleepFunction());
+    if (setsOnlyRate(role))
+        setRate(*holder, edit.after.sampleRate);
+    else
+        exchangeSample(access_, *holder, std::move(edit.prepared));
+    writeParameters(edit.layer, edit.oscillator, role);
+    backupOf(edit.layer, edit.oscillator) = std::move(edit.before);
+    random = edit.random;
     parameters_.changes().noteAll(ChangeSource::window);
     return true;
 } catch (...) {
@@ -63,12 +127,16 @@ bool SampleEditor::hasSample(int layer, int oscillator) {
     return holder != nullptr && holder->length > 0 && holder->levels[0];
 }
 
-bool SampleEditor::exportWave(int layer, int oscillator, const std::string& path) try {
+std::vector<std::int16_t> SampleEditor::samplesOf(int layer, int oscillator) {
     const Sample* const holder = holderOf(holders_, layer, oscillator);
-    if (holder == nullptr) return false;
+    if (holder == nullptr) return {};
     const EngineTurn turn(access_);
-    const EditSound sound = soundOf(*holder);
-    return !sound.samples.empty() && messages_.post(writeWave(sound.samples, path));
+    return soundOf(*holder).samples;
+}
+
+bool SampleEditor::exportWave(int layer, int oscillator, const std::string& path) try {
+    const std::vector<std::int16_t> samples = samplesOf(layer, oscillator);
+    return !samples.empty() && messages_.post(writeWave(samples, path));
 } catch (...) {
     messages_.post("Error", "Not enought memory.");
     return false;
@@ -106,44 +174,6 @@ bool SampleEditor::setLoopPoints(int layer, int oscillator, std::int32_t start, 
     return true;
 }
 
-bool SampleEditor::run(int layer, int oscillator, int command) {
-    Sample* const holder = holderOf(holders_, layer, oscillator);
-    const EditRole role = editCommands[static_cast<std::size_t>(command)].role;
-    if (holder == nullptr || role == EditRole::separator || role == EditRole::exportWave) return false;
-    if (role == EditRole::undo) return undo(layer, oscillator, *holder);
-    EditSound before = soundOf(*holder);
-    if (before.samples.empty()) return false;
-    EditSound sound = before;
-    if (role == EditRole::autotune)
-        sound.sampleRate = rateOfLag(bestLag(sound.samples.data(), static_cast<std::int32_t>(sound.samples.size())));
-    else
-        applyEdit(sound, command, random);
-    const bool loops = role == EditRole::loop;
-    if (role == EditRole::autotune || role == EditRole::tune)
-        setRate(*holder, sound.sampleRate);
-    else
-        put(*holder, sound, loops, loops || isLooped(layer, oscillator));
-    writeParameters(layer, oscillator, role);
-    backupOf(layer, oscillator) = std::move(before);
-    return true;
-}
-
-bool SampleEditor::undo(int layer, int oscillator, Sample& holder) {
-    std::optional<EditSound>& backup = backupOf(layer, oscillator);
-    if (!backup) return false;
-    const Mute mute(access_.flags().audioMuted, access_.sleepFunction());
-    EditSound before = soundOf(holder);
-    put(holder, *backup, true, isLooped(layer, oscillator));
-    *backup = std::move(before);
-    return true;
-}
-
-void SampleEditor::put(Sample& holder, const EditSound& sound, bool wrap, bool isLooped) {
-    const SampleContent content{sound.samples, sound.loopStart, sound.loopEnd, sound.sampleRate};
-    if (!exchangeSample(access_, holder, content, wrap, isLooped)) throw std::bad_alloc();
-}
-
-// The levels stay as they are.
 void SampleEditor::setRate(Sample& holder, std::uint32_t rate) {
     const EngineHold hold(access_, HoldFor::waves);
     holder.sampleRate = rate;

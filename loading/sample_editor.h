@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "base/messages.h"
 #include "base/random.h"
@@ -15,6 +16,17 @@
 namespace vantoric {
 
 inline constexpr int exportCommand = 3;  // the row "Export as wav"
+
+// A command on its way: what it was begun with and, once it is made, what comes of it.
+struct SampleEdit {
+    int layer = 0, oscillator = 0, command = 0;
+    bool isLooped = false;
+    EditSound before, after;
+    PreparedSample prepared;
+    LinearCongruence random;
+    const std::int16_t* source = nullptr;  // what it was begun with; never read
+    bool isMade = false;
+};
 
 // Any thread but the audio thread: each command takes its turn; voices may play and the worker may rebuild meanwhile. What
 // there is to tell goes to the messages. Throws nothing. Works with or without a window.
@@ -30,8 +42,18 @@ public:
     // the patch is then another. Short memory gives a message and changes nothing. Indices out of range do nothing.
     bool editSample(int layer, int oscillator, int command);
 
+    // The same in three parts, for a long sample: takes what the command works on; nothing where it would do nothing.
+    std::optional<SampleEdit> beginEdit(int layer, int oscillator, int command);
+    // Makes the new sound. On any one thread, without a turn: it touches nothing of the engine. Levels that a cancel stops are
+    // left to the worker.
+    static void makeEdit(SampleEdit& edit, const Flag& cancel);
+    // Puts it in its place. False, with nothing changed, if there is another sample by now or memory was short.
+    bool finishEdit(SampleEdit&& edit);
+
     // Whether there is anything to export.
     bool hasSample(int layer, int oscillator);
+    // The samples of an oscillator, of full length; none without a sample. May throw std::bad_alloc.
+    std::vector<std::int16_t> samplesOf(int layer, int oscillator);
     // "Export as wav": writes the whole sample to a file. Changes nothing, the stored sound neither. False, with a message
     // but for an empty sample and indices out of range, if it was not written.
     bool exportWave(int layer, int oscillator, const std::string& path);
@@ -47,9 +69,6 @@ public:
     LinearCongruence random;
 
 private:
-    bool run(int layer, int oscillator, int command);
-    bool undo(int layer, int oscillator, Sample& holder);
-    void put(Sample& holder, const EditSound& sound, bool wrap, bool isLooped);
     void setRate(Sample& holder, std::uint32_t rate);
     bool isLooped(int layer, int oscillator) const;
     std::optional<EditSound>& backupOf(int layer, int oscillator);

@@ -59,6 +59,10 @@ void Dialogs::work(Work work, OnAnswer then) {
     then(true);
 }
 
+void Dialogs::choice(const std::string& title, const std::string& text, OnChoice then) {
+    question(title, text, [then = std::move(then)](bool yes) { then(yes); });
+}
+
 void showMessage(Dialogs& dialogs, const char* title, const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);

@@ -23,6 +23,8 @@ struct FileRequest {
 
 // What goes on with the user's answer: true only for Yes.
 using OnAnswer = std::function<void(bool yes)>;
+// The same where No does something too; nothing if the user went back or the window closed over the question.
+using OnChoice = std::function<void(std::optional<bool> yes)>;
 // What goes on with the chosen path; nothing if none was chosen.
 using OnPath = std::function<void(std::optional<std::string> path)>;
 
@@ -38,8 +40,9 @@ struct Work {
 //
 // No call waits for the user. What is asked for shows one after the other in the order of the calls, and `then` is called
 // on the thread of the call once the user has answered: within the call or later. It is called exactly once; if the
-// window closes first, it is called with No or none, or dropped without a call. So what `then` refers to must live as long
-// as the dialogs do, and must not rely on the state at the time of the call. Where nobody can see a box the answer is No.
+// window closes first, it is called with No or none (with none where the question can be called off), or dropped without a call.
+// So what `then` refers to must live as long as the dialogs do, and must not rely on the state at the time of the call. Where
+// nobody can see a box the answer is No.
 class Dialogs {
 public:
     virtual ~Dialogs() = default;
@@ -49,6 +52,10 @@ public:
 
     // Asks a question.
     virtual void question(const std::string& title, const std::string& text, OnAnswer then) = 0;
+
+    // Asks a question that can be called off, as what it is about goes on with No too. Where there is no window to close over
+    // it, it is a question like all others.
+    virtual void choice(const std::string& title, const std::string& text, OnChoice then);
 
     // Lets the user choose a path. Callers use `askFilePath`, which adds the extension and asks before overwriting.
     virtual void choosePath(const FileRequest& request, OnPath then) = 0;

@@ -4,6 +4,7 @@
 
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,11 @@ public:
     void answerNext(bool yes) {
         const std::lock_guard guard(mutex_);
         answers_.push_back(yes);
+    }
+    // Of a choice: the user goes back from it.
+    void callOffNext() {
+        const std::lock_guard guard(mutex_);
+        answers_.push_back({});
     }
     void choosePathNext(const std::string& path) {
         const std::lock_guard guard(mutex_);
@@ -50,17 +56,20 @@ public:
         const std::lock_guard guard(mutex_);
         boxes_.push_back({title, text, false});
     }
-    void question(const std::string& title, const std::string& text, OnAnswer then) override { then(answerTo(title, text)); }
+    void question(const std::string& title, const std::string& text, OnAnswer then) override {
+        then(answerTo(title, text).value_or(false));
+    }
+    void choice(const std::string& title, const std::string& text, OnChoice then) override { then(answerTo(title, text)); }
     void choosePath(const FileRequest& request, OnPath then) override {
         const std::string path = pathFor(request);
         path.empty() ? then({}) : then(path);
     }
 
 private:
-    bool answerTo(const std::string& title, const std::string& text) {
+    std::optional<bool> answerTo(const std::string& title, const std::string& text) {
         const std::lock_guard guard(mutex_);
         boxes_.push_back({title, text, true});
-        return take(answers_, false);
+        return take(answers_, std::optional(false));
     }
     std::string pathFor(const FileRequest& request) {
         const std::lock_guard guard(mutex_);
@@ -78,7 +87,7 @@ private:
     mutable std::mutex mutex_;
     std::vector<Box> boxes_;
     std::vector<FileRequest> requests_;
-    std::deque<bool> answers_;
+    std::deque<std::optional<bool>> answers_;
     std::deque<std::string> paths_;
 };
 

@@ -38,6 +38,14 @@ void SampleMarkers::release() {
     markersMoved = true;
 }
 
+bool SampleMarkers::nudge(float start, float end) {
+    if (!showMarkers || isDragging()) return false;
+    loopStart = clampTo(loopStart + start, 0.0f, loopEnd);
+    loopEnd = clampTo(loopEnd + end, loopStart, 1.0f);
+    markersMoved = true;
+    return true;
+}
+
 std::optional<LoopPoints> SampleMarkers::takeMoved(std::int32_t length) {
     if (!std::exchange(markersMoved, false)) return {};
     const auto place = [&](float marker) { return static_cast<std::int32_t>(std::lround(double{marker} * length)); };

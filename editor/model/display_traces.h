@@ -51,6 +51,8 @@ public:
     void move(float position);
     // Brings a crossed loop in order.
     void release();
+    // By keys: moves the two ends of the loop by so much, neither past the other. False while no markers show.
+    bool nudge(float start, float end);
     bool isDragging() const { return button_ != MouseButton::none; }
 
     // Once after a drag: where the loop is to be in a sample of `length`.

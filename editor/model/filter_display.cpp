@@ -67,9 +67,8 @@ bool FilterDisplay::refresh(const ShownFilter& filter, const DisplayLayout& layo
     drawn_ = filter;
     drawnLayout_ = layout;
     const auto columns = static_cast<std::size_t>(clampTo(layout.columns, 1, DisplayTraces::maxColumns));
-    const float floor = -layout.halfHeight();
     for (std::size_t i = 0; i < columns; ++i)
-        traces_.traceB[i] = floor + static_cast<float>(noise_.next()) * 3.495e-10f * layout.factor;  // a faint grain
+        traces_.traceB[i] = static_cast<float>(noise_.next()) * 3.495e-09f;  // the grain of the noise floor
     const auto& magnitudes = response_.measure({.sampleRate = displayRate,
                                                 .type = filter.type,
                                                 .cutoff = filter.cutoff,

@@ -87,10 +87,12 @@ Q7Editor::Q7Editor(Instrument& instrument, platform::Dialogs& dialogs, std::stri
 // ---- the window's life ------------------------------------------------------------------------------------------
 
 void Q7Editor::open(EditorView& view) {
+    const bool isRebuilt = view_ != nullptr;
     view_ = &view;
     parameterNews_.take();
     // Program changes that came without a window have been followed by others.
-    if (const std::optional<int> number = programNews_.take()) lastProgram_ = *number;
+    if (!isRebuilt)
+        if (const std::optional<int> number = programNews_.take()) lastProgram_ = *number;
     refreshAll();
 }
 
@@ -309,8 +311,8 @@ void Q7Editor::chooseCommand(int tag, int row) {
             menus_.init(row);
             if (row == init_row::all) pages_.showFirstPages();
             return;
-        case tag::categoryList: return menus_.browser().clickCategory(row);
-        case tag::patchList: return menus_.browser().clickPatch(row);
+        case tag::categoryList: return static_cast<void>(menus_.browser().clickCategory(row));
+        case tag::patchList: return static_cast<void>(menus_.browser().clickPatch(row));
         default: return;
     }
 }

@@ -43,7 +43,7 @@ public:
     void startWithSize(int index) {
         if (!readSizeIndex()) size_.applySize(index);
     }
-    // A window shows from now on; it outlives `close`.
+    // A window shows from now on, or the one that shows was built anew; it outlives `close`.
     void open(EditorView& view);
     // It goes away, with that many dialogs still open, which the user is told of. The engine plays on.
     void close(int openDialogs);

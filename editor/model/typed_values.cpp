@@ -5,11 +5,20 @@
 #include <cmath>
 
 #include "base/number_text.h"
+#include "editor/model/spoken_values.h"
+#include "effects/effect_texts.h"
 #include "parameters/parameter_table.h"
 #include "parameters/parameter_text.h"
 
 namespace vantoric {
 namespace {
+
+constexpr int steps = 4096;  // at which a display is looked at
+
+float middleOf(float first, float last) {
+    if (first <= 0) return 0.0f;
+    return last >= 1 ? 1.0f : 0.5f * (first + last);
+}
 
 // A text as a number and what follows it.
 struct Amount {
@@ -54,6 +63,86 @@ std::optional<double> shownAmount(int n, float value, int lfoMode) {
     return inBaseUnit(*amount);
 }
 
+// The values between `from` and `to` whose display comes nearest to the wanted amount.
+struct Nearest {
+    double distance = -1;  // below 0: none
+    float first = 0, last = 0;
+};
+
+template <class Shown>
+Nearest searched(double wanted, float from, float to, Shown&& shownAt) {
+    Nearest nearest;
+    for (int i = 0; i <= steps; ++i) {
+        const float value = from + (to - from) * (static_cast<float>(i) / steps);
+        const std::optional<double> shown = shownAt(value);
+        if (!shown) continue;
+        const double distance = std::abs(*shown - wanted);
+        if (nearest.distance < 0 || distance < nearest.distance - 1e-9) {
+            nearest = {distance, value, value};
+        } else if (distance < nearest.distance + 1e-9) {
+            nearest.last = value;
+        }
+    }
+    return nearest;
+}
+
+// Of all that a display can show the value nearest to the wanted one; of those that show the same the middle one. A display
+// that tells more than the steps hold is looked at again between them.
+template <class Shown>
+std::optional<float> nearestShown(double wanted, Shown&& shownAt) {
+    constexpr float step = 1.0f / steps;
+    Nearest nearest = searched(wanted, 0.0f, 1.0f, shownAt);
+    if (nearest.distance < 0) return std::nullopt;
+    if (nearest.distance > 1e-9) {
+        const Nearest fine = searched(wanted, std::max(0.0f, nearest.first - step), std::min(1.0f, nearest.last + step), shownAt);
+        if (fine.distance < nearest.distance) nearest = fine;
+    }
+    return middleOf(nearest.first, nearest.last);
+}
+
+// ---- the fields of an effect
+
+std::string effectText(Q7Editor::EffectField field, float value) {
+    char text[effectTextSize];
+    effectParameterText(field.type, field.parameter, value, text);
+    return text;
+}
+
+// "Ratio 1:4" tells a 4: what is told stands behind the last word or sign.
+std::string withoutName(const std::string& shown) {
+    const std::size_t digit = std::min(shown.find_last_of("0123456789"), shown.size());
+    const std::size_t before = shown.find_last_not_of("0123456789.+-", digit);
+    return before == std::string::npos ? shown : shown.substr(before + 1);
+}
+
+// The values that show exactly this, with the name before it or without.
+std::optional<float> valueShowing(Q7Editor::EffectField field, const std::string& typed) {
+    int first = -1, last = -1;
+    for (int i = 0; i <= steps; ++i) {
+        const std::string shown = lower(trimmed(effectText(field, static_cast<float>(i) / steps)));
+        if (shown != typed && !shown.ends_with(" " + typed) && !shown.ends_with(":" + typed)) continue;
+        if (first < 0) first = i;
+        last = i;
+    }
+    if (first < 0) return std::nullopt;
+    return middleOf(static_cast<float>(first) / steps, static_cast<float>(last) / steps);
+}
+
+std::optional<float> typedEffectValue(Q7Editor::EffectField field, float now, const std::string& text) {
+    const std::string typed = lower(trimmed(text));
+    if (typed.empty()) return std::nullopt;
+    if (const auto value = valueShowing(field, typed)) return value;
+    auto amount = amountOf(withoutName(typed));
+    const auto shownNow = amountOf(withoutName(effectText(field, now)));
+    if (!amount || !shownNow || typed.find('/') != std::string::npos) return std::nullopt;
+    if (amount->unit.empty()) amount->unit = shownNow->unit;
+    return nearestShown(inBaseUnit(*amount), [&](float value) -> std::optional<double> {
+        const auto shown = amountOf(withoutName(effectText(field, value)));
+        if (!shown) return std::nullopt;
+        return inBaseUnit(*shown);
+    });
+}
+
 bool isLabelled(int n) { return !parameterInfo(n).labels.empty() || parameterInfo(n).kind == ControlKind::Switch; }
 
 }  // namespace
@@ -69,26 +158,7 @@ std::optional<float> typedValue(int n, const std::string& text, int lfoMode) {
     if (!amount || (hasLetters && !amount->unit.empty() && lower(typed).find(amount->unit) != 0 &&
                     !std::isdigit(static_cast<unsigned char>(typed[0])) && typed[0] != '-' && typed[0] != '+'))
         return parseParameterValue(n, typed);  // a word such as "Free" or "Keyfol."
-    // Of all that the display can show the nearest; of those that show the same the middle one.
-    const double wanted = inBaseUnit(*amount);
-    constexpr int steps = 4096;
-    double nearest = -1;
-    int first = 0, last = -1;
-    for (int i = 0; i <= steps; ++i) {
-        const auto shown = shownAmount(n, static_cast<float>(i) / steps, lfoMode);
-        if (!shown) continue;
-        const double distance = std::abs(*shown - wanted);
-        if (last < 0 || distance < nearest - 1e-9) {
-            nearest = distance;
-            first = last = i;
-        } else if (distance < nearest + 1e-9) {
-            last = i;
-        }
-    }
-    if (last < 0) return std::nullopt;
-    if (first == 0) return 0.0f;
-    if (last == steps) return 1.0f;
-    return static_cast<float>(first + last) / (2.0f * steps);
+    return nearestShown(inBaseUnit(*amount), [&](float value) { return shownAmount(n, value, lfoMode); });
 }
 
 std::string typedRange(int n, int lfoMode) {
@@ -97,6 +167,21 @@ std::string typedRange(int n, int lfoMode) {
     if (parameterInfo(n).kind == ControlKind::Switch) return "On or Off";
     const std::string unit = parameterUnit(n, lfoMode), tail = unit.empty() ? "" : " " + unit;
     return parameterText(n, 0, lfoMode) + " to " + parameterText(n, 1, lfoMode) + tail;
+}
+
+std::optional<float> typedValue(const Q7Editor& editor, const ControlEntry& entry, const std::string& text) {
+    if (lower(trimmed(text)) == lower(trimmed(spokenValue(editor, entry)))) return editor.valueOf(entry.tag);
+    if (entry.kind == WidgetKind::EffectValue)
+        return typedEffectValue(editor.effectField(entry.tag), editor.valueOf(entry.tag), text);
+    const int number = parameterOfTag(entry.tag);
+    return typedValue(number, text, editor.lfoModeOf(number));
+}
+
+std::string typedRange(const Q7Editor& editor, const ControlEntry& entry) {
+    const int number = parameterOfTag(entry.tag);
+    if (entry.kind != WidgetKind::EffectValue) return typedRange(number, editor.lfoModeOf(number));
+    const Q7Editor::EffectField field = editor.effectField(entry.tag);
+    return effectText(field, 0) + " to " + effectText(field, 1);
 }
 
 }  // namespace vantoric

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "editor/model/q7editor.h"
+
 namespace vantoric {
 
 // The stored value, 0 to 1, that a typed text means for parameter number `n`, or nothing. Takes what the parameter's display
@@ -14,5 +16,11 @@ std::optional<float> typedValue(int n, const std::string& text, int lfoMode);
 
 // What may be typed for it: "-100 to 100", "20 Hz to 20 kHz" or a few labels.
 std::string typedRange(int n, int lfoMode);
+
+// The two for a control of a parameter as the editor shows it now: what it shows means the value that it has, and the
+// fields of an effect take and tell what the effect's type shows there: "28.0m", "440ms", "1/4". A bare number is in the
+// unit of the field.
+std::optional<float> typedValue(const Q7Editor& editor, const ControlEntry& entry, const std::string& text);
+std::string typedRange(const Q7Editor& editor, const ControlEntry& entry);
 
 }  // namespace vantoric

@@ -110,11 +110,11 @@ const golden::Binding rankLinesBinding("editor", "rank_lines", checkRanks);
 
 void click(PatchBrowser& browser, const json& event) {
     const std::string kind = event[0];
-    if (kind == "category") return browser.clickCategory(event[1]);
-    if (kind == "patch") return browser.clickPatch(event[1]);
+    if (kind == "category") return static_cast<void>(browser.clickCategory(event[1]));
+    if (kind == "patch") return static_cast<void>(browser.clickPatch(event[1]));
     if (kind == "star") return browser.clickStar(event[1], event[2]);
-    if (kind == "next") return browser.clickNext();
-    if (kind == "previous") return browser.clickPrevious();
+    if (kind == "next") return static_cast<void>(browser.clickNext());
+    if (kind == "previous") return static_cast<void>(browser.clickPrevious());
     throw std::runtime_error("an unknown click: " + kind);
 }
 

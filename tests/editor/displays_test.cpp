@@ -64,6 +64,19 @@ TEST(FilterDisplay, EveryTypeStaysWithinItsDisplay) {
         }
 }
 
+TEST(FilterDisplay, HasANoiseFloorThatCanBeSeen) {
+    FilterDisplay display;
+    display.refresh({.type = 5, .cutoff = 0.5f}, large);
+    float highestGrain = 0;
+    for (int i = 0; i < display.traces().columns; ++i) {
+        const float grain = display.traces().traceB[static_cast<std::size_t>(i)];
+        ASSERT_GE(grain, 0.0f);
+        highestGrain = std::max(highestGrain, grain);
+    }
+    EXPECT_GT(highestGrain, 10.0f);
+    EXPECT_LT(highestGrain, 15.1f);
+}
+
 TEST(FilterDisplay, FollowsTheVoiceAndWithoutOneTheParameters) {
     test::EngineRig rig;
     rig.clearParameters();
@@ -257,6 +270,24 @@ TEST_F(WaveDisplayTest, WithoutASampleThereIsALineAndNothingToDrag) {
     display->markers().press(0.5f, MouseButton::left);
     display->markers().release();
     EXPECT_FALSE(display->writeMarkers(0, edits));
+}
+
+TEST(SampleMarkers, KeysMoveTheEndsOfTheLoopButNotPastEachOther) {
+    SampleMarkers markers;
+    EXPECT_FALSE(markers.nudge(0.1f, 0.0f)) << "there is no sample";
+    markers.showMarkers = true;
+    markers.loopStart = 0.2f;
+    markers.loopEnd = 0.3f;
+    EXPECT_TRUE(markers.nudge(0.05f, -0.02f));
+    EXPECT_NEAR(markers.loopStart, 0.25f, 1e-6f);
+    EXPECT_NEAR(markers.loopEnd, 0.28f, 1e-6f);
+    markers.nudge(0.5f, 0);
+    EXPECT_EQ(markers.loopStart, markers.loopEnd);
+    const auto moved = markers.takeMoved(1000);
+    ASSERT_TRUE(moved);
+    EXPECT_EQ(moved->end, 280);
+    markers.press(0.1f, MouseButton::left);
+    EXPECT_FALSE(markers.nudge(0.1f, 0)) << "the mouse holds them";
 }
 
 }  // namespace

@@ -6,8 +6,11 @@
 
 #include "base/number_text.h"
 #include "base/parameters.h"
+#include "editor/model/spoken_values.h"
 #include "editor/model/typed_values.h"
+#include "effects/effect_row.h"
 #include "parameters/parameter_table.h"
+#include "tests/editor/editor_rig.h"
 
 namespace vantoric {
 namespace {
@@ -66,6 +69,81 @@ TEST(TypedValues, EveryParameterTakesBackWhatItShows) {
             EXPECT_EQ(shownAs(number, shown), shown) << number << " at " << value;
         }
     }
+}
+
+// What a control shows is typed back while it shows something else.
+std::string typedBack(test::EditorRig& rig, const ControlEntry& entry, float value, float meanwhile) {
+    const int index = hostIndexOfTag(entry.tag, 0);
+    rig.rig.set(index, value);
+    const std::string shown = spokenValue(rig.editor, entry);
+    rig.rig.set(index, meanwhile);
+    const auto typed = typedValue(rig.editor, entry, shown);
+    if (!typed) return "'" + shown + "' is not understood";
+    rig.rig.set(index, *typed);
+    const std::string back = spokenValue(rig.editor, entry);
+    return back == shown ? "" : "'" + shown + "' gave '" + back + "'";
+}
+
+TEST(TypedValues, EveryControlTakesBackWhatItShows) {
+    test::EditorRig rig;
+    for (int i = 0; i < controlCount(); ++i) {
+        const ControlEntry& entry = controlEntry(i);
+        if (parameterOfTag(entry.tag) < 0 || entry.kind == WidgetKind::EffectValue) continue;
+        const float step = entry.labels.empty() ? 0.0f : 1.0f / 128;
+        for (const float value : step > 0 ? std::vector{0.0f, step, 2 * step} : std::vector{0.0f, 0.21f, 0.5f, 0.83f, 1.0f}) {
+            if (step > 0 &&
+                std::string(entry.labels[static_cast<std::size_t>(std::lround(value / step)) % entry.labels.size()]) == "-")
+                continue;
+            EXPECT_EQ(typedBack(rig, entry, value, 0.37f), "") << entry.name << " at " << value;
+        }
+    }
+}
+
+TEST(TypedValues, EveryModeOfAnLfoTakesBackItsSpeed) {
+    test::EditorRig rig;
+    const ControlEntry& speed = controlEntry(controlIndexForName("LFO1 SPEED"));
+    for (int mode = 0; mode < 12; ++mode) {
+        rig.rig.set(par::LfoMode1, static_cast<float>(mode) / 128);
+        for (const float value : {0.0f, 0.21f, 0.5f, 0.83f, 1.0f})
+            EXPECT_EQ(typedBack(rig, speed, value, 0.37f), "") << "mode " << mode << " at " << value;
+    }
+}
+
+TEST(TypedValues, TheFieldsOfEveryEffectTakeBackWhatTheyShow) {
+    test::EditorRig rig;
+    for (int type = 1; type < effectTypeCount; ++type) {
+        for (const int number : {int{par::FxMaType}, int{par::FxInType}, int{par::FxIn2Type}})
+            rig.rig.set(hostIndexOfTag(number, 0), static_cast<float>(type) / 128);
+        for (int i = 0; i < controlCount(); ++i) {
+            const ControlEntry& entry = controlEntry(i);
+            if (entry.kind != WidgetKind::EffectValue || spokenValue(rig.editor, entry).empty()) continue;
+            for (const float value : {0.0f, 0.21f, 0.5f, 0.83f, 1.0f})
+                EXPECT_EQ(typedBack(rig, entry, value, 0.37f), "") << "type " << type << ", " << entry.name << " at " << value;
+        }
+    }
+}
+
+TEST(TypedValues, AnEffectTakesItsOwnUnits) {
+    test::EditorRig rig;
+    const ControlEntry& field = controlEntry(controlIndexForTag(par::FxInPar1));
+    const auto shownAfter = [&](const std::string& text) {
+        const auto value = typedValue(rig.editor, field, text);
+        if (!value) return std::string("not understood");
+        rig.rig.set(hostIndexOfTag(par::FxInPar1, 0), *value);
+        return spokenValue(rig.editor, field);
+    };
+    int times = 0;
+    for (int type = 1; type < effectTypeCount; ++type) {
+        rig.rig.set(hostIndexOfTag(par::FxInType, 0), static_cast<float>(type) / 128);
+        EXPECT_EQ(shownAfter("?"), "not understood");
+        if (!spokenValue(rig.editor, field).ends_with("ms")) continue;
+        ++times;
+        const std::string thirty = shownAfter("30 ms");
+        EXPECT_EQ(shownAfter("0.03s"), thirty);
+        EXPECT_EQ(shownAfter("30"), thirty) << "a bare number is in the unit of the field";
+        EXPECT_NE(shownAfter("10"), thirty);
+    }
+    EXPECT_GT(times, 0);
 }
 
 // The decimal comma of a host's language, if the system has one of those that have it.

@@ -263,6 +263,7 @@ wire::word PluginHost::answer(wire::i32 op, wire::i32 index, wire::word value, v
         const int at = automationCount_++;
         if (at >= 0 && at < static_cast<int>(automations_.size())) automations_[static_cast<std::size_t>(at)] = {index, opt};
     }
+    if (answers_.heard) answers_.heard(op);
     if (answers_.silent) return 0;
     switch (op) {
         case wire::hostAutomated:

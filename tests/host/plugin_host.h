@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,7 +28,8 @@ struct HostAnswers {
     bool knowsTime = true;      // false: a null answer
     bool timeAdvances = false;  // the quarter-note position moves on with the rendered frames
     wire::Time time;
-    bool resizes = false;  // grants the sizes that the plug-in's window asks for
+    bool resizes = false;                    // grants the sizes that the plug-in's window asks for
+    std::function<void(int op)> heard = {};  // what the host does when it is asked something, on the asking thread
 };
 
 // `count` samples that end right before a page that cannot be touched; the bytes before them are a fence, the

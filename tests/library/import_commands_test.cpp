@@ -100,8 +100,19 @@ TEST_F(ImportMenu, WhatIsCancelledLeavesThePatchAsItWas) {
     EXPECT_FALSE(test::ended(impatientImports, &ImportCommands::importVocoder));
     EXPECT_FALSE(test::ended(impatientImports, &ImportCommands::importSfz, instrument));
     EXPECT_FALSE(test::ended(impatientSamples, &SampleCommands::loadChosen, 0, 0, later, true));
-    EXPECT_EQ(impatient.texts,
-              (Texts{"Importing later.wav", "Importing later.wav", "Importing Grand Piano.sfz", "Loading later.wav"}));
+    const auto samplesBefore = [&] {
+        const Sample& earlier = sample(0);
+        return std::vector<std::int16_t>(earlier.levels[0].get(), earlier.levels[0].get() + earlier.length);
+    };
+    const auto earlier = samplesBefore();
+    constexpr int reverse = 11;
+    EXPECT_FALSE(test::ended(impatientSamples, &SampleCommands::editSample, 0, 0, reverse));
+    impatient.choosePathNext(folder / "out.wav");
+    EXPECT_FALSE(test::ended(impatientSamples, &SampleCommands::editSample, 0, 0, exportCommand));
+    EXPECT_FALSE(platform::exists(folder / "out.wav"));
+    EXPECT_EQ(samplesBefore(), earlier);
+    EXPECT_EQ(impatient.texts, (Texts{"Importing later.wav", "Importing later.wav", "Importing Grand Piano.sfz",
+                                      "Loading later.wav", "Editing Reverse", "Saving out.wav"}));
     ASSERT_EQ(impatient.boxes().size(), 1u) << "no question, and nothing but the hint before the choice";
     EXPECT_EQ(impatient.boxes()[0].title, "Hint");
     EXPECT_EQ(parameters(), before);
@@ -118,6 +129,9 @@ TEST_F(ImportMenu, SeveralGroupsAreAQuestion) {
     dialogs.answerNext(true);
     EXPECT_TRUE(import(&ImportCommands::importSfz, path));
     EXPECT_EQ(sample(1).length, 80);
+    dialogs.callOffNext();
+    EXPECT_FALSE(import(&ImportCommands::importSfz, path));
+    EXPECT_EQ(sample(1).length, 80) << "called off, it imports nothing";
     ASSERT_FALSE(dialogs.boxes().empty());
     EXPECT_TRUE(dialogs.boxes()[0].isQuestion);
     EXPECT_EQ(dialogs.boxes()[0].title, "Warning");

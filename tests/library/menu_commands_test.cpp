@@ -1,6 +1,7 @@
 #include "library/menu_commands.h"
 
 #include "base/version.h"
+#include "platform/scratch_folder.h"
 #include "platform/web_page.h"
 #include "tests/library/ended.h"
 #include "tests/library/menu_bench.h"
@@ -137,7 +138,22 @@ TEST_F(Menus, DeletingAsksAndRebuildsTheList) {
     EXPECT_EQ(menus.patch().category(), "Custom");
     shown();
     menus.file(13);
-    EXPECT_TRUE(shown().empty()) << "nothing is selected any more";
+    EXPECT_EQ(shown(), Texts{"Info: This patch is in no list: there is no file to delete."});
+}
+
+TEST_F(Menus, DeletingMeansThePatchOnShowAndNotItsNamesake) {
+    const std::string namesake = putPatch("Bass", "Deep");
+    menus.library().scanCategories();
+    const platform::ScratchFolder elsewhere;
+    const std::string outside = elsewhere / "Deep.fxp";
+    putPatchFile(outside);
+    ASSERT_TRUE(menus.loadPatchFile(outside));
+    EXPECT_EQ(menus.patch().category(), "Custom");
+    shown();
+    dialogs.answerNext(true);
+    menus.file(13);
+    EXPECT_TRUE(platform::exists(namesake));
+    EXPECT_EQ(shown(), Texts{"Info: This patch is in no list: there is no file to delete."});
 }
 
 TEST_F(Menus, AFavouriteIsACopyThatGoesOnlyByAYes) {

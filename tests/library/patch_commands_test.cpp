@@ -45,6 +45,19 @@ struct PatchMenu : ::testing::Test, PatchBench {
     const std::string deep = folder / "Vantoric_sounds/Bass/deep.fxp";
 };
 
+TEST_F(PatchMenu, ASaveBesideTheCategoriesCanBeCalledOff) {
+    const auto save = [&] {
+        dialogs.choosePathNext(folder / "Vantoric_sounds/lost.fxp");
+        return path(&PatchCommands::savePatchAs, std::string("Mine"));
+    };
+    dialogs.callOffNext();
+    EXPECT_EQ(save(), "none");
+    EXPECT_FALSE(platform::exists(folder / "Vantoric_sounds/lost.fxp"));
+    dialogs.answerNext(true);
+    EXPECT_EQ(save(), folder / "Vantoric_sounds/User/lost.fxp");
+    EXPECT_FALSE(platform::exists(folder / "Vantoric_sounds/lost.fxp"));
+}
+
 TEST_F(PatchMenu, LoadStartsInTheSoundsFolderUntilAFileWasChosen) {
     EXPECT_EQ(path(&PatchCommands::loadPatch), "none") << "the user goes back";
     dialogs.choosePathNext(deep);

@@ -12,6 +12,7 @@
 #include "library/text_sections.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
 #include "platform/scratch_folder.h"
 #include "platform/thread.h"
 #include "platform/user_state.h"
@@ -58,6 +59,21 @@ struct Index : ::testing::Test {
     const std::string sounds = folder / "Vantoric_sounds/";
     Messages messages;
 };
+
+TEST_F(Index, WhatIsSavedOverAnInstallationIsOwnInEveryCategory) {
+    put("Bass", "Deep");
+    const platform::ScratchFolder own;
+    platform::setOwnFolder(own.path());
+    std::filesystem::create_directories(own / "Vantoric_sounds/Bass");
+    std::ofstream(own / "Vantoric_sounds/Bass/Growl.fxp") << "x";
+    {
+        PatchIndex index(messages);
+        wait(index);
+        EXPECT_FALSE(found(index, "Bass", "Deep")->isOwn);
+        EXPECT_TRUE(found(index, "Bass", "Growl")->isOwn);
+    }
+    platform::setOwnFolder("");
+}
 
 TEST_F(Index, ALibraryIsFoundWithItsStarsNotesAndFavourites) {
     put("Bass", "Deep");

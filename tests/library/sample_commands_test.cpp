@@ -33,6 +33,14 @@ TEST_F(SampleMenu, AChosenFileIsTunedIfTheUserSaysYes) {
     EXPECT_EQ(sample(0).sampleRate, 13081u);
 }
 
+TEST_F(SampleMenu, AQuestionThatIsCalledOffLeavesTheEarlierSample) {
+    ASSERT_TRUE(audio.sampleLoader().loadSample(0, 0, wave("x.wav")));
+    dialogs.callOffNext();
+    EXPECT_FALSE(run(&SampleCommands::loadChosen, 0, 0, wave("y.wav", 9000), true));
+    EXPECT_EQ(shown(), Texts{"Autotune: Autotune the sample?"});
+    EXPECT_EQ(sample(0).length, 60);
+}
+
 TEST_F(SampleMenu, WhatTheLoaderHasToTellComesBeforeTheQuestion) {
     const std::string path = put("x.wav", test::WaveMaker().putFrames(50).looped(20, 51));
     EXPECT_TRUE(run(&SampleCommands::loadChosen, 0, 0, path, true));

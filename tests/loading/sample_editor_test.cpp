@@ -71,6 +71,19 @@ struct SampleEditing : testing::Test {
     std::unique_ptr<SampleEditor> editor;
 };
 
+TEST_F(SampleEditing, AnEditThatComesAfterAnotherSampleChangesNothing) {
+    Sample& sample = put(0, 0, {1, 2, 3});
+    auto edit = editor->beginEdit(0, 0, reverse);
+    ASSERT_TRUE(edit);
+    SampleEditor::makeEdit(*edit, flags.rebuildCancel);
+    EXPECT_EQ(dataOf(sample), Data({1, 2, 3})) << "making it touches nothing";
+    sample = Sample();
+    put(0, 0, {7, 8});
+    EXPECT_FALSE(editor->finishEdit(std::move(*edit)));
+    EXPECT_EQ(dataOf(sample), Data({7, 8}));
+    EXPECT_FALSE(editor->beginEdit(0, 0, undo)) << "there is nothing to take back";
+}
+
 TEST_F(SampleEditing, ChangesTheSampleOfItsOscillatorAlone) {
     Sample& sample = put(2, 1, {1, 2, 3});
     const Sample& other = put(2, 2, {1, 2, 3});

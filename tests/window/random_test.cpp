@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <random>
 
 #include "tests/window/window_rig.h"
@@ -23,6 +25,7 @@ public:
 
     void doSomething() {
         if (upTo(8) == 0) play();
+        if (upTo(40) == 0) return drop();
         switch (upTo(10)) {
             case 0:
             case 1:
@@ -59,8 +62,28 @@ private:
         static const char* const keys[] = {"Escape",  "Return",    "Tab",  "Up",      "Down",   "Left",      "Right",
                                            "Page_Up", "Page_Down", "Home", "End",     "Delete", "BackSpace", "space",
                                            "a",       "s",         "1",    "Shift_L", "F1",     "period"};
+        if (upTo(4) == 0) {
+            static const char* const letters[] = {"z", "y", "c", "v", "t", "a", "x", "n", "h"};
+            return host_.control(letters[static_cast<std::size_t>(upTo(std::size(letters)))], upTo(3) == 0);
+        }
         if (upTo(2) == 0) return host_.key(keys[static_cast<std::size_t>(upTo(std::size(keys)))]);
         host_.hostKey(upTo(3) == 0 ? 32 + upTo(90) : 0, upTo(24), upTo(8));
+    }
+
+    // Patches, waves, instruments, and what is none of them by its content.
+    void drop() {
+        static const char* const names[] = {"hand.fxp", "hand.wav", "hand.sfz", "hand.txt", "none.wav"};
+        const std::string name = names[static_cast<std::size_t>(upTo(std::size(names)))];
+        const auto path = rig_.installation().folder() / name;
+        if (name == "hand.sfz") std::ofstream(path) << "<region> sample=hand.wav key=60\n";
+        if (name == "hand.wav" || name == "hand.txt")
+            std::ofstream(path) << std::string(static_cast<std::size_t>(upTo(900)), 'R');
+        if (name == "hand.fxp" && !std::filesystem::exists(path)) {
+            for (const auto& entry :
+                 std::filesystem::recursive_directory_iterator(rig_.installation().folder() / "Vantoric_sounds"))
+                if (entry.path().extension() == ".fxp") return static_cast<void>(std::filesystem::copy_file(entry.path(), path));
+        }
+        host_.drop({path.string()}, x(), y());
     }
 
     WindowRig& rig_;

@@ -1,6 +1,7 @@
 #include "tests/window/window_host.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -10,6 +11,7 @@
 
 #include <png.h>
 
+#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
@@ -193,6 +195,146 @@ void WindowHost::type(const std::string& text) {
         display_->key(keysymOf(c), false);
         settle();
     }
+}
+
+void WindowHost::control(const std::string& name, bool isShifted) {
+    keyDown("Control_L");
+    if (isShifted) keyDown("Shift_L");
+    key(name);
+    if (isShifted) keyUp("Shift_L");
+    keyUp("Control_L");
+}
+
+void WindowHost::keyCode(unsigned code) {
+    for (const bool isDown : {true, false}) XTestFakeKeyEvent(display_->x, code, isDown ? True : False, 0);
+    settle();
+}
+
+namespace {
+
+void mapKey(unsigned code, KeySym symbol) {
+    ::Display* const x = XOpenDisplay(nullptr);
+    KeySym symbols[] = {symbol, symbol};
+    XChangeKeyboardMapping(x, static_cast<int>(code), 2, symbols, 1);
+    XSync(x, False);
+    XCloseDisplay(x);
+}
+
+}  // namespace
+
+SpareKey::SpareKey(char32_t character) {
+    constexpr KeySym unicode = 0x01000000;
+    constexpr unsigned fewest = 8, most = 255;
+    ::Display* const x = XOpenDisplay(nullptr);
+    int perKey = 0;
+    KeySym* const map = XGetKeyboardMapping(x, fewest, static_cast<int>(most - fewest + 1), &perKey);
+    for (unsigned code = fewest; code <= most; ++code)
+        if (map[static_cast<std::ptrdiff_t>(code - fewest) * perKey] == NoSymbol) code_ = code;
+    XFree(map);
+    XCloseDisplay(x);
+    mapKey(code_, unicode | character);
+}
+
+SpareKey::~SpareKey() { mapKey(code_, NoSymbol); }
+
+namespace {
+
+// The side of a drop that a file manager has (freedesktop.org, "Drag-and-Drop Protocol for the X Window System", version 5).
+class DropSource {
+public:
+    DropSource(const std::vector<std::string>& paths) {
+        for (const std::string& path : paths) list_ += "file://" + path + "\r\n";
+        source_ = XCreateSimpleWindow(x_, DefaultRootWindow(x_), 0, 0, 1, 1, 0, 0, 0);
+        XSetSelectionOwner(x_, atom("XdndSelection"), source_, CurrentTime);
+    }
+    ~DropSource() { XCloseDisplay(x_); }
+    DropSource(const DropSource&) = delete;
+    DropSource& operator=(const DropSource&) = delete;
+
+    // The window under the pointer that takes drops; false if there is none.
+    bool find() {
+        const ::Window root = DefaultRootWindow(x_);
+        ::Window unused = 0, child = root;
+        int rx = 0, ry = 0, wx = 0, wy = 0;
+        unsigned mask = 0;
+        while (child != 0) {
+            if (takesDrops(child)) target_ = child;
+            const ::Window asked = child;
+            XQueryPointer(x_, asked, &unused, &child, &rx, &ry, &wx, &wy, &mask);
+        }
+        place_ = static_cast<long>(rx) << 16 | ry;
+        return target_ != 0;
+    }
+    void enter() { send("XdndEnter", {5L << 24, static_cast<long>(atom("text/uri-list")), 0, 0}); }
+    void position() { send("XdndPosition", {0, place_, CurrentTime, static_cast<long>(atom("XdndActionCopy"))}); }
+    void letGo() { send("XdndDrop", {0, CurrentTime, 0, 0}); }
+
+    // Answers what has come; whether it was that message, and that it said yes.
+    bool hasCome(const char* message) {
+        bool isThere = false;
+        while (XPending(x_) != 0) {
+            XEvent event;
+            XNextEvent(x_, &event);
+            if (event.type == SelectionRequest) give(event.xselectionrequest);
+            if (event.type == ClientMessage && event.xclient.message_type == atom(message))
+                isThere = (event.xclient.data.l[1] & 1) != 0;
+        }
+        return isThere;
+    }
+
+private:
+    Atom atom(const char* name) { return XInternAtom(x_, name, False); }
+    bool takesDrops(::Window window) {
+        Atom type = 0;
+        int format = 0;
+        unsigned long count = 0, left = 0;
+        unsigned char* data = nullptr;
+        XGetWindowProperty(x_, window, atom("XdndAware"), 0, 1, False, AnyPropertyType, &type, &format, &count, &left, &data);
+        if (data != nullptr) XFree(data);
+        return type != 0;
+    }
+    void send(const char* name, const std::array<long, 4>& data) {
+        XEvent event{};
+        event.xclient.type = ClientMessage;
+        event.xclient.window = target_;
+        event.xclient.message_type = atom(name);
+        event.xclient.format = 32;
+        event.xclient.data.l[0] = static_cast<long>(source_);
+        for (std::size_t i = 0; i < data.size(); ++i) event.xclient.data.l[i + 1] = data[i];
+        XSendEvent(x_, target_, False, NoEventMask, &event);
+        XSync(x_, False);
+    }
+    void give(const XSelectionRequestEvent& request) {
+        XChangeProperty(x_, request.requestor, request.property, request.target, 8, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(list_.data()), static_cast<int>(list_.size()));
+        XEvent event{};
+        event.xselection.type = SelectionNotify;
+        event.xselection.requestor = request.requestor;
+        event.xselection.selection = request.selection;
+        event.xselection.target = request.target;
+        event.xselection.property = request.property;
+        event.xselection.time = request.time;
+        XSendEvent(x_, request.requestor, False, NoEventMask, &event);
+        XSync(x_, False);
+    }
+
+    ::Display* x_ = XOpenDisplay(nullptr);
+    ::Window source_ = 0, target_ = 0;
+    std::string list_;
+    long place_ = 0;
+};
+
+}  // namespace
+
+bool WindowHost::drop(const std::vector<std::string>& paths, double x, double y) {
+    move(x, y);
+    DropSource source(paths);
+    if (!source.find()) return false;
+    source.enter();
+    source.position();
+    if (!until([&] { return source.hasCome("XdndStatus"); }, 5)) return false;
+    source.letGo();
+    return until([&] { return source.hasCome("XdndFinished"); }, 5);
 }
 
 bool WindowHost::hostKey(int character, int virtualKey, int modifiers) {

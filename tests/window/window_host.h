@@ -28,6 +28,19 @@ bool savePng(const Picture& picture, const std::string& path);
 // Empty if it cannot be read.
 Picture loadPng(const std::string& path);
 
+// While it stands, a key that has no character has this one, of any alphabet. Windows learn of it when they open.
+class SpareKey {
+public:
+    explicit SpareKey(char32_t character);
+    ~SpareKey();
+    SpareKey(const SpareKey&) = delete;
+    SpareKey& operator=(const SpareKey&) = delete;
+    unsigned code() const { return code_; }
+
+private:
+    unsigned code_ = 0;
+};
+
 class WindowHost {
 public:
     // Loads the plug-in. Throws std::runtime_error if there is no display.
@@ -78,6 +91,12 @@ public:
     void keyUp(const std::string& name);
     // Types letters, digits, blanks and points.
     void type(const std::string& text);
+    // A key with Control held, and with Shift too if wanted.
+    void control(const std::string& name, bool isShifted = false);
+    // A key by its number.
+    void keyCode(unsigned code);
+    // Files from a file manager are let go of over a point of the window. False if it took none.
+    bool drop(const std::vector<std::string>& paths, double x, double y);
     // A key that the host hands over by its own call, with the numbers of the plug-in interface. True if it was used.
     bool hostKey(int character, int virtualKey, int modifiers = 0);
 

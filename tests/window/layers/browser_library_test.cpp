@@ -138,6 +138,35 @@ TEST_F(BrowserOnDisk, WhatIsWrittenAboutAPatchIsFoundAndStandsBesideItsFolder) {
     EXPECT_TRUE(found("bell").empty());
 }
 
+TEST_F(BrowserOnDisk, ATrialLeavesTheLayerWaiting) {
+    onShow.loadTarget = 2;
+    model.tryPatch(1);
+    EXPECT_EQ(loads, Names{"Bass/Deep"});
+    EXPECT_EQ(onShow.loadTarget, 2);
+    model.tryFound(first("zinc"));
+    EXPECT_EQ(loads.back(), "Keys/Zinc");
+    EXPECT_EQ(onShow.loadTarget, 2);
+}
+
+TEST_F(BrowserOnDisk, PatchesBeyondTheListArePlayedAndRated) {
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < PatchLibrary::mostPatches + 40; ++i) names.push_back("many " + std::to_string(10000 + i));
+    put("Many", names);
+    library.scanCategories();
+    index.rescan();
+    wait();
+    const BrowserPatch last = first(names.back());
+    ASSERT_EQ(last.name, names.back());
+    model.rateFound(last, 5);
+    model.playFound(last);
+    EXPECT_EQ(loads, Names{"Many/" + names.back()});
+    EXPECT_EQ(library.patchNames().size(), PatchLibrary::mostPatches) << "the list stays as it is";
+    model.clickStar(0, 1);
+    EXPECT_EQ(loadRanks("Many", {names.front(), names.back()}), (Ratings{1, 5})) << "stars of the list leave those beyond it";
+    library.previousPatch();
+    EXPECT_EQ(loads.back(), "Many/" + names[PatchLibrary::mostPatches - 1]);
+}
+
 TEST_F(BrowserOnDisk, ALoadToALayerIsCalledOff) {
     onShow.loadTarget = 3;
     EXPECT_TRUE(model.hint().isTarget);

@@ -70,14 +70,19 @@ TEST(Browser, ArrowsPlayEachPatchThatTheyComeTo) {
     EXPECT_EQ(browsing.last(), "play Amber Tines") << "Enter loads it again";
 }
 
-TEST(Browser, DigitsRateThePatchOnlyWhileNothingIsTyped) {
+TEST(Browser, PlusAndMinusRateAndDigitsSearch) {
     Browsing browsing;
-    type(*browsing.view, "5");
-    EXPECT_EQ(browsing.last(), "rate Glass Harbour 5");
-    type(*browsing.view, "/9");
-    EXPECT_EQ(browsing.view->query(), "9");
-    ASSERT_EQ(browsing.view->rows().size(), 1u);
-    EXPECT_EQ(browsing.view->rows()[0].name, "Music Box 9");
+    const auto stars = [&] { return browsing.view->rows()[static_cast<std::size_t>(browsing.view->selected())].stars; };
+    const int before = stars();
+    ASSERT_LT(before, 5);
+    type(*browsing.view, "+");
+    EXPECT_EQ(stars(), before + 1);
+    type(*browsing.view, "-");
+    EXPECT_EQ(stars(), before);
+    const std::size_t rated = browsing.library.done.size();
+    type(*browsing.view, "303");
+    EXPECT_EQ(browsing.view->query(), "303") << "the name of a machine is no number of stars";
+    EXPECT_EQ(browsing.library.done.size(), rated);
 }
 
 TEST(Browser, TypingFindsPatchesOfAllCategories) {
@@ -214,6 +219,21 @@ TEST(Browser, TagsAreWrittenForTheSelectedPatchByKeyButtonAndRightClick) {
     browsing.view->onMouseDownEvent(event);
     EXPECT_EQ(wanted, (std::vector<std::string>{"Glass Harbour", "Glass Harbour Dark", "Barefoot"}));
     EXPECT_EQ(browsing.library.done, std::vector<std::string>{"play Glass Harbour Dark"}) << "none of them plays";
+}
+
+TEST(Browser, ArrowsTryPatchesInALayerThatWaitsUntilEnterKeepsOne) {
+    Browsing browsing;
+    browsing.library.shownHint = {"Load a patch to synthesizer layer 2", true};
+    browsing.open();
+    press(*browsing.view, VirtualKey::Down);
+    const auto name = [&] { return browsing.view->rows()[static_cast<std::size_t>(browsing.view->selected())].name; };
+    EXPECT_EQ(browsing.last(), "try " + name());
+    press(*browsing.view, VirtualKey::Down);
+    EXPECT_EQ(browsing.last(), "try " + name());
+    press(*browsing.view, VirtualKey::Return);
+    EXPECT_EQ(browsing.last(), "call off") << "what sounds is kept, and nothing waits any more";
+    press(*browsing.view, VirtualKey::Return);
+    EXPECT_EQ(browsing.last(), "play " + name());
 }
 
 TEST(Browser, EscapeCallsOffALoadThatWaitsForItsPatch) {

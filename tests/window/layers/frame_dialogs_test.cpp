@@ -61,6 +61,27 @@ TEST(FrameDialogs, AnswersAQuestionByItsButtons) {
     EXPECT_EQ(answers, (std::vector<bool>{false, true, false}));
 }
 
+TEST(FrameDialogs, AChoiceCanBeCalledOff) {
+    Talking talking;
+    using Answer = std::optional<bool>;
+    std::vector<Answer> answers;
+    const auto ask = [&] { talking.dialogs.choice("Autotune", "Tune it?", [&](Answer yes) { answers.push_back(yes); }); };
+    ask();
+    talking.answer();
+    ask();
+    talking.answer(VirtualKey::Tab);
+    talking.answer();
+    ask();
+    talking.answer(VirtualKey::Escape);
+    ask();
+    ask();
+    EXPECT_EQ(talking.dialogs.openCount(), 2);
+    talking.dialogs.setHost(nullptr);
+    EXPECT_EQ(answers, (std::vector<Answer>{false, true, {}, {}, {}}));
+    ask();
+    EXPECT_EQ(answers.back(), false) << "without a window the answer is No";
+}
+
 TEST(FrameDialogs, TheSameMessageIsCountedAndNotShownAgain) {
     Talking talking;
     for (int time = 0; time < 20; ++time) talking.dialogs.message("Error", "The file can't be read.");

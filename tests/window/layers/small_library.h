@@ -79,6 +79,9 @@ public:
                 if (each.category == patch.category && each.name == patch.name) each.stars = stars;
         done.push_back("rate " + patch.name + " " + std::to_string(stars));
     }
+    void tryPatch(int row) override { tryFound(all[index(listed)].patches[index(row)]); }
+    void tryFound(const BrowserPatch& patch) override { done.push_back("try " + patch.name); }
+    void tryNext(bool forward) override { done.emplace_back(forward ? "try next" : "try previous"); }
 
 private:
     static std::size_t index(int row) { return static_cast<std::size_t>(row); }

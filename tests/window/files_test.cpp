@@ -1,0 +1,521 @@
+// Files that come into the window and go out of it: drops, the browser, the chooser, what a crash left; and a host that closes
+// the window while it is at work.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+#include "base/parameters.h"
+#include "editor/model/menu_rows.h"
+#include "tests/window/window_rig.h"
+
+using namespace testhost;
+namespace fs = std::filesystem;
+namespace parameter = vantoric::parameter;
+namespace tag = vantoric::tag;
+
+namespace {
+
+std::string bytesOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A tone of so many frames, 16 bits, 44.1 kHz.
+void writeTone(const fs::path& path, std::uint32_t frames = 22050) {
+    constexpr std::uint32_t rate = 44100;
+    std::string bytes;
+    const auto number = [&](std::uint32_t value, int count) {
+        for (int i = 0; i < count; ++i) bytes += static_cast<char>(value >> (8 * i) & 255);
+    };
+    bytes += "RIFF";
+    number(36 + 2 * frames, 4);
+    bytes += "WAVEfmt ";
+    number(16, 4), number(1, 2), number(1, 2), number(rate, 4), number(2 * rate, 4), number(2, 2), number(16, 2);
+    bytes += "data";
+    number(2 * frames, 4);
+    for (std::uint32_t i = 0; i < frames; ++i) number(static_cast<std::uint16_t>(std::lround(2e4 * std::sin(0.0314 * i))), 2);
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+class Files : public testing::Test {
+protected:
+    Files() : sounds(rig.installation().folder() / "Vantoric_sounds") {}
+    void SetUp() override { rig.reset(); }
+    void TearDown() override {
+        for (int i = 0; i < 3; ++i) host.key("Escape");  // the browser leaves the band in sight
+        rig.closeMenus();
+        fs::remove_all(sounds / "Zoo");
+        for (const char* beside : {"Zoo.rnk", "Zoo.tags"}) fs::remove(sounds / beside);
+    }
+
+    std::string patchName() { return rig.plugin().text(wire::opProgramName); }
+    bool isCalled(const std::string& name) {
+        return host.until([&] { return patchName() == name; }, 10);
+    }
+    bool asks() {
+        return host.until([&] { return rig.isCovered(); }, 10);
+    }
+    // Any patch of the installation under another name.
+    void putPatch(const fs::path& path) {
+        fs::create_directories(path.parent_path());
+        for (const auto& entry : fs::directory_iterator(sounds / "Bass"))
+            if (entry.path().extension() == ".fxp") return static_cast<void>(fs::copy_file(entry.path(), path));
+        FAIL() << "no patch to copy";
+    }
+    void openBrowser() {
+        rig.click(controlWithTag(tag::browser));
+        host.idle(400);  // the library is read
+    }
+
+    // Searches in the open browser, and loads what is found first.
+    void playFound(const std::string& query, const std::string& name) {
+        host.type(query);
+        EXPECT_TRUE(host.until([&] { return host.key("Return"), patchName() == name; }, 10)) << query;
+        host.key("Escape");  // the search is cleared
+        host.idle(60);
+    }
+
+    WindowRig& rig = sharedRig();
+    WindowHost& host = rig.host();
+    const fs::path sounds;
+    const vantoric::platform::ScratchFolder scratch;
+};
+
+// ---- drops
+
+TEST_F(Files, ADroppedPatchIsLoadedWhateverItsName) {
+    for (const char* name : {"otter", "two words", "\xd0\x92\xd1\x8b\xd0\xb4\xd1\x80\xd0\xb0"}) {
+        const std::string path = scratch / (std::string(name) + ".fxp");
+        putPatch(path);
+        ASSERT_TRUE(host.drop({path}, 600, 500)) << name;
+        EXPECT_TRUE(isCalled(name)) << name;
+    }
+}
+
+TEST_F(Files, ADroppedWaveGoesIntoTheOscillatorOfItsRow) {
+    const std::string path = scratch / "tone.wav";
+    writeTone(path);
+    const Point row = rig.at(300, 136 + 94 + 44);
+    const int type = vantoric::hostIndex(parameter::SynType1 + 1, 0);
+    ASSERT_TRUE(host.drop({path}, row.x, row.y));
+    ASSERT_TRUE(asks()) << "whether it is to be tuned";
+    host.key("Return");
+    EXPECT_TRUE(host.until([&] { return std::lround(rig.plugin().parameter(type) * 128) == 3; }, 10)) << "it plays the sample";
+}
+
+TEST_F(Files, EscapeCallsADroppedWaveOff) {
+    const std::string path = scratch / "tone.wav";
+    writeTone(path);
+    const auto before = rig.plugin().chunk();
+    const Point row = rig.at(300, 180);
+    ASSERT_TRUE(host.drop({path}, row.x, row.y));
+    ASSERT_TRUE(asks());
+    host.key("Escape");
+    ASSERT_TRUE(host.until([&] { return !rig.isCovered(); }, 5));
+    host.idle(200);
+    EXPECT_EQ(rig.plugin().chunk(), before);
+}
+
+TEST_F(Files, ClosingTheWindowOverTheQuestionCallsAWaveOff) {
+    const std::string path = scratch / "tone.wav";
+    writeTone(path);
+    const auto before = rig.plugin().chunk();
+    const Point row = rig.at(300, 180);
+    ASSERT_TRUE(host.drop({path}, row.x, row.y));
+    ASSERT_TRUE(asks());
+    host.close();
+    EXPECT_EQ(rig.plugin().chunk(), before);
+    ASSERT_TRUE(host.open());
+}
+
+TEST_F(Files, ADroppedInstrumentIsImported) {
+    writeTone(scratch / "tone.wav");
+    const std::string path = scratch / "grand.sfz";
+    std::ofstream(path) << "<region> sample=tone.wav key=60\n";
+    const std::size_t before = rig.plugin().chunk().size();
+    ASSERT_TRUE(host.drop({path}, 600, 500));
+    EXPECT_TRUE(host.until([&] { return rig.plugin().chunk().size() > before + 8192; }, 10));
+}
+
+TEST_F(Files, OtherFilesAreNotTaken) {
+    const std::string path = scratch / "letter.txt";
+    std::ofstream(path) << "x";
+    const auto before = rig.plugin().chunk();
+    host.drop({path}, 600, 500);
+    host.idle(200);
+    EXPECT_FALSE(rig.isCovered());
+    EXPECT_EQ(rig.plugin().chunk(), before);
+}
+
+TEST_F(Files, WorkThatTakesLongShowsABoxAndIsCancelled) {
+    const std::string path = scratch / "long.sfz";
+    constexpr std::uint32_t frames = 4900000;
+    std::ofstream instrument(path);
+    for (int i = 0; i < 12; ++i) {
+        const std::string wave = "long" + std::to_string(i) + ".wav";
+        i == 0 ? writeTone(scratch / wave, frames) : fs::create_hard_link(scratch / "long0.wav", scratch / wave);
+        instrument << "<region> sample=" << wave << " key=" << 40 + i << "\n";
+    }
+    instrument.close();
+    const auto before = rig.plugin().chunk();
+    ASSERT_TRUE(host.drop({path}, 600, 500));
+    ASSERT_TRUE(asks());
+    host.key("Return");  // was meant for something else: it cancels nothing
+    host.idle(60);
+    EXPECT_TRUE(rig.isCovered());
+    host.key("Escape");
+    EXPECT_TRUE(host.until([&] { return !rig.isCovered(); }, 5)) << "and asks nothing";
+    EXPECT_EQ(rig.plugin().chunk(), before);
+}
+
+// ---- the browser
+
+TEST_F(Files, TheBrowserFindsRatesAndTags) {
+    putPatch(sounds / "Zoo/zebra.fxp");
+    putPatch(sounds / "Zoo/yak.fxp");
+    openBrowser();
+    playFound("zebra", "zebra");
+    host.idle(60);
+    host.keyDown("Shift_L");
+    host.key("equal");  // plus
+    host.keyUp("Shift_L");
+    EXPECT_TRUE(host.until([&] { return bytesOf(sounds / "Zoo.rnk").find("zebra\n4") != std::string::npos; }, 10));
+    host.key("F2");
+    host.idle(100);
+    host.type("stripes");
+    host.key("Return");
+    EXPECT_TRUE(host.until([&] { return bytesOf(sounds / "Zoo.tags").find("stripes") != std::string::npos; }, 10));
+    host.idle(300);
+    playFound("yak", "yak");
+    playFound("stripes", "zebra");
+}
+
+TEST_F(Files, TheBrowserSteps) {
+    putPatch(sounds / "Zoo/zebra.fxp");
+    putPatch(sounds / "Zoo/yak.fxp");
+    openBrowser();
+    playFound("yak", "yak");
+    host.key("bracketright");
+    EXPECT_TRUE(isCalled("zebra"));
+    host.key("Up");
+    EXPECT_TRUE(isCalled("yak"));
+}
+
+TEST_F(Files, ArrowsTryPatchesInTheLayerThatWaits) {
+    putPatch(sounds / "Zoo/yak.fxp");
+    putPatch(sounds / "Zoo/zebra.fxp");
+    openBrowser();
+    playFound("yak", "yak");
+    host.key("Escape");
+    rig.plugin().setParameter(parameter::Layer2On, 0);
+    const float first = rig.plugin().parameter(vantoric::hostIndex(parameter::Reso1, 0));
+    ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::fileMenu), vantoric::file_row::loadToLayer1 + 1));
+    host.idle(400);
+    host.key("Down");
+    EXPECT_TRUE(host.until([&] { return rig.plugin().parameter(parameter::Layer2On) == 1.0f; }, 10));
+    rig.plugin().setParameter(parameter::Layer2On, 0);
+    host.key("Up");
+    EXPECT_TRUE(host.until([&] { return rig.plugin().parameter(parameter::Layer2On) == 1.0f; }, 10)) << "it waits on";
+    EXPECT_EQ(rig.plugin().parameter(vantoric::hostIndex(parameter::Reso1, 0)), first) << "the first layer stays";
+}
+
+TEST(Typing, NamesOfEveryAlphabetAreFound) {
+    dropSharedRig();
+    const SpareKey key(U'\u0416');
+    const std::string name = "\xd0\x96\xd1\x83\xd0\xba";
+    WindowRig rig(3, {}, [&](const Installation& installation) {
+        const fs::path sounds = installation.folder() / "Vantoric_sounds";
+        fs::create_directories(sounds / "Zoo");
+        for (const auto& entry : fs::directory_iterator(sounds / "Bass"))
+            if (entry.path().extension() == ".fxp")
+                return static_cast<void>(fs::copy_file(entry.path(), sounds / "Zoo" / (name + ".fxp")));
+    });
+    rig.click(controlWithTag(tag::browser));
+    rig.host().idle(400);
+    rig.host().key("slash");
+    rig.host().keyCode(key.code());
+    EXPECT_TRUE(rig.host().until(
+        [&] {
+            rig.host().key("Return");
+            return rig.plugin().text(wire::opProgramName) == name;
+        },
+        10));
+}
+
+// ---- the chooser
+
+TEST_F(Files, SavingAsksBeforeItOverwrites) {
+    const fs::path file = sounds / "User/walrus.fxp";
+    const auto save = [&] {
+        ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::fileMenu), vantoric::file_row::saveAs));
+        ASSERT_TRUE(asks());
+        host.idle(200);
+        host.control("a");
+        host.type("walrus");
+        host.key("Return");
+        host.idle(200);
+    };
+    const auto turn = [&](float value) { rig.set(controlNamed("FIL1 RESO"), value); };
+    turn(0.2f);
+    save();
+    ASSERT_TRUE(host.until([&] { return fs::exists(file); }, 5));
+    const std::string saved = bytesOf(file);
+    rig.closeMenus();
+    turn(0.7f);
+    save();
+    ASSERT_TRUE(asks());
+    host.key("Return");  // No
+    host.idle(200);
+    EXPECT_EQ(bytesOf(file), saved);
+    rig.closeMenus();
+    save();
+    ASSERT_TRUE(asks());
+    host.key("Tab");
+    host.key("Return");  // Yes
+    EXPECT_TRUE(host.until([&] { return bytesOf(file) != saved; }, 5));
+    fs::remove(file);
+}
+
+// ---- rows of menus that make files, or take them
+
+class FileRows : public Files {
+protected:
+    void TearDown() override {
+        for (const fs::path& file : {tone, saved}) fs::remove(file);
+        Files::TearDown();
+    }
+    bool choose(int menu, int row) { return rig.chooseFrom(controlWithTag(menu), row); }
+    // Types into the chooser that a row opened.
+    void typePath(const std::string& path) {
+        ASSERT_TRUE(asks());
+        host.idle(200);
+        host.control("a");
+        host.type(path);
+        host.key("Return");
+        host.idle(200);
+    }
+
+    // Small letters only, as they are typed without Shift.
+    const fs::path tone = fs::temp_directory_path() / ("vantoric-row-" + std::to_string(getpid()) + ".wav"),
+                   saved = fs::temp_directory_path() / ("vantoric-saved-" + std::to_string(getpid()) + ".wav");
+};
+
+TEST_F(FileRows, QuickSaveAndDeleteMeanThePatchOnShow) {
+    const fs::path file = sounds / "Zoo/zebra.fxp";
+    putPatch(file);
+    openBrowser();
+    playFound("zebra", "zebra");
+    host.key("Escape");
+    const std::string before = bytesOf(file);
+    const auto& knob = controlNamed("FIL1 RESO");
+    rig.drag(knob, 0, rig.value(knob) < 0.5f ? 40 : -40);
+    ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::quickSave));
+    EXPECT_TRUE(host.until([&] { return bytesOf(file) != before; }, 5));
+    ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::deletePatch));
+    ASSERT_TRUE(asks());
+    host.key("Return");  // No
+    host.idle(100);
+    EXPECT_TRUE(fs::exists(file));
+    ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::deletePatch));
+    ASSERT_TRUE(asks());
+    host.key("Tab");
+    host.key("Return");
+    EXPECT_TRUE(host.until([&] { return !fs::exists(file); }, 5));
+    EXPECT_EQ(patchName(), "zebra") << "what plays goes on";
+}
+
+TEST_F(FileRows, ALayerIsSavedAsAPatch) {
+    for (const int layer : {0, 3}) {
+        const std::string name = "otter" + std::to_string(layer);
+        ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::saveLayer1 + layer));
+        typePath(name);
+        EXPECT_TRUE(host.until([&] { return fs::exists(sounds / "User" / (name + ".fxp")); }, 5)) << layer;
+        rig.closeMenus();
+        fs::remove(sounds / "User" / (name + ".fxp"));
+    }
+}
+
+TEST_F(FileRows, AWaveIsLoadedAndSaved) {
+    writeTone(tone, 3000);
+    rig.plugin().setParameter(vantoric::hostIndex(parameter::SynType1, 0), 4.0f / 128);  // custom wave
+    host.idle(150);
+    const auto chooseWave = [&](int row) {
+        const auto menu = rig.openMenu(controlWithTag(tag::waveMenu1));
+        ASSERT_TRUE(menu);
+        rig.click(rig.rowPlace(*menu, {"Load Wave", "Save Wave"}, row));
+    };
+    const auto before = rig.plugin().chunk();
+    chooseWave(0);
+    typePath(tone.string());
+    EXPECT_TRUE(host.until([&] { return rig.plugin().chunk() != before; }, 5));
+    chooseWave(1);
+    typePath(saved.string());
+    constexpr std::size_t cycleFile = 4140;
+    EXPECT_TRUE(host.until([&] { return bytesOf(saved).size() == cycleFile; }, 5));
+}
+
+TEST_F(FileRows, QuickImportMakesAPatchOfAWave) {
+    writeTone(tone);
+    const std::size_t before = rig.plugin().chunk().size();
+    ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::quickSample));
+    typePath(tone.string());
+    EXPECT_TRUE(host.until([&] { return rig.plugin().chunk().size() > before + 8192; }, 10));
+    EXPECT_EQ(patchName(), tone.stem().string());
+}
+
+TEST_F(FileRows, TooltipsAreTurnedOnAndOff) {
+    const fs::path file = rig.installation().tooltipsFile();
+    const bool wasThere = fs::exists(file);
+    for (const bool isThere : {!wasThere, wasThere}) {
+        ASSERT_TRUE(choose(tag::helpMenu, vantoric::help_row::tooltips));
+        ASSERT_TRUE(asks()) << "what it takes to see it";
+        EXPECT_EQ(fs::exists(file), isThere);
+        rig.closeMenus();
+    }
+}
+
+// ---- after a crash
+
+class Recovery : public testing::Test {
+protected:
+    Recovery() {
+        dropSharedRig();
+        setenv("XDG_STATE_HOME", state.path().c_str(), 1);
+    }
+    ~Recovery() override { unsetenv("XDG_STATE_HOME"); }
+
+    fs::path folder() const { return fs::path(state.path()) / "vantoric/autosave"; }
+    // What a process of a number that none has was working on.
+    fs::path leave(const WindowRig& rig) const {
+        fs::create_directories(folder());
+        fs::path left = folder() / "99999999-1.fxp";
+        for (const auto& entry : fs::directory_iterator(rig.installation().folder() / "Vantoric_sounds/Bass"))
+            if (entry.path().extension() == ".fxp") return fs::copy_file(entry.path(), left), left;
+        return left;
+    }
+    static bool asks(WindowRig& rig) {
+        return rig.host().until([&] { return rig.isCovered(); }, 5);
+    }
+
+    const vantoric::platform::ScratchFolder state;
+};
+
+TEST_F(Recovery, IsOfferedUntilItIsAnsweredAndKeptAfterANo) {
+    WindowRig rig;
+    rig.host().close();
+    const fs::path left = leave(rig);
+    WindowHost host(rig.installation().plugin());
+    const auto covered = [&] {
+        const auto mark = rig.box(controlWithTag(tag::shop));
+        return host.until(
+            [&] {
+                const Picture picture = host.glance().part(mark.left, mark.top, mark.width(), mark.height());
+                return std::none_of(picture.rgb.begin(), picture.rgb.end(), [](std::uint8_t channel) { return channel > 0xC0; });
+            },
+            5);
+    };
+    ASSERT_TRUE(host.open());
+    ASSERT_TRUE(covered());
+    host.close();
+    EXPECT_TRUE(fs::exists(left)) << "a window that closes answers nothing";
+    ASSERT_TRUE(host.open());
+    ASSERT_TRUE(covered()) << "it is offered again";
+    host.key("Escape");
+    EXPECT_TRUE(host.until([&] { return !fs::exists(left); }, 5));
+    EXPECT_FALSE(fs::is_empty(folder() / "declined")) << "what was declined is not lost";
+}
+
+TEST_F(Recovery, AYesBringsThePatchBack) {
+    WindowRig rig;
+    rig.host().close();
+    const fs::path left = leave(rig);
+    WindowHost host(rig.installation().plugin());
+    const auto before = host.plugin().chunk();
+    ASSERT_TRUE(host.open());
+    host.idle(300);
+    host.key("Tab");
+    host.key("Return");
+    EXPECT_TRUE(host.until([&] { return host.plugin().chunk() != before; }, 5));
+    EXPECT_TRUE(host.until([&] { return !fs::exists(left); }, 5));
+}
+
+// ---- a host that closes the window from within a call
+
+class Closing : public testing::TestWithParam<int> {};
+
+TEST_P(Closing, TheWindowOutlivesTheCallThatClosesIt) {
+    dropSharedRig();
+    WindowRig rig;
+    int closings = 0;
+    rig.plugin().answers().heard = [&](int op) {
+        if (op != GetParam() || closings > 0) return;
+        ++closings;
+        rig.host().close();
+    };
+    rig.drag(controlNamed("FIL1 RESO"), 0, 30);
+    rig.host().release();
+    EXPECT_EQ(closings, 1);
+    rig.plugin().answers().heard = nullptr;
+    ASSERT_TRUE(rig.host().open());
+    EXPECT_EQ(rig.gestures().begun, rig.gestures().ended);
+    const float before = rig.value(controlNamed("FIL1 RESO"));
+    rig.drag(controlNamed("FIL1 RESO"), 0, before < 0.5f ? 30 : -30);
+    EXPECT_NE(rig.value(controlNamed("FIL1 RESO")), before) << "and opens anew";
+}
+
+TEST_P(Closing, AlsoFromAKey) {
+    dropSharedRig();
+    WindowRig rig;
+    rig.plugin().answers().heard = [&](int op) {
+        if (op == GetParam() && rig.host().window() != 0) rig.host().close();
+    };
+    constexpr int tabKey = 2, upKey = 12;
+    for (int i = 0; i < 40 && rig.host().window() != 0; ++i) {
+        rig.plugin().call(wire::opKeyDown, 0, tabKey);
+        rig.plugin().call(wire::opKeyDown, 0, upKey);
+    }
+    EXPECT_EQ(rig.host().window(), 0u);
+    rig.plugin().answers().heard = nullptr;
+    ASSERT_TRUE(rig.host().open());
+}
+
+TEST(ClosingHost, MayDoSoWhenItIsAskedForASize) {
+    dropSharedRig();
+    HostAnswers answers;
+    answers.product = "Glaigail";
+    WindowRig rig(3, answers);
+    rig.plugin().answers().heard = [&](int op) {
+        if (op == wire::hostSize) rig.host().close();
+    };
+    rig.chooseFrom(controlWithTag(tag::editorMenu), 0);
+    rig.host().idle(200);
+    EXPECT_EQ(rig.host().window(), 0u);
+    rig.plugin().answers().heard = nullptr;
+    EXPECT_TRUE(rig.host().open());
+}
+
+TEST(ClosingHost, MayDoSoWhenItHearsOfAnotherPatch) {
+    dropSharedRig();
+    WindowRig rig;
+    int closings = 0;
+    rig.plugin().answers().heard = [&](int op) {
+        if (op != wire::hostRedraw || closings > 0) return;
+        ++closings;
+        rig.host().close();
+    };
+    rig.click(controlWithTag(tag::nextPatch));
+    rig.host().idle(300);
+    EXPECT_EQ(closings, 1);
+    rig.plugin().answers().heard = nullptr;
+    EXPECT_TRUE(rig.host().open());
+}
+
+INSTANTIATE_TEST_SUITE_P(FromACall, Closing, testing::Values(wire::hostAutomated, wire::hostEditBegins, wire::hostEditEnds));
+
+}  // namespace
