@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <optional>
 #include <set>
 
@@ -90,7 +91,8 @@ struct Node {
 
 class Reader {
 public:
-    Reader(const std::string& folder, Patch& patch) : folder_(folder), patch_(patch) {}
+    Reader(const std::string& folder, const std::string& samples, Patch& patch)
+        : folder_(folder), samples_(samples), patch_(patch) {}
 
     void readTop(const Node& top, const std::string& stem) {
         top.expectKeys({"format", "name", "author", "about", "global", "master", "layers"});
@@ -270,7 +272,7 @@ private:
             node.refuse("should have either \"file\" or \"partials\"");
         const SampleFile sample = node.has("file") ? readFile(node) : readPartials(node);
         // A struck sound is played to its end.
-        int loop[2] = {0, node.has("file") ? 0 : static_cast<int>(sample.frames.size())};
+        int loop[2] = {sample.loop[0], node.has("file") ? sample.loop[1] : static_cast<int>(sample.frames.size())};
         if (node.has("loop")) {
             const Node range = node.at("loop");
             if (!range.json.is_array() || range.json.size() != 2) range.refuse("should be [start, end] in samples");
@@ -283,7 +285,13 @@ private:
 
     SampleFile readFile(const Node& node) const {
         const std::string path = node.at("file").text();
-        return explained(node, [&] { return readSampleFile(path.starts_with('/') ? path : folder_ + path); });
+        return explained(node, [&] { return readSampleFile(placeOf(path)); });
+    }
+
+    std::string placeOf(const std::string& path) const {
+        if (path.starts_with('/')) return path;
+        const bool made = !samples_.empty() && !std::filesystem::exists(folder_ + path);
+        return made ? samples_ + '/' + path : folder_ + path;
     }
 
     static SampleFile readPartials(const Node& node) {
@@ -303,16 +311,17 @@ private:
         return {struckSample(partials, seconds), struckRate};
     }
 
-    std::string folder_;
+    std::string folder_, samples_;
     Patch& patch_;
     int layer_ = 0;
 };
 
 }  // namespace
 
-void readText(std::string_view text, const std::string& folder, const std::string& stem, Patch& patch) {
+void readText(std::string_view text, const std::string& folder, const std::string& stem, Patch& patch,
+              const std::string& samples) {
     const Json json = parse(text);
-    Reader(folder, patch).readTop({json, ""}, stem);
+    Reader(folder, samples, patch).readTop({json, ""}, stem);
 }
 
 }  // namespace vantoric::patch

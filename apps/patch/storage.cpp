@@ -28,12 +28,12 @@ std::string sampleName(const fs::path& out, int wave) {
 
 bool isText(const fs::path& path) { return path.extension() == ".json"; }
 
-std::size_t load(const fs::path& path, Patch& patch) {
+std::size_t load(const fs::path& path, Patch& patch, const std::string& samples) {
     std::vector<std::uint8_t> bytes;
     if (!platform::readFile(path.string(), bytes)) throw PatchError("", "cannot be read");
     if (isText(path)) {
         const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-        readText(text, (path.parent_path() / "").string(), path.stem().string(), patch);
+        readText(text, (path.parent_path() / "").string(), path.stem().string(), patch, samples);
     } else {
         fromPatchFile(bytes, patch);
     }

@@ -16,8 +16,9 @@ inline constexpr char exitCodes[] =
 // Whether a file is a text, by its name.
 bool isText(const std::filesystem::path& path);
 
-// Reads a patch file or a text, by its name. Returns the size of the file. Throws PatchError.
-std::size_t load(const std::filesystem::path& path, Patch& patch);
+// Reads a patch file or a text, by its name; samples that do not stand beside a text are looked for in `samples`, if that is
+// given. Returns the size of the file. Throws PatchError.
+std::size_t load(const std::filesystem::path& path, Patch& patch, const std::string& samples = "");
 
 // Writes a patch file and returns its size; makes its folder. Throws PatchError.
 std::size_t savePatchFile(const std::filesystem::path& path, Patch& patch);

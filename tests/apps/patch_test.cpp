@@ -461,5 +461,29 @@ TEST_F(PatchProgram, KeepsSamplesBesideTheText) {
     EXPECT_EQ(output, "layer 3 oscillator 2 sample: 1000 samples at 48000 Hz, loop 100 to 900 | none\n");
 }
 
+TEST_F(PatchProgram, FindsSamplesAndTheirLoopsInAFolderOfTheirOwn) {
+    Patch patch;
+    patch.parameters.setParameterQuiet(hostIndex(p::SynType1, 0), listValue(3));
+    setSample(patch, 0, std::vector<std::int16_t>(1000, 77), 44100, 0, 1000);
+    const std::vector<std::uint8_t> file = toPatchFile(patch);
+    const std::string source = write("s.fxp", std::string(file.begin(), file.end()));
+    EXPECT_EQ(run("decompile " + source + " " + (folder / "made/s.json")), 0) << errors;
+    // The "smpl" chunk of a wave file: one loop from frame 200 to 699, which both belong to it.
+    std::string wave = test::contentOf(folder / "made/s-layer1-osc1.wav"), marks(68, '\0');
+    marks.replace(0, 4, "smpl");
+    for (const auto& [at, value] : {std::pair{4, 60}, {36, 1}, {52, 200}, {56, 699}})
+        for (int k = 0; k < 4; ++k) marks[static_cast<std::size_t>(at + k)] = static_cast<char>(value >> (8 * k));
+    wave += marks;
+    for (int k = 0; k < 4; ++k) wave[static_cast<std::size_t>(4 + k)] = static_cast<char>((wave.size() - 8) >> (8 * k));
+    write("made/Looped.wav", wave);
+    const std::string text =
+        write("a.json", R"({"format": 1, "name": "A", "layers": [{"SynType1": "Sample", "sample1": {"file": "Looped.wav"}}]})");
+    EXPECT_EQ(run("compile " + text + " " + (folder / "a.fxp")), 3);
+    EXPECT_EQ(run("compile " + text + " " + (folder / "a.fxp") + " --samples " + (folder / "made")), 0) << errors;
+    EXPECT_EQ(run("decompile --no-samples " + (folder / "a.fxp") + " " + (folder / "b.json")), 0);
+    EXPECT_EQ(run("compare " + (folder / "a.fxp") + " " + (folder / "b.json")), 1);
+    EXPECT_EQ(output, "layer 1 oscillator 1 sample: 1000 samples at 44100 Hz, loop 200 to 700 | none\n");
+}
+
 }  // namespace
 }  // namespace vantoric::patch
