@@ -12,9 +12,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void writeWhole(const fs::path& path, const void* bytes, std::size_t size) {
+void makeFolderOf(const fs::path& path) {
     if (!path.parent_path().empty() && !platform::makeFolder(path.parent_path().string()))
         throw PatchError(path.parent_path().string(), "this folder cannot be made");
+}
+
+void writeWhole(const fs::path& path, const void* bytes, std::size_t size) {
+    makeFolderOf(path);
     if (!platform::writeFile(path.string(), bytes, size)) throw PatchError(path.string(), "cannot be written");
 }
 
@@ -47,6 +51,7 @@ std::size_t savePatchFile(const fs::path& path, Patch& patch) {
 }
 
 void saveText(const fs::path& path, const Patch& patch, bool withSamples) {
+    makeFolderOf(path);
     const std::string text = writeText(patch, [&](int wave) {
         if (!withSamples) return std::string();
         const std::string file = sampleName(path, wave);
