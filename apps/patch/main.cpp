@@ -20,11 +20,12 @@ namespace fs = std::filesystem;
 using namespace vantoric;
 using namespace vantoric::patch;
 
-int compileFile(const fs::path& from, const fs::path& to, const std::string& samples) {
+int compileFile(const fs::path& from, const fs::path& to, const std::string& samples, bool forBrowser) {
     try {
         Patch patch;
         load(from, patch, samples);
         savePatchFile(to, patch);
+        if (forBrowser) saveNotes(to, patch);
         return done;
     } catch (const PatchError& error) {
         return complain(from, error);
@@ -46,7 +47,8 @@ int compileFolder(const fs::path& from, const fs::path& to, const std::string& s
         const fs::path below = texts[i].lexically_relative(from);
         if (terminal) std::fprintf(stderr, "\r\033[K%zu of %zu: %s", i + 1, texts.size(), below.c_str());
         if (terminal && i + 1 == texts.size()) std::fprintf(stderr, "\r\033[K");
-        const int result = compileFile(texts[i], to / fs::path(below).replace_extension(".fxp"), samples);
+        const int result =
+            compileFile(texts[i], to / fs::path(below).replace_extension(".fxp"), samples, below.has_parent_path());
         good += result == done;
         code = std::max(code, result);
     }
@@ -61,7 +63,7 @@ struct Options {
 
 int compile(const Options& options) {
     if (fs::is_directory(options.in)) return compileFolder(options.in, options.out, options.samples);
-    return compileFile(options.in, options.out, options.samples);
+    return compileFile(options.in, options.out, options.samples, false);
 }
 
 int decompile(const Options& options) {

@@ -20,6 +20,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+constexpr std::size_t mostTags = 16;
 constexpr std::size_t mostPartials = 64;
 constexpr double usualStruck = 2.0;  // seconds of a struck sample that does not say
 
@@ -95,7 +96,7 @@ public:
         : folder_(folder), samples_(samples), patch_(patch) {}
 
     void readTop(const Node& top, const std::string& stem) {
-        top.expectKeys({"format", "name", "author", "about", "global", "master", "layers"});
+        top.expectKeys({"format", "name", "author", "about", "tags", "global", "master", "layers"});
         if (!top.has("format")) top.refuse("\"format\": " + std::to_string(textFormat) + " is missing");
         if (const Node format = top.at("format"); format.number() != textFormat)
             format.refuse("should be " + std::to_string(textFormat) + ", and is " + shown(format.json));
@@ -104,6 +105,7 @@ public:
             throw PatchError("name", "\"" + patch_.name + "\" should have 1 to " + std::to_string(longestName) + " characters");
         if (top.has("author")) patch_.author = top.at("author").text();
         if (top.has("about")) patch_.about = top.at("about").text();
+        if (top.has("tags")) readTags(top.at("tags"));
         if (top.has("global")) readGlobal(top.at("global"));
         if (top.has("master")) readSlot(top.at("master"), masterSlot);
         if (top.has("layers")) readLayers(top.at("layers"));
@@ -111,6 +113,16 @@ public:
     }
 
 private:
+    // The browser keeps tags with commas between them.
+    void readTags(const Node& tags) {
+        tags.expectList(mostTags);
+        for (std::size_t i = 0; i < tags.json.size(); ++i) {
+            const std::string tag = tags.at(i).text();
+            if (tag.empty() || tag.find(',') != std::string::npos) tags.at(i).refuse("a tag has letters and no comma");
+            patch_.tags.push_back(tag);
+        }
+    }
+
     void set(int n, const Node& node) {
         float value = 0.0f;
         try {

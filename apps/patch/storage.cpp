@@ -1,9 +1,11 @@
 #include "apps/patch/storage.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "apps/patch/patch_text.h"
 #include "apps/patch/wave_text.h"
+#include "library/text_sections.h"
 #include "platform/files.h"
 
 namespace vantoric::patch {
@@ -48,6 +50,21 @@ std::size_t savePatchFile(const fs::path& path, Patch& patch) {
     const std::vector<std::uint8_t> file = toPatchFile(patch);
     writeWhole(path, file.data(), file.size());
     return file.size();
+}
+
+void saveNotes(const fs::path& path, const Patch& patch) {
+    if (patch.author.empty() && patch.about.empty() && patch.tags.empty()) return;
+    const fs::path notes = path.parent_path().string() + ".tags";
+    TextSections sections = loadSections(notes.string());
+    const std::string name = path.stem().string();
+    auto section = std::find_if(sections.begin(), sections.end(), [&](const TextSection& s) { return s.name == name; });
+    if (section == sections.end()) section = sections.insert(sections.end(), TextSection{name, {}});
+    std::string tags;
+    for (const std::string& tag : patch.tags) tags += (tags.empty() ? "" : ", ") + tag;
+    section->set("tags", tags);
+    section->set("author", patch.author);
+    section->set("about", patch.about);
+    if (!saveSections(notes.string(), sections)) throw PatchError(notes.string(), "cannot be written");
 }
 
 void saveText(const fs::path& path, const Patch& patch, bool withSamples) {
