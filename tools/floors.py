@@ -37,6 +37,7 @@ ROOMS |= {
     "apps/patch": ["base", "platform", "sound", "samples", "parameters", "patch", "loading", "library"],
     "factory/waves": ["base"],
     "factory/cycles": ["base", "platform", "samples", "factory/waves"],
+    "factory/samples": ["base"],
     "factory/patches": ["base", "platform", "engine", "apps/render"],
     "bench": [*EVERYTHING, "apps/render"],
 }

@@ -20,11 +20,12 @@ namespace fs = std::filesystem;
 using namespace vantoric;
 using namespace vantoric::patch;
 
-int compileFile(const fs::path& from, const fs::path& to) {
+int compileFile(const fs::path& from, const fs::path& to, const std::string& samples, bool forBrowser) {
     try {
         Patch patch;
-        load(from, patch);
+        load(from, patch, samples);
         savePatchFile(to, patch);
+        if (forBrowser) saveNotes(to, patch);
         return done;
     } catch (const PatchError& error) {
         return complain(from, error);
@@ -32,7 +33,7 @@ int compileFile(const fs::path& from, const fs::path& to) {
 }
 
 // Every text below a folder goes to the same place below the other one.
-int compileFolder(const fs::path& from, const fs::path& to) {
+int compileFolder(const fs::path& from, const fs::path& to, const std::string& samples) {
     std::vector<fs::path> texts;
     std::error_code error;
     for (fs::recursive_directory_iterator entry(from, error), end; !error && entry != end; entry.increment(error))
@@ -46,7 +47,8 @@ int compileFolder(const fs::path& from, const fs::path& to) {
         const fs::path below = texts[i].lexically_relative(from);
         if (terminal) std::fprintf(stderr, "\r\033[K%zu of %zu: %s", i + 1, texts.size(), below.c_str());
         if (terminal && i + 1 == texts.size()) std::fprintf(stderr, "\r\033[K");
-        const int result = compileFile(texts[i], to / fs::path(below).replace_extension(".fxp"));
+        const int result =
+            compileFile(texts[i], to / fs::path(below).replace_extension(".fxp"), samples, below.has_parent_path());
         good += result == done;
         code = std::max(code, result);
     }
@@ -55,13 +57,13 @@ int compileFolder(const fs::path& from, const fs::path& to) {
 }
 
 struct Options {
-    std::string in, out;
+    std::string in, out, samples;
     bool noSamples = false;
 };
 
 int compile(const Options& options) {
-    if (fs::is_directory(options.in)) return compileFolder(options.in, options.out);
-    return compileFile(options.in, options.out);
+    if (fs::is_directory(options.in)) return compileFolder(options.in, options.out, options.samples);
+    return compileFile(options.in, options.out, options.samples, false);
 }
 
 int decompile(const Options& options) {
@@ -116,6 +118,7 @@ int main(int argc, char** argv) {
     CLI::App* compiling = app.add_subcommand("compile", "compile a text, or all texts of a folder with its folders");
     compiling->add_option("IN", options.in, "patch text or folder")->required();
     compiling->add_option("OUT", options.out, "patch file or folder")->required();
+    compiling->add_option("--samples", options.samples, "folder of the sample files that do not stand beside their text");
     CLI::App* decompiling = app.add_subcommand("decompile", "write a patch file as text; samples become WAV files beside it");
     decompiling->add_option("IN", options.in, "patch file")->required();
     decompiling->add_option("OUT", options.out, "patch text (default: standard output)");

@@ -29,8 +29,9 @@ struct Patch {
     // The init state, version 1, from which every text patch starts. It never changes.
     Patch();
 
-    std::string name = "Init";  // 1 to 26 characters
-    std::string author, about;  // of the text form only: a patch file has no place for them
+    std::string name = "Init";      // 1 to 26 characters
+    std::string author, about;      // of the text form only: a patch file has no place for them
+    std::vector<std::string> tags;  // likewise, for the browser; none holds a comma
     ParameterModel parameters;
     std::array<Cycle, chunk::waveCount> customWaves;
     std::array<Sample, chunk::waveCount> samples;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <optional>
 #include <set>
 
@@ -19,6 +20,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+constexpr std::size_t mostTags = 16;
 constexpr std::size_t mostPartials = 64;
 constexpr double usualStruck = 2.0;  // seconds of a struck sample that does not say
 
@@ -90,10 +92,11 @@ struct Node {
 
 class Reader {
 public:
-    Reader(const std::string& folder, Patch& patch) : folder_(folder), patch_(patch) {}
+    Reader(const std::string& folder, const std::string& samples, Patch& patch)
+        : folder_(folder), samples_(samples), patch_(patch) {}
 
     void readTop(const Node& top, const std::string& stem) {
-        top.expectKeys({"format", "name", "author", "about", "global", "master", "layers"});
+        top.expectKeys({"format", "name", "author", "about", "tags", "global", "master", "layers"});
         if (!top.has("format")) top.refuse("\"format\": " + std::to_string(textFormat) + " is missing");
         if (const Node format = top.at("format"); format.number() != textFormat)
             format.refuse("should be " + std::to_string(textFormat) + ", and is " + shown(format.json));
@@ -102,6 +105,7 @@ public:
             throw PatchError("name", "\"" + patch_.name + "\" should have 1 to " + std::to_string(longestName) + " characters");
         if (top.has("author")) patch_.author = top.at("author").text();
         if (top.has("about")) patch_.about = top.at("about").text();
+        if (top.has("tags")) readTags(top.at("tags"));
         if (top.has("global")) readGlobal(top.at("global"));
         if (top.has("master")) readSlot(top.at("master"), masterSlot);
         if (top.has("layers")) readLayers(top.at("layers"));
@@ -109,6 +113,16 @@ public:
     }
 
 private:
+    // The browser keeps tags with commas between them.
+    void readTags(const Node& tags) {
+        tags.expectList(mostTags);
+        for (std::size_t i = 0; i < tags.json.size(); ++i) {
+            const std::string tag = tags.at(i).text();
+            if (tag.empty() || tag.find(',') != std::string::npos) tags.at(i).refuse("a tag has letters and no comma");
+            patch_.tags.push_back(tag);
+        }
+    }
+
     void set(int n, const Node& node) {
         float value = 0.0f;
         try {
@@ -270,7 +284,7 @@ private:
             node.refuse("should have either \"file\" or \"partials\"");
         const SampleFile sample = node.has("file") ? readFile(node) : readPartials(node);
         // A struck sound is played to its end.
-        int loop[2] = {0, node.has("file") ? 0 : static_cast<int>(sample.frames.size())};
+        int loop[2] = {sample.loop[0], node.has("file") ? sample.loop[1] : static_cast<int>(sample.frames.size())};
         if (node.has("loop")) {
             const Node range = node.at("loop");
             if (!range.json.is_array() || range.json.size() != 2) range.refuse("should be [start, end] in samples");
@@ -283,7 +297,13 @@ private:
 
     SampleFile readFile(const Node& node) const {
         const std::string path = node.at("file").text();
-        return explained(node, [&] { return readSampleFile(path.starts_with('/') ? path : folder_ + path); });
+        return explained(node, [&] { return readSampleFile(placeOf(path)); });
+    }
+
+    std::string placeOf(const std::string& path) const {
+        if (path.starts_with('/')) return path;
+        const bool made = !samples_.empty() && !std::filesystem::exists(folder_ + path);
+        return made ? samples_ + '/' + path : folder_ + path;
     }
 
     static SampleFile readPartials(const Node& node) {
@@ -303,16 +323,17 @@ private:
         return {struckSample(partials, seconds), struckRate};
     }
 
-    std::string folder_;
+    std::string folder_, samples_;
     Patch& patch_;
     int layer_ = 0;
 };
 
 }  // namespace
 
-void readText(std::string_view text, const std::string& folder, const std::string& stem, Patch& patch) {
+void readText(std::string_view text, const std::string& folder, const std::string& stem, Patch& patch,
+              const std::string& samples) {
     const Json json = parse(text);
-    Reader(folder, patch).readTop({json, ""}, stem);
+    Reader(folder, samples, patch).readTop({json, ""}, stem);
 }
 
 }  // namespace vantoric::patch

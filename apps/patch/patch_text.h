@@ -32,8 +32,10 @@ inline constexpr SlotKeys masterSlot = {"master", parameter::FxMaType, parameter
 inline constexpr int slotParameters = 4, matrixRows = 16, arpSteps = 16, stepCount = 16;
 
 // Reads a text into a patch in its init state. `folder`: where sample files with relative paths are, with its
-// separator; `stem`: the name of a patch whose text has none. Throws PatchError, for wrong JSON with the line.
-void readText(std::string_view text, const std::string& folder, const std::string& stem, Patch& patch);
+// separator, or else in the folder `samples`, if one is given; `stem`: the name of a patch whose text has none. Throws
+// PatchError, for wrong JSON with the line.
+void readText(std::string_view text, const std::string& folder, const std::string& stem, Patch& patch,
+              const std::string& samples = "");
 
 // Writes a patch. `saveSample(index)` stores the sample of oscillator layer x 3 + oscillator and gives the path for
 // the text; empty leaves the sample out.

@@ -26,6 +26,7 @@ public:
         json["name"] = patch_.name;
         if (!patch_.author.empty()) json["author"] = patch_.author;
         if (!patch_.about.empty()) json["about"] = patch_.about;
+        if (!patch_.tags.empty()) json["tags"] = patch_.tags;
         Json master = slot(masterSlot);
         Json global = Json::object();
         for (int n = 0; n < globalParameterCount; ++n)

@@ -1,9 +1,11 @@
 #include "apps/patch/storage.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "apps/patch/patch_text.h"
 #include "apps/patch/wave_text.h"
+#include "library/text_sections.h"
 #include "platform/files.h"
 
 namespace vantoric::patch {
@@ -12,9 +14,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void writeWhole(const fs::path& path, const void* bytes, std::size_t size) {
+void makeFolderOf(const fs::path& path) {
     if (!path.parent_path().empty() && !platform::makeFolder(path.parent_path().string()))
         throw PatchError(path.parent_path().string(), "this folder cannot be made");
+}
+
+void writeWhole(const fs::path& path, const void* bytes, std::size_t size) {
+    makeFolderOf(path);
     if (!platform::writeFile(path.string(), bytes, size)) throw PatchError(path.string(), "cannot be written");
 }
 
@@ -28,12 +34,12 @@ std::string sampleName(const fs::path& out, int wave) {
 
 bool isText(const fs::path& path) { return path.extension() == ".json"; }
 
-std::size_t load(const fs::path& path, Patch& patch) {
+std::size_t load(const fs::path& path, Patch& patch, const std::string& samples) {
     std::vector<std::uint8_t> bytes;
     if (!platform::readFile(path.string(), bytes)) throw PatchError("", "cannot be read");
     if (isText(path)) {
         const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-        readText(text, (path.parent_path() / "").string(), path.stem().string(), patch);
+        readText(text, (path.parent_path() / "").string(), path.stem().string(), patch, samples);
     } else {
         fromPatchFile(bytes, patch);
     }
@@ -46,7 +52,23 @@ std::size_t savePatchFile(const fs::path& path, Patch& patch) {
     return file.size();
 }
 
+void saveNotes(const fs::path& path, const Patch& patch) {
+    if (patch.author.empty() && patch.about.empty() && patch.tags.empty()) return;
+    const fs::path notes = path.parent_path().string() + ".tags";
+    TextSections sections = loadSections(notes.string());
+    const std::string name = path.stem().string();
+    auto section = std::find_if(sections.begin(), sections.end(), [&](const TextSection& s) { return s.name == name; });
+    if (section == sections.end()) section = sections.insert(sections.end(), TextSection{name, {}});
+    std::string tags;
+    for (const std::string& tag : patch.tags) tags += (tags.empty() ? "" : ", ") + tag;
+    section->set("tags", tags);
+    section->set("author", patch.author);
+    section->set("about", patch.about);
+    if (!saveSections(notes.string(), sections)) throw PatchError(notes.string(), "cannot be written");
+}
+
 void saveText(const fs::path& path, const Patch& patch, bool withSamples) {
+    makeFolderOf(path);
     const std::string text = writeText(patch, [&](int wave) {
         if (!withSamples) return std::string();
         const std::string file = sampleName(path, wave);

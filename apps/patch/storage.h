@@ -16,11 +16,17 @@ inline constexpr char exitCodes[] =
 // Whether a file is a text, by its name.
 bool isText(const std::filesystem::path& path);
 
-// Reads a patch file or a text, by its name. Returns the size of the file. Throws PatchError.
-std::size_t load(const std::filesystem::path& path, Patch& patch);
+// Reads a patch file or a text, by its name; samples that do not stand beside a text are looked for in `samples`, if that is
+// given. Returns the size of the file. Throws PatchError.
+std::size_t load(const std::filesystem::path& path, Patch& patch, const std::string& samples = "");
 
 // Writes a patch file and returns its size; makes its folder. Throws PatchError.
 std::size_t savePatchFile(const std::filesystem::path& path, Patch& patch);
+
+// Keeps what the text of a patch says of author, contents and tags for the browser: in CATEGORY.tags beside the folder that
+// `path`, its patch file, stands in. What that file says of other patches stays. A text that says nothing changes nothing.
+// Throws PatchError.
+void saveNotes(const std::filesystem::path& path, const Patch& patch);
 
 // Writes a text, with the samples as wave files beside it or without them; makes the folder. Throws PatchError.
 void saveText(const std::filesystem::path& path, const Patch& patch, bool withSamples);

@@ -112,6 +112,14 @@ SampleFile readSampleFile(const std::string& path) {
     sample.frames.resize(static_cast<std::size_t>(info.frames));
     sample.rate = static_cast<std::uint32_t>(info.samplerate);
     if (sf_read_short(file.get(), sample.frames.data(), info.frames) != info.frames) throw PatchError(path, "ends too early");
+    SF_INSTRUMENT instrument{};
+    if (sf_command(file.get(), SFC_GET_INSTRUMENT, &instrument, sizeof instrument) == SF_TRUE && instrument.loop_count > 0) {
+        const sf_count_t end = std::min<sf_count_t>(instrument.loops[0].end, info.frames);
+        if (instrument.loops[0].start < end) {
+            sample.loop[0] = static_cast<int>(instrument.loops[0].start);
+            sample.loop[1] = static_cast<int>(end);
+        }
+    }
     return sample;
 }
 

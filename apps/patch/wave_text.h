@@ -34,6 +34,7 @@ void writeSampleFile(const std::string& path, const Sample& sample);
 struct SampleFile {
     std::vector<std::int16_t> frames;
     std::uint32_t rate = 44100;
+    int loop[2] = {0, 0};  // of the file's first loop, the end exclusive; 0, 0: none
 };
 SampleFile readSampleFile(const std::string& path);
 

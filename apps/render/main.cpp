@@ -117,6 +117,16 @@ std::string defaultPlugin() {
     return here / "Vantoric.so";
 }
 
+// Beside the plug-in, or where an installation or dist/ has them as seen from the mix.
+std::string defaultSounds(const Options& options) {
+    std::error_code ignored;
+    const fs::path beside = fs::path(options.plugin).parent_path(),
+                   above = fs::absolute(options.song, ignored).parent_path() / "..";
+    for (const fs::path& folder : {beside, above, above / "Vantoric"})
+        if (fs::is_directory(folder / "Vantoric_sounds", ignored)) return (folder / "Vantoric_sounds").lexically_normal();
+    return beside / "Vantoric_sounds";
+}
+
 void listParameters(PluginHost& plugin) {
     for (int i = 0; i < plugin.parameters(); ++i)
         std::printf("%5d  %-10s %-12s %s\n", i, plugin.parameterName(i).c_str(), plugin.parameterDisplay(i).c_str(),
@@ -269,7 +279,7 @@ int runMix(Options options) {
         return complain(fileTrouble, options.song, problem);
     midi::File file;
     if (const int code = loadSong(fs::path(options.song).parent_path() / mix.song, file)) return code;
-    if (options.sounds.empty()) options.sounds = fs::path(options.plugin).parent_path() / "Vantoric_sounds";
+    if (options.sounds.empty()) options.sounds = defaultSounds(options);
     MixPlayer player(options, file);
     for (const MixInstrument& part : mix.instruments) {
         auto plugin = PluginHost::load(options.plugin, problem);

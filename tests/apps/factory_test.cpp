@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <ctime>
 #include <filesystem>
 #include <set>
 
@@ -48,7 +49,9 @@ TEST_P(FactoryPatch, PlaysAChordBelowFullScaleAndFallsSilent) {
     Studio& room = studio();
     room.takeMessages();
     ASSERT_TRUE(room.load(GetParam().string()));
+    const std::clock_t before = std::clock();
     const Take chord = room.play({60, 64, 67, 72}, 100, checked ? 0.2 : 1.2, checked ? 0.05 : 14.0);
+    const double spent = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
     for (const Message& message : room.takeMessages()) ADD_FAILURE() << message.text;
     EXPECT_TRUE(chord.finite);
     EXPECT_GT(chord.peak, 0.0);
@@ -58,8 +61,10 @@ TEST_P(FactoryPatch, PlaysAChordBelowFullScaleAndFallsSilent) {
     EXPECT_LT(chord.peak, 1.0);
     EXPECT_LT(chord.offset, 0.001);
     EXPECT_LT(chord.endPeak, 0.00025);
-    // Ten keys at full force come close to full scale and may touch it by chance of their phases.
-    EXPECT_LT(room.play({36, 43, 48, 52, 55, 60, 64, 67, 71, 74}, 127, 0.8, 0.1).peak, 1.1);
+    // Far above what any needs: what runs away is caught on a slow machine too.
+    EXPECT_LT(spent, 0.4 * static_cast<double>(chord.left.size()) / studioRate);
+    // Ten keys at full force stay below full scale.
+    EXPECT_LE(room.play({36, 43, 48, 52, 55, 60, 64, 67, 71, 74}, 127, 0.8, 0.1).peak, 1.0);
 }
 
 // Whether a layer that sounds has a matrix row with this source and an effect of its own or on another row.

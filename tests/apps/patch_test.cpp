@@ -157,13 +157,16 @@ TEST(PatchText, ALayerThatIsWrittenIsOn) {
 
 TEST(PatchText, KeepsNameAuthorAndAbout) {
     Patch patch;
-    readText(R"({"format": 1, "name": "Bells", "author": "A. Nonym", "about": "Rings"})", "", "File", patch);
+    readText(R"({"format": 1, "name": "Bells", "author": "A. Nonym", "about": "Rings",
+                 "tags": ["bell", "late night"]})",
+             "", "File", patch);
     const std::string text = writeText(patch, [](int) { return std::string(); });
     Patch again;
     readText(text, "", "File", again);
     EXPECT_EQ(again.name, "Bells");
     EXPECT_EQ(again.author, "A. Nonym");
     EXPECT_EQ(again.about, "Rings");
+    EXPECT_EQ(again.tags, (std::vector<std::string>{"bell", "late night"}));
     Patch unnamed;
     readText(R"({"format": 1})", "", "File", unnamed);
     EXPECT_EQ(unnamed.name, "File");
@@ -337,6 +340,7 @@ TEST(PatchError, NamesPlacesAtTheTop) {
     expectStart(errorOf("{}"), "\"format\": 1 is missing");
     EXPECT_EQ(errorOf(R"({"format": 2})"), "format: should be 1, and is 2");
     EXPECT_EQ(errorOf(R"({"format": 1, "layer": []})"), "layer: unknown key; did you mean \"layers\"?");
+    EXPECT_EQ(errorOf(R"({"format": 1, "tags": ["soft", "a, b"]})"), "tags[2]: a tag has letters and no comma");
     EXPECT_EQ(errorOf(R"({"format": 1, "layers": [{}, {}, {}, {}, {}]})"), "layers: has 5 entries, at most 4 are possible");
     EXPECT_EQ(errorOf(R"({"format": 1, "name": "123456789012345678901234567"})"),
               "name: \"123456789012345678901234567\" should have 1 to 26 characters");
@@ -416,7 +420,8 @@ TEST_F(PatchProgram, CompilesAndDecompilesAFile) {
 
 TEST_F(PatchProgram, CompilesAFolderWithItsFolders) {
     write("in/Bass/One.json", R"({"format": 1})");
-    write("in/Lead/Two.json", R"({"format": 1, "layers": [{"Vol1": "12%"}]})");
+    write("in/Lead/Two.json",
+          R"({"format": 1, "author": "A. Nonym", "tags": ["soft", "late night"], "layers": [{"Vol1": "12%"}]})");
     write("in/Lead/Bad.json", R"({"format": 1, "layers": [{"Vol9": "12%"}]})");
     EXPECT_EQ(run("compile " + (folder / "in") + " " + (folder / "out")), 3);
     EXPECT_TRUE(std::filesystem::exists(folder / "out/Bass/One.fxp"));
@@ -424,6 +429,12 @@ TEST_F(PatchProgram, CompilesAFolderWithItsFolders) {
     EXPECT_FALSE(std::filesystem::exists(folder / "out/Lead/Bad.fxp"));
     EXPECT_NE(errors.find("in/Lead/Bad.json: layers[1].Vol9: no parameter"), std::string::npos) << errors;
     EXPECT_NE(output.find("2 of 3 patches compiled"), std::string::npos) << output;
+    // What the browser reads of it; a text without tags leaves no trace.
+    EXPECT_EQ(test::contentOf(folder / "out/Lead.tags"), "[Two]\ntags = soft, late night\nauthor = A. Nonym\n");
+    EXPECT_FALSE(std::filesystem::exists(folder / "out/Bass.tags"));
+    write("out/Lead.tags", "[Mine]\ntags = keep\n");
+    EXPECT_EQ(run("compile " + (folder / "in") + " " + (folder / "out")), 3);
+    EXPECT_NE(test::contentOf(folder / "out/Lead.tags").find("[Mine]\ntags = keep"), std::string::npos);
 }
 
 TEST_F(PatchProgram, TellsDifferentFromBadFromWrongUse) {
@@ -459,6 +470,30 @@ TEST_F(PatchProgram, KeepsSamplesBesideTheText) {
     EXPECT_EQ(run("decompile --no-samples " + path + " " + (folder / "u.json")), 0);
     EXPECT_EQ(run("compare " + path + " " + (folder / "u.json")), 1);
     EXPECT_EQ(output, "layer 3 oscillator 2 sample: 1000 samples at 48000 Hz, loop 100 to 900 | none\n");
+}
+
+TEST_F(PatchProgram, FindsSamplesAndTheirLoopsInAFolderOfTheirOwn) {
+    Patch patch;
+    patch.parameters.setParameterQuiet(hostIndex(p::SynType1, 0), listValue(3));
+    setSample(patch, 0, std::vector<std::int16_t>(1000, 77), 44100, 0, 1000);
+    const std::vector<std::uint8_t> file = toPatchFile(patch);
+    const std::string source = write("s.fxp", std::string(file.begin(), file.end()));
+    EXPECT_EQ(run("decompile " + source + " " + (folder / "made/s.json")), 0) << errors;
+    // The "smpl" chunk of a wave file: one loop from frame 200 to 699, which both belong to it.
+    std::string wave = test::contentOf(folder / "made/s-layer1-osc1.wav"), marks(68, '\0');
+    marks.replace(0, 4, "smpl");
+    for (const auto& [at, value] : {std::pair{4, 60}, {36, 1}, {52, 200}, {56, 699}})
+        for (int k = 0; k < 4; ++k) marks[static_cast<std::size_t>(at + k)] = static_cast<char>(value >> (8 * k));
+    wave += marks;
+    for (int k = 0; k < 4; ++k) wave[static_cast<std::size_t>(4 + k)] = static_cast<char>((wave.size() - 8) >> (8 * k));
+    write("made/Looped.wav", wave);
+    const std::string text =
+        write("a.json", R"({"format": 1, "name": "A", "layers": [{"SynType1": "Sample", "sample1": {"file": "Looped.wav"}}]})");
+    EXPECT_EQ(run("compile " + text + " " + (folder / "a.fxp")), 3);
+    EXPECT_EQ(run("compile " + text + " " + (folder / "a.fxp") + " --samples " + (folder / "made")), 0) << errors;
+    EXPECT_EQ(run("decompile --no-samples " + (folder / "a.fxp") + " " + (folder / "b.json")), 0);
+    EXPECT_EQ(run("compare " + (folder / "a.fxp") + " " + (folder / "b.json")), 1);
+    EXPECT_EQ(output, "layer 1 oscillator 1 sample: 1000 samples at 44100 Hz, loop 200 to 700 | none\n");
 }
 
 }  // namespace

@@ -170,6 +170,8 @@ std::vector<std::string> demoSongs() {
     return names;
 }
 
+TEST(Score, HasAtLeastTenDemoSongs) { EXPECT_GE(demoSongs().size(), 10u); }
+
 class DemoSongs : public testing::TestWithParam<std::string> {};
 
 TEST_P(DemoSongs, LastFrom40To125SecondsAndHaveDynamics) {
