@@ -55,9 +55,16 @@ void HolderWindow::moveTo(int x, int y) {
 
 void HolderWindow::adopt(std::uint32_t inner) {
     inner_ = inner;
+    hasKeys_ = false;
     markEmbedded(inner);
     setEventMask(false);
     xcb_map_window(display(), inner);
+    xcb_flush(display());
+}
+
+void HolderWindow::drop() {
+    if (inner_ != 0) xcb_destroy_window(display(), inner_);
+    inner_ = 0;
     xcb_flush(display());
 }
 
