@@ -20,6 +20,7 @@
 #include "base/version.h"
 #include "faces/common/block_events.h"
 #include "faces/common/face_window.h"
+#include "faces/common/host_calls.h"
 #include "faces/common/host_news.h"
 #include "faces/common/host_parameters.h"
 #include "faces/common/identity.h"
@@ -30,23 +31,11 @@ namespace {
 
 namespace hp = host_parameter;
 
-constexpr std::size_t mostState = std::size_t{1} << 30;  // bytes that a host's stream may hold
-
 #ifdef _WIN32
 constexpr const char* windowApi = CLAP_WINDOW_API_WIN32;
 #else
 constexpr const char* windowApi = CLAP_WINDOW_API_X11;
 #endif
-
-// Runs `work`; nothing that is thrown inside reaches the host, which then gets `otherwise`.
-template <class Work, class Answer>
-Answer guarded(Work&& work, Answer otherwise) noexcept {
-    try {
-        return work();
-    } catch (...) {
-        return otherwise;
-    }
-}
 
 void writeText(char* to, std::size_t size, const std::string& text) {
     if (to == nullptr || size == 0) return;
@@ -54,8 +43,6 @@ void writeText(char* to, std::size_t size, const std::string& text) {
     cut.copy(to, cut.size());
     to[cut.size()] = 0;
 }
-
-std::uint8_t midiByte(double unit) { return static_cast<std::uint8_t>(truncateTo(unit * 127.0 + 0.5, 0, 127)); }
 
 class Plugin final : private HostPort {
 public:
@@ -415,30 +402,14 @@ const clap_plugin_params_t Plugin::params = {
 
 // ---- state -------------------------------------------------------------------------------------------------------
 
-// A host may take a part of what is offered, and give a part of what is asked for.
 bool Plugin::save(const clap_ostream_t* stream) {
-    const ChunkBytes bytes = plugged_.patch();
-    const auto size = static_cast<std::size_t>(std::max(bytes.size, 0));
-    for (std::size_t done = 0; done < size;) {
-        const std::int64_t taken = stream->write(stream, bytes.data.get() + done, size - done);
-        if (taken <= 0 || static_cast<std::uint64_t>(taken) > size - done) return false;
-        done += static_cast<std::size_t>(taken);
-    }
-    return size > 0;
+    return writeState(plugged_.patch(),
+                      [stream](const void* from, std::size_t size) { return stream->write(stream, from, size); });
 }
 
 bool Plugin::load(const clap_istream_t* stream) {
-    constexpr std::size_t atOnce = 65536;
-    std::vector<std::uint8_t> bytes;
-    std::size_t size = 0;
-    for (;;) {
-        bytes.resize(size + atOnce);
-        const std::int64_t given = stream->read(stream, bytes.data() + size, atOnce);
-        if (given == 0) break;
-        if (given < 0 || given > static_cast<std::int64_t>(atOnce) || size > mostState) return false;
-        size += static_cast<std::size_t>(given);
-    }
-    if (!plugged_.restore(bytes.data(), size)) return false;
+    const auto bytes = readState([stream](void* to, std::size_t size) { return stream->read(stream, to, size); });
+    if (!bytes || !plugged_.restore(bytes->data(), bytes->size())) return false;
     if (hostParams_ != nullptr) hostParams_->rescan(host_, CLAP_PARAM_RESCAN_VALUES | CLAP_PARAM_RESCAN_TEXT);
     return true;
 }

@@ -22,6 +22,7 @@
 
 #include "faces/common/block_events.h"
 #include "faces/common/face_window.h"
+#include "faces/common/host_calls.h"
 #include "faces/common/host_news.h"
 #include "faces/lv2/lv2_ports.h"
 
@@ -286,15 +287,6 @@ void Plugin::tellHost(Write write, Touch touch) {
 }
 
 Plugin& pluginOf(LV2_Handle handle) { return *static_cast<Plugin*>(handle); }
-
-template <class Work, class Answer>
-Answer guarded(Work&& work, Answer otherwise) noexcept {
-    try {
-        return work();
-    } catch (...) {
-        return otherwise;
-    }
-}
 
 const void* extensionData(const char* uri) {
     static const LV2_State_Interface state = {

@@ -14,6 +14,7 @@
 #include "base/numbers.h"
 #include "faces/common/block_events.h"
 #include "faces/common/face_window.h"
+#include "faces/common/host_calls.h"
 #include "faces/common/host_news.h"
 #include "faces/common/host_parameters.h"
 #include "pluginterfaces/base/ibstream.h"
@@ -64,7 +65,6 @@ namespace hp = host_parameter;
 
 constexpr ParamID firstController = 0x10000;
 constexpr int controllersOfChannel = kCountCtrlNumber, channels = 16;
-constexpr std::size_t mostState = std::size_t{1} << 30;  // bytes that a host's stream may hold
 
 #ifdef _WIN32
 const FIDString windowType = kPlatformTypeHWND;
@@ -72,15 +72,10 @@ const FIDString windowType = kPlatformTypeHWND;
 const FIDString windowType = kPlatformTypeX11EmbedWindowID;
 #endif
 
+// What a call answers that has thrown.
 template <class Work>
 tresult guarded(Work&& work) noexcept {
-    try {
-        return work();
-    } catch (const std::bad_alloc&) {
-        return kOutOfMemory;
-    } catch (...) {
-        return kInternalError;
-    }
+    return vantoric::guarded(work, tresult{kInternalError});
 }
 
 // The instrument's texts are ASCII.
@@ -98,8 +93,6 @@ std::string readText(const char16* from, std::size_t most) {
     for (std::size_t i = 0; i < most && from[i] != 0; ++i) text += static_cast<char>(from[i] < 128 ? from[i] : '?');
     return text;
 }
-
-std::uint8_t midiByte(double unit) { return static_cast<std::uint8_t>(truncateTo(unit * 127.0 + 0.5, 0, 127)); }
 
 bool isParameter(ParamID id) { return id < static_cast<ParamID>(parameterCount); }
 double normalized(int index, float stored) { return hp::plain(index, stored) / hp::largest(index); }
@@ -404,35 +397,28 @@ tresult Plugin::setupProcessing(ProcessSetup& setup) {
     });
 }
 
-// A stream may take and give less than it was asked for.
 tresult Plugin::save(IBStream* stream) {
     if (stream == nullptr) return kInvalidArgument;
-    const ChunkBytes bytes = plugged_.patch();
-    for (int32 done = 0; done < bytes.size;) {
+    const bool isSaved = writeState(plugged_.patch(), [stream](void* from, std::size_t size) {
         int32 taken = 0;
-        if (stream->write(bytes.data.get() + done, bytes.size - done, &taken) != kResultOk) return kResultFalse;
-        if (taken <= 0 || taken > bytes.size - done) return kResultFalse;
-        done += taken;
-    }
-    return bytes.size > 0 ? kResultOk : kResultFalse;
+        const tresult result = stream->write(from, static_cast<int32>(size), &taken);
+        return std::int64_t{result == kResultOk ? taken : -1};
+    });
+    return isSaved ? kResultOk : kResultFalse;
 }
 
+// Some streams call the last, short part a failure.
 tresult Plugin::load(IBStream* stream) {
     if (stream == nullptr) return kInvalidArgument;
-    constexpr int32 atOnce = 65536;
-    std::vector<std::uint8_t> bytes;
-    std::size_t size = 0;
-    for (;;) {
-        bytes.resize(size + atOnce);
+    bool isOver = false;
+    const auto bytes = readState([&](void* to, std::size_t size) {
         int32 given = 0;
-        const tresult result = stream->read(bytes.data() + size, atOnce, &given);
-        if (given <= 0) break;
-        if (given > atOnce || size > mostState) return kResultFalse;
-        size += static_cast<std::size_t>(given);
-        if (result != kResultOk) break;  // some streams call the last, short part a failure
-    }
+        if (!isOver) isOver = stream->read(to, static_cast<int32>(size), &given) != kResultOk;
+        return std::int64_t{std::max<int32>(given, 0)};
+    });
+    if (!bytes) return kResultFalse;
     isRestoring_.store(true, std::memory_order_release);
-    const bool isLoaded = plugged_.restore(bytes.data(), size);
+    const bool isLoaded = plugged_.restore(bytes->data(), bytes->size());
     patchesKnown_.store(instrument_.patchesLoaded(), std::memory_order_release);
     isRestoring_.store(false, std::memory_order_release);
     return isLoaded ? kResultOk : kResultFalse;
