@@ -47,6 +47,11 @@ void HolderWindow::resize(int width, int height) {
     xcb_flush(display());
 }
 
+void HolderWindow::show(bool isShown) {
+    isShown ? xcb_map_window(display(), id_) : xcb_unmap_window(display(), id_);
+    xcb_flush(display());
+}
+
 void HolderWindow::moveTo(int x, int y) {
     const std::uint32_t values[] = {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)};
     xcb_configure_window(display(), id_, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, values);

@@ -20,6 +20,7 @@ public:
 
     std::uint32_t id() const { return id_; }
     void resize(int width, int height);
+    void show(bool isShown);
     // To a place within the host's window, in pixels.
     void moveTo(int x, int y);
 
