@@ -54,7 +54,7 @@ TESTS_MORE = {
     "fuzz": EVERYTHING,
     "faces": ["apps/midi", "apps/render"],
     "host": ["base", "effects", "engine", "faces"],
-    "formats": ["base", "faces"],
+    "formats": ["base", "patch", "editor/model", "faces"],
     "window": EVERYTHING,
     "apps": [*ROOMS],
 }
