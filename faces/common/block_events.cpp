@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <tuple>
+#include <utility>
 
 #include "base/numbers.h"
 
@@ -32,6 +33,8 @@ BlockEvents::BlockEvents() {
 void BlockEvents::clear() {
     events_.clear();
     transports_.clear();
+    isFlooded_ = false;
+    queued_ = roomAt_ = 0;
 }
 
 void BlockEvents::addTransport(std::int64_t frame, const Transport& transport) {
@@ -39,7 +42,10 @@ void BlockEvents::addTransport(std::int64_t frame, const Transport& transport) {
 }
 
 void BlockEvents::add(std::int64_t frame, Event event) {
-    if (events_.size() == most) return;
+    if (events_.size() == most) {
+        isFlooded_ = isFlooded_ || event.kind == Kind::midi;
+        return;
+    }
     event.frame = heldFrame(frame);
     event.order = static_cast<std::int32_t>(events_.size());
     events_.push_back(event);
@@ -83,28 +89,31 @@ template <class Sample>
 void BlockEvents::playParts(Instrument& instrument, Sample* left, Sample* right, int frames, const Transport& transport) {
     sortInto(frames);
     std::size_t nextNote = 0, nextValue = 0, nextTransport = 0;
-    int begin = 0, queued = 0, roomAt = 0;
+    int begin = 0;
     Transport inForce = transport;
     do {
         for (; nextTransport < transports_.size() && transports_[nextTransport].frame <= begin; ++nextTransport)
             inForce = transports_[nextTransport].transport;
         nextValue = setValues(instrument, nextValue, begin);
-        if (begin >= roomAt) queued = 0;
-        while (queued < queuedAtOnce && nextNote < events_.size()) {
+        if (begin >= roomAt_) queued_ = 0;
+        while (queued_ < queuedAtOnce && nextNote < events_.size()) {
             const Event& event = events_[nextNote++];
             if (event.kind != Kind::midi) continue;
             instrument.receive({event.frame, event.status, event.data1, event.data2});
-            roomAt = std::max(event.frame, begin + framesOfTick(instrument));
-            ++queued;
+            roomAt_ = std::max(event.frame, begin) + framesOfTick(instrument);
+            ++queued_;
         }
-        int end = std::min({frames, frameOfValue(nextValue, frames), queued == queuedAtOnce ? roomAt : frames});
+        int end = std::min({frames, frameOfValue(nextValue, frames), queued_ == queuedAtOnce ? roomAt_ : frames});
         if (nextTransport < transports_.size()) end = std::min(end, transports_[nextTransport].frame);
         if (left == nullptr || right == nullptr) end = std::min(end, begin + spareFrames);
         instrument.renderPart(channelAt(left, begin), channelAt(right, begin), end - begin, begin, inForce);
         begin = end;
     } while (begin < frames);
+    roomAt_ = std::max(roomAt_ - frames, 0);
     keepNotesFrom(nextNote);
     transports_.clear();
+    constexpr std::uint8_t controller = 0xb0, allNotesOff = 123;
+    if (std::exchange(isFlooded_, false)) addMidi(0, controller, allNotesOff, 0);
 }
 
 template <class Sample>

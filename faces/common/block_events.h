@@ -13,7 +13,7 @@ namespace vantoric {
 // frame on: the block is rendered in parts there. Notes come as they would without the parts.
 class BlockEvents {
 public:
-    // Of one block; what comes beyond is dropped.
+    // Of one block; what comes beyond is dropped, and if there were messages among it all notes end with the block.
     static constexpr std::size_t most = 16384;
 
     BlockEvents();
@@ -67,6 +67,8 @@ private:
 
     std::vector<Event> events_;
     std::vector<TimedTransport> transports_;
+    bool isFlooded_ = false;                   // a message was dropped
+    int queued_ = 0, roomAt_ = 0;              // messages in the queue, and the frame at which it has taken them
     std::array<double, spareFrames> spare_{};  // for channels that nobody wants
 };
 
