@@ -18,6 +18,9 @@ struct MidiInput {
 // What keyboards and the like can be connected to. On the program's main thread.
 class MidiPort {
 public:
+    // No two ports of a run of the program have the same.
+    const unsigned portNumber = nextNumber();
+
     // The hardware that is there now.
     virtual std::vector<MidiInput> inputs() = 0;
     // Connects one of them or lets go of it; one that has gone meanwhile is passed over.
@@ -25,6 +28,12 @@ public:
 
 protected:
     ~MidiPort() = default;
+
+private:
+    static unsigned nextNumber() {
+        static unsigned last = 0;
+        return ++last;
+    }
 };
 
 // A device that calls Player::play from the moment when it is made until it is destroyed. Made, asked and destroyed on the
