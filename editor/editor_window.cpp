@@ -82,7 +82,8 @@ bool EditorWindow::buildFrame() {
     const WindowSize& chosen = editor_.size();
     const double width = chosen.width() / chosen.layoutScale(), height = chosen.height() / chosen.layoutScale();
     const Size pixels = size();
-    holder_ = std::make_unique<HolderWindow>(static_cast<std::uint32_t>(parent_), pixels.width, pixels.height);
+    if (!holder_) holder_ = std::make_unique<HolderWindow>(static_cast<std::uint32_t>(parent_), pixels.width, pixels.height);
+    holder_->resize(pixels.width, pixels.height);
     frame = new VSTGUI::CFrame(CRect(0, 0, width, height), this);
     auto* root = new DropContainer(CRect(0, 0, width, height));
     root->setBackgroundColor(style::window);
@@ -113,7 +114,7 @@ void EditorWindow::takeFrameDown() {
     content_.reset();
     VSTGUI::CFrame* const closing = frame;
     frame = nullptr;
-    holder_.reset();
+    holder_->drop();
     closing->close();
 }
 
@@ -135,6 +136,7 @@ void EditorWindow::closeNow() {
     dialogs_.setHost(nullptr);
     isClosing_ = false;
     takeFrameDown();
+    holder_.reset();
     browserModel_.reset();
     index_.reset();
     programs_.setWindowOpen(false);

@@ -51,6 +51,10 @@ public:
     // A host may call it from within a call that the window makes to it: it is closed then once that has returned.
     void close();
     bool isOpen() const { return frame != nullptr && !isCloseWanted_; }
+    // Takes an open window off the screen, or puts it back.
+    void show(bool isShown) {
+        if (holder_) holder_->show(isShown);
+    }
     // The X11 id of the window inside the host's; 0 while it is closed.
     std::uintptr_t ownWindow() const { return holder_ ? holder_->id() : 0; }
     // The host's regular call, some twenty times a second or more: events, timers, what has changed.

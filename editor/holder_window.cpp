@@ -47,6 +47,11 @@ void HolderWindow::resize(int width, int height) {
     xcb_flush(display());
 }
 
+void HolderWindow::show(bool isShown) {
+    isShown ? xcb_map_window(display(), id_) : xcb_unmap_window(display(), id_);
+    xcb_flush(display());
+}
+
 void HolderWindow::moveTo(int x, int y) {
     const std::uint32_t values[] = {static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)};
     xcb_configure_window(display(), id_, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, values);
@@ -55,9 +60,16 @@ void HolderWindow::moveTo(int x, int y) {
 
 void HolderWindow::adopt(std::uint32_t inner) {
     inner_ = inner;
+    hasKeys_ = false;
     markEmbedded(inner);
     setEventMask(false);
     xcb_map_window(display(), inner);
+    xcb_flush(display());
+}
+
+void HolderWindow::drop() {
+    if (inner_ != 0) xcb_destroy_window(display(), inner_);
+    inner_ = 0;
     xcb_flush(display());
 }
 

@@ -6,7 +6,8 @@
 
 namespace vantoric {
 
-// On the thread of the window, while the GUI module is connected. All calls are harmless on windows that are gone.
+// On the thread of the window, while the GUI module is connected. All calls are harmless on windows that are gone. A host may
+// keep its id: it stays the same for as long as the window is open, however often the library's inside is made anew.
 class HolderWindow {
 public:
     // Makes and shows the window inside the host's. The library's own window takes its depth from its parent but draws with
@@ -19,11 +20,14 @@ public:
 
     std::uint32_t id() const { return id_; }
     void resize(int width, int height);
+    void show(bool isShown);
     // To a place within the host's window, in pixels.
     void moveTo(int x, int y);
 
     // Takes over the library's window once it is open: shows it as embedded, and lets every motion through.
     void adopt(std::uint32_t inner);
+    // Destroys the library's window, before the library closes it: there it would linger.
+    void drop();
 
     // Gives the keys to the window or back to the host, which needs its space bar. To be called in idle time.
     void routeKeys(bool wantsKeys);

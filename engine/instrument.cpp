@@ -335,6 +335,11 @@ void Instrument::renderAudioBlock(float* left, float* right, int count, int firs
     EngineFlags& flags = state_.flags;
     if (flags.bootPending.isSet()) return;  // the next waiter or the next block clears the mark
     if (state_.tickSamples == 0) return flags.audioRunning.clear();
+    if (silenceWanted_.isSet()) {
+        silenceWanted_.clear();
+        allNotesOff();
+        resetEngine();
+    }
     clock_.run(
         count, state_,
         [&](int length, int pos) {
@@ -379,6 +384,23 @@ void Instrument::runMasterChain(float* left, float* right, int count) {
     stage_.process(left, right, count);
     holdWithin(left, count);
     holdWithin(right, count);
+}
+
+// As a block is: whoever takes the engine meanwhile waits until the look is over.
+std::bitset<128> Instrument::keysSounding() noexcept {
+    std::bitset<128> keys;
+    EngineFlags& flags = state_.flags;
+    const Passes::Scope reading(flags.blockPasses);
+    flags.audioRunning.set();
+    if (flags.editorClosing.isSet() || flags.audioMuted.isSet() || flags.engineLocked.isSet()) {
+        keys.set();
+    } else {
+        for (const auto& layer : layers_)
+            for (int i = 0; i < voiceCount && layer->layerOn; ++i)  // what is off stands still
+                if (layer->voice(i).sounding()) keys.set(static_cast<std::size_t>(layer->voice(i).note & 127));
+    }
+    flags.audioRunning.clear();
+    return keys;
 }
 
 // ---- the tick -----------------------------------------------------------------------------------------------

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <atomic>
+#include <bitset>
 #include <memory>
 #include <string>
 #include <vector>
@@ -83,6 +84,8 @@ public:
     // A MIDI event of the block that follows, in any order; what lies beyond the block waits. Also from other threads:
     // two that meet cost at most one event.
     void receive(const MidiEvent& event) noexcept;
+    // The keys, 0 to 127, that a voice sounds, released or held; all of them while a load holds the engine.
+    std::bitset<128> keysSounding() noexcept;
 
     // ---- switching on and off, and rates; any thread but the audio thread inside its block, also while a block runs
     // on another: it is silent meanwhile.
@@ -91,6 +94,9 @@ public:
     void stop();
     // Switched on: the song begins anew.
     void start();
+    // The block that follows begins with everything silent: notes end and effects are cleared, as if it were switched off and
+    // on, but it waits for nobody. Any thread, the audio thread too.
+    void silenceNextBlock() noexcept { silenceWanted_.set(); }
     // The host's rate in Hz, any finite number. Below 500 the instrument is silent.
     void setSampleRate(float hostRate);
 
@@ -240,6 +246,7 @@ private:
     SoundModeStage stage_;
     Decimator decimator_;
     std::array<PeakMeter, 2> meters_;
+    Flag silenceWanted_;
     Flag decimatorReset_;  // it runs also while a patch is loaded, so it is reset by its own thread
     TickClock clock_;
     SongClock song_;

@@ -55,7 +55,7 @@ TESTS_MORE = {
     "fuzz": EVERYTHING,
     "faces": ["apps/midi", "apps/render"],
     "host": ["base", "effects", "engine", "faces"],
-    "formats": ["base", "faces"],
+    "formats": ["base", "patch", "editor/model", "faces"],
     "window": EVERYTHING,
     "windows": ["base", "platform", "apps/midi", "apps/render"],
     "apps": [*ROOMS],

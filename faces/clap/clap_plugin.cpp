@@ -10,16 +10,20 @@
 #include <clap/plugin-features.h>
 
 #include <algorithm>
+#include <array>
+#include <chrono>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
-#include <vector>
+#include <thread>
 
 #include "base/numbers.h"
 #include "base/text.h"
 #include "base/version.h"
 #include "faces/common/block_events.h"
 #include "faces/common/face_window.h"
+#include "faces/common/host_calls.h"
 #include "faces/common/host_news.h"
 #include "faces/common/host_parameters.h"
 #include "faces/common/identity.h"
@@ -30,23 +34,11 @@ namespace {
 
 namespace hp = host_parameter;
 
-constexpr std::size_t mostState = std::size_t{1} << 30;  // bytes that a host's stream may hold
-
 #ifdef _WIN32
 constexpr const char* windowApi = CLAP_WINDOW_API_WIN32;
 #else
 constexpr const char* windowApi = CLAP_WINDOW_API_X11;
 #endif
-
-// Runs `work`; nothing that is thrown inside reaches the host, which then gets `otherwise`.
-template <class Work, class Answer>
-Answer guarded(Work&& work, Answer otherwise) noexcept {
-    try {
-        return work();
-    } catch (...) {
-        return otherwise;
-    }
-}
 
 void writeText(char* to, std::size_t size, const std::string& text) {
     if (to == nullptr || size == 0) return;
@@ -55,12 +47,35 @@ void writeText(char* to, std::size_t size, const std::string& text) {
     to[cut.size()] = 0;
 }
 
-std::uint8_t midiByte(double unit) { return static_cast<std::uint8_t>(truncateTo(unit * 127.0 + 0.5, 0, 127)); }
+// Asks a host without timers for a turn on its main thread, over and over. Throws if there is no thread to be had.
+class Pulse {
+public:
+    explicit Pulse(const clap_host_t* host)
+        : thread_([host](const std::stop_token& ending) {
+              while (!ending.stop_requested()) {
+                  host->request_callback(host);
+                  std::this_thread::sleep_for(std::chrono::milliseconds(idlePeriod));
+              }
+          }) {}
+
+private:
+    std::jthread thread_;
+};
+
+// A note of the host's, from its begin until no voice sounds its key any more.
+struct HostNote {
+    enum class State : std::uint8_t { none, down, released } state = State::none;
+    std::int16_t port = 0;
+    std::int32_t id = -1;
+};
 
 class Plugin final : private HostPort {
 public:
     explicit Plugin(const clap_host_t* host) : host_(host), plugged_(*this), told_(instrument_.parameters()) {}
-    ~Plugin() { window_.reset(); }
+    ~Plugin() {
+        stopIdle();
+        window_.reset();
+    }
 
     const clap_plugin_t* record() const { return &record_; }
 
@@ -99,7 +114,13 @@ private:
     clap_process_status process(const clap_process_t& block);
     void collect(const clap_input_events_t* events);
     void collect(const clap_event_header_t& event);
-    void collectNote(const clap_event_note_t& note, bool isOn);
+    void beginNote(const clap_event_note_t& note);
+    void releaseNotes(const clap_event_note_t& note);
+    void releaseNote(int channel, int key, std::uint32_t frame, double velocity);
+    void express(const clap_event_note_expression_t& expression);
+    void tellEnd(const clap_output_events_t* events, std::size_t place);
+    void tellEnds(const clap_output_events_t* events);
+    HostNote& noteAt(int channel, int key) { return notes_[static_cast<std::size_t>(channel * keys + key)]; }
     void accept(const clap_input_events_t* events);
     void flush(const clap_input_events_t* in, const clap_output_events_t* out);
     void tellHost(const clap_output_events_t* events);
@@ -111,6 +132,9 @@ private:
     bool load(const clap_istream_t* stream);
     bool createWindow(const char* api, bool isFloating);
     void destroyWindow();
+    void startIdle();
+    void stopIdle();
+    bool showWindow(bool isShown);
 
     static const void* extension(const clap_plugin_t* plugin, const char* id);
     static const clap_plugin_audio_ports_t audioPorts;
@@ -123,19 +147,23 @@ private:
 
     static Transport transportOf(const clap_event_transport_t* told);
     static bool isParameter(clap_id id) { return id < parameterCount; }
+    static constexpr int channels = 16, keys = 128;
 
     const clap_host_t* const host_;
     const clap_host_params_t* hostParams_ = nullptr;
     const clap_host_gui_t* hostGui_ = nullptr;
+    const clap_host_state_t* hostState_ = nullptr;
     const clap_host_timer_support_t* hostTimer_ = nullptr;
+    std::optional<Pulse> pulse_;  // where the host has no timers
     clap_id timer_ = CLAP_INVALID_ID;
     Gestures gestures_;
-    std::atomic<bool> isPatchNew_{false}, needsIdle_{false};
+    std::atomic<bool> isPatchNew_{false};
     PluggedInstrument plugged_;
     Instrument& instrument_{plugged_.instrument()};
     ToldValues told_;  // in process and flush, of which the host runs one at a time
     BlockEvents events_;
-    std::vector<std::int32_t> noteIds_ = std::vector<std::int32_t>(16 * 128, -1);  // the host's, by channel and key
+    std::array<HostNote, channels * keys> notes_{};
+    bool isAnyReleased_ = false;  // of the notes
     std::unique_ptr<FaceWindow> window_;
     clap_plugin_t record_ = {
         &descriptor(),
@@ -163,6 +191,7 @@ bool Plugin::init() {
     const auto ask = [this](const char* id) { return host_->get_extension(host_, id); };
     hostParams_ = static_cast<const clap_host_params_t*>(ask(CLAP_EXT_PARAMS));
     hostGui_ = static_cast<const clap_host_gui_t*>(ask(CLAP_EXT_GUI));
+    hostState_ = static_cast<const clap_host_state_t*>(ask(CLAP_EXT_STATE));
     hostTimer_ = static_cast<const clap_host_timer_support_t*>(ask(CLAP_EXT_TIMER_SUPPORT));
     window_ = makeFaceWindow(plugged_, host_->name != nullptr ? host_->name : "");
     return true;
@@ -177,14 +206,17 @@ void Plugin::activate(double rate) {
 // On the audio thread, between blocks.
 void Plugin::reset() {
     instrument_.parameters().clearModulation();
-    instrument_.allNotesOff();
-    instrument_.resetEngine();
+    events_.clear();
+    notes_.fill({});
+    instrument_.silenceNextBlock();
 }
 
 void Plugin::onMainThread() {
-    if (isPatchNew_.exchange(false, std::memory_order_acq_rel) && hostParams_ != nullptr)
-        hostParams_->rescan(host_, CLAP_PARAM_RESCAN_VALUES | CLAP_PARAM_RESCAN_TEXT);
-    if (needsIdle_.load(std::memory_order_relaxed)) idle();
+    if (isPatchNew_.exchange(false, std::memory_order_acq_rel)) {
+        if (hostParams_ != nullptr) hostParams_->rescan(host_, CLAP_PARAM_RESCAN_VALUES | CLAP_PARAM_RESCAN_TEXT);
+        if (hostState_ != nullptr) hostState_->mark_dirty(host_);
+    }
+    if (pulse_) idle();
 }
 
 void Plugin::idle() {
@@ -214,7 +246,7 @@ clap_process_status Plugin::process(const clap_process_t& block) {
     if (hasOutput) block.audio_outputs[0].constant_mask = 0;
     accept(block.in_events);
     tellHost(block.out_events);
-    if (needsIdle_.load(std::memory_order_relaxed)) host_->request_callback(host_);
+    tellEnds(block.out_events);
     return CLAP_PROCESS_CONTINUE;  // arpeggiators and tails go on without a note
 }
 
@@ -224,26 +256,35 @@ void Plugin::collect(const clap_input_events_t* events) {
         if (const clap_event_header_t* event = events->get(events, i)) collect(*event);
 }
 
+// No parameter has a value for each note, and none offers it: what is meant for one note is not for the patch.
+template <class ParameterEvent>
+bool isOfOneNote(const ParameterEvent& event) {
+    return event.note_id >= 0 || event.key >= 0;
+}
+
 void Plugin::collect(const clap_event_header_t& event) {
     if (event.space_id != CLAP_CORE_EVENT_SPACE_ID) return;
     switch (event.type) {
-        case CLAP_EVENT_NOTE_ON: return collectNote(reinterpret_cast<const clap_event_note_t&>(event), true);
+        case CLAP_EVENT_NOTE_ON: return beginNote(reinterpret_cast<const clap_event_note_t&>(event));
         case CLAP_EVENT_NOTE_OFF:
-        case CLAP_EVENT_NOTE_CHOKE: return collectNote(reinterpret_cast<const clap_event_note_t&>(event), false);
+        case CLAP_EVENT_NOTE_CHOKE: return releaseNotes(reinterpret_cast<const clap_event_note_t&>(event));
+        case CLAP_EVENT_NOTE_EXPRESSION: return express(reinterpret_cast<const clap_event_note_expression_t&>(event));
+        case CLAP_EVENT_TRANSPORT:
+            return events_.addTransport(event.time, transportOf(&reinterpret_cast<const clap_event_transport_t&>(event)));
         case CLAP_EVENT_MIDI: {
             const auto& midi = reinterpret_cast<const clap_event_midi_t&>(event);
             return events_.addMidi(event.time, midi.data[0], midi.data[1], midi.data[2]);
         }
         case CLAP_EVENT_PARAM_VALUE: {
             const auto& value = reinterpret_cast<const clap_event_param_value_t&>(event);
-            if (!isParameter(value.param_id)) return;
+            if (!isParameter(value.param_id) || isOfOneNote(value)) return;
             const int index = static_cast<int>(value.param_id);
             return events_.addParameter(event.time, index, hp::storedFor(instrument_, index, value.value));
         }
         case CLAP_EVENT_PARAM_MOD: {
             const auto& mod = reinterpret_cast<const clap_event_param_mod_t&>(event);
             const int index = static_cast<int>(mod.param_id);
-            if (isParameter(mod.param_id) && hp::isModulatable(index))
+            if (isParameter(mod.param_id) && !isOfOneNote(mod) && hp::isModulatable(index))
                 events_.addModulation(event.time, index, static_cast<float>(mod.amount));
             return;
         }
@@ -251,26 +292,80 @@ void Plugin::collect(const clap_event_header_t& event) {
     }
 }
 
-// Key or channel -1 stands for all, unless the note is told by its number.
-void Plugin::collectNote(const clap_event_note_t& named, bool isOn) {
-    clap_event_note_t note = named;
-    if (isOn && note.key >= 0 && note.key < 128) {
-        noteIds_[static_cast<std::size_t>(clampTo<int>(note.channel, 0, 15) * 128 + note.key)] = note.note_id;
-    } else if (!isOn && note.key == -1 && note.note_id >= 0) {
-        const auto place = std::find(noteIds_.begin(), noteIds_.end(), note.note_id);
-        if (place == noteIds_.end()) return;
-        note.channel = static_cast<std::int16_t>((place - noteIds_.begin()) / 128);
-        note.key = static_cast<std::int16_t>((place - noteIds_.begin()) % 128);
+void Plugin::beginNote(const clap_event_note_t& note) {
+    if (note.key < 0 || note.key >= keys) return;
+    constexpr std::uint8_t on = 0x90;
+    const int channel = clampTo<int>(note.channel, 0, channels - 1);
+    noteAt(channel, note.key) = {HostNote::State::down, note.port_index, note.note_id};
+    events_.addMidi(note.header.time, static_cast<std::uint8_t>(on | channel), static_cast<std::uint8_t>(note.key),
+                    std::max<std::uint8_t>(midiByte(note.velocity), 1));
+}
+
+void Plugin::releaseNote(int channel, int key, std::uint32_t frame, double velocity) {
+    constexpr std::uint8_t off = 0x80;
+    if (HostNote& note = noteAt(channel, key); note.state == HostNote::State::down) {
+        note.state = HostNote::State::released;
+        isAnyReleased_ = true;
     }
-    constexpr std::uint8_t on = 0x90, off = 0x80, controller = 0xb0, allNotesOff = 123;
-    const auto channel = static_cast<std::uint8_t>(clampTo<int>(note.channel, 0, 15));
-    const auto status = static_cast<std::uint8_t>((isOn ? on : off) | channel);
-    const std::uint8_t velocity = std::max<std::uint8_t>(midiByte(note.velocity), isOn ? 1 : 0);
-    if (note.key >= 0 && note.key < 128)
-        return events_.addMidi(note.header.time, status, static_cast<std::uint8_t>(note.key), velocity);
-    if (isOn || note.key != -1) return;
-    if (note.channel < 0) return events_.addMidi(note.header.time, controller, allNotesOff, 0);
-    for (std::uint8_t key = 0; key < 128; ++key) events_.addMidi(note.header.time, status, key, velocity);
+    events_.addMidi(frame, static_cast<std::uint8_t>(off | channel), static_cast<std::uint8_t>(key), midiByte(velocity));
+}
+
+// Number, channel and key -1 stand for all. A note that began as MIDI, or that nobody began, is ended by its channel and key.
+void Plugin::releaseNotes(const clap_event_note_t& named) {
+    bool isFound = false;
+    for (int channel = 0; channel < channels; ++channel) {
+        if (named.channel >= 0 && named.channel != channel) continue;
+        for (int key = std::max<int>(named.key, 0); key < (named.key < 0 ? keys : std::min(named.key + 1, keys)); ++key) {
+            const HostNote& note = noteAt(channel, key);
+            if (note.state != HostNote::State::down || (named.note_id >= 0 && note.id >= 0 && named.note_id != note.id)) continue;
+            releaseNote(channel, key, named.header.time, named.velocity);
+            isFound = true;
+        }
+    }
+    constexpr std::uint8_t controller = 0xb0, allNotesOff = 123;
+    const int channel = clampTo<int>(named.channel, 0, channels - 1);
+    if (named.key >= 0 && named.key < keys) {
+        const bool isAnotherDown = named.note_id >= 0 && noteAt(channel, named.key).state == HostNote::State::down;
+        if (!isFound && !isAnotherDown) releaseNote(channel, named.key, named.header.time, named.velocity);
+    } else if (named.key == -1 && named.note_id < 0) {
+        if (named.channel < 0) return events_.addMidi(named.header.time, controller, allNotesOff, 0);
+        for (int key = 0; key < keys; ++key) releaseNote(channel, key, named.header.time, named.velocity);
+    }
+}
+
+// The pressure of a key goes on as the MIDI message that it is. The others have no place in the instrument, whose voices share
+// one tuning wheel, one volume and one place a layer.
+void Plugin::express(const clap_event_note_expression_t& expression) {
+    if (expression.expression_id != CLAP_NOTE_EXPRESSION_PRESSURE || expression.key < 0 || expression.key >= keys) return;
+    constexpr std::uint8_t keyPressure = 0xa0;
+    const int channel = clampTo<int>(expression.channel, 0, channels - 1);
+    events_.addMidi(expression.header.time, static_cast<std::uint8_t>(keyPressure | channel),
+                    static_cast<std::uint8_t>(expression.key), midiByte(expression.value));
+}
+
+void Plugin::tellEnd(const clap_output_events_t* events, std::size_t place) {
+    clap_event_note_t end{};
+    end.header = {sizeof end, 0, CLAP_CORE_EVENT_SPACE_ID, CLAP_EVENT_NOTE_END, 0};
+    end.note_id = notes_[place].id;
+    end.port_index = notes_[place].port;
+    end.channel = static_cast<std::int16_t>(place / keys);
+    end.key = static_cast<std::int16_t>(place % keys);
+    events->try_push(events, &end.header);
+    notes_[place] = {};
+}
+
+// A note is over once no voice sounds its key. What arpeggiators make of it has keys of its own, and is not waited for.
+void Plugin::tellEnds(const clap_output_events_t* events) {
+    if (!isAnyReleased_ || events == nullptr) return;
+    const std::bitset<128> sounding = instrument_.keysSounding();
+    isAnyReleased_ = false;
+    for (std::size_t place = 0; place < notes_.size(); ++place) {
+        if (notes_[place].state != HostNote::State::released) continue;
+        if (sounding.test(place % keys))
+            isAnyReleased_ = true;
+        else
+            tellEnd(events, place);
+    }
 }
 
 // What the host has set it knows.
@@ -279,8 +374,8 @@ void Plugin::accept(const clap_input_events_t* events) {
     for (std::uint32_t i = 0; i < count; ++i) {
         const clap_event_header_t* event = events->get(events, i);
         if (event == nullptr || event->space_id != CLAP_CORE_EVENT_SPACE_ID || event->type != CLAP_EVENT_PARAM_VALUE) continue;
-        const clap_id id = reinterpret_cast<const clap_event_param_value_t*>(event)->param_id;
-        if (isParameter(id)) told_.accept(static_cast<int>(id));
+        const auto& value = *reinterpret_cast<const clap_event_param_value_t*>(event);
+        if (isParameter(value.param_id) && !isOfOneNote(value)) told_.accept(static_cast<int>(value.param_id));
     }
 }
 
@@ -292,11 +387,12 @@ void Plugin::flush(const clap_input_events_t* in, const clap_output_events_t* ou
         if (event->type == CLAP_EVENT_PARAM_VALUE) {
             const auto& value = *reinterpret_cast<const clap_event_param_value_t*>(event);
             const int index = static_cast<int>(value.param_id);
-            if (isParameter(value.param_id)) instrument_.setParameter(index, hp::storedFor(instrument_, index, value.value));
+            if (isParameter(value.param_id) && !isOfOneNote(value))
+                instrument_.setParameter(index, hp::storedFor(instrument_, index, value.value));
         } else if (event->type == CLAP_EVENT_PARAM_MOD) {
             const auto& mod = *reinterpret_cast<const clap_event_param_mod_t*>(event);
             const int index = static_cast<int>(mod.param_id);
-            if (isParameter(mod.param_id) && hp::isModulatable(index))
+            if (isParameter(mod.param_id) && !isOfOneNote(mod) && hp::isModulatable(index))
                 instrument_.parameters().setModulation(index, static_cast<float>(mod.amount));
         }
     }
@@ -415,30 +511,14 @@ const clap_plugin_params_t Plugin::params = {
 
 // ---- state -------------------------------------------------------------------------------------------------------
 
-// A host may take a part of what is offered, and give a part of what is asked for.
 bool Plugin::save(const clap_ostream_t* stream) {
-    const ChunkBytes bytes = plugged_.patch();
-    const auto size = static_cast<std::size_t>(std::max(bytes.size, 0));
-    for (std::size_t done = 0; done < size;) {
-        const std::int64_t taken = stream->write(stream, bytes.data.get() + done, size - done);
-        if (taken <= 0 || static_cast<std::uint64_t>(taken) > size - done) return false;
-        done += static_cast<std::size_t>(taken);
-    }
-    return size > 0;
+    return writeState(plugged_.patch(),
+                      [stream](const void* from, std::size_t size) { return stream->write(stream, from, size); });
 }
 
 bool Plugin::load(const clap_istream_t* stream) {
-    constexpr std::size_t atOnce = 65536;
-    std::vector<std::uint8_t> bytes;
-    std::size_t size = 0;
-    for (;;) {
-        bytes.resize(size + atOnce);
-        const std::int64_t given = stream->read(stream, bytes.data() + size, atOnce);
-        if (given == 0) break;
-        if (given < 0 || given > static_cast<std::int64_t>(atOnce) || size > mostState) return false;
-        size += static_cast<std::size_t>(given);
-    }
-    if (!plugged_.restore(bytes.data(), size)) return false;
+    const auto bytes = readState([stream](void* to, std::size_t size) { return stream->read(stream, to, size); });
+    if (!bytes || !plugged_.restore(bytes->data(), bytes->size())) return false;
     if (hostParams_ != nullptr) hostParams_->rescan(host_, CLAP_PARAM_RESCAN_VALUES | CLAP_PARAM_RESCAN_TEXT);
     return true;
 }
@@ -456,17 +536,31 @@ bool isWindowApi(const char* api, bool isFloating) { return api != nullptr && !i
 
 bool Plugin::createWindow(const char* api, bool isFloating) {
     if (!window_ || !isWindowApi(api, isFloating)) return false;
-    const bool hasTimer =
-        timer_ != CLAP_INVALID_ID || (hostTimer_ != nullptr && hostTimer_->register_timer(host_, idlePeriod, &timer_));
-    needsIdle_.store(!hasTimer, std::memory_order_relaxed);  // then the blocks keep it going
-    return true;
+    return guarded([this] { return startIdle(), true; }, false);
+}
+
+void Plugin::startIdle() {
+    if (timer_ != CLAP_INVALID_ID || pulse_) return;
+    if (hostTimer_ != nullptr && hostTimer_->register_timer(host_, idlePeriod, &timer_)) return;
+    timer_ = CLAP_INVALID_ID;
+    pulse_.emplace(host_);
+}
+
+void Plugin::stopIdle() {
+    if (hostTimer_ != nullptr && timer_ != CLAP_INVALID_ID) hostTimer_->unregister_timer(host_, timer_);
+    timer_ = CLAP_INVALID_ID;
+    pulse_.reset();
 }
 
 void Plugin::destroyWindow() {
-    if (hostTimer_ != nullptr && timer_ != CLAP_INVALID_ID) hostTimer_->unregister_timer(host_, timer_);
-    timer_ = CLAP_INVALID_ID;
-    needsIdle_.store(false, std::memory_order_relaxed);
+    stopIdle();
     if (window_) window_->close();
+}
+
+bool Plugin::showWindow(bool isShown) {
+    if (!window_ || !window_->isOpen()) return false;
+    window_->show(isShown);
+    return true;
 }
 
 // The window has the sizes of its menu: it asks the host for one, and the host's hand cannot pull it to another.
@@ -500,8 +594,8 @@ const clap_plugin_gui_t Plugin::gui = {
     },
     [](const clap_plugin_t*, const clap_window_t*) { return false; },
     [](const clap_plugin_t*, const char*) {},
-    [](const clap_plugin_t*) { return true; },
-    [](const clap_plugin_t*) { return true; }};
+    [](const clap_plugin_t* p) { return of(p).showWindow(true); },
+    [](const clap_plugin_t* p) { return of(p).showWindow(false); }};
 
 const clap_plugin_timer_support_t Plugin::timerSupport = {[](const clap_plugin_t* p, clap_id) { of(p).idle(); }};
 

@@ -2,19 +2,10 @@
 
 #include "editor/editor_window.h"
 #include "editor/model/window_files.h"
+#include "faces/common/host_calls.h"
 
 namespace vantoric {
 namespace {
-
-// Runs `work`; whatever goes wrong in it, the host goes on. `otherwise` is the answer then.
-template <class Work, class Answer>
-Answer guarded(Work&& work, Answer otherwise) noexcept {
-    try {
-        return work();
-    } catch (...) {
-        return otherwise;
-    }
-}
 
 VSTGUI::KeyboardEvent eventOf(const FaceWindow::Key& key) {
     VSTGUI::KeyboardEvent event;
@@ -47,6 +38,7 @@ public:
     void close() override {
         guarded([&] { return window_.close(), true; }, false);
     }
+    void show(bool isShown) override { window_.show(isShown); }
     bool isOpen() const override { return window_.isOpen(); }
     std::uintptr_t ownWindow() const override { return window_.ownWindow(); }
     void idle() override {

@@ -30,6 +30,8 @@ public:
     // display.
     virtual bool open(std::uintptr_t parent) = 0;
     virtual void close() = 0;
+    // Takes an open window off the screen, or puts it back.
+    virtual void show(bool isShown) = 0;
     virtual bool isOpen() const = 0;
     // The X11 id of its own window inside the host's; 0 while it is closed.
     virtual std::uintptr_t ownWindow() const = 0;

@@ -22,6 +22,7 @@
 
 #include "faces/common/block_events.h"
 #include "faces/common/face_window.h"
+#include "faces/common/host_calls.h"
 #include "faces/common/host_news.h"
 #include "faces/lv2/lv2_ports.h"
 
@@ -60,9 +61,11 @@ struct Numbers {
         beatUnit = number(LV2_TIME__beatUnit);
         patch = number(patchUri);
         ports = number(portsUri);
+        sequence = number(LV2_ATOM__Sequence);
+        stateChanged = number(LV2_STATE__StateChanged);
     }
     LV2_URID midi, object, blank, chunk, floatType, doubleType, intType, longType;
-    LV2_URID position, tempo, speed, bar, barBeat, beatsPerBar, beatUnit, patch, ports;
+    LV2_URID position, tempo, speed, bar, barBeat, beatsPerBar, beatUnit, patch, ports, sequence, stateChanged;
 };
 
 // The song as the host told it last, moved on by the blocks since.
@@ -70,7 +73,9 @@ class Song {
 public:
     explicit Song(double rate) : rate_(rate) {}
 
-    void take(const LV2_Atom_Object& told, const Numbers& numbers) {
+    // What was told at a frame of the block.
+    void take(const LV2_Atom_Object& told, std::int64_t frame, const Numbers& numbers) {
+        moveTo(frame);
         const LV2_Atom *tempo = nullptr, *speed = nullptr, *bar = nullptr, *barBeat = nullptr, *beats = nullptr, *unit = nullptr;
         lv2_atom_object_get(&told, numbers.tempo, &tempo, numbers.speed, &speed, numbers.bar, &bar, numbers.barBeat, &barBeat,
                             numbers.beatsPerBar, &beats, numbers.beatUnit, &unit, 0);
@@ -87,12 +92,21 @@ public:
         transport_.offline = isOffline;
         return transport_;
     }
+    // The block is over.
     void moveOn(std::uint32_t frames) {
-        if (std::isfinite(speed_)) transport_.ppqPos += frames / rate_ * transport_.tempo / 60.0 * speed_;
+        moveTo(frames);
+        frame_ = 0;
     }
 
 private:
     static constexpr double quartersOfWhole = 4;
+
+    void moveTo(std::int64_t frame) {
+        if (frame <= frame_) return;
+        if (std::isfinite(speed_))
+            transport_.ppqPos += static_cast<double>(frame - frame_) / rate_ * transport_.tempo / 60.0 * speed_;
+        frame_ = frame;
+    }
 
     static double numberOf(const LV2_Atom* atom, double otherwise, const Numbers& numbers) {
         if (atom == nullptr) return otherwise;
@@ -106,6 +120,7 @@ private:
     const double rate_;
     Transport transport_;
     double speed_ = 0, beatsPerBar_ = 4, beatUnit_ = 4;
+    std::int64_t frame_ = 0;  // of the block, that the position is of
 };
 
 // A control port. The audio thread reads it, restoring and the window write what is known of it.
@@ -133,6 +148,7 @@ public:
     void connect(std::uint32_t port, void* data) {
         if (port == eventsPort) events_ = static_cast<const LV2_Atom_Sequence*>(data);
         if (port == leftPort || port == rightPort) outputs_[port - leftPort] = static_cast<float*>(data);
+        if (port == static_cast<std::uint32_t>(noticePort_)) notices_ = static_cast<LV2_Atom_Sequence*>(data);
         if (port == freeWheelPort) freeWheel_ = static_cast<const float*>(data);
         if (port >= firstValuePort && port - firstValuePort < ports_.size())
             ports_[port - firstValuePort].host = static_cast<const float*>(data);
@@ -154,14 +170,15 @@ private:
     void editBegun(int index) override { gestures_.begin(index); }
     void editEnded(int index) override { gestures_.end(index); }
     void parameterEdited(int, float) override {}  // seen when the window idles
-    void patchChanged() override {}
+    void patchChanged() override { isPatchNew_.store(true, std::memory_order_release); }
     void latencyChanged(int) override {}  // none, ever
     bool sizeWanted(int width, int height) override {
         return resize_ != nullptr && resize_->ui_resize(resize_->handle, width, height) == 0;
     }
     void collectPorts();
     void knowPorts(const std::vector<float>& values);
-    void collectEvents();
+    void writeNotices();
+    Transport collectEvents(bool isOffline);
     int portOf(int parameter) const {
         const auto& indices = portParameters();
         const auto at = std::lower_bound(indices.begin(), indices.end(), parameter);
@@ -169,6 +186,8 @@ private:
     }
 
     const Numbers numbers_;
+    const int noticePort_ = noticePort();
+    std::atomic<bool> isPatchNew_{false};  // and the host has not heard of it
     Song song_;
     Gestures gestures_;
     const LV2UI_Resize* resize_ = nullptr;
@@ -178,6 +197,7 @@ private:
     std::vector<ValuePort> ports_;
     BlockEvents block_;
     const LV2_Atom_Sequence* events_ = nullptr;
+    LV2_Atom_Sequence* notices_ = nullptr;
     const float* freeWheel_ = nullptr;
     float* outputs_[2] = {};
     std::unique_ptr<FaceWindow> window_;
@@ -199,8 +219,10 @@ void Plugin::collectPorts() {
     }
 }
 
-void Plugin::collectEvents() {
-    if (events_ == nullptr) return;
+// Answers with the transport of the block's begin.
+Transport Plugin::collectEvents(bool isOffline) {
+    Transport atBegin = song_.transport(isOffline);
+    if (events_ == nullptr) return atBegin;
     LV2_ATOM_SEQUENCE_FOREACH(events_, event) {
         if (event->body.type == numbers_.midi && event->body.size >= 1 && event->body.size <= 3) {
             std::uint8_t bytes[3] = {};
@@ -208,18 +230,44 @@ void Plugin::collectEvents() {
             block_.addMidi(event->time.frames, bytes[0], bytes[1], bytes[2]);
         } else if (event->body.type == numbers_.object || event->body.type == numbers_.blank) {
             const auto& object = reinterpret_cast<const LV2_Atom_Object&>(event->body);
-            if (object.body.otype == numbers_.position) song_.take(object, numbers_);
+            if (object.body.otype != numbers_.position) continue;
+            const std::int64_t frame = event->time.frames;
+            song_.take(object, frame, numbers_);
+            if (frame > 0)
+                block_.addTransport(frame, song_.transport(isOffline));
+            else
+                atBegin = song_.transport(isOffline);
         }
     }
+    return atBegin;
 }
 
 void Plugin::run(std::uint32_t frames) {
-    collectPorts();
-    collectEvents();
     constexpr std::uint32_t most = 1u << 30;
-    const bool isOffline = freeWheel_ != nullptr && *freeWheel_ > 0.5f;
-    block_.play(instrument_, outputs_[0], outputs_[1], static_cast<int>(std::min(frames, most)), song_.transport(isOffline));
+    collectPorts();
+    const Transport atBegin = collectEvents(freeWheel_ != nullptr && *freeWheel_ > 0.5f);
+    block_.play(instrument_, outputs_[0], outputs_[1], static_cast<int>(std::min(frames, most)), atBegin);
     song_.moveOn(frames);
+    writeNotices();
+}
+
+// A patch that came otherwise than by the host is to be saved with the session.
+void Plugin::writeNotices() {
+    if (notices_ == nullptr) return;
+    struct Notice {
+        LV2_Atom_Event event;
+        LV2_Atom_Object_Body object;
+    };
+    const std::size_t room = notices_->atom.size;
+    notices_->atom = {sizeof(LV2_Atom_Sequence_Body), numbers_.sequence};
+    notices_->body = {};
+    if (room < sizeof(LV2_Atom_Sequence_Body) + sizeof(Notice)) return;
+    if (!isPatchNew_.exchange(false, std::memory_order_acq_rel)) return;
+    Notice notice{};
+    notice.event.body = {sizeof notice.object, numbers_.object};
+    notice.object.otype = numbers_.stateChanged;
+    std::memcpy(notices_ + 1, &notice, sizeof notice);
+    notices_->atom.size += sizeof notice;
 }
 
 LV2_State_Status Plugin::save(LV2_State_Store_Function store, LV2_State_Handle handle) {
@@ -286,15 +334,6 @@ void Plugin::tellHost(Write write, Touch touch) {
 }
 
 Plugin& pluginOf(LV2_Handle handle) { return *static_cast<Plugin*>(handle); }
-
-template <class Work, class Answer>
-Answer guarded(Work&& work, Answer otherwise) noexcept {
-    try {
-        return work();
-    } catch (...) {
-        return otherwise;
-    }
-}
 
 const void* extensionData(const char* uri) {
     static const LV2_State_Interface state = {

@@ -27,4 +27,7 @@ inline const std::vector<int>& portParameters() {
     return indices;
 }
 
+// Behind them: what the plug-in tells its host of.
+inline int noticePort() { return firstValuePort + static_cast<int>(portParameters().size()); }
+
 }  // namespace vantoric::lv2_face

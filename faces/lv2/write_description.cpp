@@ -130,11 +130,15 @@ std::string plugin(bool hasWindow) {
             "        lv2:default 0.0 ;\n        lv2:minimum 0.0 ;\n        lv2:maximum 1.0 ;\n    ]";
     const std::vector<int>& indices = portParameters();
     for (std::size_t i = 0; i < indices.size(); ++i) text += valuePort(firstValuePort + static_cast<int>(i), indices[i]);
+    text += " , [\n        a lv2:OutputPort , atom:AtomPort ;\n        atom:bufferType atom:Sequence ;\n        lv2:index " +
+            std::to_string(noticePort()) +
+            " ;\n        lv2:symbol \"notices\" ;\n        lv2:name \"Notices\" ;\n"
+            "        lv2:portProperty lv2:connectionOptional ;\n    ]";
     text += " .\n";
     if (hasWindow)
         text += "\n" + inAngles(windowUri) +
                 "\n    lv2:requiredFeature ui:idleInterface , ui:parent , <http://lv2plug.in/ns/ext/instance-access> ;\n"
-                "    lv2:optionalFeature ui:resize , ui:touch ;\n    lv2:extensionData ui:idleInterface .\n";
+                "    lv2:optionalFeature ui:resize , ui:touch , ui:noUserResize ;\n    lv2:extensionData ui:idleInterface .\n";
     return text;
 }
 

@@ -64,6 +64,7 @@ bool Hands::codeDown(unsigned code) {
 }
 
 bool Hands::codeUp(unsigned code) {
+    if (code != 0 && code == pedalCode_) return setPedal(false), true;
     if (code >= noteOfCode_.size() || noteOfCode_[code] < 0) return false;
     release(noteOfCode_[code]);
     noteOfCode_[code] = -1;
@@ -76,13 +77,19 @@ void Hands::releaseCodesBut(const std::bitset<256>& down) {
 }
 
 bool Hands::isAnyCodeDown() const {
-    return std::any_of(noteOfCode_.begin(), noteOfCode_.end(), [](std::int16_t note) { return note >= 0; });
+    return pedalCode_ != 0 || std::any_of(noteOfCode_.begin(), noteOfCode_.end(), [](std::int16_t note) { return note >= 0; });
 }
 
 void Hands::setOctave(int octave) { octave_ = std::clamp(octave, lowestOctave, highestOctave); }
 void Hands::shiftOctave(int by) { setOctave(octave_ + by); }
 
+void Hands::pedalCodeDown(unsigned code) {
+    setPedal(true);
+    pedalCode_ = code;
+}
+
 void Hands::setPedal(bool down) {
+    pedalCode_ = 0;
     if (down == isPedalDown_) return;
     isPedalDown_ = down;
     player_.touch({controller, 64, static_cast<std::uint8_t>(down ? 127 : 0)});
@@ -92,6 +99,7 @@ void Hands::panic() {
     holders_.fill(0);
     noteOfCode_.fill(-1);
     isPedalDown_ = false;
+    pedalCode_ = 0;
     for (std::uint8_t channel = 0; channel < 16; ++channel) {
         for (const std::uint8_t number : {std::uint8_t{64}, std::uint8_t{1}, std::uint8_t{123}, std::uint8_t{120}})
             player_.touch({static_cast<std::uint8_t>(controller | channel), number, 0});

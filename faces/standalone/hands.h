@@ -35,9 +35,11 @@ public:
     void setOctave(int octave);
     int octave() const { return octave_; }
     void setPedal(bool down);
+    // The same by a key of the computer, which holds it down.
+    void pedalCodeDown(unsigned code);
     bool isPedalDown() const { return isPedalDown_; }
 
-    // Lets go of those of the computer's keys that are not down: their releases went to another window.
+    // Lets go of those of the computer's keys, the pedal's among them, that are not down: their releases went to another window.
     void releaseCodesBut(const std::bitset<256>& down);
     bool isAnyCodeDown() const;
     // Ends all that sounds, on all channels, and puts pedal and wheels back.
@@ -49,6 +51,7 @@ private:
     Player& player_;
     int octave_ = 3;
     bool isPedalDown_ = false;
+    unsigned pedalCode_ = 0;  // that holds the pedal; 0 for none
     std::array<std::int16_t, 256> noteOfCode_{};
     std::array<std::uint8_t, 128> holders_{};
 };

@@ -16,6 +16,8 @@ public:
     ~JackDevice() override {
         if (!isLost_) jack_.deactivate(client_);
         jack_.client_close(client_);
+        player_.releaseDevice();
+        player_.setOffline(false);
     }
 
     // False with a reason if the server refuses.
@@ -31,6 +33,8 @@ public:
         jack_.set_process_callback(client_, &JackDevice::process, this);
         jack_.set_xrun_callback(client_, &JackDevice::onDropout, this);
         jack_.set_sample_rate_callback(client_, &JackDevice::onRate, this);
+        jack_.set_freewheel_callback(client_, &JackDevice::onFreewheel, this);
+        jack_.set_port_connect_callback(client_, &JackDevice::onConnection, this);
         if (jack_.activate(client_) != 0) return problem = "JACK: the server refuses to play", false;
         connectOutputs();
         return true;
@@ -58,6 +62,13 @@ private:
         auto& device = *static_cast<JackDevice*>(self);
         if (rate != device.rate_) device.isLost_ = true;
         return 0;
+    }
+
+    static void onFreewheel(int isOn, void* self) { static_cast<JackDevice*>(self)->player_.setOffline(isOn != 0); }
+    // Of a keyboard that is parted from the program or unplugged nothing else is heard.
+    static void onConnection(jack_port_id_t, jack_port_id_t to, int isOn, void* self) {
+        auto& device = *static_cast<JackDevice*>(self);
+        if (isOn == 0 && device.jack_.port_by_id(device.client_, to) == device.midiIn_) device.player_.releaseDevice();
     }
 
     void playBlock(jack_nframes_t frames) {

@@ -37,6 +37,9 @@ bool load(JackLibrary& jack) {
     finder.find(jack.set_process_callback, "set_process_callback");
     finder.find(jack.set_xrun_callback, "set_xrun_callback");
     finder.find(jack.set_sample_rate_callback, "set_sample_rate_callback");
+    finder.find(jack.set_freewheel_callback, "set_freewheel_callback");
+    finder.find(jack.set_port_connect_callback, "set_port_connect_callback");
+    finder.find(jack.port_by_id, "port_by_id");
     finder.find(jack.set_error_function, "set_error_function");
     finder.find(jack.set_info_function, "set_info_function");
     finder.find(jack.get_sample_rate, "get_sample_rate");

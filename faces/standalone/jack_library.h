@@ -19,6 +19,9 @@ struct JackLibrary {
     decltype(&::jack_set_process_callback) set_process_callback;
     decltype(&::jack_set_xrun_callback) set_xrun_callback;
     decltype(&::jack_set_sample_rate_callback) set_sample_rate_callback;
+    decltype(&::jack_set_freewheel_callback) set_freewheel_callback;
+    decltype(&::jack_set_port_connect_callback) set_port_connect_callback;
+    decltype(&::jack_port_by_id) port_by_id;
     decltype(&::jack_set_error_function) set_error_function;
     decltype(&::jack_set_info_function) set_info_function;
     decltype(&::jack_get_sample_rate) get_sample_rate;

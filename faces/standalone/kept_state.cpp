@@ -6,7 +6,6 @@
 #include <sstream>
 #include <vector>
 
-#include "patch/patch_file.h"
 #include "platform/files.h"
 #include "platform/user_state.h"
 
@@ -72,19 +71,15 @@ bool keepSettings(const KeptSettings& settings) {
     return write(settingsPath(), all.data(), all.size());
 }
 
-bool keepPatch(Instrument& instrument) {
-    const ChunkBytes patch = instrument.patchChunk().getChunk();
+bool keepPatch(PluggedInstrument& plugged) {
+    const ChunkBytes patch = plugged.patch();
     return patch.size > 0 && write(patchStatePath(), patch.data.get(), static_cast<std::size_t>(patch.size));
 }
 
-bool loadKeptPatch(Instrument& instrument) {
+bool loadKeptPatch(PluggedInstrument& plugged) {
     std::vector<std::uint8_t> bytes;
-    if (patchStatePath().empty() || !platform::readFile(patchStatePath(), bytes, mostPatch) || bytes.empty()) return false;
-    // A chunk below its fixed size would be taken for a call to be silent.
-    if (bytes.size() < static_cast<std::size_t>(chunk::fixedSize)) return false;
-    if (instrument.patchChunk().setChunk(bytes.data(), static_cast<std::int32_t>(bytes.size())) != 0) return true;
-    instrument.patchFiles().loadPatchFile(welcomePatchPath());  // the engine is silent until the next load
-    return false;
+    if (patchStatePath().empty() || !platform::readFile(patchStatePath(), bytes, mostPatch)) return false;
+    return plugged.restore(bytes.data(), bytes.size());
 }
 
 }  // namespace vantoric::standalone

@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "engine/instrument.h"
+#include "faces/common/plugged_instrument.h"
 #include "faces/standalone/sound_system.h"
 
 namespace vantoric::standalone {
@@ -25,8 +25,8 @@ KeptSettings readKeptSettings();
 bool keepSettings(const KeptSettings& settings);
 
 // The patch in force, beside the settings.
-bool keepPatch(Instrument& instrument);
-// False if none is kept, with the patch as it was, or if it cannot be loaded: the welcome patch is in force then.
-bool loadKeptPatch(Instrument& instrument);
+bool keepPatch(PluggedInstrument& plugged);
+// False if none is kept, or none that is whole, with the patch as it was; the user is told of one that is not.
+bool loadKeptPatch(PluggedInstrument& plugged);
 
 }  // namespace vantoric::standalone

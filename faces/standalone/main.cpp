@@ -97,7 +97,7 @@ void keep(Standalone& program, KeptSettings& settings) {
     settings.tempo = program.player().tempo();
     settings.octave = program.hands().octave();
     settings.unwantedInputs = program.midi().unwanted();
-    if (!keepSettings(settings) || !keepPatch(program.instrument()))
+    if (!keepSettings(settings) || !keepPatch(program.plugged()))
         complain(Exit::trouble, "what was set could not be kept for the next time");
 }
 
@@ -128,7 +128,7 @@ bool runWithWindow(Standalone& program, KeptSettings& settings, const Options& o
 
 // What is played first: the patch that was asked for, else the one from the last time, else the welcome patch.
 bool choosePatch(Standalone& program, const Options& options) {
-    if (options.patch.empty()) return loadKeptPatch(program.instrument()), true;
+    if (options.patch.empty()) return loadKeptPatch(program.plugged()), true;
     return program.loadPatch(options.patch);
 }
 

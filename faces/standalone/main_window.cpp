@@ -144,7 +144,12 @@ void MainWindow::pressed(Part part) {
 }
 
 void MainWindow::choose(const SoundChoice& choice) {
-    settings_.sound = choice;
+    // What the options chose for this start stays theirs.
+    const SoundChoice before = program_.sound().choice();
+    if (choice.kind != before.kind) settings_.sound.kind = choice.kind;
+    if (choice.device != before.device) settings_.sound.device = choice.device;
+    if (choice.rate != before.rate) settings_.sound.rate = choice.rate;
+    if (choice.period != before.period) settings_.sound.period = choice.period;
     program_.sound().open(choice);
     program_.midi().poll(program_.sound().midi());
     showPanel();
@@ -169,7 +174,7 @@ bool MainWindow::isCommandKey(const WindowKey& key) {
     switch (key.symbol) {
         case XK_Page_Up: return hands.shiftOctave(1), true;
         case XK_Page_Down: return hands.shiftOctave(-1), true;
-        case XK_space: return hands.setPedal(true), true;
+        case XK_space: return hands.pedalCodeDown(key.code), true;
         case XK_Escape:
             if (panel_.isOpen()) return panelToggleWanted_ = true;
             return hands.panic(), true;
@@ -182,10 +187,7 @@ void MainWindow::keyDown(const WindowKey& key) {
     if (!isCommandKey(key) && !key.isRepeated) program_.hands().codeDown(key.code);
 }
 
-void MainWindow::keyUp(const WindowKey& key) {
-    if (key.symbol == XK_space) program_.hands().setPedal(false);
-    program_.hands().codeUp(key.code);
-}
+void MainWindow::keyUp(const WindowKey& key) { program_.hands().codeUp(key.code); }
 
 // ---- what is shown ------------------------------------------------------------------------------------------
 

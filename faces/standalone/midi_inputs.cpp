@@ -1,5 +1,7 @@
 #include "faces/standalone/midi_inputs.h"
 
+#include <utility>
+
 #include "faces/standalone/system.h"
 
 namespace vantoric::standalone {
@@ -14,15 +16,21 @@ void MidiInputs::poll(MidiPort* device) {
     openSystem();
     inputs_.clear();
     hasOwn_ = device != nullptr && !device->inputs().empty();
-    if (device != nullptr) follow(*device, hasOwn_);
-    if (system_) follow(*system_, !hasOwn_);
+    std::set<Settled> seen;
+    if (device != nullptr) follow(*device, hasOwn_, seen);
+    if (system_) follow(*system_, !hasOwn_, seen);
+    settled_ = std::move(seen);
 }
 
-void MidiInputs::follow(MidiPort& port, bool isChosen) {
+void MidiInputs::follow(MidiPort& port, bool isChosen, std::set<Settled>& seen) {
     for (MidiInput& input : port.inputs()) {
+        const Settled settled{port.portNumber, isChosen, input.id, input.name};
         const bool wanted = isChosen && isWanted(input.name);
-        if (wanted != input.isConnected) port.connect(input.id, wanted);
-        input.isConnected = wanted;
+        if (!settled_.contains(settled) && wanted != input.isConnected) {
+            port.connect(input.id, wanted);
+            input.isConnected = wanted;
+        }
+        seen.insert(settled);
         if (isChosen) inputs_.push_back(std::move(input));
     }
 }
@@ -33,6 +41,7 @@ void MidiInputs::setWanted(const std::string& name, bool wanted) {
     } else {
         unwanted_.insert(name);
     }
+    std::erase_if(settled_, [&name](const Settled& settled) { return std::get<3>(settled) == name; });
 }
 
 std::string MidiInputs::description() const {

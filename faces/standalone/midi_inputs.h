@@ -4,6 +4,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "faces/standalone/sound_device.h"
@@ -17,7 +18,8 @@ public:
     // The player outlives it.
     explicit MidiInputs(Player& player) : player_(player) {}
 
-    // Looks for what was plugged in or unplugged, some times a second. `device` is null for none.
+    // Looks for what was plugged in or unplugged, some times a second. `device` is null for none. What is new is connected;
+    // whoever connects or parts it by other means has his way afterwards.
     void poll(MidiPort* device);
     // What is there, as the last `poll` found it.
     const std::vector<MidiInput>& inputs() const { return inputs_; }
@@ -35,15 +37,19 @@ public:
 private:
     static constexpr double retryEvery = 5.0;  // seconds
 
+    // A port's number, whether its kind of port is chosen, an input's id and its name.
+    using Settled = std::tuple<unsigned, bool, std::string, std::string>;
+
     void openSystem();
-    void follow(MidiPort& port, bool isChosen);
+    void follow(MidiPort& port, bool isChosen, std::set<Settled>& seen);
 
     Player& player_;
     std::unique_ptr<SystemMidi> system_;
     std::string problem_;
     std::vector<MidiInput> inputs_;
     std::set<std::string> unwanted_;
-    bool hasOwn_ = false;  // the device offers inputs
+    std::set<Settled> settled_;  // what was connected or parted already
+    bool hasOwn_ = false;        // the device offers inputs
     double nextTry_ = 0;
 };
 

@@ -29,13 +29,19 @@ void Player::prepare(double rate) {
 // ---- messages -----------------------------------------------------------------------------------------------
 
 void Player::place(int frame, const ShortMessage& message) noexcept {
-    if (placedCount_ == mostMessages) return;
-    placed_[placedCount_++] = {frame, message};
+    events_.addMidi(frame, message.status, message.data1, message.data2);
     messagesIn_.fetch_add(1, std::memory_order_relaxed);
     markKey(message);
 }
 
-void Player::receive(int frame, const ShortMessage& message) noexcept { place(frame, message); }
+void Player::letGo(HeldKeys& held, int frame) noexcept {
+    held.release([&](const ShortMessage& message) { place(frame, message); });
+}
+
+void Player::receive(int frame, const ShortMessage& message) noexcept {
+    device_.follow(message);
+    place(frame, message);
+}
 
 void Player::touch(const ShortMessage& message) noexcept { hands_.push({0, message}); }
 
@@ -60,21 +66,20 @@ bool Player::isKeyDown(int key) const {
 
 // What came in during the last block sounds in this one, at the same distance: a constant delay in place of jitter.
 void Player::collect(double now, int frames) noexcept {
-    while (const Timed* item = hands_.front()) {
+    while (const Timed* item = hands_.ring.front()) {
+        hands_.held.follow(item->message);
         place(0, item->message);
-        hands_.pop();
+        hands_.ring.pop();
     }
-    for (const Timed* item = sequencer_.front(); item != nullptr && item->seconds < now; item = sequencer_.front()) {
+    for (const Timed* item = sequencer_.ring.front(); item != nullptr && item->seconds < now; item = sequencer_.ring.front()) {
+        sequencer_.held.follow(item->message);
         place(std::clamp(static_cast<int>((item->seconds - lastBlock_) * rate()), 0, frames - 1), item->message);
-        sequencer_.pop();
+        sequencer_.ring.pop();
     }
+    for (Line* line : {&hands_, &sequencer_})
+        if (line->isBroken.exchange(false, std::memory_order_acq_rel)) letGo(line->held, frames - 1);
+    if (isDeviceLoose_.exchange(false, std::memory_order_acq_rel)) letGo(device_, frames - 1);
     lastBlock_ = now;
-}
-
-// By insertion: nearly always in order, and nothing is allocated.
-void Player::sortByFrame() noexcept {
-    for (std::size_t i = 1; i < placedCount_; ++i)
-        for (std::size_t j = i; j > 0 && placed_[j].frame < placed_[j - 1].frame; --j) std::swap(placed_[j], placed_[j - 1]);
 }
 
 // ---- sound --------------------------------------------------------------------------------------------------
@@ -83,45 +88,26 @@ void Player::play(float* left, float* right, int frames) noexcept {
     if (frames <= 0) return;
     const double begin = clockSeconds();
     collect(begin, frames);
-    sortByFrame();
-    renderPieces(left, right, frames);
-    placedCount_ = 0;
+    events_.play(instrument_, left, right, frames, transport());
+    songFrames_ += static_cast<std::uint64_t>(frames);
     recorder_.hear(left, right, frames);
     measure(clockSeconds() - begin, frames);
     frames_.fetch_add(static_cast<std::uint64_t>(frames), std::memory_order_relaxed);
 }
 
-// In more than one piece where there are more messages than the instrument's queue takes.
-void Player::renderPieces(float* left, float* right, int frames) noexcept {
-    std::size_t next = 0;
-    int from = 0;
-    while (from < frames) {
-        std::size_t given = 0;
-        int to = std::min(frames, from + longestBlock);
-        for (; next < placedCount_ && placed_[next].frame < to; ++next, ++given) {
-            const Placed& item = placed_[next];
-            if (given >= queueShare && item.frame > placed_[next - 1].frame) to = item.frame;
-            if (item.frame >= to) break;
-            instrument_.receive({item.frame - from, item.message.status, item.message.data1, item.message.data2});
-        }
-        renderPiece(left + from, right + from, to - from);
-        from = to;
-    }
-}
-
-void Player::renderPiece(float* left, float* right, int frames) noexcept {
-    const double played = static_cast<double>(songFrames_) / rate() / 60.0;
+// Of the block that follows. Another tempo begins where the song stands.
+Transport Player::transport() noexcept {
     if (const double wanted = tempo(); wanted != songTempo_) {
-        songStart_ += played * songTempo_;
+        songStart_ += static_cast<double>(songFrames_) / rate() / 60.0 * songTempo_;
         songFrames_ = 0;
         songTempo_ = wanted;
     }
     Transport transport;
     transport.known = true;
+    transport.offline = isOffline_.load(std::memory_order_relaxed);
     transport.tempo = songTempo_;
     transport.ppqPos = songStart_ + static_cast<double>(songFrames_) / rate() * songTempo_ / 60.0;
-    instrument_.render(left, right, frames, transport);
-    songFrames_ += static_cast<std::uint64_t>(frames);
+    return transport;
 }
 
 void Player::measure(double seconds, int frames) noexcept {

@@ -7,23 +7,19 @@
 #include <utility>
 
 #include "engine/instrument.h"
+#include "faces/common/block_events.h"
+#include "faces/standalone/held_keys.h"
 #include "faces/standalone/recorder.h"
 #include "faces/standalone/ring.h"
+#include "faces/standalone/short_message.h"
 
 namespace vantoric::standalone {
-
-// A MIDI message of one to three bytes.
-struct ShortMessage {
-    std::uint8_t status = 0, data1 = 0, data2 = 0;
-};
 
 // Seconds on the clock that all threads of the program share.
 double clockSeconds();
 
 class Player {
 public:
-    static constexpr int longestBlock = 8192;  // frames, of what a device should ask for; longer blocks are cut
-
     // Both outlive it.
     Player(Instrument& instrument, Recorder& recorder);
 
@@ -34,7 +30,7 @@ public:
 
     // ---- the device's thread
 
-    // A message at a frame of the block that follows, by a device that knows the frame. More than 1024 of a block are lost.
+    // A message at a frame of the block that follows, by a device that knows the frame. See BlockEvents for how many.
     void receive(int frame, const ShortMessage& message) noexcept;
     // Renders a block of any length. No locks, no allocation, no calls of the system but for the time.
     void play(float* left, float* right, int frames) noexcept;
@@ -46,7 +42,12 @@ public:
     // The window's thread: a message of the keys on the screen or of the computer, as soon as possible.
     void touch(const ShortMessage& message) noexcept;
     // The sequencer's thread: one that came in at a moment of `clockSeconds`. It sounds one block later, at its frame.
+    // Of both, more than 1024 between two blocks are lost; whatever was held by their like is let go of then.
     void receiveAt(double seconds, const ShortMessage& message) noexcept;
+    // Any thread: a keyboard at the device's own MIDI has gone, so what its keyboards hold is let go of.
+    void releaseDevice() noexcept { isDeviceLoose_.store(true, std::memory_order_release); }
+    // Any thread: whether the device renders faster than time, and would rather wait than hear a wave unfinished.
+    void setOffline(bool isOffline) noexcept { isOffline_.store(isOffline, std::memory_order_relaxed); }
 
     // Quarter notes a minute, 20 to 300.
     void setTempo(double tempo) { tempo_.store(tempo, std::memory_order_relaxed); }
@@ -67,26 +68,29 @@ private:
         double seconds = 0;
         ShortMessage message;
     };
-    struct Placed {
-        int frame = 0;
-        ShortMessage message;
+    // Messages of one kind of sender on their way, and what these hold.
+    struct Line {
+        Ring<Timed, 1024> ring;
+        HeldKeys held;
+        std::atomic<bool> isBroken{false};  // it was full
+        void push(const Timed& item) noexcept {
+            if (!ring.push(item)) isBroken.store(true, std::memory_order_release);
+        }
     };
-    static constexpr std::size_t mostMessages = 1024;  // a block
-    static constexpr std::size_t queueShare = 200;     // of the instrument's queue of 256 places
 
     void place(int frame, const ShortMessage& message) noexcept;
+    void letGo(HeldKeys& held, int frame) noexcept;
     void collect(double now, int frames) noexcept;
-    void sortByFrame() noexcept;
-    void renderPieces(float* left, float* right, int frames) noexcept;
-    void renderPiece(float* left, float* right, int frames) noexcept;
+    Transport transport() noexcept;
     void markKey(const ShortMessage& message) noexcept;
     void measure(double seconds, int frames) noexcept;
 
     Instrument& instrument_;
     Recorder& recorder_;
-    Ring<Timed, 1024> hands_, sequencer_;
-    std::array<Placed, mostMessages> placed_;
-    std::size_t placedCount_ = 0;
+    BlockEvents events_;
+    Line hands_, sequencer_;
+    HeldKeys device_;
+    std::atomic<bool> isDeviceLoose_{false}, isOffline_{false};
     double lastBlock_ = 0;
     // The song: quarter notes at the frame where the tempo last changed.
     double songStart_ = 0, songTempo_ = 120;

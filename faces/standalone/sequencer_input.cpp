@@ -3,6 +3,7 @@
 #include <poll.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 
 #include "faces/standalone/alsa_device.h"
@@ -100,14 +101,26 @@ void SequencerInput::run() {
     while (!isEnding_) {
         if (poll(waiting.data(), static_cast<nfds_t>(count), wakeEvery) <= 0) continue;
         snd_seq_event_t* event = nullptr;
-        while (snd_seq_event_input(sequencer_.get(), &event) >= 0 && event != nullptr) take(*event);
+        int result = 0;
+        while ((result = snd_seq_event_input(sequencer_.get(), &event)) >= 0 && event != nullptr) take(*event);
+        if (result == -ENOSPC)  // some were lost, ends of notes maybe
+            senders_.leaveAll([this](const ShortMessage& message) { receive(message); });
     }
+    senders_.leaveAll([this](const ShortMessage& message) { receive(message); });
 }
 
+// The system tells the port itself of a keyboard that was parted from it or unplugged.
 void SequencerInput::take(const snd_seq_event_t& event) {
+    if (event.type == SND_SEQ_EVENT_PORT_UNSUBSCRIBED) {
+        const snd_seq_addr_t sender = event.data.connect.sender;
+        return senders_.leave({sender.client, sender.port}, [this](const ShortMessage& message) { receive(message); });
+    }
     std::array<std::uint8_t, 16> bytes{};
     const long size = snd_midi_event_decode(decoder_.get(), bytes.data(), bytes.size(), &event);
-    if (size >= 1 && size <= 3) player_.receiveAt(clockSeconds(), {bytes[0], bytes[1], bytes[2]});
+    if (size < 1 || size > 3) return;
+    const ShortMessage message{bytes[0], bytes[1], bytes[2]};
+    senders_.follow({event.source.client, event.source.port}, message);
+    receive(message);
 }
 
 }  // namespace vantoric::standalone

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "faces/standalone/senders.h"
 #include "faces/standalone/sound_device.h"
 
 namespace vantoric::standalone {
@@ -36,11 +37,13 @@ private:
     bool isConnected(int client, int port) const;
     void run();
     void take(const snd_seq_event_t& event);
+    void receive(const ShortMessage& message) { player_.receiveAt(clockSeconds(), message); }
 
     Player& player_;
     std::unique_ptr<snd_seq_t, Close> sequencer_;
     std::unique_ptr<snd_midi_event_t, Close> decoder_;
     int port_ = 0;
+    Senders senders_;  // the thread's
     std::atomic<bool> isEnding_{false};
     std::thread thread_;
 };

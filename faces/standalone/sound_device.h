@@ -17,6 +17,9 @@ struct MidiInput {
 // What keyboards and the like can be connected to. On the program's main thread.
 class MidiPort {
 public:
+    // No two ports of a run of the program have the same.
+    const unsigned portNumber = nextNumber();
+
     // The hardware that is there now.
     virtual std::vector<MidiInput> inputs() = 0;
     // Connects one of them or lets go of it; one that has gone meanwhile is passed over.
@@ -24,6 +27,12 @@ public:
 
 protected:
     ~MidiPort() = default;
+
+private:
+    static unsigned nextNumber() {
+        static unsigned last = 0;
+        return ++last;
+    }
 };
 
 // MIDI of the system itself, beside that of a sound device.

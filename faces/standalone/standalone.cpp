@@ -5,8 +5,6 @@
 #include <ctime>
 #include <utility>
 
-#include "library/show_messages.h"
-#include "patch/patch_file.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
 #include "platform/user_folders.h"
@@ -41,15 +39,10 @@ std::string newRecordingPath() {
 }
 
 Standalone::Standalone(platform::Dialogs& dialogs)
-    : dialogs_(dialogs), player_(instrument_, recorder_), hands_(player_), midi_(player_), sound_(player_) {
-    instrument_.setHostPort(this);
-    programs_.emplace(instrument_, dialogs_);
-}
+    : plugged_(*this, dialogs), player_(instrument_, recorder_), hands_(player_), midi_(player_), sound_(player_) {}
 
 Standalone::~Standalone() {
     sound_.close();  // before the instrument loses its host
-    programs_.reset();
-    instrument_.setHostPort(nullptr);
 }
 
 bool Standalone::loadPatch(const std::string& name) {
@@ -90,7 +83,7 @@ void Standalone::poll() {
         midi_.poll(sound_.midi());
     }
     if (recorder_.hasFailed()) endRecording();
-    if (!boxesShown_) showMessages(instrument_.messages(), dialogs_);
+    if (!boxesShown_) plugged_.showMessages();
 }
 
 std::string Standalone::takeNews() { return std::exchange(news_, {}); }

@@ -2,17 +2,16 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 #include <string>
 
 #include "engine/host_port.h"
+#include "faces/common/plugged_instrument.h"
 #include "faces/standalone/hands.h"
 #include "faces/standalone/kept_state.h"
 #include "faces/standalone/midi_inputs.h"
 #include "faces/standalone/player.h"
 #include "faces/standalone/recorder.h"
 #include "faces/standalone/sound_system.h"
-#include "library/program_loader.h"
 #include "platform/dialogs.h"
 
 namespace vantoric::standalone {
@@ -25,8 +24,9 @@ public:
     explicit Standalone(platform::Dialogs& dialogs);
     ~Standalone();
 
+    PluggedInstrument& plugged() { return plugged_; }
     Instrument& instrument() { return instrument_; }
-    ProgramLoader& programs() { return *programs_; }
+    ProgramLoader& programs() { return plugged_.programs(); }
     Player& player() { return player_; }
     Recorder& recorder() { return recorder_; }
     SoundSystem& sound() { return sound_; }
@@ -64,14 +64,13 @@ private:
 
     void endRecording();
 
-    platform::Dialogs& dialogs_;
-    Instrument instrument_;
+    PluggedInstrument plugged_;
+    Instrument& instrument_{plugged_.instrument()};
     Recorder recorder_;
     Player player_;
     Hands hands_;
     MidiInputs midi_;
     SoundSystem sound_;  // ends first: it plays all of these
-    std::optional<ProgramLoader> programs_;
     std::function<bool(int, int)> sizeWish_;
     std::string news_;
     double nextLook_ = 0;

@@ -7,6 +7,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,6 +31,22 @@ struct TopWindow::Connection {
     }
 };
 
+namespace {
+
+int sayError(Display* display, XErrorEvent* error) {
+    char text[128] = {};
+    XGetErrorText(display, error->error_code, text, sizeof text);
+    std::fprintf(stderr, "vantoric: the display refused request %d: %s\n", error->request_code, text);
+    return 0;
+}
+
+bool isViewable(Display* display, Window window) {
+    XWindowAttributes facts{};
+    return XGetWindowAttributes(display, window, &facts) != 0 && facts.map_state == IsViewable;
+}
+
+}  // namespace
+
 bool TopWindow::hasDisplay() {
     Display* const display = XOpenDisplay(nullptr);
     if (display == nullptr) return false;
@@ -40,7 +57,7 @@ bool TopWindow::hasDisplay() {
 TopWindow::~TopWindow() {
     if (connection_ == nullptr) return;
     if (!isLost_) {
-        XDestroyWindow(connection_->display, window_);
+        if (window_ != 0) XDestroyWindow(connection_->display, window_);
         XCloseDisplay(connection_->display);
     }
     delete connection_;
@@ -50,7 +67,8 @@ bool TopWindow::open(int width, int height) {
     Display* const display = XOpenDisplay(nullptr);
     if (display == nullptr) return false;
     connection_ = new Connection{display};
-    // A display that goes away would end the program, and the patch with it.
+    // A display that goes away would end the program, and the patch with it; so would a call that the display refuses.
+    XSetErrorHandler(&sayError);
     XSetIOErrorHandler([](Display*) { return 0; });
     XSetIOErrorExitHandler(display, [](Display*, void* self) { static_cast<TopWindow*>(self)->isLost_ = true; }, this);
     XkbSetDetectableAutoRepeat(display, True, nullptr);
@@ -102,14 +120,14 @@ void TopWindow::setIcon() {
 }
 
 void TopWindow::setTitle(const std::string& title) {
-    if (isLost_) return;
+    if (isLost_ || window_ == 0) return;
     XStoreName(connection_->display, window_, title.c_str());
     connection_->setText(window_, "_NET_WM_NAME", title);
     XFlush(connection_->display);
 }
 
 void TopWindow::resize(int width, int height) {
-    if (isLost_) return;
+    if (isLost_ || window_ == 0) return;
     setHints(width, height);
     XResizeWindow(connection_->display, window_, static_cast<unsigned>(width), static_cast<unsigned>(height));
     XFlush(connection_->display);
@@ -180,8 +198,15 @@ void TopWindow::take(const void* what) {
             for (bool& isDown : down_) isDown = false;
             return listener_.focusLost();
         case MapNotify:
-            // Without a window manager nobody else does it.
-            if (!std::exchange(hasFocused_, true)) XSetInputFocus(connection_->display, window_, RevertToParent, CurrentTime);
+            // Without a window manager nobody else does it. With one its frame around us may not show yet.
+            if (!std::exchange(hasFocused_, true) && isViewable(connection_->display, window_))
+                XSetInputFocus(connection_->display, window_, RevertToParent, CurrentTime);
+            return;
+        case DestroyNotify:  // by somebody else
+            if (event.xdestroywindow.window == window_) {
+                window_ = 0;
+                listener_.closeWanted();
+            }
             return;
         case ClientMessage:
             if (static_cast<Atom>(event.xclient.data.l[0]) == connection_->closing) listener_.closeWanted();

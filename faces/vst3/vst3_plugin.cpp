@@ -4,16 +4,18 @@
 #include "faces/vst3/vst3_plugin.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <cmath>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "base/numbers.h"
 #include "faces/common/block_events.h"
 #include "faces/common/face_window.h"
+#include "faces/common/host_calls.h"
 #include "faces/common/host_news.h"
 #include "faces/common/host_parameters.h"
 #include "pluginterfaces/base/ibstream.h"
@@ -47,6 +49,7 @@ DEF_CLASS_IID(IEditController)
 DEF_CLASS_IID(IMidiMapping)
 DEF_CLASS_IID(IUnitInfo)
 DEF_CLASS_IID(IComponentHandler)
+DEF_CLASS_IID(IComponentHandler2)
 DEF_CLASS_IID(IHostApplication)
 }  // namespace Vst
 }  // namespace Steinberg
@@ -64,7 +67,6 @@ namespace hp = host_parameter;
 
 constexpr ParamID firstController = 0x10000;
 constexpr int controllersOfChannel = kCountCtrlNumber, channels = 16;
-constexpr std::size_t mostState = std::size_t{1} << 30;  // bytes that a host's stream may hold
 
 #ifdef _WIN32
 const FIDString windowType = kPlatformTypeHWND;
@@ -72,15 +74,10 @@ const FIDString windowType = kPlatformTypeHWND;
 const FIDString windowType = kPlatformTypeX11EmbedWindowID;
 #endif
 
+// What a call answers that has thrown.
 template <class Work>
 tresult guarded(Work&& work) noexcept {
-    try {
-        return work();
-    } catch (const std::bad_alloc&) {
-        return kOutOfMemory;
-    } catch (...) {
-        return kInternalError;
-    }
+    return vantoric::guarded(work, tresult{kInternalError});
 }
 
 // The instrument's texts are ASCII.
@@ -99,13 +96,28 @@ std::string readText(const char16* from, std::size_t most) {
     return text;
 }
 
-std::uint8_t midiByte(double unit) { return static_cast<std::uint8_t>(truncateTo(unit * 127.0 + 0.5, 0, 127)); }
-
 bool isParameter(ParamID id) { return id < static_cast<ParamID>(parameterCount); }
 double normalized(int index, float stored) { return hp::plain(index, stored) / hp::largest(index); }
 float storedOf(const Instrument& instrument, int index, double normalizedValue) {
     return hp::storedFor(instrument, index, normalizedValue * hp::largest(index));
 }
+
+// A value for each parameter, or none. Any thread.
+class ValueNotes {
+public:
+    ValueNotes() { clear(); }
+    void put(int index, double value) { at(index).store(value, std::memory_order_relaxed); }
+    // NaN for none.
+    double get(int index) const { return values_[static_cast<std::size_t>(index)].load(std::memory_order_relaxed); }
+    double take(int index) { return at(index).exchange(NAN, std::memory_order_relaxed); }
+    void clear() {
+        for (auto& value : values_) value.store(NAN, std::memory_order_relaxed);
+    }
+
+private:
+    std::atomic<double>& at(int index) { return values_[static_cast<std::size_t>(index)]; }
+    std::array<std::atomic<double>, parameterCount> values_;
+};
 
 class Plugin;
 
@@ -226,6 +238,39 @@ private:
     std::atomic<uint32> references_{1};
 };
 
+#ifdef _WIN32
+class Rounds {};
+#else
+// The host's own clock, where it offers one for all of a plug-in's life.
+class Rounds final : public Linux::ITimerHandler {
+public:
+    // Null if the host has none.
+    static std::unique_ptr<Rounds> start(Plugin& plugin, FUnknown* context);
+    virtual ~Rounds();
+    Rounds(const Rounds&) = delete;
+    Rounds& operator=(const Rounds&) = delete;
+
+    void PLUGIN_API onTimer() override;
+    // The plug-in's, which outlives it.
+    tresult PLUGIN_API queryInterface(const TUID wanted, void** object) override {
+        if (object == nullptr) return kInvalidArgument;
+        const bool isOurs =
+            FUnknownPrivate::iidEqual(wanted, FUnknown::iid) || FUnknownPrivate::iidEqual(wanted, Linux::ITimerHandler::iid);
+        *object = isOurs ? this : nullptr;
+        return isOurs ? kResultOk : kNoInterface;
+    }
+    uint32 PLUGIN_API addRef() override { return 1; }
+    uint32 PLUGIN_API release() override { return 1; }
+
+private:
+    explicit Rounds(Plugin& plugin) : plugin_(plugin) {}
+    static constexpr int period = 200;  // milliseconds
+
+    Plugin& plugin_;
+    Linux::IRunLoop* loop_ = nullptr;
+};
+#endif
+
 class Plugin final : public IComponent, public IAudioProcessor, public IProcessContextRequirements, private HostPort {
 public:
     Plugin() : plugged_(*this), told_(instrument_.parameters()) { window_ = makeFaceWindow(plugged_, ""); }
@@ -233,7 +278,9 @@ public:
     Instrument& instrument() { return instrument_; }
     FaceWindow* window() { return window_.get(); }
     FUnknown* context() const { return context_; }
-    bool isProcessing() const { return isProcessing_.load(std::memory_order_relaxed); }
+    // The host's value of a parameter, normalized: what it has set, even before the block that brings it.
+    double value(int index) const;
+    void setValue(int index, double normalizedValue);
     void setView(View* view) { view_ = view; }
     View* view() const { return view_; }
     // The window's thread: what came from elsewhere is told.
@@ -290,16 +337,14 @@ public:
     }
     uint32 PLUGIN_API getLatencySamples() override { return 0; }
     tresult PLUGIN_API setupProcessing(ProcessSetup& setup) override;
-    tresult PLUGIN_API setProcessing(TBool isOn) override {
-        isProcessing_.store(isOn != 0, std::memory_order_relaxed);
-        return kResultOk;
-    }
+    tresult PLUGIN_API setProcessing(TBool isOn) override;
     tresult PLUGIN_API process(ProcessData& data) override;
     uint32 PLUGIN_API getTailSamples() override { return kInfiniteTail; }  // arpeggiators and feedback go on without a note
     uint32 PLUGIN_API getProcessContextRequirements() override { return kNeedTempo | kNeedProjectTimeMusic; }
 
     // By `release` alone.
     virtual ~Plugin() {
+        stopRounds();
         window_.reset();
         if (context_ != nullptr) context_->release();
     }
@@ -309,6 +354,8 @@ private:
     tresult load(IBStream* stream);
     tresult save(IBStream* stream);
     void keepContext(FUnknown* context);
+    void startRounds();
+    void stopRounds();
 
     // ---- the window's and the library's threads
     void editBegun(int index) override;
@@ -334,7 +381,10 @@ private:
     FUnknown* context_ = nullptr;
     Controller controller_{*this};
     View* view_ = nullptr;
-    Gestures gestures_;  // for who holds what
+    Gestures gestures_;     // for who holds what
+    ValueNotes asked_;      // what the host has set while it plays, until a block brings it
+    ValueNotes performed_;  // what a hand in the window has set, stored, and the host was told there
+    std::unique_ptr<Rounds> rounds_;
     std::atomic<bool> isPatchNew_{false}, isProcessing_{false}, isOffline_{false}, isRestoring_{false};
     std::atomic<std::uint32_t> patchesKnown_{0};  // of which the host has read the values
     PluggedInstrument plugged_;
@@ -367,10 +417,42 @@ void Plugin::keepContext(FUnknown* context) {
 
 tresult Plugin::initialize(FUnknown* context) {
     keepContext(context);
+    startRounds();
     return kResultOk;
 }
 
+#ifdef _WIN32
+void Plugin::startRounds() {}
+void Plugin::stopRounds() {}
+#else
+std::unique_ptr<Rounds> Rounds::start(Plugin& plugin, FUnknown* context) {
+    std::unique_ptr<Rounds> rounds(new Rounds(plugin));
+    if (context == nullptr ||
+        context->queryInterface(Linux::IRunLoop::iid, reinterpret_cast<void**>(&rounds->loop_)) != kResultOk ||
+        rounds->loop_ == nullptr)
+        return rounds->loop_ = nullptr, nullptr;
+    if (rounds->loop_->registerTimer(rounds.get(), period) == kResultOk) return rounds;
+    rounds->loop_->release();
+    return rounds->loop_ = nullptr, nullptr;
+}
+
+Rounds::~Rounds() {
+    if (loop_ == nullptr) return;
+    loop_->unregisterTimer(this);
+    loop_->release();
+}
+
+void Rounds::onTimer() { plugin_.tellHost(); }
+
+void Plugin::startRounds() {
+    stopRounds();
+    rounds_ = Rounds::start(*this, context_);
+}
+void Plugin::stopRounds() { rounds_.reset(); }
+#endif
+
 tresult Plugin::terminate() {
+    stopRounds();
     if (window_) window_->close();
     controller_.setComponentHandler(nullptr);
     keepContext(nullptr);
@@ -395,6 +477,27 @@ tresult Plugin::setActive(TBool isOn) {
     });
 }
 
+// What the host has set for a block that does not come is set here.
+tresult Plugin::setProcessing(TBool isOn) {
+    isProcessing_.store(isOn != 0, std::memory_order_relaxed);
+    for (int i = 0; i < parameterCount && isOn == 0; ++i)
+        if (const double value = asked_.take(i); !std::isnan(value)) setValue(i, value);
+    return kResultOk;
+}
+
+double Plugin::value(int index) const {
+    const double asked = asked_.get(index);
+    return std::isnan(asked) ? normalized(index, instrument_.parameters().getParameter(index)) : asked;
+}
+
+// What plays hears of it with its blocks, at the frame; set here as well it would come twice, and late.
+void Plugin::setValue(int index, double normalizedValue) {
+    if (isProcessing_.load(std::memory_order_relaxed))
+        asked_.put(index, clampUnit(normalizedValue));
+    else
+        instrument_.setParameter(index, storedOf(instrument_, index, normalizedValue));
+}
+
 tresult Plugin::setupProcessing(ProcessSetup& setup) {
     if (canProcessSampleSize(setup.symbolicSampleSize) != kResultTrue) return kResultFalse;
     return guarded([&] {
@@ -404,35 +507,29 @@ tresult Plugin::setupProcessing(ProcessSetup& setup) {
     });
 }
 
-// A stream may take and give less than it was asked for.
 tresult Plugin::save(IBStream* stream) {
     if (stream == nullptr) return kInvalidArgument;
-    const ChunkBytes bytes = plugged_.patch();
-    for (int32 done = 0; done < bytes.size;) {
+    const bool isSaved = writeState(plugged_.patch(), [stream](void* from, std::size_t size) {
         int32 taken = 0;
-        if (stream->write(bytes.data.get() + done, bytes.size - done, &taken) != kResultOk) return kResultFalse;
-        if (taken <= 0 || taken > bytes.size - done) return kResultFalse;
-        done += taken;
-    }
-    return bytes.size > 0 ? kResultOk : kResultFalse;
+        const tresult result = stream->write(from, static_cast<int32>(size), &taken);
+        return std::int64_t{result == kResultOk ? taken : -1};
+    });
+    return isSaved ? kResultOk : kResultFalse;
 }
 
+// Some streams call the last, short part a failure.
 tresult Plugin::load(IBStream* stream) {
     if (stream == nullptr) return kInvalidArgument;
-    constexpr int32 atOnce = 65536;
-    std::vector<std::uint8_t> bytes;
-    std::size_t size = 0;
-    for (;;) {
-        bytes.resize(size + atOnce);
+    bool isOver = false;
+    const auto bytes = readState([&](void* to, std::size_t size) {
         int32 given = 0;
-        const tresult result = stream->read(bytes.data() + size, atOnce, &given);
-        if (given <= 0) break;
-        if (given > atOnce || size > mostState) return kResultFalse;
-        size += static_cast<std::size_t>(given);
-        if (result != kResultOk) break;  // some streams call the last, short part a failure
-    }
+        if (!isOver) isOver = stream->read(to, static_cast<int32>(size), &given) != kResultOk;
+        return std::int64_t{std::max<int32>(given, 0)};
+    });
+    if (!bytes) return kResultFalse;
+    asked_.clear();
     isRestoring_.store(true, std::memory_order_release);
-    const bool isLoaded = plugged_.restore(bytes.data(), size);
+    const bool isLoaded = plugged_.restore(bytes->data(), bytes->size());
     patchesKnown_.store(instrument_.patchesLoaded(), std::memory_order_release);
     isRestoring_.store(false, std::memory_order_release);
     return isLoaded ? kResultOk : kResultFalse;
@@ -446,8 +543,11 @@ void Plugin::editBegun(int index) {
 }
 
 void Plugin::parameterEdited(int index, float value) {
-    if (IComponentHandler* handler = controller_.handler())
-        handler->performEdit(static_cast<ParamID>(index), normalized(index, value));
+    asked_.take(index);
+    IComponentHandler* const handler = controller_.handler();
+    if (handler == nullptr) return;
+    performed_.put(index, static_cast<double>(value));
+    handler->performEdit(static_cast<ParamID>(index), normalized(index, value));
 }
 
 void Plugin::editEnded(int index) {
@@ -458,7 +558,15 @@ void Plugin::editEnded(int index) {
 void Plugin::tellHost() {
     if (!isPatchNew_.exchange(false, std::memory_order_acq_rel)) return;
     patchesKnown_.store(instrument_.patchesLoaded(), std::memory_order_release);
-    if (IComponentHandler* handler = controller_.handler()) handler->restartComponent(kParamValuesChanged);
+    asked_.clear();
+    IComponentHandler* const handler = controller_.handler();
+    if (handler == nullptr) return;
+    handler->restartComponent(kParamValuesChanged);
+    IComponentHandler2* marks = nullptr;
+    if (handler->queryInterface(IComponentHandler2::iid, reinterpret_cast<void**>(&marks)) != kResultOk || marks == nullptr)
+        return;
+    marks->setDirty(true);
+    marks->release();
 }
 
 // ---- the audio thread ------------------------------------------------------------------------------------------------
@@ -532,6 +640,11 @@ void Plugin::collect(IEventList* events) {
                 add(0x80, note.channel, note.pitch, midiByte(static_cast<double>(note.velocity)));
                 break;
             }
+            case Event::kPolyPressureEvent: {
+                const PolyPressureEvent& key = event.polyPressure;
+                add(0xa0, key.channel, key.pitch, midiByte(static_cast<double>(key.pressure)));
+                break;
+            }
             default: break;
         }
     }
@@ -540,15 +653,22 @@ void Plugin::collect(IEventList* events) {
 void Plugin::accept(IParameterChanges* changes) {
     const int32 count = changes != nullptr ? changes->getParameterCount() : 0;
     for (int32 i = 0; i < count; ++i)
-        if (IParamValueQueue* const queue = changes->getParameterData(i))
-            if (isParameter(queue->getParameterId())) told_.accept(static_cast<int>(queue->getParameterId()));
+        if (IParamValueQueue* const queue = changes->getParameterData(i);
+            queue != nullptr && isParameter(queue->getParameterId())) {
+            const int index = static_cast<int>(queue->getParameterId());
+            told_.accept(index);
+            asked_.take(index);
+            performed_.take(index);
+        }
 }
 
 // The window's own movements were told where they were made; here learnt controllers are, and patches of program changes.
 void Plugin::tellValues(IParameterChanges* changes) {
     if (changes == nullptr) return;
     told_.take(patchIsKnown() ? ToldValues::Patches::known : ToldValues::Patches::told, [&](int index, float value) {
-        if (gestures_.isHeld(index)) return true;
+        const bool isToldThere = performed_.take(index) == static_cast<double>(value);
+        if (isToldThere || gestures_.isHeld(index)) return true;
+        asked_.take(index);
         int32 place = 0;
         IParamValueQueue* const queue = changes->addParameterData(static_cast<ParamID>(index), place);
         return queue != nullptr && queue->addPoint(0, normalized(index, value), place) == kResultOk;
@@ -648,15 +768,13 @@ ParamValue Controller::plainParamToNormalized(ParamID id, ParamValue plain) {
 
 ParamValue Controller::getParamNormalized(ParamID id) {
     if (!isParameter(id)) return id >= firstController ? restOfController(static_cast<int>(id - firstController)) : 0;
-    return normalized(static_cast<int>(id), plugin_.instrument().parameters().getParameter(static_cast<int>(id)));
+    return plugin_.value(static_cast<int>(id));
 }
 
-// What plays hears of it with its blocks, at the frame; set here as well it would come twice, and late.
 tresult Controller::setParamNormalized(ParamID id, ParamValue value) {
     if (id >= firstController) return kResultOk;
     if (!isParameter(id)) return kInvalidArgument;
-    const int index = static_cast<int>(id);
-    if (!plugin_.isProcessing()) plugin_.instrument().setParameter(index, storedOf(plugin_.instrument(), index, value));
+    plugin_.setValue(static_cast<int>(id), value);
     return kResultOk;
 }
 

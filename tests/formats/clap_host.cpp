@@ -6,6 +6,7 @@
 #include <clap/plugin-factory.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -70,6 +71,7 @@ public:
     }
     Sound render(int frames, const std::vector<Event>& events, Outputs outputs) override {
         EventList in, out;
+        for (std::size_t i = 1; i < song_.size(); ++i) in.add(transportOf(song_[i]), CLAP_EVENT_TRANSPORT, song_[i].frame);
         for (const Event& event : events) add(in, event);
         constexpr float unwritten = std::numeric_limits<float>::quiet_NaN();
         Sound sound;
@@ -84,13 +86,37 @@ public:
         block.audio_outputs_count = outputs == none ? 0 : 1;
         block.in_events = in.in();
         block.out_events = out.out();
+        const clap_event_transport_t transport = transportOf(song_.empty() ? Song() : song_.front());
+        block.transport = song_.empty() ? nullptr : &transport;
         plugin_->process(plugin_, &block);
-        for (std::size_t i = 0; i < out.size(); ++i)
-            if (out.at(i)->type == CLAP_EVENT_PARAM_VALUE) {
-                const auto* told = reinterpret_cast<const clap_event_param_value_t*>(out.at(i));
-                news_.emplace_back(told->param_id, told->value);
-            }
+        hear(out);
         return sound;
+    }
+    void reset() override { plugin_->reset(plugin_); }
+    bool tellsOffline() const override { return false; }
+    void loop() override {
+        if (wantsFlush_.exchange(false) && !isOn_) flush({});
+        if (wantsCallback_.exchange(false)) plugin_->on_main_thread(plugin_);
+    }
+    void setBesideBlocks(int index, double plain) override { flush({Event::set(0, index, plain)}); }
+    int parameterCount() override { return static_cast<int>(extension<clap_plugin_params_t>(CLAP_EXT_PARAMS)->count(plugin_)); }
+    std::optional<ParameterFacts> facts(int place) override {
+        const auto* params = extension<clap_plugin_params_t>(CLAP_EXT_PARAMS);
+        clap_param_info_t info{};
+        if (!params->get_info(plugin_, static_cast<std::uint32_t>(place), &info) || info.min_value != 0) return {};
+        ParameterFacts facts;
+        facts.name = info.name;
+        facts.group = info.module;
+        facts.steps = (info.flags & CLAP_PARAM_IS_STEPPED) != 0 ? static_cast<int>(info.max_value) : 0;
+        facts.largest = info.max_value;
+        facts.defaultValue = info.default_value;
+        facts.isAutomatable = (info.flags & CLAP_PARAM_IS_AUTOMATABLE) != 0;
+        facts.isModulatable = (info.flags & CLAP_PARAM_IS_MODULATABLE) != 0;
+        facts.isHidden = (info.flags & CLAP_PARAM_IS_HIDDEN) != 0;
+        char text[256] = {};
+        if (params->value_to_text(plugin_, info.id, info.default_value, text, sizeof text)) facts.textOfDefault = text;
+        if (double value = 0; params->text_to_value(plugin_, info.id, text, &value)) facts.defaultByText = value;
+        return facts;
     }
     Bytes save(std::size_t piece) override {
         struct Target {
@@ -127,8 +153,6 @@ public:
         extension<clap_plugin_params_t>(CLAP_EXT_PARAMS)->get_value(plugin_, static_cast<clap_id>(index), &value);
         return value;
     }
-    std::vector<std::pair<int, double>> takeNews() override { return std::exchange(news_, {}); }
-
     bool openWindow(std::uintptr_t parent) override {
         const auto* gui = extension<clap_plugin_gui_t>(CLAP_EXT_GUI);
         if (gui == nullptr || !gui->create(plugin_, CLAP_WINDOW_API_X11, false)) return false;
@@ -139,6 +163,7 @@ public:
         return gui->get_size(plugin_, &width, &height) && width > 0 && gui->set_parent(plugin_, &window) && gui->show(plugin_);
     }
     void idle() override {
+        loop();
         if (hasTimer_) extension<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT)->on_timer(plugin_, 1);
     }
     void closeWindow() override { extension<clap_plugin_gui_t>(CLAP_EXT_GUI)->destroy(plugin_); }
@@ -148,13 +173,44 @@ private:
     const Extension* extension(const char* id) const {
         return static_cast<const Extension*>(plugin_->get_extension(plugin_, id));
     }
+    static clap_event_transport_t transportOf(const Song& song) {
+        clap_event_transport_t told{};
+        told.header = {sizeof told, static_cast<std::uint32_t>(song.frame), CLAP_CORE_EVENT_SPACE_ID, CLAP_EVENT_TRANSPORT, 0};
+        told.flags = CLAP_TRANSPORT_HAS_TEMPO | CLAP_TRANSPORT_HAS_BEATS_TIMELINE | CLAP_TRANSPORT_IS_PLAYING;
+        told.tempo = song.tempo;
+        told.song_pos_beats = static_cast<clap_beattime>(std::llround(song.beats * static_cast<double>(CLAP_BEATTIME_FACTOR)));
+        return told;
+    }
+    void hear(const EventList& out) {
+        for (std::size_t i = 0; i < out.size(); ++i) {
+            const clap_event_header_t* event = out.at(i);
+            if (event->type == CLAP_EVENT_PARAM_VALUE) {
+                const auto* told = reinterpret_cast<const clap_event_param_value_t*>(event);
+                note({Told::value, static_cast<int>(told->param_id), told->value});
+            } else if (event->type == CLAP_EVENT_PARAM_GESTURE_BEGIN || event->type == CLAP_EVENT_PARAM_GESTURE_END) {
+                const auto* told = reinterpret_cast<const clap_event_param_gesture_t*>(event);
+                const bool isBegin = event->type == CLAP_EVENT_PARAM_GESTURE_BEGIN;
+                note({isBegin ? Told::begin : Told::end, static_cast<int>(told->param_id), 0});
+            } else if (event->type == CLAP_EVENT_NOTE_END) {
+                ends_.push_back(reinterpret_cast<const clap_event_note_t*>(event)->note_id);
+            }
+        }
+    }
+    void flush(const std::vector<Event>& events) {
+        EventList in, out;
+        for (const Event& event : events) add(in, event);
+        extension<clap_plugin_params_t>(CLAP_EXT_PARAMS)->flush(plugin_, in.in(), out.out());
+        hear(out);
+    }
     // Every second note in the format's own form, the others as MIDI.
     void add(EventList& list, const Event& event) {
         const bool isNote = event.kind == Event::midi && event.status < 0xa0;
-        if (isNote && (asNote_ = !asNote_)) {
+        const bool isNumbered = event.noteId >= 0;
+        if (isNote && (isNumbered || (asNote_ = !asNote_))) {
             clap_event_note_t note{};
-            note.note_id = -1;
-            note.key = event.data1;
+            note.note_id = event.noteId;
+            note.channel = static_cast<std::int16_t>(isNumbered && event.status < 0x90 ? -1 : event.status & 15);
+            note.key = static_cast<std::int16_t>(isNumbered && event.status < 0x90 ? -1 : event.data1);
             note.velocity = event.data2 / 127.0;
             list.add(note, event.status < 0x90 ? CLAP_EVENT_NOTE_OFF : CLAP_EVENT_NOTE_ON, event.frame);
         } else if (event.kind == Event::midi) {
@@ -178,19 +234,30 @@ private:
         }
     }
 
+    static ClapHost& of(const clap_host_t* host) { return *static_cast<ClapHost*>(host->host_data); }
     static const void* answer(const clap_host_t*, const char* id) {
         static const clap_host_params_t params = {[](const clap_host_t*, clap_param_rescan_flags) {},
                                                   [](const clap_host_t*, clap_id, clap_param_clear_flags) {},
-                                                  [](const clap_host_t*) {}};
+                                                  [](const clap_host_t* host) { of(host).wantsFlush_ = true; }};
+        static const clap_host_state_t state = {[](const clap_host_t* host) { of(host).noteDirty(); }};
+        static const clap_host_gui_t gui = {[](const clap_host_t*) {},
+                                            [](const clap_host_t* host, std::uint32_t width, std::uint32_t height) {
+                                                of(host).sizes_.emplace_back(width, height);
+                                                return true;
+                                            },
+                                            [](const clap_host_t*) { return true; }, [](const clap_host_t*) { return true; },
+                                            [](const clap_host_t*, bool) {}};
         static const clap_host_timer_support_t timer = {[](const clap_host_t* host, std::uint32_t, clap_id* timerId) {
                                                             *timerId = 1;
-                                                            return static_cast<ClapHost*>(host->host_data)->hasTimer_ = true;
+                                                            return (of(host).hasTimer_ = true);
                                                         },
                                                         [](const clap_host_t* host, clap_id) {
-                                                            static_cast<ClapHost*>(host->host_data)->hasTimer_ = false;
+                                                            of(host).hasTimer_ = false;
                                                             return true;
                                                         }};
         if (std::strcmp(id, CLAP_EXT_PARAMS) == 0) return &params;
+        if (std::strcmp(id, CLAP_EXT_STATE) == 0) return &state;
+        if (std::strcmp(id, CLAP_EXT_GUI) == 0) return &gui;
         return std::strcmp(id, CLAP_EXT_TIMER_SUPPORT) == 0 ? &timer : nullptr;
     }
 
@@ -203,10 +270,11 @@ private:
                       answer,
                       [](const clap_host_t*) {},
                       [](const clap_host_t*) {},
-                      [](const clap_host_t*) {}};
+                      [](const clap_host_t* host) { of(host).wantsCallback_ = true; }};
     const clap_plugin_t* plugin_ = nullptr;
-    std::vector<std::pair<int, double>> news_;
-    bool isOn_ = false, asNote_ = false, hasTimer_ = false;
+    std::atomic<bool> wantsFlush_{false}, wantsCallback_{false};
+    std::atomic<bool> isOn_{false};
+    bool asNote_ = false, hasTimer_ = false;
 };
 
 }  // namespace

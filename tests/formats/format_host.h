@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +20,7 @@ struct Event {
     int index = 0;         // of a parameter
     double plain = 0;      // its value, from 0 to `largest`
     double largest = 1.0;  // plain value of the parameter
+    int noteId = -1;       // of a note: where it is not -1, formats that have numbers name the note by it alone
 
     static Event note(int frame, int key, bool isOn = true) {
         return {midi, frame, static_cast<std::uint8_t>(isOn ? 0x90 : 0x80), static_cast<std::uint8_t>(key), 100};
@@ -28,6 +31,34 @@ struct Event {
     static Event set(int frame, int index, double plain, double largest = 1.0) {
         return {value, frame, 0, 0, 0, index, plain, largest};
     }
+    static Event modulate(int frame, int index, double by) { return {modulation, frame, 0, 0, 0, index, by}; }
+    static Event numbered(int frame, int id, int key, bool isOn) {
+        Event made = note(frame, key, isOn);
+        made.noteId = id;
+        return made;
+    }
+};
+
+// What a plug-in told of a parameter: a gesture's begin, a plain value, a gesture's end.
+struct Told {
+    enum Kind { begin, value, end } kind = value;
+    int index = 0;
+    double plain = 0;
+};
+
+// The song as the host plays it, at a frame of the block.
+struct Song {
+    double tempo = 120, beats = 0;
+    int frame = 0;
+};
+
+// A parameter as the format tells it.
+struct ParameterFacts {
+    std::string name, group, unit, textOfDefault;
+    int steps = 0;
+    double largest = 1, defaultValue = 0;  // plain
+    bool isAutomatable = false, isModulatable = false, isHidden = false;
+    std::optional<double> defaultByText;  // what the default's text means, plain
 };
 
 using Bytes = std::vector<std::uint8_t>;
@@ -47,13 +78,61 @@ public:
     virtual bool load(const Bytes& state, std::size_t piece) = 0;
     // The stored value of a parameter without states, as the format tells it; below 0 where it does not.
     virtual double parameter(int) { return -1; }
-    // What the plug-in told of its parameters since last asked: index and plain value.
-    virtual std::vector<std::pair<int, double>> takeNews() { return {}; }
+    // Sets a parameter beside the blocks, where the format has a way.
+    virtual void setBesideBlocks(int, double) {}
+    // Nothing where the format does not tell.
+    virtual std::optional<ParameterFacts> facts(int) { return {}; }
+    virtual int parameterCount() { return 0; }
+    // All sound ends, where the format has such a call. On the thread that renders.
+    virtual void reset() {}
+
+    // What the plug-in told of its parameters since last asked.
+    std::vector<Told> takeTold() {
+        const std::lock_guard guard(mutex_);
+        return std::exchange(told_, {});
+    }
+    // How often it has called its state a new one since last asked.
+    int takeDirtyMarks() {
+        const std::lock_guard guard(mutex_);
+        return std::exchange(dirtyMarks_, 0);
+    }
+    // Which sizes it wanted for its window.
+    std::vector<std::pair<int, int>> takeSizes() { return std::exchange(sizes_, {}); }
+    // Ids of notes that it called over.
+    std::vector<int> takeEnds() { return std::exchange(ends_, {}); }
+
+    // What the following blocks are told of the song; the first entry is the block's begin. Empty: nothing.
+    void setSong(std::vector<Song> song) { song_ = std::move(song); }
+    void setOffline(bool isOffline) { isOffline_ = isOffline; }
+    // Whether the format lets a host say either.
+    virtual bool tellsOffline() const { return true; }
 
     // The window in an X11 window of the host's; false if the plug-in has none to open.
     virtual bool openWindow(std::uintptr_t parent) = 0;
     virtual void idle() = 0;
     virtual void closeWindow() = 0;
+    // The host's loop between two calls, without a window too.
+    virtual void loop() {}
+
+protected:
+    void note(const Told& told) {
+        const std::lock_guard guard(mutex_);
+        told_.push_back(told);
+    }
+    void noteDirty() {
+        const std::lock_guard guard(mutex_);
+        ++dirtyMarks_;
+    }
+
+    std::vector<std::pair<int, int>> sizes_;
+    std::vector<int> ends_;
+    std::vector<Song> song_;
+    bool isOffline_ = false;
+
+private:
+    std::mutex mutex_;
+    std::vector<Told> told_;
+    int dirtyMarks_ = 0;
 };
 
 struct Format {

@@ -9,11 +9,7 @@
 #include <stdexcept>
 
 #include "base/parameters.h"
-#include "tests/formats/format_host.h"
-#include "tests/window/x_server.h"
-
-// Last, as it takes plain words for its own.
-#include <X11/Xlib.h>
+#include "tests/formats/formats_fixture.h"
 
 namespace testhost {
 
@@ -39,61 +35,6 @@ std::vector<Format> formats() {
 }
 
 namespace {
-
-namespace par = vantoric::parameter;
-
-constexpr double rate = 48000;
-constexpr int block = 512;
-
-// Some notes of block `number`, in the order of their frames.
-std::vector<Event> phrase(int number) {
-    switch (number) {
-        case 0: return {Event::note(0, 60), Event::note(37, 64), Event::note(511, 67)};
-        case 9: return {Event::note(100, 60, false), Event::controller(101, 1, 80), Event::note(300, 72)};
-        case 20: return {Event::note(5, 64, false), Event::note(6, 67, false), Event::note(7, 72, false)};
-        default: return {};
-    }
-}
-
-void send(PluginHost& host, const std::vector<Event>& events) {
-    for (const Event& event : events) host.midi(event.status, event.data1, event.data2, event.frame);
-}
-
-struct Formats : testing::TestWithParam<Format> {
-    std::unique_ptr<FormatHost> make(bool isOn = true) {
-        auto host = GetParam().make();
-        if (isOn) host->start(rate, block);
-        return host;
-    }
-    Sound play(FormatHost& host, int blocks, int frames = block) {
-        Sound sound;
-        for (int i = 0; i < blocks; ++i) sound.append(host.render(frames, phrase(i)));
-        return sound;
-    }
-};
-
-struct Reference {
-    explicit Reference(double hostRate = rate) : host(VST2_MODULE, answers()) {
-        host.open();
-        host.setRate(static_cast<float>(hostRate));
-        host.setBlockSize(block);
-        host.on();
-    }
-    static HostAnswers answers() {
-        HostAnswers told;
-        told.knowsTime = false;
-        return told;
-    }
-    Sound play(int blocks, int frames = block) {
-        Sound sound;
-        for (int i = 0; i < blocks; ++i) {
-            send(host, phrase(i));
-            sound.append(host.render(frames));
-        }
-        return sound;
-    }
-    PluginHost host;
-};
 
 TEST_P(Formats, SoundsToTheBitAsTheVst2Plugin) {
     for (const double hostRate : {48000.0, 44100.0, 96000.0}) {
@@ -248,42 +189,13 @@ TEST_P(Formats, WhatControllersMoveIsTold) {
     if (!GetParam().hasFramesOfParameters) GTEST_SKIP() << "the format tells nothing but through its window";
     const auto host = make();
     host->render(block, {Event::set(0, par::EqLow, 0.25)});
-    host->takeNews();
+    host->takeTold();
     for (int i = 0; i < 3; ++i)
         host->render(block, i == 0 ? std::vector<Event>{Event::controller(5, 1, 64)} : std::vector<Event>{});
-    const auto news = host->takeNews();
-    ASSERT_EQ(news.size(), 1u);
-    EXPECT_EQ(news[0].first, par::Modwheel);
-    EXPECT_EQ(news[0].second, 0.5);
-}
-
-TEST_P(Formats, TheWindowOpensBeforeAndAfterEverything) {
-    static const XServer server(1600, 1000);
-    if (!server.isRunning()) GTEST_SKIP() << "no X server to start";
-    Display* const display = XOpenDisplay(nullptr);
-    ASSERT_NE(display, nullptr);
-    const Window parent = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 1500, 900, 0, 0, 0);
-    XMapWindow(display, parent);
-    XSync(display, False);
-    {
-        const auto host = make(false);
-        for (int round = 0; round < 3; ++round) {
-            ASSERT_TRUE(host->openWindow(parent));
-            for (int i = 0; i < 5; ++i) host->idle();
-            Window root, above, *children = nullptr;
-            unsigned count = 0;
-            XQueryTree(display, parent, &root, &above, &children, &count);
-            if (children != nullptr) XFree(children);
-            EXPECT_EQ(count, 1u);
-            host->start(rate, block);
-            host->render(block, {Event::note(0, 60)});
-            host->idle();
-            host->closeWindow();
-            host->stop();
-        }
-    }
-    XDestroyWindow(display, parent);
-    XCloseDisplay(display);
+    const auto told = host->takeTold();
+    ASSERT_EQ(told.size(), 1u);
+    EXPECT_EQ(told[0].index, par::Modwheel);
+    EXPECT_EQ(told[0].plain, 0.5);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Formats, testing::ValuesIn(formats()), [](const auto& format) { return format.param.name; });

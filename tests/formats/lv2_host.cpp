@@ -1,12 +1,16 @@
 #include <lv2/atom/atom.h>
+#include <lv2/atom/util.h>
 #include <lv2/core/lv2.h>
 #include <lv2/instance-access/instance-access.h>
 #include <lv2/midi/midi.h>
 #include <lv2/state/state.h>
+#include <lv2/time/time.h>
 #include <lv2/ui/ui.h>
 #include <lv2/urid/urid.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <map>
@@ -21,6 +25,8 @@ namespace {
 namespace lv2 = vantoric::lv2_face;
 
 LV2_URID numberOf(LV2_URID_Map_Handle, const char* uri) {
+    static std::mutex mutex;
+    const std::lock_guard guard(mutex);
     static std::map<std::string, LV2_URID> numbers;
     return numbers.try_emplace(uri, static_cast<LV2_URID>(numbers.size() + 1)).first->second;
 }
@@ -51,7 +57,13 @@ public:
         connect(lv2::eventsPort, outputs == none ? nullptr : sequence.data());
         connect(lv2::leftPort, outputs == none ? nullptr : sound.left.data());
         connect(lv2::rightPort, outputs == both ? sound.right.data() : nullptr);
+        connect(lv2::freeWheelPort, &freeWheel_);
+        freeWheel_ = isOffline_ ? 1.0f : 0.0f;
+        notices_[0] = 0;
+        reinterpret_cast<LV2_Atom*>(notices_.data())->size = static_cast<std::uint32_t>(notices_.size() * 8 - sizeof(LV2_Atom));
+        connect(lv2::noticePort(), notices_.data());
         descriptor_->run(handle_, static_cast<std::uint32_t>(frames));
+        hearNotices();
         return sound;
     }
 
@@ -85,9 +97,17 @@ public:
         using Entry = const LV2UI_Descriptor* (*)(std::uint32_t);
         window_ = reinterpret_cast<Entry>(loadModule(LV2_MODULE, "lv2ui_descriptor"))(0);
         const LV2_Feature access{LV2_INSTANCE_ACCESS_URI, handle_}, inside{LV2_UI__parent, reinterpret_cast<void*>(parent)};
-        const LV2_Feature* features[] = {&mapFeature_, &access, &inside, nullptr};
+        resize_ = {this, [](LV2UI_Feature_Handle host, int width, int height) {
+                       static_cast<Lv2Host*>(host)->sizes_.emplace_back(width, height);
+                       return 0;
+                   }};
+        touch_ = {this, [](LV2UI_Feature_Handle host, std::uint32_t port, bool isBegin) {
+                      static_cast<Lv2Host*>(host)->note({isBegin ? Told::begin : Told::end, parameterOf(port), 0});
+                  }};
+        const LV2_Feature resize{LV2_UI__resize, &resize_}, touch{LV2_UI__touch, &touch_};
+        const LV2_Feature* features[] = {&mapFeature_, &access, &inside, &resize, &touch, nullptr};
         LV2UI_Widget widget = nullptr;
-        windowHandle_ = window_->instantiate(window_, lv2::pluginUri, "", nullptr, this, &widget, features);
+        windowHandle_ = window_->instantiate(window_, lv2::pluginUri, "", writePort, this, &widget, features);
         return windowHandle_ != nullptr && widget != nullptr;
     }
     void idle() override {
@@ -99,6 +119,50 @@ public:
     }
 
 private:
+    static int parameterOf(std::uint32_t port) { return lv2::portParameters()[port - lv2::firstValuePort]; }
+    // As hosts do: what the window writes goes to the port.
+    static void writePort(LV2UI_Controller host, std::uint32_t port, std::uint32_t, std::uint32_t, const void* value) {
+        auto& self = *static_cast<Lv2Host*>(host);
+        const float plain = *static_cast<const float*>(value);
+        self.values_[port - lv2::firstValuePort] = plain;
+        self.note({Told::value, parameterOf(port), static_cast<double>(plain)});
+    }
+    void hearNotices() {
+        const auto* sequence = reinterpret_cast<const LV2_Atom_Sequence*>(notices_.data());
+        LV2_ATOM_SEQUENCE_FOREACH(sequence, event) {
+            const auto& object = reinterpret_cast<const LV2_Atom_Object&>(event->body);
+            if (object.body.otype == numberOf(nullptr, LV2_STATE__StateChanged)) noteDirty();
+        }
+    }
+    // Words behind each other, as atoms lie.
+    static void append(std::vector<std::uint64_t>& words, const void* bytes, std::size_t size) {
+        const std::size_t at = words.size();
+        words.resize(at + (size + 7) / 8);
+        std::memcpy(&words[at], bytes, size);
+    }
+    template <class Number>
+    static void appendProperty(std::vector<std::uint64_t>& words, const char* key, const char* type, Number value) {
+        const std::uint32_t head[] = {numberOf(nullptr, key), 0, sizeof value, numberOf(nullptr, type)};
+        append(words, head, sizeof head);
+        append(words, &value, sizeof value);
+    }
+    static void appendPosition(std::vector<std::uint64_t>& words, const Song& song) {
+        const double bar = std::floor(song.beats / 4);
+        std::vector<std::uint64_t> body;
+        const std::uint32_t object[] = {0, numberOf(nullptr, LV2_TIME__Position)};
+        append(body, object, sizeof object);
+        appendProperty(body, LV2_TIME__beatsPerMinute, LV2_ATOM__Double, song.tempo);
+        appendProperty(body, LV2_TIME__speed, LV2_ATOM__Float, 1.0f);
+        appendProperty(body, LV2_TIME__bar, LV2_ATOM__Long, static_cast<std::int64_t>(bar));
+        appendProperty(body, LV2_TIME__barBeat, LV2_ATOM__Double, song.beats - 4 * bar);
+        appendProperty(body, LV2_TIME__beatUnit, LV2_ATOM__Int, std::int32_t{4});
+        LV2_Atom_Event record{};
+        record.time.frames = song.frame;
+        record.body = {static_cast<std::uint32_t>(body.size() * 8), numberOf(nullptr, LV2_ATOM__Object)};
+        append(words, &record, sizeof record);
+        words.insert(words.end(), body.begin(), body.end());
+    }
+
     void make(double rate) {
         using Entry = const LV2_Descriptor* (*)(std::uint32_t);
         descriptor_ = reinterpret_cast<Entry>(loadModule(LV2_MODULE, "lv2_descriptor"))(0);
@@ -118,6 +182,7 @@ private:
     // Notes as a sequence; values go to their ports.
     std::vector<std::uint64_t> sequenceOf(const std::vector<Event>& events) {
         std::vector<std::uint64_t> words(sizeof(LV2_Atom_Sequence) / 8);
+        for (const Song& song : song_) appendPosition(words, song);
         for (const Event& event : events) {
             if (event.kind == Event::value) {
                 const auto& indices = lv2::portParameters();
@@ -130,11 +195,9 @@ private:
             record.time.frames = event.frame;
             record.body.size = 3;
             record.body.type = numberOf(nullptr, LV2_MIDI__MidiEvent);
-            const std::size_t at = words.size();
-            words.resize(at + sizeof record / 8 + 1);
-            std::memcpy(&words[at], &record, sizeof record);
             const std::uint8_t bytes[] = {event.status, event.data1, event.data2};
-            std::memcpy(&words[at + sizeof record / 8], bytes, sizeof bytes);
+            append(words, &record, sizeof record);
+            append(words, bytes, sizeof bytes);
         }
         LV2_Atom_Sequence head{};
         head.atom.type = numberOf(nullptr, LV2_ATOM__Sequence);
@@ -150,6 +213,10 @@ private:
     LV2_Handle handle_ = nullptr;
     const LV2UI_Descriptor* window_ = nullptr;
     LV2UI_Handle windowHandle_ = nullptr;
+    LV2UI_Resize resize_{};
+    LV2UI_Touch touch_{};
+    float freeWheel_ = 0;
+    std::array<std::uint64_t, 32> notices_{};
     double rate_ = 0;
     std::vector<float> values_;
     std::map<std::uint32_t, Bytes> properties_;

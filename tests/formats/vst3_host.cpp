@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <map>
 #include <stdexcept>
@@ -14,10 +15,10 @@
 #include "pluginterfaces/vst/ivstmidicontrollers.h"
 #include "pluginterfaces/vst/ivstparameterchanges.h"
 #include "pluginterfaces/vst/ivstprocesscontext.h"
+#include "pluginterfaces/vst/ivstunits.h"
 #include "tests/formats/format_host.h"
 
 namespace Steinberg {
-DEF_CLASS_IID(IBStream)
 DEF_CLASS_IID(IPlugView)
 DEF_CLASS_IID(IPlugFrame)
 #if SMTG_OS_LINUX
@@ -30,6 +31,9 @@ namespace Vst {
 DEF_CLASS_IID(IComponent)
 DEF_CLASS_IID(IAudioProcessor)
 DEF_CLASS_IID(IEditController)
+DEF_CLASS_IID(IComponentHandler)
+DEF_CLASS_IID(IComponentHandler2)
+DEF_CLASS_IID(IUnitInfo)
 DEF_CLASS_IID(IMidiMapping)
 DEF_CLASS_IID(IParameterChanges)
 DEF_CLASS_IID(IParamValueQueue)
@@ -152,13 +156,66 @@ public:
         if (FUnknownPrivate::iidEqual(wanted, Linux::IRunLoop::iid)) return *object = &loop, kResultOk;
         return Uncounted::queryInterface(wanted, object);
     }
-    tresult PLUGIN_API resizeView(IPlugView*, ViewRect*) override { return kResultOk; }
+    tresult PLUGIN_API resizeView(IPlugView*, ViewRect* size) override {
+        sizes.emplace_back(size->getWidth(), size->getHeight());
+        return kResultOk;
+    }
     RunLoop loop;
+    std::vector<std::pair<int, int>> sizes;
+};
+#else
+// Windows bring their own timers.
+constexpr const char* moduleEntry = "InitDll";
+#endif
+
+// What a plug-in tells its host.
+class Handler final : public Uncounted<Vst::IComponentHandler>, public Vst::IComponentHandler2 {
+public:
+    tresult PLUGIN_API queryInterface(const TUID wanted, void** object) override {
+        if (FUnknownPrivate::iidEqual(wanted, Vst::IComponentHandler2::iid))
+            return *object = static_cast<Vst::IComponentHandler2*>(this), kResultOk;
+        return Uncounted::queryInterface(wanted, object);
+    }
+    uint32 PLUGIN_API addRef() override { return 1; }
+    uint32 PLUGIN_API release() override { return 1; }
+    tresult PLUGIN_API beginEdit(Vst::ParamID id) override { return tell(Told::begin, id, 0); }
+    tresult PLUGIN_API performEdit(Vst::ParamID id, Vst::ParamValue value) override { return tell(Told::value, id, value); }
+    tresult PLUGIN_API endEdit(Vst::ParamID id) override { return tell(Told::end, id, 0); }
+    tresult PLUGIN_API restartComponent(int32) override {
+        ++restarts;
+        return kResultOk;
+    }
+    tresult PLUGIN_API setDirty(TBool isDirty) override {
+        if (isDirty) onDirty();
+        return kResultOk;
+    }
+    tresult PLUGIN_API requestOpenEditor(FIDString) override { return kResultFalse; }
+    tresult PLUGIN_API startGroupEdit() override { return kResultOk; }
+    tresult PLUGIN_API finishGroupEdit() override { return kResultOk; }
+
+    std::function<void(Told::Kind, Vst::ParamID, double)> onTold;
+    std::function<void()> onDirty;
+    int restarts = 0;
+
+private:
+    tresult tell(Told::Kind kind, Vst::ParamID id, double value) {
+        onTold(kind, id, value);
+        return kResultOk;
+    }
 };
 
+// The host as the plug-in is given it.
+#if SMTG_OS_LINUX
+class Application final : public Uncounted<FUnknown> {
+public:
+    tresult PLUGIN_API queryInterface(const TUID wanted, void** object) override {
+        if (FUnknownPrivate::iidEqual(wanted, Linux::IRunLoop::iid)) return *object = &loop, kResultOk;
+        return Uncounted::queryInterface(wanted, object);
+    }
+    RunLoop loop;
+};
 #else
-// Takes nothing; windows bring their own timers.
-constexpr const char* moduleEntry = "InitDll";
+class Application final : public Uncounted<FUnknown> {};
 #endif
 
 class Vst3Host final : public FormatHost {
@@ -175,19 +232,26 @@ public:
         component_->queryInterface(Vst::IAudioProcessor::iid, reinterpret_cast<void**>(&processor_));
         component_->queryInterface(Vst::IEditController::iid, reinterpret_cast<void**>(&controller_));
         component_->queryInterface(Vst::IMidiMapping::iid, reinterpret_cast<void**>(&mapping_));
-        component_->initialize(nullptr);
-        controller_->initialize(nullptr);
+        component_->queryInterface(Vst::IUnitInfo::iid, reinterpret_cast<void**>(&units_));
+        handler_.onTold = [this](Told::Kind kind, Vst::ParamID id, double value) {
+            note({kind, static_cast<int>(id), controller_->normalizedParamToPlain(id, value)});
+        };
+        handler_.onDirty = [this] { noteDirty(); };
+        component_->initialize(&application_);
+        controller_->initialize(&application_);
+        controller_->setComponentHandler(&handler_);
     }
     ~Vst3Host() override {
         controller_->terminate();
         component_->terminate();
+        units_->release();
         mapping_->release();
         controller_->release();
         processor_->release();
         component_->release();
     }
     void start(double rate, int mostFrames) override {
-        Vst::ProcessSetup setup{Vst::kRealtime, Vst::kSample32, mostFrames, rate};
+        Vst::ProcessSetup setup{isOffline_ ? Vst::kOffline : Vst::kRealtime, Vst::kSample32, mostFrames, rate};
         processor_->setupProcessing(setup);
         component_->setActive(true);
         processor_->setProcessing(true);
@@ -217,12 +281,50 @@ public:
         data.inputParameterChanges = &in;
         data.outputParameterChanges = &out;
         data.inputEvents = &notes;
+        Vst::ProcessContext context{};
+        context.sampleRate = 48000;
+        if (!song_.empty()) {
+            context.state = Vst::ProcessContext::kTempoValid | Vst::ProcessContext::kProjectTimeMusicValid;
+            context.tempo = song_.front().tempo;
+            context.projectTimeMusic = song_.front().beats;
+            data.processContext = &context;
+        }
         processor_->process(data);
         for (const auto& queue : out.queues)
             for (const auto& point : queue->points)
-                news_.emplace_back(queue->getParameterId(),
-                                   controller_->normalizedParamToPlain(queue->getParameterId(), point.second));
+                note({Told::value, static_cast<int>(queue->getParameterId()),
+                      controller_->normalizedParamToPlain(queue->getParameterId(), point.second)});
         return sound;
+    }
+    void loop() override {
+#if SMTG_OS_LINUX
+        if (application_.loop.timer != nullptr) application_.loop.timer->onTimer();
+#endif
+    }
+    void setBesideBlocks(int index, double plain) override {
+        const auto id = static_cast<Vst::ParamID>(index);
+        controller_->setParamNormalized(id, controller_->plainParamToNormalized(id, plain));
+    }
+    int parameterCount() override { return controller_->getParameterCount(); }
+    std::optional<ParameterFacts> facts(int place) override {
+        Vst::ParameterInfo info;
+        if (controller_->getParameterInfo(place, info) != kResultOk) return {};
+        ParameterFacts facts;
+        facts.name = narrow(info.title);
+        facts.unit = narrow(info.units);
+        Vst::UnitInfo unit;
+        if (units_->getUnitInfo(info.unitId, unit) == kResultOk) facts.group = narrow(unit.name);
+        facts.steps = info.stepCount;
+        facts.largest = controller_->normalizedParamToPlain(info.id, 1.0);
+        facts.defaultValue = controller_->normalizedParamToPlain(info.id, info.defaultNormalizedValue);
+        facts.isAutomatable = (info.flags & Vst::ParameterInfo::kCanAutomate) != 0;
+        facts.isHidden = (info.flags & Vst::ParameterInfo::kIsHidden) != 0;
+        Vst::String128 text = {};
+        if (controller_->getParamStringByValue(info.id, info.defaultNormalizedValue, text) == kResultOk)
+            facts.textOfDefault = narrow(text);
+        if (double value = 0; controller_->getParamValueByString(info.id, text, value) == kResultOk)
+            facts.defaultByText = controller_->normalizedParamToPlain(info.id, value);
+        return facts;
     }
     Bytes save(std::size_t piece) override {
         Stream stream({}, piece);
@@ -233,7 +335,6 @@ public:
         return component_->setState(&stream) == kResultOk;
     }
     double parameter(int index) override { return controller_->getParamNormalized(static_cast<Vst::ParamID>(index)); }
-    std::vector<std::pair<int, double>> takeNews() override { return std::exchange(news_, {}); }
 
 #if SMTG_OS_LINUX
     bool openWindow(std::uintptr_t parent) override {
@@ -247,6 +348,8 @@ public:
     }
     void idle() override {
         if (frame_.loop.timer != nullptr) frame_.loop.timer->onTimer();
+        sizes_.insert(sizes_.end(), frame_.sizes.begin(), frame_.sizes.end());
+        frame_.sizes.clear();
     }
     void closeWindow() override {
         view_->removed();
@@ -260,6 +363,11 @@ public:
 #endif
 
 private:
+    static std::string narrow(const Vst::TChar* text) {
+        std::string made;
+        for (; *text != 0; ++text) made += static_cast<char>(*text);
+        return made;
+    }
     void add(Changes& changes, Events& notes, const Event& event) {
         if (event.kind == Event::value)
             return changes.add(static_cast<Vst::ParamID>(event.index), event.frame, event.plain / event.largest);
@@ -285,10 +393,12 @@ private:
     Vst::IEditController* controller_ = nullptr;
     Vst::IMidiMapping* mapping_ = nullptr;
     IPlugView* view_ = nullptr;
+    Vst::IUnitInfo* units_ = nullptr;
 #if SMTG_OS_LINUX
     Frame frame_;
 #endif
-    std::vector<std::pair<int, double>> news_;
+    Handler handler_;
+    Application application_;
 };
 
 }  // namespace

@@ -10,7 +10,7 @@ folder="$scratch/a folder/Vantoric-1"
 mkdir -p "$HOME" "$folder"/Vantoric/Vantoric.lv2 "$folder"/bin "$folder"/share/man/man1 "$folder"/share/applications
 cp "$1" "$folder/install.sh"
 touch "$folder"/Vantoric/Vantoric.so "$folder"/bin/vantoric-patch "$folder"/share/man/man1/vantoric-patch.1.gz
-touch "$folder"/share/applications/vantoric.desktop
+printf '[Desktop Entry]\nExec=vantoric\nIcon=vantoric\n' >"$folder"/share/applications/vantoric.desktop
 
 leads() { [ "$(readlink "$1")" = "$2" ] || fail "$1 leads to '$(readlink "$1")', not to $2"; }
 links() { find "$HOME" -type l | wc -l; }
@@ -20,17 +20,20 @@ leads "$HOME/.vst/Vantoric.so" "$folder/Vantoric/Vantoric.so"
 leads "$HOME/.lv2/Vantoric.lv2" "$folder/Vantoric/Vantoric.lv2"
 leads "$HOME/.local/bin/vantoric-patch" "$folder/bin/vantoric-patch"
 leads "$HOME/.local/share/man/man1/vantoric-patch.1.gz" "$folder/share/man/man1/vantoric-patch.1.gz"
-leads "$HOME/.local/share/applications/vantoric.desktop" "$folder/share/applications/vantoric.desktop"
+entry="$HOME/.local/share/applications/vantoric.desktop"
+grep -qxF "Exec=\"$folder/bin/vantoric\"" "$entry" || fail "the menu's entry does not name the program: $(cat "$entry")"
+grep -qxF Icon=vantoric "$entry" || fail "the menu's entry is not whole"
 [ ! -e "$HOME/.clap" ] || fail "a link was made for a format that is not in the folder"
-[ "$(links)" = 5 ] || fail "$(links) links instead of 5"
+[ "$(links)" = 4 ] || fail "$(links) links instead of 4"
 grep -q 'not in your PATH' "$scratch/said" || fail "it says nothing of the PATH"
 
 "$folder/install.sh" >/dev/null || fail "a second time it did not end well"
-[ "$(links)" = 5 ] || fail "the second time made other links"
+[ "$(links)" = 4 ] || fail "the second time made other links"
 
 mv "$folder" "$scratch/moved"
 "$scratch/moved/install.sh" >/dev/null || fail "after a move it did not end well"
 leads "$HOME/.vst/Vantoric.so" "$scratch/moved/Vantoric/Vantoric.so"
+grep -qxF "Exec=\"$scratch/moved/bin/vantoric\"" "$entry" || fail "the menu's entry stayed behind: $(cat "$entry")"
 
 rm "$HOME/.vst/Vantoric.so"
 echo mine >"$HOME/.vst/Vantoric.so"
@@ -39,8 +42,11 @@ grep -q 'left alone' "$scratch/said" || fail "it does not say what it left alone
 [ "$(cat "$HOME/.vst/Vantoric.so")" = mine ] || fail "a file of another maker was replaced"
 
 ln -s /usr/bin/env "$HOME/.lv2/Other.lv2"
+rm "$HOME/.local/bin/vantoric-patch"
+ln -s "$scratch/gone/somebody's vantoric-patch" "$HOME/.local/bin/vantoric-patch"  # of another maker, and leads nowhere
 "$scratch/moved/install.sh" --remove >/dev/null || fail "taking out did not end well"
-[ "$(links)" = 1 ] || fail "$(links) links instead of the one that is not ours"
+[ "$(links)" = 2 ] || fail "$(links) links instead of the two that are not ours"
+[ ! -e "$entry" ] || fail "the menu's entry stayed"
 [ "$(cat "$HOME/.vst/Vantoric.so")" = mine ] || fail "taking out touched a file of another maker"
 
 code=0; "$scratch/moved/install.sh" --wrong >/dev/null 2>&1 || code=$?

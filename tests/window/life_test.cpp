@@ -327,6 +327,26 @@ TEST_P(Sizes, AreTakenFromTheMenuByAHostThatResizes) {
     expectKnobWorks(rig);
 }
 
+// Hosts keep its number, and end over one that is gone.
+TEST_F(Life, TheWindowInTheHostsIsTheSameInEverySize) {
+    HostAnswers answers;
+    answers.resizes = true;
+    answers.product = "Glaigail";
+    WindowRig rig(0, answers);
+    const std::uintptr_t window = rig.host().pluginWindow();
+    ASSERT_NE(window, 0u);
+    for (const int size : {3, 0}) {
+        ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::editorMenu), size));
+        const int width = static_cast<int>(vantoric::sizeRow(size).width * vantoric::zoomOfSize(size));
+        EXPECT_TRUE(rig.host().until([&] { return rig.host().size().width == width; }));
+        rig.host().resize(rig.host().size());
+        rig.setUnit(size);
+        EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
+        EXPECT_EQ(rig.host().pluginWindow(), window);
+        expectKnobWorks(rig);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Window, Sizes, testing::Range(0, 18));
 
 TEST_F(Life, AHostThatRefusesASizeKeepsAWorkingWindow) {

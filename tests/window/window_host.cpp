@@ -94,6 +94,15 @@ void WindowHost::destroyWindow() {
 
 std::uintptr_t WindowHost::window() const { return display_->window; }
 
+std::uintptr_t WindowHost::pluginWindow() const {
+    Window root, above, *children = nullptr;
+    unsigned count = 0;
+    if (XQueryTree(display_->x, display_->window, &root, &above, &children, &count) == 0) return 0;
+    const Window first = count > 0 ? children[0] : 0;
+    if (children != nullptr) XFree(children);
+    return first;
+}
+
 void WindowHost::resize(Size wanted) {
     XResizeWindow(display_->x, display_->window, static_cast<unsigned>(wanted.width), static_cast<unsigned>(wanted.height));
     XSync(display_->x, False);

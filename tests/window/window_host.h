@@ -60,6 +60,8 @@ public:
     void destroyWindow();
     // The number by which the window system knows the host's window; 0 for none.
     std::uintptr_t window() const;
+    // The same of the plug-in's window inside; 0 for none.
+    std::uintptr_t pluginWindow() const;
     // The size that the plug-in tells now; {0, 0} for none.
     struct Size {
         int width = 0, height = 0;

@@ -99,6 +99,44 @@ TEST(BlockEvents, ABlockOfNoFramesSetsParametersAndKeepsNotes) {
     EXPECT_GT(rig.peak(), 0.001f);
 }
 
+TEST(BlockEvents, NoNoteOfAFloodHangsInBlocksShorterThanATick) {
+    for (const int frames : {16, 50, 64}) {
+        Rig rig;
+        for (int i = 0; i < 1500; ++i) rig.note(0, i % 100, i % 3 != 0);
+        for (int key = 0; key < 128; ++key) rig.note(0, key, false);
+        for (int i = 0; i < 200; ++i) rig.play(frames);
+        EXPECT_TRUE(rig.audio.midi().nothingHeld()) << frames;
+    }
+}
+
+TEST(BlockEvents, WhatADroppedMessageWouldHaveEndedEnds) {
+    Rig rig;
+    for (std::size_t i = 0; i < BlockEvents::most; ++i) rig.note(0, 60 + static_cast<int>(i % 12));
+    rig.note(0, 60, false);  // there is no room for it
+    rig.play(512);
+    for (int i = 0; i < 200; ++i) rig.play(512);
+    EXPECT_TRUE(rig.audio.midi().nothingHeld());
+}
+
+// As if the block had been cut there.
+TEST(BlockEvents, ATransportIsHeardFromItsFrameOn) {
+    Rig rig;
+    Transport first, second;
+    first.known = second.known = true;
+    first.ppqPos = 8;
+    second.ppqPos = 40;
+    second.tempo = 90;
+    rig.host.transport = first;
+    rig.events.addTransport(480, second);
+    rig.play(479);
+    EXPECT_LT(rig.audio.state().songPosition, 9);
+    EXPECT_TRUE(rig.events.isEmpty()) << "what lies behind the block is not kept";
+    rig.events.addTransport(240, second);
+    rig.play(480);
+    EXPECT_NEAR(rig.audio.state().songPosition, 40, 0.1);
+    EXPECT_EQ(rig.audio.state().tempoBpm, 90);
+}
+
 TEST(BlockEvents, NoNoteOfAFloodHangs) {
     Rig rig;
     for (int round = 0; round < 40; ++round)

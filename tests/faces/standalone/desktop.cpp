@@ -110,6 +110,11 @@ void Desktop::askToClose(std::uintptr_t window) {
     XSync(x, False);
 }
 
+void Desktop::destroy(std::uintptr_t window) {
+    XDestroyWindow(connection_->x, window);
+    XSync(connection_->x, False);
+}
+
 void Desktop::move(double x, double y) {
     XTestFakeMotionEvent(connection_->x, -1, static_cast<int>(std::lround(x)), static_cast<int>(std::lround(y)), 0);
     XSync(connection_->x, False);

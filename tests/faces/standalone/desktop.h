@@ -28,6 +28,9 @@ public:
     // Asks it to close, as the button of its frame does.
     void askToClose(std::uintptr_t window);
 
+    // Destroys it, as nobody should.
+    void destroy(std::uintptr_t window);
+
     // The pointer on the screen, in pixels, and its left button.
     void move(double x, double y);
     void press();

@@ -10,6 +10,8 @@
 
 #include "faces/standalone/hands.h"
 #include "faces/standalone/kept_state.h"
+#include "faces/standalone/midi_inputs.h"
+#include "faces/standalone/senders.h"
 #include "faces/standalone/sound_system.h"
 #include "platform/module_folder.h"
 #include "platform/scratch_folder.h"
@@ -91,6 +93,108 @@ TEST_F(StandaloneTest, KeysWhoseReleaseWentElsewhereAreLetGo) {
     play(1);
     EXPECT_FALSE(player_.isKeyDown(48));
     EXPECT_TRUE(player_.isKeyDown(50));
+}
+
+TEST_F(StandaloneTest, APedalWhoseKeyWasLetGoOfElsewhereComesUp) {
+    player_.prepare(48000);
+    hands_.pedalCodeDown(65);
+    play(1);
+    EXPECT_TRUE(hands_.isPedalDown() && hands_.isAnyCodeDown());
+    hands_.releaseCodesBut({});
+    play(2);
+    EXPECT_FALSE(hands_.isPedalDown() || hands_.isAnyCodeDown());
+    EXPECT_FALSE(instrument_.midi().sustainOn());
+    hands_.setPedal(true);  // by the button of the bar: no key holds it
+    hands_.releaseCodesBut({});
+    EXPECT_TRUE(hands_.isPedalDown());
+}
+
+TEST_F(StandaloneTest, AKeyboardThatGoesLetsGo) {
+    Senders senders;
+    std::vector<ShortMessage> sent;
+    const auto send = [&](const ShortMessage& message) { sent.push_back(message); };
+    senders.follow({20, 0}, {0x91, 60, 100});
+    senders.follow({20, 0}, {0x91, 64, 100});
+    senders.follow({20, 0}, {0x81, 64, 0});
+    senders.follow({20, 0}, {0x90, 62, 100});
+    senders.follow({20, 0}, {0x90, 62, 0});
+    senders.follow({20, 0}, {0xb1, 64, 127});
+    senders.follow({24, 0}, {0x90, 70, 100});
+    senders.leave({99, 9}, send);
+    EXPECT_TRUE(sent.empty());
+    senders.leave({20, 0}, send);
+    EXPECT_EQ(sent, (std::vector<ShortMessage>{{0x81, 60, 0}, {0xb1, 64, 0}}));
+    senders.leaveAll(send);
+    EXPECT_EQ(sent.back(), (ShortMessage{0x80, 70, 0}));
+    senders.leaveAll(send);
+    EXPECT_EQ(sent.size(), 3u);
+    senders.follow({20, 0}, {0x90, 60, 100});
+    senders.follow({20, 0}, {0xb0, 123, 0});
+    senders.leaveAll(send);
+    EXPECT_EQ(sent.size(), 3u);
+}
+
+TEST_F(StandaloneTest, WhatIsLostBetweenTwoBlocksHoldsNoNote) {
+    player_.prepare(48000);
+    for (int i = 0; i < 2000; ++i) {  // more than there is room for: the last ends are lost
+        const double now = clockSeconds() - 1;
+        player_.receiveAt(now, {0x90, static_cast<std::uint8_t>(i % 90), 100});
+        player_.touch({0x90, static_cast<std::uint8_t>(90 + i % 30), 100});
+    }
+    for (int key = 0; key < 128; ++key) {
+        player_.receiveAt(clockSeconds() - 1, {0x80, static_cast<std::uint8_t>(key), 0});
+        player_.touch({0x80, static_cast<std::uint8_t>(key), 0});
+    }
+    play(40);
+    for (int key = 0; key < 128; ++key) EXPECT_FALSE(player_.isKeyDown(key)) << key;
+    EXPECT_TRUE(instrument_.midi().nothingHeld());
+}
+
+TEST_F(StandaloneTest, KeyboardsAtTheDeviceThatGoLetGo) {
+    player_.prepare(48000);
+    player_.receive(3, {0x90, 60, 100});
+    hands_.press(64, 100);
+    play(10);
+    EXPECT_TRUE(player_.isKeyDown(60));
+    player_.releaseDevice();
+    play(10);
+    EXPECT_FALSE(player_.isKeyDown(60));
+    EXPECT_TRUE(player_.isKeyDown(64)) << "the hand on the screen is still there";
+}
+
+// Keyboards as a system offers them.
+struct Offered final : MidiPort {
+    std::vector<MidiInput> there;
+    std::vector<MidiInput> inputs() override { return there; }
+    void connect(const std::string& id, bool wanted) override {
+        for (MidiInput& input : there)
+            if (input.id == id) input.isConnected = wanted;
+    }
+    bool isConnected(std::size_t i) const { return there[i].isConnected; }
+};
+
+TEST_F(StandaloneTest, ConnectionsMadeByOtherMeansStay) {
+    MidiInputs midi(player_);
+    Offered port;
+    port.there = {{"1", "Piano"}, {"2", "Organ"}};
+    midi.setUnwanted({"Organ"});
+    midi.poll(&port);
+    EXPECT_TRUE(port.isConnected(0) && !port.isConnected(1));
+    port.there[0].isConnected = false;  // by a patchbay
+    port.there[1].isConnected = true;
+    midi.poll(&port);
+    EXPECT_TRUE(!port.isConnected(0) && port.isConnected(1));
+    midi.setWanted("Organ", false);  // the user's tick is a wish of now
+    midi.setWanted("Piano", true);
+    midi.poll(&port);
+    EXPECT_TRUE(port.isConnected(0) && !port.isConnected(1));
+    port.there[0].isConnected = false;  // unplugged and plugged in again
+    const MidiInput piano = port.there[0];
+    port.there.erase(port.there.begin());
+    midi.poll(&port);
+    port.there.push_back(piano);
+    midi.poll(&port);
+    EXPECT_TRUE(port.isConnected(1));
 }
 
 TEST_F(StandaloneTest, PanicEndsEverything) {
@@ -344,32 +448,49 @@ TEST_F(KeptStateTest, NonsenseHasItsDefault) {
     EXPECT_EQ(readKeptSettings(), KeptSettings{});
 }
 
+// What an instrument that is no plug-in asks of its host.
+struct NoHost : HostPort {
+    void editBegun(int) override {}
+    void parameterEdited(int, float) override {}
+    void editEnded(int) override {}
+    void patchChanged() override {}
+    void latencyChanged(int) override {}
+    bool sizeWanted(int, int) override { return false; }
+};
+
 TEST_F(KeptStateTest, ThePatchComesBack) {
     platform::setDataFolder(DATA_FOLDER);
-    Instrument first, second;
+    NoHost host;
+    PluggedInstrument first(host), second(host);
     EXPECT_FALSE(loadKeptPatch(second));
-    first.setParameter(100, 0.37f);
-    first.program().setProgramName("As I left it");
+    first.instrument().setParameter(100, 0.37f);
+    first.instrument().program().setProgramName("As I left it");
     ASSERT_TRUE(keepPatch(first));
     ASSERT_TRUE(loadKeptPatch(second));
-    EXPECT_EQ(second.parameters().getParameter(100), 0.37f);
-    EXPECT_EQ(second.program().getProgramName(), "As I left it");
+    EXPECT_EQ(second.instrument().parameters().getParameter(100), 0.37f);
+    EXPECT_EQ(second.instrument().program().getProgramName(), "As I left it");
 }
 
-TEST_F(KeptStateTest, ABrokenPatchLeavesOneThatPlays) {
+TEST_F(KeptStateTest, ABrokenPatchChangesNothing) {
     platform::setDataFolder(DATA_FOLDER);
-    Instrument instrument;
-    ASSERT_TRUE(keepPatch(instrument));
+    NoHost host;
+    PluggedInstrument plugged(host);
+    ASSERT_TRUE(keepPatch(plugged));
+    plugged.instrument().program().setProgramName("In force");
+    plugged.instrument().setParameter(100, 0.37f);
     const std::string path = folder_ / "standalone.patch";
     std::ifstream file(path, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    write("standalone.patch", "short");
-    EXPECT_FALSE(loadKeptPatch(instrument));
-    bytes[0] = 99;  // of a newer format
-    write("standalone.patch", bytes);
-    EXPECT_FALSE(loadKeptPatch(instrument));
-    EXPECT_EQ(instrument.program().getProgramName(), "0Welcome");
-    EXPECT_FALSE(instrument.flags().engineLocked.isSet());
+    const std::string whole{std::istreambuf_iterator<char>(file), {}};
+    std::string newer = whole, headless = whole;
+    newer[0] = 99;
+    for (std::size_t i = 0; i < 384; ++i) headless[54785 + i] = static_cast<char>(0xff);  // the samples' headers
+    for (const std::string& broken : {std::string(), std::string("short"), newer, headless}) {
+        write("standalone.patch", broken);
+        EXPECT_FALSE(loadKeptPatch(plugged));
+        EXPECT_EQ(plugged.instrument().program().getProgramName(), "In force");
+        EXPECT_EQ(plugged.instrument().parameters().getParameter(100), 0.37f);
+        EXPECT_FALSE(plugged.instrument().flags().engineLocked.isSet());
+    }
 }
 
 }  // namespace

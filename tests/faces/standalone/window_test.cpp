@@ -89,6 +89,15 @@ TEST_F(WindowTest, IsAWindowOfTheDesktop) {
     close();
 }
 
+// Calls on a window that is gone are errors, by which the window system ends programs.
+TEST_F(WindowTest, AWindowThatSomebodyDestroysEndsItInGoodOrder) {
+    open();
+    desktop_->destroy(window_);
+    EXPECT_EQ(program_->finish(), 0) << program_->output();
+    EXPECT_NE(program_->output().find("played "), std::string::npos) << program_->output();
+    EXPECT_TRUE(std::filesystem::exists(home_.stateFile("standalone.patch")));
+}
+
 TEST_F(WindowTest, KeysSoundUnderThePointerTheLouderTheNearerToTheirFront) {
     const auto peakAt = [&](double depth) {
         open({"--device", "null", "--patch", PATCH, "--record", home_ / "take.wav"});

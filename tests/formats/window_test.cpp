@@ -1,0 +1,179 @@
+// The window of every format in a window of the host's, and a real pointer over it.
+#include <algorithm>
+#include <cmath>
+
+#include "editor/model/control_table.h"
+#include "editor/model/window_layout.h"
+#include "tests/formats/formats_fixture.h"
+#include "tests/window/x_server.h"
+
+// Last, as it takes plain words for its own.
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+
+namespace testhost {
+namespace {
+
+// A window of the host's on a virtual screen, and the pointer. Null without a server to start.
+class Desk {
+public:
+    static std::unique_ptr<Desk> open() {
+        static const XServer server(1600, 1000);
+        if (!server.isRunning()) return nullptr;
+        return std::unique_ptr<Desk>(new Desk);
+    }
+    ~Desk() {
+        XDestroyWindow(display_, window_);
+        XCloseDisplay(display_);
+    }
+    Desk(const Desk&) = delete;
+    Desk& operator=(const Desk&) = delete;
+
+    std::uintptr_t window() const { return window_; }
+    std::vector<Window> children() const {
+        Window root, above, *found = nullptr;
+        unsigned count = 0;
+        XQueryTree(display_, window_, &root, &above, &found, &count);
+        std::vector<Window> all(found, found + count);
+        if (found != nullptr) XFree(found);
+        return all;
+    }
+    int widthOf(Window window) const {
+        XWindowAttributes facts{};
+        XGetWindowAttributes(display_, window, &facts);
+        return facts.width;
+    }
+    bool isShown(Window window) const {
+        XWindowAttributes facts{};
+        return XGetWindowAttributes(display_, window, &facts) != 0 && facts.map_state == IsViewable;
+    }
+    void move(FormatHost& host, double x, double y) {
+        XTestFakeMotionEvent(display_, -1, static_cast<int>(std::lround(x)), static_cast<int>(std::lround(y)), 0);
+        settle(host);
+    }
+    void button(FormatHost& host, bool isDown, unsigned number = 1) {
+        XTestFakeButtonEvent(display_, number, isDown ? True : False, 0);
+        settle(host);
+    }
+    // What the plug-in's window has of it is worked off.
+    void settle(FormatHost& host) {
+        XSync(display_, False);
+        for (int i = 0; i < 6; ++i) {
+            host.idle();
+            timespec pause{0, 15000000};
+            nanosleep(&pause, nullptr);
+        }
+    }
+
+private:
+    Desk() : display_(XOpenDisplay(nullptr)) {
+        window_ = XCreateSimpleWindow(display_, DefaultRootWindow(display_), 0, 0, 1590, 900, 0, 0, 0);
+        XMapWindow(display_, window_);
+        XSync(display_, False);
+    }
+    ::Display* display_;
+    Window window_;
+};
+
+struct Place {
+    double x, y;
+};
+
+Place placeOf(const char* control, const Desk& desk) {
+    const auto& entry = vantoric::controlEntry(vantoric::controlIndexForName(control));
+    const double unit = desk.widthOf(desk.children().at(0)) / static_cast<double>(vantoric::layoutWidth);
+    const vantoric::LayoutRect r = vantoric::controlRect(entry);
+    return {(r.x + r.width / 2.0) * unit, (r.y + r.height / 2.0) * unit};
+}
+
+TEST_P(Formats, TheWindowOpensBeforeAndAfterEverything) {
+    const auto desk = Desk::open();
+    if (!desk) GTEST_SKIP() << "no X server to start";
+    const auto host = make(false);
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(host->openWindow(desk->window()));
+        for (int i = 0; i < 5; ++i) host->idle();
+        EXPECT_EQ(desk->children().size(), 1u);
+        host->start(rate, block);
+        host->render(block, {Event::note(0, 60)});
+        host->idle();
+        host->closeWindow();
+        host->stop();
+    }
+}
+
+// Pressed, dragged in two steps, and let go of: one gesture around at least one value, of this parameter alone.
+void expectGesture(const std::vector<Told>& told, int index) {
+    ASSERT_GE(told.size(), 3u);
+    for (const Told& one : told) EXPECT_EQ(one.index, index);
+    EXPECT_EQ(told.front().kind, Told::begin);
+    EXPECT_EQ(told.back().kind, Told::end);
+    for (std::size_t i = 1; i + 1 < told.size(); ++i) EXPECT_EQ(told[i].kind, Told::value) << i;
+}
+
+TEST_P(Formats, AHandInTheWindowIsTold) {
+    const auto desk = Desk::open();
+    if (!desk) GTEST_SKIP() << "no X server to start";
+    const auto host = make();
+    host->render(block, {Event::set(0, par::EqLow, 0.5)});
+    ASSERT_TRUE(host->openWindow(desk->window()));
+    desk->settle(*host);
+    host->render(block);
+    host->takeTold();
+    const Place knob = placeOf("EQ LOW", *desk);
+    for (const bool isPlaying : {true, false}) {
+        desk->move(*host, knob.x, knob.y);
+        desk->button(*host, true);
+        for (const double by : {-12.0, -24.0}) {
+            desk->move(*host, knob.x, knob.y + (isPlaying ? by : -1.6 * by));
+            if (isPlaying) host->render(block);
+        }
+        desk->button(*host, false);
+        host->render(block);
+        desk->settle(*host);
+        host->render(block);
+        const auto told = host->takeTold();
+        expectGesture(told, par::EqLow);
+        // The last value is the one in force, and the host that sends it back changes nothing.
+        ASSERT_GE(told.size(), 2u);
+        const double last = told[told.size() - 2].plain;
+        EXPECT_NE(last, 0.5);
+        const Bytes state = host->save(1u << 20);
+        host->render(block, {Event::set(0, par::EqLow, last)});
+        EXPECT_EQ(host->save(1u << 20), state);
+        desk->settle(*host);
+        host->render(block);
+        EXPECT_TRUE(host->takeTold().empty()) << "told twice";
+    }
+    // After it all the host's hand moves the knob again.
+    host->render(block, {Event::set(0, par::EqLow, 0.125)});
+    Reference reference;
+    ASSERT_TRUE(reference.host.setChunk(host->save(1u << 20)));
+    EXPECT_EQ(reference.host.parameter(par::EqLow), 0.125f);
+    host->closeWindow();
+}
+
+// A turn of the wheel is begun, moved and ended within one event, so between two blocks.
+TEST_P(Formats, AGestureBetweenTwoBlocksIsToldOnce) {
+    const auto desk = Desk::open();
+    if (!desk) GTEST_SKIP() << "no X server to start";
+    const auto host = make();
+    ASSERT_TRUE(host->openWindow(desk->window()));
+    desk->settle(*host);
+    host->render(block, {Event::set(0, par::EqLow, 0.5)});
+    host->takeTold();
+    const Place knob = placeOf("EQ LOW", *desk);
+    desk->move(*host, knob.x, knob.y);
+    desk->button(*host, true, 4);
+    desk->button(*host, false, 4);
+    host->render(block);
+    desk->settle(*host);
+    host->render(block);
+    const auto told = host->takeTold();
+    expectGesture(told, par::EqLow);
+    EXPECT_EQ(told.size(), 3u);
+    host->closeWindow();
+}
+
+}  // namespace
+}  // namespace testhost
