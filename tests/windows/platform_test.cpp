@@ -1,11 +1,15 @@
-// What `platform` gives on Windows.
+// What `platform` gives on Windows, and what the rooms above need of the system beside it.
 #include <gtest/gtest.h>
 #include <windows.h>
 
 #include <array>
 #include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <thread>
 
+#include "base/doorbell.h"
 #include "platform/dialogs.h"
 #include "platform/files.h"
 #include "platform/mapped_file.h"
@@ -179,6 +183,37 @@ TEST_F(Windows, AProcessIsKnownByItsStart) {
 }
 
 TEST_F(Windows, AnAddressOfAFileHasItsDrive) { EXPECT_EQ(addressOfFile("C:\\a b\\manual.html"), "file:///C:/a%20b/manual.html"); }
+
+// Rung at ever other moments after the other thread has gone to wait, also while it is about to fall asleep.
+TEST_F(Windows, NoRingIsLost) {
+    using namespace std::chrono;
+    constexpr int rounds = 20000;
+    Doorbell bell;
+    std::atomic<int> heard{0};
+    std::thread other([&] {
+        for (int i = 1; i <= rounds; ++i) {
+            bell.wait();
+            heard = i;
+        }
+    });
+    int lost = 0;
+    for (int i = 1; i <= rounds; ++i) {
+        const auto moment = steady_clock::now() + nanoseconds(i % 400 * 100);
+        while (steady_clock::now() < moment) {
+        }
+        bell.ring();
+        const auto patience = steady_clock::now() + seconds(10);
+        while (heard != i && lost == 0) {
+            std::this_thread::yield();
+            if (steady_clock::now() > patience) lost = i;
+        }
+    }
+    if (lost != 0) {  // the other thread would wait for ever
+        std::fprintf(stderr, "ring %d was lost\n", lost);
+        std::_Exit(1);
+    }
+    other.join();
+}
 
 // Answers the box of a title as a user would, by the number of a button.
 class User {
