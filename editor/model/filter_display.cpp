@@ -67,8 +67,8 @@ bool FilterDisplay::refresh(const ShownFilter& filter, const DisplayLayout& layo
     drawn_ = filter;
     drawnLayout_ = layout;
     const auto columns = static_cast<std::size_t>(clampTo(layout.columns, 1, DisplayTraces::maxColumns));
-    for (std::size_t i = 0; i < columns; ++i)
-        traces_.traceB[i] = static_cast<float>(noise_.next()) * 3.495e-09f;  // the grain of the noise floor
+    LinearCongruence noise{22222};  // the same grain each time: it would flicker under a knob
+    for (std::size_t i = 0; i < columns; ++i) traces_.traceB[i] = static_cast<float>(noise.next()) * 3.495e-09f;
     const auto& magnitudes = response_.measure({.sampleRate = displayRate,
                                                 .type = filter.type,
                                                 .cutoff = filter.cutoff,

@@ -41,7 +41,6 @@ public:
 
 private:
     FilterResponse response_;
-    LinearCongruence noise_{22222};  // of the floor
     std::optional<ShownFilter> drawn_;
     DisplayLayout drawnLayout_;
     DisplayTraces traces_;

@@ -180,7 +180,9 @@ std::vector<MenuRow> allRows() {
     std::vector<MenuRow> rows;
     for (const int menu : {int(tag::fileMenu), int(tag::copyMenu), int(tag::pasteMenu), int(tag::initMenu), int(tag::helpMenu)}) {
         const auto labels = labelsOf(controlWithTag(menu));
-        for (int row = 0; row < static_cast<int>(labels.size()); ++row)
+        // Each template is chosen above.
+        const int end = menu == tag::initMenu ? int(vantoric::init_row::create1) : static_cast<int>(labels.size());
+        for (int row = 0; row < end; ++row)
             if (labels[static_cast<std::size_t>(row)] != "-") rows.push_back({menu, row});
     }
     return rows;

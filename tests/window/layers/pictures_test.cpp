@@ -104,6 +104,7 @@ TEST(Pictures, ValueBoxes) {
     keepInAllSizes("value", [](const VSTGUI::CRect& area) {
         return new ValueBox(area, {500, 60, 560, 100}, {"Cutoff 1", "783 Hz", "20 Hz to 20 kHz", ""}, {}, {});
     });
+    compare("value_normal");
     keepInAllSizes("value_error", [](const VSTGUI::CRect& area) {
         auto* box = new ValueBox(area, {}, {"Semitones", "twelve", "-24 to 24", "semitones"},
                                  [](const std::string&) { return "This is no number that fits here."; }, {});
