@@ -65,6 +65,7 @@ TESTS_SHARED = {
     "tests/window": ["host"],
     "tests/faces": ["host", "window"],
     "tests/formats": ["host", "window"],
+    "tests/fuzz": ["formats"],
     "bench": ["library", "window"],
 }
 
