@@ -19,8 +19,9 @@ function(vantoric_module target)
     list(JOIN module_EXPORTS "; " exported)
     set(map ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
     file(CONFIGURE OUTPUT ${map} CONTENT "{ global: ${exported}; local: *; };\n" @ONLY)
-    target_link_options(${target} PRIVATE -Wl,-Bsymbolic -Wl,-z,defs -Wl,--gc-sections -Wl,--as-needed
-      -Wl,--exclude-libs,ALL -Wl,--version-script=${map})
+    # A fuzzer's modules find what watches them in the program that loads them.
+    target_link_options(${target} PRIVATE -Wl,-Bsymbolic $<$<NOT:$<BOOL:${VANTORIC_FUZZ}>>:-Wl,-z,defs> -Wl,--gc-sections
+      -Wl,--as-needed -Wl,--exclude-libs,ALL -Wl,--version-script=${map})
   endif()
   set_target_properties(${target} PROPERTIES PREFIX "" SUFFIX "" OUTPUT_NAME ${module_NAME}
     LINK_DEPENDS ${map} LIBRARY_OUTPUT_DIRECTORY ${module_FOLDER})

@@ -14,7 +14,7 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 # The same samples at every optimisation level and on every x86-64 machine: no contraction into fused
 # multiply-adds, never fast-math.
 # No unique symbols: one would keep a module in memory after its host has let go of it.
-add_compile_options(-ffp-contract=off -fno-gnu-unique -Wall -Wextra -Wshadow -Wno-psabi)
+add_compile_options(-ffp-contract=off $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique> -Wall -Wextra -Wshadow -Wno-psabi)
 add_compile_definitions($<$<CONFIG:Release>:NDEBUG>)
 
 find_program(CCACHE ccache)

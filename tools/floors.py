@@ -68,6 +68,7 @@ TESTS_SHARED = {
     "tests/faces": ["host", "window"],
     "tests/formats": ["host", "window"],
     "tests/windows": ["formats", "host"],
+    "tests/fuzz": ["formats"],
     "bench": ["library", "window"],
 }
 

@@ -146,8 +146,8 @@ void KeysView::drawWhite(Pen& pen, int key) const {
     if (const std::string sign = signOf(key); !sign.empty())
         pen.text(middle, r.bottom - 17, sign, Face::semibold, 8.5, isLit ? style::black : hexColor(0x2B3338), Align::centre);
     if (key % 12 == 0)
-        pen.text(middle, r.bottom - 6.5, "C" + std::to_string(key / 12 - 1), Face::medium, 7.5, isLit ? style::black : ink,
-                 Align::centre);
+        pen.text(middle, r.bottom - 6.5, std::string("C").append(std::to_string(key / 12 - 1)), Face::medium, 7.5,
+                 isLit ? style::black : ink, Align::centre);
 }
 
 void KeysView::drawBlack(Pen& pen, int key) const {

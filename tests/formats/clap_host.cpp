@@ -135,11 +135,18 @@ public:
     bool load(const Bytes& state, std::size_t piece) override {
         struct Source {
             const Bytes& bytes;
-            std::size_t piece, at = 0;
-        } source{state, piece};
+            std::size_t piece;
+            const StreamFault& fault;
+            std::size_t at = 0;
+        } source{state, piece, fault_};
         const clap_istream_t stream{
             &source, [](const clap_istream_t* s, void* to, std::uint64_t size) -> std::int64_t {
                 auto& from = *static_cast<Source*>(s->ctx);
+                if (from.at >= from.fault.at && from.fault.kind != StreamFault::none) {
+                    if (from.fault.kind == StreamFault::error) return -1;
+                    if (from.fault.kind == StreamFault::tooMuch) return static_cast<std::int64_t>(size) + 1;
+                    return 0;
+                }
                 const auto given =
                     std::min<std::size_t>({static_cast<std::size_t>(size), from.piece, from.bytes.size() - from.at});
                 std::copy_n(from.bytes.begin() + static_cast<std::ptrdiff_t>(from.at), given, static_cast<std::uint8_t*>(to));

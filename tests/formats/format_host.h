@@ -63,6 +63,13 @@ struct ParameterFacts {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// How a host's stream may misbehave, once so many bytes have gone through it.
+struct StreamFault {
+    enum Kind { none, error, tooMuch, early, badType } kind = none;
+    std::size_t at = 0;  // bytes
+    Bytes ports;         // LV2: what the state says of the ports; empty for nothing
+};
+
 // One instance of the plug-in.
 class FormatHost {
 public:
@@ -76,6 +83,8 @@ public:
     // The state, in pieces of at most so many bytes; empty if the plug-in fails.
     virtual Bytes save(std::size_t piece) = 0;
     virtual bool load(const Bytes& state, std::size_t piece) = 0;
+    // What is wrong with the streams of the loads that follow.
+    void setFault(StreamFault fault) { fault_ = std::move(fault); }
     // The stored value of a parameter without states, as the format tells it; below 0 where it does not.
     virtual double parameter(int) { return -1; }
     // Sets a parameter beside the blocks, where the format has a way.
@@ -124,6 +133,7 @@ protected:
         ++dirtyMarks_;
     }
 
+    StreamFault fault_;
     std::vector<std::pair<int, int>> sizes_;
     std::vector<int> ends_;
     std::vector<Song> song_;

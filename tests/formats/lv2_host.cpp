@@ -80,13 +80,16 @@ public:
     }
     bool load(const Bytes& state_, std::size_t) override {
         properties_[numberOf(nullptr, lv2::patchUri)] = state_;
+        if (fault_.kind == StreamFault::early) properties_.erase(numberOf(nullptr, lv2::patchUri));
+        if (!fault_.ports.empty()) properties_[numberOf(nullptr, lv2::portsUri)] = fault_.ports;
         const auto retrieve = [](LV2_State_Handle host, std::uint32_t key, std::size_t* size, std::uint32_t* type,
                                  std::uint32_t* flags) -> const void* {
-            const auto& properties = static_cast<Lv2Host*>(host)->properties_;
+            const auto& self = *static_cast<Lv2Host*>(host);
+            const auto& properties = self.properties_;
             const auto found = properties.find(key);
             if (found == properties.end()) return nullptr;
             *size = found->second.size();
-            *type = numberOf(nullptr, LV2_ATOM__Chunk);
+            *type = numberOf(nullptr, self.fault_.kind == StreamFault::badType ? LV2_ATOM__Int : LV2_ATOM__Chunk);
             *flags = LV2_STATE_IS_POD;
             return found->second.data();
         };

@@ -35,7 +35,7 @@ TEST_P(Formats, BlocksAndStatesMeet) {
     using namespace std::chrono;
     const auto end = steady_clock::now() + duration<double>(secondsOfThreads());
     int loads = 0;
-    for (; steady_clock::now() < end; ++loads) {
+    for (; steady_clock::now() < end || loads < 6; ++loads) {
         EXPECT_TRUE(host->load(loads % 2 == 0 ? first : second, 4096));
         EXPECT_FALSE(host->save(4096).empty());
         host->parameter(par::EqMid);
@@ -46,7 +46,6 @@ TEST_P(Formats, BlocksAndStatesMeet) {
     isOver = true;
     audio.join();
     EXPECT_GT(blocks, 10);
-    EXPECT_GT(loads, 1);
     EXPECT_EQ(broken, 0);
     EXPECT_TRUE(host->load(first, 4096));
     EXPECT_GT(play(*host, 8).peak(), 0.001f);

@@ -113,6 +113,11 @@ class Stream final : public Uncounted<IBStream> {
 public:
     Stream(Bytes content, std::size_t most) : bytes(std::move(content)), piece(most) {}
     tresult PLUGIN_API read(void* to, int32 size, int32* done) override {
+        if (at >= fault.at && fault.kind != StreamFault::none) {
+            if (done != nullptr)
+                *done = fault.kind == StreamFault::tooMuch ? size + 1 : fault.kind == StreamFault::error ? -1 : 0;
+            return fault.kind == StreamFault::error ? kResultFalse : kResultOk;
+        }
         const std::size_t given = std::min({static_cast<std::size_t>(size), piece, bytes.size() - at});
         std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), given, static_cast<std::uint8_t*>(to));
         at += given;
@@ -129,6 +134,7 @@ public:
     tresult PLUGIN_API seek(int64, int32, int64*) override { return kNotImplemented; }
     tresult PLUGIN_API tell(int64*) override { return kNotImplemented; }
     Bytes bytes;
+    StreamFault fault;
     std::size_t piece, at = 0;
 };
 
@@ -332,6 +338,7 @@ public:
     }
     bool load(const Bytes& state, std::size_t piece) override {
         Stream stream(state, piece);
+        stream.fault = fault_;
         return component_->setState(&stream) == kResultOk;
     }
     double parameter(int index) override { return controller_->getParamNormalized(static_cast<Vst::ParamID>(index)); }

@@ -67,8 +67,12 @@ void requireRoundTrip(PatchBench& bench) {
 
 }  // namespace
 
+Bytes chunkOf(const std::uint8_t* data, std::size_t size) {
+    return size < shortestWhole ? chunkByScript(data, size) : Bytes(data, data + size);
+}
+
 void chunk(const std::uint8_t* data, std::size_t size) {
-    const Bytes bytes = size < shortestWhole ? chunkByScript(data, size) : Bytes(data, data + size);
+    const Bytes bytes = chunkOf(data, size);
     PatchBench bench;
     for (int k = 0; k < chunk::waveCount; k += 5) bench.putSample(k, 30, 3, 20, 22050, 1);
     const int returned = bench.load(bytes);

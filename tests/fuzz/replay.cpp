@@ -31,6 +31,15 @@ const Target targets[] = {
     {"wave_file", vantoric::fuzz::waveFile, vantoric::fuzz::waveFileSeeds, 100},
     {"sfz_file", vantoric::fuzz::sfzFile, vantoric::fuzz::sfzFileSeeds, 500},
     {"resynthesis", vantoric::fuzz::resynthesis, vantoric::fuzz::resynthesisSeeds, 20},
+#ifdef CLAP_MODULE
+    {"clap_state", vantoric::fuzz::clapState, vantoric::fuzz::stateSeeds, 8},
+#endif
+#ifdef LV2_MODULE
+    {"lv2_state", vantoric::fuzz::lv2State, vantoric::fuzz::stateSeeds, 8},
+#endif
+#ifdef VST3_MODULE
+    {"vst3_state", vantoric::fuzz::vst3State, vantoric::fuzz::stateSeeds, 8},
+#endif
 };
 
 // A copy of exactly the input's size, so that a read beyond it is seen.

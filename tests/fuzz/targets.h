@@ -29,6 +29,13 @@ void bankFile(const std::uint8_t* data, std::size_t size);
 void waveFile(const std::uint8_t* data, std::size_t size);
 void sfzFile(const std::uint8_t* data, std::size_t size);
 void resynthesis(const std::uint8_t* data, std::size_t size);
+// States as hosts hand them to the plug-ins of each format. The first eight bytes say how the host's stream gives them.
+void clapState(const std::uint8_t* data, std::size_t size);
+void lv2State(const std::uint8_t* data, std::size_t size);
+void vst3State(const std::uint8_t* data, std::size_t size);
+
+// The bytes of a chunk by a script, or as they are; see above.
+Bytes chunkOf(const std::uint8_t* data, std::size_t size);
 
 // Inputs to begin with, sound ones and nearly sound ones.
 std::vector<Bytes> chunkSeeds();
@@ -39,5 +46,6 @@ std::vector<Bytes> bankFileSeeds();
 std::vector<Bytes> waveFileSeeds();
 std::vector<Bytes> sfzFileSeeds();
 std::vector<Bytes> resynthesisSeeds();
+std::vector<Bytes> stateSeeds();
 
 }  // namespace vantoric::fuzz

@@ -5,37 +5,14 @@
 # Without "Name" the name is the one that the scanner finds. Exit status: 0 good, 1 not, 77 no Ardour here.
 set -euo pipefail
 
-say() { echo "ardour_check: $*"; }
-fail() { say "FAILED: $*"; exit 1; }
-
 [ $# -ge 1 ] || { echo "usage: $0 PLUGIN.so [\"Name\" [PARAMETER VALUE]]" >&2; exit 2; }
 module=$(realpath "$1")
 name=${2:-}
 parameter=${3:-0}
 value=${4:-0.25}
 seconds=3
-scripts=$(cd "$(dirname "$0")/ardour" && pwd)
-
-ardour=
-for version in 7 8; do
-    command -v ardour$version-lua > /dev/null && command -v ardour$version-export > /dev/null && ardour=ardour$version
-done
-[ -n "$ardour" ] || { say "SKIPPED: Ardour is not installed (Debian package ardour)"; exit 77; }
-library=$(dirname "$(readlink -f "$(command -v $ardour-export)")")/..
-
-# Everything that Ardour writes goes to a folder of its own, also its settings. The module is taken from where it is,
-# since its data folders lie beside it.
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export HOME=$work/home XDG_RUNTIME_DIR=$work/run
-unset XDG_CONFIG_HOME XDG_CACHE_HOME DISPLAY
-settings=$HOME/.config/$ardour
-mkdir -p "$settings/scripts" "$XDG_RUNTIME_DIR"
-chmod 700 "$XDG_RUNTIME_DIR"
-cp "$scripts/notes.lua" "$settings/scripts/"
-cat > "$settings/config" << XML
-<Ardour><Config><Option name="plugin-path-lxvst" value="$(dirname "$module")"/></Config></Ardour>
-XML
+. "$(dirname "$0")/ardour/common.sh"
+look_in "$(dirname "$module")"  # the module is taken from where it is, since its data folders lie beside it
 
 # Runs a tool with its output in the log; the log is shown if it fails. Ardour's tools abort now and then of their own
 # accord, whatever the instrument, about once in thirty exports: then they get another try, in a new `fresh` folder.
@@ -63,7 +40,7 @@ say "scanned: $found"
 name=$found
 grep -q 'is_instrument="1"' "$HOME"/.cache/$ardour/vst/*.v2i || fail "not seen as an instrument"
 
-fresh=$work/session run 180 $ardour-lua "$scripts/make_session.lua" "$scripts" "$work/session" "$name" "$parameter" "$value"
+fresh=$work/session run 180 $ardour-lua "$lua/make_session.lua" "$lua" "$work/session" LXVST "$name" "$parameter" "$value"
 set_to=$(told value)
 [ -n "$set_to" ] || { cat "$log"; fail "no session was made"; }
 say "session made: $(told parameters) parameters, number $parameter set to $set_to"
@@ -75,21 +52,17 @@ chunk=$(tr -d '\n' < "$session" | sed -n 's/.*<chunk[^>]*>\([^<]*\)<.*/\1/p' | w
 [ "$chunk" -gt 1 ] || fail "the session holds no chunk of the plug-in"
 say "session saved: a chunk of $chunk characters"
 
-run 180 $ardour-lua "$scripts/read_session.lua" "$scripts" "$work/session" "$name" "$parameter"
+run 180 $ardour-lua "$lua/read_session.lua" "$lua" "$work/session" "$name" "$parameter"
 read_back=$(told value)
 [ "$read_back" = "$set_to" ] || { cat "$log"; fail "parameter $parameter was $set_to and is \"$read_back\" after loading"; }
 say "session loaded: parameter $parameter is $read_back again"
 
-# The export renders the session range, which a session without regions lacks. Times are in units of 1/282240000 s.
-range="<Location id=\"900001\" name=\"session\" start=\"a0\" end=\"a$((282240000 * seconds))\" flags=\"IsSessionRange\""
-range="$range locked=\"0\" position-lock-style=\"AudioTime\" timestamp=\"0\" cue=\"0\"/>"
-sed -i "s|<Locations/>|<Locations>$range</Locations>|" "$session"
+lasts "$session" $seconds
 wave=$work/out.wav
 run 300 $ardour-export -b 16 -o "$wave" "$work/session" check
 [ -s "$wave" ] || { cat "$log"; fail "nothing was exported"; }
 
-data=$(LC_ALL=C grep -abo -m1 data "$wave" | head -1 | cut -d: -f1)
-read -r samples peak < <(od -An -v -t d2 -w2 -j $((data + 8)) "$wave" |
+read -r samples peak < <(samples "$wave" | od -An -v -t d2 -w2 |
     awk '{ x = $1 < 0 ? -$1 : $1; if (x > peak) peak = x; n++ } END { print n + 0, peak + 0 }')
 say "exported: $samples samples, peak $peak of 32768"
 [ "$samples" -ge $((2 * 48000 * (seconds - 1))) ] || fail "the export is too short"

@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# tools/hour.sh [SECONDS [FRAMES [PATCH]]]
+# Has the program (PROGRAM, default dist/bin/vantoric) play PATCH, CATEGORY/NAME of the library, by default the first that it
+# loads by itself, on a JACK server without a sound card for SECONDS (default 3600) at blocks of FRAMES (default 64) and 48 kHz,
+# with as many held keys as take half a core, and tells the load and the dropouts. For a quiet machine; REALTIME=yes asks the
+# server for real-time priority. Needs jackd2 and its tools (Debian 13: jack-example-tools).
+# Exit status: 0 without a dropout, 1 with one, 2 something is missing.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds=${1:-3600} frames=${2:-64} patch=${3:-}
+program=${PROGRAM:-dist/bin/vantoric}
+for tool in jackd jack_midiseq jack_connect "$program"; do
+    command -v "$tool" >/dev/null || { echo "hour: $tool is missing" >&2; exit 2; }
+done
+
+scratch=$(mktemp -d)
+export HOME=$scratch JACK_DEFAULT_SERVER=vantoric-hour-$$ JACK_NO_START_SERVER=1
+unset DISPLAY XDG_STATE_HOME XDG_CONFIG_HOME XDG_DATA_HOME
+started=()
+tidy() { kill -KILL "${started[@]}" 2>/dev/null || true; rm -rf "$scratch"; }
+trap tidy EXIT
+until_said() { for _ in $(seq 300); do grep -q "$1" "$2" && return 0; sleep 0.1; done; cat "$2" >&2; exit 2; }
+
+[ "${REALTIME:-no}" = yes ] && priority=-R || priority=-r
+jackd -n "$JACK_DEFAULT_SERVER" $priority -d dummy -r 48000 -p "$frames" >"$scratch/jack" 2>&1 &
+started+=($!)
+sleep 2
+"$program" --no-window --sound jack --seconds "$seconds" ${patch:+--patch "$patch"} >"$scratch/said" 2>&1 &
+player=$!
+started+=($player)
+until_said '^MIDI: ' "$scratch/said"
+
+# Seconds of the processor that the program has taken, in hundredths.
+taken() { awk '{ print $14 + $15 }' "/proc/$player/stat"; }
+# The part of a core that it takes over some seconds, in hundredths.
+share() { local before; before=$(taken); sleep "$1"; echo $((($(taken) - before) / $1)); }
+
+# Keys are added until it is half a core, each struck anew every two seconds.
+keys=0
+for key in 36 43 48 52 55 60 64 67 71 72 76 79 83 84 88 91; do
+    jack_midiseq "keys$key" 96000 0 $key 90000 >/dev/null 2>&1 &
+    started+=($!)
+    for _ in $(seq 50); do jack_connect "keys$key:out" Vantoric:midi_in >/dev/null 2>&1 && break; sleep 0.1; done
+    keys=$((keys + 1))
+    load=$(share 3)
+    [ "$load" -lt 50 ] || break
+done
+echo "hour: $keys keys take $load % of a core; $frames frames, $seconds s; machine load $(cut -d' ' -f1-3 /proc/loadavg)"
+wait $player || { cat "$scratch/said"; exit 1; }
+tail -1 "$scratch/said"
+grep -q ', 0 dropouts$' "$scratch/said"
