@@ -73,7 +73,7 @@ Wave bar(double mallet) {
 Sample tube(double pressure, double length) {
     // A reed on a cylinder: half a wavelength long, open at the far end, where a pole turns the wave back upside down; the
     // reed gives way by a straight line until it is shut (M. E. McIntyre, R. T. Schumacher and J. Woodhouse, 1983).
-    constexpr double opening = 3200.0;  // Hz: what is higher leaves the tube
+    constexpr double opening = 3200.0;                                                 // Hz: what is higher leaves the tube
     const double delay = rate / home / 2.0 - 0.5 - rate / (2.0 * math::pi * opening);  // what the opening takes
     const auto whole = static_cast<std::size_t>(delay);
     const double rest = delay - static_cast<double>(whole);
