@@ -881,7 +881,7 @@ void WindowContent::dragBegan(int area) {
 int WindowContent::targetAt(CPoint where) const {
     const double scale = editor_.size().layoutScale();
     const int target = editor_.dropTarget(static_cast<float>(where.x * scale), static_cast<float>(where.y * scale));
-    return views_.at(target) != nullptr ? target : -1;
+    return target >= 0 && views_.at(target) != nullptr ? target : -1;
 }
 
 void WindowContent::dragMoved(int area, CPoint where) {

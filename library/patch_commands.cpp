@@ -39,7 +39,7 @@ void PatchCommands::askSavePath(const std::string& name, platform::OnPath then) 
 }
 
 // Beside the category folders a patch is in no list.
-void PatchCommands::keepListed(const std::string& path, platform::OnPath then) {
+void PatchCommands::keepListed(const std::string& path, const platform::OnPath& then) {
     const auto take = [this, then](const std::string& chosen) {
         saveFolder_ = folderOfPath(chosen);
         then(chosen);

@@ -34,7 +34,7 @@ public:
 
 private:
     bool told(bool result);
-    void keepListed(const std::string& path, platform::OnPath then);
+    void keepListed(const std::string& path, const platform::OnPath& then);
 
     PatchFiles& files_;
     Messages& messages_;

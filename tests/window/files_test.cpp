@@ -69,7 +69,10 @@ protected:
         FAIL() << "no patch to copy";
     }
     void openBrowser() {
+        const auto middle = [&] { return host.glance().part(300, 300, 600, 300); };
+        const Picture closed = middle();
         rig.click(controlWithTag(tag::browser));
+        ASSERT_TRUE(host.until([&] { return middle() != closed; }, 10));
         host.idle(400);  // the library is read
     }
 
