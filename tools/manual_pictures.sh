@@ -2,7 +2,8 @@
 # tools/manual_pictures.sh [NAME...]
 # Takes the pictures of the manual (docs/manual/pictures), all or those named, from the real window: each drive of
 # docs/manual/drives/NAME.drive is played to a fresh window on a screen of its own, and cut to the place that its line "crop"
-# says, in the size of the list "Editor" that "size" says. A line "load WORDS" loads the first patch that the library finds for them. Needs dist/ and the target window-drive
+# says, in the size of the list "Editor" that "size" says. A line "load WORDS" loads the first patch that the library finds for them.
+# The picture "program" is that of the program of its own, as it first opens. Needs dist/ and the target window-drive
 # (BUILD names their folder, default build/release), xvfb and imagemagick.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -52,9 +53,25 @@ cut_out() {
         -define png:compression-level=9 "PNG8:$3"
 }
 
+# The whole window, below which the screen is black.
+picture_program() {
+    local program
+    dist/bin/vantoric --device null >"$scratch/log" 2>&1 &
+    program=$!
+    sleep 6
+    import -window root "$scratch/whole.png"
+    kill "$program"
+    convert "$scratch/whole.png" -bordercolor black -border 1 -trim +repage -filter Lanczos -resize 1600 -strip -dither None \
+        -colors 256 -define png:compression-level=9 PNG8:docs/manual/pictures/program.png
+}
+
 mkdir -p docs/manual/pictures
-[ $# -gt 0 ] || set -- $(cd docs/manual/drives && ls -- *.drive | sed 's/\.drive$//')
+[ $# -gt 0 ] || set -- program $(cd docs/manual/drives && ls -- *.drive | sed 's/\.drive$//')
 for name in "$@"; do
+    if [ "$name" = program ]; then
+        picture_program
+        continue
+    fi
     drive=docs/manual/drives/$name.drive
     prepare "$drive"
     commands "$drive" "$scratch/whole.png" | "$build/window-drive" "$installed/Vantoric.so" >"$scratch/log" 2>&1 ||
