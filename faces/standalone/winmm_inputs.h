@@ -1,7 +1,6 @@
 // MIDI by WinMM: the system's inputs, each of which one program can open.
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -24,11 +23,10 @@ public:
     std::vector<MidiInput> inputs() override;
     void connect(const std::string& id, bool wanted) override;
 
-    // Called by the system: three bytes of a message, the first one lowest.
-    void take(std::uint32_t message);
-
 private:
     class Open;
+
+    void receive(const ShortMessage& message);
 
     Player& player_;
     std::mutex taking_;  // several inputs, one ring

@@ -6,6 +6,7 @@
 
 #include <set>
 
+#include "faces/standalone/held_keys.h"
 #include "platform/wide_text.h"
 
 namespace vantoric::standalone {
@@ -32,31 +33,40 @@ std::vector<Named> all() {
     return found;
 }
 
-void CALLBACK heard(HMIDIIN, UINT kind, DWORD_PTR inputs, DWORD_PTR message, DWORD_PTR) {
-    if (kind == MIM_DATA) reinterpret_cast<WinmmInputs*>(inputs)->take(static_cast<std::uint32_t>(message));
-}
-
 }  // namespace
 
-// An input that is listened to.
+// An input that is listened to. What is held on it when it goes is let go.
 class WinmmInputs::Open {
 public:
-    Open(UINT number, WinmmInputs& inputs) {
-        isOpen_ = midiInOpen(&handle_, number, reinterpret_cast<DWORD_PTR>(&heard), reinterpret_cast<DWORD_PTR>(&inputs),
+    Open(UINT number, WinmmInputs& inputs) : inputs_(inputs) {
+        isOpen_ = midiInOpen(&handle_, number, reinterpret_cast<DWORD_PTR>(&heard), reinterpret_cast<DWORD_PTR>(this),
                              CALLBACK_FUNCTION) == MMSYSERR_NOERROR;
         if (isOpen_) midiInStart(handle_);
     }
     ~Open() {
         if (!isOpen_) return;
         midiInReset(handle_);
-        midiInClose(handle_);
+        midiInClose(handle_);  // nothing is heard any more
+        held_.release([this](const ShortMessage& message) { inputs_.receive(message); });
     }
     Open(const Open&) = delete;
     Open& operator=(const Open&) = delete;
     bool isOpen() const { return isOpen_; }
 
 private:
+    // Called by the system: three bytes of a message, the first one lowest.
+    static void CALLBACK heard(HMIDIIN, UINT kind, DWORD_PTR object, DWORD_PTR bytes, DWORD_PTR) {
+        if (kind != MIM_DATA) return;
+        Open& open = *reinterpret_cast<Open*>(object);
+        const ShortMessage message{static_cast<std::uint8_t>(bytes), static_cast<std::uint8_t>(bytes >> 8),
+                                   static_cast<std::uint8_t>(bytes >> 16)};
+        open.held_.follow(message);
+        open.inputs_.receive(message);
+    }
+
+    WinmmInputs& inputs_;
     HMIDIIN handle_ = nullptr;
+    HeldKeys held_;  // the system's thread's, until the input is closed
     bool isOpen_ = false;
 };
 
@@ -84,10 +94,9 @@ void WinmmInputs::connect(const std::string& id, bool wanted) {
     }
 }
 
-void WinmmInputs::take(std::uint32_t message) {
+void WinmmInputs::receive(const ShortMessage& message) {
     const std::lock_guard guard(taking_);
-    player_.receiveAt(clockSeconds(), {static_cast<std::uint8_t>(message), static_cast<std::uint8_t>(message >> 8),
-                                       static_cast<std::uint8_t>(message >> 16)});
+    player_.receiveAt(clockSeconds(), message);
 }
 
 }  // namespace vantoric::standalone
