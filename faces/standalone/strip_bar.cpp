@@ -162,8 +162,8 @@ void StripBar::drawOctave(Pen& pen) {
         pen.chevron(r.getCenter().x, r.getCenter().y, part == Part::octaveDown ? Pointing::left : Pointing::right, 3, style::text,
                     1.4);
     }
-    pen.text((down.right + up.left) / 2, down.getCenter().y + 3.4, "C" + std::to_string(shown_.octave), Face::semibold, 9.5,
-             style::text, Align::centre);
+    pen.text((down.right + up.left) / 2, down.getCenter().y + 3.4, std::string("C").append(std::to_string(shown_.octave)),
+             Face::semibold, 9.5, style::text, Align::centre);
 }
 
 void StripBar::drawTempo(Pen& pen) {
