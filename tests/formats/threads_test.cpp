@@ -51,5 +51,8 @@ TEST_P(Formats, BlocksAndStatesMeet) {
     EXPECT_GT(play(*host, 8).peak(), 0.001f);
 }
 
+INSTANTIATE_TEST_SUITE_P(All, Formats, testing::ValuesIn(formats()), [](const auto& format) { return format.param.name; });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(Formats);
+
 }  // namespace
 }  // namespace testhost
