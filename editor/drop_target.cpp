@@ -1,15 +1,29 @@
 #include "editor/drop_target.h"
 
 #include <cctype>
+#include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <sstream>
 
+#include <xcb/xcb.h>
+
+#include "editor/gui_module.h"
 #include "vstgui/lib/cframe.h"
 #include "vstgui/lib/idatapackage.h"
 #include "vstgui/lib/platform/iplatformframe.h"
 
 namespace vantoric {
 namespace {
+
+// Where the pointer is in the frame's window. The library would tell too, but never frees the display's answer.
+VSTGUI::CPoint pointerIn(VSTGUI::IPlatformFrame& frame) {
+    const auto window = static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(frame.getPlatformRepresentation()));
+    xcb_connection_t* const display = GuiModule::shared().connection();
+    const std::unique_ptr<xcb_query_pointer_reply_t, void (*)(void*)> pointer(
+        xcb_query_pointer_reply(display, xcb_query_pointer(display, window), nullptr), std::free);
+    return pointer ? VSTGUI::CPoint(pointer->win_x, pointer->win_y) : VSTGUI::CPoint();
+}
 
 std::string decoded(const std::string& text) {
     std::string result;
@@ -59,8 +73,7 @@ bool DropContainer::Target::onDrop(VSTGUI::DragEventData data) {
     }
     VSTGUI::CFrame* const frame = container_.getFrame();
     if (paths.empty() || frame == nullptr || !container_.dropped_) return false;
-    VSTGUI::CPoint where;
-    frame->getPlatformFrame()->getCurrentMousePosition(where);
+    VSTGUI::CPoint where = pointerIn(*frame->getPlatformFrame());
     frame->getTransform().inverse().transform(where);
     container_.dropped_(paths, where);
     return true;
