@@ -188,6 +188,7 @@ int run(const Options& asked) {
 int main(int argc, char** argv) {
     std::vector<std::string> words = commandLine(argc, argv);
     std::vector<char*> texts;
+    texts.reserve(words.size());
     for (std::string& word : words) texts.push_back(word.data());
     Options options;
     if (const auto answered = readOptions(static_cast<int>(texts.size()), texts.data(), options))
