@@ -1,7 +1,7 @@
 # dist/: the instrument in all formats with the one set of data that they share, the programs and the songs.
 set(dist ${PROJECT_SOURCE_DIR}/dist)
 set(made ${CMAKE_BINARY_DIR}/dist-data)
-set(programs vantoric-render vantoric-patch vantoric-waves vantoric-cycles vantoric-song vantoric)
+set(programs vantoric-render vantoric-patch vantoric-waves vantoric-cycles vantoric-samples vantoric-song vantoric)
 set(program_files)
 foreach(program ${programs})
   if(TARGET ${program})
