@@ -111,15 +111,21 @@ void expectGesture(const std::vector<Told>& told, int index) {
     for (std::size_t i = 1; i + 1 < told.size(); ++i) EXPECT_EQ(told[i].kind, Told::value) << i;
 }
 
+// What the host hears once the window and the blocks have worked off what was done.
+std::vector<Told> toldAfterwards(FormatHost& host, Desk& desk) {
+    host.render(block);
+    desk.settle(host);
+    host.render(block);
+    return host.takeTold();
+}
+
 TEST_P(Formats, AHandInTheWindowIsTold) {
     const auto desk = Desk::open();
     if (!desk) GTEST_SKIP() << "no X server to start";
     const auto host = make();
     host->render(block, {Event::set(0, par::EqLow, 0.5)});
     ASSERT_TRUE(host->openWindow(desk->window()));
-    desk->settle(*host);
-    host->render(block);
-    host->takeTold();
+    toldAfterwards(*host, *desk);
     const Place knob = placeOf("EQ LOW", *desk);
     for (const bool isPlaying : {true, false}) {
         desk->move(*host, knob.x, knob.y);
@@ -129,10 +135,7 @@ TEST_P(Formats, AHandInTheWindowIsTold) {
             if (isPlaying) host->render(block);
         }
         desk->button(*host, false);
-        host->render(block);
-        desk->settle(*host);
-        host->render(block);
-        const auto told = host->takeTold();
+        const auto told = toldAfterwards(*host, *desk);
         expectGesture(told, par::EqLow);
         // The last value is the one in force, and the host that sends it back changes nothing.
         ASSERT_GE(told.size(), 2u);
@@ -141,9 +144,7 @@ TEST_P(Formats, AHandInTheWindowIsTold) {
         const Bytes state = host->save(1u << 20);
         host->render(block, {Event::set(0, par::EqLow, last)});
         EXPECT_EQ(host->save(1u << 20), state);
-        desk->settle(*host);
-        host->render(block);
-        EXPECT_TRUE(host->takeTold().empty()) << "told twice";
+        EXPECT_TRUE(toldAfterwards(*host, *desk).empty()) << "told twice";
     }
     // After it all the host's hand moves the knob again.
     host->render(block, {Event::set(0, par::EqLow, 0.125)});
@@ -159,17 +160,13 @@ TEST_P(Formats, AGestureBetweenTwoBlocksIsToldOnce) {
     if (!desk) GTEST_SKIP() << "no X server to start";
     const auto host = make();
     ASSERT_TRUE(host->openWindow(desk->window()));
-    desk->settle(*host);
     host->render(block, {Event::set(0, par::EqLow, 0.5)});
-    host->takeTold();
+    toldAfterwards(*host, *desk);
     const Place knob = placeOf("EQ LOW", *desk);
     desk->move(*host, knob.x, knob.y);
     desk->button(*host, true, 4);
     desk->button(*host, false, 4);
-    host->render(block);
-    desk->settle(*host);
-    host->render(block);
-    const auto told = host->takeTold();
+    const auto told = toldAfterwards(*host, *desk);
     expectGesture(told, par::EqLow);
     EXPECT_EQ(told.size(), 3u);
     host->closeWindow();

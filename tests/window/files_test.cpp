@@ -3,9 +3,7 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 
