@@ -1,9 +1,9 @@
 #include "effects/multieffect.h"
-#include "base/thread_check.h"
 
 #include <algorithm>
 #include <cstdio>
 
+#include "base/thread_check.h"
 #include "effects/effect_tools.h"
 
 namespace vantoric {

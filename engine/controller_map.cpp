@@ -1,10 +1,10 @@
 #include "engine/controller_map.h"
-#include "base/thread_check.h"
 
 #include <algorithm>
 #include <mutex>
 #include <vector>
 
+#include "base/thread_check.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
 #include "platform/own_files.h"

@@ -1,11 +1,11 @@
 #include "engine/wave_library.h"
-#include "base/thread_check.h"
 
 #include <algorithm>
 #include <bit>
 #include <new>
 #include <vector>
 
+#include "base/thread_check.h"
 #include "sound/kernel_reads.h"
 
 namespace vantoric {

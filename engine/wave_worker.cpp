@@ -1,5 +1,4 @@
 #include "engine/wave_worker.h"
-#include "base/thread_check.h"
 
 #include <chrono>
 #include <new>
@@ -7,6 +6,7 @@
 
 #include "base/heard_while_written.h"
 #include "base/parameters.h"
+#include "base/thread_check.h"
 #include "parameters/parameter_model.h"
 #include "platform/module_folder.h"
 #include "platform/thread.h"

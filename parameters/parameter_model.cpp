@@ -1,10 +1,10 @@
 #include "parameters/parameter_model.h"
-#include "base/thread_check.h"
 
 #include <cmath>
 
 #include "base/numbers.h"
 #include "base/text.h"
+#include "base/thread_check.h"
 
 namespace vantoric {
 

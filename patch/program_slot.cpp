@@ -1,4 +1,5 @@
 #include "patch/program_slot.h"
+
 #include "base/thread_check.h"
 
 namespace vantoric {

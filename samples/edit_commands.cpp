@@ -1,5 +1,4 @@
 #include "samples/edit_commands.h"
-#include "base/thread_check.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,6 +7,7 @@
 
 #include "base/math.h"
 #include "base/numbers.h"
+#include "base/thread_check.h"
 
 namespace vantoric {
 

@@ -1,5 +1,4 @@
 #include "samples/resynthesis.h"
-#include "base/thread_check.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,6 +7,7 @@
 #include <vector>
 
 #include "base/numbers.h"
+#include "base/thread_check.h"
 #include "samples/autotune.h"
 #include "samples/wave_file.h"
 

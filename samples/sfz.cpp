@@ -1,5 +1,4 @@
 #include "samples/sfz.h"
-#include "base/thread_check.h"
 
 #include <algorithm>
 #include <charconv>
@@ -8,6 +7,7 @@
 
 #include "base/math.h"
 #include "base/numbers.h"
+#include "base/thread_check.h"
 
 namespace vantoric {
 

@@ -1,5 +1,4 @@
 #include "samples/wave_file.h"
-#include "base/thread_check.h"
 
 #include <algorithm>
 #include <bit>
@@ -7,6 +6,7 @@
 #include <string_view>
 
 #include "base/numbers.h"
+#include "base/thread_check.h"
 #include "platform/files.h"
 
 namespace vantoric {

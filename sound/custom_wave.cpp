@@ -1,5 +1,4 @@
 #include "sound/custom_wave.h"
-#include "base/thread_check.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,6 +6,7 @@
 #include <utility>
 
 #include "base/numbers.h"
+#include "base/thread_check.h"
 
 namespace vantoric {
 

@@ -1,9 +1,9 @@
 #include "sound/filter_response.h"
-#include "base/thread_check.h"
 
 #include <cmath>
 
 #include "base/math.h"
+#include "base/thread_check.h"
 
 namespace vantoric {
 
