@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 
 #include "apps/render/report.h"
@@ -88,6 +89,7 @@ void Studio::send(int status, int data1, int data2) {
 }
 
 void Studio::render(Take& take, double seconds) {
+    const std::clock_t before = std::clock();
     for (auto blocks = std::max(1L, std::lround(seconds * studioRate / block)); blocks > 0; --blocks) {
         const std::size_t at = take.left.size();
         take.left.resize(at + block);
@@ -95,6 +97,7 @@ void Studio::render(Take& take, double seconds) {
         engine_->render(take.left.data() + at, take.right.data() + at, block, {true, tempo, ppqPos_, false});
         ppqPos_ += block * tempo / (60.0 * studioRate);
     }
+    take.spent += static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
 }
 
 // Until nothing has been heard for a while.

@@ -18,6 +18,7 @@ struct Take {
     double offset = 0.0;       // mean while the keys are held, the larger of the two channels
     double tailSeconds = 0.0;  // from the release to the last sample above -72 dBFS
     double endPeak = 0.0;      // of the last half second
+    double spent = 0.0;        // processor seconds for making it
     bool finite = true;
     std::vector<float> left, right;
 };
