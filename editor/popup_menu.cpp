@@ -66,6 +66,7 @@ PopupMenu::Panel PopupMenu::layOut(const std::vector<MenuRow>& rows, const CRect
     const bool isLow = area.getHeight() < lowWindow;
     for (int row = 0; row < static_cast<int>(rows.size()); ++row) {
         if (isLow && height + heightOf(rows[row]) > room) {
+            if (rows[row].isSeparator()) continue;  // the column's end parts as well
             panel.columnStarts.push_back(row);
             height = 0;
         }
@@ -203,6 +204,11 @@ void PopupMenu::onKey(VSTGUI::KeyboardEvent& event) {
         case VirtualKey::Escape: return dismiss();
         case VirtualKey::Up: return move(-1);
         case VirtualKey::Down: return move(1);
+        case VirtualKey::Home: return moveTo(0, 1);
+        case VirtualKey::End: return moveTo(rowCount(active) - 1, -1);
+        case VirtualKey::PageUp: return moveTo(std::max(panels_[active].highlighted - pageRows(panels_[active]), 0), 1);
+        case VirtualKey::PageDown:
+            return moveTo(std::min(panels_[active].highlighted + pageRows(panels_[active]), rowCount(active) - 1), -1);
         case VirtualKey::Right:
             if (top > active) move(1);
             return;
@@ -231,6 +237,21 @@ void PopupMenu::move(int direction) {
         row = (row + direction + count) % count;
         if (!(*panel.rows)[row].isChoosable()) continue;
         scrollTo(panel, row);
+        return highlight({active, row});
+    }
+}
+
+int PopupMenu::rowCount(int panel) const { return static_cast<int>(panels_[panel].rows->size()); }
+
+int PopupMenu::pageRows(const Panel& panel) {
+    return std::max(2, static_cast<int>((panel.rect.getHeight() - 2 * padding) / rowHeight) - 1);
+}
+
+void PopupMenu::moveTo(int row, int direction) {
+    const int active = activePanel();
+    for (; row >= 0 && row < rowCount(active); row += direction) {
+        if (!(*panels_[active].rows)[row].isChoosable()) continue;
+        scrollTo(panels_[active], row);
         return highlight({active, row});
     }
 }
