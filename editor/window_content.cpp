@@ -316,7 +316,7 @@ void WindowContent::refresh(ControlFace& face) {
     face.setValueQuietly(editor_.valueOf(entry.tag));
     face.setOff(isSilent(editor_, entry));
     face.setMultilayer(editor_.onShow().multilayer && entry.page != page::always);
-    if (entry.tag == tag::zoomMenu) return face.setText(std::to_string(std::lround(editor_.size().zoom() * 100)) + "%");
+    if (entry.tag == tag::zoomMenu) return face.setText(std::to_string(editor_.size().percent()) + "%");
     if (entry.kind != WidgetKind::Knob) face.setText(textOn(entry));
     if (auto* knob = dynamic_cast<MYCKnob*>(&face)) refreshKnob(*knob);
     if (auto* list = dynamic_cast<ListView*>(&face);
@@ -471,16 +471,54 @@ void WindowContent::controlBeginEdit(VSTGUI::CControl* control) {
 
 void WindowContent::controlEndEdit(VSTGUI::CControl* control) {
     editing_ = nullptr;
+    for (const ControlFace* step : std::exchange(drawn_, {})) editor_.endEdit(step->entry().tag);
     editor_.endEdit(control->getTag());
     touchedUntil_ = round_ + stripRounds;
 }
 
 void WindowContent::controlCancelled(ControlFace& face) {
     const History::Action action(work_.history());
+    for (ControlFace* step : std::exchange(drawn_, {})) {
+        editor_.cancelEdit(step->entry().tag);
+        refresh(*step);
+    }
     editor_.cancelEdit(face.entry().tag);
     refresh(face);
     touch(&face);
     showHelp(&face);
+}
+
+// The step nearest to the pointer has its height, those that it passed the height at which it passed them.
+void WindowContent::stepsDrawn(CPoint from, CPoint to) {
+    const auto centreOf = [](const ControlFace& step) { return step.entry().x + step.entry().width / 2.0; };
+    std::vector<StepSliderView*> steps;
+    views_.forEach([&](ControlFace& face) {
+        if (auto* step = dynamic_cast<StepSliderView*>(&face)) steps.push_back(step);
+    });
+    const auto nearest = std::ranges::min_element(steps, {}, [&](auto* step) { return std::abs(centreOf(*step) - to.x); });
+    if (nearest == steps.end()) return;
+    const History::Action action(work_.history());
+    for (StepSliderView* step : steps) {
+        const double centre = centreOf(*step);
+        const bool isPassed = std::min(from.x, to.x) <= centre && centre <= std::max(from.x, to.x) && from.x != to.x;
+        if (step == *nearest || !isPassed) continue;
+        drawStep(*step, step->levelAt(from.y + (to.y - from.y) * (centre - from.x) / (to.x - from.x)));
+    }
+    drawStep(**nearest, (*nearest)->levelAt(to.y));
+    newsUntil_ = 0;
+    touch(*nearest);
+    showHelp(*nearest);
+}
+
+void WindowContent::drawStep(ControlFace& step, float level) {
+    const int tag = step.entry().tag;
+    if (level == editor_.valueOf(tag)) return;
+    if (&step != editing_ && std::ranges::find(drawn_, &step) == drawn_.end()) {
+        editor_.beginEdit(tag);
+        drawn_.push_back(&step);
+    }
+    editor_.valueChanged(tag, level, true);
+    refresh(step);
 }
 
 void WindowContent::controlHovered(ControlFace& face, bool isHovered) {
@@ -553,7 +591,7 @@ void WindowContent::showHelp(ControlFace* face) {
     std::string line = entry.name;
     if (const std::string value = spokenOf(entry); !value.empty()) line += ": " + value;
     const std::string help = helpOf(entry), tooltip = entry.tooltip.substr(0, entry.tooltip.find('\n'));
-    if (!help.empty() || !tooltip.empty()) line += ".  " + (help.empty() ? tooltip : help);
+    if (!help.empty() || !tooltip.empty()) line += (line.ends_with('.') ? "  " : ".  ") + (help.empty() ? tooltip : help);
     hintLine_->setText(line);
 }
 

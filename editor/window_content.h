@@ -100,6 +100,8 @@ private:
     void controlPointer(VSTGUI::CPoint where, bool isReleased) override;
     void controlStepped(ControlFace& face, int direction) override;
     void controlCancelled(ControlFace& face) override;
+    void stepsDrawn(VSTGUI::CPoint from, VSTGUI::CPoint to) override;
+    void drawStep(ControlFace& step, float level);
     void depthDragBegan(ControlFace& knob) override;
     void depthDragged(ControlFace& knob, float amount) override;
     void depthDragEnded(ControlFace& knob) override;
@@ -198,7 +200,8 @@ private:
     unsigned touchedUntil_ = 0;
     unsigned newsUntil_ = 0;
     ControlFace* focused_ = nullptr;
-    ControlFace* editing_ = nullptr;  // held by the mouse
+    ControlFace* editing_ = nullptr;   // held by the mouse
+    std::vector<ControlFace*> drawn_;  // steps beside the one that is held, set by the same drag
     std::vector<FocusStop> stops_;
     int focusedStop_ = -1;
     bool hasKeyboard_ = false, isDragging_ = false;

@@ -134,6 +134,49 @@ TEST_F(Hand, ADoubleClickRestoresTheDefault) {
     }
 }
 
+TEST_F(Hand, QuickDragsFromOnePlaceAreNoDoubleClick) {
+    for (const char* name : {"FIL1 RESO", "VOL ENV HOLD"}) {
+        const ControlEntry& entry = controlNamed(name);
+        rig.set(entry, 0.2f);
+        host.idle(600);  // no press before counts
+        const Point p = rig.middle(entry);
+        for (int turn = 0; turn < 3; ++turn) host.drag(p.x, p.y, p.x, p.y - 25, 1, 1);
+        EXPECT_NEAR(rig.value(entry), 0.5f, 0.02f) << name;
+    }
+}
+
+// The first bar that was pressed, those beside it and back: one step of the history.
+TEST_F(Hand, ARowOfStepsIsDrawnInOneDrag) {
+    const ControlEntry &first = controlNamed("STEP 2"), &last = controlNamed("STEP 7"), &after = controlNamed("STEP 8");
+    rig.show(first);
+    const auto before = rig.parameters();
+    const auto gestures = rig.gestures();
+    const auto level = [&](int step) { return rig.plugin().parameter(parameter::Step1 + step - 1); };
+    const Box top = rig.box(first);
+    const double from = top.top + 0.75 * top.height(), to = top.top + 0.25 * top.height();
+    host.drag(rig.middle(first).x, from, rig.middle(last).x, to, 1, 2);  // so far at a time that bars are jumped over
+    for (int step = 2; step <= 7; ++step) EXPECT_NEAR(level(step), 0.25f + 0.1f * static_cast<float>(step - 2), 0.03f) << step;
+    EXPECT_EQ(rig.value(after), before[static_cast<std::size_t>(rig.hostIndex(after))]);
+    EXPECT_EQ(rig.gestures(), (WindowRig::Gestures{gestures.begun + 6, gestures.ended + 6}));
+    rig.click(rig.at(1195, 412));  // the ground, so that keys are the window's
+    host.control("z");
+    EXPECT_TRUE(host.until([&] { return rig.changedSince(before).empty(); }, 3)) << "one step back";
+}
+
+TEST_F(Hand, EscapeCallsARowOfStepsOff) {
+    const ControlEntry &first = controlNamed("STEP 2"), &last = controlNamed("STEP 7");
+    rig.show(first);
+    const auto before = rig.parameters();
+    host.move(rig.middle(first).x, rig.middle(first).y);
+    host.press();
+    host.move(rig.middle(last).x, rig.middle(last).y - 10);
+    EXPECT_FALSE(rig.changedSince(before).empty());
+    host.key("Escape");
+    EXPECT_TRUE(rig.changedSince(before).empty());
+    host.release();
+    EXPECT_TRUE(rig.changedSince(before).empty());
+}
+
 TEST_F(Hand, ATouchWakesTheLayerOnShow) {
     rig.plugin().setParameter(parameter::Layer2On, 0);
     rig.plugin().setParameter(parameter::Layer3On, 0);
@@ -433,6 +476,25 @@ TEST_F(Hand, ArrowsMoveInAListAndEscapeLeavesIt) {
     rig.click({3, 400});
     EXPECT_TRUE(host.until([&] { return !rig.hasMenu(); }, 5)) << "a click outside closes it";
     EXPECT_EQ(rig.row(list), 3);
+}
+
+TEST_F(Hand, EndsAndPagesOfAListAreReachedByKeys) {
+    const ControlEntry& list = controlNamed("KEY START OSC1");  // 128 keys, more than are seen at once
+    const auto chosenBy = [&](const std::vector<const char*>& keys) {
+        rig.set(list, 64.0f / 128);
+        EXPECT_TRUE(rig.openMenu(list));
+        for (const char* key : keys) host.key(key);
+        host.key("Return");
+        EXPECT_TRUE(host.until([&] { return !rig.hasMenu(); }, 3));
+        return rig.row(list);
+    };
+    EXPECT_EQ(chosenBy({"End"}), 127);
+    EXPECT_EQ(chosenBy({"Home"}), 0);
+    const int page = chosenBy({"Home", "Next"});
+    EXPECT_GT(page, 10);
+    EXPECT_EQ(chosenBy({"Home", "Next", "Next"}), 2 * page);
+    EXPECT_EQ(chosenBy({"Home", "Next", "Next", "Prior"}), page);
+    EXPECT_EQ(chosenBy({"Home", "Prior"}), 0) << "it does not go round";
 }
 
 TEST_F(Hand, ARowIsChosenByPressDragAndRelease) {
