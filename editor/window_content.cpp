@@ -418,15 +418,21 @@ void WindowContent::followEngine() {
     refreshPatchLine();
 }
 
-// What waits for its controller glows.
+// What waits for its controller glows; once it has one, the line that asks for it goes.
 void WindowContent::followLearning() {
     const double glow = 0.5 + 0.5 * std::sin(2 * std::numbers::pi * round_ / roundsASecond);
-    views_.forEach([glow](ControlFace& face) {
-        if (auto* knob = dynamic_cast<MYCKnob*>(&face); knob != nullptr && knob->ccNumber() == MidiLearn::learning)
-            knob->setLearnGlow(glow);
-        if (auto* field = dynamic_cast<MYParamDisplay*>(&face); field != nullptr && field->ccNumber() == MidiLearn::learning)
-            field->setLearnGlow(glow);
+    const bool waited = std::exchange(isLearning_, false);
+    views_.forEach([this, glow](ControlFace& face) {
+        auto* knob = dynamic_cast<MYCKnob*>(&face);
+        auto* field = dynamic_cast<MYParamDisplay*>(&face);
+        const int number = knob != nullptr ? knob->ccNumber() : field != nullptr ? field->ccNumber() : MidiLearn::noController;
+        if (number != MidiLearn::learning) return;
+        isLearning_ = true;
+        knob != nullptr ? knob->setLearnGlow(glow) : field->setLearnGlow(glow);
     });
+    if (!waited || isLearning_ || hintLine_->kind() != HintLine::Kind::alarm) return;
+    newsUntil_ = 0;
+    showHelp(hovered_);
 }
 
 void WindowContent::followLamps() {

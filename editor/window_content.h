@@ -204,7 +204,7 @@ private:
     std::vector<ControlFace*> drawn_;  // steps beside the one that is held, set by the same drag
     std::vector<FocusStop> stops_;
     int focusedStop_ = -1;
-    bool hasKeyboard_ = false, isDragging_ = false;
+    bool hasKeyboard_ = false, isDragging_ = false, isLearning_ = false;
     int dragSource_ = 0;
 };
 

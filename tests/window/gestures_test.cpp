@@ -325,6 +325,24 @@ TEST_F(Hand, AControllerThatIsLearntMovesTheKnob) {
     EXPECT_NEAR(rig.value(resonance), 100.0 / 127, 0.01);
 }
 
+// It stays for four seconds else, long after the knob has begun to follow.
+TEST_F(Hand, TheLineThatAsksForAControllerGoesWithTheFirst) {
+    const auto& line = vantoric::windowPart(WindowPart::HintLine).rect;
+    const auto asks = [&] {  // a red mark at its left end
+        const unsigned pixel = host.glance().at(static_cast<int>((line.x + 1) * rig.unit()),
+                                                static_cast<int>((line.y + line.height / 2.0) * rig.unit()));
+        return (pixel >> 16) > 0xC0 && (pixel >> 8 & 0xFF) < 0x80;
+    };
+    const auto menu = rig.openMenu(resonance, 3);
+    ASSERT_TRUE(menu && rig.choose(*menu, knobRows, learn));
+    EXPECT_TRUE(host.until(asks, 2));
+    rig.plugin().midi(0xB0, 30, 64);
+    rig.plugin().renderLong(2048, 512);
+    EXPECT_TRUE(host.until([&] { return !asks(); }, 2));
+    const auto again = rig.openMenu(resonance, 3);
+    ASSERT_TRUE(again && rig.choose(*again, knobRows, learn)) << "forgets it";
+}
+
 TEST_F(Hand, TheWheelsMenuOffersTheResetAlone) {
     const ControlEntry& wheel = controlNamed("MODWHEEL");
     rig.plugin().setParameter(parameter::Modwheel, 0.6f);
