@@ -209,15 +209,11 @@ void PopupMenu::onKey(VSTGUI::KeyboardEvent& event) {
         case VirtualKey::PageUp: return moveTo(std::max(panels_[active].highlighted - pageRows(panels_[active]), 0), 1);
         case VirtualKey::PageDown:
             return moveTo(std::min(panels_[active].highlighted + pageRows(panels_[active]), rowCount(active) - 1), -1);
-        case VirtualKey::Right:
-            if (top > active) move(1);
-            return;
+        case VirtualKey::Right: return top > active ? move(1) : moveToColumn(1);
         case VirtualKey::Left:
-            if (active > 0) {
-                panels_[active].highlighted = -1;
-                invalid();
-            }
-            return;
+            if (active == 0) return moveToColumn(-1);
+            panels_[active].highlighted = -1;
+            return invalid();
         case VirtualKey::Return:
         case VirtualKey::Enter: return choose({active, panels_[active].highlighted});
         case VirtualKey::Space: return typed(U' ');
@@ -254,6 +250,23 @@ void PopupMenu::moveTo(int row, int direction) {
         scrollTo(panels_[active], row);
         return highlight({active, row});
     }
+}
+
+void PopupMenu::moveToColumn(int direction) {
+    const int active = activePanel();
+    const Panel& panel = panels_[active];
+    if (panel.columns == 1 || panel.highlighted < 0) return;
+    const CPoint from = rowRect(panel, panel.highlighted).getCenter();
+    int nearest = -1;
+    double distance = panel.rect.getHeight();
+    for (int row = 0; row < rowCount(active); ++row) {
+        const CPoint at = rowRect(panel, row).getCenter();
+        const bool isBeside = std::abs(at.x - from.x - direction * panel.columnWidth) < 1;
+        if (!isBeside || !(*panel.rows)[row].isChoosable() || std::abs(at.y - from.y) >= distance) continue;
+        nearest = row;
+        distance = std::abs(at.y - from.y);
+    }
+    if (nearest >= 0) highlight({active, nearest});
 }
 
 void PopupMenu::scrollTo(Panel& panel, int row) const {

@@ -75,6 +75,8 @@ private:
     void move(int direction);
     // In the active panel to this row, or the next in that direction that can be chosen.
     void moveTo(int row, int direction);
+    // In a low window: to the row beside, in the next column or the one before.
+    void moveToColumn(int direction);
     int rowCount(int panel) const;
     // Rows that are seen at once, one of them kept from page to page.
     static int pageRows(const Panel& panel);

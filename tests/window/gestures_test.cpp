@@ -583,6 +583,26 @@ TEST_F(Hand, TheFocusShowsAndItsKeysStep) {
 
 // ---- texts that come up
 
+TEST(LowWindow, ArrowsMoveBetweenTheColumnsOfAList) {
+    dropSharedRig();
+    constexpr int lowSize = 4;
+    WindowRig rig(lowSize);
+    const ControlEntry& list = controlNamed("SOUND MODE");
+    rig.set(list, 1.0f / 128);
+    rig.host().idle(120);
+    const auto chosenBy = [&](const char* key) {
+        EXPECT_TRUE(rig.openMenu(list));
+        rig.host().key(key);
+        rig.host().key("Return");
+        EXPECT_TRUE(rig.host().until([&] { return !rig.hasMenu(); }, 3));
+        return rig.row(list);
+    };
+    const int beside = chosenBy("Right");
+    EXPECT_GT(beside, 3);
+    EXPECT_EQ(chosenBy("Right"), beside) << "there is no third column";
+    EXPECT_EQ(chosenBy("Left"), 1);
+}
+
 TEST(Tooltips, ShowAfterAWhileAndGoWithThePointer) {
     dropSharedRig();
     WindowRig rig;
