@@ -6,6 +6,9 @@
 
 namespace vantoric {
 
+// What every failed allocation is told by, in the spelling that players know.
+inline constexpr char notEnoughMemory[] = "Not enought memory.";
+
 // Nobody is told anything by who makes one: that is for whoever has a user. Contextually true if it was done.
 struct Outcome {
     bool isDone = false;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "parameters/label_lists.h"
 #include "vstgui/lib/cframe.h"
 #include "vstgui/lib/platform/platformfactory.h"
 
@@ -31,6 +32,15 @@ Color groundColor(const ControlEntry& entry) {
     constexpr int bandPanelsFrom = 602;
     if (entry.y >= bandHeight) return style::panel;
     return entry.x >= bandPanelsFrom ? style::bandPanel : style::band;
+}
+
+// By what a source is called.
+Color sourceColor(int source) {
+    const std::string label =
+        source >= 0 && source < static_cast<int>(matrixSourceLabels.size()) ? matrixSourceLabels[source] : "";
+    const auto has = [&label](const char* part) { return label.find(part) != std::string::npos; };
+    if (has("Env") || has("Decay")) return style::envelopes;
+    return has("Lfo") || has("Hz") ? style::lfo : style::output;
 }
 
 CRect ControlFace::body() { return bodyOf(entry_); }

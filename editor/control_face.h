@@ -46,6 +46,8 @@ public:
 // Colours that depend on where a control stands and what it is for.
 Color functionColor(Section section);
 Color groundColor(const ControlEntry& entry);
+// Of a source of the matrix, by its list index.
+Color sourceColor(int source);
 
 // The side of a control that is not VSTGUI's; its views derive from both.
 class ControlFace {

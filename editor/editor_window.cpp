@@ -132,12 +132,13 @@ void EditorWindow::close() {
 }
 
 void EditorWindow::closeNow() {
+    const bool hasFrame = frame != nullptr;  // it may have failed to come back in another size
     later_.clear();
-    editor_.close(dialogs_.openCount());
+    editor_.close(hasFrame ? dialogs_.openCount() : 0);
     isClosing_ = true;
     dialogs_.setHost(nullptr);
     isClosing_ = false;
-    takeFrameDown();
+    if (hasFrame) takeFrameDown();
     holder_.reset();
     browserModel_.reset();
     index_.reset();
@@ -151,22 +152,10 @@ void EditorWindow::rebuild() {
         if (!isOpen()) return;  // the host closed it over the question
         dialogs_.leaveHost();
         takeFrameDown();
-        if (!buildFrame()) return closeWithoutFrame();
+        if (!buildFrame()) return closeNow();
         dialogs_.moveTo(*content_);
         editor_.open(*this);
     });
-}
-
-// What `close` does where no frame is left to take down.
-void EditorWindow::closeWithoutFrame() {
-    later_.clear();
-    editor_.close(0);
-    isClosing_ = true;
-    dialogs_.setHost(nullptr);
-    isClosing_ = false;
-    browserModel_.reset();
-    index_.reset();
-    programs_.setWindowOpen(false);
 }
 
 // The frame is built anew with it.

@@ -102,7 +102,6 @@ private:
     void offerRecovery();
     void notePlayed();
     void takeFrameDown();
-    void closeWithoutFrame();
     void runLater(std::function<void()> job) { later_.push_back(std::move(job)); }
 
     Instrument& instrument_;

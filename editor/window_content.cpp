@@ -1,21 +1,16 @@
 #include "editor/window_content.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <numbers>
 #include <random>
-#include <tuple>
 
 #include "base/parameters.h"
-#include "editor/gui_module.h"
-#include "editor/model/control_texts.h"
-#include "editor/model/menu_rows.h"
+#include "editor/control_menus.h"
+#include "editor/dropped_files.h"
 #include "editor/model/spoken_values.h"
 #include "editor/model/typed_values.h"
-#include "editor/model/window_files.h"
 #include "editor/value_box.h"
-#include "library/beside.h"
 #include "library/patch_library.h"
 #include "vstgui/lib/cframe.h"
 
@@ -24,78 +19,11 @@ namespace {
 
 using VSTGUI::CPoint;
 using VSTGUI::CRect;
-using VSTGUI::ModifierKey;
-using VSTGUI::VirtualKey;
 
 constexpr unsigned roundsASecond = 20;
-constexpr unsigned stripRounds = 12, tooltipRounds = 14, newsRounds = 4 * roundsASecond;
-constexpr int firstSubmenuTag = lfoRows;
 constexpr double historyBarWidth = 80;
 
 CRect rectOf(const LayoutRect& r) { return CRect(CPoint(r.x, r.y), CPoint(r.width, r.height)); }
-
-// The colour of a source's function, by its list index.
-Color sourceColor(int source) {
-    const std::string label =
-        source >= 0 && source < static_cast<int>(matrixSourceLabels.size()) ? matrixSourceLabels[source] : "";
-    if (label.find("Env") != std::string::npos || label.find("Decay") != std::string::npos) return style::envelopes;
-    if (label.find("Lfo") != std::string::npos || label.find("Hz") != std::string::npos) return style::lfo;
-    return style::output;
-}
-
-Color submenuColor(int base) {
-    if (base == lfoRows || base == freeLfoRows) return style::lfo;
-    return base == envelopeRows ? style::envelopes : style::output;
-}
-
-const char* helpOf(const ControlEntry& entry) {
-    switch (entry.kind) {
-        case WidgetKind::Knob:
-        case WidgetKind::LargeKnob: return "Drag up or down, Shift for fine steps, right click for modulation.";
-        case WidgetKind::Value:
-        case WidgetKind::EffectValue:
-        case WidgetKind::Step: return "Drag up or down, Shift for fine steps, double click for the default.";
-        default: return "";
-    }
-}
-
-bool isListKind(WidgetKind kind) {
-    return kind == WidgetKind::LargeList || kind == WidgetKind::List || kind == WidgetKind::SmallList;
-}
-
-// The row of an oscillator, 0 to 2.
-CRect controlRowOf(int oscillator) { return CRect(CPoint(68, 136 + 94.0 * oscillator), CPoint(528, 88)); }
-
-// What a dropped file is, by its extension in any letter case.
-enum class DropKind { none, patch, sfz, wave };
-
-DropKind dropKindOf(const std::string& path) {
-    constexpr std::size_t length = 4;
-    if (path.size() <= length) return DropKind::none;
-    std::string end = path.substr(path.size() - length);
-    for (char& c : end) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return end == ".fxp" ? DropKind::patch : end == ".sfz" ? DropKind::sfz : end == ".wav" ? DropKind::wave : DropKind::none;
-}
-
-bool isMenuKey(const VSTGUI::KeyboardEvent& event) {
-    if (event.virt == VirtualKey::F10) return event.modifiers.has(ModifierKey::Shift);
-    const bool isUnknown = event.virt == VirtualKey::None && event.character == 0;
-    return isUnknown && GuiModule::shared().isMenuKeyHeld();
-}
-
-// What has an amount.
-bool isTurned(WidgetKind kind) {
-    return kind == WidgetKind::Knob || kind == WidgetKind::LargeKnob || kind == WidgetKind::Value ||
-           kind == WidgetKind::EffectValue || kind == WidgetKind::Step;
-}
-
-// Of all windows of the module, on their one thread; below 0: none.
-float& copiedValue() {
-    static float value = -1;
-    return value;
-}
-
-bool isSwitchLike(WidgetKind kind) { return kind == WidgetKind::Switch || kind == WidgetKind::Selector; }
 
 }  // namespace
 
@@ -106,15 +34,17 @@ WindowContent::WindowContent(DropContainer& root, double width, double height, Q
       editor_(editor),
       work_(work),
       instrument_(instrument),
-      backdrop_(new Backdrop(area_, [this] { hasKeyboard_ = true; })),
-      views_((root.addView(backdrop_), root), area_, *this, *this),
-      showsTooltips_(!tooltipsHidden()) {
+      backdrop_(new Backdrop(area_, [this] { keys_->take(); })),
+      views_((root.addView(backdrop_), root), area_, *this, *this) {
+    const bool isLow = height <= bandHeight;
     addBand();
-    if (height > bandHeight) {
-        addDragAreas();
-        addTitles();
-    }
     overlay_ = new Overlay(area_);
+    hints_ = std::make_unique<Hints>(editor_, views_, *hintLine_, *overlay_);
+    keys_ = std::make_unique<KeyboardFocus>(editor_, views_, *hints_, *overlay_, static_cast<KeyListener&>(*this));
+    drags_ = std::make_unique<ModulationDrags>(root_, isLow, editor_, views_, *hints_, *overlay_, [this] { keys_->clear(); });
+    addBandStops();
+    addHistoryStops();
+    if (!isLow) addTitles();
     root_.addView(overlay_);
     displays_ = std::make_unique<DisplayViews>(views_, editor_, instrument_);
     root_.setDropped([this](const auto& paths, CPoint where) { dropped(paths, where); });
@@ -134,13 +64,11 @@ void WindowContent::addBand() {
     patch.unite(place(WindowPart::PatchList));
     root_.addView(patchLine_ = new PatchLine(patch, [this] { openCategories(); }, [this] { openPatches(); }));
     patchLine_->setHoverHeard([this](int list, const CRect& place) { listHovered(list, place); });
-    patchLine_->setNotesWanted([this] { wantNotes(); });
+    patchLine_->setNotesWanted([this] { notesWanted(); });
     root_.addView(favourite_ = new FavouriteView(place(WindowPart::Favourite), this, tag::favourite));
     root_.addView(pitchWheel_ = new WheelView(place(WindowPart::PitchWheel), this, tag::pitchWheel, true));
     root_.addView(modWheel_ = new WheelView(place(WindowPart::ModWheel), this, tag::modWheel, false));
-    modWheel_->setMenuWanted([this] {
-        if (ControlFace* knob = views_.withTag(parameter::Modwheel)) controlMenuWanted(*knob);
-    });
+    modWheel_->setMenuWanted([this] { openModWheelMenu(); });
     root_.addView(meter_ = new MeterView(place(WindowPart::Meter)));
     favourite_->setHoverHeard([this](bool isHovered) {
         partHovered(isHovered, editor_.valueOf(tag::favourite) > 0.5f
@@ -161,31 +89,31 @@ void WindowContent::addBand() {
     root_.addView(historyBar_ = new HistoryBar(
                       history, [this](HistoryBar::Button button, bool isShifted) { historyPressed(button, isShifted); },
                       [this](HistoryBar::Button button) { historyHovered(button); }));
-    root_.addView(dragAreas_[wheelArea] =
-                      new MYDragArea(place(WindowPart::DragWheel), wheelArea, "Drag", style::output, style::bandPanel, *this));
-    addBandStops();
-    addHistoryStops();
 }
 
 void WindowContent::addBandStops() {
     const auto place = [](WindowPart part) { return rectOf(windowPart(part).rect); };
     const auto stepPatch = [this](float step) { editor_.valueChanged(step > 0 ? tag::nextPatch : tag::previousPatch, 1, false); };
-    stops_.push_back({place(WindowPart::CategoryList), Section::Output, "CATEGORY",
-                      [this] { return editor_.commands().patch().category(); }, [this] { openCategories(); }});
-    stops_.push_back({place(WindowPart::PatchList), Section::Output, "PATCH", [this] { return editor_.patchName(); },
-                      [this] { openPatches(); }, stepPatch});
-    stops_.push_back({place(WindowPart::Favourite), Section::Output, "FAVOURITE",
-                      [this] { return std::string(editor_.valueOf(tag::favourite) > 0.5f ? "on" : "off"); },
-                      [this] { favourite_->press(); }});
-    addWheelStop(*pitchWheel_, WindowPart::PitchWheel, "PITCHWHEEL", 0.05f);
-    addWheelStop(*modWheel_, WindowPart::ModWheel, "MODWHEEL", 0.01f);
-    stops_.back().menu = [this] {
-        if (ControlFace* knob = views_.withTag(parameter::Modwheel)) controlMenuWanted(*knob);
+    keys_->addStop({place(WindowPart::CategoryList), Section::Output, "CATEGORY",
+                    [this] { return editor_.commands().patch().category(); }, [this] { openCategories(); }});
+    keys_->addStop({place(WindowPart::PatchList), Section::Output, "PATCH", [this] { return editor_.patchName(); },
+                    [this] { openPatches(); }, stepPatch});
+    keys_->addStop({place(WindowPart::Favourite), Section::Output, "FAVOURITE",
+                    [this] { return std::string(editor_.valueOf(tag::favourite) > 0.5f ? "on" : "off"); },
+                    [this] { favourite_->press(); }});
+    const auto springBack = [this] {
+        if (editor_.valueOf(tag::pitchWheel) != 0.5f) editor_.valueChanged(tag::pitchWheel, 0.5f, false);
     };
+    KeyboardFocus::Stop pitch = wheelStop(WindowPart::PitchWheel, "PITCHWHEEL", 0.05f);
+    pitch.left = springBack;
+    keys_->addStop(std::move(pitch));
+    KeyboardFocus::Stop modulation = wheelStop(WindowPart::ModWheel, "MODWHEEL", 0.01f);
+    modulation.menu = [this] { openModWheelMenu(); };
+    keys_->addStop(std::move(modulation));
 }
 
 // The pitch wheel stays where arrows put it until Enter, or the focus' going, lets it spring back.
-void WindowContent::addWheelStop(WheelView& wheel, WindowPart part, const char* name, float step) {
+KeyboardFocus::Stop WindowContent::wheelStop(WindowPart part, const char* name, float step) {
     const bool isPitch = part == WindowPart::PitchWheel;
     const int tag = isPitch ? tag::pitchWheel : tag::modWheel;
     const auto set = [this, tag, part](float value) {
@@ -200,15 +128,16 @@ void WindowContent::addWheelStop(WheelView& wheel, WindowPart part, const char* 
     const auto nudge = [this, tag, set, step](float amount) {
         set(editor_.valueOf(tag) + (amount > 0 ? step : -step) * (std::abs(amount) > 0.05f ? 10.0f : 1.0f));
     };
-    stops_.push_back({wheel.getViewSize(), Section::Output, name, value, [set, isPitch] { set(isPitch ? 0.5f : 0.0f); }, nudge});
+    const CRect place = (isPitch ? pitchWheel_ : modWheel_)->getViewSize();
+    return {place, Section::Output, name, value, [set, isPitch] { set(isPitch ? 0.5f : 0.0f); }, nudge};
 }
 
 void WindowContent::addHistoryStops() {
     const History& history = work_.history();
     const CRect bar = historyBar_->getViewSize();
     const auto add = [&](HistoryBar::Button button, const char* name, std::function<std::string()> value) {
-        stops_.push_back({HistoryBar::place(bar, button), Section::Output, name, std::move(value),
-                          [this, button] { historyPressed(button, false); }});
+        keys_->addStop({HistoryBar::place(bar, button), Section::Output, name, std::move(value),
+                        [this, button] { historyPressed(button, false); }});
     };
     add(HistoryBar::Button::compare, "COMPARE",
         [&history] { return std::string(history.comparedSlot() == 0 ? "A plays" : "B plays"); });
@@ -220,13 +149,12 @@ void WindowContent::addHistoryStops() {
 void WindowContent::addTitles() {
     const auto add = [this](double x, double y, double w, VariedSection section, Section at, const char* name) {
         const CRect place(CPoint(x, y), CPoint(w, 16));
-        stops_.push_back({place, at, name, [] { return std::string("variations by chance"); },
-                          [this, place, section, name] { openVariations(place, section, name); }});
+        keys_->addStop({place, at, name, [] { return std::string("variations by chance"); },
+                        [this, place, section, name] { openVariations(place, section, name); }});
         root_.addView(new TitleArea(
             place, [this, place, section, name] { openVariations(place, section, name); },
             [this, name](bool isHovered) {
-                if (newsUntil_ == 0) hintLine_->setText(isHovered ? std::string(name) + ": click for variations by chance" : "");
-                if (!isHovered) showHelp(hovered_);
+                isHovered ? hints_->showLine(std::string(name) + ": click for variations by chance") : hints_->showHelp();
             }));
     };
     add(22, 138, 32, VariedSection::oscillators, Section::Oscillators, "Oscillators");
@@ -253,16 +181,6 @@ void WindowContent::openVariations(const CRect& place, VariedSection section, co
             redrawAll();
         },
         nullptr);
-}
-
-void WindowContent::addDragAreas() {
-    const auto add = [this](int index, WindowPart part, const Color& color) {
-        dragAreas_[index] =
-            new MYDragArea(rectOf(windowPart(part).rect).inset(0, 1), index, "Drag to knob", color, style::panel, *this);
-        root_.addView(dragAreas_[index]);
-    };
-    add(envelopeArea, WindowPart::DragEnvelope, style::envelopes);
-    add(lfoArea, WindowPart::DragLfo, style::lfo);
 }
 
 // ---- showing ------------------------------------------------------------------------------------------------
@@ -302,12 +220,12 @@ void WindowContent::redrawAll() {
     for (const WindowPart part : {WindowPart::PitchWheel, WindowPart::ModWheel, WindowPart::Favourite, WindowPart::PatchList})
         redrawPart(part);
     refreshBackdrop();
-    showStrip();
+    hints_->refreshStrip();
 }
 
 void WindowContent::showPages() {
     views_.forEach([this](ControlFace& face) { face.view().setVisible(editor_.isVisible(face.entry())); });
-    if (focused_ != nullptr && !editor_.isVisible(focused_->entry())) setFocus(nullptr);
+    keys_->followPages();
     redrawAll();
 }
 
@@ -317,7 +235,7 @@ void WindowContent::refresh(ControlFace& face) {
     face.setOff(isSilent(editor_, entry));
     face.setMultilayer(editor_.onShow().multilayer && entry.page != page::always);
     if (entry.tag == tag::zoomMenu) return face.setText(std::to_string(editor_.size().percent()) + "%");
-    if (entry.kind != WidgetKind::Knob) face.setText(textOn(entry));
+    if (entry.kind != WidgetKind::Knob) face.setText(faceText(editor_, entry));
     if (auto* knob = dynamic_cast<MYCKnob*>(&face)) refreshKnob(*knob);
     if (auto* list = dynamic_cast<ListView*>(&face);
         list != nullptr && entry.tag >= parameter::ArpVol1 && entry.tag < parameter::ArpVol1 + 16) {
@@ -330,15 +248,6 @@ void WindowContent::refresh(ControlFace& face) {
     if (entry.section == Section::Matrix)
         field->setBarColor(sourceColor(instrument_.parameters().getListIndex(
             hostIndex(parameter::MatSrc1 + entry.tag - parameter::MatVal1, editor_.onShow().layer))));
-}
-
-std::string WindowContent::textOn(const ControlEntry& entry) const {
-    if (entry.kind == WidgetKind::LargeKnob) return holeText(editor_, entry);
-    if (entry.kind == WidgetKind::EffectValue && editor_.effectField(entry.tag).type == 0) return "";  // the slot is off
-    if (entry.kind == WidgetKind::SmallList && entry.tag >= tag::sampleEdit1 && entry.tag < tag::sampleEdit1 + 6) return "Edit";
-    if (entry.tag < tag::waveMenu1 || entry.tag >= tag::waveMenu1 + 3) return editor_.textOf(entry);
-    const std::string wave = editor_.commands().shownWave(entry.tag - tag::waveMenu1);
-    return wave.empty() ? "Custom wave" : wave;
 }
 
 void WindowContent::refreshKnob(MYCKnob& knob) {
@@ -399,13 +308,7 @@ void WindowContent::follow() {
     const EngineFlags& flags = instrument_.flags();
     if (!flags.editorClosing.isSet() && !flags.engineLocked.isSet()) followEngine();
     followLearning();
-    const bool isLearning = touched_ != nullptr && editor_.ccNumberOf(touched_->entry()) == MidiLearn::learning;
-    if (touched_ != nullptr && !touched_->view().isEditing() && !isLearning && round_ > touchedUntil_) touch(nullptr);
-    if (newsUntil_ != 0 && round_ > newsUntil_) {
-        newsUntil_ = 0;
-        showHelp(hovered_);
-    }
-    followTooltip();
+    hints_->follow(hasLayers());
     for (LayerView* layer : std::vector(layers_)) layer->follow();
 }
 
@@ -431,8 +334,8 @@ void WindowContent::followLearning() {
         knob != nullptr ? knob->setLearnGlow(glow) : field->setLearnGlow(glow);
     });
     if (!waited || isLearning_ || hintLine_->kind() != HintLine::Kind::alarm) return;
-    newsUntil_ = 0;
-    showHelp(hovered_);
+    hints_->forgetNews();
+    hints_->showHelp();
 }
 
 void WindowContent::followLamps() {
@@ -440,46 +343,39 @@ void WindowContent::followLamps() {
         if (auto* selector = views_.withTagAs<SelectorView>(tag::layer1 + layer)) selector->setLamp(editor_.lamp(layer));
 }
 
-void WindowContent::followTooltip() {
-    if (!showsTooltips_ || hasLayers()) return;
-    if (hovered_ == nullptr && listTooltip_ != nullptr && round_ == hoveredSince_ + tooltipRounds)
-        overlay_->setTooltip(listTooltip_, listPlace_);
-    if (hovered_ == nullptr || hovered_ == touched_) return;
-    if (round_ == hoveredSince_ + tooltipRounds && !hovered_->view().isEditing())
-        overlay_->setTooltip(hovered_->entry().tooltip, hovered_->body());
-}
-
 // ---- what a hand does ---------------------------------------------------------------------------------------
 
 ControlFace* WindowContent::faceOf(VSTGUI::CControl* control) const { return dynamic_cast<ControlFace*>(control); }
 
 void WindowContent::valueChanged(VSTGUI::CControl* control) {
-    newsUntil_ = 0;
+    hints_->forgetNews();
     const History::Action action(work_.history());
     editor_.valueChanged(control->getTag(), control->getValueNormalized(), true);
-    if (ControlFace* face = faceOf(control)) {
-        refresh(*face);
-        touch(face);
-        showHelp(face);
-    }
+    if (ControlFace* face = faceOf(control)) showTouched(*face);
+}
+
+// What a hand has done to a control.
+void WindowContent::showTouched(ControlFace& face) {
+    refresh(face);
+    hints_->touch(&face);
+    hints_->showHelp(&face);
 }
 
 void WindowContent::controlBeginEdit(VSTGUI::CControl* control) {
-    setFocus(nullptr);
-    hasKeyboard_ = false;
-    overlay_->setTooltip("", {});
+    keys_->leave();
+    hints_->hideTooltip();
     const History::Action action(work_.history());
     editor_.touch(control->getTag());
     editor_.beginEdit(control->getTag());
     editing_ = faceOf(control);
-    if (editing_ != nullptr) touch(editing_);
+    if (editing_ != nullptr) hints_->touch(editing_);
 }
 
 void WindowContent::controlEndEdit(VSTGUI::CControl* control) {
     editing_ = nullptr;
     for (const ControlFace* step : std::exchange(drawn_, {})) editor_.endEdit(step->entry().tag);
     editor_.endEdit(control->getTag());
-    touchedUntil_ = round_ + stripRounds;
+    hints_->letGo();
 }
 
 void WindowContent::controlCancelled(ControlFace& face) {
@@ -489,9 +385,7 @@ void WindowContent::controlCancelled(ControlFace& face) {
         refresh(*step);
     }
     editor_.cancelEdit(face.entry().tag);
-    refresh(face);
-    touch(&face);
-    showHelp(&face);
+    showTouched(face);
 }
 
 // The step nearest to the pointer has its height, those that it passed the height at which it passed them.
@@ -511,9 +405,8 @@ void WindowContent::stepsDrawn(CPoint from, CPoint to) {
         drawStep(*step, step->levelAt(from.y + (to.y - from.y) * (centre - from.x) / (to.x - from.x)));
     }
     drawStep(**nearest, (*nearest)->levelAt(to.y));
-    newsUntil_ = 0;
-    touch(*nearest);
-    showHelp(*nearest);
+    hints_->forgetNews();
+    showTouched(**nearest);
 }
 
 void WindowContent::drawStep(ControlFace& step, float level) {
@@ -527,17 +420,11 @@ void WindowContent::drawStep(ControlFace& step, float level) {
     refresh(step);
 }
 
-void WindowContent::controlHovered(ControlFace& face, bool isHovered) {
-    overlay_->setTooltip("", {});
-    hovered_ = isHovered ? &face : hovered_ == &face ? nullptr : hovered_;
-    hoveredSince_ = round_;
-    showHelp(hovered_);
-}
+void WindowContent::controlHovered(ControlFace& face, bool isHovered) { hints_->hover(face, isHovered); }
 
 // What stands in the band beside the table.
 void WindowContent::partHovered(bool isHovered, const std::string& line) {
-    if (newsUntil_ != 0) return;
-    isHovered ? hintLine_->setText(line) : showHelp(hovered_);
+    isHovered ? hints_->showLine(line) : hints_->showHelp();
 }
 
 // The lists of categories and of patches, in the line of the patch's name.
@@ -545,71 +432,19 @@ void WindowContent::listHovered(int list, const CRect& place) {
     static constexpr const char* tooltips[] = {
         nullptr, "Select a patch category or type",
         "This is the name of the current patch\nClick here to select a patch without opening the patch browser"};
-    overlay_->setTooltip("", {});
-    listTooltip_ = tooltips[list];
-    listPlace_ = place;
-    hoveredSince_ = round_;
-    if (newsUntil_ != 0) return;
-    if (list == 0) return showHelp(hovered_);
-    hintLine_->setText(list == 1 ? "Select a patch category or type"
-                                 : "Click for the patches of this category, right click or Ctrl+T for tags and author.");
+    hints_->hoverPlace(tooltips[list], place);
+    if (list == 0) return hints_->showHelp();
+    hints_->showLine(list == 1 ? "Select a patch category or type"
+                               : "Click for the patches of this category, right click or Ctrl+T for tags and author.");
 }
 
 // Only patches of the library have notes.
-void WindowContent::wantNotes() {
+void WindowContent::notesWanted() {
     dismissLayers();
-    if (!notesWanted_ || !notesWanted_()) showHint("Save the patch first: tags belong to a patch of the library.");
+    if (!openNotes_ || !openNotes_()) showHint("Save the patch first: tags belong to a patch of the library.");
 }
 
-// The strip follows the control that was touched last.
-void WindowContent::touch(ControlFace* face) {
-    touched_ = face;
-    touchedUntil_ = round_ + stripRounds;
-    showStrip();
-}
-
-void WindowContent::showStrip() {
-    if (touched_ == nullptr) return overlay_->setStrip(std::nullopt);
-    const KnobState state = editor_.knobState(touched_->entry());
-    // A field shows its value itself, but not which controller moves it.
-    const bool isMapped = touched_->entry().kind == WidgetKind::Value && state.ccNumber != MidiLearn::noController;
-    if (!isKnob(touched_->entry()) && touched_->entry().kind != WidgetKind::Step && !isMapped)
-        return overlay_->setStrip(std::nullopt);
-    Overlay::Strip strip;
-    const CRect body = touched_->body();
-    strip.at = {body.getCenter().x, isKnob(touched_->entry()) ? body.bottom + 3 : body.bottom + 2};
-    strip.lines = hintLines(state);
-    strip.outline = hintOutlineOf(state.ccNumber) == mappedOutline ? style::alarm : style::menuEdge;
-    overlay_->setStrip(strip);
-}
-
-void WindowContent::showHint(const std::string& text) {
-    if (text.empty()) return;
-    newsUntil_ = round_ + newsRounds;
-    hintLine_->setText(text, text.starts_with("Assign") ? HintLine::Kind::alarm : HintLine::Kind::news);
-}
-
-void WindowContent::showHelp(ControlFace* face) {
-    if (newsUntil_ != 0) return;
-    if (face == nullptr)
-        return hintLine_->setText(editor_.restingHint() + (editor_.onShow().loadTarget != 0 ? ".  Esc calls it off." : ""));
-    const ControlEntry& entry = face->entry();
-    std::string line = entry.name;
-    if (const std::string value = spokenOf(entry); !value.empty()) line += ": " + value;
-    const std::string help = helpOf(entry), tooltip = entry.tooltip.substr(0, entry.tooltip.find('\n'));
-    if (!help.empty() || !tooltip.empty()) line += (line.ends_with('.') ? "  " : ".  ") + (help.empty() ? tooltip : help);
-    hintLine_->setText(line);
-}
-
-// Also of what is no parameter: tabs, layers, and the lists of waves.
-std::string WindowContent::spokenOf(const ControlEntry& entry) const {
-    if (std::string value = spokenValue(editor_, entry); !value.empty()) return value;
-    if (entry.kind == WidgetKind::Selector) return editor_.valueOf(entry.tag) > 0.5f ? "selected" : "not selected";
-    if (entry.kind == WidgetKind::WaveView)
-        if (const auto* display = views_.withTagAs<Wavedisplay>(entry.tag)) return display->loopText();
-    if (entry.tag == tag::zoomMenu || (entry.tag >= tag::waveMenu1 && entry.tag < tag::waveMenu1 + 3)) return textOn(entry);
-    return "";
-}
+void WindowContent::showHint(const std::string& text) { hints_->showNews(text); }
 
 void WindowContent::controlPressed(ControlFace& face, VSTGUI::Modifiers) {
     if (face.entry().kind == WidgetKind::SampleButton && (face.entry().tag - tag::sampleLoad1) % 2 == 1)
@@ -627,12 +462,12 @@ void WindowContent::controlResetWanted(ControlFace& face) {
     editor_.touch(face.entry().tag);
     editor_.knobRowChosen(face.entry().tag, resetValueRow);
     refresh(face);
-    touch(&face);
+    hints_->touch(&face);
 }
 
-void WindowContent::controlTypingWanted(ControlFace& face) { openTyping(face, ""); }
+void WindowContent::controlTypingWanted(ControlFace& face) { typingBegun(face, ""); }
 
-void WindowContent::openTyping(ControlFace& face, const std::string& begun) {
+void WindowContent::typingBegun(ControlFace& face, const std::string& begun) {
     const ControlEntry& entry = face.entry();
     if (parameterOfTag(entry.tag) < 0) return;
     dismissLayers();
@@ -652,7 +487,7 @@ std::optional<std::string> WindowContent::takeTyped(const ControlEntry& entry, c
     if (face == nullptr || *value == editor_.valueOf(entry.tag)) return std::nullopt;
     const History::Action action(work_.history());
     editor_.touch(entry.tag);
-    setByKey(*face, *value);
+    valueSetByKey(*face, *value);
     return std::nullopt;
 }
 
@@ -670,10 +505,10 @@ void WindowContent::controlPointer(CPoint where, bool isReleased) {
     }
 }
 
-void WindowContent::controlStepped(ControlFace& face, int direction) { stepList(face, direction); }
+void WindowContent::controlStepped(ControlFace& face, int direction) { listStepped(face, direction); }
 
 // So many rows on, the separators not counted; at most to the end.
-void WindowContent::stepList(ControlFace& face, int rows) {
+void WindowContent::listStepped(ControlFace& face, int rows) {
     const ControlEntry& entry = face.entry();
     if (entry.labels.empty() || parameterOfTag(entry.tag) < 0) return;
     const int count = static_cast<int>(entry.labels.size()), direction = rows > 0 ? 1 : -1;
@@ -685,6 +520,22 @@ void WindowContent::stepList(ControlFace& face, int rows) {
         rows -= direction;
     }
     if (chosen != shown) rowChosen(entry, chosen);
+}
+
+void WindowContent::valueSetByKey(ControlFace& face, float value) {
+    hints_->forgetNews();
+    const int tag = face.entry().tag;
+    const History::Action action(work_.history());
+    editor_.beginEdit(tag);
+    editor_.valueChanged(tag, std::clamp(value, 0.0f, 1.0f), false);
+    editor_.endEdit(tag);
+    showTouched(face);
+}
+
+void WindowContent::switchedByKey(ControlFace& face, bool isOn) {
+    const History::Action action(work_.history());
+    editor_.valueChanged(face.entry().tag, isOn ? 1.0f : 0.0f, false);
+    hints_->showHelp(&face);
 }
 
 // ---- history, drops -----------------------------------------------------------------------------------------
@@ -700,61 +551,27 @@ void WindowContent::historyPressed(HistoryBar::Button button, bool isShifted) {
 }
 
 void WindowContent::historyHovered(HistoryBar::Button button) {
-    if (newsUntil_ != 0) return;
     const History& history = work_.history();
     const auto line = [](const char* what, const std::string& name, const char* key) {
         return name.empty() ? std::string("Nothing to ") + what : std::string(what) + " " + name + "  (" + key + ")";
     };
     switch (button) {
-        case HistoryBar::Button::undo: hintLine_->setText(line("undo", history.undoName(), "Ctrl+Z")); break;
-        case HistoryBar::Button::redo: hintLine_->setText(line("redo", history.redoName(), "Ctrl+Shift+Z")); break;
+        case HistoryBar::Button::undo: hints_->showLine(line("undo", history.undoName(), "Ctrl+Z")); break;
+        case HistoryBar::Button::redo: hints_->showLine(line("redo", history.redoName(), "Ctrl+Shift+Z")); break;
         case HistoryBar::Button::compare:
-            hintLine_->setText("Two patches to compare: a click plays the other one, with Shift it is made like this one.");
+            hints_->showLine("Two patches to compare: a click plays the other one, with Shift it is made like this one.");
             break;
-        default: showHelp(hovered_); break;
+        default: hints_->showHelp(); break;
     }
 }
 
 void WindowContent::dropped(const std::vector<std::string>& paths, CPoint where) {
-    const auto file = std::ranges::find_if(paths, [](const std::string& path) { return dropKindOf(path) != DropKind::none; });
     dismissLayers();
-    if (file == paths.end()) return showHint("Patches (.fxp), waves (.wav) and .sfz files can be dropped here.");
-    if (paths.size() > 1) {
-        std::string taken = "'";
-        taken.append(fileNameOf(*file)).append("' was taken of ").append(std::to_string(paths.size()));
-        showHint(taken.append(" files: one at a time, please."));
-    }
-    switch (dropKindOf(*file)) {
-        case DropKind::patch: editor_.commands().loadPatchFile(*file); break;
-        case DropKind::sfz: editor_.commands().importSfzFile(*file); break;
-        default: dropWave(*file, where); break;
-    }
+    showHint(takeDropped(editor_, paths, where));
     showPages();
 }
 
-// A wave goes into the oscillator whose row it was dropped on.
-void WindowContent::dropWave(const std::string& path, CPoint where) {
-    for (int i = 0; i < oscillatorCount; ++i)
-        if (controlRowOf(i).pointInside(where))
-            return editor_.commands().samples().loadChosen(editor_.onShow().layer, i, path, true, [](bool) {});
-    showHint("Drop a wave on the row of an oscillator.");
-}
-
 // ---- lists and menus ----------------------------------------------------------------------------------------
-
-std::vector<MenuRow> WindowContent::rowsOf(const ControlEntry& entry) const {
-    std::vector<MenuRow> rows;
-    for (const std::string& label : editor_.rowsOf(entry)) rows.push_back({label, static_cast<int>(rows.size()), false, {}, {}});
-    if (isListKind(entry.kind) && parameterOfTag(entry.tag) >= 0) {
-        const int shown = instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, editor_.onShow().layer));
-        if (shown < static_cast<int>(rows.size())) rows[shown].isTicked = !rows[shown].isSeparator();
-    }
-    if (entry.tag == tag::copyMenu) rows[copy_row::multilayer].isTicked = editor_.onShow().multilayer;
-    if (const int target = editor_.onShow().loadTarget; entry.tag == tag::fileMenu && target != 0)
-        rows[file_row::loadToLayer1 + target - 1].isTicked = true;
-    if (entry.tag == tag::editorMenu || entry.tag == tag::zoomMenu) rows[editor_.size().sizeIndex()].isTicked = true;
-    return rows;
-}
 
 // A row may set several parameters, as that of an effect does: one step of the history.
 void WindowContent::rowChosen(const ControlEntry& entry, int row) {
@@ -764,28 +581,13 @@ void WindowContent::rowChosen(const ControlEntry& entry, int row) {
 
 void WindowContent::controlListWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
-    openPopup(face.body(), rowsOf(entry), [this, &entry](int row) { rowChosen(entry, row); }, &face);
+    openPopup(
+        face.body(), listRows(editor_, instrument_.parameters(), entry), [this, &entry](int row) { rowChosen(entry, row); },
+        &face);
 }
 
 void WindowContent::openMenu(int index) {
     if (ControlFace* face = views_.at(index)) controlListWanted(*face);
-}
-
-std::vector<MenuRow> WindowContent::knobRows(const ControlEntry& entry) const {
-    const int number = parameterOfTag(entry.tag);
-    std::vector<MenuRow> rows;
-    for (const std::string& label : knobMenuRows(number, editor_.ccNumberOf(entry))) {
-        const int index = static_cast<int>(rows.size());
-        MenuRow row{label, index, false, {}, {}};
-        if (index >= firstSubmenuRow && index < firstSubmenuRow + knobSubmenuCount) {
-            const KnobSubmenu& submenu = knobSubmenus()[index - firstSubmenuRow];
-            row.dot = submenuColor(submenu.base);
-            int choice = submenu.base;
-            for (const char* source : submenu.rows) row.submenu.push_back({source, choice++, false, row.dot, {}});
-        }
-        rows.push_back(std::move(row));
-    }
-    return rows;
 }
 
 void WindowContent::controlMenuWanted(ControlFace& face) {
@@ -794,23 +596,27 @@ void WindowContent::controlMenuWanted(ControlFace& face) {
     CRect anchor = face.body();
     anchor.top += 14;  // from within the knob on
     openPopup(
-        anchor, knobRows(entry),
+        anchor, knobRows(editor_, entry),
         [this, &entry, &face](int row) {
             const History::Action action(work_.history());
-            if (row >= firstSubmenuTag) {
+            if (row >= firstSourceTag) {
                 editor_.knobSourceChosen(entry.tag, row);
             } else {
                 editor_.knobRowChosen(entry.tag, row);
             }
             refresh(face);
-            touch(&face);
+            hints_->touch(&face);
         },
         &face);
 }
 
+void WindowContent::openModWheelMenu() {
+    if (ControlFace* knob = views_.withTag(parameter::Modwheel)) controlMenuWanted(*knob);
+}
+
 void WindowContent::openPopup(const CRect& anchor, std::vector<MenuRow> rows, PopupMenu::Chosen chosen, ControlFace* opener) {
     dismissLayers();
-    overlay_->setTooltip("", {});
+    hints_->hideTooltip();
     if (rows.empty()) return;
     opener_ = opener;
     if (opener_ != nullptr) opener_->setOpen(true);
@@ -874,20 +680,21 @@ void WindowContent::dismissLayers() {
     }
 }
 
-// ---- depth, drags -------------------------------------------------------------------------------------------
+// ---- depth --------------------------------------------------------------------------------------------------
 
 void WindowContent::depthDragBegan(ControlFace& knob) {
     const History::Action action(work_.history());
     editing_ = &knob;
     editor_.beginDepth(knob.entry().tag);
-    touch(&knob);
+    hints_->touch(&knob);
 }
 
 void WindowContent::depthDragged(ControlFace& knob, float amount) {
     editor_.dragDepth(amount);
     refresh(knob);
-    touch(&knob);
-    hintLine_->setText(std::string(knob.entry().name) + ": depth " + std::to_string(std::lround(amount * 200 - 100)));
+    hints_->touch(&knob);
+    hints_->forgetNews();
+    hints_->showLine(std::string(knob.entry().name) + ": depth " + std::to_string(std::lround(amount * 200 - 100)));
 }
 
 void WindowContent::depthDragEnded(ControlFace&) {
@@ -899,72 +706,7 @@ void WindowContent::depthDragCancelled(ControlFace& knob) {
     const History::Action action(work_.history());
     editor_.cancelDepth();
     refresh(knob);
-    touch(&knob);
-}
-
-Color WindowContent::dragColor(int area) const {
-    return area == envelopeArea ? style::envelopes : area == lfoArea ? style::lfo : style::output;
-}
-
-void WindowContent::dragHovered(int area, bool isHovered) {
-    if (newsUntil_ != 0) return;
-    if (!isHovered) return showHelp(hovered_);
-    hintLine_->setText(area == wheelArea ? "Drag this to other controls, to map the modwheel to a desired control"
-                                         : "Drag & drop it to a knob to create a mod matrix entry");
-}
-
-void WindowContent::dragBegan(int area) {
-    setFocus(nullptr);
-    isDragging_ = true;
-    constexpr WindowPart parts[] = {WindowPart::DragEnvelope, WindowPart::DragLfo, WindowPart::DragWheel};
-    dragSource_ = editor_.draggedSource(parts[area]);
-    markTargets(dragColor(area), -1);
-}
-
-// A low window has no more than the band.
-int WindowContent::targetAt(CPoint where) const {
-    const double scale = editor_.size().layoutScale();
-    const int target = editor_.dropTarget(static_cast<float>(where.x * scale), static_cast<float>(where.y * scale));
-    return target >= 0 && views_.at(target) != nullptr ? target : -1;
-}
-
-void WindowContent::dragMoved(int area, CPoint where) {
-    const int target = targetAt(where);
-    const bool canDrop = target >= 0 && destinationOf(parameterOfTag(controlEntry(target).tag)) > 0;
-    markTargets(dragColor(area), canDrop ? target : -1);
-    Overlay::Cable cable{dragAreas_[area]->getViewSize().getCenter(), where, dragColor(area), {}};
-    if (canDrop) {
-        const int destination = destinationOf(parameterOfTag(controlEntry(target).tag));
-        cable.lines = {std::string(matrixSourceLabels[dragSource_]) + " to " + matrixDestinationLabels[destination]};
-    }
-    overlay_->setCable(cable);
-}
-
-void WindowContent::dragEnded(int area, CPoint where) {
-    dragCancelled(area);
-    if (targetAt(where) < 0) return;
-    const double scale = editor_.size().layoutScale();
-    editor_.dropSource(dragSource_, static_cast<float>(where.x * scale), static_cast<float>(where.y * scale));
-}
-
-void WindowContent::dragCancelled(int) {
-    isDragging_ = false;
-    overlay_->setCable(std::nullopt);
-    markTargets(std::nullopt, -1);
-}
-
-// Controls that take the drop get a ring, all others go down.
-void WindowContent::markTargets(const std::optional<Color>& ring, int nearest) {
-    views_.forEach([&](ControlFace& face) {
-        const int number = parameterOfTag(face.entry().tag);
-        const bool isField = face.entry().kind == WidgetKind::Value;
-        const bool takesDrop = (isKnob(face.entry()) || isField) && number != parameter::Modwheel && destinationOf(number) > 0;
-        const bool isNearest = nearest >= 0 && views_.at(nearest) == &face;
-        face.setDimmed(ring.has_value() && !takesDrop);
-        if (auto* knob = dynamic_cast<MYCKnob*>(&face)) knob->setTargetRing(takesDrop ? ring : std::nullopt, isNearest);
-        if (auto* field = dynamic_cast<MYParamDisplay*>(&face))
-            field->setTargetRing(takesDrop && ring ? std::optional(fade(*ring, isNearest ? 1.0 : 0.55)) : std::nullopt);
-    });
+    hints_->touch(&knob);
 }
 
 // ---- keys ---------------------------------------------------------------------------------------------------
@@ -972,254 +714,25 @@ void WindowContent::markTargets(const std::optional<Color>& ring, int nearest) {
 void WindowContent::onKey(VSTGUI::KeyboardEvent& event) {
     if (!layers_.empty()) return layers_.back()->onKey(event);
     if (event.type != VSTGUI::EventType::KeyDown) return;
-    if (event.virt == VirtualKey::Escape && cancelHand()) {
+    if (event.virt == VSTGUI::VirtualKey::Escape && cancelHand()) {
         event.consumed = true;
         return;
     }
-    if (isHandBusy()) return;  // other keys wait until the mouse lets go
-    if (onShortcut(event) || (isMenuKey(event) && openFocusedMenu())) {
-        event.consumed = true;
-        return;
-    }
-    onFocusedKey(event);
+    if (!isHandBusy()) keys_->onKey(event);  // keys wait until the mouse lets go
 }
 
 bool WindowContent::isHandBusy() const { return editing_ != nullptr || pitchWheel_->isHeld() || modWheel_->isHeld(); }
 
+bool WindowContent::wantsKeys() const { return !layers_.empty() || keys_->wantsKeys() || drags_->isDragging() || isHandBusy(); }
+
 // Calls off what the mouse does at present; false if it does nothing.
 bool WindowContent::cancelHand() {
-    for (MYDragArea* area : dragAreas_)
-        if (area != nullptr && area->isDragging()) return area->cancel(), true;
+    if (drags_->cancel()) return true;
     for (WheelView* wheel : {pitchWheel_, modWheel_})
         if (wheel->isHeld()) return wheel->cancel(), true;
     if (editing_ == nullptr) return false;
     editing_->cancelDrag();
     return true;
-}
-
-// The menu of what has the focus, or is pointed at.
-bool WindowContent::openFocusedMenu() {
-    if (focusedStop_ >= 0) {
-        const auto& menu = stops_[static_cast<std::size_t>(focusedStop_)].menu;
-        if (menu) menu();
-        return static_cast<bool>(menu);
-    }
-    ControlFace* face = focused_ != nullptr ? focused_ : hovered_;
-    if (face == nullptr || parameterOfTag(face->entry().tag) < 0) return false;
-    controlMenuWanted(*face);
-    return true;
-}
-
-bool WindowContent::onShortcut(const VSTGUI::KeyboardEvent& event) {
-    if (!event.modifiers.has(ModifierKey::Control)) return false;
-    const bool isShifted = event.modifiers.has(ModifierKey::Shift);
-    switch (letterWithControl(event)) {
-        case U'z': historyPressed(isShifted ? HistoryBar::Button::redo : HistoryBar::Button::undo, false); return true;
-        case U'y': historyPressed(HistoryBar::Button::redo, false); return true;
-        case U't': wantNotes(); return true;
-        case U'c':
-            if (focused_ != nullptr && parameterOfTag(focused_->entry().tag) >= 0)
-                copiedValue() = editor_.valueOf(focused_->entry().tag);
-            return true;
-        case U'v':
-            if (focused_ != nullptr && copiedValue() >= 0 && parameterOfTag(focused_->entry().tag) >= 0 &&
-                !isListKind(focused_->entry().kind))
-                setByKey(*focused_, copiedValue());
-            return true;
-        default: return false;
-    }
-}
-
-// Keys that need no control: layers, patches, the search.
-bool WindowContent::onPlainLetter(char32_t character) {
-    if (character >= U'1' && character <= U'4') {
-        editor_.valueChanged(tag::layer1 + static_cast<int>(character - U'1'), 1, false);
-        return true;
-    }
-    switch (character) {
-        case U'/': editor_.valueChanged(tag::browser, 1, false); return true;
-        case U'[': editor_.valueChanged(tag::previousPatch, 1, false); return true;
-        case U']': editor_.valueChanged(tag::nextPatch, 1, false); return true;
-        default: return false;
-    }
-}
-
-void WindowContent::setFocus(ControlFace* face) {
-    setFocusedStop(-1);
-    if (focused_ == face) return;
-    if (focused_ != nullptr) focused_->setFocused(false);
-    focused_ = face;
-    if (focused_ == nullptr) return;
-    focused_->setFocused(true);
-    newsUntil_ = 0;
-    showHelp(focused_);
-}
-
-void WindowContent::setFocusedStop(int stop) {
-    if (stop == focusedStop_) return;
-    const bool wasPitch = focusedStop_ >= 0 && stops_[static_cast<std::size_t>(focusedStop_)].name == "PITCHWHEEL";
-    if (wasPitch && editor_.valueOf(tag::pitchWheel) != 0.5f) editor_.valueChanged(tag::pitchWheel, 0.5f, false);
-    focusedStop_ = stop;
-    if (stop < 0) return overlay_->setFocus(std::nullopt);
-    overlay_->setFocus(stops_[static_cast<std::size_t>(stop)].place);
-    newsUntil_ = 0;
-    showStopHelp();
-}
-
-void WindowContent::showStopHelp() {
-    if (newsUntil_ != 0) return;
-    const FocusStop& stop = stops_[static_cast<std::size_t>(focusedStop_)];
-    hintLine_->setText(stop.name + ": " + stop.value());
-}
-
-// Along the signal's way: the band, then section by section in reading order. The table is sorted by kind.
-void WindowContent::moveFocus(int direction) {
-    struct Place {
-        std::tuple<int, int, double> order;
-        ControlFace* face;
-        int stop;
-    };
-    const auto orderOf = [](Section section, double x, double y) {
-        const int group = y < bandHeight ? -1 : static_cast<int>(section);
-        return std::tuple(group, static_cast<int>(y) / 24, x);
-    };
-    std::vector<Place> places;
-    views_.forEach([&](ControlFace& face) {
-        const ControlEntry& entry = face.entry();
-        if (editor_.isVisible(entry))
-            places.push_back({orderOf(entry.section, static_cast<double>(entry.x), entry.y), &face, -1});
-    });
-    for (int i = 0; i < static_cast<int>(stops_.size()); ++i) {
-        const FocusStop& stop = stops_[static_cast<std::size_t>(i)];
-        places.push_back({orderOf(stop.section, stop.place.left, stop.place.top), nullptr, i});
-    }
-    if (places.empty()) return;
-    std::stable_sort(places.begin(), places.end(), [](const Place& a, const Place& b) { return a.order < b.order; });
-    const auto at = std::find_if(places.begin(), places.end(), [&](const Place& place) {
-        return place.face != nullptr ? place.face == focused_ : focused_ == nullptr && place.stop == focusedStop_;
-    });
-    const int count = static_cast<int>(places.size());
-    const int now = at == places.end() ? (direction > 0 ? -1 : count) : static_cast<int>(at - places.begin());
-    const Place& next = places[static_cast<std::size_t>((now + direction + count) % count)];
-    setFocus(next.face);
-    setFocusedStop(next.stop);
-}
-
-void WindowContent::onStopKey(VSTGUI::KeyboardEvent& event) {
-    const FocusStop& stop = stops_[static_cast<std::size_t>(focusedStop_)];
-    const auto nudge = [&](float amount) {
-        if (stop.nudge) stop.nudge(amount);
-        showStopHelp();
-    };
-    switch (event.virt) {
-        case VirtualKey::Up:
-        case VirtualKey::Right: return nudge(0.01f);
-        case VirtualKey::Down:
-        case VirtualKey::Left: return nudge(-0.01f);
-        case VirtualKey::PageUp: return nudge(0.1f);
-        case VirtualKey::PageDown: return nudge(-0.1f);
-        case VirtualKey::Space:
-        case VirtualKey::Return:
-        case VirtualKey::Enter: stop.press(); return showStopHelp();
-        default: event.consumed = onPlainLetter(event.character);
-    }
-}
-
-void WindowContent::setByKey(ControlFace& face, float value) {
-    value = std::clamp(value, 0.0f, 1.0f);
-    newsUntil_ = 0;
-    const int tag = face.entry().tag;
-    const History::Action action(work_.history());
-    editor_.beginEdit(tag);
-    editor_.valueChanged(tag, value, false);
-    editor_.endEdit(tag);
-    refresh(face);
-    touch(&face);
-    showHelp(&face);
-}
-
-// Of a list its first or last row.
-void WindowContent::setToEnd(ControlFace& face, bool last) {
-    const ControlEntry& entry = face.entry();
-    if (!isListKind(entry.kind)) {
-        if (parameterOfTag(entry.tag) >= 0) setByKey(face, last ? 1 : 0);
-        return;
-    }
-    if (entry.labels.empty() || parameterOfTag(entry.tag) < 0) return;
-    int row = last ? static_cast<int>(entry.labels.size()) - 1 : 0;
-    while (row > 0 && std::string(entry.labels[row]) == "-") --row;
-    rowChosen(entry, row);
-}
-
-void WindowContent::nudge(ControlFace& face, float step) {
-    constexpr int page = 8;  // rows
-    if (isListKind(face.entry().kind)) return stepList(face, (step > 0 ? -1 : 1) * (std::abs(step) > 0.05f ? page : 1));
-    if (parameterOfTag(face.entry().tag) >= 0) setByKey(face, editor_.valueOf(face.entry().tag) + step);
-}
-
-void WindowContent::pressFocused(ControlFace& face, const VSTGUI::KeyboardEvent& event) {
-    const ControlEntry& entry = face.entry();
-    if (isListKind(entry.kind) || entry.kind == WidgetKind::Menu) return controlListWanted(face);
-    if (isSwitchLike(entry.kind)) {
-        const bool turnsOff = editor_.valueOf(entry.tag) > 0.5f && entry.kind == WidgetKind::Switch;
-        const History::Action action(work_.history());
-        editor_.valueChanged(entry.tag, turnsOff ? 0.0f : 1.0f, false);
-        return showHelp(focused_);
-    }
-    if (entry.kind == WidgetKind::Button || entry.kind == WidgetKind::SampleButton) return controlPressed(face, event.modifiers);
-    controlTypingWanted(face);
-}
-
-// Left and Right move the loop's start, Down and Up its end.
-bool WindowContent::nudgeLoop(Wavedisplay& display, VirtualKey key, float step) {
-    const float start = key == VirtualKey::Right ? step : key == VirtualKey::Left ? -step : 0;
-    const float end = key == VirtualKey::Up ? step : key == VirtualKey::Down ? -step : 0;
-    if ((start == 0 && end == 0) || !display.nudgeLoop(start, end)) return false;
-    newsUntil_ = 0;
-    showHelp(&display);
-    return true;
-}
-
-void WindowContent::onFocusedKey(VSTGUI::KeyboardEvent& event) {
-    event.consumed = true;
-    const bool isFine = event.modifiers.has(ModifierKey::Shift);
-    const float step = isFine ? 0.001f : 0.01f;
-    if (event.virt == VirtualKey::Tab) return moveFocus(isFine ? -1 : 1);
-    if (event.virt == VirtualKey::Escape) {
-        if (focused_ == nullptr && editor_.callOffLoad()) return;
-        hasKeyboard_ = false;
-        return setFocus(nullptr);
-    }
-    if (focusedStop_ >= 0) return onStopKey(event);
-    if (focused_ == nullptr) {
-        event.consumed = onPlainLetter(event.character);
-        return;
-    }
-    ControlFace& face = *focused_;
-    if (auto* display = dynamic_cast<Wavedisplay*>(&face); display != nullptr && nudgeLoop(*display, event.virt, step)) return;
-    switch (event.virt) {
-        case VirtualKey::Up:
-        case VirtualKey::Right: return nudge(face, step);
-        case VirtualKey::Down:
-        case VirtualKey::Left: return nudge(face, -step);
-        case VirtualKey::PageUp: return nudge(face, 0.1f);
-        case VirtualKey::PageDown: return nudge(face, -0.1f);
-        case VirtualKey::Home: return setToEnd(face, false);
-        case VirtualKey::End: return setToEnd(face, true);
-        case VirtualKey::Delete: return controlResetWanted(face);
-        case VirtualKey::Space:
-            event.consumed = !isTurned(face.entry().kind);  // there is nothing to press: it is the host's
-            return event.consumed ? pressFocused(face, event) : void();
-        case VirtualKey::Return:
-        case VirtualKey::Enter: return pressFocused(face, event);
-        default: break;
-    }
-    // A digit begins a value where there is one to type.
-    const bool isDigit = (event.character >= U'0' && event.character <= U'9') || event.character == U'-' ||
-                         event.character == U'+' || event.character == U'.';
-    const bool isTyping = isDigit && isTurned(face.entry().kind);
-    event.consumed = isTyping || onPlainLetter(event.character);
-    if (isTyping) openTyping(face, utf8Of(event.character));
 }
 
 }  // namespace vantoric

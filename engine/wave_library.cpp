@@ -38,7 +38,7 @@ bool WaveLibrary::load(const std::string& folder, Messages& messages, const Flag
             isLoaded_.store(!stop.isSet(), std::memory_order_release);
         }
     }
-    if (result == WaveLoad::outOfMemory) messages.post("Error WtoOs", "Not enought memory.");
+    if (result == WaveLoad::outOfMemory) messages.post("Error WtoOs", notEnoughMemory);
     return !stop.isSet();
 }
 

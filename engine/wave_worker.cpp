@@ -129,7 +129,7 @@ void WaveWorker::guarded(Work&& work) noexcept {
     try {
         work();
     } catch (...) {
-        messages_.post("Error WtoOs", "Not enought memory.");
+        messages_.post("Error WtoOs", notEnoughMemory);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "library/layer_commands.h"
 
 #include "base/numbers.h"
+#include "base/outcome.h"
 #include "base/parameters.h"
 #include "library/patch_backup.h"
 #include "library/show_messages.h"
@@ -40,7 +41,7 @@ void LayerCommands::act(const std::function<void()>& work) {
         const EngineTurn turn(instrument_.patchChunk().access());
         work();
     } catch (...) {
-        instrument_.messages().post("Error", "Not enought memory.");
+        instrument_.messages().post("Error", notEnoughMemory);
     }
     instrument_.parametersWritten();
     patch_.keep();

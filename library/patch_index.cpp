@@ -205,7 +205,7 @@ void PatchIndex::run() {
     }
 }
 
-void PatchIndex::tellShortMemory() { messages_.post("Error", "Not enought memory."); }
+void PatchIndex::tellShortMemory() { messages_.post("Error", notEnoughMemory); }
 
 void PatchIndex::keepRecent(std::vector<PatchPlace> played) try {
     const bool isNew = !played.empty();

@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "base/outcome.h"
 #include "library/program_steps.h"
 #include "library/show_messages.h"
 #include "patch/patch_file.h"
@@ -82,7 +83,7 @@ bool ProgramLoader::step(int direction) try {
     showMessages(instrument_.messages(), dialogs_);
     return isLoaded;
 } catch (...) {
-    instrument_.messages().post("Error", "Not enought memory.");
+    instrument_.messages().post("Error", notEnoughMemory);
     return false;
 }
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "base/outcome.h"
 #include "library/beside.h"
 #include "library/show_messages.h"
 #include "platform/module_folder.h"
@@ -56,7 +57,7 @@ bool SampleCommands::placeChosen(const Target& target, PreparedWave&& wave, bool
         try {
             loader_.place(target.layer, target.oscillator, std::move(wave));
         } catch (...) {
-            messages_.post("Error", "Not enought memory.");  // for its parameters: it is in its place
+            messages_.post("Error", notEnoughMemory);  // for its parameters: it is in its place
         }
         if (tune) loader_.autotune(target.layer, target.oscillator);
         if (target.wasDropped) loader_.selectSample(target.layer, target.oscillator);
@@ -102,7 +103,7 @@ void SampleCommands::writeSample(int layer, int oscillator, const std::string& p
     try {
         writing->samples = editor_.samplesOf(layer, oscillator);
     } catch (...) {
-        messages_.post("Error", "Not enought memory.");
+        messages_.post("Error", notEnoughMemory);
     }
     if (writing->samples.empty()) return done(told(false));
     beside(

@@ -30,7 +30,7 @@ bool CustomWaveLoader::resynthesize(int layer, int oscillator, const std::string
     parameters_.changes().noteAll(ChangeSource::window);
     return true;
 } catch (...) {
-    messages_.post("Error", "Not enought memory.");
+    messages_.post("Error", notEnoughMemory);
     return false;
 }
 
@@ -40,7 +40,7 @@ bool CustomWaveLoader::saveWave(int layer, int oscillator, const std::string& pa
     const EngineTurn turn(access_);
     return messages_.post(writeWave(wave->cycle, path));
 } catch (...) {
-    messages_.post("Error", "Not enought memory.");
+    messages_.post("Error", notEnoughMemory);
     return false;
 }
 

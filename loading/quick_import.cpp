@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/numbers.h"
+#include "base/outcome.h"
 #include "base/parameters.h"
 #include "platform/module_folder.h"
 #include "samples/wave_file.h"
@@ -15,7 +16,7 @@ namespace par = parameter;
 namespace {
 QuickReading shortOfMemory() {
     QuickReading reading;
-    reading.left.refused = Outcome::failure("Error", "Not enought memory.");
+    reading.left.refused = Outcome::failure("Error", notEnoughMemory);
     return reading;
 }
 }  // namespace
@@ -81,7 +82,7 @@ bool QuickImport::placeVocoder(QuickReading&& reading) try {
 }
 
 bool QuickImport::failed() {
-    messages_.post("Error", "Not enought memory.");
+    messages_.post("Error", notEnoughMemory);
     return false;
 }
 

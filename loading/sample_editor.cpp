@@ -77,7 +77,7 @@ std::optional<SampleEdit> SampleEditor::beginEdit(int layer, int oscillator, int
     edit.source = holder->levels[0].get();
     return edit;
 } catch (...) {
-    messages_.post("Error", "Not enought memory.");
+    messages_.post("Error", notEnoughMemory);
     return {};
 }
 
@@ -117,7 +117,7 @@ bool SampleEditor::finishEdit(SampleEdit&& edit) try {
     parameters_.changes().noteAll(ChangeSource::window);
     return true;
 } catch (...) {
-    messages_.post("Error", "Not enought memory.");
+    messages_.post("Error", notEnoughMemory);
     return false;
 }
 
@@ -138,7 +138,7 @@ bool SampleEditor::exportWave(int layer, int oscillator, const std::string& path
     const std::vector<std::int16_t> samples = samplesOf(layer, oscillator);
     return !samples.empty() && messages_.post(writeWave(samples, path));
 } catch (...) {
-    messages_.post("Error", "Not enought memory.");
+    messages_.post("Error", notEnoughMemory);
     return false;
 }
 

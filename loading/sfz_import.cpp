@@ -65,7 +65,7 @@ std::optional<SfzFile> SfzImport::readSfz(const std::string& path) try {
     refuse("This sfz file is not compatible with Vantori. No valid lines found.");
     return std::nullopt;
 } catch (...) {
-    refuse("Not enought memory.");
+    refuse(notEnoughMemory);
     return std::nullopt;
 }
 
@@ -80,7 +80,7 @@ bool SfzImport::importSfz(const std::string& path, const SfzFile& file, SfzGroup
     const EngineTurn turn(access_);
     return placeSfz(path, *plan, readSamples(path, *plan));
 } catch (...) {
-    return refuse("Not enought memory.");
+    return refuse(notEnoughMemory);
 }
 
 std::optional<SfzPlan> SfzImport::planImport(const SfzFile& file, SfzGroups groups) try {
@@ -95,7 +95,7 @@ std::optional<SfzPlan> SfzImport::planImport(const SfzFile& file, SfzGroups grou
                        "pitch_keycenter= .");
     return plan;
 } catch (...) {
-    refuse("Not enought memory.");
+    refuse(notEnoughMemory);
     return std::nullopt;
 }
 
@@ -111,7 +111,7 @@ std::vector<WaveReading> SfzImport::readSamples(const std::string& path, const S
             if (progress != nullptr && progress->isCancelled()) break;
         }
     } catch (...) {
-        messages_.post("Error", "Not enought memory.");
+        messages_.post("Error", notEnoughMemory);
     }
     return samples;
 }
@@ -122,7 +122,7 @@ bool SfzImport::placeSfz(const std::string& path, const SfzPlan& plan, std::vect
     replacePatch(path, plan, std::move(samples));
     return true;
 } catch (...) {
-    return refuse("Not enought memory.");
+    return refuse(notEnoughMemory);
 }
 
 void SfzImport::replacePatch(const std::string& path, const SfzPlan& plan, std::vector<WaveReading>&& samples) {

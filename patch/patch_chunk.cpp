@@ -119,18 +119,18 @@ bool PatchChunk::refuse(const char* title, const char* text) {
 int PatchChunk::setChunk(const std::uint8_t* data, std::int32_t size) try {
     return replacePatch(data, size, nullptr) ? 1 : 0;
 } catch (...) {
-    return refuse("Error SetCh1", "Not enought memory.") ? 1 : 0;
+    return refuse("Error SetCh1", notEnoughMemory) ? 1 : 0;
 }
 
 int PatchChunk::setCheckedChunk(const std::uint8_t* data, std::int32_t size) try {
     const auto samples = std::make_unique<NewSamples>();
     for (int index = 0; index < chunk::waveCount; ++index) {
         const int length = chunk::readSampleHeader(data, index).length;
-        if (!(*samples)[index].allocate(length)) return refuse("Error SetCh1", "Not enought memory.") ? 1 : 0;
+        if (!(*samples)[index].allocate(length)) return refuse("Error SetCh1", notEnoughMemory) ? 1 : 0;
     }
     return replacePatch(data, size, samples.get()) ? 1 : 0;
 } catch (...) {
-    return refuse("Error SetCh1", "Not enought memory.") ? 1 : 0;
+    return refuse("Error SetCh1", notEnoughMemory) ? 1 : 0;
 }
 
 bool PatchChunk::replacePatch(const std::uint8_t* data, std::int32_t size, NewSamples* samples) {
@@ -231,7 +231,7 @@ bool PatchChunk::readSampleData(const std::uint8_t* data, std::int32_t size, New
         if (samples != nullptr) {
             fresh = std::move((*samples)[index]);
         } else if (!fresh.allocate(header.length)) {
-            return refuse("Error SetCh1", "Not enought memory.");
+            return refuse("Error SetCh1", notEnoughMemory);
         }
         chunk::readSamples(data + position, fresh.levels[0].get(), header.length);
         for (int level = 1; level < sampleLevels; ++level) {

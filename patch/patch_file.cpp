@@ -78,7 +78,7 @@ bool PatchFiles::loadPatchFile(const std::string& path) try {
     host_.setBusy(true);
     return load(path);
 } catch (...) {
-    messages_.post("Error", "Not enought memory.");
+    messages_.post("Error", notEnoughMemory);
     host_.setBusy(false);
     return false;
 }

@@ -102,7 +102,7 @@ Outcome resynthesizeFile(const std::string& path, CycleSpan cycle) try {
     }
     return resynthesizeWave(file, path, cycle);
 } catch (const std::bad_alloc&) {
-    return Outcome::failure("Error", "Not enought memory.");
+    return Outcome::failure("Error", notEnoughMemory);
 }
 
 }  // namespace vantoric

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # tools/hour.sh [SECONDS [FRAMES [PATCH]]]
 # Has the program (PROGRAM, default dist/bin/vantoric) play PATCH, CATEGORY/NAME of the library, by default the first that it
-# loads by itself, on a JACK server without a sound card for SECONDS (default 3600) at blocks of FRAMES (default 64) and 48 kHz,
-# with as many held keys as take half a core, and tells the load and the dropouts. For a quiet machine; REALTIME=yes asks the
-# server for real-time priority. Needs jackd2 and its tools (Debian 13: jack-example-tools).
+# loads by itself, on a JACK server without a sound card for SECONDS (default 3600) at blocks of FRAMES (default 64) and 48 kHz.
+# Sixteen keys are held, and as many programs play them side by side as take half a core. Tells the load and the dropouts.
+# For a quiet machine; REALTIME=yes asks the server for real-time priority. Needs jackd2 and its tools (Debian 13:
+# jack-example-tools).
 # Exit status: 0 without a dropout, 1 with one, 2 something is missing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -25,27 +26,42 @@ until_said() { for _ in $(seq 300); do grep -q "$1" "$2" && return 0; sleep 0.1;
 jackd -n "$JACK_DEFAULT_SERVER" $priority -d dummy -r 48000 -p "$frames" >"$scratch/jack" 2>&1 &
 started+=($!)
 sleep 2
-"$program" --no-window --sound jack --seconds "$seconds" ${patch:+--patch "$patch"} >"$scratch/said" 2>&1 &
-player=$!
-started+=($player)
-until_said '^MIDI: ' "$scratch/said"
 
-# Seconds of the processor that the program has taken, in hundredths.
-taken() { awk '{ print $14 + $15 }' "/proc/$player/stat"; }
-# The part of a core that it takes over some seconds, in hundredths.
-share() { local before; before=$(taken); sleep "$1"; echo $((($(taken) - before) / $1)); }
-
-# Keys are added until it is half a core, each struck anew every two seconds.
-keys=0
+# The keys, each struck anew every two seconds.
 for key in 36 43 48 52 55 60 64 67 71 72 76 79 83 84 88 91; do
     jack_midiseq "keys$key" 96000 0 $key 90000 >/dev/null 2>&1 &
     started+=($!)
-    for _ in $(seq 50); do jack_connect "keys$key:out" Vantoric:midi_in >/dev/null 2>&1 && break; sleep 0.1; done
-    keys=$((keys + 1))
-    load=$(share 3)
-    [ "$load" -lt 50 ] || break
 done
-echo "hour: $keys keys take $load % of a core; $frames frames, $seconds s; machine load $(cut -d' ' -f1-3 /proc/loadavg)"
-wait $player || { cat "$scratch/said"; exit 1; }
-tail -1 "$scratch/said"
-grep -q ', 0 dropouts$' "$scratch/said"
+
+players=()
+# One more program on the server, which names a second of the same name with a number, and all keys to it.
+add_player() {
+    local number=${#players[@]} name=Vantoric said=$scratch/said${#players[@]}
+    [ "$number" = 0 ] || name=$(printf 'Vantoric-%02d' "$number")
+    mkdir "$scratch/$number"
+    HOME=$scratch/$number "$program" --no-window --sound jack --seconds "$seconds" ${patch:+--patch "$patch"} >"$said" 2>&1 &
+    players+=($!)
+    started+=($!)
+    until_said '^MIDI: ' "$said"
+    for key in 36 43 48 52 55 60 64 67 71 72 76 79 83 84 88 91; do
+        for _ in $(seq 50); do jack_connect "keys$key:out" "$name:midi_in" >/dev/null 2>&1 && continue 2; sleep 0.1; done
+        echo "hour: no way from a key to $name" >&2
+        exit 2
+    done
+}
+
+# Seconds of the processor that the programs have taken, in hundredths.
+taken() { for player in "${players[@]}"; do cat "/proc/$player/stat"; done | awk '{ sum += $14 + $15 } END { print sum }'; }
+# The part of a core that they take over some seconds, in hundredths.
+share() { local before; before=$(taken); sleep "$1"; echo $((($(taken) - before) / $1)); }
+
+load=0
+while [ "$load" -lt 50 ] && [ ${#players[@]} -lt 16 ]; do
+    add_player
+    load=$(share 3)
+done
+echo "hour: ${#players[@]} programs with 16 keys each take $load % of a core; $frames frames, $seconds s;" \
+    "machine load $(cut -d' ' -f1-3 /proc/loadavg)"
+wait "${players[@]}" || { cat "$scratch"/said*; exit 1; }
+tail -qn 1 "$scratch"/said*
+! tail -qn 1 "$scratch"/said* | grep -qv ', 0 dropouts$'

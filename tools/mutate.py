@@ -287,12 +287,13 @@ class Copy:
             return [str(self.build / GOLDEN), "--quiet", str(self.tree / "tests" / test)]
         return [str(self.build / test), "--gtest_brief=1", "--gtest_fail_fast"]
 
-    # The build is kept but for precompiled headers, which no change reaches.
+    # The build is kept but for precompiled headers, which no change reaches, and links, some of which lead to what is not built.
     def built_files(self):
         for folder, _, names in os.walk(self.build):
             for name in names:
-                if not name.endswith(".gch") and name != "LastTest.log":
-                    yield os.path.join(folder, name)
+                path = os.path.join(folder, name)
+                if not name.endswith(".gch") and name != "LastTest.log" and not os.path.islink(path):
+                    yield path
 
     def keep(self):
         self.stamps = {}

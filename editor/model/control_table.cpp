@@ -532,6 +532,7 @@ int controlIndexForName(const char* name) {
 }
 
 bool isKnob(const ControlEntry& entry) { return entry.kind == Knob || entry.kind == LargeKnob; }
+bool isList(const ControlEntry& entry) { return entry.kind == LargeList || entry.kind == List || entry.kind == SmallList; }
 
 int parameterOfTag(int tag) {
     if (tag >= 0 && tag < layerParameterEnd) return tag;

@@ -38,6 +38,17 @@ std::string holeText(const Q7Editor& editor, const ControlEntry& entry) {
     return shortText(std::abs(amount) >= 9950 ? std::round(amount / 1000) : std::round(amount / 100) / 10, digits) + "k";
 }
 
+bool isWaveMenu(const ControlEntry& entry) { return isFamilyMember(entry.tag, tag::waveMenu1, oscillatorCount); }
+
+std::string faceText(Q7Editor& editor, const ControlEntry& entry) {
+    if (entry.kind == WidgetKind::LargeKnob) return holeText(editor, entry);
+    if (entry.kind == WidgetKind::EffectValue && editor.effectField(entry.tag).type == 0) return "";  // the slot is off
+    if (entry.kind == WidgetKind::SmallList && isFamilyMember(entry.tag, tag::sampleEdit1, 6)) return "Edit";
+    if (!isWaveMenu(entry)) return editor.textOf(entry);
+    const std::string wave = editor.commands().shownWave(entry.tag - tag::waveMenu1);
+    return wave.empty() ? "Custom wave" : wave;
+}
+
 std::string spokenValue(const Q7Editor& editor, const ControlEntry& entry) {
     if (parameterOfTag(entry.tag) < 0) return "";
     if (entry.kind == WidgetKind::Switch) return isOn(editor.valueOf(entry.tag)) ? "on" : "off";
