@@ -99,6 +99,7 @@ void FavouriteView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
 void FavouriteView::press() {
     setValue(getValue() > 0.5f ? 0.0f : 1.0f);
     valueChanged();
+    if (isHovered_) tellHover(true);  // what is said of it is another thing now
     invalid();
 }
 
@@ -147,6 +148,7 @@ void WheelView::setByHand(float value) {
 void WheelView::follow(CPoint where) {
     const CRect& r = getViewSize();
     setByHand(static_cast<float>(std::clamp(1 - (where.y - r.top - 6) / (r.getHeight() - 12), 0.0, 1.0)));
+    tellHover(true);
 }
 
 void WheelView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {

@@ -133,6 +133,7 @@ public:
     explicit HintLine(const VSTGUI::CRect& area);
     void setText(const std::string& text, Kind kind = Kind::help);
     const std::string& text() const { return text_; }
+    Kind kind() const { return kind_; }
     void draw(VSTGUI::CDrawContext* context) override;
 
     CLASS_METHODS_NOCOPY(HintLine, VSTGUI::CView)

@@ -49,6 +49,17 @@ std::vector<std::string> linesOf(const std::string& text, double width) {
     return lines;
 }
 
+// A path as a title: its last folders and its name, as much as there is room for.
+std::string endOfPath(const std::string& path, double width) {
+    std::string shown = path;
+    while (measured(shown, Face::title, 10.5) > width) {
+        const std::size_t slash = shown.find('/', shown.starts_with("…/") ? std::string_view("…/").size() : 1);
+        if (slash == std::string::npos) break;
+        shown = "…" + shown.substr(slash);
+    }
+    return shown;
+}
+
 }  // namespace
 
 BoxView::BoxView(const CRect& area, Box box, std::function<void(int)> answered)
@@ -125,8 +136,9 @@ void BoxView::draw(VSTGUI::CDrawContext* context) {
     drawVeil(pen, getViewSize());
     drawPanel(pen, panel_, 6);
     drawSign(pen);
-    pen.text(panel_.left + 29, panel_.top + 19.6, box_.title, Face::title, 10.5, style::text, Align::left,
-             panel_.getWidth() - 44 - (times_ > 1 ? 26 : 0));
+    const double room = panel_.getWidth() - 44 - (times_ > 1 ? 26 : 0);
+    const std::string title = box_.title.starts_with('/') ? endOfPath(box_.title, room) : box_.title;
+    pen.text(panel_.left + 29, panel_.top + 19.6, title, Face::title, 10.5, style::text, Align::left, room);
     if (times_ > 1)
         pen.text(panel_.right - padding, panel_.top + 19.4, std::to_string(times_) + " times", Face::medium, 9, style::text2,
                  Align::right);
@@ -143,7 +155,8 @@ void BoxView::draw(VSTGUI::CDrawContext* context) {
 
 void BoxView::drawSign(Pen& pen) const {
     const double x = panel_.left + 18, y = panel_.top + 16;
-    const bool isError = box_.title == "Error", isWarning = box_.title == "Warning";
+    // What goes wrong with a file has the file for a title.
+    const bool isError = box_.title == "Error" || box_.title.starts_with('/'), isWarning = box_.title == "Warning";
     const Color fill = isError                ? style::alarm
                        : isWarning            ? style::oscillators
                        : box_.title == "Hint" ? style::arpeggiator

@@ -110,10 +110,16 @@ void ControlView::draw(VSTGUI::CDrawContext* context) {
 bool ClickPair::isSecond(VSTGUI::CPoint where) {
     constexpr std::uint64_t longest = 400;  // milliseconds
     const std::uint64_t now = VSTGUI::getPlatformFactory().getTicks();
-    const bool isSecond = now - lastTicks_ <= longest && std::abs(where.x - last_.x) < 3 && std::abs(where.y - last_.y) < 3;
+    const bool isSecond = now - lastTicks_ <= longest && isNear(where);
     lastTicks_ = isSecond ? 0 : now;  // a third click begins anew
     last_ = where;
     return isSecond;
 }
+
+void ClickPair::moved(VSTGUI::CPoint where) {
+    if (!isNear(where)) lastTicks_ = 0;
+}
+
+bool ClickPair::isNear(VSTGUI::CPoint where) const { return std::abs(where.x - last_.x) < 3 && std::abs(where.y - last_.y) < 3; }
 
 }  // namespace vantoric

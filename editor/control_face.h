@@ -39,6 +39,8 @@ public:
     virtual void controlStepped(ControlFace& control, int direction) = 0;
     // The drag that is under way is called off; the end of the edit follows.
     virtual void controlCancelled(ControlFace& control) = 0;
+    // A drag that began on a step goes on, from one place to another, across whatever steps stand there. In window units.
+    virtual void stepsDrawn(VSTGUI::CPoint from, VSTGUI::CPoint to) = 0;
 };
 
 // Colours that depend on where a control stands and what it is for.
@@ -125,8 +127,12 @@ protected:
 class ClickPair {
 public:
     bool isSecond(VSTGUI::CPoint where);
+    // The pointer moves with the button down: a press that drags is no half of a double click.
+    void moved(VSTGUI::CPoint where);
 
 private:
+    bool isNear(VSTGUI::CPoint where) const;
+
     std::uint64_t lastTicks_ = 0;
     VSTGUI::CPoint last_{-1000, -1000};
 };

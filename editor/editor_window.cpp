@@ -40,7 +40,9 @@ Screen EditorWindow::screen() const {
 
 EditorWindow::Size EditorWindow::size() const {
     const WindowSize& size = editor_.size();
-    return {static_cast<int>(size.width() * size.zoom()), static_cast<int>(size.height() * size.zoom())};
+    constexpr double almostWhole = 0.1;  // 0.8333 of 1800 are 1500 pixels, as its label says
+    return {static_cast<int>(size.width() * size.zoom() + almostWhole),
+            static_cast<int>(size.height() * size.zoom() + almostWhole)};
 }
 
 double EditorWindow::scale() const { return editor_.size().layoutScale() * editor_.size().zoom(); }

@@ -44,7 +44,7 @@ void Hints::showHelp(const ControlFace* face) {
     std::string line = entry.name;
     if (const std::string value = spokenOf(entry); !value.empty()) line += ": " + value;
     const std::string help = helpOf(entry), tooltip = entry.tooltip.substr(0, entry.tooltip.find('\n'));
-    if (!help.empty() || !tooltip.empty()) line += ".  " + (help.empty() ? tooltip : help);
+    if (!help.empty() || !tooltip.empty()) line += (line.ends_with('.') ? "  " : ".  ") + (help.empty() ? tooltip : help);
     showLine(line);
 }
 

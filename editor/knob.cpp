@@ -258,6 +258,7 @@ void MYCKnob::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
 
 void MYCKnob::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
     const KnobMouse mouse = mouseOf(event);
+    clicks_.moved(event.mousePosition);
     if (drag_.isDepthDragging()) {
         event.consumed = true;
         return depth_.depthDragged(*this, drag_.depth(mouse));

@@ -87,7 +87,10 @@ void NotesBox::drawLine(Pen& pen, int line) const {
     drawTypingPlace(pen, place, isActive || hovered_ == line);
     if (lines_[index].text().empty() && !isActive)
         pen.text(place.left + 8, base, examples[index], Face::medium, 10.5, style::text3, Align::left, width);
-    const bool hasCaret = isActive && rounds_ / caretRounds % 2 == 0;
+    if (!isActive)  // from its beginning; a line that is typed in shows where its caret is
+        return static_cast<void>(
+            pen.text(place.left + 8, base, lines_[index].text(), Face::medium, 10.5, style::text, Align::left, width));
+    const bool hasCaret = rounds_ / caretRounds % 2 == 0;
     lines_[index].draw(pen, place.left + 8, base, width, Face::medium, 10.5, style::text, hasCaret);
 }
 

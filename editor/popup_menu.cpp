@@ -66,6 +66,7 @@ PopupMenu::Panel PopupMenu::layOut(const std::vector<MenuRow>& rows, const CRect
     const bool isLow = area.getHeight() < lowWindow;
     for (int row = 0; row < static_cast<int>(rows.size()); ++row) {
         if (isLow && height + heightOf(rows[row]) > room) {
+            if (rows[row].isSeparator()) continue;  // the column's end parts as well
             panel.columnStarts.push_back(row);
             height = 0;
         }
@@ -203,15 +204,16 @@ void PopupMenu::onKey(VSTGUI::KeyboardEvent& event) {
         case VirtualKey::Escape: return dismiss();
         case VirtualKey::Up: return move(-1);
         case VirtualKey::Down: return move(1);
-        case VirtualKey::Right:
-            if (top > active) move(1);
-            return;
+        case VirtualKey::Home: return moveTo(0, 1);
+        case VirtualKey::End: return moveTo(rowCount(active) - 1, -1);
+        case VirtualKey::PageUp: return moveTo(std::max(panels_[active].highlighted - pageRows(panels_[active]), 0), 1);
+        case VirtualKey::PageDown:
+            return moveTo(std::min(panels_[active].highlighted + pageRows(panels_[active]), rowCount(active) - 1), -1);
+        case VirtualKey::Right: return top > active ? move(1) : moveToColumn(1);
         case VirtualKey::Left:
-            if (active > 0) {
-                panels_[active].highlighted = -1;
-                invalid();
-            }
-            return;
+            if (active == 0) return moveToColumn(-1);
+            panels_[active].highlighted = -1;
+            return invalid();
         case VirtualKey::Return:
         case VirtualKey::Enter: return choose({active, panels_[active].highlighted});
         case VirtualKey::Space: return typed(U' ');
@@ -233,6 +235,38 @@ void PopupMenu::move(int direction) {
         scrollTo(panel, row);
         return highlight({active, row});
     }
+}
+
+int PopupMenu::rowCount(int panel) const { return static_cast<int>(panels_[panel].rows->size()); }
+
+int PopupMenu::pageRows(const Panel& panel) {
+    return std::max(2, static_cast<int>((panel.rect.getHeight() - 2 * padding) / rowHeight) - 1);
+}
+
+void PopupMenu::moveTo(int row, int direction) {
+    const int active = activePanel();
+    for (; row >= 0 && row < rowCount(active); row += direction) {
+        if (!(*panels_[active].rows)[row].isChoosable()) continue;
+        scrollTo(panels_[active], row);
+        return highlight({active, row});
+    }
+}
+
+void PopupMenu::moveToColumn(int direction) {
+    const int active = activePanel();
+    const Panel& panel = panels_[active];
+    if (panel.columns == 1 || panel.highlighted < 0) return;
+    const CPoint from = rowRect(panel, panel.highlighted).getCenter();
+    int nearest = -1;
+    double distance = panel.rect.getHeight();
+    for (int row = 0; row < rowCount(active); ++row) {
+        const CPoint at = rowRect(panel, row).getCenter();
+        const bool isBeside = std::abs(at.x - from.x - direction * panel.columnWidth) < 1;
+        if (!isBeside || !(*panel.rows)[row].isChoosable() || std::abs(at.y - from.y) >= distance) continue;
+        nearest = row;
+        distance = std::abs(at.y - from.y);
+    }
+    if (nearest >= 0) highlight({active, nearest});
 }
 
 void PopupMenu::scrollTo(Panel& panel, int row) const {

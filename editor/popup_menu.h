@@ -73,6 +73,13 @@ private:
     // Where keys work: the panel that was opened last and has a row highlighted, or the one that opened it.
     int activePanel() const;
     void move(int direction);
+    // In the active panel to this row, or the next in that direction that can be chosen.
+    void moveTo(int row, int direction);
+    // In a low window: to the row beside, in the next column or the one before.
+    void moveToColumn(int direction);
+    int rowCount(int panel) const;
+    // Rows that are seen at once, one of them kept from page to page.
+    static int pageRows(const Panel& panel);
     void scrollTo(Panel& panel, int row) const;
     void typed(char32_t character);
     void drawPanel(Pen& pen, const Panel& panel) const;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 namespace vantoric {
 namespace {
@@ -67,6 +68,7 @@ KnobMouse DraggedView::mouseAt(const VSTGUI::MouseEvent& event) const {
 void DraggedView::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
     if (!isDragged()) return;
     event.consumed = true;
+    clicks_.moved(event.mousePosition);
     setByHand(valueAt(event));
 }
 
@@ -188,11 +190,29 @@ void MYParamDisplay::drawText(Pen& pen) {
 
 // ---- steps
 
-// The bar follows the pointer itself: a row of them is drawn like a curve.
+void StepSliderView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
+    last_ = event.mousePosition;
+    isFine_ = event.modifiers.has(ModifierKey::Shift);
+    DraggedView::onMouseDownEvent(event);
+}
+
+// A row of bars is drawn like a curve; with Shift the one that was pressed moves alone.
+void StepSliderView::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
+    const VSTGUI::CPoint from = std::exchange(last_, event.mousePosition);
+    const bool wasFine = std::exchange(isFine_, event.modifiers.has(ModifierKey::Shift));
+    if (isDragged() && isFine_ && !wasFine) drag_.press(mouseAt(event), getValueNormalized());  // goes on from here
+    if (!isDragged() || isFine_) return DraggedView::onMouseMoveEvent(event);
+    event.consumed = true;
+    window().stepsDrawn(from, event.mousePosition);
+}
+
+float StepSliderView::levelAt(double y) const {
+    return static_cast<float>(std::clamp((top() + height() - 1 - y) / (height() - 2), 0.0, 1.0));
+}
+
+// The bar follows the pointer itself.
 float StepSliderView::valueAt(VSTGUI::MouseEvent& event) {
-    if (event.modifiers.has(ModifierKey::Shift)) return DraggedView::valueAt(event);
-    const double area = height() - 2;
-    return static_cast<float>(std::clamp((top() + height() - 1 - event.mousePosition.y) / area, 0.0, 1.0));
+    return event.modifiers.has(ModifierKey::Shift) ? DraggedView::valueAt(event) : levelAt(event.mousePosition.y);
 }
 
 void StepSliderView::drawControl(Pen& pen) {

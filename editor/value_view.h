@@ -26,10 +26,10 @@ protected:
     // The value, 0 to 1, that the pointer stands for during a drag.
     virtual float valueAt(VSTGUI::MouseEvent& event);
     void setByHand(float value);
+    KnobMouse mouseAt(const VSTGUI::MouseEvent& event) const;
     KnobDrag drag_;
 
 private:
-    KnobMouse mouseAt(const VSTGUI::MouseEvent& event) const;
     void endDrag();
 
     ClickPair clicks_;
@@ -61,14 +61,22 @@ private:
     double learnGlow_ = 1;
 };
 
-// Kind 11: a step's level. A drag that leaves the bar sets its neighbours too; the window leads it.
+// Kind 11: a step's level. A drag that leaves the bar sets its neighbours instead; the window leads it.
 class StepSliderView : public DraggedView {
 public:
     using DraggedView::DraggedView;
+    void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
+    void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;
+    // The level, 0 to 1, at that height.
+    float levelAt(double y) const;
 
 protected:
     void drawControl(Pen& pen) override;
     float valueAt(VSTGUI::MouseEvent& event) override;
+
+private:
+    VSTGUI::CPoint last_;  // of the pointer in a drag
+    bool isFine_ = false;
 };
 
 }  // namespace vantoric

@@ -234,7 +234,7 @@ void WindowContent::refresh(ControlFace& face) {
     face.setValueQuietly(editor_.valueOf(entry.tag));
     face.setOff(isSilent(editor_, entry));
     face.setMultilayer(editor_.onShow().multilayer && entry.page != page::always);
-    if (entry.tag == tag::zoomMenu) return face.setText(std::to_string(std::lround(editor_.size().zoom() * 100)) + "%");
+    if (entry.tag == tag::zoomMenu) return face.setText(std::to_string(editor_.size().percent()) + "%");
     if (entry.kind != WidgetKind::Knob) face.setText(faceText(editor_, entry));
     if (auto* knob = dynamic_cast<MYCKnob*>(&face)) refreshKnob(*knob);
     if (auto* list = dynamic_cast<ListView*>(&face);
@@ -321,15 +321,21 @@ void WindowContent::followEngine() {
     refreshPatchLine();
 }
 
-// What waits for its controller glows.
+// What waits for its controller glows; once it has one, the line that asks for it goes.
 void WindowContent::followLearning() {
     const double glow = 0.5 + 0.5 * std::sin(2 * std::numbers::pi * round_ / roundsASecond);
-    views_.forEach([glow](ControlFace& face) {
-        if (auto* knob = dynamic_cast<MYCKnob*>(&face); knob != nullptr && knob->ccNumber() == MidiLearn::learning)
-            knob->setLearnGlow(glow);
-        if (auto* field = dynamic_cast<MYParamDisplay*>(&face); field != nullptr && field->ccNumber() == MidiLearn::learning)
-            field->setLearnGlow(glow);
+    const bool waited = std::exchange(isLearning_, false);
+    views_.forEach([this, glow](ControlFace& face) {
+        auto* knob = dynamic_cast<MYCKnob*>(&face);
+        auto* field = dynamic_cast<MYParamDisplay*>(&face);
+        const int number = knob != nullptr ? knob->ccNumber() : field != nullptr ? field->ccNumber() : MidiLearn::noController;
+        if (number != MidiLearn::learning) return;
+        isLearning_ = true;
+        knob != nullptr ? knob->setLearnGlow(glow) : field->setLearnGlow(glow);
     });
+    if (!waited || isLearning_ || hintLine_->kind() != HintLine::Kind::alarm) return;
+    hints_->forgetNews();
+    hints_->showHelp();
 }
 
 void WindowContent::followLamps() {
@@ -367,14 +373,51 @@ void WindowContent::controlBeginEdit(VSTGUI::CControl* control) {
 
 void WindowContent::controlEndEdit(VSTGUI::CControl* control) {
     editing_ = nullptr;
+    for (const ControlFace* step : std::exchange(drawn_, {})) editor_.endEdit(step->entry().tag);
     editor_.endEdit(control->getTag());
     hints_->letGo();
 }
 
 void WindowContent::controlCancelled(ControlFace& face) {
     const History::Action action(work_.history());
+    for (ControlFace* step : std::exchange(drawn_, {})) {
+        editor_.cancelEdit(step->entry().tag);
+        refresh(*step);
+    }
     editor_.cancelEdit(face.entry().tag);
     showTouched(face);
+}
+
+// The step nearest to the pointer has its height, those that it passed the height at which it passed them.
+void WindowContent::stepsDrawn(CPoint from, CPoint to) {
+    const auto centreOf = [](const ControlFace& step) { return step.entry().x + step.entry().width / 2.0; };
+    std::vector<StepSliderView*> steps;
+    views_.forEach([&](ControlFace& face) {
+        if (auto* step = dynamic_cast<StepSliderView*>(&face)) steps.push_back(step);
+    });
+    const auto nearest = std::ranges::min_element(steps, {}, [&](auto* step) { return std::abs(centreOf(*step) - to.x); });
+    if (nearest == steps.end()) return;
+    const History::Action action(work_.history());
+    for (StepSliderView* step : steps) {
+        const double centre = centreOf(*step);
+        const bool isPassed = std::min(from.x, to.x) <= centre && centre <= std::max(from.x, to.x) && from.x != to.x;
+        if (step == *nearest || !isPassed) continue;
+        drawStep(*step, step->levelAt(from.y + (to.y - from.y) * (centre - from.x) / (to.x - from.x)));
+    }
+    drawStep(**nearest, (*nearest)->levelAt(to.y));
+    hints_->forgetNews();
+    showTouched(**nearest);
+}
+
+void WindowContent::drawStep(ControlFace& step, float level) {
+    const int tag = step.entry().tag;
+    if (level == editor_.valueOf(tag)) return;
+    if (&step != editing_ && std::ranges::find(drawn_, &step) == drawn_.end()) {
+        editor_.beginEdit(tag);
+        drawn_.push_back(&step);
+    }
+    editor_.valueChanged(tag, level, true);
+    refresh(step);
 }
 
 void WindowContent::controlHovered(ControlFace& face, bool isHovered) { hints_->hover(face, isHovered); }

@@ -85,6 +85,8 @@ private:
     void controlPointer(VSTGUI::CPoint where, bool isReleased) override;
     void controlStepped(ControlFace& face, int direction) override;
     void controlCancelled(ControlFace& face) override;
+    void stepsDrawn(VSTGUI::CPoint from, VSTGUI::CPoint to) override;
+    void drawStep(ControlFace& step, float level);
     void depthDragBegan(ControlFace& knob) override;
     void depthDragged(ControlFace& knob, float amount) override;
     void depthDragEnded(ControlFace& knob) override;
@@ -144,10 +146,12 @@ private:
     std::unique_ptr<KeyboardFocus> keys_;
     std::unique_ptr<ModulationDrags> drags_;
     std::vector<LayerView*> layers_;
-    ControlFace* opener_ = nullptr;   // of the menu that is open
-    ControlFace* editing_ = nullptr;  // held by the mouse
+    ControlFace* opener_ = nullptr;    // of the menu that is open
+    ControlFace* editing_ = nullptr;   // held by the mouse
+    std::vector<ControlFace*> drawn_;  // steps beside the one that is held, set by the same drag
     std::function<bool()> openNotes_;
     unsigned round_ = 0;
+    bool isLearning_ = false;  // a control waits for its controller
 };
 
 }  // namespace vantoric

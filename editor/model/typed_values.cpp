@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
+#include <map>
 
 #include "base/number_text.h"
 #include "editor/model/spoken_values.h"
@@ -52,6 +53,27 @@ double inBaseUnit(const Amount& amount) {
     if (unit == "khz" || unit == "k") return amount.number * 1000;
     if (unit == "ms") return amount.number / 1000;
     return amount.number;
+}
+
+enum class Quantity { plain, frequency, time, level, tempo };
+
+// What a unit measures; plain for none and for words that only name the parameter.
+Quantity quantityOf(const std::string& unit) {
+    static const std::map<std::string, Quantity> quantities = {
+        {"hz", Quantity::frequency}, {"khz", Quantity::frequency}, {"ms", Quantity::time},  {"s", Quantity::time},
+        {"sec", Quantity::time},     {"db", Quantity::level},      {"bpm", Quantity::tempo}};
+    const auto found = quantities.find(unit);
+    return found == quantities.end() ? Quantity::plain : found->second;
+}
+
+// Whether an amount is none for this display: decibels for a percentage, milliseconds for a part of a beat. A display may
+// begin or end with a word ("off"), so it is looked at in several places.
+template <class UnitAt>
+bool isForeign(const Amount& amount, UnitAt&& unitAt) {
+    const Quantity wanted = quantityOf(amount.unit);
+    if (wanted == Quantity::plain) return false;
+    constexpr float places[] = {0.0f, 0.25f, 0.5f, 0.75f, 1.0f};
+    return std::ranges::none_of(places, [&](float value) { return quantityOf(unitAt(value)) == wanted; });
 }
 
 // What a display tells, as a number in its base unit; nothing for a word.
@@ -136,6 +158,11 @@ std::optional<float> typedEffectValue(Q7Editor::EffectField field, float now, co
     const auto shownNow = amountOf(withoutName(effectText(field, now)));
     if (!amount || !shownNow || typed.find('/') != std::string::npos) return std::nullopt;
     if (amount->unit.empty()) amount->unit = shownNow->unit;
+    const auto unitAt = [&](float value) {
+        const auto shown = amountOf(withoutName(effectText(field, value)));
+        return shown ? shown->unit : std::string();
+    };
+    if (isForeign(*amount, unitAt)) return std::nullopt;
     return nearestShown(inBaseUnit(*amount), [&](float value) -> std::optional<double> {
         const auto shown = amountOf(withoutName(effectText(field, value)));
         if (!shown) return std::nullopt;
@@ -158,6 +185,12 @@ std::optional<float> typedValue(int n, const std::string& text, int lfoMode) {
     if (!amount || (hasLetters && !amount->unit.empty() && lower(typed).find(amount->unit) != 0 &&
                     !std::isdigit(static_cast<unsigned char>(typed[0])) && typed[0] != '-' && typed[0] != '+'))
         return parseParameterValue(n, typed);  // a word such as "Free" or "Keyfol."
+    const auto unitAt = [&](float value) {
+        const std::string unit = lower(parameterUnit(n, lfoMode));
+        const auto shown = unit.empty() ? amountOf(parameterText(n, value, lfoMode)) : std::nullopt;
+        return shown ? shown->unit : unit;
+    };
+    if (isForeign(*amount, unitAt)) return std::nullopt;
     return nearestShown(inBaseUnit(*amount), [&](float value) { return shownAmount(n, value, lfoMode); });
 }
 

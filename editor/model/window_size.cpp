@@ -4,6 +4,7 @@
 #include <cmath>
 #include <iterator>
 
+#include "base/number_text.h"
 #include "base/numbers.h"
 #include "editor/model/window_files.h"
 
@@ -65,6 +66,14 @@ double zoomOfSize(int index) {
 WindowSize::WindowSize(platform::Dialogs& dialogs, std::string_view hostProduct) : dialogs_(dialogs), hostProduct_(hostProduct) {}
 
 bool WindowSize::largeSkin() const { return sizeIndex_ >= firstNormalSize; }
+
+int WindowSize::percent() const {
+    const int smallest = 0;  // of the small layout; the low sizes have no percentage of their own
+    const int told = sizeIndex_ >= firstZoomedSize ? sizeIndex_ : largeSkin() ? firstNormalSize : smallest;
+    const std::string_view label = sizeRow(told).label;
+    const std::size_t end = label.find('%'), begin = label.find_last_of(' ', end) + 1;
+    return static_cast<int>(numberAtStart(label.substr(begin))->number);
+}
 
 bool WindowSize::isForbidden(int index) const { return hostProduct_ == "Orion" && index >= firstZoomedSize; }
 

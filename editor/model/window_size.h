@@ -49,6 +49,7 @@ public:
     int width() const { return sizeRow(sizeIndex_).width; }    // of the frame before zoom
     int height() const { return sizeRow(sizeIndex_).height; }  // likewise
     double zoom() const { return zoomOfSize(sizeIndex_); }
+    int percent() const;                                            // of the normal layout, as the labels count
     bool largeSkin() const;                                         // the normal layout, not the small one
     double layoutScale() const { return largeSkin() ? 1.5 : 1.0; }  // pixels before zoom for a unit of the layout
     int bitmapOffset() const { return largeSkin() ? 30 : 0; }       // added to the number of every bitmap

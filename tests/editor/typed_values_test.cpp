@@ -59,6 +59,16 @@ TEST(TypedValues, WhatIsNoValueIsNotTaken) {
     for (const char* text : {"", "   ", "loud", "\xff\xfe", "--"}) EXPECT_FALSE(typedValue(par::Cutoff1, text, 0)) << text;
 }
 
+TEST(TypedValues, AUnitOfAnotherKindIsNoValue) {
+    EXPECT_FALSE(typedValue(par::Volume, "-6 dB", 0)) << "a percentage";
+    EXPECT_FALSE(typedValue(par::Cutoff1, "440ms", 0));
+    EXPECT_FALSE(typedValue(par::DecVol, "2 kHz", 0));
+    EXPECT_FALSE(typedValue(par::LfoSpd1, "120 BPM", 0)) << "runs in hertz in this mode";
+    EXPECT_TRUE(typedValue(par::Volume, "60 %", 0));
+    EXPECT_TRUE(typedValue(par::HoldVol, "2s", 0)) << "the display names the unit itself";
+    EXPECT_TRUE(typedValue(par::LfoFade1, "30ms", 0));
+}
+
 TEST(TypedValues, EveryParameterTakesBackWhatItShows) {
     for (int number = 0; number < layerParameterEnd; ++number) {
         if (parameterInfo(number).kind == ControlKind::None || parameterInfo(number).kind == ControlKind::EffectParameter)
@@ -136,6 +146,8 @@ TEST(TypedValues, AnEffectTakesItsOwnUnits) {
     for (int type = 1; type < effectTypeCount; ++type) {
         rig.rig.set(hostIndexOfTag(par::FxInType, 0), static_cast<float>(type) / 128);
         EXPECT_EQ(shownAfter("?"), "not understood");
+        if (spokenValue(rig.editor, field).find('/') != std::string::npos)
+            EXPECT_EQ(shownAfter("440 Hz"), "not understood") << "a part of a beat";
         if (!spokenValue(rig.editor, field).ends_with("ms")) continue;
         ++times;
         const std::string thirty = shownAfter("30 ms");

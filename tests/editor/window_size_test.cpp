@@ -40,6 +40,15 @@ TEST_F(WindowSizeTest, ZoomsAreExactThirdsWhereTheTableRoundsThem) {
     EXPECT_EQ(zoomOfSize(16), 0.8333) << "none of the known ones";
 }
 
+TEST_F(WindowSizeTest, ThePercentageIsThatOfTheLabel) {
+    WindowSize size(dialogs_, "");
+    const int wanted[] = {66, 66, 66, 100, 100, 100, 125, 133, 150, 166, 175, 200, 250, 300, 50, 75, 83, 88};
+    for (int index = 0; index < editorSizeCount; ++index) {
+        size.applySize(index);
+        EXPECT_EQ(size.percent(), wanted[index]) << sizeRow(index).label;
+    }
+}
+
 TEST_F(WindowSizeTest, AnySizeOutsideIsHeldToTheTable) {
     WindowSize size(dialogs_, "");
     size.applySize(99);

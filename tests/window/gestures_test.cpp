@@ -134,6 +134,49 @@ TEST_F(Hand, ADoubleClickRestoresTheDefault) {
     }
 }
 
+TEST_F(Hand, QuickDragsFromOnePlaceAreNoDoubleClick) {
+    for (const char* name : {"FIL1 RESO", "VOL ENV HOLD"}) {
+        const ControlEntry& entry = controlNamed(name);
+        rig.set(entry, 0.2f);
+        host.idle(600);  // no press before counts
+        const Point p = rig.middle(entry);
+        for (int turn = 0; turn < 3; ++turn) host.drag(p.x, p.y, p.x, p.y - 25, 1, 1);
+        EXPECT_NEAR(rig.value(entry), 0.5f, 0.02f) << name;
+    }
+}
+
+// The first bar that was pressed, those beside it and back: one step of the history.
+TEST_F(Hand, ARowOfStepsIsDrawnInOneDrag) {
+    const ControlEntry &first = controlNamed("STEP 2"), &last = controlNamed("STEP 7"), &after = controlNamed("STEP 8");
+    rig.show(first);
+    const auto before = rig.parameters();
+    const auto gestures = rig.gestures();
+    const auto level = [&](int step) { return rig.plugin().parameter(parameter::Step1 + step - 1); };
+    const Box top = rig.box(first);
+    const double from = top.top + 0.75 * top.height(), to = top.top + 0.25 * top.height();
+    host.drag(rig.middle(first).x, from, rig.middle(last).x, to, 1, 2);  // so far at a time that bars are jumped over
+    for (int step = 2; step <= 7; ++step) EXPECT_NEAR(level(step), 0.25f + 0.1f * static_cast<float>(step - 2), 0.03f) << step;
+    EXPECT_EQ(rig.value(after), before[static_cast<std::size_t>(rig.hostIndex(after))]);
+    EXPECT_EQ(rig.gestures(), (WindowRig::Gestures{gestures.begun + 6, gestures.ended + 6}));
+    rig.click(rig.at(1195, 412));  // the ground, so that keys are the window's
+    host.control("z");
+    EXPECT_TRUE(host.until([&] { return rig.changedSince(before).empty(); }, 3)) << "one step back";
+}
+
+TEST_F(Hand, EscapeCallsARowOfStepsOff) {
+    const ControlEntry &first = controlNamed("STEP 2"), &last = controlNamed("STEP 7");
+    rig.show(first);
+    const auto before = rig.parameters();
+    host.move(rig.middle(first).x, rig.middle(first).y);
+    host.press();
+    host.move(rig.middle(last).x, rig.middle(last).y - 10);
+    EXPECT_FALSE(rig.changedSince(before).empty());
+    host.key("Escape");
+    EXPECT_TRUE(rig.changedSince(before).empty());
+    host.release();
+    EXPECT_TRUE(rig.changedSince(before).empty());
+}
+
 TEST_F(Hand, ATouchWakesTheLayerOnShow) {
     rig.plugin().setParameter(parameter::Layer2On, 0);
     rig.plugin().setParameter(parameter::Layer3On, 0);
@@ -280,6 +323,24 @@ TEST_F(Hand, AControllerThatIsLearntMovesTheKnob) {
     ASSERT_TRUE(menu && rig.choose(*menu, knobRows, learn)) << "the same row removes it";
     turn(10);
     EXPECT_NEAR(rig.value(resonance), 100.0 / 127, 0.01);
+}
+
+// It stays for four seconds else, long after the knob has begun to follow.
+TEST_F(Hand, TheLineThatAsksForAControllerGoesWithTheFirst) {
+    const auto& line = vantoric::windowPart(WindowPart::HintLine).rect;
+    const auto asks = [&] {  // a red mark at its left end
+        const unsigned pixel = host.glance().at(static_cast<int>((line.x + 1) * rig.unit()),
+                                                static_cast<int>((line.y + line.height / 2.0) * rig.unit()));
+        return (pixel >> 16) > 0xC0 && (pixel >> 8 & 0xFF) < 0x80;
+    };
+    const auto menu = rig.openMenu(resonance, 3);
+    ASSERT_TRUE(menu && rig.choose(*menu, knobRows, learn));
+    EXPECT_TRUE(host.until(asks, 2));
+    rig.plugin().midi(0xB0, 30, 64);
+    rig.plugin().renderLong(2048, 512);
+    EXPECT_TRUE(host.until([&] { return !asks(); }, 2));
+    const auto again = rig.openMenu(resonance, 3);
+    ASSERT_TRUE(again && rig.choose(*again, knobRows, learn)) << "forgets it";
 }
 
 TEST_F(Hand, TheWheelsMenuOffersTheResetAlone) {
@@ -435,6 +496,25 @@ TEST_F(Hand, ArrowsMoveInAListAndEscapeLeavesIt) {
     EXPECT_EQ(rig.row(list), 3);
 }
 
+TEST_F(Hand, EndsAndPagesOfAListAreReachedByKeys) {
+    const ControlEntry& list = controlNamed("KEY START OSC1");  // 128 keys, more than are seen at once
+    const auto chosenBy = [&](const std::vector<const char*>& keys) {
+        rig.set(list, 64.0f / 128);
+        EXPECT_TRUE(rig.openMenu(list));
+        for (const char* key : keys) host.key(key);
+        host.key("Return");
+        EXPECT_TRUE(host.until([&] { return !rig.hasMenu(); }, 3));
+        return rig.row(list);
+    };
+    EXPECT_EQ(chosenBy({"End"}), 127);
+    EXPECT_EQ(chosenBy({"Home"}), 0);
+    const int page = chosenBy({"Home", "Next"});
+    EXPECT_GT(page, 10);
+    EXPECT_EQ(chosenBy({"Home", "Next", "Next"}), 2 * page);
+    EXPECT_EQ(chosenBy({"Home", "Next", "Next", "Prior"}), page);
+    EXPECT_EQ(chosenBy({"Home", "Prior"}), 0) << "it does not go round";
+}
+
 TEST_F(Hand, ARowIsChosenByPressDragAndRelease) {
     const ControlEntry& list = controlNamed("LFO1 WAVE");
     rig.set(list, 2.0f / 128);
@@ -502,6 +582,26 @@ TEST_F(Hand, TheFocusShowsAndItsKeysStep) {
 }
 
 // ---- texts that come up
+
+TEST(LowWindow, ArrowsMoveBetweenTheColumnsOfAList) {
+    dropSharedRig();
+    constexpr int lowSize = 4;
+    WindowRig rig(lowSize);
+    const ControlEntry& list = controlNamed("SOUND MODE");
+    rig.set(list, 1.0f / 128);
+    rig.host().idle(120);
+    const auto chosenBy = [&](const char* key) {
+        EXPECT_TRUE(rig.openMenu(list));
+        rig.host().key(key);
+        rig.host().key("Return");
+        EXPECT_TRUE(rig.host().until([&] { return !rig.hasMenu(); }, 3));
+        return rig.row(list);
+    };
+    const int beside = chosenBy("Right");
+    EXPECT_GT(beside, 3);
+    EXPECT_EQ(chosenBy("Right"), beside) << "there is no third column";
+    EXPECT_EQ(chosenBy("Left"), 1);
+}
 
 TEST(Tooltips, ShowAfterAWhileAndGoWithThePointer) {
     dropSharedRig();

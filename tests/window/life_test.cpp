@@ -4,6 +4,7 @@
 #include <dirent.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -297,11 +298,19 @@ void expectKnobWorks(WindowRig& rig) {
     EXPECT_NE(rig.value(knob), before);
 }
 
+// What the label says: "(1500 x 825)". One tells a height that is not its own.
+WindowHost::Size labelledSize(int index) {
+    constexpr int mislabelled = 9, itsHeight = 1650;
+    const std::string label = vantoric::sizeRow(index).label;
+    WindowHost::Size size;
+    EXPECT_EQ(std::sscanf(label.c_str() + label.find('('), "(%d x %d", &size.width, &size.height), 2) << label;
+    if (index == mislabelled) size.height = itsHeight;
+    return size;
+}
+
 TEST_P(Sizes, OpenFromTheSizeFile) {
     WindowRig rig(GetParam());
-    const auto& row = vantoric::sizeRow(GetParam());
-    const double zoom = vantoric::zoomOfSize(GetParam());
-    EXPECT_EQ(rig.host().size(), (WindowHost::Size{static_cast<int>(row.width * zoom), static_cast<int>(row.height * zoom)}));
+    EXPECT_EQ(rig.host().size(), labelledSize(GetParam()));
     EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
     expectKnobWorks(rig);
 }
@@ -313,9 +322,7 @@ TEST_P(Sizes, AreTakenFromTheMenuByAHostThatResizes) {
     answers.product = "Glaigail";  // which needs no telling that it may not work
     WindowRig rig(GetParam() == 0 ? 3 : 0, answers);
     ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::editorMenu), GetParam()));
-    const auto& row = vantoric::sizeRow(GetParam());
-    const double zoom = vantoric::zoomOfSize(GetParam());
-    const WindowHost::Size wanted{static_cast<int>(row.width * zoom), static_cast<int>(row.height * zoom)};
+    const WindowHost::Size wanted = labelledSize(GetParam());
     EXPECT_TRUE(rig.host().until([&] { return rig.plugin().sizeWanted().width == wanted.width; }));
     EXPECT_EQ(rig.plugin().sizeWanted().height, wanted.height);
     rig.host().resize(wanted);
