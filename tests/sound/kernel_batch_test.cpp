@@ -224,6 +224,23 @@ TEST_P(KernelLanes, BatchesThatShareTheDrawsKeepTheirOrder) {
     }
 }
 
+// The last group that runs side by side does not fill its rows: it ends with the last call.
+TEST_P(KernelLanes, AFullBatchEndsWithItsLastCall) {
+    const auto kernelOf = [](int voice) { return voice < 5 ? kernels::frameLinear : kernels::scanLinear; };
+    std::vector<OscillatorState> expectedStates;
+    for (int v = 0; v < most; ++v) expectedStates.push_back(anyState());
+    std::vector<OscillatorState> states = expectedStates;
+    std::vector<Samples> expected(most, Samples(96, 77)), out = expected;
+    RandomSources random;
+    KernelBatch batch(source_.engine, source_.waves, random, 96);
+    for (int v = 0; v < most; ++v) {
+        kernelOf(v)({source_.engine, source_.waves, random}, expected[v].data(), 96, expectedStates[v], input(v).data());
+        batch.add(batchedKernel(kernelOf(v)), out[v].data(), states[v], input(v).data());
+    }
+    batch.render();
+    EXPECT_EQ(out, expected);
+}
+
 // Without its wave an analog kernel draws nothing, so that what is drawn after it stays as it is.
 TEST_P(KernelLanes, ABatchPassesOverNoDrawsOfAnOscillatorWithoutItsWave) {
     const WaveStore empty;
