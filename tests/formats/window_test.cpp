@@ -172,5 +172,34 @@ TEST_P(Formats, AGestureBetweenTwoBlocksIsToldOnce) {
     host->closeWindow();
 }
 
+// A host that makes its next window before it has closed the last.
+TEST_P(Formats, AWindowOpenedTwiceIsWhereItWasOpenedLast) {
+    const auto first = Desk::open(), second = Desk::open();
+    if (!first) GTEST_SKIP() << "no X server to start";
+    const auto host = make();
+    if (!host->mayOpenTwice()) GTEST_SKIP() << "the format has one window";
+    ASSERT_TRUE(host->openWindow(first->window()));
+    first->settle(*host);
+    ASSERT_TRUE(host->openWindow(second->window()));
+    second->settle(*host);
+    EXPECT_TRUE(first->children().empty());
+    ASSERT_EQ(second->children().size(), 1u);
+    host->closeWindow();
+    second->settle(*host);
+    ASSERT_EQ(second->children().size(), 1u) << "closed with the first";
+    const Place knob = placeOf("EQ LOW", *second);
+    toldAfterwards(*host, *second);
+    second->move(*host, knob.x, knob.y);
+    second->button(*host, true, 4);
+    second->button(*host, false, 4);
+    expectGesture(toldAfterwards(*host, *second), par::EqLow);
+    host->closeWindow();
+    EXPECT_TRUE(second->children().empty());
+    ASSERT_TRUE(host->openWindow(first->window()));
+    first->settle(*host);
+    EXPECT_EQ(first->children().size(), 1u);
+    host->closeWindow();
+}
+
 }  // namespace
 }  // namespace testhost
