@@ -9,6 +9,7 @@
 
 // Last, as it takes plain words for its own.
 #include <X11/Xlib.h>
+#include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
 
 namespace testhost {
@@ -42,6 +43,13 @@ public:
         XWindowAttributes facts{};
         XGetWindowAttributes(display_, window, &facts);
         return facts.width;
+    }
+    // The least size that a window wants of those around it, and its own; 0 where it tells none.
+    std::pair<int, int> leastAndOwnWidth(Window window) const {
+        XSizeHints hints{};
+        long told = 0;
+        const bool isTold = XGetWMNormalHints(display_, window, &hints, &told) != 0 && (hints.flags & PMinSize) != 0;
+        return {isTold ? hints.min_width : 0, widthOf(window)};
     }
     bool isShown(Window window) const {
         XWindowAttributes facts{};
@@ -93,7 +101,9 @@ TEST_P(Formats, TheWindowOpensBeforeAndAfterEverything) {
     for (int round = 0; round < 3; ++round) {
         ASSERT_TRUE(host->openWindow(desk->window()));
         for (int i = 0; i < 5; ++i) host->idle();
-        EXPECT_EQ(desk->children().size(), 1u);
+        ASSERT_EQ(desk->children().size(), 1u);
+        const auto [least, own] = desk->leastAndOwnWidth(desk->children()[0]);
+        EXPECT_EQ(least, own) << "hosts cut it off";
         host->start(rate, block);
         host->render(block, {Event::note(0, 60)});
         host->idle();
@@ -194,6 +204,7 @@ TEST_P(Formats, AWindowOpenedTwiceIsWhereItWasOpenedLast) {
     second->button(*host, false, 4);
     expectGesture(toldAfterwards(*host, *second), par::EqLow);
     host->closeWindow();
+    second->settle(*host);
     EXPECT_TRUE(second->children().empty());
     ASSERT_TRUE(host->openWindow(first->window()));
     first->settle(*host);
