@@ -1,6 +1,7 @@
 #include "editor/holder_window.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <memory>
 
@@ -31,6 +32,7 @@ HolderWindow::HolderWindow(std::uint32_t parent, int width, int height) : parent
                       static_cast<std::uint16_t>(std::max(height, 1)), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
                       XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_COLORMAP, values);
     markEmbedded(id_);
+    markSize(width, height);
     xcb_map_window(display(), id_);
     xcb_flush(display());
 }
@@ -43,6 +45,7 @@ HolderWindow::~HolderWindow() {
 void HolderWindow::resize(int width, int height) {
     const std::uint32_t values[] = {static_cast<std::uint32_t>(std::max(width, 1)),
                                     static_cast<std::uint32_t>(std::max(height, 1))};
+    markSize(width, height);
     xcb_configure_window(display(), id_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, values);
     xcb_flush(display());
 }
@@ -80,6 +83,21 @@ void HolderWindow::markEmbedded(std::uint32_t window) {
     if (!atom) return;
     const std::uint32_t info[] = {1, 1};
     xcb_change_property(display(), XCB_PROP_MODE_REPLACE, window, atom->atom, atom->atom, 32, 2, info);
+}
+
+// The one size that it has, as a window of its own would tell it: some hosts read the least size of the frame there, and cut
+// the window off without.
+void HolderWindow::markSize(int width, int height) {
+    enum Flag : std::uint32_t { minimum = 1u << 4, maximum = 1u << 5, base = 1u << 8 };
+    enum Word { flags, minimumSize = 5, maximumSize = 7, baseSize = 15, words = 18 };
+    std::array<std::uint32_t, words> hints{};
+    hints[flags] = minimum | maximum | base;
+    for (const int place : {minimumSize, maximumSize, baseSize}) {
+        hints[static_cast<std::size_t>(place)] = static_cast<std::uint32_t>(std::max(width, 1));
+        hints[static_cast<std::size_t>(place + 1)] = static_cast<std::uint32_t>(std::max(height, 1));
+    }
+    xcb_change_property(display(), XCB_PROP_MODE_REPLACE, id_, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, words,
+                        hints.data());
 }
 
 // Motion as it comes: the library would ask for hints, whose place is that of an earlier moment.

@@ -34,6 +34,7 @@ public:
 
 private:
     void markEmbedded(std::uint32_t window);
+    void markSize(int width, int height);
     void setEventMask(bool withKeys);
     bool areModifiersHeld() const;
 

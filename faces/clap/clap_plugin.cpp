@@ -17,6 +17,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "base/numbers.h"
 #include "base/text.h"
@@ -69,9 +70,17 @@ struct HostNote {
     std::int32_t id = -1;
 };
 
+// One whose key another note has taken: no event names it any more.
+struct DisplacedNote {
+    HostNote note;
+    std::size_t place;  // as of its key and channel
+};
+
 class Plugin final : private HostPort {
 public:
-    explicit Plugin(const clap_host_t* host) : host_(host), plugged_(*this), told_(instrument_.parameters()) {}
+    explicit Plugin(const clap_host_t* host) : host_(host), plugged_(*this), told_(instrument_.parameters()) {
+        displaced_.reserve(BlockEvents::most);  // no block brings more
+    }
     ~Plugin() {
         stopIdle();
         window_.reset();
@@ -118,9 +127,11 @@ private:
     void releaseNotes(const clap_event_note_t& note);
     void releaseNote(int channel, int key, std::uint32_t frame, double velocity);
     void express(const clap_event_note_expression_t& expression);
-    void tellEnd(const clap_output_events_t* events, std::size_t place);
-    void tellEnds(const clap_output_events_t* events);
-    HostNote& noteAt(int channel, int key) { return notes_[static_cast<std::size_t>(channel * keys + key)]; }
+    void displace(std::size_t place, std::int32_t newId);
+    static void tellEnd(const clap_output_events_t* events, const HostNote& note, std::size_t place, std::uint32_t frame);
+    void tellEnds(const clap_output_events_t* events, std::uint32_t lastFrame);
+    static std::size_t placeOf(int channel, int key) { return static_cast<std::size_t>(channel * keys + key); }
+    HostNote& noteAt(int channel, int key) { return notes_[placeOf(channel, key)]; }
     void accept(const clap_input_events_t* events);
     void flush(const clap_input_events_t* in, const clap_output_events_t* out);
     void tellHost(const clap_output_events_t* events);
@@ -163,7 +174,8 @@ private:
     ToldValues told_;  // in process and flush, of which the host runs one at a time
     BlockEvents events_;
     std::array<HostNote, channels * keys> notes_{};
-    bool isAnyReleased_ = false;  // of the notes
+    bool isAnyReleased_ = false;            // of the notes
+    std::vector<DisplacedNote> displaced_;  // until the block's end; never beyond what is reserved
     std::unique_ptr<FaceWindow> window_;
     clap_plugin_t record_ = {
         &descriptor(),
@@ -208,6 +220,7 @@ void Plugin::reset() {
     instrument_.parameters().clearModulation();
     events_.clear();
     notes_.fill({});
+    displaced_.clear();
     instrument_.silenceNextBlock();
 }
 
@@ -246,7 +259,7 @@ clap_process_status Plugin::process(const clap_process_t& block) {
     if (hasOutput) block.audio_outputs[0].constant_mask = 0;
     accept(block.in_events);
     tellHost(block.out_events);
-    tellEnds(block.out_events);
+    tellEnds(block.out_events, std::max(block.frames_count, 1u) - 1);
     return CLAP_PROCESS_CONTINUE;  // arpeggiators and tails go on without a note
 }
 
@@ -296,9 +309,17 @@ void Plugin::beginNote(const clap_event_note_t& note) {
     if (note.key < 0 || note.key >= keys) return;
     constexpr std::uint8_t on = 0x90;
     const int channel = clampTo<int>(note.channel, 0, channels - 1);
+    displace(placeOf(channel, note.key), note.note_id);
     noteAt(channel, note.key) = {HostNote::State::down, note.port_index, note.note_id};
     events_.addMidi(note.header.time, static_cast<std::uint8_t>(on | channel), static_cast<std::uint8_t>(note.key),
                     std::max<std::uint8_t>(midiByte(note.velocity), 1));
+}
+
+// The end of a note without a number, or of the same, is that of the one which takes its key.
+void Plugin::displace(std::size_t place, std::int32_t newId) {
+    const HostNote& earlier = notes_[place];
+    if (earlier.state == HostNote::State::none || earlier.id < 0 || earlier.id == newId) return;
+    if (displaced_.size() < displaced_.capacity()) displaced_.push_back({earlier, place});
 }
 
 void Plugin::releaseNote(int channel, int key, std::uint32_t frame, double velocity) {
@@ -343,28 +364,33 @@ void Plugin::express(const clap_event_note_expression_t& expression) {
                     static_cast<std::uint8_t>(expression.key), midiByte(expression.value));
 }
 
-void Plugin::tellEnd(const clap_output_events_t* events, std::size_t place) {
+void Plugin::tellEnd(const clap_output_events_t* events, const HostNote& note, std::size_t place, std::uint32_t frame) {
     clap_event_note_t end{};
-    end.header = {sizeof end, 0, CLAP_CORE_EVENT_SPACE_ID, CLAP_EVENT_NOTE_END, 0};
-    end.note_id = notes_[place].id;
-    end.port_index = notes_[place].port;
+    end.header = {sizeof end, frame, CLAP_CORE_EVENT_SPACE_ID, CLAP_EVENT_NOTE_END, 0};
+    end.note_id = note.id;
+    end.port_index = note.port;
     end.channel = static_cast<std::int16_t>(place / keys);
     end.key = static_cast<std::int16_t>(place % keys);
     events->try_push(events, &end.header);
-    notes_[place] = {};
 }
 
-// A note is over once no voice sounds its key. What arpeggiators make of it has keys of its own, and is not waited for.
-void Plugin::tellEnds(const clap_output_events_t* events) {
-    if (!isAnyReleased_ || events == nullptr) return;
+// A note is over once no voice sounds its key, or another has taken it. What arpeggiators make of it has keys of its own, and
+// is not waited for.
+void Plugin::tellEnds(const clap_output_events_t* events, std::uint32_t lastFrame) {
+    if (events == nullptr) return;
+    for (const DisplacedNote& displaced : displaced_) tellEnd(events, displaced.note, displaced.place, lastFrame);
+    displaced_.clear();
+    if (!isAnyReleased_) return;
     const std::bitset<128> sounding = instrument_.keysSounding();
     isAnyReleased_ = false;
     for (std::size_t place = 0; place < notes_.size(); ++place) {
         if (notes_[place].state != HostNote::State::released) continue;
-        if (sounding.test(place % keys))
+        if (sounding.test(place % keys)) {
             isAnyReleased_ = true;
-        else
-            tellEnd(events, place);
+        } else {
+            tellEnd(events, notes_[place], place, lastFrame);
+            notes_[place] = {};
+        }
     }
 }
 

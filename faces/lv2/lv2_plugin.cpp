@@ -132,6 +132,17 @@ struct ValuePort {
     std::atomic<float> written{NAN};  // what the window wrote last, plain
 };
 
+class Plugin;
+
+// The window as one of the host's frames has it. Of several the one opened last has it.
+struct Window {
+    Plugin& plugin;
+    LV2UI_Write_Function write;
+    LV2UI_Controller controller;
+    const LV2UI_Touch* touch;
+    const LV2UI_Resize* resize;
+};
+
 class Plugin final : private HostPort {
 public:
     Plugin(double rate, const LV2_URID_Map& map)
@@ -161,8 +172,9 @@ public:
 
     // ---- the window's thread
     FaceWindow* window() { return window_.get(); }
-    // Whose window is open; null for none.
-    void setResize(const LV2UI_Resize* resize) { resize_ = resize; }
+    // Which frame has the window; null for none.
+    void setFrame(const Window* frame) { frame_ = frame; }
+    const Window* frame() const { return frame_; }
     template <class Write, class Touch>
     void tellHost(Write write, Touch touch);
 
@@ -173,7 +185,8 @@ private:
     void patchChanged() override { isPatchNew_.store(true, std::memory_order_release); }
     void latencyChanged(int) override {}  // none, ever
     bool sizeWanted(int width, int height) override {
-        return resize_ != nullptr && resize_->ui_resize(resize_->handle, width, height) == 0;
+        const LV2UI_Resize* const resize = frame_ != nullptr ? frame_->resize : nullptr;
+        return resize != nullptr && resize->ui_resize(resize->handle, width, height) == 0;
     }
     void collectPorts();
     void knowPorts(const std::vector<float>& values);
@@ -190,7 +203,7 @@ private:
     std::atomic<bool> isPatchNew_{false};  // and the host has not heard of it
     Song song_;
     Gestures gestures_;
-    const LV2UI_Resize* resize_ = nullptr;
+    const Window* frame_ = nullptr;
     PluggedInstrument plugged_;
     Instrument& instrument_{plugged_.instrument()};
     ToldValues told_;  // the window's thread
@@ -363,31 +376,28 @@ const LV2_Descriptor descriptor = {
 
 // ---- the window: it takes the instrument itself, as a patch is more than ports can say -------------------------------
 
-struct Window {
-    Plugin& plugin;
-    LV2UI_Write_Function write;
-    LV2UI_Controller controller;
-    const LV2UI_Touch* touch;
-};
-
 LV2UI_Handle openWindow(LV2UI_Write_Function write, LV2UI_Controller controller, LV2UI_Widget* widget,
                         const LV2_Feature* const* features) {
     auto* const plugin = static_cast<Plugin*>(feature<void>(features, LV2_INSTANCE_ACCESS_URI));
     void* const parent = feature<void>(features, LV2_UI__parent);
     if (plugin == nullptr || parent == nullptr || plugin->window() == nullptr) return nullptr;
     FaceWindow& window = *plugin->window();
-    if (!window.open(reinterpret_cast<std::uintptr_t>(parent))) return nullptr;
     const auto* resize = feature<LV2UI_Resize>(features, LV2_UI__resize);
+    std::unique_ptr<Window> frame(new Window{*plugin, write, controller, feature<LV2UI_Touch>(features, LV2_UI__touch), resize});
+    plugin->setFrame(nullptr);
+    if (!window.open(reinterpret_cast<std::uintptr_t>(parent))) return nullptr;
     const FaceWindow::Size size = window.size();
     if (resize != nullptr) resize->ui_resize(resize->handle, size.width, size.height);
-    plugin->setResize(resize);
+    plugin->setFrame(frame.get());
     // Hosts take the size from this window; from the one around it they would get their own.
     if (widget != nullptr) *widget = reinterpret_cast<LV2UI_Widget>(window.ownWindow());
-    return new Window{*plugin, write, controller, feature<LV2UI_Touch>(features, LV2_UI__touch)};
+    return frame.release();
 }
 
 int idleWindow(LV2UI_Handle handle) {
     const Window& window = *static_cast<Window*>(handle);
+    constexpr int isOver = 1;
+    if (window.plugin.frame() != &window) return isOver;
     window.plugin.window()->idle();
     window.plugin.tellHost(
         [&](std::uint32_t port, float value) {
@@ -407,7 +417,8 @@ const LV2UI_Descriptor windowDescriptor = {
     },
     [](LV2UI_Handle handle) {
         const std::unique_ptr<Window> window(static_cast<Window*>(handle));
-        window->plugin.setResize(nullptr);
+        if (window->plugin.frame() != window.get()) return;
+        window->plugin.setFrame(nullptr);
         window->plugin.window()->close();
     },
     nullptr,

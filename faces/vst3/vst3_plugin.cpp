@@ -173,7 +173,7 @@ private:
     IComponentHandler* handler_ = nullptr;
 };
 
-// The window inside the host's.
+// A place for the window inside the host's. There may be several, of which the one attached last has the window.
 class View final : public IPlugView
 #ifndef _WIN32
     ,
@@ -221,6 +221,8 @@ public:
 #ifndef _WIN32
     void PLUGIN_API onTimer() override;
 #endif
+    // Another view has taken the window.
+    void lose() { stopTimer(); }
     bool resize(int width, int height) {
         ViewRect size(0, 0, width, height);
         return frame_ != nullptr && frame_->resizeView(this, &size) == kResultTrue;
@@ -281,7 +283,11 @@ public:
     // The host's value of a parameter, normalized: what it has set, even before the block that brings it.
     double value(int index) const;
     void setValue(int index, double normalizedValue);
-    void setView(View* view) { view_ = view; }
+    // Which view has the window; null for none. The one that had it loses it.
+    void setView(View* view) {
+        if (view_ != nullptr && view_ != view) view_->lose();
+        view_ = view;
+    }
     View* view() const { return view_; }
     // The window's thread: what came from elsewhere is told.
     [[maybe_unused]] void tellHost();
@@ -453,6 +459,7 @@ void Plugin::stopRounds() { rounds_.reset(); }
 
 tresult Plugin::terminate() {
     stopRounds();
+    setView(nullptr);
     if (window_) window_->close();
     controller_.setComponentHandler(nullptr);
     keepContext(nullptr);
@@ -786,8 +793,7 @@ tresult Controller::setComponentHandler(IComponentHandler* handler) {
 }
 
 IPlugView* Controller::createView(FIDString name) {
-    if (name == nullptr || std::strcmp(name, ViewType::kEditor) != 0 || plugin_.window() == nullptr || plugin_.view() != nullptr)
-        return nullptr;
+    if (name == nullptr || std::strcmp(name, ViewType::kEditor) != 0 || plugin_.window() == nullptr) return nullptr;
     return new (std::nothrow) View(plugin_);
 }
 
@@ -810,14 +816,10 @@ tresult Controller::getUnitInfo(int32 place, UnitInfo& info) {
 
 // ---- the window ------------------------------------------------------------------------------------------------------
 
-View::View(Plugin& plugin) : plugin_(plugin) {
-    plugin_.addRef();
-    plugin_.setView(this);
-}
+View::View(Plugin& plugin) : plugin_(plugin) { plugin_.addRef(); }
 
 View::~View() {
     removed();
-    plugin_.setView(nullptr);
     plugin_.release();
 }
 
@@ -853,15 +855,17 @@ void View::stopTimer() {
 tresult View::attached(void* parent, FIDString type) {
     if (isPlatformTypeSupported(type) != kResultTrue || parent == nullptr) return kResultFalse;
     stopTimer();
-    if (!plugin_.window()->open(reinterpret_cast<std::uintptr_t>(parent))) return kResultFalse;
-    if (startTimer()) return kResultOk;
-    plugin_.window()->close();
+    plugin_.setView(this);
+    if (plugin_.window()->open(reinterpret_cast<std::uintptr_t>(parent)) && startTimer()) return kResultOk;
+    removed();
     return kResultFalse;
 }
 
 tresult View::removed() {
     stopTimer();
+    if (plugin_.view() != this) return kResultOk;
     plugin_.window()->close();
+    plugin_.setView(nullptr);
     return kResultOk;
 }
 

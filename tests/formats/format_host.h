@@ -76,6 +76,8 @@ public:
     enum Outputs { both, left, none };
 
     virtual ~FormatHost() = default;
+    // Samples of 64 bits from the next start on, rounded to a `Sound`; false where the format has none.
+    virtual bool useDoubles() { return false; }
     virtual void start(double rate, int mostFrames) = 0;
     virtual void stop() = 0;
     // A block with these events, in this order.
@@ -119,7 +121,10 @@ public:
     // The window in an X11 window of the host's; false if the plug-in has none to open.
     virtual bool openWindow(std::uintptr_t parent) = 0;
     virtual void idle() = 0;
+    // Of several the one opened first.
     virtual void closeWindow() = 0;
+    // Whether the format lets a host open a window while it has one.
+    virtual bool mayOpenTwice() const { return false; }
     // The host's loop between two calls, without a window too.
     virtual void loop() {}
 

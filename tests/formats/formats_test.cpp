@@ -25,6 +25,22 @@ TEST_P(Formats, SoundsToTheBitAsTheVst2Plugin) {
     }
 }
 
+TEST_P(Formats, SamplesOf64BitsAreTheSameSound) {
+    const auto host = make(), wide = make(false);
+    if (!wide->useDoubles()) GTEST_SKIP() << "the format has none";
+    wide->start(rate, block);
+    const Sound expected = play(*host, 40), sound = play(*wide, 40);
+    ASSERT_GT(expected.peak(), 0.01f);
+    EXPECT_TRUE(sound == expected);
+    for (const auto outputs : {FormatHost::left, FormatHost::none, FormatHost::both})
+        for (const int frames : {0, 1, block}) {
+            const std::vector<Event> events = {Event::note(0, 60 + frames % 5), Event::set(frames / 2, par::EqLow, 0.25)};
+            const Sound a = host->render(frames, events, outputs), b = wide->render(frames, events, outputs);
+            if (outputs != FormatHost::none) EXPECT_EQ(a.left, b.left);
+            if (outputs == FormatHost::both) EXPECT_EQ(a.right, b.right);
+        }
+}
+
 TEST_P(Formats, AValueIsHeardAtItsFrame) {
     if (!GetParam().hasFramesOfParameters) GTEST_SKIP() << "the format has no frames for values";
     const auto still = make(), moved = make();

@@ -110,15 +110,18 @@ public:
         const LV2_Feature resize{LV2_UI__resize, &resize_}, touch{LV2_UI__touch, &touch_};
         const LV2_Feature* features[] = {&mapFeature_, &access, &inside, &resize, &touch, nullptr};
         LV2UI_Widget widget = nullptr;
-        windowHandle_ = window_->instantiate(window_, lv2::pluginUri, "", writePort, this, &widget, features);
-        return windowHandle_ != nullptr && widget != nullptr;
+        const LV2UI_Handle opened = window_->instantiate(window_, lv2::pluginUri, "", writePort, this, &widget, features);
+        if (opened != nullptr) windows_.push_back(opened);
+        return opened != nullptr && widget != nullptr;
     }
     void idle() override {
-        static_cast<const LV2UI_Idle_Interface*>(window_->extension_data(LV2_UI__idleInterface))->idle(windowHandle_);
+        const auto* clock = static_cast<const LV2UI_Idle_Interface*>(window_->extension_data(LV2_UI__idleInterface));
+        for (const LV2UI_Handle window : windows_) clock->idle(window);
     }
+    bool mayOpenTwice() const override { return true; }
     void closeWindow() override {
-        window_->cleanup(windowHandle_);
-        windowHandle_ = nullptr;
+        window_->cleanup(windows_.front());
+        windows_.erase(windows_.begin());
     }
 
 private:
@@ -215,7 +218,7 @@ private:
     const LV2_Descriptor* descriptor_ = nullptr;
     LV2_Handle handle_ = nullptr;
     const LV2UI_Descriptor* window_ = nullptr;
-    LV2UI_Handle windowHandle_ = nullptr;
+    std::vector<LV2UI_Handle> windows_;
     LV2UI_Resize resize_{};
     LV2UI_Touch touch_{};
     float freeWheel_ = 0;

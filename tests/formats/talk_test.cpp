@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 #include <set>
 #include <thread>
 
@@ -150,6 +151,36 @@ TEST_P(Formats, ANoteIsEndedByItsNumberAlone) {
         for (const int id : host->takeEnds()) ended.push_back(id);
     }
     EXPECT_EQ(ended, (std::vector<int>{7, 8}));
+}
+
+// A key that is struck again, held or still sounding, has one note to end; the one before is over there and then.
+TEST_P(Formats, ANoteWhoseKeyIsTakenIsOver) {
+    if (GetParam().name != "clap") GTEST_SKIP() << "the format has no numbers of notes";
+    const auto host = make();
+    loadCalmPatch(*host);
+    host->render(block, {Event::numbered(0, 7, 60, true)});
+    host->render(block, {Event::numbered(9, 8, 60, true)});
+    EXPECT_EQ(host->takeEnds(), (std::vector<int>{7})) << "while held";
+    host->render(block, {Event::numbered(0, 7, 60, false)});
+    for (int i = 0; i < 20; ++i) host->render(block);
+    EXPECT_TRUE(host->takeEnds().empty()) << "the later one is held";
+    host->render(block, {Event::numbered(0, 8, 60, false), Event::numbered(1, 9, 60, true)});
+    EXPECT_EQ(host->takeEnds(), (std::vector<int>{8})) << "while released";
+    host->render(block, {Event::numbered(0, 9, 60, true)});
+    EXPECT_TRUE(host->takeEnds().empty()) << "by itself";
+    std::vector<Event> roll;
+    for (int i = 0; i < 40; ++i) roll.push_back(Event::numbered(i, 10 + i, 60, true));
+    host->render(block, roll);
+    std::vector<int> rolled(40);
+    std::iota(rolled.begin(), rolled.end(), 9);
+    EXPECT_EQ(host->takeEnds(), rolled) << "all but the last of a roll";
+    host->render(block, {Event::numbered(0, 49, 60, false)});
+    std::vector<int> ended;
+    for (int i = 0; i < 3000 && ended.empty(); ++i) {
+        host->render(block);
+        ended = host->takeEnds();
+    }
+    EXPECT_EQ(ended, (std::vector<int>{49}));
 }
 
 TEST_P(Formats, AResetIsSilent) {

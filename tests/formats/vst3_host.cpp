@@ -149,8 +149,8 @@ public:
         timer = handler;
         return kResultOk;
     }
-    tresult PLUGIN_API unregisterTimer(Linux::ITimerHandler*) override {
-        timer = nullptr;
+    tresult PLUGIN_API unregisterTimer(Linux::ITimerHandler* handler) override {
+        if (handler == timer) timer = nullptr;
         return kResultOk;
     }
     Linux::ITimerHandler* timer = nullptr;
@@ -224,6 +224,18 @@ public:
 class Application final : public Uncounted<FUnknown> {};
 #endif
 
+// Two channels of samples of 64 bits.
+struct Doubles {
+    explicit Doubles(int frames)
+        : left(static_cast<std::size_t>(frames), std::numeric_limits<double>::quiet_NaN()), right(left) {}
+    void roundTo(Sound& sound) const {
+        sound.left.assign(left.begin(), left.end());
+        sound.right.assign(right.begin(), right.end());
+    }
+    std::vector<double> left, right;
+    double* channels[2] = {left.data(), right.data()};
+};
+
 class Vst3Host final : public FormatHost {
 public:
     Vst3Host() {
@@ -257,7 +269,7 @@ public:
         component_->release();
     }
     void start(double rate, int mostFrames) override {
-        Vst::ProcessSetup setup{isOffline_ ? Vst::kOffline : Vst::kRealtime, Vst::kSample32, mostFrames, rate};
+        Vst::ProcessSetup setup{isOffline_ ? Vst::kOffline : Vst::kRealtime, sampleSize_, mostFrames, rate};
         processor_->setupProcessing(setup);
         component_->setActive(true);
         processor_->setProcessing(true);
@@ -265,6 +277,10 @@ public:
     void stop() override {
         processor_->setProcessing(false);
         component_->setActive(false);
+    }
+    bool useDoubles() override {
+        sampleSize_ = Vst::kSample64;
+        return processor_->canProcessSampleSize(sampleSize_) == kResultTrue;
     }
     Sound render(int frames, const std::vector<Event>& events, Outputs outputs) override {
         Changes in, out;
@@ -277,10 +293,14 @@ public:
         float* channels[] = {sound.left.data(), sound.right.data()};
         Vst::AudioBusBuffers bus;
         bus.numChannels = outputs == left ? 1 : 2;
-        bus.channelBuffers32 = channels;
+        Doubles doubles(frames);
+        if (sampleSize_ == Vst::kSample64)
+            bus.channelBuffers64 = doubles.channels;
+        else
+            bus.channelBuffers32 = channels;
         Vst::ProcessData data;
         data.processMode = Vst::kRealtime;
-        data.symbolicSampleSize = Vst::kSample32;
+        data.symbolicSampleSize = sampleSize_;
         data.numSamples = frames;
         data.numOutputs = outputs == none ? 0 : 1;
         data.outputs = outputs == none ? nullptr : &bus;
@@ -296,6 +316,7 @@ public:
             data.processContext = &context;
         }
         processor_->process(data);
+        if (sampleSize_ == Vst::kSample64) doubles.roundTo(sound);
         for (const auto& queue : out.queues)
             for (const auto& point : queue->points)
                 note({Told::value, static_cast<int>(queue->getParameterId()),
@@ -345,12 +366,13 @@ public:
 
 #if SMTG_OS_LINUX
     bool openWindow(std::uintptr_t parent) override {
-        view_ = controller_->createView(Vst::ViewType::kEditor);
-        if (view_ == nullptr) return false;
-        view_->setFrame(&frame_);
+        IPlugView* const view = controller_->createView(Vst::ViewType::kEditor);
+        if (view == nullptr) return false;
+        views_.push_back(view);
+        view->setFrame(&frame_);
         ViewRect size;
-        return view_->getSize(&size) == kResultTrue && size.getWidth() > 0 &&
-               view_->attached(reinterpret_cast<void*>(parent), kPlatformTypeX11EmbedWindowID) == kResultOk &&
+        return view->getSize(&size) == kResultTrue && size.getWidth() > 0 &&
+               view->attached(reinterpret_cast<void*>(parent), kPlatformTypeX11EmbedWindowID) == kResultOk &&
                frame_.loop.timer != nullptr;
     }
     void idle() override {
@@ -358,10 +380,11 @@ public:
         sizes_.insert(sizes_.end(), frame_.sizes.begin(), frame_.sizes.end());
         frame_.sizes.clear();
     }
+    bool mayOpenTwice() const override { return true; }
     void closeWindow() override {
-        view_->removed();
-        view_->release();
-        view_ = nullptr;
+        views_.front()->removed();
+        views_.front()->release();
+        views_.erase(views_.begin());
     }
 #else
     bool openWindow(std::uintptr_t) override { return false; }
@@ -399,7 +422,8 @@ private:
     Vst::IAudioProcessor* processor_ = nullptr;
     Vst::IEditController* controller_ = nullptr;
     Vst::IMidiMapping* mapping_ = nullptr;
-    IPlugView* view_ = nullptr;
+    std::vector<IPlugView*> views_;
+    int32 sampleSize_ = Vst::kSample32;
     Vst::IUnitInfo* units_ = nullptr;
 #if SMTG_OS_LINUX
     Frame frame_;

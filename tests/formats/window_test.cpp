@@ -9,6 +9,7 @@
 
 // Last, as it takes plain words for its own.
 #include <X11/Xlib.h>
+#include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
 
 namespace testhost {
@@ -42,6 +43,13 @@ public:
         XWindowAttributes facts{};
         XGetWindowAttributes(display_, window, &facts);
         return facts.width;
+    }
+    // The least size that a window wants of those around it, and its own; 0 where it tells none.
+    std::pair<int, int> leastAndOwnWidth(Window window) const {
+        XSizeHints hints{};
+        long told = 0;
+        const bool isTold = XGetWMNormalHints(display_, window, &hints, &told) != 0 && (hints.flags & PMinSize) != 0;
+        return {isTold ? hints.min_width : 0, widthOf(window)};
     }
     bool isShown(Window window) const {
         XWindowAttributes facts{};
@@ -93,7 +101,9 @@ TEST_P(Formats, TheWindowOpensBeforeAndAfterEverything) {
     for (int round = 0; round < 3; ++round) {
         ASSERT_TRUE(host->openWindow(desk->window()));
         for (int i = 0; i < 5; ++i) host->idle();
-        EXPECT_EQ(desk->children().size(), 1u);
+        ASSERT_EQ(desk->children().size(), 1u);
+        const auto [least, own] = desk->leastAndOwnWidth(desk->children()[0]);
+        EXPECT_EQ(least, own) << "hosts cut it off";
         host->start(rate, block);
         host->render(block, {Event::note(0, 60)});
         host->idle();
@@ -169,6 +179,36 @@ TEST_P(Formats, AGestureBetweenTwoBlocksIsToldOnce) {
     const auto told = toldAfterwards(*host, *desk);
     expectGesture(told, par::EqLow);
     EXPECT_EQ(told.size(), 3u);
+    host->closeWindow();
+}
+
+// A host that makes its next window before it has closed the last.
+TEST_P(Formats, AWindowOpenedTwiceIsWhereItWasOpenedLast) {
+    const auto first = Desk::open(), second = Desk::open();
+    if (!first) GTEST_SKIP() << "no X server to start";
+    const auto host = make();
+    if (!host->mayOpenTwice()) GTEST_SKIP() << "the format has one window";
+    ASSERT_TRUE(host->openWindow(first->window()));
+    first->settle(*host);
+    ASSERT_TRUE(host->openWindow(second->window()));
+    second->settle(*host);
+    EXPECT_TRUE(first->children().empty());
+    ASSERT_EQ(second->children().size(), 1u);
+    host->closeWindow();
+    second->settle(*host);
+    ASSERT_EQ(second->children().size(), 1u) << "closed with the first";
+    const Place knob = placeOf("EQ LOW", *second);
+    toldAfterwards(*host, *second);
+    second->move(*host, knob.x, knob.y);
+    second->button(*host, true, 4);
+    second->button(*host, false, 4);
+    expectGesture(toldAfterwards(*host, *second), par::EqLow);
+    host->closeWindow();
+    second->settle(*host);
+    EXPECT_TRUE(second->children().empty());
+    ASSERT_TRUE(host->openWindow(first->window()));
+    first->settle(*host);
+    EXPECT_EQ(first->children().size(), 1u);
     host->closeWindow();
 }
 
