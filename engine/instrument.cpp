@@ -207,7 +207,6 @@ void Instrument::stop() {
 
 void Instrument::start() {
     const EngineHold hold(access_, HoldFor::settings);
-    justResumed_ = true;
     song_.reset(state_);
 }
 
@@ -232,7 +231,6 @@ void Instrument::resetEngine() {
     master_.clearState();
     resetStage();
     song_.reset(state_);
-    justResumed_ = true;
     decimatorReset_.set();
 }
 

@@ -266,7 +266,6 @@ private:
     BlockObserver* observer_ = nullptr;
     bool nothingHeld_ = false;        // at the tick before
     std::uint32_t writesRead_ = ~0u;  // of the parameters, at the last reading
-    bool justResumed_ = true;         // kept for the host's start and stop; nothing reads it
     std::atomic_flag inBlock_;
     Transport transport_;       // of the block that runs
     bool feedsMaster_ = false;  // the piece that follows is the first of a block, or of a part
