@@ -3,7 +3,8 @@
 
     tools/library_page.py MEASURES  MEASURES: what `measure-patches --page` prints (build it on demand; it takes some minutes)
     tools/library_page.py --texts   renews what stands in the texts, and keeps the figures and pictures that are there
-    tools/library_page.py --check   fails if a patch, its line or its tags are not on the page as they stand in the text
+    tools/library_page.py --check   fails if a patch, its line or its tags are not on the page as they stand in the text, or if the
+                                    tags are not of factory/patches/tags.txt
 
 A picture shows the first four seconds of a chord that is let go after three: time to the right, third octaves from 50 Hz upwards.
 """
@@ -17,6 +18,7 @@ import zlib
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 PATCHES, PAGE, PICTURES = ROOT / "factory/patches", ROOT / "docs/library.md", ROOT / "docs/library"
+MOST_TAGS = 6
 COLUMNS = ["Patch", "", "Tags", "LUFS", "Ten keys, dBFS", "Tail, s", "Cost, %"]
 
 
@@ -108,6 +110,35 @@ def sheet(category, patches, measured):
     return "\n".join(lines + ["</svg>"]) + "\n"
 
 
+def vocabulary():
+    """Tag -> its kind, in the order in which a patch has the kinds."""
+    kinds = (line.split(": ") for line in (PATCHES / "tags.txt").read_text().splitlines())
+    return {tag: kind for kind, tags in kinds for tag in tags.split(", ")}
+
+
+def tag_faults(tags, kinds):
+    """What is wrong with the tags of one patch: every kind has to be there, one after the other, and no word twice."""
+    faults = [f'"{tag}" is not in tags.txt' for tag in tags if tag not in kinds]
+    order = list(dict.fromkeys(kinds.values()))
+    there = [order.index(kinds[tag]) for tag in tags if tag in kinds]
+    faults += [f"no {kind}" for i, kind in enumerate(order) if i not in there]
+    if there != sorted(there):
+        faults.append("kinds out of order")
+    if len(set(tags)) != len(tags) or len(tags) > MOST_TAGS:
+        faults.append(f"a tag twice, or more than {MOST_TAGS}")
+    return faults
+
+
+def check_tags(library):
+    kinds = vocabulary()
+    patches = [(f"{category}/{name}", tags.split(", ")) for category, patches in library.items() for name, _, tags in patches]
+    faults = [f"{patch}: {fault}" for patch, tags in patches for fault in tag_faults(tags, kinds)]
+    idle = set(kinds) - {tag for _, tags in patches for tag in tags}
+    faults += [f'tags.txt: no patch has "{tag}"' for tag in sorted(idle)]
+    if faults:
+        sys.exit("Tags (factory/patches/README.md): " + "; ".join(faults[:5]))
+
+
 def check(library):
     there = PAGE.read_text()
     missing = [f"{category}/{patch[0]}" for category, patches in library.items() for patch in patches if row_start(patch) not in there]
@@ -125,6 +156,7 @@ def check(library):
 def main():
     arguments, library = sys.argv[1:], texts()
     if arguments == ["--check"]:
+        check_tags(library)
         check(library)
     elif arguments == ["--texts"]:
         PAGE.write_text(page(library, figures_on_page()))
