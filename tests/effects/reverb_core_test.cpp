@@ -419,6 +419,21 @@ TEST(ReverbTank, RoomEmptiesTheLinesThatAnotherShapeFilled) {
     EXPECT_GT(tailAfter(ReverbVariant::room, ReverbVariant::hall), 1.0);
 }
 
+// At half its size the open tank's first triangle runs as fast as the hall's.
+TEST(ReverbTank, OneTriangleMovesTheHallWhereverAnotherTankLeftTheSecond) {
+    const auto hallAfter = [](ReverbVariant first) {
+        const auto reverb = makeReverb(first, 88200.0f, {1, 0.5f, 0.3f, 0.9f, 0.0f});
+        run(*reverb, Sound(100000));
+        reverb->setVariant(static_cast<int>(ReverbVariant::hall));
+        return run(*reverb, noise(20000));
+    };
+    const Sound alone = hallAfter(ReverbVariant::hall), after = hallAfter(ReverbVariant::glass);
+    for (std::size_t n = 0; n < alone.left.size(); ++n) {
+        ASSERT_NEAR(after.left[n], alone.left[n], 1e-3) << n;
+        ASSERT_NEAR(after.right[n], alone.right[n], 1e-3) << n;
+    }
+}
+
 TEST_F(MeasuredReverb, SwirlKeepsTheTailInMotion) {
     for (const ReverbVariant variant : tanks) {
         if (variant == ReverbVariant::cold) continue;

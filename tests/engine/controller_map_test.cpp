@@ -71,18 +71,21 @@ TEST_F(ControllerMapFile, LongFileIsReadToItsLastEntry) {
 TEST_F(ControllerMapFile, UnwritablePlaceIsNotSaved) { EXPECT_FALSE(map.save(path + ".missing/folder.cfg")); }
 
 TEST_F(ControllerMapFile, TwoInstancesKeepEachOthersChanges) {
+    map.set(0, 10);
     map.set(1, 11);
     map.set(2, 22);
     ASSERT_TRUE(map.save(path));
     ControllerMap first, second;
     first.load(path);
     second.load(path);
+    first.set(0, 100);
     first.set(3, 33);
     first.set(2, ControllerMap::none);
     second.set(4, 44);
     ASSERT_TRUE(first.save(path));
     ASSERT_TRUE(second.save(path));
     map.load(path);
+    EXPECT_EQ(map.get(0), 100);
     EXPECT_EQ(map.get(1), 11);
     EXPECT_EQ(map.get(2), ControllerMap::none) << "what one removed does not come back with the other";
     EXPECT_EQ(map.get(3), 33);

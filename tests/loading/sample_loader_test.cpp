@@ -251,6 +251,13 @@ TEST_F(SampleLoading, SilentLoadsShowNoBox) {
     EXPECT_TRUE(told.boxes().empty());
 }
 
+TEST_F(SampleLoading, AutotuneSetsTheRateFromThePitch) {
+    const auto square = [](int i) { return i / 50 % 2 == 0 ? 9000 : -9000; };
+    ASSERT_TRUE(loader->loadSample(0, 0, put("x.wav", WaveMaker().putFrames(4000, square).file())));
+    loader->autotune(0, 0);
+    EXPECT_EQ(samples[0].sampleRate, 13081u);
+}
+
 TEST_F(SampleLoading, AutotuneLeavesAnEmptySampleAlone) {
     loader->autotune(0, 0);
     EXPECT_EQ(samples[0].sampleRate, 44100u);

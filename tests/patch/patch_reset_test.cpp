@@ -46,6 +46,7 @@ TEST_F(PatchReset, SetsALayerAndNoOther) {
     EXPECT_EQ(row(par::LfoMode1 + 2, 2), 3);
     EXPECT_EQ(row(par::StepMode, 2), 2);
     EXPECT_EQ(value(par::Cutoff1 + 1, 2), 1.0f);
+    EXPECT_EQ(value(par::Oct1 + 1, 2), 0.5f);
     EXPECT_EQ(value(par::Oct1 + 2, 2), 0.7f);
     EXPECT_EQ(value(par::AttAux2, 2), 0.0f);
     EXPECT_EQ(value(par::Step1 + 1, 2), 0.0f);

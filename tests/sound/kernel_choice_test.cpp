@@ -103,6 +103,20 @@ TEST(Preparation, AWaveThatFailedToLoadLeavesTheOscillatorSilent) {
     }
 }
 
+TEST(Preparation, OnlyTheHenonMapStartsAwayFromTheOrigin) {
+    constexpr int henon = 11;
+    for (int noiWave = 0; noiWave < noiseKernelCount; ++noiWave) {
+        Oscillator o;
+        o.state.work[0] = o.state.work[1] = 0;
+        OscillatorSetup setup;
+        setup.synType = noiseType;
+        setup.noiWave = noiWave;
+        prepareOscillator(o.state, setup, o.waves);
+        EXPECT_EQ(o.state.work[0], noiWave == henon ? 1.0f : 0.0f) << noiWave;
+        EXPECT_EQ(o.state.work[1], noiWave == henon ? 1.0f : 0.0f) << noiWave;
+    }
+}
+
 TEST(Preparation, ANoteTakesItsWaveAndFrames) {
     Oscillator o;
     o.makeRandomTable(6);

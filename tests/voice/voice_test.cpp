@@ -241,6 +241,16 @@ TEST_F(VoiceTest, ANewRateReachesTheDistortionsOfASoundingNoteWithinATenthOfASec
     EXPECT_NEAR(static_cast<double>(after), distortion::holdLength(0.5f, 192000.0f), 2.0);
 }
 
+TEST_F(VoiceTest, AnOscillatorRunsFromAVolumeOfHalfAPercentOn) {
+    set(par::Vol1, 0.005f);
+    layer->reset();
+    press(60);
+    EXPECT_FALSE(first().oscillatorOn[0]);
+    set(par::Vol1, 0.00501f);
+    press(61);
+    EXPECT_TRUE(voice(14).oscillatorOn[0]);
+}
+
 TEST_F(VoiceTest, SilentOscillatorRunsForTheOneThatItModulates) {
     set(par::Vol1, 0.0f);
     layer->reset();
