@@ -115,6 +115,7 @@ void Studio::renderTail(Take& take, double seconds) {
 Take Studio::play(const std::vector<int>& keys, int velocity, double held, double tail) {
     engine_->stop();
     engine_->start();
+    engine_->random() = {};
     ppqPos_ = 0.0;
     Take take;
     for (const int key : keys) send(noteOn, key, velocity);

@@ -33,7 +33,7 @@ public:
     bool load(const std::string& path);
 
     // Holds the keys for `held` seconds, then lets go and listens until it is silent, at most `tail` seconds. Starts
-    // from silence, and a song at 120 quarter notes a minute starts with it.
+    // from silence and with the same chance whatever was played before, and a song at 120 quarter notes a minute starts with it.
     Take play(const std::vector<int>& keys, int velocity, double held, double tail);
 
     // Sends a MIDI message, taken up by the next rendering.

@@ -146,8 +146,9 @@ TEST(TypedValues, AnEffectTakesItsOwnUnits) {
     for (int type = 1; type < effectTypeCount; ++type) {
         rig.rig.set(hostIndexOfTag(par::FxInType, 0), static_cast<float>(type) / 128);
         EXPECT_EQ(shownAfter("?"), "not understood");
-        if (spokenValue(rig.editor, field).find('/') != std::string::npos)
+        if (spokenValue(rig.editor, field).find('/') != std::string::npos) {
             EXPECT_EQ(shownAfter("440 Hz"), "not understood") << "a part of a beat";
+        }
         if (!spokenValue(rig.editor, field).ends_with("ms")) continue;
         ++times;
         const std::string thirty = shownAfter("30 ms");

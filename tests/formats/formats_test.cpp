@@ -36,8 +36,12 @@ TEST_P(Formats, SamplesOf64BitsAreTheSameSound) {
         for (const int frames : {0, 1, block}) {
             const std::vector<Event> events = {Event::note(0, 60 + frames % 5), Event::set(frames / 2, par::EqLow, 0.25)};
             const Sound a = host->render(frames, events, outputs), b = wide->render(frames, events, outputs);
-            if (outputs != FormatHost::none) EXPECT_EQ(a.left, b.left);
-            if (outputs == FormatHost::both) EXPECT_EQ(a.right, b.right);
+            if (outputs != FormatHost::none) {
+                EXPECT_EQ(a.left, b.left);
+            }
+            if (outputs == FormatHost::both) {
+                EXPECT_EQ(a.right, b.right);
+            }
         }
 }
 
