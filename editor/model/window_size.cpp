@@ -72,7 +72,8 @@ int WindowSize::percent() const {
     const int told = sizeIndex_ >= firstZoomedSize ? sizeIndex_ : largeSkin() ? firstNormalSize : smallest;
     const std::string_view label = sizeRow(told).label;
     const std::size_t end = label.find('%'), begin = label.find_last_of(' ', end) + 1;
-    return static_cast<int>(numberAtStart(label.substr(begin))->number);
+    const auto amount = numberAtStart(label.substr(begin));
+    return amount ? static_cast<int>(amount->number) : 100;
 }
 
 bool WindowSize::isForbidden(int index) const { return hostProduct_ == "Orion" && index >= firstZoomedSize; }
