@@ -26,8 +26,11 @@ const std::vector<int> chordKeys = {60, 64, 67, 72};
 // Highest level of ten keys at full force. Phases differ from note to note, so the highest of a few tries.
 double highestOfTenKeys(Studio& studio) {
     double highest = 0.0;
-    for (int round = 0; round < 3; ++round)
+    for (const std::uint32_t chance : {1, 2, 3}) {
+        studio.setChance(chance);
         highest = std::max(highest, studio.play({36, 43, 48, 52, 55, 60, 64, 67, 71, 74}, 127, 1.5, 1.0).peak);
+    }
+    studio.setChance(0);
     return highest;
 }
 

@@ -52,10 +52,7 @@ double loudest(const Take& take) {
 Studio::Studio() {
     makeInstallation(folder_.path());
     platform::setDataFolder(folder_.path());
-    engine_ = std::make_unique<Instrument>();
-    engine_->setSampleRate(studioRate);
-    engine_->start();
-    waitForWaves();
+    makeInstrument();
 }
 
 Studio::~Studio() {
@@ -74,13 +71,31 @@ void Studio::waitForWaves() {
     }
 }
 
+// The earlier one goes last, so that the banks stay.
+void Studio::makeInstrument() {
+    auto made = std::make_unique<Instrument>();
+    engine_.swap(made);
+    engine_->setSampleRate(studioRate);
+    engine_->start();
+    waitForWaves();
+}
+
 bool Studio::load(const std::string& path) {
+    makeInstrument();
     const bool taken = engine_->patchFiles().loadPatchFile(path);
+    setChance(0);
     waitForWaves();
     // A new master volume takes a block to arrive.
     Take silence;
     render(silence, 0.05);
     return taken;
+}
+
+void Studio::setChance(std::uint32_t number) {
+    constexpr std::uint32_t apart = 1u << 24;  // more draws than a take has
+    chance_ = {};
+    chance_.congruence.skip(number * apart);
+    chance_.hash.counter += number * apart;
 }
 
 void Studio::send(int status, int data1, int data2) {
@@ -115,7 +130,7 @@ void Studio::renderTail(Take& take, double seconds) {
 Take Studio::play(const std::vector<int>& keys, int velocity, double held, double tail) {
     engine_->stop();
     engine_->start();
-    engine_->random() = {};
+    engine_->random() = chance_;
     ppqPos_ = 0.0;
     Take take;
     for (const int key : keys) send(noteOn, key, velocity);

@@ -23,17 +23,21 @@ struct Take {
     std::vector<float> left, right;
 };
 
-// Plays one instance of the instrument; installs nothing and leaves nothing behind.
+// Plays an instance of the instrument a patch; installs nothing and leaves nothing behind.
 class Studio {
 public:
     Studio();
     ~Studio();
 
-    // Loads a patch file and waits until its waves are made. False if it was not taken.
+    // Loads a patch file into a new instance, so that nothing runs on that earlier patches left, and waits until its waves are
+    // made. False if it was not taken.
     bool load(const std::string& path);
 
+    // The phases and random numbers that each take begins with: 0 after a load, and another for any other number.
+    void setChance(std::uint32_t number);
+
     // Holds the keys for `held` seconds, then lets go and listens until it is silent, at most `tail` seconds. Starts
-    // from silence and with the same chance whatever was played before, and a song at 120 quarter notes a minute starts with it.
+    // from silence and with the chance that is set, and a song at 120 quarter notes a minute starts with it.
     Take play(const std::vector<int>& keys, int velocity, double held, double tail);
 
     // Sends a MIDI message, taken up by the next rendering.
@@ -46,12 +50,14 @@ public:
     std::vector<Message> takeMessages() { return engine_->messages().take(); }
 
 private:
+    void makeInstrument();
     void render(Take& take, double seconds);
     void renderTail(Take& take, double seconds);
     void waitForWaves();
 
     platform::ScratchFolder folder_;
     std::unique_ptr<Instrument> engine_;
+    RandomSources chance_;
     double ppqPos_ = 0.0;  // the song runs while a studio renders, so that what follows its position moves
 };
 
