@@ -39,8 +39,7 @@ EngineHold::EngineHold(EngineAccess& access, HoldFor purpose)
     if (purpose == HoldFor::waves) makeWorkerGiveWay();  // the long wait comes before the silence
     if (isOuter_) {
         staysLocked_ = purpose == HoldFor::settings && flags_.engineLocked.isSet();
-        // Nobody else is at work: a lock that stands was left by a load that failed.
-        if (!staysLocked_) waitUntilClear(flags_.engineLocked, lockTries, 1, access.sleepFunction());
+        if (!staysLocked_ && !access.isLeftLocked()) waitUntilClear(flags_.engineLocked, lockTries, 1, access.sleepFunction());
         flags_.engineLocked.set();
         waitUntilClear(flags_.audioRunning, lockTries, 1, access.sleepFunction());
     }
@@ -53,6 +52,7 @@ EngineHold::EngineHold(EngineAccess& access, HoldFor purpose)
 EngineHold::~EngineHold() {
     if (isOuter_) {
         access_.isHeld_ = false;
+        access_.isLeftLocked_ = staysLocked_;
         if (!staysLocked_) flags_.engineLocked.clear();
     }
     if (rebuildWasDue_) flags_.rebuildRequested.set();

@@ -1,6 +1,7 @@
 // How everybody who is not the audio thread takes the engine: loads, saves, edits, imports, rates, switching on and off.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -26,6 +27,10 @@ public:
     // Which thread is inside the block. A turn from within it fails an assertion in debug and sanitizer builds.
     AudioThreadCheck& audioThread() { return audioThread_; }
 
+    // Whether a hold that has ended left the engine locked, as a load that fails does: nobody is at work behind that lock, so
+    // to wait for it is vain. Any thread.
+    bool isLeftLocked() const { return isLeftLocked_; }
+
     // Takes memory over that the block or the worker may have been reading. Freed at once if neither is at work, else when
     // whoever was inside is out, looked at whenever the engine is taken. Under an EngineHold. Null does nothing.
     void retire(std::unique_ptr<std::int16_t[]> memory) noexcept;
@@ -48,6 +53,7 @@ private:
     AudioThreadCheck audioThread_;
     std::recursive_mutex turn_;
     bool isHeld_ = false;
+    std::atomic<bool> isLeftLocked_{false};
     std::vector<Retired> retired_;
 };
 
@@ -71,8 +77,8 @@ enum class HoldFor : unsigned char {
 };
 
 // A turn in which the audio block is silent besides. Every wait is bounded and clears its flag by force at its end: 51 sleeps
-// of 100 ms for the worker of `waves`, 1000 of 1 ms each for a lock that a failed load left and for the block. `waves` also
-// takes a cancel back that a failed load left. A hold within a hold leaves the flags to the outer one, and so its silence.
+// of 100 ms for the worker of `waves`, 1000 of 1 ms each for a lock that stands and for the block. The lock and the cancel that
+// a failed load left are taken over at once. A hold within a hold leaves the flags to the outer one, and so its silence.
 class EngineHold {
 public:
     EngineHold(EngineAccess& access, HoldFor purpose);

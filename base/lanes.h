@@ -5,6 +5,7 @@
 // The functions here carry the same names for both, so that a loop is written once.
 #pragma once
 
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -86,6 +87,31 @@ template <class T>
 inline constexpr bool isOneRegister = LaneTraits<T>::size > 1 && sizeof(T) <= sizeof(stdx::native_simd<ScalarOf<T>>);
 template <class T>
 using RegisterOf [[gnu::vector_size(sizeof(T))]] = ScalarOf<T>;
+
+// Two groups of lanes as one of twice the width, and its halves.
+template <class S, class Abi>
+[[gnu::always_inline]] inline auto joined(const stdx::simd<S, Abi>& low, const stdx::simd<S, Abi>& high) {
+    using Half = stdx::simd<S, Abi>;
+    using Whole = Lanes<S, 2 * laneGroup>;
+    static_assert(Half::size() == laneGroup);
+    if constexpr (isOneRegister<Whole>)
+        return std::bit_cast<Whole>(__builtin_shufflevector(std::bit_cast<RegisterOf<Half>>(low),
+                                                            std::bit_cast<RegisterOf<Half>>(high), 0, 1, 2, 3, 4, 5, 6, 7));
+    else
+        return stdx::concat(low, high);
+}
+template <class S, class Abi>
+[[gnu::always_inline]] inline auto halves(const stdx::simd<S, Abi>& whole) {
+    using Half = Lanes<S, laneGroup>;
+    static_assert(stdx::simd<S, Abi>::size() == 2 * laneGroup);
+    if constexpr (isOneRegister<stdx::simd<S, Abi>>) {
+        const auto both = std::bit_cast<RegisterOf<stdx::simd<S, Abi>>>(whole);
+        return std::array{std::bit_cast<Half>(__builtin_shufflevector(both, both, 0, 1, 2, 3)),
+                          std::bit_cast<Half>(__builtin_shufflevector(both, both, 4, 5, 6, 7))};
+    } else {
+        return stdx::split<Half>(whole);
+    }
+}
 
 // Smaller and larger of two; where x is NaN the bound. Written so that each is one instruction.
 template <class T>

@@ -3,6 +3,7 @@
 // at once, in either width of registers; and a setup with a new cutoff, in ns.
 // Usage: bench-filters [milliseconds a figure] [list index]
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -78,18 +79,19 @@ private:
                }) /
                (tick * voices);
     }
-    // Per filter; 0 where the two places run one after the other.
+    // Per filter.
     double bothPlaces() {
+        static FilterRack runner;
         FilterBank first(random_), second(random_);
         for (int v = 0; v < voiceCount; ++v) {
             first.setup(v, settings_);
             second.setup(v, settings_);
         }
-        if (!FilterBank::runTogether(first, buffer_, second, other_, tick, 0xffff)) return 0.0;
+        const std::array places{FilterPlace{&first, buffer_, 0xffff}, FilterPlace{&second, other_, 0xffff}};
         return time([&] {
                    std::memcpy(buffer_, noise_, sizeof buffer_ / maxTickSamples * tick);
                    std::memcpy(other_, noise_, sizeof buffer_ / maxTickSamples * tick);
-                   FilterBank::runTogether(first, buffer_, second, other_, tick, 0xffff);
+                   runner.run(places, tick);
                }) /
                (tick * 2 * voiceCount);
     }
@@ -136,7 +138,7 @@ int main(int argc, char** argv) {
     std::printf("%-21s %8s ", "  # filter", "");
     for (int width = 0; width < 2; ++width) std::printf("| %8s %8s %8s %8s ", "4 voices", "16", "both", "4 layers");
     std::printf("| %6s\n", "setup");
-    for (int index = 0; index < 64; ++index)
+    for (int index = 0; index < filters::menuSize; ++index)
         if (filterNumber(index) >= 0 && (argc < 3 || std::atoi(argv[2]) == index)) rig.report(index);
     return 0;
 }

@@ -19,10 +19,12 @@
 #include "sound/filters/wide_loops.h"
 #include "sound/kernels.h"
 
+#include "full_patch.h"
 #include "thread_time.h"
 
 using namespace vantoric;
 using bench::bestTime;
+using bench::Patch;
 using bench::threadSeconds;
 namespace par = parameter;
 
@@ -31,8 +33,9 @@ namespace {
 constexpr float hostRate = 48000.0f;
 constexpr int blockFrames = 256;
 
-// Rows of the list of filter types.
-constexpr int openPass = 0, lowPass24 = 4;
+// What everything in use is to cost at most, in processor time of one core near 3.5 GHz.
+constexpr double aimOf64 = 20, aimOf16 = 24, aimOfNote = 250;  // ns a voice and frame; ns a frame in all
+constexpr double aimOfTick = 260, aimOfTone = 2;               // ns a voice and tick; ns a voice and internal sample
 
 // All that this program asks of the engine.
 class Engine {
@@ -41,7 +44,8 @@ public:
         audio_.setSampleRate(hostRate);
         while (audio_.flags().audioMuted.isSet()) platform::sleepMilliseconds(1);
     }
-    void set(int index, float value) { audio_.parameters().writeRaw(index, value); }
+    ParameterModel& parameters() { return audio_.parameters(); }
+    void set(int index, float value) { parameters().writeRaw(index, value); }
     void start() {
         audio_.resetEngine();
         block();
@@ -66,75 +70,10 @@ private:
     Instrument audio_;
 };
 
-enum class Patch { plain, filters, full };
-
 struct Rig : Engine {
-    Rig() {
-        for (int i = 0; i < parameterCount; ++i) set(i, 0.0f);
-        set(par::Volume, 0.5f);
-        for (const int n : {par::EqLow, par::EqMid, par::EqHigh}) set(n, 0.5f);
-        setList(par::Quality, highQuality);
-        for (int layer = 0; layer < layerCount; ++layer) takePatch(layer);
-    }
+    Rig() { bench::takePatchAlone(parameters(), Patch::plain); }
     void setList(int index, int row) { set(index, listValue(row)); }
-
-    // Three wavetable oscillators into two filters: open, "LP 24dB", or these with everything in use.
-    void takePatch(int layer, Patch patch = Patch::plain) {
-        plainLayer(layer, patch == Patch::plain ? openPass : lowPass24);
-        useEverything(layer, patch == Patch::full);
-    }
-    void plainLayer(int layer, int filterType) {
-        const auto n = [&](int number) { return hostIndex(number, layer); };
-        set(par::Layer1On + layer, 1.0f);
-        for (int i = 0; i < oscillatorCount; ++i) {
-            setList(n(par::KeyEnd1 + i), 127);
-            for (const int number : {par::Oct1, par::Detune1, par::Pw1}) set(n(number + i), 0.5f);
-            set(n(par::KeyFol1 + i), 1.0f);
-            set(n(par::On1 + i), 1.0f);
-            set(n(par::Vol1 + i), 0.5f);
-            setList(n(par::SynType1 + i), wavetableType);
-            setList(n(par::WTWave1 + i), i);
-            if (i > 0) set(n(par::Fm1 + i - 1), 0.0f);
-        }
-        for (int f = 0; f < filterCount; ++f) {
-            set(n(par::FilVol1 + f), 1.0f);
-            for (const int number : {par::FilPan1, par::FilKey1}) set(n(number + f), 0.5f);
-            setList(n(par::FilType1 + f), filterType);
-            set(n(par::Cutoff1 + f), 0.7f);
-            set(n(par::Reso1 + f), 0.5f);
-        }
-        set(n(par::LayerVol), 0.4f);
-        set(n(par::SusVol), 0.99f);
-        setList(n(par::PlayMode), 8);
-    }
-    // The tone stages, drift, and four rows of the matrix of which three move the cutoffs.
-    void useEverything(int layer, bool on) {
-        const auto n = [&](int number) { return hostIndex(number, layer); };
-        struct Row {
-            int source, destination;
-            float amount;
-        };
-        constexpr int lfo1 = 2, lfo2 = 3, filterEnvelopeLevel = 8, velocity = 18;
-        constexpr int cutoff1 = 32, cutoff2 = 33, filterVolume1 = 38;
-        constexpr Row rows[] = {{lfo1, cutoff1, 0.6f},
-                                {lfo2, cutoff2, 0.6f},
-                                {filterEnvelopeLevel, cutoff1, 0.55f},
-                                {velocity, filterVolume1, 0.45f}};
-        constexpr float timbres[] = {0.3f, 0.7f, 0.2f};
-        constexpr int sine = 2, saw = 4, analogMedium = 2;
-        setList(par::Microtun, on ? analogMedium : 0);
-        for (int i = 0; i < oscillatorCount; ++i) set(n(par::Timbre1 + i), on ? timbres[i] : 0.5f);
-        for (int f = 0; f < filterCount; ++f) set(n(par::FilEnv1 + f), on ? 0.6f : 0.5f);
-        setList(n(par::LfoWave1), on ? sine : 0);
-        setList(n(par::LfoWave1 + 1), on ? saw : 0);
-        for (int i = 0; i < 2; ++i) set(n(par::LfoSpd1 + i), on ? 0.5f : 0.0f);
-        for (int i = 0; i < 16; ++i) set(n(par::MatVal1 + i), 0.5f);
-        for (int i = 0; i < 4; ++i) {
-            setList(n(par::MatSrc1 + i), on ? rows[i].source : 0);
-            setList(n(par::MatDst1 + i), on ? rows[i].destination : 0);
-            set(n(par::MatVal1 + i), on ? rows[i].amount : 0.5f);
-        }
-    }
+    void takePatch(int layer, Patch patch = Patch::plain) { bench::takePatch(parameters(), layer, patch); }
 
     // Layers on, and as many voices on each.
     void hold(int layers, int voices, Patch patch) {
@@ -220,9 +159,10 @@ void kernelCosts(Rig& rig) {
     rig.setList(par::Quality, highQuality);
 }
 
-void printTick(Rig& rig, const char* name) {
+double printTick(Rig& rig, const char* name) {
     const double tick = tickTime(wholeLayer(rig));
-    std::printf("  %-22s %7.1f ns   %5.2f ns an internal sample\n", name, tick * 1e9, tick * 1e9 / rig.tickSamples());
+    std::printf("  %-22s %7.1f ns   %5.2f ns an internal sample", name, tick * 1e9, tick * 1e9 / rig.tickSamples());
+    return tick * 1e9;
 }
 
 void tickCosts(Rig& rig) {
@@ -236,10 +176,11 @@ void tickCosts(Rig& rig) {
         char name[32];
         std::snprintf(name, sizeof name, "%d slots", slots);
         printTick(rig, name);
+        std::puts("");
     }
     for (int s = 0; s < 15; ++s) rig.setList(par::MatSrc1 + s, 0);
     rig.takePatch(0, Patch::full);
-    printTick(rig, "everything in use");
+    bench::printAim(printTick(rig, "everything in use"), aimOfTick, " ns");
 }
 
 void layerCosts(Rig& rig) {
@@ -271,7 +212,12 @@ void toneCosts(Rig& rig) {
             layer.tick();
             times[on ? 1 : 0] = renderTime(rig, layer) * voiceCount / voices;
         }
-        std::printf("  %2d voices %30.2f ns\n", voices, (times[1] - times[0]) * 1e9);
+        const double tone = (times[1] - times[0]) * 1e9;
+        std::printf("  %2d voices %30.2f ns", voices, tone);
+        if (voices == voiceCount)
+            bench::printAim(tone, aimOfTone, " ns");
+        else
+            std::puts("");
     }
     rig.takePatch(0);
 }
@@ -289,10 +235,14 @@ void polyphony(Rig& rig, const char* title, int quality, Patch patch) {
         const double middle = median(times), each = (middle - silent) / voices;
         std::printf(
             "  %2d voices  %6.1f x real time   %6.2f us a voice and block, %5.1f ns a voice and frame (best %.1f)   "
-            "99%% / median %.2f   worst / median %.2f\n",
+            "99%% / median %.2f   worst / median %.2f",
             voices, blockSeconds / middle, each * 1e6, each * 1e9 / blockFrames,
             (percentile(times, 0.0) - silent) / voices * 1e9 / blockFrames, percentile(times, 0.99) / middle,
             percentile(times, 1.0) / middle);
+        if (patch == Patch::full && (voices == 16 || voices == 64))
+            bench::printAim(each * 1e9 / blockFrames, voices == 16 ? aimOf16 : aimOf64, " ns");
+        else
+            std::puts("");
     }
     rig.setList(par::Quality, highQuality);
 }
@@ -302,8 +252,13 @@ void oneNote(Rig& rig, const char* title, Patch patch) {
     rig.hold(layerCount, 1, patch);
     rig.blockTimes(20);
     const std::vector<double> times = rig.blockTimes(800);
-    std::printf("one note on four layers, %s: %.0f ns a frame in all (best %.0f)\n", title, median(times) * 1e9 / blockFrames,
+    const double each = median(times) * 1e9 / blockFrames;
+    std::printf("one note on four layers, %s: %.0f ns a frame in all (best %.0f)", title, each,
                 percentile(times, 0.0) * 1e9 / blockFrames);
+    if (patch == Patch::full)
+        bench::printAim(each, aimOfNote, " ns");
+    else
+        std::puts("");
 }
 
 void noteBurst(Rig& rig, const char* title, Patch patch) {

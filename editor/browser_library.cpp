@@ -66,7 +66,8 @@ void BrowserLibrary::countPatches() {
     if (counted_ == index_.generation()) return;
     counted_ = index_.generation();
     counts_.clear();
-    for (const CataloguedPatch& patch : index_.catalogue()->patches()) ++counts_[patch.category];
+    const std::shared_ptr<const PatchCatalogue> catalogue = index_.catalogue();  // lives on when a scan brings the next
+    for (const CataloguedPatch& patch : catalogue->patches()) ++counts_[patch.category];
 }
 
 std::vector<BrowserCategory> BrowserLibrary::categories() {

@@ -641,10 +641,11 @@ void BrowserView::drawPatch(Pen& pen, int row, const CRect& area) const {
         pen.text(x, base, name, face, nameSize, ink, Align::left, end - x);
         return;
     }
-    x += pen.text(x, base, name.substr(0, from), face, nameSize, ink);
-    const std::string match = name.substr(from, patch.matched);
-    const double width = pen.textWidth(match, Face::semibold, nameSize);
+    const std::string before = name.substr(0, from), match = name.substr(from, patch.matched);
+    const double left = x, width = pen.textWidth(match, Face::semibold, nameSize);
+    x += pen.textWidth(before, face, nameSize);
     pen.round(x - 1.5, area.top + 4, std::min(width, end - x) + 3, 14, 2, mix(ground, style::oscillators, 0.32));
+    pen.text(left, base, before, face, nameSize, ink);  // over the mark, which reaches under its last letter
     pen.text(x, base, match, Face::semibold, nameSize, style::white, Align::left, end - x);
     x += width;
     if (x < end) pen.text(x, base, name.substr(to), face, nameSize, ink, Align::left, end - x);

@@ -74,9 +74,8 @@ void ControlFace::drawFocus(Pen& pen, double radius) {
     pen.roundLine(area.left - 3, area.top - 3, area.getWidth() + 6, area.getHeight() + 6, radius + 3, style::white, 1.4);
 }
 
-void ControlFace::drawDimming(Pen& pen) {
+void ControlFace::drawDimming(Pen& pen, const CRect& area) {
     if (!isDimmed_) return;
-    const CRect area = view().getViewSize();
     const bool isOnPlate = entry_.kind == WidgetKind::Button && entry_.tag != tag::shop;  // beside the patch's name
     pen.rect(area.left, area.top, area.getWidth(), area.getHeight(), fade(isOnPlate ? style::inset : ground(), 0.62));
 }
@@ -103,7 +102,7 @@ void ControlView::draw(VSTGUI::CDrawContext* context) {
     Pen pen(*context);
     drawControl(pen);
     drawFocus(pen, 3);
-    drawDimming(pen);
+    drawDimming(pen, body());  // not the room around it, into which a neighbour's ring may reach
     setDirty(false);
 }
 

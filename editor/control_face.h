@@ -89,7 +89,7 @@ protected:
     Color color() const;
     void drawFocus(Pen& pen, double radius);
     // Fades what was drawn if the control is dimmed; last in every draw.
-    void drawDimming(Pen& pen);
+    void drawDimming(Pen& pen, const VSTGUI::CRect& area);
 
 private:
     void set(bool& flag, bool value);

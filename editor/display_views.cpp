@@ -1,5 +1,6 @@
 #include "editor/display_views.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <utility>
@@ -96,7 +97,7 @@ void DisplayViews::refreshEnvelope() {
     const ControlEntry& entry = display->entry();
     const DisplayTraces& traces = envelope_.traces();
     Wavedisplay::Shown shown;
-    shown.curve = pointsOf(traces.traceA.data(), traces.columns, layout(), entry.width, entry.height, 4);
+    shown.curve = pointsOf(envelope_.exactTrace().data(), traces.columns, layout(), entry.width, entry.height, 4);
     shown.base = entry.height - 6;
     for (const int column : envelope_.breaks())
         if (column > 0 && column < traces.columns - 1) shown.marks.push_back(shown.curve[static_cast<std::size_t>(column)]);

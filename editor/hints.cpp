@@ -33,6 +33,12 @@ void Hints::showNews(const std::string& text) {
     line_.setText(text, text.starts_with("Assign") ? HintLine::Kind::alarm : HintLine::Kind::news);
 }
 
+void Hints::forgetRequest() {
+    if (line_.kind() != HintLine::Kind::alarm) return;
+    forgetNews();
+    showHelp();
+}
+
 void Hints::showLine(const std::string& text) {
     if (newsUntil_ == 0) line_.setText(text);
 }

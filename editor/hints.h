@@ -21,6 +21,8 @@ public:
     // Stays for some seconds, or until something is done. An empty text is none.
     void showNews(const std::string& text);
     void forgetNews() { newsUntil_ = 0; }
+    // What it asked for has come.
+    void forgetRequest();
     // Unless news are shown.
     void showLine(const std::string& text);
     // Name, value and use of a control; of null the resting hint.

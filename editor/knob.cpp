@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "editor/model/window_layout.h"
 #include "editor/picture.h"
 #include "vstgui/lib/cframe.h"
 
@@ -105,7 +106,7 @@ void MYCKnob::draw(VSTGUI::CDrawContext* context) {
     drawMarks(pen);
     drawCaption(pen);
     drawFocus(pen, measures_.hitRadius);
-    drawDimming(pen);
+    drawDimming(pen, getViewSize());
     setDirty(false);
 }
 
@@ -189,19 +190,25 @@ void MYCKnob::drawGrip(Pen& pen) {
 void MYCKnob::drawMarks(Pen& pen) {
     const double x = entry().x, y = entry().y;
     if (ccNumber_ >= 0) pen.dot(x + measures_.body * 1.25, y - measures_.body * 1.25, 2.1, style::alarm);
-    if (ccNumber_ == -2)
-        pen.arc(x, y, measures_.arc + 3.4, 0, 2 * std::numbers::pi, fade(style::alarm, 0.35 + 0.65 * learnGlow_), 1.6);
+    if (ccNumber_ == -2) drawRing(pen, measures_.arc + 3.4, fade(style::alarm, 0.35 + 0.65 * learnGlow_), 1.6);
     if (targetRing_) {
         const double r = measures_.arc + (isNearestTarget_ ? 4.2 : 3.2);
-        if (isNearestTarget_) pen.arc(x, y, r + 2.5, 0, 2 * std::numbers::pi, fade(*targetRing_, 0.3), 4);
-        pen.arc(x, y, r, 0, 2 * std::numbers::pi, fade(*targetRing_, isNearestTarget_ ? 1.0 : 0.6), isNearestTarget_ ? 2.4 : 1.0);
+        if (isNearestTarget_) drawRing(pen, r + 2.5, fade(*targetRing_, 0.3), 4);
+        drawRing(pen, r, fade(*targetRing_, isNearestTarget_ ? 1.0 : 0.6), isNearestTarget_ ? 2.4 : 1.0);
     }
+}
+
+// Around the knob, open where its caption stands beside it.
+void MYCKnob::drawRing(Pen& pen, double radius, const Color& color, double width) {
+    constexpr double captionReach = 7;  // above and below the knob's middle
+    const double open = captionStandsBeside(entry()) ? std::asin(captionReach / radius) : 0;
+    pen.arc(entry().x, entry().y, radius, open, 2 * std::numbers::pi - open, color, width);
 }
 
 void MYCKnob::drawCaption(Pen& pen) {
     const std::string caption = entry().caption;
     const bool isLit = isHovered() || isEditing();
-    if (caption == "FM") {  // between two rows there is no room below
+    if (captionStandsBeside(entry())) {  // between two rows there is no room below
         pen.text(entry().x + 14.8, entry().y + 3.2, caption, style::Face::medium, 8.5, isLit ? style::text : style::text2);
         return;
     }

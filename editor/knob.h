@@ -71,6 +71,7 @@ private:
     void drawModulation(Pen& pen);
     void drawGrip(Pen& pen);
     void drawMarks(Pen& pen);
+    void drawRing(Pen& pen, double radius, const Color& color, double width);
     void drawCaption(Pen& pen);
     VSTGUI::CPoint gripCentre() const;
     KnobMouse mouseAt(VSTGUI::CPoint where) const;

@@ -168,13 +168,20 @@ void Pen::pie(double x, double y, double r, double from, double to, const Color&
     polygon(points, fillColor);
 }
 
-void Pen::filledCurve(const Points& points, double base, const Color& color) {
+void Pen::filledCurve(const Points& points, double base, const Color& color, double cornerRadius) {
     if (points.size() < 2) return;
     double top = base, bottom = base;
     for (const Point& point : points) top = std::min(top, point.y), bottom = std::max(bottom, point.y);
     Points outline = points;
-    outline.emplace_back(points.back().x, base);
-    outline.emplace_back(points.front().x, base);
+    const auto corner = [&](double x, double from) {
+        const int steps = cornerRadius > 0 ? 8 : 1;
+        for (int i = 0; i <= steps; ++i) {
+            const double angle = from + std::numbers::pi / 2 * i / steps;
+            outline.emplace_back(x + cornerRadius * std::cos(angle), base + cornerRadius * (std::sin(angle) - 1));
+        }
+    };
+    corner(points.back().x - cornerRadius, 0);
+    corner(points.front().x + cornerRadius, std::numbers::pi / 2);
     VSTGUI::GradientColorStopMap stops;
     const double height = std::max(bottom - top, 0.01);
     if (top < base - 1 && bottom > base + 1) {

@@ -51,8 +51,8 @@ public:
     void bezier(Point from, Point control1, Point control2, Point to, const Color& color, double width);
     // A filled piece of a disc between two angles.
     void pie(double x, double y, double r, double from, double to, const Color& fill);
-    // The surface between the points and the height `base`, fading towards it.
-    void filledCurve(const Points& points, double base, const Color& color);
+    // The surface between the points and the height `base`, fading towards it. Its two corners at the base may be round.
+    void filledCurve(const Points& points, double base, const Color& color, double cornerRadius = 0);
 
     void chevron(double x, double y, Pointing pointing, double r, const Color& color, double width = 1.2);
     void star(double x, double y, double r, const Color& color, bool filled);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
+#include <utility>
 
 #include "editor/line_edit.h"
 #include "editor/overlay.h"
@@ -21,7 +23,7 @@ constexpr double lowWindow = 300;  // below this height lists stand in columns
 
 double heightOf(const MenuRow& row) { return row.isSeparator() ? separatorHeight : rowHeight; }
 
-double widthOf(const std::vector<MenuRow>& rows) {
+double widthOf(std::span<const MenuRow> rows) {
     double widest = 0;
     bool hasDots = false, hasMark = false;
     for (const MenuRow& row : rows) {
@@ -55,32 +57,43 @@ PopupMenu::PopupMenu(const CRect& area, const CRect& anchor, std::vector<MenuRow
     if (panels_[0].highlighted >= 0) scrollTo(panels_[0], panels_[0].highlighted);
 }
 
+// In a low window as many as it takes, each as wide as its own rows: equal ones would cut the longest labels.
+std::vector<PopupMenu::Column> PopupMenu::columnsOf(const std::vector<MenuRow>& rows, double room, bool isLow) {
+    std::vector<Column> columns{{}};
+    for (int row = 0; row < static_cast<int>(rows.size()); ++row) {
+        if (isLow && columns.back().height + heightOf(rows[row]) > room) {
+            if (rows[row].isSeparator()) continue;
+            columns.push_back({.first = row});
+        }
+        columns.back().height += heightOf(rows[row]);
+        if (!rows[row].isSeparator()) columns.back().end = row + 1;
+    }
+    for (Column& column : columns)
+        column.width = widthOf(
+            std::span(rows).subspan(static_cast<std::size_t>(column.first), static_cast<std::size_t>(column.end - column.first)));
+    return columns;
+}
+
 PopupMenu::Panel PopupMenu::layOut(const std::vector<MenuRow>& rows, const CRect& anchor, bool isSubmenu) const {
     const CRect area = CRect(getViewSize()).inset(2, 2);
-    const double room = area.getHeight() - 2 * padding;
+    const double room = area.getHeight() - 2 * padding, widest = area.getWidth() - 2 * padding;
     Panel panel;
     panel.rows = &rows;
-    panel.columnWidth = std::max(widthOf(rows), isSubmenu ? 0.0 : anchor.getWidth() - 2 * padding);
-    panel.columnStarts = {0};
-    double height = 0, tallest = 0;
-    const bool isLow = area.getHeight() < lowWindow;
-    for (int row = 0; row < static_cast<int>(rows.size()); ++row) {
-        if (isLow && height + heightOf(rows[row]) > room) {
-            if (rows[row].isSeparator()) continue;  // the column's end parts as well
-            panel.columnStarts.push_back(row);
-            height = 0;
-        }
-        height += heightOf(rows[row]);
-        tallest = std::max(tallest, height);
+    panel.columns = columnsOf(rows, room, area.getHeight() < lowWindow);
+    if (panel.columns.size() == 1 && !isSubmenu)
+        panel.columns[0].width = std::max(panel.columns[0].width, anchor.getWidth() - 2 * padding);
+    double width = 0;
+    for (const Column& column : panel.columns) {
+        width += column.width;
+        panel.contentHeight = std::max(panel.contentHeight, column.height);
     }
-    panel.columns = static_cast<int>(panel.columnStarts.size());
-    panel.contentHeight = tallest;
-    const double boxHeight = std::min(tallest, room) + 2 * padding;
-    double boxWidth = panel.columns * panel.columnWidth + 2 * padding;
-    if (boxWidth > area.getWidth()) {
-        panel.columnWidth = (area.getWidth() - 2 * padding) / panel.columns;
-        boxWidth = area.getWidth();
+    const double fit = std::min(1.0, widest / width);
+    double left = 0;
+    for (Column& column : panel.columns) {
+        column.width *= fit;
+        column.left = std::exchange(left, left + column.width);
     }
+    const double boxHeight = std::min(panel.contentHeight, room) + 2 * padding, boxWidth = left + 2 * padding;
     double x = isSubmenu ? anchor.right : anchor.left, y = isSubmenu ? anchor.top - padding : anchor.bottom + 2;
     if (isSubmenu && x + boxWidth > area.right) x = anchor.left - boxWidth;
     if (!isSubmenu && y + boxHeight > area.bottom && anchor.top - 2 - boxHeight >= area.top) y = anchor.top - 2 - boxHeight;
@@ -90,13 +103,18 @@ PopupMenu::Panel PopupMenu::layOut(const std::vector<MenuRow>& rows, const CRect
     return panel;
 }
 
+int PopupMenu::columnOf(const Panel& panel, int row) {
+    int column = static_cast<int>(panel.columns.size()) - 1;
+    while (column > 0 && row < panel.columns[column].first) --column;
+    return column;
+}
+
 CRect PopupMenu::rowRect(const Panel& panel, int row) const {
-    int column = panel.columns - 1;
-    while (column > 0 && row < panel.columnStarts[column]) --column;
+    const Column& column = panel.columns[columnOf(panel, row)];
     double y = panel.rect.top + padding - panel.scrolled;
-    for (int above = panel.columnStarts[column]; above < row; ++above) y += heightOf((*panel.rows)[above]);
-    const double x = panel.rect.left + padding + column * panel.columnWidth;
-    return {x, y, x + panel.columnWidth, y + heightOf((*panel.rows)[row])};
+    for (int above = column.first; above < row; ++above) y += heightOf((*panel.rows)[above]);
+    const double x = panel.rect.left + padding + column.left;
+    return {x, y, x + column.width, y + heightOf((*panel.rows)[row])};
 }
 
 std::optional<CRect> PopupMenu::rowWith(int result) const {
@@ -255,14 +273,14 @@ void PopupMenu::moveTo(int row, int direction) {
 void PopupMenu::moveToColumn(int direction) {
     const int active = activePanel();
     const Panel& panel = panels_[active];
-    if (panel.columns == 1 || panel.highlighted < 0) return;
+    if (panel.columns.size() == 1 || panel.highlighted < 0) return;
+    const int beside = columnOf(panel, panel.highlighted) + direction;
     const CPoint from = rowRect(panel, panel.highlighted).getCenter();
     int nearest = -1;
     double distance = panel.rect.getHeight();
     for (int row = 0; row < rowCount(active); ++row) {
         const CPoint at = rowRect(panel, row).getCenter();
-        const bool isBeside = std::abs(at.x - from.x - direction * panel.columnWidth) < 1;
-        if (!isBeside || !(*panel.rows)[row].isChoosable() || std::abs(at.y - from.y) >= distance) continue;
+        if (columnOf(panel, row) != beside || !(*panel.rows)[row].isChoosable() || std::abs(at.y - from.y) >= distance) continue;
         nearest = row;
         distance = std::abs(at.y - from.y);
     }
@@ -319,7 +337,7 @@ void PopupMenu::drawPanel(Pen& pen, const Panel& panel) const {
     if (panel.contentHeight <= shown + 0.5) return;
     const double length = std::max(18.0, shown * shown / panel.contentHeight);
     const double y = r.top + padding + (shown - length) * panel.scrolled / (panel.contentHeight - shown);
-    pen.round(r.right - 6, y, 3, length, 1.5, fade(style::text2, 0.5));
+    pen.round(r.right - 3.5, y, 2, length, 1, fade(style::text2, 0.5));  // beside the rows
 }
 
 void PopupMenu::drawRow(Pen& pen, const Panel& panel, int index) const {
@@ -327,6 +345,7 @@ void PopupMenu::drawRow(Pen& pen, const Panel& panel, int index) const {
     const CRect place = rowRect(panel, index);
     if (place.bottom < panel.rect.top || place.top > panel.rect.bottom) return;
     const double middle = (place.top + place.bottom) / 2;
+    if (index >= panel.columns[columnOf(panel, index)].end) return;  // the column's end parts as well
     if (row.isSeparator()) return pen.rect(place.left + 6, middle, place.getWidth() - 12, pen.hair(), style::menuEdge);
     if (index == panel.highlighted) pen.round(place.left, place.top, place.getWidth(), place.getHeight(), 3, style::hover);
     double x = place.left + 8;

@@ -50,13 +50,16 @@ public:
     CLASS_METHODS_NOCOPY(PopupMenu, VSTGUI::CView)
 
 private:
+    // Rows from `first` to before `end`, and where they stand in their panel.
+    struct Column {
+        int first = 0, end = 0;
+        double left = 0, width = 0, height = 0;
+    };
     // One panel of rows. `rows` are the menu's own or a submenu's.
     struct Panel {
         const std::vector<MenuRow>* rows;
         VSTGUI::CRect rect;
-        int columns = 1;
-        std::vector<int> columnStarts;  // first row of each
-        double columnWidth = 0;
+        std::vector<Column> columns;
         double scrolled = 0, contentHeight = 0;
         int highlighted = -1;
     };
@@ -64,6 +67,8 @@ private:
         int panel = -1, row = -1;
     };
 
+    static std::vector<Column> columnsOf(const std::vector<MenuRow>& rows, double room, bool isLow);
+    static int columnOf(const Panel& panel, int row);
     Panel layOut(const std::vector<MenuRow>& rows, const VSTGUI::CRect& anchor, bool isSubmenu) const;
     VSTGUI::CRect rowRect(const Panel& panel, int row) const;
     Hit hit(VSTGUI::CPoint where) const;

@@ -55,13 +55,12 @@ void Wavedisplay::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
     invalid();
 }
 
-// Displays join the lists above and below them without a gap.
+// Waves and filters join the lists above and below them without a gap.
 Corners Wavedisplay::corners() const {
     constexpr double r = 4;
     switch (entry().kind) {
         case WidgetKind::WaveView: return 0;
         case WidgetKind::FilterView: return Corners(0, 0, r, r);
-        case WidgetKind::LfoView: return Corners(r, r, 0, 0);
         default: return r;
     }
 }
@@ -97,7 +96,7 @@ void Wavedisplay::drawCurve(Pen& pen) {
     Pen::Points grain = shown_.grain;
     for (Pen::Point& point : grain) point.offset(left(), top());
     if (grain.size() > 1) pen.line(grain, fade(color(), 0.1), pen.hair());
-    pen.filledCurve(points, base, color());
+    pen.filledCurve(points, base, color(), base < top() + height() ? 0 : corners().leftBottom);
     pen.line(points, fade(color(), 0.13), 5.2);
     pen.line(points, color(), 1.5);
     for (const Pen::Point& mark : shown_.marks) {

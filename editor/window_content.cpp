@@ -37,9 +37,8 @@ WindowContent::WindowContent(DropContainer& root, double width, double height, Q
       backdrop_(new Backdrop(area_, [this] { keys_->take(); })),
       views_((root.addView(backdrop_), root), area_, *this, *this) {
     const bool isLow = height <= bandHeight;
-    addBand();
     overlay_ = new Overlay(area_);
-    hints_ = std::make_unique<Hints>(editor_, views_, *hintLine_, *overlay_);
+    addBand();
     keys_ = std::make_unique<KeyboardFocus>(editor_, views_, *hints_, *overlay_, static_cast<KeyListener&>(*this));
     drags_ = std::make_unique<ModulationDrags>(root_, isLow, editor_, views_, *hints_, *overlay_, [this] { keys_->clear(); });
     addBandStops();
@@ -85,7 +84,9 @@ void WindowContent::addBand() {
     CRect hint = place(WindowPart::HintLine), history = hint;
     history.left = history.right - historyBarWidth;
     hint.right = history.left - 6;
-    root_.addView(hintLine_ = new HintLine(hint));
+    auto* const line = new HintLine(hint);
+    root_.addView(line);
+    hints_ = std::make_unique<Hints>(editor_, views_, *line, *overlay_);
     root_.addView(historyBar_ = new HistoryBar(
                       history, [this](HistoryBar::Button button, bool isShifted) { historyPressed(button, isShifted); },
                       [this](HistoryBar::Button button) { historyHovered(button); }));
@@ -324,18 +325,14 @@ void WindowContent::followEngine() {
 // What waits for its controller glows; once it has one, the line that asks for it goes.
 void WindowContent::followLearning() {
     const double glow = 0.5 + 0.5 * std::sin(2 * std::numbers::pi * round_ / roundsASecond);
-    const bool waited = std::exchange(isLearning_, false);
     views_.forEach([this, glow](ControlFace& face) {
         auto* knob = dynamic_cast<MYCKnob*>(&face);
         auto* field = dynamic_cast<MYParamDisplay*>(&face);
         const int number = knob != nullptr ? knob->ccNumber() : field != nullptr ? field->ccNumber() : MidiLearn::noController;
         if (number != MidiLearn::learning) return;
-        isLearning_ = true;
         knob != nullptr ? knob->setLearnGlow(glow) : field->setLearnGlow(glow);
     });
-    if (!waited || isLearning_ || hintLine_->kind() != HintLine::Kind::alarm) return;
-    hints_->forgetNews();
-    hints_->showHelp();
+    if (instrument_.midi().learnPending() == ControllerMap::none) hints_->forgetRequest();
 }
 
 void WindowContent::followLamps() {

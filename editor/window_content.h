@@ -138,7 +138,6 @@ private:
     WheelView* pitchWheel_ = nullptr;
     WheelView* modWheel_ = nullptr;
     MeterView* meter_ = nullptr;
-    HintLine* hintLine_ = nullptr;
     HistoryBar* historyBar_ = nullptr;
     Overlay* overlay_ = nullptr;
     std::unique_ptr<DisplayViews> displays_;
@@ -151,7 +150,6 @@ private:
     std::vector<ControlFace*> drawn_;  // steps beside the one that is held, set by the same drag
     std::function<bool()> openNotes_;
     unsigned round_ = 0;
-    bool isLearning_ = false;  // a control waits for its controller
 };
 
 }  // namespace vantoric

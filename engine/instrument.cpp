@@ -30,17 +30,6 @@ constexpr float smoothTake = 0.02f, smoothKeep = 0.98f;
 
 float smoothed(float target, float value) { return target * smoothTake + value * smoothKeep; }
 
-// What leaves the master chain stays within this magnitude, whatever an effect sings; no number that is not finite
-// reaches the decimator, which would keep it.
-constexpr float loudest = 16.0f;
-
-void holdWithin(float* samples, int count) {
-    for (int i = 0; i < count; ++i) {
-        const float x = samples[i] == samples[i] ? samples[i] : 0.0f;
-        samples[i] = std::min(std::max(x, -loudest), loudest);
-    }
-}
-
 // Whether this thread has rendered a block in time, for whichever instance: hosts give blocks to any of several threads.
 thread_local bool playsInTime = false;
 
@@ -65,6 +54,13 @@ void smoothControllers(EngineState& state, float modwheel, float pitchWheel, flo
     state.modwheelSmoothed = smoothed(modwheel, state.modwheelSmoothed);
     state.pitchWheelSmoothed = smoothed(pitchWheel, state.pitchWheelSmoothed);
     state.channelPressureSmoothed = smoothed(channelPressure, state.channelPressureSmoothed);
+}
+
+void holdWithinLoudest(float* samples, int count) {
+    for (int i = 0; i < count; ++i) {
+        const float x = samples[i] == samples[i] ? samples[i] : 0.0f;
+        samples[i] = std::min(std::max(x, -loudest), loudest);
+    }
 }
 
 // ---- start and stop -----------------------------------------------------------------------------------------
@@ -108,10 +104,17 @@ Instrument::Instrument()
 Instrument::~Instrument() {
     state_.flags.editorClosing.set();
     worker_.askToStop();
-    controllerMap_.save(controllerMapPath());
-    platform::writeSetting("Path", platform::dataFolder());  // tells installers where the instrument lives
+    leaveFiles();
     worker_.stop();
     for (auto& layer : layers_) layer.reset();
+}
+
+// Without memory for it an instrument ends as well.
+void Instrument::leaveFiles() noexcept try {
+    controllerMap_.save(controllerMapPath());
+    platform::writeSetting("Path", platform::dataFolder());  // tells installers where the instrument lives
+} catch (...) {
+    return;
 }
 
 AllOscillators Instrument::allOscillators() {
@@ -257,7 +260,8 @@ void Instrument::renderPart(double* left, double* right, int frames, int firstFr
     renderBlock(left, right, frames, firstFrame, transport);
 }
 
-// What the host reads at the block's begin is held for all of it, whatever other threads set meanwhile.
+// Nothing in a block is made to throw. Should it, no exception reaches the host: the block is silent, and so is all that sounded
+// when the next one begins.
 template <class Sample>
 void Instrument::renderBlock(Sample* left, Sample* right, int frames, int firstFrame, const Transport& transport) {
     if (inBlock_.test_and_set(std::memory_order_acquire)) {
@@ -265,27 +269,39 @@ void Instrument::renderBlock(Sample* left, Sample* right, int frames, int firstF
         std::fill_n(right, frames, Sample(0));
         return;
     }
-    {
-        if (transport.offline) worker_.waitForWaves(offlineWait);
-        const AudioThreadCheck::Scope inside(access_.audioThread());
-        const DenormalsOff denormalsOff;
-        if (!transport.offline) playsInTime = true;
-        transport_ = transport;
-        feedsMaster_ = true;
-        int done = 0;
-        do {
-            const int piece = std::min(frames - done, longestPiece);
-            if constexpr (std::is_same_v<Sample, float>) {
-                renderMeteredPiece(left + done, right + done, piece, firstFrame + done);
-            } else {
-                renderMeteredPiece(widened_[0].data(), widened_[1].data(), piece, firstFrame + done);
-                std::copy_n(widened_[0].begin(), piece, left + done);
-                std::copy_n(widened_[1].begin(), piece, right + done);
-            }
-            done += piece;
-        } while (done < frames);
+    try {
+        renderPieces(left, right, frames, firstFrame, transport);
+    } catch (...) {
+        std::fill_n(left, frames, Sample(0));
+        std::fill_n(right, frames, Sample(0));
+        state_.flags.audioRunning.clear();
+        silenceNextBlock();
     }
     inBlock_.clear(std::memory_order_release);
+}
+
+// What the host reads at the block's begin is held for all of it, whatever other threads set meanwhile.
+template <class Sample>
+void Instrument::renderPieces(Sample* left, Sample* right, int frames, int firstFrame, const Transport& transport) {
+    if (transport.offline) worker_.waitForWaves(offlineWait);
+    const AudioThreadCheck::Scope inside(access_.audioThread());
+    const DenormalsOff denormalsOff;
+    if (!transport.offline) playsInTime = true;
+    transport_ = transport;
+    feedsMaster_ = true;
+    if (firstFrame == 0) midi_.beginBlock();
+    int done = 0;
+    do {
+        const int piece = std::min(frames - done, longestPiece);
+        if constexpr (std::is_same_v<Sample, float>) {
+            renderMeteredPiece(left + done, right + done, piece, firstFrame + done);
+        } else {
+            renderMeteredPiece(widened_[0].data(), widened_[1].data(), piece, firstFrame + done);
+            std::copy_n(widened_[0].begin(), piece, left + done);
+            std::copy_n(widened_[1].begin(), piece, right + done);
+        }
+        done += piece;
+    } while (done < frames);
 }
 
 void Instrument::renderMeteredPiece(float* left, float* right, int frames, int firstFrame) {
@@ -380,8 +396,8 @@ void Instrument::runMasterChain(float* left, float* right, int count) {
         master_.process(left + done, right + done, std::min(count - done, masterPiece));
     observe(BlockStep::finalStage, count);
     stage_.process(left, right, count);
-    holdWithin(left, count);
-    holdWithin(right, count);
+    holdWithinLoudest(left, count);
+    holdWithinLoudest(right, count);
 }
 
 // As a block is: whoever takes the engine meanwhile waits until the look is over.

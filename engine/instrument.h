@@ -57,6 +57,11 @@ MasterControls masterControls(const ParameterModel& parameters);
 // One tick of the smoothed wheels: each goes a fiftieth of its way. Arguments 0 to 1.
 void smoothControllers(EngineState& state, float modwheel, float pitchWheel, float channelPressure);
 
+// What leaves the master chain stays within this magnitude, whatever an effect sings.
+inline constexpr float loudest = 16.0f;
+// Holds samples to it, in place. A number that is none becomes 0, so that it never reaches the decimator, which would keep it.
+void holdWithinLoudest(float* samples, int count);
+
 class Instrument final : private MidiListener, private PatchHost {
 public:
     // Starts the wave worker and loads the welcome patch from the
@@ -81,8 +86,9 @@ public:
     // from the second one's begin on, where it acts at once, and otherwise from its next tick on.
     void renderPart(float* left, float* right, int frames, int firstFrame, const Transport& transport) noexcept;
     void renderPart(double* left, double* right, int frames, int firstFrame, const Transport& transport) noexcept;
-    // A MIDI event of the block that follows, in any order; what lies beyond the block waits. Also from other threads:
-    // two that meet cost at most one event.
+    // A MIDI event of the block that follows, in any order; what lies beyond the block waits for one as long, two blocks at
+    // most. 256 events a block: more cost one each, but no note hangs. Also from other threads: two that meet cost at most one
+    // event.
     void receive(const MidiEvent& event) noexcept;
     // The keys, 0 to 127, that a voice sounds, released or held; all of them while a load holds the engine.
     std::bitset<128> keysSounding() noexcept;
@@ -172,6 +178,8 @@ public:
     const EngineState& state() const { return state_; }
     Layer& layer(int index) { return *layers_[index]; }
     const Layer& layer(int index) const { return *layers_[index]; }
+    // The sources of chance, the frames of the internal rate until the next tick (0 or more), and the song position of the
+    // last tick in quarter notes: the audio thread, or any other while no block runs.
     RandomSources& random() { return random_; }
     float samplesToTick() const { return clock_.samplesToTick(); }
     double lastPpqPos() const { return song_.lastPpqPos(); }
@@ -212,6 +220,8 @@ private:
 
     template <class Sample>
     void renderBlock(Sample* left, Sample* right, int frames, int firstFrame, const Transport& transport);
+    template <class Sample>
+    void renderPieces(Sample* left, Sample* right, int frames, int firstFrame, const Transport& transport);
     void renderMeteredPiece(float* left, float* right, int frames, int firstFrame);
     void renderPiece(float* left, float* right, int frames, int firstFrame);
     bool renderInternally(float* left, float* right, int frames, int firstFrame);
@@ -227,6 +237,7 @@ private:
     void observe(BlockStep step, int first = 0, int second = 0) {
         if (observer_ != nullptr) observer_->onStep(step, first, second);
     }
+    void leaveFiles() noexcept;
     AllOscillators allOscillators();
     PatchWaves patchWaves();
     CustomWaveHolders customWaves();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <numeric>
+#include <utility>
 
 #include "base/numbers.h"
 #include "base/parameters.h"
@@ -25,6 +26,12 @@ constexpr int controllerSustain = 64;
 constexpr int controllerSoundOff = 120;
 constexpr int controllerReset = 121;
 constexpr int controllerNotesOff = 123;
+
+bool isKeyBegin(const MidiMessage& m) { return (m.status & kindMask) == kindNoteOn && m.data2 != 0; }
+bool isKeyEnd(const MidiMessage& m) {
+    return (m.status & kindMask) == kindNoteOff || ((m.status & kindMask) == kindNoteOn && m.data2 == 0);
+}
+std::uint16_t bitOf(int channel) { return static_cast<std::uint16_t>(1u << channel); }
 
 }  // namespace
 
@@ -58,19 +65,74 @@ void MidiIntake::receive(std::uint8_t status, std::uint8_t& data1, std::uint8_t&
 }
 
 void MidiIntake::enqueueMidi(std::uint8_t status, std::uint8_t data1, std::uint8_t data2, std::int32_t offset) {
+    const MidiMessage message{status, data1, data2, offset};
+    // Struck again, it has an end of its own to come.
+    if (isKeyBegin(message))
+        lostEnds_[data1 & 127].fetch_and(static_cast<std::uint16_t>(~bitOf(status & 0x0f)), std::memory_order_relaxed);
     int place = 0;
     while (place < queuePlaces && queued(place).status != 0) ++place;
-    if (place == queuePlaces) place = 0;
-    queue_[place].store(packed({status, data1, data2, offset}), std::memory_order_relaxed);
+    const bool isFull = place == queuePlaces;
+    if (isFull) place = 0;
+    blocksWaited_[place].store(0, std::memory_order_relaxed);
+    const Word lost = queue_[place].exchange(packed(message), std::memory_order_relaxed);
+    if (const MidiMessage end = unpacked(lost); isFull && isKeyEnd(end)) loseEnd(end.data1 & 127, end.status & 0x0f);
+}
+
+void MidiIntake::loseEnd(int key, int channel) {
+    lostEnds_[key].fetch_or(bitOf(channel), std::memory_order_relaxed);
+    hasLostEnds_.set();
 }
 
 void MidiIntake::drainMidiQueue(int pos) {
     if (state_.flags.engineLocked.isSet()) return;
+    if (std::exchange(blockBegan_, false)) {
+        if (hasLostEnds_.isSet()) makeUpForLostEnds();
+        hurryWhatWaits();
+    }
     for (int place = 0; place < queuePlaces; ++place) {
         const MidiMessage message = queued(place);
         if (message.status == 0 || message.offset > pos) continue;
         act(message);
         queue_[place].store(0, std::memory_order_relaxed);
+    }
+}
+
+// A key that is only about to begin ends a block later.
+void MidiIntake::makeUpForLostEnds() {
+    hasLostEnds_.clear();
+    for (int key = 0; key < 128; ++key) {
+        const unsigned channels = lostEnds_[key].exchange(0, std::memory_order_relaxed);
+        for (int channel = 0; channels >> channel != 0; ++channel) {
+            if ((channels >> channel & 1u) == 0) continue;
+            if (isBeginQueued(key, channel)) {
+                loseEnd(key, channel);
+            } else {
+                actOnKeyRelease(key, channel);
+            }
+        }
+    }
+}
+
+bool MidiIntake::isBeginQueued(int key, int channel) const {
+    for (int place = 0; place < queuePlaces; ++place) {
+        const MidiMessage message = queued(place);
+        if (isKeyBegin(message) && message.data1 == key && (message.status & 0x0f) == channel) return true;
+    }
+    return false;
+}
+
+void MidiIntake::hurryWhatWaits() {
+    constexpr int patience = 2;
+    for (int place = 0; place < queuePlaces; ++place) {
+        Word word = queue_[place].load(std::memory_order_relaxed);
+        if (word == 0) continue;
+        if (blocksWaited_[place].load(std::memory_order_relaxed) < patience) {
+            blocksWaited_[place].fetch_add(1, std::memory_order_relaxed);
+            continue;
+        }
+        MidiMessage message = unpacked(word);
+        message.offset = 0;
+        queue_[place].compare_exchange_strong(word, packed(message), std::memory_order_relaxed);
     }
 }
 

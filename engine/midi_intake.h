@@ -51,9 +51,14 @@ public:
     // start of the block. Any thread, usually the audio thread: two that meet cost at most one event.
     void receive(std::uint8_t status, std::uint8_t& data1, std::uint8_t& data2, std::int32_t offset);
 
-    // Queues an event at the first free place; if all 256 are taken place 0 is overwritten. Any thread: two
-    // that meet cost at most one event, and an event is never torn.
+    // Queues an event at the first free place; if all 256 are taken place 0 is overwritten. A key's end that is lost by this
+    // is made up for at the begin of the next block, so that no note hangs. Any thread: two that meet cost at most one event,
+    // and an event is never torn.
     void enqueueMidi(std::uint8_t status, std::uint8_t data1, std::uint8_t data2, std::int32_t offset);
+
+    // A block of the host begins. What two blocks with a tick have not reached, as it lay beyond them, is due at once in the
+    // third: blocks may stay shorter for good. Audio thread.
+    void beginBlock() { blockBegan_ = true; }
 
     // Acts on every queued event whose offset is not above `pos` (host frames), in the order of the places,
     // and frees them. Does nothing while `engineLocked` is set. Audio thread.
@@ -74,8 +79,9 @@ public:
     }
 
     // Sets the key table and offers the key to each layer whose `MidiSpli` is 0 or channel + 1.
-    // key 0 to 127, velocity 1 to 127, channel 0 to 15.
+    // key 0 to 127, velocity 1 to 127, channel 0 to 15. Audio thread.
     void noteOn(int key, int velocity, int channel);
+    // Clears it there, and offers the end to the same layers. Audio thread.
     void noteOff(int key, int channel);
 
     // Clears the key table and sends a note-off for keys 0 to 126 (127 is left out) to all four layers,
@@ -85,6 +91,7 @@ public:
     // The intake's share of an engine reset: sustain off, deferred note-offs forgotten. The queue stays.
     void resetPedal();
 
+    // What stands now: audio thread, or any other while the block is silent.
     float pitchWheel() const { return pitchWheel_; }            // 0 to 1, 0.5 is the centre
     float channelPressure() const { return channelPressure_; }  // 0 to 1
     bool sustainOn() const { return sustainOn_; }
@@ -101,6 +108,10 @@ private:
     static Word packed(const MidiMessage& message);
     static MidiMessage unpacked(Word word);
 
+    void loseEnd(int key, int channel);
+    bool isBeginQueued(int key, int channel) const;
+    void makeUpForLostEnds();
+    void hurryWhatWaits();
     void act(const MidiMessage& message);
     void turnWheel(int lsb, int msb);
     void actOnKeyRelease(int key, int channel);
@@ -115,6 +126,11 @@ private:
     ControllerMap& ccMap_;
     MidiListener& listener_;
     std::array<std::atomic<Word>, queuePlaces> queue_{};
+    std::array<std::atomic<std::uint8_t>, queuePlaces> blocksWaited_{};  // of the event at the place
+    // Ends of keys that a full queue lost, a bit a channel, and whether there are any.
+    std::array<std::atomic<std::uint16_t>, 128> lostEnds_{};
+    Flag hasLostEnds_;
+    bool blockBegan_ = false;
     std::atomic<std::int32_t> learnPending_{ControllerMap::none};
     Flag ccMapDirty_;
     // Keys that are really down, by channel: the engine's table has one place for a key of all channels.

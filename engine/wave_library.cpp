@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/thread_check.h"
+#include "platform/native_path.h"
 #include "sound/kernel_reads.h"
 
 namespace vantoric {
@@ -43,16 +44,17 @@ bool WaveLibrary::load(const std::string& folder, Messages& messages, const Flag
 }
 
 WaveLoad WaveLibrary::loadBanks(const std::string& folder, const Flag& stop) try {
-    return store_.loadBanks(folder, stop, [this](WaveStore&, int index, const std::filesystem::path& path, bool isSsList) {
-        return mapBank(index, path, isSsList);
-    });
+    return store_.loadBanks(platform::nativePath(folder), stop,
+                            [this](WaveStore&, int index, const std::filesystem::path& path, bool isSsList) {
+                                return mapBank(index, path, isSsList);
+                            });
 } catch (const std::bad_alloc&) {
     return WaveLoad::outOfMemory;
 }
 
 WaveLoad WaveLibrary::mapBank(int index, const std::filesystem::path& path, bool isSsList) {
     using Result = platform::MappedFile::Result;
-    const std::shared_ptr<platform::MappedFile> file = platform::MappedFile::open(path.string());
+    const std::shared_ptr<platform::MappedFile> file = platform::MappedFile::open(platform::pathText(path));
     std::array<unsigned char, bankHeaderBytes> bytes;
     if (file == nullptr || !file->read(0, bytes.data(), bytes.size())) return WaveLoad::skipped;
     const auto header = parseBankHeader(bytes);

@@ -19,20 +19,10 @@ namespace {
 
 constexpr int releaseTries = 100;  // of 1 ms that a block may take to end
 
-// What the stacks read, by SSWave from stackWaveFirst on; the computed saw reads nothing.
 BankPart stackPart(int ssWave) {
-    constexpr int sawFrame = 63, squareFrame = 0, noisySawFrame = 127;
-    switch (ssWave) {
-        case 3:
-        case 4:
-        case 5:
-        case 6:
-        case 10: return {vaTriangleSaw, false, sawFrame};
-        case 7: return {vaSquareImpulse, false, squareFrame};
-        case 8:
-        case 11: return {noNoisySaw, false, noisySawFrame};
-        default: return {};
-    }
+    if (ssWave >= stackWaveEnd) return {};
+    const StackWave& stack = stackWaves[static_cast<std::size_t>(ssWave - stackWaveFirst)];
+    return stack.wave == StackWave::computed ? BankPart{} : BankPart{stack.wave, false, stack.frame};
 }
 
 BankPart analogPart(int row) {

@@ -164,11 +164,14 @@ bool Autosave::write(const WorkingState& working) {
            platform::writeFile(path_ + patchExtension, file.data(), file.size());
 }
 
-void Autosave::removeOwn() {
+// Without memory for the names it stays, and is offered at the next start.
+void Autosave::removeOwn() noexcept try {
     if (!isOnDisk_) return;
     platform::removeFile(path_ + patchExtension);
     platform::removeFile(path_ + noteExtension);
     isOnDisk_ = false;
+} catch (...) {
+    return;
 }
 
 // ---- after a crash ----------------------------------------------------------------------------------------------

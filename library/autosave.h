@@ -66,7 +66,7 @@ private:
     void run();
     bool saveIfDue();
     bool write(const WorkingState& working);
-    void removeOwn();
+    void removeOwn() noexcept;
 
     Instrument& instrument_;
     const std::chrono::milliseconds interval_;

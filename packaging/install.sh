@@ -9,7 +9,7 @@ usage: ./install.sh [--remove] [--help]
 Links the plug-ins of this folder to where hosts look for them (~/.vst, ~/.clap, ~/.lv2, ~/.vst3), the programs to
 ~/.local/bin, and the icon and the manual pages to ~/.local/share, where it writes the menu's entry as well. The folder
 stays where it is: keep it, and run this again if you move it. With --remove all that is taken out again, and nothing
-else is touched.
+else is touched: also not what you saved, which is in this folder if you may write there.
 
 Exit codes: 0 done, 1 something was left alone or could not be done (it says what), 2 wrong use.
 TEXT
@@ -100,7 +100,15 @@ place_entry() {
 place_entry
 
 if [ $removing = yes ]; then
-    printf 'Took out %s entries. This folder can be deleted now.\n' "$count"
+    printf 'Took out %s entries.\n' "$count"
+    # As the instrument decides where what a user makes goes.
+    if [ -w "$here/Vantoric" ]; then
+        printf 'What you saved is in this folder: patches, stars and tags in %s, settings in %s.\n' \
+            "$here/Vantoric/Vantoric_sounds" "$here/Vantoric/Vantoric_data"
+        printf 'Take along what you want to keep before you delete it.\n'
+    else
+        printf 'This folder can be deleted now. What you saved is in %s.\n' "$share/vantoric"
+    fi
 else
     printf 'Made %s entries that lead into %s\n' "$count" "$here"
     case ":$PATH:" in

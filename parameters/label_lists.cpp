@@ -1,12 +1,15 @@
 #include "parameters/label_lists.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "base/lfo_waves.h"
 #include "effects/distortion_labels.h"
 #include "effects/type_labels.h"
 #include "sound/filter_labels.h"
 #include "sound/noise_labels.h"
+#include "sound/stack_waves.h"
 
 namespace vantoric {
 
@@ -38,10 +41,15 @@ constexpr const char* wavetableWaves[] = {
     "EL NoisySaw", "FM SawAdd", "FM SquareAdd", "FM ImpulseAdd", "FM PrimePairs", "WT Waves1", "WT Waves2",
     "WT Waves3", "WT Waves4", "WT Waves5", "WT Waves6", "WT Waves7", "WT Waves8",
 };
-constexpr const char* superWaves[] = {
-    "Saw 3x", "Multinoise", "Pulse 6x", "Hypersaw Vir 3x", "Hypersaw Vir 5x", "Hypersaw Vir 7x", "Hypersaw Vir 9x",
-    "Hypersquare 9x", "Hypernoise 9x", "Supersaw JP", "Supersaw clean", "Supernoise",
+constexpr const char* scannedWaves[stackWaveFirst] = {
+    "Saw 3x", "Multinoise", "Pulse 6x",
 };
+constexpr auto superWaves = [] {
+    std::array<const char*, stackWaveEnd> all{};
+    auto* const behind = std::copy(std::begin(scannedWaves), std::end(scannedWaves), all.begin());
+    std::transform(stackWaves.begin(), stackWaves.end(), behind, [](const StackWave& stack) { return stack.label; });
+    return all;
+}();
 constexpr const char* analogWaves[] = {
     "Saw", "Square", "Tri", "Sine", "Half Sine", "Comb", "Pulse Invert", "Pulse PW", "Pulse 1/2", "Pulse 2/5",
     "Pulse 1/3", "Pulse 1/4", "Pulse 1/5", "Pulse 1/6", "Pulse 1/8", "Saw Invert", "Sine Flip", "Comb 2", "Comb 3",

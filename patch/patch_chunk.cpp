@@ -60,9 +60,10 @@ void PatchChunk::boundSample(Sample& sample) {
     messages_.post("Error", "Invalid sample parametres.");
 }
 
-// A lock that a failed load left is waited for without the turn, so that the next load can take it meanwhile.
+// A lock is waited for without the turn, so that whoever set it can go on meanwhile. Behind one that a failed load left
+// nobody is at work.
 ChunkBytes PatchChunk::getChunk() try {
-    waitUntilClear(flags_.engineLocked, 100, 100, access_.sleepFunction(), false);
+    if (!access_.isLeftLocked()) waitUntilClear(flags_.engineLocked, 100, 100, access_.sleepFunction(), false);
     const EngineTurn turn(access_);
     return writeChunk();
 } catch (...) {
@@ -119,18 +120,22 @@ bool PatchChunk::refuse(const char* title, const char* text) {
 int PatchChunk::setChunk(const std::uint8_t* data, std::int32_t size) try {
     return replacePatch(data, size, nullptr) ? 1 : 0;
 } catch (...) {
-    return refuse("Error SetCh1", notEnoughMemory) ? 1 : 0;
+    refuse("Error SetCh1", notEnoughMemory);
+    return 0;
 }
 
 int PatchChunk::setCheckedChunk(const std::uint8_t* data, std::int32_t size) try {
     const auto samples = std::make_unique<NewSamples>();
     for (int index = 0; index < chunk::waveCount; ++index) {
         const int length = chunk::readSampleHeader(data, index).length;
-        if (!(*samples)[index].allocate(length)) return refuse("Error SetCh1", notEnoughMemory) ? 1 : 0;
+        if ((*samples)[index].allocate(length)) continue;
+        refuse("Error SetCh1", notEnoughMemory);
+        return 0;
     }
     return replacePatch(data, size, samples.get()) ? 1 : 0;
 } catch (...) {
-    return refuse("Error SetCh1", notEnoughMemory) ? 1 : 0;
+    refuse("Error SetCh1", notEnoughMemory);
+    return 0;
 }
 
 bool PatchChunk::replacePatch(const std::uint8_t* data, std::int32_t size, NewSamples* samples) {

@@ -22,14 +22,14 @@ class PatchHost {
 public:
     virtual void allNotesOff() = 0;
     virtual void resetEngine() = 0;
-    // All controls of the editor are to show their values anew.
+    // All parameters may have changed: whoever follows them reads them anew.
     virtual void refreshAll() = 0;
-    // The browser is to look up the name of the patch that was loaded.
+    // Another patch is in force: whoever follows its name looks it up.
     virtual void lookUpPatchName() = 0;
     // The parameters and waves of a patch are in place and will sound in a moment: what its voices read is to be
     // fetched into memory.
     virtual void prepareToSound() {}
-    // The window shows that it is busy, or no longer. Without a window nothing.
+    // A patch file is being loaded, or no longer.
     virtual void setBusy(bool busy) = 0;
 
 protected:

@@ -13,7 +13,7 @@ namespace vantoric {
 // Any thread but the audio thread, also while another loads a patch.
 class ProgramSlot {
 public:
-    static constexpr int longestName = 27;  // characters
+    static constexpr int longestName = 27;  // bytes
 
     explicit ProgramSlot(Messages& messages) : messages_(messages) {}
 
@@ -21,9 +21,9 @@ public:
     void setProgram(int index) { static_cast<void>(index); }
     int getProgram() const { return 0; }
 
-    // Stores a name. One of 28 or more characters is answered with a message and becomes "ThisNameIsTooLong".
+    // Stores a name. One of 28 or more bytes is answered with a message and becomes "ThisNameIsTooLong".
     void setProgramName(const std::string& text);
-    // The name, or "Noname" if it is empty: 1 to 27 characters.
+    // The name, or "Noname" if it is empty: 1 to 27 bytes.
     std::string getProgramName() const;
     // The name of program `index` of any category; false, with `text` as it was, for an index other than 0.
     bool getProgramNameIndexed(int category, int index, std::string& text) const;

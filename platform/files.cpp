@@ -13,9 +13,11 @@
 #ifdef _WIN32
 #include <io.h>
 #include <process.h>
+#include <share.h>
 #include <windows.h>
 #else
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 #endif
 
@@ -47,10 +49,8 @@ FileRead readAll(std::FILE* file, std::vector<std::uint8_t>& bytes, std::size_t 
 
 #ifdef _WIN32
 std::FILE* openToRead(const fs::path& path) { return _wfopen(path.c_str(), L"rb"); }
-std::FILE* openToWrite(const fs::path& path) { return _wfopen(path.c_str(), L"wb"); }
 #else
 std::FILE* openToRead(const fs::path& path) { return std::fopen(path.c_str(), "rbe"); }
-std::FILE* openToWrite(const fs::path& path) { return std::fopen(path.c_str(), "wbe"); }
 #endif
 
 // What becomes of writing the bytes of a new file.
@@ -193,7 +193,29 @@ bool writeFile(const std::string& path, const void* bytes, std::size_t size) {
     return true;
 }
 
-std::FILE* makeFile(const std::string& path) { return openToWrite(nativePath(path)); }
+#ifdef _WIN32
+
+std::FILE* makeFile(const std::string& path) { return _wfsopen(nativePath(path).c_str(), L"wb", _SH_DENYWR); }
+
+#else
+
+// The lock goes with the file's end. A device cannot be cut, and needs not be; a file system without locks does without.
+std::FILE* makeFile(const std::string& path) {
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    if (file < 0) return nullptr;
+    const bool isTaken = flock(file, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (isTaken) errno = EBUSY;
+    const bool isEmpty = !isTaken && (ftruncate(file, 0) == 0 || errno == EINVAL);
+    std::FILE* const stream = isEmpty ? fdopen(file, "wb") : nullptr;
+    if (stream == nullptr) {
+        const int why = errno;
+        close(file);
+        errno = why;
+    }
+    return stream;
+}
+
+#endif
 
 bool visitFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit) {
     std::error_code error;
@@ -228,6 +250,12 @@ bool removeFile(const std::string& path) {
     std::error_code error;
     const fs::path named = nativePath(path);
     return !fs::is_directory(fs::symlink_status(named, error)) && fs::remove(named, error);
+}
+
+bool renameFile(const std::string& from, const std::string& to) {
+    std::error_code error;
+    fs::rename(nativePath(from), nativePath(to), error);
+    return !error;
 }
 
 bool makeFolder(const std::string& path) {

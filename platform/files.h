@@ -42,8 +42,8 @@ bool readFile(const std::string& path, std::vector<std::uint8_t>& bytes, std::si
 // `bytes` may be null if `size` is 0.
 bool writeFile(const std::string& path, const void* bytes, std::size_t size);
 
-// Makes a file to be written piece by piece, over one that is there. Null, with a reason in errno, if it can't be made. Whoever
-// asked closes it.
+// Makes a file to be written piece by piece, over one that is there. Null, with a reason in errno, if it can't be made, or if
+// another one who made it so has not closed it yet, in this program or in another: it stays as it is. Whoever asked closes it.
 std::FILE* makeFile(const std::string& path);
 
 struct FolderEntry {
@@ -66,6 +66,9 @@ bool isFolder(const std::string& path);
 
 // Removes a file (no folder). False if there was none or it stays.
 bool removeFile(const std::string& path);
+
+// Gives a file another name on the same disk, over one that is there. False, with both as they were, if that cannot be.
+bool renameFile(const std::string& from, const std::string& to);
 
 // Makes a folder and those above it. True if it is there afterwards.
 bool makeFolder(const std::string& path);

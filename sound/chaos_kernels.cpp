@@ -87,7 +87,8 @@ void renderAttractors(int noiWave, AttractorLoop<System>* KernelLoops::* loop, s
     // Those of many steps a sample first, so that registers hold like ones.
     std::uint8_t order[rowCount] = {};
     std::iota(order, order + runs, std::uint8_t{0});
-    std::sort(order, order + runs, [&](int a, int b) { return calls[a].state->increment > calls[b].state->increment; });
+    const auto isLonger = [&](int a, int b) { return calls[a].state->increment > calls[b].state->increment; };
+    for (int k = 1; k < runs; ++k) std::rotate(std::upper_bound(order, order + k, order[k], isLonger), order + k, order + k + 1);
     for (int k = 0; k < runs; ++k) {
         const KernelCall& call = calls[order[k]];
         const ChaosStep step = stepOf(call);

@@ -48,7 +48,6 @@ bool makeCustomMips(CustomWave& wave, const Flag& cancel);
 
 // True if the 2048 samples of two cycles all differ by less than 3: then one's mips serve the other.
 bool sameCycle(const std::int16_t* a, const std::int16_t* b);
-inline bool sameFirstFrame(const CustomWave& a, const CustomWave& b) { return sameCycle(a.frame(0, 0), b.frame(0, 0)); }
 
 // What an oscillator of a layer has: the cycle that its user gave it and, once the worker has made it, the wave of that
 // cycle. Made waves never change, so oscillators of all instances with the same cycle share one.

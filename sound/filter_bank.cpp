@@ -55,20 +55,6 @@ void FilterBank::run(const filters::DrawStarts& starts, float* buffer, int count
     }
 }
 
-// Without draws the order of the two does not matter.
-bool FilterBank::runTogether(FilterBank& first, float* firstBuffer, FilterBank& second, float* secondBuffer, int count,
-                             LaneMask mask) {
-    const filters::Loop<voiceCount>* loop = first.commonLoop(mask);
-    if (loop == nullptr || loop != second.commonLoop(mask) || loop->draws.any()) return false;
-    const filters::DrawStarts none;
-    using Run = filters::LoopRun<voiceCount>;
-    std::array runs{Run{&first.memory_, &none, firstBuffer, mask}, Run{&second.memory_, &none, secondBuffer, mask}};
-    loop->run(runs, count);
-    first.silence(firstBuffer, count, runs[0].broken);
-    second.silence(secondBuffer, count, runs[1].broken);
-    return true;
-}
-
 void FilterBank::silence(float* buffer, int count, LaneMask broken) {
     for (; broken != 0; broken &= static_cast<LaneMask>(broken - 1)) {
         const int voice = std::countr_zero(broken);

@@ -12,6 +12,9 @@
 
 namespace vantoric {
 
+// Whether a filter type (list index, any number) may draw random numbers. Any thread.
+bool filterMayDraw(int type);
+
 // Audio thread only, but for touchMemory. Nothing here allocates after construction.
 class FilterBank {
 public:
@@ -32,11 +35,6 @@ public:
     // mask touches are left with some finite value. A voice whose memory is no longer finite is cleared and
     // silent for this run.
     void run(float* buffer, int count, LaneMask mask);
-    // Both filter places of a layer at once, in less time than one after the other and with the same result. Only
-    // where all voices of `mask` have the same loop in both and it draws no random numbers: otherwise returns false
-    // and has done nothing.
-    static bool runTogether(FilterBank& first, float* firstBuffer, FilterBank& second, float* secondBuffer, int count,
-                            LaneMask mask);
 
 private:
     friend class FilterRack;
@@ -44,7 +42,6 @@ private:
     void run(const filters::DrawStarts& starts, float* buffer, int count, LaneMask mask);
     // The loop of all voices in `mask`; null where they differ or pass audio through.
     const filters::Loop<voiceCount>* commonLoop(LaneMask mask) const;
-    const filters::FilterType<voiceCount>& typeOf(LaneMask mask) const { return *slots_[std::countr_zero(mask)].type(); }
     LaneMask sharing(const filters::Loop<voiceCount>* loop, LaneMask mask) const;
     void silence(float* buffer, int count, LaneMask broken);
     filters::DrawStarts takeDraws(int count, LaneMask mask);

@@ -3,9 +3,11 @@
 
 #include <array>
 
+#include "sound/filters/filter_menu.h"
+
 namespace vantoric {
 
 // A label for each index into the list of filter types, separators ("-") included. Any thread; for ever valid.
-extern const std::array<const char*, 64> filterLabels;
+extern const std::array<const char*, filters::menuSize> filterLabels;
 
 }  // namespace vantoric

@@ -8,6 +8,7 @@
 
 #include "sound/noise_labels.h"
 #include "sound/oscillator_state.h"
+#include "sound/stack_waves.h"
 #include "sound/wave_store.h"
 
 namespace vantoric {
@@ -15,8 +16,6 @@ namespace vantoric {
 enum SynthesisType : int { wavetableType, hypersawType, noiseType, sampleType, customWaveType, analogType };
 enum QualityGrade : int { lowCpu, highQuality, crossblendPw };
 
-inline constexpr int stackWaveFirst = 3;  // SSWave entries from here on have kernels of their own
-inline constexpr int stackWaveEnd = 12;
 inline constexpr int pulseWidthRow = 7;  // of the analog rows: "Pulse PW"
 
 namespace kernels {

@@ -79,31 +79,33 @@ int stackSteps(int ssWave, std::uint32_t increment, std::uint16_t detune, std::u
 
 namespace {
 
-constexpr int computedSaw = -1;
-constexpr int sawFrame = 63, squareFrame = 0, noisySawFrame = 127;
-
 // A stack by its entry of the SSWave list: what its voices read and what their sum is scaled by.
 struct StackKernel {
+    consteval StackKernel(std::string_view label, float sumScale)
+        : ssWave(stackLabelled(label)),
+          cycle(stackWaves.at(static_cast<std::size_t>(ssWave - stackWaveFirst))),
+          scale(sumScale) {}
+
     int ssWave;
-    int wave, frame;  // of the WTWave list, or computedSaw
+    StackWave cycle;
     float scale;
 };
-constexpr StackKernel hypersawVir3x{3, vaTriangleSaw, sawFrame, 0.16f};            // "Hypersaw Vir 3x"
-constexpr StackKernel hypersawVir5x{4, vaTriangleSaw, sawFrame, 0.132f};           // "Hypersaw Vir 5x"
-constexpr StackKernel hypersawVir7x{5, vaTriangleSaw, sawFrame, 0.1f};             // "Hypersaw Vir 7x"
-constexpr StackKernel hypersawVir9x{6, vaTriangleSaw, sawFrame, 0.08f};            // "Hypersaw Vir 9x"
-constexpr StackKernel hypersquare9x{7, vaSquareImpulse, squareFrame, 0.08f};       // "Hypersquare 9x"
-constexpr StackKernel hypernoise9x{8, noNoisySaw, noisySawFrame, 0.16f};           // "Hypernoise 9x"
-constexpr StackKernel supersawJpStack{9, computedSaw, 0, 0.1083f};                 // "Supersaw JP"
-constexpr StackKernel supersawCleanStack{10, vaTriangleSaw, sawFrame, 0.108332f};  // "Supersaw clean"
-constexpr StackKernel supernoiseStack{11, noNoisySaw, noisySawFrame, 0.2f};        // "Supernoise"
+constexpr StackKernel hypersawVir3x("Hypersaw Vir 3x", 0.16f);
+constexpr StackKernel hypersawVir5x("Hypersaw Vir 5x", 0.132f);
+constexpr StackKernel hypersawVir7x("Hypersaw Vir 7x", 0.1f);
+constexpr StackKernel hypersawVir9x("Hypersaw Vir 9x", 0.08f);
+constexpr StackKernel hypersquare9x("Hypersquare 9x", 0.08f);
+constexpr StackKernel hypernoise9x("Hypernoise 9x", 0.16f);
+constexpr StackKernel supersawJpStack("Supersaw JP", 0.1083f);
+constexpr StackKernel supersawCleanStack("Supersaw clean", 0.108332f);
+constexpr StackKernel supernoiseStack("Supernoise", 0.2f);
 
 // A stack in a call of its kernel.
 class StackRun {
 public:
     StackRun(const KernelCall& call, const StackKernel& kernel) : call_(call), kernel_(kernel) {
         const OscillatorState& state = *call.state;
-        if (!isComputed()) cycle_ = call.waves->cycle(kernel.wave, kernel.frame, levelOf(state.increment));
+        if (!isComputed()) cycle_ = call.waves->cycle(kernel.cycle.wave, kernel.cycle.frame, levelOf(state.increment));
         std::uint32_t steps[stackVoices] = {};
         stack_.voices = stackSteps(kernel.ssWave, state.increment, state.blendPending, steps);
         for (int k = 0; k < stack_.voices; ++k) {
@@ -130,7 +132,7 @@ protected:
         const float pole = clampUnit(static_cast<float>(call_.state->increment) * cornerPerIncrement);
         return {pole, 1.0f - pole, call_.state->work[memory]};
     }
-    bool isComputed() const { return kernel_.wave == computedSaw; }
+    bool isComputed() const { return kernel_.cycle.wave == StackWave::computed; }
     // The computed saw has no band-limiting. Above 48 kHz only one of two groups of its voices, the odd and the even ones in
     // turn, steps at each sample, by twice its step: 0 if the odd ones are next in the coming `count` samples, 1 the even
     // ones, below 0 all.
@@ -149,7 +151,8 @@ protected:
 
 // The plain stacks' sums are negated.
 void plainStack(const StackKernel& kernel, const KernelContext& context, std::int16_t* out, int count, OscillatorState& state) {
-    const StackKernel negated{kernel.ssWave, kernel.wave, kernel.frame, -kernel.scale};
+    StackKernel negated = kernel;
+    negated.scale = -kernel.scale;
     const KernelCall call{&context.engine, &context.waves, &context.random, out, &state, nullptr};
     StackRun run(call, negated);
     if (!run.ready()) return;

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <new>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -98,6 +99,14 @@ void toNativeOrder(std::int16_t* samples, std::size_t count) {
         }
 }
 
+// Joined as texts: libstdc++'s joining of paths leaves a broken one behind where memory ends in it.
+std::filesystem::path placeIn(const std::filesystem::path& folder, std::string_view name) {
+    auto place = folder.native();
+    if (!place.empty() && place.back() != '/') place += '/';
+    place.append(name.begin(), name.end());
+    return place;
+}
+
 std::size_t sampleCount(int frames) { return static_cast<std::size_t>(frames) * mipLevels * cycleSamples; }
 
 }  // namespace
@@ -134,7 +143,7 @@ WaveLoad WaveStore::loadBanks(const std::filesystem::path& dataFolder, const Fla
     WaveLoad result = WaveLoad::loaded;
     const auto load = [&](const WaveFile& file, int index, bool isSsList) {
         if (stop.isSet()) return;
-        if (read(*this, index, dataFolder / (std::string(file.stem) + ".va"), isSsList) == WaveLoad::outOfMemory)
+        if (read(*this, index, placeIn(dataFolder, std::string(file.stem) + ".va"), isSsList) == WaveLoad::outOfMemory)
             result = WaveLoad::outOfMemory;
     };
     for (int i = 0; i < wtWaveCount; ++i) load(wtWaveFiles[i], i, false);

@@ -32,7 +32,7 @@ ROOMS["faces"] = [*ROOMS]
 # Programs and made content: what each is made of.
 ROOMS |= {
     "apps/midi": [],
-    "apps/render": ["base", "apps/midi"],  # knows the plug-in by its binary interface alone
+    "apps/render": ["base", "platform", "apps/midi"],  # knows the plug-in by its binary interface alone, and its folders
     "apps/song": ["base", "apps/midi"],
     "apps/patch": ["base", "platform", "sound", "samples", "parameters", "patch", "loading", "library"],
     "factory/waves": ["base"],

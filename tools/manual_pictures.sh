@@ -55,8 +55,11 @@ cut_out() {
 
 # The whole window, below which the screen is black.
 picture_program() {
-    local program
-    dist/bin/vantoric --device null >"$scratch/log" 2>&1 &
+    local program fresh=$scratch/dist
+    cp -rs "$PWD/dist" "$fresh"
+    cp --remove-destination dist/bin/vantoric "$fresh/bin/vantoric"
+    rm -f "$fresh"/Vantoric/Vantoric_data/*.cfg
+    "$fresh/bin/vantoric" --device null >"$scratch/log" 2>&1 &
     program=$!
     sleep 6
     import -window root "$scratch/whole.png"

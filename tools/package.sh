@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # tools/package.sh [OUTDIR]
-# Makes the Debian package and the archive for those without root, both into OUTDIR (default: out/), and checks them.
+# Makes the Debian package, the archive for those without root and, where the compiler for Windows is installed, the archive for
+# Windows, all into OUTDIR (default: out/), and checks the package.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh
@@ -47,4 +48,14 @@ lintian --fail-on error "$out/$deb"
 [ ! -f packaging/vantoric.desktop ] || desktop-file-validate packaging/vantoric.desktop
 for info in "$scratch"/usr/share/metainfo/*.xml; do [ ! -f "$info" ] || appstreamcli validate --no-net "$info"; done
 
-ls -sh "$out/$name.tar.xz" "$out/$deb"
+say "The archive for Windows"
+windows=
+if command -v x86_64-w64-mingw32-g++-posix >/dev/null; then
+    cmake --preset windows >/dev/null
+    cmake --build build/windows
+    windows=$(packaging/windows_archive.sh build/release build/windows "$out")
+else
+    say "Left out: its compiler is not here (Debian package g++-mingw-w64-x86-64-posix)."
+fi
+
+ls -sh "$out/$name.tar.xz" "$out/$deb" ${windows:+"$windows"}

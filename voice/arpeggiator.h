@@ -40,8 +40,8 @@ public:
     // Forgets keys and sequence without stopping notes, and takes up the present type and chord.
     void reset(const float* layerBlock);
 
-    // Whether it has keys to play, held or remembered.
-    bool hasKeys() const { return heldKeys_.any() || sequenceKeys_.any(); }
+    // Whether it runs and has keys to play, held or remembered.
+    bool hasKeys() const { return active_ && (heldKeys_.any() || sequenceKeys_.any()); }
 
     // The step that plays, 0 to 15; -1 while nothing does. For displays: read without a guard.
     int playingStep() const { return active_ && !ended_ && sequenceKeys_.any() ? lastStep_ : -1; }

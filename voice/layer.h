@@ -22,7 +22,7 @@
 
 namespace vantoric {
 
-// Number of voices that a play mode (list index) lets sound.
+// Number of voices, 1 to 16, that a play mode (list index) lets sound; 16 for an index that the list does not have.
 int playModeLimit(int playMode);
 // Whether a play mode runs the one-voice path: "Monophonic" and "Legato".
 bool isOneVoiceMode(int playMode);
@@ -47,7 +47,8 @@ public:
     // index 0 to 3. Allocates everything that the layer will ever need.
     Layer(int index, const EngineState& engine, RandomSources& random, const WaveStore& waves, SleepFunction sleep);
 
-    // Events, past the MIDI channel test. Audio thread.
+    // Events, past the MIDI channel test: note 0 to 127, velocity 1 to 127. What the layer's ranges do not take does nothing.
+    // Audio thread, or any other while the block is silent.
     void noteOn(int note, int velocity);
     void noteOff(int note);
 

@@ -40,7 +40,9 @@ void Voice::noteOn(int newNote, int newVelocity) {
     age = 0;
     ticksToRefresh = 0;
     flipFlop = layer_.flipFlop;
-    std::copy_n(layer_.block().begin() + globalParameterCount, 299, mod.begin() + globalParameterCount);
+    // The last number has no function.
+    std::copy_n(layer_.block().begin() + globalParameterCount, layerParameterEnd - 1 - globalParameterCount,
+                mod.begin() + globalParameterCount);
     modSeen_ = 0;
     startEnvelopes();
     randomValue = layer_.random().congruence.unit();
@@ -232,7 +234,6 @@ void Voice::reset() {
     std::copy(layer_.block().begin(), layer_.block().end(), mod.begin());
     modSeen_ = 0;
     analogMode = false;
-    firstTick_ = true;
     age = neverPlayedAge;
 }
 

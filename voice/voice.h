@@ -62,9 +62,9 @@ public:
 
     // The state of the volume envelope is the state of the voice: 0 is idle, 6 a fast fade.
     int state() const { return envelopes[volumeEnvelope].state; }
-    bool sounding() const { return state() != 0; }
+    bool sounding() const { return state() != Envelope::Idle; }
     // Neither idle nor fading.
-    bool active() const { return state() != 0 && state() != 6; }
+    bool active() const { return state() != Envelope::Idle && state() != Envelope::Fade; }
 
     std::array<Envelope, envelopeCount> envelopes;
     std::array<Lfo, lfoCount> lfos;

@@ -8,8 +8,6 @@ namespace vantoric {
 
 namespace {
 
-constexpr int firstDrawingFilter = 50;  // "LP Butter": from here on most filter types draw
-
 constexpr float analogMakeDown = 0.333f;  // level behind the filters of an analog voice
 
 // Applies `function` to every sample of the lanes in `mask`, four voices at a time.
@@ -28,8 +26,6 @@ void onLanes(float* buffer, int count, LaneMask mask, Function&& function) {
 }
 
 }  // namespace
-
-bool filterMayDraw(int type) { return type >= firstDrawingFilter; }
 
 bool distortionMayDraw(int type) {
     const int variant = distortionVariant(type);

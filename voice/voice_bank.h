@@ -37,9 +37,7 @@ private:
     int first_ = 1000, last_ = -1;  // none
 };
 
-// Whether a filter type (list index) may draw random numbers.
-bool filterMayDraw(int type);
-// Whether a distortion type (list index) may.
+// Whether a distortion type (list index) may draw random numbers.
 bool distortionMayDraw(int type);
 
 class VoiceBank;

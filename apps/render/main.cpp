@@ -16,6 +16,7 @@
 #include "apps/render/mastering.h"
 #include "apps/render/mix.h"
 #include "apps/render/patch_file.h"
+#include "apps/render/patch_library.h"
 #include "apps/render/render.h"
 #include "apps/render/report.h"
 #include "apps/render/settings.h"
@@ -51,9 +52,9 @@ void describe(CLI::App& app, Options& options) {
     app.add_option("OUT", options.output, "WAV file to write (default: the song's name with .wav, in the current folder)");
     app.add_option("--plugin", options.plugin,
                    "plug-in module (default: Vantoric.so beside this program, in ../Vantoric or in ../lib/vantoric)");
-    app.add_option("--patch", options.patch, "patch file (.fxp) to load");
+    app.add_option("--patch", options.patch, "patch to load: a file (.fxp), or CATEGORY/NAME of the library");
     app.add_option("--sounds", options.sounds,
-                   "folder of the patches that a mix names (default: Vantoric_sounds beside the plug-in)");
+                   "folder of the patches that a mix names (default: the library, your own patches first)");
     app.add_option("--set", options.settings,
                    "set a parameter: [LAYER:]NAME=VALUE, value 0..1, #row of a list or what its display shows")
         ->allow_extra_args(false)
@@ -115,16 +116,6 @@ std::string defaultPlugin() {
     for (const fs::path& folder : {here, here / "../Vantoric", here / "../lib/vantoric"})
         if (fs::exists(folder / "Vantoric.so", ignored)) return (folder / "Vantoric.so").lexically_normal();
     return here / "Vantoric.so";
-}
-
-// Beside the plug-in, or where an installation or dist/ has them as seen from the mix.
-std::string defaultSounds(const Options& options) {
-    std::error_code ignored;
-    const fs::path beside = fs::path(options.plugin).parent_path(),
-                   above = fs::absolute(options.song, ignored).parent_path() / "..";
-    for (const fs::path& folder : {beside, above, above / "Vantoric"})
-        if (fs::is_directory(folder / "Vantoric_sounds", ignored)) return (folder / "Vantoric_sounds").lexically_normal();
-    return beside / "Vantoric_sounds";
 }
 
 void listParameters(PluginHost& plugin) {
@@ -279,13 +270,13 @@ int runMix(Options options) {
         return complain(fileTrouble, options.song, problem);
     midi::File file;
     if (const int code = loadSong(fs::path(options.song).parent_path() / mix.song, file)) return code;
-    if (options.sounds.empty()) options.sounds = defaultSounds(options);
     MixPlayer player(options, file);
     for (const MixInstrument& part : mix.instruments) {
         auto plugin = PluginHost::load(options.plugin, problem);
         if (!plugin) return complain(fileTrouble, options.plugin, problem);
         Options own = options;
-        own.patch = fs::path(options.sounds) / (part.patch + ".fxp");
+        own.patch =
+            options.sounds.empty() ? libraryPatch(part.patch) : std::string(fs::path(options.sounds) / (part.patch + ".fxp"));
         own.settings = part.settings;
         if (const int code = dress(*plugin, own)) return code;
         player.take(std::move(plugin), part);
@@ -297,7 +288,9 @@ int run(Options& options) {
     std::string problem;
     midi::File file;
     if (options.plugin.empty()) options.plugin = defaultPlugin();
+    chooseLibrary(options.plugin, options.song);
     if (isMix(options)) return runMix(options);
+    if (!options.patch.empty()) options.patch = patchPath(options.patch);
     if (!options.song.empty())
         if (const int code = loadSong(options.song, file)) return code;
     auto plugin = PluginHost::load(options.plugin, problem);

@@ -17,7 +17,17 @@ constexpr float pixelsPerLevel = 0.3333f, floorPixels = -23.0f;
 
 void store(EnvelopeCourse& course, Envelope& envelope) {
     envelope.step();
-    course.levels.push_back(static_cast<std::uint8_t>(clampUnit(envelope.level) * 127.0f));
+    course.exactLevels.push_back(clampUnit(envelope.level) * 127.0f);
+    course.levels.push_back(static_cast<std::uint8_t>(course.exactLevels.back()));
+}
+
+// The height in pixels at a place between two ticks.
+template <class Level>
+float heightAt(const std::vector<Level>& levels, double place) {
+    const auto tick = static_cast<std::size_t>(place);
+    const auto rest = static_cast<float>(place - static_cast<double>(tick));
+    const float level = levels[tick], next = levels[std::min(tick + 1, levels.size() - 1)];
+    return (level + (next - level) * rest) * pixelsPerLevel + floorPixels;
 }
 
 }  // namespace
@@ -53,13 +63,10 @@ bool EnvelopeDisplay::refresh(const EnvelopeSettings& settings, const DisplayLay
     const int columns = clampTo(layout.columns, 1, DisplayTraces::maxColumns);
     const double ticksPerColumn = static_cast<double>(course.levels.size()) / columns;
     for (int i = 0; i < columns; ++i) {
-        const double place = i * ticksPerColumn;
-        const auto tick = static_cast<std::size_t>(place);
-        const auto rest = static_cast<float>(place - static_cast<double>(tick));
-        const float level = course.levels[tick], next = course.levels[std::min(tick + 1, course.levels.size() - 1)];
-        const float height = (level + (next - level) * rest) * pixelsPerLevel;
-        traces_.traceA[static_cast<std::size_t>(i)] = (height + floorPixels) * layout.factor;
-        traces_.traceB[static_cast<std::size_t>(i)] = floorPixels * layout.factor;
+        const auto column = static_cast<std::size_t>(i);
+        traces_.traceA[column] = heightAt(course.levels, i * ticksPerColumn) * layout.factor;
+        exactTrace_[column] = heightAt(course.exactLevels, i * ticksPerColumn) * layout.factor;
+        traces_.traceB[column] = floorPixels * layout.factor;
     }
     breaks_ = {static_cast<int>(course.firstPart / ticksPerColumn), static_cast<int>(course.sustainEnd / ticksPerColumn)};
     traces_.makeOutline(columns, layout.halfHeight());

@@ -21,10 +21,12 @@ float middleOf(float first, float last) {
     return last >= 1 ? 1.0f : 0.5f * (first + last);
 }
 
-// A text as a number and what follows it.
+constexpr double largestAmount = 1e7;  // far beyond every display, where a display's last digit still counts
+
+// A text as a number and the words before and behind it.
 struct Amount {
     double number;
-    std::string unit;
+    std::string before, unit;
 };
 
 std::string lower(std::string text) {
@@ -44,7 +46,8 @@ std::optional<Amount> amountOf(std::string text) {
     const std::size_t begin = std::min(text.find_first_of("0123456789-+."), text.size());
     const auto found = numberAtStart(std::string_view(text).substr(begin));
     if (!found || !std::isfinite(found->number)) return std::nullopt;
-    return Amount{found->number, lower(trimmed(text.substr(begin + found->bytes)))};
+    return Amount{std::clamp(found->number, -largestAmount, largestAmount), lower(trimmed(text.substr(0, begin))),
+                  lower(trimmed(text.substr(begin + found->bytes)))};
 }
 
 // In the units of the displays, hertz and seconds.
@@ -60,8 +63,8 @@ enum class Quantity { plain, frequency, time, level, tempo };
 // What a unit measures; plain for none and for words that only name the parameter.
 Quantity quantityOf(const std::string& unit) {
     static const std::map<std::string, Quantity> quantities = {
-        {"hz", Quantity::frequency}, {"khz", Quantity::frequency}, {"ms", Quantity::time},  {"s", Quantity::time},
-        {"sec", Quantity::time},     {"db", Quantity::level},      {"bpm", Quantity::tempo}};
+        {"hz", Quantity::frequency}, {"khz", Quantity::frequency}, {"k", Quantity::frequency}, {"ms", Quantity::time},
+        {"s", Quantity::time},       {"sec", Quantity::time},      {"db", Quantity::level},    {"bpm", Quantity::tempo}};
     const auto found = quantities.find(unit);
     return found == quantities.end() ? Quantity::plain : found->second;
 }
@@ -74,6 +77,20 @@ bool isForeign(const Amount& amount, UnitAt&& unitAt) {
     if (wanted == Quantity::plain) return false;
     constexpr float places[] = {0.0f, 0.25f, 0.5f, 0.75f, 1.0f};
     return std::ranges::none_of(places, [&](float value) { return quantityOf(unitAt(value)) == wanted; });
+}
+
+// Whether all of a text is understood, not its number alone: behind it stands a unit that people write or what the display
+// shows there, before it nothing or the end of what the display shows there ("Semi +7", "Ratio 1:4").
+template <class ShownAt>
+bool isUnderstood(const Amount& amount, ShownAt&& shownAt) {
+    bool isUnitKnown = amount.unit.empty() || quantityOf(amount.unit) != Quantity::plain, isNameKnown = amount.before.empty();
+    for (int i = 0; i <= steps && !(isUnitKnown && isNameKnown); ++i) {
+        const std::optional<Amount> shown = shownAt(static_cast<float>(i) / steps);
+        if (!shown) continue;
+        isUnitKnown = isUnitKnown || amount.unit == shown->unit || (amount.unit == "%" && shown->unit.empty());
+        isNameKnown = isNameKnown || shown->before.ends_with(amount.before);
+    }
+    return isUnitKnown && isNameKnown;
 }
 
 // What a display tells, as a number in its base unit; nothing for a word.
@@ -137,12 +154,21 @@ std::string withoutName(const std::string& shown) {
     return before == std::string::npos ? shown : shown.substr(before + 1);
 }
 
-// The values that show exactly this, with the name before it or without.
-std::optional<float> valueShowing(Q7Editor::EffectField field, const std::string& typed) {
+// The name stands before it.
+std::optional<Amount> namedAmount(std::string text) {
+    std::replace(text.begin(), text.end(), ',', '.');
+    const std::string plain = withoutName(text);
+    auto amount = amountOf(plain);
+    if (amount) amount->before = trimmed(text.substr(0, text.size() - plain.size()) + amount->before);
+    return amount;
+}
+
+// The middle of the values whose text is as wanted.
+template <class IsWanted>
+std::optional<float> valueShowing(IsWanted&& isWanted) {
     int first = -1, last = -1;
     for (int i = 0; i <= steps; ++i) {
-        const std::string shown = lower(trimmed(effectText(field, static_cast<float>(i) / steps)));
-        if (shown != typed && !shown.ends_with(" " + typed) && !shown.ends_with(":" + typed)) continue;
+        if (!isWanted(static_cast<float>(i) / steps)) continue;
         if (first < 0) first = i;
         last = i;
     }
@@ -153,10 +179,16 @@ std::optional<float> valueShowing(Q7Editor::EffectField field, const std::string
 std::optional<float> typedEffectValue(Q7Editor::EffectField field, float now, const std::string& text) {
     const std::string typed = lower(trimmed(text));
     if (typed.empty()) return std::nullopt;
-    if (const auto value = valueShowing(field, typed)) return value;
-    auto amount = amountOf(withoutName(typed));
+    // With the name before it or without.
+    const auto isShown = [&](float value) {
+        const std::string shown = lower(trimmed(effectText(field, value)));
+        return shown == typed || shown.ends_with(" " + typed) || shown.ends_with(":" + typed);
+    };
+    if (const auto value = valueShowing(isShown)) return value;
+    auto amount = namedAmount(typed);
     const auto shownNow = amountOf(withoutName(effectText(field, now)));
     if (!amount || !shownNow || typed.find('/') != std::string::npos) return std::nullopt;
+    if (!isUnderstood(*amount, [&](float value) { return namedAmount(lower(effectText(field, value))); })) return std::nullopt;
     if (amount->unit.empty()) amount->unit = shownNow->unit;
     const auto unitAt = [&](float value) {
         const auto shown = amountOf(withoutName(effectText(field, value)));
@@ -180,18 +212,24 @@ std::optional<float> typedValue(int n, const std::string& text, int lfoMode) {
     const bool isFraction = typed.find('/') != std::string::npos;  // of a beat
     if (isLabelled(n) || isFraction) return parseParameterValue(n, typed);
     const auto amount = amountOf(typed);
-    const bool hasLetters =
-        std::any_of(typed.begin(), typed.end(), [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; });
-    if (!amount || (hasLetters && !amount->unit.empty() && lower(typed).find(amount->unit) != 0 &&
-                    !std::isdigit(static_cast<unsigned char>(typed[0])) && typed[0] != '-' && typed[0] != '+'))
-        return parseParameterValue(n, typed);  // a word such as "Free" or "Keyfol."
+    const std::string unit = lower(parameterUnit(n, lfoMode));
+    const auto shownAt = [&](float value) {
+        auto shown = amountOf(parameterText(n, value, lfoMode));
+        if (shown && !unit.empty()) shown->unit = unit;
+        return shown;
+    };
+    if (!amount || !isUnderstood(*amount, shownAt)) return parseParameterValue(n, typed);  // a word such as "Free" or "Keyfol."
     const auto unitAt = [&](float value) {
-        const std::string unit = lower(parameterUnit(n, lfoMode));
-        const auto shown = unit.empty() ? amountOf(parameterText(n, value, lfoMode)) : std::nullopt;
+        const auto shown = shownAt(value);
         return shown ? shown->unit : unit;
     };
     if (isForeign(*amount, unitAt)) return std::nullopt;
-    return nearestShown(inBaseUnit(*amount), [&](float value) { return shownAmount(n, value, lfoMode); });
+    const auto nearest = nearestShown(inBaseUnit(*amount), [&](float value) { return shownAmount(n, value, lfoMode); });
+    // One number may have two texts: a time of "0", and one that is less than "0.01".
+    const std::string plain = lower(typed).ends_with(unit) ? trimmed(typed.substr(0, typed.size() - unit.size())) : typed;
+    const auto isShown = [&](float value) { return parameterText(n, value, lfoMode) == plain; };
+    const auto exact = nearest && !isShown(*nearest) ? valueShowing(isShown) : std::nullopt;
+    return exact ? exact : nearest;
 }
 
 std::string typedRange(int n, int lfoMode) {

@@ -183,7 +183,7 @@ private:
         [](const clap_plugin_t* p) { return guarded([&] { return of(p).init(); }, false); },
         [](const clap_plugin_t* p) { delete &of(p); },
         [](const clap_plugin_t* p, double rate, std::uint32_t, std::uint32_t) {
-            return guarded([&] { return of(p).activate(rate), true; }, false);
+            return isSampleRate(rate) && guarded([&] { return of(p).activate(rate), true; }, false);
         },
         [](const clap_plugin_t* p) { of(p).instrument_.stop(); },
         [](const clap_plugin_t*) { return true; },

@@ -13,6 +13,8 @@
 
 namespace vantoric {
 
+inline constexpr double mostRate = 1e9;  // Hz, beyond all use
+
 // Runs `work`; nothing that is thrown inside reaches the host, which then gets `otherwise`.
 template <class Work, class Answer>
 Answer guarded(Work&& work, Answer otherwise) noexcept {
@@ -22,6 +24,9 @@ Answer guarded(Work&& work, Answer otherwise) noexcept {
         return otherwise;
     }
 }
+
+// Whether a number in Hz is a rate that the instrument can be set to. Hosts ask with other ones too.
+inline bool isSampleRate(double rate) { return rate > 0 && rate <= mostRate; }
 
 // 0 to 127 for 0 to 1; what lies outside counts as the end that it lies beyond, NaN as 0.
 inline std::uint8_t midiByte(double unit) { return static_cast<std::uint8_t>(truncateTo(unit * 127.0 + 0.5, 0, 127)); }

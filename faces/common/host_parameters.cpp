@@ -52,6 +52,13 @@ std::string trimmed(const std::string& text) {
     return first == text.npos ? std::string() : text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
+// Hosts hand back the dividing lines of lists too, which nobody types.
+std::optional<double> stepShowing(int index, const std::string& text) {
+    for (int step = 0; steps(index) > 0 && step <= steps(index); ++step)
+        if (stepText(index, step) == text) return step;
+    return {};
+}
+
 }  // namespace
 
 bool exists(int index) { return std::strcmp(infoOf(index).name, "-") != 0; }
@@ -120,8 +127,7 @@ std::optional<double> valueOfText(const Instrument& instrument, int index, const
     const std::string_view unitText = parameterUnit(n, lfoMode);
     if (!value && !unitText.empty() && typed.ends_with(unitText))
         value = typedValue(n, trimmed(typed.substr(0, typed.size() - unitText.size())), lfoMode);
-    if (!value) return {};
-    return plain(index, *value);
+    return value ? plain(index, *value) : stepShowing(index, typed);
 }
 
 std::string stepText(int index, int step) { return parameterText(numberOfParameter(index), stored(index, step), 0); }

@@ -364,7 +364,7 @@ const LV2_Descriptor descriptor = {
     pluginUri,
     [](const LV2_Descriptor*, double rate, const char*, const LV2_Feature* const* features) -> LV2_Handle {
         const auto* map = feature<LV2_URID_Map>(features, LV2_URID__map);
-        if (map == nullptr) return nullptr;
+        if (map == nullptr || !isSampleRate(rate)) return nullptr;
         return guarded([&]() -> LV2_Handle { return std::make_unique<Plugin>(rate, *map).release(); }, LV2_Handle{});
     },
     [](LV2_Handle handle, std::uint32_t port, void* data) { pluginOf(handle).connect(port, data); },

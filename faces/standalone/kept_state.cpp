@@ -76,10 +76,20 @@ bool keepPatch(PluggedInstrument& plugged) {
     return patch.size > 0 && write(patchStatePath(), patch.data.get(), static_cast<std::size_t>(patch.size));
 }
 
-bool loadKeptPatch(PluggedInstrument& plugged) {
+KeptPatch loadKeptPatch(PluggedInstrument& plugged) {
     std::vector<std::uint8_t> bytes;
-    if (patchStatePath().empty() || !platform::readFile(patchStatePath(), bytes, mostPatch)) return false;
-    return plugged.restore(bytes.data(), bytes.size());
+    const std::string path = patchStatePath();
+    const platform::FileRead read = path.empty() ? platform::FileRead::missing : platform::tryReadFile(path, bytes, mostPatch);
+    if (read == platform::FileRead::missing) return KeptPatch::none;
+    const bool isLoaded = read == platform::FileRead::done && plugged.restore(bytes.data(), bytes.size());
+    return isLoaded ? KeptPatch::loaded : KeptPatch::unreadable;
+}
+
+std::string setKeptPatchAside() {
+    const std::string path = patchStatePath();
+    std::string aside = path + ".unreadable";
+    for (int number = 2; platform::exists(aside); ++number) aside = path + ".unreadable " + std::to_string(number);
+    return platform::renameFile(path, aside) ? aside : "";
 }
 
 }  // namespace vantoric::standalone

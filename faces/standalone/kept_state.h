@@ -26,7 +26,10 @@ bool keepSettings(const KeptSettings& settings);
 
 // The patch in force, beside the settings.
 bool keepPatch(PluggedInstrument& plugged);
-// False if none is kept, or none that is whole, with the patch as it was; the user is told of one that is not.
-bool loadKeptPatch(PluggedInstrument& plugged);
+// Makes the kept one the patch in force; where none is kept, or none that can be read, it stays as it was.
+enum class KeptPatch { none, loaded, unreadable };
+KeptPatch loadKeptPatch(PluggedInstrument& plugged);
+// Gives the kept patch a name that none has yet, so that the next one does not replace it. The new path; empty if it stays.
+std::string setKeptPatchAside();
 
 }  // namespace vantoric::standalone

@@ -92,13 +92,14 @@ void runWithoutWindow(Standalone& program, const Options& options) {
     }
 }
 
-// What options set for this start alone is not kept.
-void keep(Standalone& program, KeptSettings& settings) {
+// What options set for this start alone is not kept. False, and told, if it could not be.
+bool keep(Standalone& program, KeptSettings& settings) {
     settings.tempo = program.player().tempo();
     settings.octave = program.hands().octave();
     settings.unwantedInputs = program.midi().unwanted();
-    if (!keepSettings(settings) || !keepPatch(program.plugged()))
-        complain(Exit::trouble, "what was set could not be kept for the next time");
+    const bool areSettingsKept = keepSettings(settings), isPatchKept = keepPatch(program.plugged());
+    if (!areSettingsKept || !isPatchKept) complain(Exit::trouble, "what was set could not be kept for the next time");
+    return areSettingsKept && isPatchKept;
 }
 
 #ifdef VANTORIC_WINDOW
@@ -126,10 +127,17 @@ bool runWithWindow(Standalone& program, KeptSettings& settings, const Options& o
 #endif
 }
 
-// What is played first: the patch that was asked for, else the one from the last time, else the welcome patch.
-bool choosePatch(Standalone& program, const Options& options) {
-    if (options.patch.empty()) return loadKeptPatch(program.plugged()), true;
-    return program.loadPatch(options.patch);
+// What is played first: the patch that was asked for, else the one from the last time, else the welcome patch. An exit code.
+Exit choosePatch(Standalone& program, const Options& options, bool isKeptAgain) {
+    PatchLoad loaded = PatchLoad::done;
+    if (options.patch.empty())
+        program.loadLastPatch(isKeptAgain);
+    else
+        loaded = program.loadPatch(options.patch);
+    if (!options.withWindow || loaded != PatchLoad::done) program.plugged().showMessages();  // a window has boxes for them
+    if (loaded == PatchLoad::done) return Exit::done;
+    complain(Exit::noPatch, options.patch + (loaded == PatchLoad::missing ? ": no such patch" : ": is no patch, or damaged"));
+    return Exit::noPatch;
 }
 
 // With sound, or with a window, where it may come later.
@@ -139,6 +147,10 @@ bool startSound(Standalone& program, const SoundChoice& choice, bool withWindow)
     if (isHeard) return say("sound: " + program.sound().description() + ", " + program.sound().priority()), true;
     complain(Exit::noSound, "no sound: " + program.sound().problem());
     return withWindow;
+}
+
+bool startRecording(Standalone& program, const std::string& path, std::string& problem) {
+    return program.recorder().start(path, static_cast<int>(program.player().rate()), problem);
 }
 
 // A build without a window plays without one, and keeps what one with it would keep.
@@ -162,13 +174,16 @@ int run(const Options& asked) {
     if (options.probe) return probe(program, choice);
     if (options.withWindow && !hasDisplay())
         return complain(Exit::noDisplay, "there is no display. --no-window plays without one.");
-    if (!choosePatch(program, options)) return complain(Exit::noPatch, options.patch + ": no such patch");
+    if (const Exit chosen = choosePatch(program, options, asked.withWindow); chosen != Exit::done)
+        return static_cast<int>(chosen);
     program.player().setTempo(settings.tempo);
     program.hands().setOctave(settings.octave);
     program.midi().setUnwanted(settings.unwantedInputs);
-    if (std::string problem; !options.record.empty() && !program.recorder().start(options.record, choice.rate, problem))
-        return complain(Exit::noRecording, options.record + ": " + problem);
+    // A file that is there is written over only once there is something to record.
+    if (!options.record.empty()) program.recorder().listen(choice.rate);
     if (!startSound(program, choice, options.withWindow)) return static_cast<int>(Exit::noSound);
+    if (std::string problem; !options.record.empty() && !startRecording(program, options.record, problem))
+        return complain(Exit::noRecording, options.record + ": " + problem);
     program.midi().poll(program.sound().midi());
     say("MIDI: " + program.midi().description());
     if (asked.withWindow && !options.withWindow) say("This program has no window: it plays until Ctrl-C.");
@@ -176,11 +191,12 @@ int run(const Options& asked) {
         runWithoutWindow(program, options);
     else if (!runWithWindow(program, settings, options))
         return complain(Exit::noDisplay, "the window could not be opened");
-    if (asked.withWindow) keep(program, settings);
+    const bool isKept = !asked.withWindow || keep(program, settings);
     const bool isWhole = program.finish();
     say(program.takeNews());
     report(program);
-    return static_cast<int>(isWhole ? Exit::done : Exit::noRecording);
+    const Exit exit = !isWhole ? Exit::noRecording : isKept ? Exit::done : Exit::trouble;
+    return static_cast<int>(exit);
 }
 
 }  // namespace

@@ -34,7 +34,10 @@ bool MainWindow::open() {
     editor_.startWithSize(startSize());
     const EditorWindow::Size size = editor_.size();
     if (!top_.open(size.width, size.height + stripPixels())) return false;
-    if (areKeysShown_ && !keysFit()) areKeysShown_ = false;
+    if (areKeysShown_ && !keysFit()) {
+        areKeysShown_ = false;
+        tell("The keys do not fit on the screen below this size: \"Editor\" has smaller ones.");
+    }
     fitTop();
     if (!editor_.open(top_.id())) return false;
     openStrip();
@@ -189,6 +192,12 @@ void MainWindow::keyDown(const WindowKey& key) {
 
 void MainWindow::keyUp(const WindowKey& key) { program_.hands().codeUp(key.code); }
 
+// Some seconds long, in the bar.
+void MainWindow::tell(const std::string& news) {
+    news_ = news;
+    newsUntil_ = clockSeconds() + newsFor;
+}
+
 // ---- what is shown ------------------------------------------------------------------------------------------
 
 void MainWindow::showBar() {
@@ -250,10 +259,7 @@ void MainWindow::showTitle() {
 
 void MainWindow::look() {
     program_.poll();
-    if (const std::string news = program_.takeNews(); !news.empty()) {
-        news_ = news;
-        newsUntil_ = clockSeconds() + newsFor;
-    }
+    if (const std::string news = program_.takeNews(); !news.empty()) tell(news);
     if (program_.hands().isAnyCodeDown()) program_.hands().releaseCodesBut(top_.codesDown());
     showBar();
     showPanel();

@@ -63,6 +63,7 @@ private:
     void closePanel();
     void look();
     void showBar();
+    void tell(const std::string& news);
     void showPanel();
     void showTitle();
     void pressed(StripBar::Part part);

@@ -12,11 +12,15 @@ namespace vantoric::standalone {
 namespace {
 
 constexpr char exitCodes[] =
-    "\nExit codes: 0 done, 1 trouble, 2 wrong use, 3 no sound, 4 no display, 5 no such patch, 6 recording failed.";
+    "\nExit codes: 0 done, 1 trouble, 2 wrong use, 3 no sound, 4 no display, 5 no such patch or a damaged one, 6 recording "
+    "failed.";
+
+std::string somethingIn(const std::string& text) { return text.empty() ? "should not be empty" : ""; }
 
 void describe(CLI::App& app, Options& options, std::string& sound) {
     app.add_flag_callback("--no-window", [&options] { options.withWindow = false; }, "play without a window, until Ctrl-C");
-    app.add_option("--patch", options.patch, "patch to begin with: a file (.fxp), or CATEGORY/NAME of the library");
+    app.add_option("--patch", options.patch, "patch to begin with: a file (.fxp), or CATEGORY/NAME of the library")
+        ->check(somethingIn);
     const SystemTexts& system = systemTexts();
     std::vector<std::string> kinds;
     for (const SoundKindName& kind : soundKinds()) kinds.emplace_back(kind.name);
@@ -24,7 +28,8 @@ void describe(CLI::App& app, Options& options, std::string& sound) {
     app.add_option("--device", options.device, system.device);
     app.add_option("--rate", options.rate, system.rate)->check(CLI::Range(8000, 192000));
     app.add_option("--period", options.period, system.period)->check(CLI::Range(16, 8192));
-    app.add_option("--record", options.record, "WAV file to record what is played into, from the first frame on");
+    app.add_option("--record", options.record, "WAV file to record what is played into, from the first frame on")
+        ->check(somethingIn);
     app.add_option("--seconds", options.seconds, "end after playing for so long")->check(CLI::Range(0.001, 1e6));
     app.add_flag("--list-devices", options.listDevices, "print the sound devices and keyboards that there are");
     app.add_flag("--probe", options.probe, "tell by the exit code whether there are a display and a sound device");

@@ -11,25 +11,31 @@ Recorder::Recorder() : ring_(2 * ringFrames) {}
 
 Recorder::~Recorder() { stop(); }
 
-bool Recorder::start(const std::string& path, int rate, std::string& problem) {
-    if (thread_.joinable()) return problem = "a recording runs", false;
-    file_ = WaveWriter::make(path, rate, problem);
-    if (!file_) return false;
-    path_ = path;
+void Recorder::listen(int rate) {
+    if (thread_.joinable()) return;
     rate_ = rate;
-    trouble_.clear();
     first_ = heard_.load(std::memory_order_acquire);
     written_ = first_;
     lost_ = 0;
+    isActive_ = true;
+}
+
+bool Recorder::start(const std::string& path, int rate, std::string& problem) {
+    if (thread_.joinable()) return problem = "a recording runs", false;
+    file_ = WaveWriter::make(path, rate, problem);
+    if (!file_) return isActive_ = false;
+    if (!isActive_ || rate != rate_) listen(rate);
+    path_ = path;
+    trouble_.clear();
     hasFailed_ = false;
     isEnding_ = false;
     try {
         thread_ = std::thread([this] { run(); });
     } catch (const std::exception& error) {
         file_.reset();
-        return problem = error.what(), false;
+        problem = error.what();
+        return isActive_ = false;
     }
-    isActive_ = true;
     return true;
 }
 
@@ -45,6 +51,7 @@ bool Recorder::stop() {
 
 void Recorder::expectRate(int rate) {
     if (!isRecording() || rate == rate_) return;
+    if (!thread_.joinable()) return listen(rate);
     const bool isEmpty = heard_ == first_;
     stop();
     if (isEmpty && start(std::string(path_), rate, trouble_)) return;

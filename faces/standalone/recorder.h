@@ -27,13 +27,17 @@ public:
 
     // ---- one thread, not the audio thread
 
-    // Begins a recording at a rate in Hz, over a file that is there. False with a reason if one runs or the file cannot be made.
+    // Holds what is played from now on, at a rate in Hz, for a recording that begins before the ring is full: no file is touched
+    // until `start` names it. Does nothing while one runs.
+    void listen(int rate);
+    // Begins a recording at a rate in Hz, over a file that is there, with what was held for it. False with a reason if one runs
+    // or the file cannot be made.
     bool start(const std::string& path, int rate, std::string& problem);
     // Ends it; returns when all is on disk. False if not all that was played is in the file: `trouble` says why.
     bool stop();
     // What follows is of this rate in Hz: a recording of another one ends as if by a failure, or begins anew where it is empty.
     void expectRate(int rate);
-    // Whether one runs. A disk that takes no more ends it; what was written before is complete by then.
+    // Whether one runs or is listened for. A disk that takes no more ends it; what was written before is complete by then.
     bool isRecording() const { return isActive_.load(std::memory_order_acquire); }
     // Whether the disk ended one that `stop` was not called for yet.
     bool hasFailed() const { return hasFailed_.load(std::memory_order_acquire); }

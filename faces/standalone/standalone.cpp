@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/files.h"
-#include "platform/module_folder.h"
+#include "platform/own_files.h"
 #include "platform/user_folders.h"
 
 namespace vantoric::standalone {
@@ -45,10 +45,21 @@ Standalone::~Standalone() {
     sound_.close();  // before the instrument loses its host
 }
 
-bool Standalone::loadPatch(const std::string& name) {
-    for (const std::string& path : {name, platform::soundsFolder() + name + ".fxp", platform::soundsFolder() + name})
-        if (platform::exists(path) && !platform::isFolder(path)) return instrument_.patchFiles().loadPatchFile(path);
-    return false;
+PatchLoad Standalone::loadPatch(const std::string& name) {
+    const std::string inLibrary = platform::belowSounds() + name;
+    for (const std::string& path : {name, platform::dataPath(inLibrary + ".fxp"), platform::dataPath(inLibrary)}) {
+        if (!platform::exists(path) || platform::isFolder(path)) continue;
+        return instrument_.patchFiles().loadPatchFile(path) ? PatchLoad::done : PatchLoad::refused;
+    }
+    return PatchLoad::missing;
+}
+
+void Standalone::loadLastPatch(bool isKeptAgain) {
+    if (loadKeptPatch(plugged_) != KeptPatch::unreadable) return;
+    const std::string aside = isKeptAgain ? setKeptPatchAside() : "";
+    std::string text = "The patch of the last time cannot be read.";
+    if (!aside.empty()) text += " It is kept as " + aside;
+    instrument_.messages().post("Vantoric", text);
 }
 
 // ---- recording ----------------------------------------------------------------------------------------------

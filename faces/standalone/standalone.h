@@ -16,6 +16,8 @@
 
 namespace vantoric::standalone {
 
+enum class PatchLoad { done, missing, refused };
+
 // On the program's main thread. It is the instrument's host.
 class Standalone final : private HostPort {
 public:
@@ -33,8 +35,12 @@ public:
     MidiInputs& midi() { return midi_; }
     Hands& hands() { return hands_; }
 
-    // A patch by its file or as CATEGORY/NAME of the library. False if there is none, or it is none.
-    bool loadPatch(const std::string& name);
+    // A patch by its file or as CATEGORY/NAME of the library, in which a user's own hides the factory's. Why one is refused is
+    // among the messages.
+    PatchLoad loadPatch(const std::string& name);
+    // The patch that was kept at the end of the last time, if any. One that cannot be read is told, and set aside where the
+    // patch is kept again at the end of this time.
+    void loadLastPatch(bool isKeptAgain);
 
     // Records into a new file of the user's music folder, or ends the recording that runs. What becomes of it is news.
     void toggleRecording();

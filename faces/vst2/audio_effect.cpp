@@ -17,7 +17,7 @@ AudioEffect* objectOf(AEffect* effect) { return effect ? static_cast<AudioEffect
 
 // Nothing that is thrown inside leaves an entry point: the host is not made for it. Then `failed()` answers.
 template <class Work, class Failed>
-auto guarded(Work&& work, Failed&& failed) noexcept {
+auto withoutThrowing(Work&& work, Failed&& failed) noexcept {
     try {
         return work();
     } catch (...) {
@@ -110,19 +110,19 @@ std::intptr_t AudioEffect::dispatchEntry(AEffect* effect, std::int32_t opcode, s
         self->closeAndDelete();
         return 1;
     };
-    return guarded(operation, [] { return std::intptr_t{0}; });
+    return withoutThrowing(operation, [] { return std::intptr_t{0}; });
 }
 
 void AudioEffect::setParameterEntry(AEffect* effect, std::int32_t index, float value) {
     AudioEffect* const self = objectOf(effect);
     if (!self || !self->parameterExists(index)) return;
-    guarded([&] { self->setParameter(index, value); }, [] {});
+    withoutThrowing([&] { self->setParameter(index, value); }, [] {});
 }
 
 float AudioEffect::getParameterEntry(AEffect* effect, std::int32_t index) {
     AudioEffect* const self = objectOf(effect);
     if (!self || !self->parameterExists(index)) return 0.0f;
-    return guarded([&] { return self->getParameter(index); }, [] { return 0.0f; });
+    return withoutThrowing([&] { return self->getParameter(index); }, [] { return 0.0f; });
 }
 
 // Adding to the outputs is gone from the interface: no sound is added.
@@ -132,15 +132,16 @@ void AudioEffect::processReplacingEntry(AEffect* effect, float** inputs, float**
     AudioEffect* const self = objectOf(effect);
     if (!self || !channelsWritable(outputs, effect->numOutputs, frames)) return;
     if (!channelsReadable(inputs, effect->numInputs)) return;
-    guarded([&] { self->processReplacing(inputs, outputs, frames); }, [&] { silence(outputs, effect->numOutputs, frames); });
+    withoutThrowing([&] { self->processReplacing(inputs, outputs, frames); },
+                    [&] { silence(outputs, effect->numOutputs, frames); });
 }
 
 void AudioEffect::processDoubleReplacingEntry(AEffect* effect, double** inputs, double** outputs, std::int32_t frames) {
     AudioEffect* const self = objectOf(effect);
     if (!self || !channelsWritable(outputs, effect->numOutputs, frames)) return;
     if (!channelsReadable(inputs, effect->numInputs)) return;
-    guarded([&] { self->processDoubleReplacing(inputs, outputs, frames); },
-            [&] { silence(outputs, effect->numOutputs, frames); });
+    withoutThrowing([&] { self->processDoubleReplacing(inputs, outputs, frames); },
+                    [&] { silence(outputs, effect->numOutputs, frames); });
 }
 
 // Operations, each checked before the plug-in sees it.

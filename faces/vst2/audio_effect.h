@@ -43,11 +43,10 @@ public:
     virtual void resume() {}
 
     // Any finite number, also 0 and negative ones, switched on or off.
-    virtual void setSampleRate(float rate) { sampleRate_ = rate; }
-    virtual float getSampleRate() { return sampleRate_; }
+    virtual void setSampleRate(float rate) { sampleRate_.store(rate, std::memory_order_relaxed); }
+    virtual float getSampleRate() { return sampleRate_.load(std::memory_order_relaxed); }
     // The largest block the host means to send (it may send larger ones); at least 1.
-    virtual void setBlockSize(std::int32_t frames) { blockSize_ = frames; }
-    std::int32_t getBlockSize() const { return blockSize_; }
+    virtual void setBlockSize(std::int32_t frames) { static_cast<void>(frames); }
 
     // One block, on the audio thread. `frames` is 0 or more, no output pointer is null; `inputs` may be null if there
     // are no inputs. Replaces what the outputs hold.
@@ -128,8 +127,7 @@ private:
 
     AEffect effect_{};
     HostCallback host_;
-    float sampleRate_ = 44100.0f;
-    std::int32_t blockSize_ = 1024;
+    std::atomic<float> sampleRate_{44100.0f};
     std::unique_ptr<AEffEditor> editor_;
     std::atomic<bool> editorOpen_{false};
     std::atomic<void*> chunkOfHost_{nullptr};

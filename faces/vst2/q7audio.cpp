@@ -147,9 +147,10 @@ std::int32_t Q7Audio::getCurrentMidiProgram(std::int32_t channel, MidiProgramNam
     return 0;
 }
 
-bool Q7Audio::hasMidiProgramsChanged(std::int32_t) {
+// All channels play the one program; each is told of a change.
+bool Q7Audio::hasMidiProgramsChanged(std::int32_t channel) {
     const std::string name = instrument_.program().getProgramName();
-    return std::exchange(nameTold_, name) != name;
+    return std::exchange(namesTold_[static_cast<std::size_t>(channel & 15)], name) != name;
 }
 
 std::int32_t Q7Audio::getChunk(void** data, bool) {

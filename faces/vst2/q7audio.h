@@ -2,6 +2,7 @@
 // to the host. Nothing else happens here.
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "faces/common/plugged_instrument.h"
@@ -72,7 +73,7 @@ private:
 
     PluggedInstrument plugged_;
     Instrument& instrument_{plugged_.instrument()};
-    std::string nameTold_;  // of the MIDI program, when the host last asked whether it changed
+    std::array<std::string, 16> namesTold_;  // of the MIDI program, when the host last asked whether it changed, by channel
 };
 
 }  // namespace vantoric

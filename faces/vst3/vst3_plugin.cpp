@@ -66,7 +66,7 @@ namespace {
 namespace hp = host_parameter;
 
 constexpr ParamID firstController = 0x10000;
-constexpr int controllersOfChannel = kCountCtrlNumber, channels = 16;
+constexpr int controllersOfChannel = kCountCtrlNumber, channels = 16, controllerCount = channels * controllersOfChannel;
 
 #ifdef _WIN32
 const FIDString windowType = kPlatformTypeHWND;
@@ -137,7 +137,7 @@ public:
     tresult PLUGIN_API setComponentState(IBStream*) override { return kResultOk; }  // it is ours already
     tresult PLUGIN_API setState(IBStream*) override { return kResultOk; }           // the component has it all
     tresult PLUGIN_API getState(IBStream*) override { return kResultOk; }
-    int32 PLUGIN_API getParameterCount() override { return parameterCount + channels * controllersOfChannel; }
+    int32 PLUGIN_API getParameterCount() override { return parameterCount + controllerCount; }
     tresult PLUGIN_API getParameterInfo(int32 place, Steinberg::Vst::ParameterInfo& info) override;
     tresult PLUGIN_API getParamStringByValue(ParamID id, ParamValue value, String128 text) override;
     tresult PLUGIN_API getParamValueByString(ParamID id, TChar* text, ParamValue& value) override;
@@ -506,7 +506,7 @@ void Plugin::setValue(int index, double normalizedValue) {
 }
 
 tresult Plugin::setupProcessing(ProcessSetup& setup) {
-    if (canProcessSampleSize(setup.symbolicSampleSize) != kResultTrue) return kResultFalse;
+    if (canProcessSampleSize(setup.symbolicSampleSize) != kResultTrue || !isSampleRate(setup.sampleRate)) return kResultFalse;
     return guarded([&] {
         instrument_.setSampleRate(static_cast<float>(setup.sampleRate));
         isOffline_.store(setup.processMode == kOffline, std::memory_order_relaxed);
@@ -590,7 +590,7 @@ Transport Plugin::transportOf(const ProcessContext* context, bool isOffline) {
 
 void Plugin::collectController(ParamID id, std::int32_t frame, double value) {
     const ParamID place = id - firstController;
-    if (id < firstController || place >= static_cast<ParamID>(channels * controllersOfChannel)) return;
+    if (id < firstController || place >= static_cast<ParamID>(controllerCount)) return;
     const auto channel = static_cast<std::uint8_t>(place / controllersOfChannel);
     const int controller = static_cast<int>(place % controllersOfChannel);
     const auto status = [channel](int nibble) { return static_cast<std::uint8_t>(nibble | channel); };
@@ -746,7 +746,8 @@ tresult Controller::getParameterInfo(int32 place, Steinberg::Vst::ParameterInfo&
 }
 
 tresult Controller::getParamStringByValue(ParamID id, ParamValue value, String128 text) {
-    if (text == nullptr) return kInvalidArgument;
+    const bool isController = id >= firstController && id - firstController < static_cast<ParamID>(controllerCount);
+    if (text == nullptr || !(isParameter(id) || isController)) return kInvalidArgument;
     return guarded([&] {
         const int index = static_cast<int>(id);
         writeText(text, 128,

@@ -26,12 +26,13 @@ struct DrawStarts {
     std::uint32_t hashSeed = 0;
 };
 
-// The draws of the voices `first` on.
+// The draws of a voice, or of groups of voices side by side.
 template <class T>
 class Draws {
     using Bits = IntegersOf<T>;
 
 public:
+    // From voice `first` on.
     Draws(const DrawStarts& starts, int first) : seed_(starts.hashSeed) {
         if constexpr (LaneTraits<T>::size == 1) {
             congruence_ = starts.congruence[first];
@@ -41,6 +42,12 @@ public:
             counter_.copy_from(&starts.hash[first], stdx::element_aligned);
         }
     }
+    // Two groups of four, wherever each is from.
+    template <class Half>
+    Draws(const Draws<Half>& low, const Draws<Half>& high)
+        : congruence_(joined(low.congruence_, high.congruence_)),
+          counter_(joined(low.counter_, high.counter_)),
+          seed_(joined(low.seed_, high.seed_)) {}
 
     // The next value of the linear congruence, 0 to 2^32 - 1.
     T congruence() {
@@ -49,14 +56,16 @@ public:
     }
     // The next value of the hash generator, 0 to 2^32 - 1.
     T hash() {
-        const Bits drawn = hashMix(counter_ ^ Bits(seed_));
+        const Bits drawn = hashMix(counter_ ^ seed_);
         counter_ = counter_ + Bits(1u);
         return fromUnsigned<T>(drawn);
     }
 
 private:
-    Bits congruence_, counter_;
-    std::uint32_t seed_;
+    template <class>
+    friend class Draws;
+
+    Bits congruence_, counter_, seed_;
 };
 
 }  // namespace vantoric::filters

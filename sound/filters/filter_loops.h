@@ -1,31 +1,18 @@
 // The sample loops of a topology and the types that they sound for, made from its rows; for the families' sources.
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <iterator>
 #include <type_traits>
 #include <utility>
 
+#include "sound/filters/filter_chains.h"
 #include "sound/filters/wide_loops.h"
 
 namespace vantoric::filters {
-
-inline constexpr float largestMemory = 1e18f;
-
-// Which lanes hold a number that is not finite, or so large that what it makes of later samples might not be.
-template <template <class> class Topology, class T>
-MaskOf<T> lanesOutOfRange(const Topology<T>& loop) {
-    constexpr int fields = sizeof(Topology<T>) / sizeof(T);
-    const auto* bytes = reinterpret_cast<const unsigned char*>(&loop);
-    T sum = T(0);
-    for (int k = 0; k < fields; ++k) {
-        T field;
-        std::memcpy(static_cast<void*>(&field), bytes + k * sizeof(T), sizeof field);
-        sum += absolute(field);
-    }
-    return !(sum < T(ScalarOf<T>(largestMemory)));
-}
 
 // The loops are flattened, as the compiler would otherwise call steps and operators through memory. With the
 // sanitizers' checks in each of them that takes minutes to compile, and speed does not matter.
@@ -35,44 +22,28 @@ MaskOf<T> lanesOutOfRange(const Topology<T>& loop) {
 #define VANTORIC_FLATTEN [[gnu::flatten]]
 #endif
 
-// Neighbouring voices of a run that fill a register.
-struct Chain {
-    LoopRun<voiceCount>* run;
-    int first;
-};
-
-// Steps K chains of `width` lanes in turn: while one waits for its last result, the others go on.
-template <template <class> class Topology, VariantOf<Topology> Variant, int width, int K>
+// Steps K chains in turn: while one waits for its last result, the others go on.
+template <template <class> class Topology, VariantOf<Topology> Variant, class Chain, int K>
 VANTORIC_FLATTEN void runChains(const Chain* chains, int count) {
-    using T = Lanes<TopologyScalar<Topology>, width>;
-    using Samples = Lanes<float, width>;
+    using T = typename Chain::T;
+    using Samples = typename Chain::Samples;
     std::array<Topology<T>, K> loops;
-    float* at[K];
+    typename Chain::At at[K];
     for (int k = 0; k < K; ++k) {
-        LoopRun<voiceCount>& run = *chains[k].run;
-        loops[k] = run.memory->template cells<Topology>().template load<width>(chains[k].first, run.mask);
-        at[k] = run.buffer + chains[k].first;
+        loops[k] = chains[k].load();
+        at[k] = chains[k].samples();
     }
     auto random = [&]<std::size_t... Index>(std::index_sequence<Index...>) {
-        return std::array{Draws<T>(*chains[Index].run->starts, chains[Index].first)...};
+        return std::array{chains[Index].draws()...};
     }(std::make_index_sequence<K>{});
     for (int i = 0; i < count; ++i) {
 #pragma GCC unroll 4
         for (int k = 0; k < K; ++k) {
-            const Samples x(at[k] + i * voiceCount, stdx::element_aligned);
-            const Samples y = lanesTo<Samples>(loops[k].template step<Variant>(lanesTo<T>(x), random[k]));
-            y.copy_to(at[k] + i * voiceCount, stdx::element_aligned);
+            const Samples x = Chain::read(at[k], i * voiceCount);
+            Chain::write(at[k], i * voiceCount, lanesTo<Samples>(loops[k].template step<Variant>(lanesTo<T>(x), random[k])));
         }
     }
-    for (int k = 0; k < K; ++k) {
-        LoopRun<voiceCount>& run = *chains[k].run;
-        const int first = chains[k].first;
-        run.memory->template cells<Topology>().template store<width>(first, loops[k], run.mask);
-        const auto bad = lanesOutOfRange(loops[k]);
-        if (!anyOf(bad)) continue;
-        for (int lane = 0; lane < width; ++lane)
-            if (bad[lane]) run.broken |= static_cast<LaneMask>(run.mask & (1u << (first + lane)));
-    }
+    for (int k = 0; k < K; ++k) chains[k].store(loops[k]);
 }
 
 // One voice; its samples stand `stride` apart. Returns whether its memory is in range.
@@ -112,22 +83,70 @@ constexpr int chainsOfRound(int left) {
     return (left + rounds - 1) / rounds;
 }
 
-template <template <class> class Topology, VariantOf<Topology> Variant, int width>
-void runInLanes(std::span<LoopRun<voiceCount>> runs, int count) {
-    Chain chains[maxLoopVoices / width];
-    int left = 0;
+// The registers to step, one for each group in which voices sound. Returns how many.
+template <template <class> class Topology>
+int chainsOf(std::span<LoopRun<voiceCount>> runs, GroupChain<Topology>* chains) {
+    int made = 0;
     for (LoopRun<voiceCount>& run : runs)
-        for (int first = 0; first < voiceCount; first += width)
-            if ((run.mask >> first & ((1 << width) - 1)) != 0) chains[left++] = {&run, first};
+        for (int first = 0; first < voiceCount; first += laneGroup)
+            if (const Group group{&run, first}; group.sounds()) chains[made++] = {group};
+    return made;
+}
+
+// A half-empty register takes as long as a full one, so two groups share one, whatever runs they are of; neighbours where
+// both sound. The last may keep an idle half.
+template <template <class> class Topology>
+int chainsOf(std::span<LoopRun<voiceCount>> runs, PairChain<Topology>* chains) {
+    int made = 0;
+    PairChain<Topology>* waiting = nullptr;  // for its second half
+    for (LoopRun<voiceCount>& run : runs)
+        for (int first = 0; first < voiceCount; first += 2 * laneGroup) {
+            const Group low{&run, first}, high{&run, first + laneGroup};
+            if (!low.sounds() && !high.sounds()) continue;
+            if (low.sounds() && high.sounds()) {
+                chains[made++] = {{low, high}};
+            } else if (waiting != nullptr) {
+                waiting->groups[1] = low.sounds() ? low : high;
+                waiting = nullptr;
+            } else {
+                waiting = &chains[made++];
+                *waiting = low.sounds() ? PairChain<Topology>{{low, high}} : PairChain<Topology>{{high, low}};
+            }
+        }
+    return made;
+}
+
+// All voices as one register, if no more sound than it holds.
+template <template <class> class Topology>
+bool gather(std::span<LoopRun<voiceCount>> runs, ScatteredChain<Topology>& chain) {
+    std::size_t found = 0;
+    for (LoopRun<voiceCount>& run : runs)
+        for (unsigned rest = run.mask; rest != 0; rest &= rest - 1) {
+            if (found == chain.places.size()) return false;
+            chain.places[found++] = {&run, std::countr_zero(rest)};
+        }
+    std::fill(chain.places.begin() + static_cast<std::ptrdiff_t>(found), chain.places.end(), chain.places[0]);
+    return true;
+}
+
+template <template <class> class Topology, VariantOf<Topology> Variant, class Chain>
+void runInLanes(std::span<LoopRun<voiceCount>> runs, int count) {
+    Chain chains[maxLoopVoices / Chain::width];
+    int left = chainsOf(runs, chains);
+    if constexpr (Chain::width > laneGroup)
+        if (ScatteredChain<Topology> few; left > 2 && gather(runs, few)) {
+            runChains<Topology, Variant, ScatteredChain<Topology>, 1>(&few, count);
+            return;
+        }
     for (const Chain* next = chains; left > 0;) {
-        const int taken = chainsOfRound<width>(left);
+        const int taken = chainsOfRound<Chain::width>(left);
         switch (taken) {
-            case 1: runChains<Topology, Variant, width, 1>(next, count); break;
-            case 2: runChains<Topology, Variant, width, 2>(next, count); break;
+            case 1: runChains<Topology, Variant, Chain, 1>(next, count); break;
+            case 2: runChains<Topology, Variant, Chain, 2>(next, count); break;
             case 3:
-                if constexpr (width == laneGroup) runChains<Topology, Variant, width, 3>(next, count);
+                if constexpr (Chain::width == laneGroup) runChains<Topology, Variant, Chain, 3>(next, count);
                 break;
-            default: runChains<Topology, Variant, width, 4>(next, count); break;
+            default: runChains<Topology, Variant, Chain, 4>(next, count); break;
         }
         next += taken;
         left -= taken;
@@ -142,7 +161,8 @@ void runLoop(std::span<LoopRun<Voices>> runs, int count) {
     else if constexpr (runsByVoice<Topology>)
         runByVoice<Topology, Variant>(runs, count);
     else
-        runInLanes<Topology, Variant, width>(runs, count);
+        runInLanes<Topology, Variant, std::conditional_t<width == laneGroup, GroupChain<Topology>, PairChain<Topology>>>(runs,
+                                                                                                                         count);
 }
 
 template <template <class> class Topology, int Voices, int width>
@@ -182,28 +202,13 @@ void clearVoice(FilterMemory<Voices>& memory, int voice) {
     if constexpr (runsByVoice<Topology>) memory.line(voice).clear();
 }
 
-template <template <class> class Topology>
-void copyGroup(const FilterMemory<voiceCount>& from, int first, FilterMemory<voiceCount>& to, int toFirst, LaneMask mask) {
-    const auto loops = from.template cells<Topology>().template load<laneGroup>(first);
-    to.template cells<Topology>().template store<laneGroup>(toFirst, loops, static_cast<LaneMask>(mask << toFirst));
-}
-
-template <int Voices, template <class> class Topology>
-constexpr auto copyGroupOf() -> decltype(FilterType<Voices>::copyGroup) {
-    if constexpr (Voices == 1)
-        return nullptr;
-    else
-        return &copyGroup<Topology>;
-}
-
 template <int Voices, template <class> class Topology>
 std::span<const FilterType<Voices>> typesOfRows() {
     static_assert(std::is_array_v<decltype(filterRows<Topology>)>, "a loop without rows");
     static constexpr auto types = []<std::size_t... Row>(std::index_sequence<Row...>) {
         return std::array{FilterType<Voices>{filterRows<Topology>[Row].index, filterRows<Topology>[Row].number,
                                              filterRows<Topology>[Row].recompute == Recompute::everySetup,
-                                             &setupVoice<Voices, Topology, Row>, &clearVoice<Voices, Topology>,
-                                             copyGroupOf<Voices, Topology>()}...};
+                                             &setupVoice<Voices, Topology, Row>, &clearVoice<Voices, Topology>}...};
     }(std::make_index_sequence<std::size(filterRows<Topology>)>{});
     return types;
 }

@@ -38,9 +38,6 @@ public:
     FilterMemory() : lineMemory_(allocateLines(Voices)) {
         for (int v = 0; v < Voices; ++v) lines_[v] = DelayLine(lineMemory_.get() + v * DelayLine::size);
     }
-    // For loops that need no delay line.
-    struct WithoutLines {};
-    explicit FilterMemory(WithoutLines) {}
 
     template <template <class> class Topology>
     auto& cells() {

@@ -9,7 +9,6 @@
 
 namespace vantoric::filters {
 
-inline constexpr int menuSize = 64;
 inline constexpr int bypassIndex = 0;
 inline constexpr int separatorIndices[] = {1, 6, 11, 16, 22, 29, 33, 40, 46, 49, 54, 59};
 
@@ -18,6 +17,23 @@ struct MenuLine {
     int index;
     const char* label;
 };
+
+template <template <class> class... Topologies>
+constexpr auto menuLines(LoopList<Topologies...>) {
+    constexpr std::size_t types = (std::size(filterRows<Topologies>) + ...);
+    std::array<MenuLine, types + std::size(separatorIndices) + 1> lines{};
+    std::size_t count = 0;
+    lines[count++] = {bypassIndex, "Bypass"};
+    for (const int index : separatorIndices) lines[count++] = {index, "-"};
+    const auto add = [&](const auto& rows) {
+        for (const auto& row : rows) lines[count++] = {row.index, row.label};
+    };
+    (add(filterRows<Topologies>), ...);
+    return lines;
+}
+
+// Types, separators and "Bypass".
+inline constexpr int menuSize = static_cast<int>(menuLines(AllLoops{}).size());
 
 enum class MenuFault { none, wrongIndex, missingIndex, doubleIndex };
 
@@ -34,20 +50,6 @@ constexpr MenuFault faultOf(std::span<const MenuLine> lines) {
     return MenuFault::none;
 }
 
-template <template <class> class... Topologies>
-constexpr auto menuLines(LoopList<Topologies...>) {
-    constexpr std::size_t types = (std::size(filterRows<Topologies>) + ...);
-    std::array<MenuLine, types + std::size(separatorIndices) + 1> lines{};
-    std::size_t count = 0;
-    lines[count++] = {bypassIndex, "Bypass"};
-    for (const int index : separatorIndices) lines[count++] = {index, "-"};
-    const auto add = [&](const auto& rows) {
-        for (const auto& row : rows) lines[count++] = {row.index, row.label};
-    };
-    (add(filterRows<Topologies>), ...);
-    return lines;
-}
-
 // The labels by index.
 consteval std::array<const char*, menuSize> menuLabels() {
     constexpr auto lines = menuLines(AllLoops{});
@@ -58,6 +60,25 @@ consteval std::array<const char*, menuSize> menuLabels() {
     std::array<const char*, menuSize> labels{};
     for (const MenuLine& line : lines) labels[static_cast<std::size_t>(line.index)] = line.label;
     return labels;
+}
+
+// Whether any variant of a loop draws random numbers.
+template <template <class> class Topology>
+consteval bool everDraws() {
+    for (int variant = 0; variant < variantCount<Topology>; ++variant)
+        if (Topology<float>::draws(static_cast<VariantOf<Topology>>(variant)).any()) return true;
+    return false;
+}
+
+// By index: whether the type's loop ever does.
+template <template <class> class... Topologies>
+consteval std::array<bool, menuSize> drawingTypes(LoopList<Topologies...>) {
+    std::array<bool, menuSize> draws{};
+    const auto mark = [&](const auto& rows, bool any) {
+        for (const auto& row : rows) draws[static_cast<std::size_t>(row.index)] = any;
+    };
+    (mark(filterRows<Topologies>, everDraws<Topologies>()), ...);
+    return draws;
 }
 
 }  // namespace vantoric::filters

@@ -1,5 +1,6 @@
 #include "sound/filters/filter_types.h"
 
+#include "sound/filter_bank.h"
 #include "sound/filter_labels.h"
 #include "sound/filters/filter_menu.h"
 #include "sound/filters/wide_loops.h"
@@ -48,6 +49,12 @@ template const FilterType<voiceCount>* findFilterType<voiceCount>(int);
 
 namespace vantoric {
 
-constinit const std::array<const char*, 64> filterLabels = filters::menuLabels();
+namespace {
+constexpr auto drawing = filters::drawingTypes(filters::AllLoops{});
+}  // namespace
+
+constinit const std::array<const char*, filters::menuSize> filterLabels = filters::menuLabels();
+
+bool filterMayDraw(int type) { return type >= 0 && type < filters::menuSize && drawing[static_cast<std::size_t>(type)]; }
 
 }  // namespace vantoric

@@ -18,8 +18,8 @@ struct LoopRun {
     LaneMask broken = 0;  // set by the loop: voices whose memory is no longer finite, or about to be
 };
 
-// Most runs that a loop takes at once, and most voices among them all.
-inline constexpr int maxLoopRuns = 10, maxLoopVoices = 8 * voiceCount;
+// Most voices of all runs that a loop takes at once.
+inline constexpr int maxLoopVoices = 8 * voiceCount;
 // Registers of voices that a loop steps in turn: as many as hide the processor's delays.
 inline constexpr int maxChains = 4;
 
@@ -40,9 +40,6 @@ struct FilterType {
     bool everyCall;  // recomputes at every setup, also with unchanged inputs
     const Loop<Voices>* (*setup)(const FilterInputs& in, FilterMemory<Voices>& memory, int voice);
     void (*clear)(FilterMemory<Voices>& memory, int voice);
-    // Copies coefficients and memories of the voices `mask` of a group of four that begins at voice `first` to the group
-    // at `toFirst`, but not a delay line. `mask`: of the four, bit 0 the first. Null for a single voice.
-    void (*copyGroup)(const FilterMemory<Voices>& from, int first, FilterMemory<Voices>& to, int toFirst, LaneMask mask);
 };
 
 // The type at an index of the list; null for "Bypass", separators and indices beyond. Voices: 1 or 16.

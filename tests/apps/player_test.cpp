@@ -13,10 +13,13 @@
 #include <thread>
 
 #include "apps/render/patch_file.h"
+#include "apps/render/patch_library.h"
 #include "apps/render/render.h"
 #include "apps/render/report.h"
 #include "apps/render/settings.h"
 #include "apps/render/wave_output.h"
+#include "platform/module_folder.h"
+#include "platform/own_files.h"
 #include "tests/apps/run_program.h"
 
 namespace vantoric::render {
@@ -309,6 +312,27 @@ std::string patchBytes(const std::string& chunk) {
 
 constexpr std::int32_t fakeId = 0x46616b65;
 
+// As with an installation that belongs to the system.
+TEST(PatchLibrary, AUsersOwnPatchHidesTheFactorys) {
+    const Folder folder;
+    const std::string root = folder.path.string() + "/", bass = "Vantoric_sounds/Bass/";
+    for (const char* part : {"lib/Vantoric_data", "lib/Vantoric_sounds/Bass", "own/Vantoric_sounds/Bass", "vst"})
+        std::filesystem::create_directories(folder.path / part);
+    for (const std::string& name : {"lib/" + bass + "Low.fxp", "lib/" + bass + "Deep.fxp", "own/" + bass + "Low.fxp",
+                                    "own/" + bass + "Mine.fxp", std::string("lib/Vantoric.so")})
+        static_cast<void>(folder.file(name, ""));
+    std::filesystem::create_symlink(root + "lib/Vantoric.so", root + "vst/Vantoric.so");
+    platform::setOwnFolder(root + "own");
+    chooseLibrary(root + "vst/Vantoric.so", "");
+    EXPECT_EQ(libraryPatch("Bass/Low"), root + "own/" + bass + "Low.fxp");
+    EXPECT_EQ(libraryPatch("Bass/Mine"), root + "own/" + bass + "Mine.fxp");
+    EXPECT_EQ(patchPath("Bass/Deep"), root + "lib/" + bass + "Deep.fxp");
+    EXPECT_EQ(patchPath(root + "lib/" + bass + "Low.fxp"), root + "lib/" + bass + "Low.fxp");
+    EXPECT_EQ(patchPath("Bass/None"), "Bass/None");
+    platform::setOwnFolder("");
+    platform::setDataFolder("");
+}
+
 TEST(PatchFile, HandsOverTheChunk) {
     const Folder folder;
     std::vector<std::uint8_t> chunk;
@@ -460,6 +484,17 @@ TEST_F(Program, LoadsPatchesAndSettings) {
     EXPECT_NE(output.find("peak      -0.0 dBFS"), std::string::npos) << output;
     EXPECT_EQ(run(song() + " " + wave + plugin() + "--set Volume=0.25 --gain -6"), 0) << errors;
     EXPECT_NE(output.find("peak      -18.0 dBFS"), std::string::npos) << output;
+}
+
+TEST_F(Program, TakesAPatchByItsPlaceInTheLibrary) {
+    std::filesystem::create_directories(folder.path / "songs");
+    std::filesystem::create_directories(folder.path / "Vantoric/Vantoric_sounds/Bass");
+    static_cast<void>(folder.file("Vantoric/Vantoric_sounds/Bass/Loud One.fxp", patchBytes("V\xff")));
+    const std::string inFolder = folder.file("songs/song.mid", test::contentOf(song()));
+    EXPECT_EQ(run(inFolder + " " + wave + plugin() + "--patch 'Bass/Loud One'"), 0) << errors;
+    EXPECT_NE(output.find("peak      -0.0 dBFS"), std::string::npos) << output;
+    EXPECT_EQ(run(inFolder + " " + wave + plugin() + "--patch 'Bass/None'"), 3);
+    EXPECT_NE(errors.find("Bass/None: cannot be opened"), std::string::npos) << errors;
 }
 
 TEST_F(Program, TellsWhichGainWouldNotClip) {

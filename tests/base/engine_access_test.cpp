@@ -71,6 +71,24 @@ TEST_F(TakingTheEngine, ALoadWaitsForALockThatWasLeftAndThenForcesIt) {
     EXPECT_FALSE(flags.engineLocked.isSet());
 }
 
+TEST_F(TakingTheEngine, ALockThatAnEndedHoldLeftIsTakenOverAtOnce) {
+    {
+        EngineHold hold(access, HoldFor::patch);
+        hold.setStaysLocked(true);
+    }
+    EXPECT_TRUE(access.isLeftLocked());
+    {
+        const EngineHold hold(access, HoldFor::settings);
+    }
+    EXPECT_TRUE(access.isLeftLocked()) << "still silent until the next load";
+    {
+        const EngineHold hold(access, HoldFor::patch);
+    }
+    EXPECT_FALSE(access.isLeftLocked());
+    EXPECT_FALSE(flags.engineLocked.isSet());
+    EXPECT_EQ(slept, 0);
+}
+
 TEST_F(TakingTheEngine, AHoldWithinAHoldLeavesTheSilenceToTheOuterOne) {
     const EngineHold outer(access, HoldFor::settings);
     {

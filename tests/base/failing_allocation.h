@@ -17,12 +17,14 @@ inline std::atomic<std::size_t> throwingAllocation{0};
 // How many plain `new` still succeed, on all threads, before every one throws; below 0: all do.
 inline std::atomic<long> allocationsLeft{-1};
 
-// Calls `make` with ever more allocations that succeed (0, 1, 3, 7, ...) until none throws; `after` looks at what each of
-// them left behind. Returns how often it failed.
+// Calls `make` with ever more allocations that succeed (each of the first 16, then a fifth more each time) until none throws;
+// `after` looks at what each of them left behind. Returns how often it failed.
 template <class Make, class After>
 int failuresUntilMade(Make make, After after) {
+    long left = 0;
     for (int failures = 0;; ++failures) {
-        allocationsLeft = (1L << failures) - 1;
+        allocationsLeft = left;
+        left += 1 + left / 16 + left / 8;
         bool isMade = true;
         try {
             make();

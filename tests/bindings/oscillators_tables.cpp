@@ -285,7 +285,7 @@ json comparedWaves(const json& in) {
     return {{"copied", each(in.at("rows"), [&](const json& row) {
                  const auto a = firstCycle(in.at("wave")), b = firstCycle(in.at("wave"));
                  b->frame(0, 0)[row[0].get<int>()] += row[1].get<std::int16_t>();
-                 return sameFirstFrame(*a, *b);
+                 return sameCycle(a->frame(0, 0), b->frame(0, 0));
              })}};
 }
 

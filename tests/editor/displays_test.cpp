@@ -130,6 +130,24 @@ TEST(EnvelopeDisplay, BreaksItsLineAroundTheSustain) {
     EXPECT_FALSE(display.refresh(settings, small));
 }
 
+// Whole levels make stairs in a window of 300 %.
+TEST(EnvelopeDisplay, HasAnExactLineAlongTheOneOfWholeLevels) {
+    EnvelopeDisplay display;
+    display.refresh({0, 0, 0.6f, 0, 0, 0.5f}, large);
+    const auto& whole = display.traces().traceA;
+    const auto& exact = display.exactTrace();
+    constexpr float level = 1.5f / 3;  // pixels
+    int equalWhole = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(display.breaks()[0]); ++i) {
+        EXPECT_GE(exact[i], whole[i] - 0.001f) << i;
+        EXPECT_LE(exact[i], whole[i] + level) << i;
+        if (i < 2) continue;
+        EXPECT_LT(exact[i], exact[i - 1]) << i;
+        equalWhole += whole[i] == whole[i - 1] ? 1 : 0;
+    }
+    EXPECT_GT(equalWhole, 10) << "the whole levels do lie on stairs here";
+}
+
 TEST(EnvelopeDisplay, ReadsTheParametersOfItsTabAndLayer) {
     test::EngineRig rig;
     rig.clearParameters();

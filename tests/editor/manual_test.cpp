@@ -180,6 +180,176 @@ TEST(Manual, EveryKnobAndButtonIsNamed) {
     }
 }
 
+// The texts in quotes of a folder's sources: what views and messages show.
+std::string quotedTexts(const std::string& folder) {
+    std::string all;
+    for (const auto& entry : fs::recursive_directory_iterator(documents / folder))
+        if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h") all += textOf(entry.path());
+    return all;
+}
+
+// What stands in the window and the program of its own beside the controls of the table.
+TEST(Manual, EveryButtonOfTheLibraryAndOfTheProgramIsNamed) {
+    const auto expectShownAndNamed = [](const char* chapterName, const char* folder, const std::vector<std::string>& buttons) {
+        const auto names = namesIn(chapter(chapterName));
+        const std::string sources = quotedTexts(folder);
+        for (const std::string& button : buttons) {
+            EXPECT_TRUE(names.contains(button)) << chapterName << ": " << button;
+            EXPECT_NE(sources.find("\"" + button + "\""), std::string::npos) << folder << ": " << button;
+        }
+    };
+    expectShownAndNamed("14-library.md", "editor",
+                        {"Previous", "Next", "Favourites", "4 stars and up", "Recent", "Mine", "Tags", "Author", "About"});
+    EXPECT_TRUE(namesIn(chapter("14-library.md")).contains("Tags \u2026"));
+    EXPECT_NE(quotedTexts("editor").find("\"Tags \\u2026\""), std::string::npos);
+    for (const char* key : {"F2", "Ctrl+T"}) EXPECT_TRUE(namesIn(chapter("14-library.md")).contains(key)) << key;
+    expectShownAndNamed("18-programs-and-hosts.md", "faces/standalone",
+                        {"Record", "Keys", "Pedal", "Panic", "Tempo", "Load", "System", "Automatic", "None", "Device", "Rate",
+                         "Period", "Keyboards"});
+}
+
+// From "### heading" to the next heading.
+std::string sectionOf(const std::string& text, const std::string& heading) {
+    const std::size_t begin = text.find("\n" + heading + "\n");
+    EXPECT_NE(begin, std::string::npos) << heading;
+    return text.substr(begin + 1, text.find("\n#", begin + 1) - begin);
+}
+
+// What the first column of a table names, "1 to 8" as each of them.
+std::set<std::string> fieldsOf(const std::string& section) {
+    std::set<std::string> fields;
+    std::istringstream lines(section);
+    const std::regex field(R"(\*\*([^*]+)\*\*(?: to \*\*([^*]+)\*\*)?)");
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.starts_with("| **")) continue;
+        const std::string cell = line.substr(0, line.find('|', 1));
+        for (std::sregex_iterator at(cell.begin(), cell.end(), field), end; at != end; ++at) {
+            const std::string name = std::regex_replace((*at)[1].str(), std::regex(R"(\\\\)"), R"(\)");
+            if (!(*at)[2].matched) {
+                fields.insert(name);
+                continue;
+            }
+            const std::size_t digits = name.find_first_of("0123456789"), toDigits = (*at)[2].str().find_first_of("0123456789");
+            for (int i = std::stoi(name.substr(digits)); i <= std::stoi((*at)[2].str().substr(toDigits)); ++i)
+                fields.insert(name.substr(0, digits) + std::to_string(i));
+        }
+    }
+    return fields;
+}
+
+TEST(Manual, TheStepsOfTheArpeggiatorAreThoseThatThereAre) {
+    const std::string text = chapter("09-arpeggiator.md");
+    const auto expectTheSame = [&](const char* heading, LabelList labels) {
+        std::set<std::string> there(labels.begin(), labels.end());
+        there.erase("-");
+        EXPECT_EQ(fieldsOf(sectionOf(text, heading)), there) << heading;
+    };
+    expectTheSame("### Vel", arpStepVolumeLabels);
+    expectTheSame("### Note", arpStepNoteLabels);
+}
+
+void add(std::set<std::string>& known, const LabelList& labels) {
+    for (const char* label : labels) known.insert(trimmed(label));
+}
+
+// The names of all that can be chosen, seen or pressed.
+std::set<std::string> knownNames() {
+    std::set<std::string> known;
+    for (const LabelList& labels :
+         {soundModeLabels,         microtuneLabels,      qualityLabels,     pitchRangeLabels, synthesisTypeLabels,
+          wavetableWaveLabels,     superWaveLabels,      noiseTypeLabels,   analogWaveLabels, loopModeLabels,
+          playModeLabels,          velocityRangeLabels,  keySplitLabels,    lfoWaveLabels,    lfoModeLabels,
+          stepShapeLabels,         stepModeLabels,       arpTypeLabels,     arpSpeedLabels,   arpChordLabels,
+          arpRetriggerLabels,      arpStepVolumeLabels,  arpStepNoteLabels, filterTypeLabels, matrixSourceLabels,
+          matrixDestinationLabels, octaveLabels,         intervalLabels,    tempoLabels,      insertTypeMenuLabels,
+          masterTypeMenuLabels,    distortionTypeLabels, midiChannelLabels})
+        add(known, labels);
+    for (const char* label : insertTypeLabels) known.insert(trimmed(label));
+    for (const int menu :
+         {tag::fileMenu, tag::copyMenu, tag::pasteMenu, tag::initMenu, tag::editorMenu, tag::helpMenu, tag::sampleEdit1})
+        add(known, menuRows(menu));
+    for (int i = 0; i < controlCount(); ++i) known.insert(controlEntry(i).caption);
+    return known;
+}
+
+// Keys of the computer, alone or with others held; parts of names; what is another program's; the ways to install.
+bool isOfAnotherKind(const std::string& name) {
+    static const std::set<std::string> others{"Alt",
+                                              "Backspace",
+                                              "Delete",
+                                              "Enter",
+                                              "Escape",
+                                              "F2",
+                                              "F5",
+                                              "Page Down",
+                                              "Page Up",
+                                              "Shift",
+                                              "Shift+Tab",
+                                              "Space",
+                                              "Tab",
+                                              "Home",
+                                              "End",
+                                              "Up",
+                                              "Down",
+                                              "Left",
+                                              "Right",
+                                              "L R",
+                                              "2x",
+                                              "4x",
+                                              "light",
+                                              "medium",
+                                              "heavy",
+                                              "stereo",
+                                              "2048",
+                                              "0Welcome",
+                                              "By hand",
+                                              "The archive",
+                                              "The Debian package",
+                                              "The chord",
+                                              "The order",
+                                              "The speed",
+                                              "The start",
+                                              "Options",
+                                              "Plugin Manager",
+                                              "Plugins",
+                                              "Preferences",
+                                              "Rescan",
+                                              "VST",
+                                              "View",
+                                              "Window",
+                                              "+-",
+                                              "Tags \u2026",
+                                              "Midi learn-> remove CC",
+                                              "No sound device",
+                                              "The keyboard does not play",
+                                              "A note comes late, or it crackles"};
+    const bool isHead = name.ends_with('.') || name.ends_with(':');
+    return isHead || name.starts_with("Ctrl+") || name.size() == 1 || others.contains(name);
+}
+
+// The other way round: nothing is named that is not there.
+TEST(Manual, WhatItNamesIsThere) {
+    const auto known = knownNames();
+    const std::string sources = quotedTexts("editor") + quotedTexts("library") + quotedTexts("parameters") +
+                                quotedTexts("effects") + quotedTexts("faces/standalone");
+    for (const fs::path& path : chapters())
+        for (const std::string& name : namesIn(textOf(path))) {
+            const bool isQuoted =
+                sources.find("\"" + name + "\"") != std::string::npos || sources.find("\"" + name + " ") != std::string::npos;
+            EXPECT_TRUE(isQuoted || known.contains(name) || isOfAnotherKind(name)) << path.filename() << ": " << name;
+        }
+}
+
+// Off and the dividing lines of the menu are none.
+TEST(Manual, UsersAreToldOfAsManyEffectsAsThereAre) {
+    const auto isNone = [](const std::string& label) { return label == "-" || label == "off"; };
+    long count = 0;
+    for (const char* label : insertTypeLabels) count += isNone(trimmed(label)) ? 0 : 1;
+    const std::string told = std::to_string(count) + " effects";
+    for (const char* path : {"README.md", "CHANGELOG.md", "packaging/metainfo.xml.in", "packaging/CMakeLists.txt"})
+        EXPECT_NE(textOf(documents / path).find(told), std::string::npos) << path << ": " << told;
+}
+
 // As the page's builder makes the anchor of a heading.
 std::string anchorOf(const std::string& heading) {
     std::string anchor;

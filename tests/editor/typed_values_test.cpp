@@ -55,6 +55,37 @@ TEST(TypedValues, AmountsBeyondTheRangeTakeItsEnd) {
     EXPECT_FLOAT_EQ(typedValue(par::MatVal1, "-999", 0).value(), 0.0f);
 }
 
+// So far that no display comes nearer to one than to the other.
+TEST(TypedValues, AmountsBeyondAllMeasureTakeTheRangesEndToo) {
+    for (const char* far : {"99999999999999999999", "99999999999999999999 Hz", "1e30"}) {
+        EXPECT_FLOAT_EQ(typedValue(par::Cutoff1, far, 0).value(), 1.0f) << far;
+        EXPECT_FLOAT_EQ(typedValue(par::Cutoff1, std::string("-") + far, 0).value(), 0.0f) << far;
+    }
+    EXPECT_FLOAT_EQ(typedValue(par::MatVal1, "99999999999999999999", 0).value(), 1.0f);
+    test::EditorRig rig;
+    rig.rig.set(hostIndexOfTag(par::FxInType, 0), 1.0f / 128);
+    const ControlEntry& field = controlEntry(controlIndexForTag(par::FxInPar1));
+    EXPECT_EQ(typedValue(rig.editor, field, "99999999999999999999"), typedValue(rig.editor, field, "99999"));
+}
+
+TEST(TypedValues, ANumberAmongOtherThingsIsNoValue) {
+    for (const char* text : {"0x10", "12abc", "5 5", "loud 5", "5 loud", "1200 Hz or so", "1-2", "5 k Hz", "<1200>"})
+        EXPECT_FALSE(typedValue(par::Cutoff1, text, 0)) << text;
+    for (const char* text : {"0x10", "12abc", "5 5", "Semi 5 of", "Fine 5"})
+        EXPECT_FALSE(typedValue(par::Semi1, text, 0)) << text;
+    EXPECT_FALSE(typedValue(par::DecVol, "5k", 0)) << "thousands of hertz";
+    EXPECT_TRUE(typedValue(par::Cutoff1, "5k", 0));
+    test::EditorRig rig;
+    for (int type = 1; type < effectTypeCount; ++type) {
+        rig.rig.set(hostIndexOfTag(par::FxInType, 0), static_cast<float>(type) / 128);
+        for (const int number : {int{par::FxInPar1}, par::FxInPar1 + 1}) {
+            const ControlEntry& field = controlEntry(controlIndexForTag(number));
+            for (const char* text : {"0x10", "12abc", "5 5", "loud 5"})
+                EXPECT_FALSE(typedValue(rig.editor, field, text)) << "type " << type << ": " << text;
+        }
+    }
+}
+
 TEST(TypedValues, WhatIsNoValueIsNotTaken) {
     for (const char* text : {"", "   ", "loud", "\xff\xfe", "--"}) EXPECT_FALSE(typedValue(par::Cutoff1, text, 0)) << text;
 }

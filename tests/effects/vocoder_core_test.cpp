@@ -109,6 +109,24 @@ TEST_F(Vocoder, AFullGateShutsEveryBandBelowAHundredth) {
     }
 }
 
+// Speech that swells until the loudest band is heard: it is so just above a hundredth.
+TEST_F(Vocoder, AFullGateOpensAtAHundredth) {
+    for (const int variant : {svc, pro}) {
+        use(variant, 1.0f, 0.5f, 0.0f, 0.0f, 1.0f);
+        const std::vector<float> speech = sine(1154.0, 1.0f, 40000), carrier = noise(14, 0.9f, 40000);
+        float loudest = 0.0f, heard = 0.0f;
+        for (std::size_t i = 0; i < speech.size() && heard == 0.0f; ++i) {
+            float left = speech[i] * 0.05f * static_cast<float>(i) / 40000.0f, right = carrier[i];
+            vocoder.process(&left, &right, 1);
+            heard = left;
+            for (int band = 0; band < vocoder.bands(); ++band) loudest = std::max(loudest, vocoder.follower(band));
+        }
+        EXPECT_NE(heard, 0.0f);
+        EXPECT_GT(loudest, 0.01f);
+        EXPECT_LT(loudest, 0.01002f);
+    }
+}
+
 TEST_F(Vocoder, TheLinearFormHasNeitherGateNorCompressor) {
     const Pair in{noise(1, 0.02f, 3000), noise(2, 0.5f, 3000)};
     use(linear, 1.0f, 0.5f, 0.0f, 0.0f, 0.0f);

@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <limits>
+#include <new>
 #include <thread>
 
 #include "base/random.h"
@@ -352,6 +353,38 @@ TEST(Block, IsRenderedAtOneRateThoughAnotherIsSetAsItBegins) {
     EXPECT_TRUE(change.isWhole);
     EXPECT_EQ(change.samples, RateChange::frames);
     rig.audio.setBlockObserver(nullptr);
+}
+
+struct ThrowsOnce final : BlockObserver {
+    void onStep(BlockStep step, int, int) override {
+        if (step != BlockStep::renderSubBlock || --stepsLeft != 0) return;
+        throw std::bad_alloc();
+    }
+    int stepsLeft = 3;
+};
+
+TEST(Block, ThatThrowsIsSilentAndTheNextBeginsAnew) {
+    EngineRig rig(48000.0f);
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.audio.resetEngine();
+    const auto peakOfABlock = [&] {
+        const std::size_t from = rig.left.size();
+        rig.block(512);
+        return rig.peak(from);
+    };
+    rig.audio.receive({0, 0x90, 60, 100});
+    EXPECT_GT(peakOfABlock(), 0.01f);
+    ThrowsOnce observer;
+    rig.audio.setBlockObserver(&observer);
+    EXPECT_EQ(peakOfABlock(), 0.0f);
+    EXPECT_FALSE(rig.audio.flags().audioRunning.isSet());
+    EXPECT_EQ(rig.audio.state().heldNote[60], 1);
+    rig.audio.setBlockObserver(nullptr);
+    peakOfABlock();
+    EXPECT_EQ(rig.audio.state().heldNote[60], 0);
+    rig.audio.receive({0, 0x90, 60, 100});
+    EXPECT_GT(peakOfABlock(), 0.01f);
 }
 
 // Whatever the rate was when a host asked for its longest block, nothing is written beyond what the block is rendered in.

@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <new>
 #include <system_error>
 #include <thread>
@@ -233,6 +236,32 @@ TEST(Instrument, InsertThatIsNoMasterEffectBehavesAsOff) {
     EXPECT_EQ(masterControls(parameters).effectType, 18);
 }
 
+TEST(Instrument, WhatLeavesTheMasterChainIsFiniteAndNotTooLoud) {
+    const float infinity = std::numeric_limits<float>::infinity();
+    std::vector<float> samples = {0.5f, -16.0f, 17.0f, -1e30f, infinity, -infinity, std::nanf(""), -std::nanf("")};
+    holdWithinLoudest(samples.data(), 8);
+    EXPECT_EQ(samples, (std::vector<float>{0.5f, -16.0f, 16.0f, -16.0f, 16.0f, -16.0f, 0.0f, 0.0f}));
+}
+
+TEST(Instrument, TheLoudestOfFourLayersReachesTheLimitOnBothSidesAndNoFarther) {
+    EngineRig rig(96000.0f);  // where nothing comes behind the master chain
+    rig.clearParameters();
+    for (int layer = 0; layer < layerCount; ++layer) {
+        rig.plainLayer(layer);
+        rig.set(par::LayerVol, 1.0f, layer);
+    }
+    for (const int n : {par::Volume, par::EqLow, par::EqMid, par::EqHigh}) rig.set(n, 1.0f);
+    rig.audio.resetEngine();
+    for (int key = 40; key < 55; ++key) rig.send({{0x90, key, 127}});
+    for (int i = 0; i < 40; ++i) rig.block(256);
+    const auto loudestOf = [](const std::vector<float>& side) {
+        return std::fabs(
+            *std::max_element(side.begin(), side.end(), [](float a, float b) { return std::fabs(a) < std::fabs(b); }));
+    };
+    EXPECT_EQ(loudestOf(rig.left), loudest);
+    EXPECT_EQ(loudestOf(rig.right), loudest);
+}
+
 TEST(Instrument, VolumeIsAGainOfOneInTheMiddleAndFourAtTheTop) {
     ParameterModel parameters;
     const std::pair<float, float> gains[] = {{0.0f, 0.0f}, {0.5f, 1.0f}, {1.0f, 4.0f}};
@@ -342,6 +371,23 @@ TEST_F(PlainInstrument, ThePedalOfAnotherChannelLeavesNoNoteBehind) {
     EXPECT_TRUE(isReleased());
 }
 
+TEST_F(PlainInstrument, TellsTheKeysThatSound) {
+    EXPECT_TRUE(rig.audio.keysSounding().none());
+    std::bitset<128> struck;
+    for (int key = 40; key < 40 + rig.audio.layer(0).limit(); ++key) {
+        rig.send({{0x90, key, 100}});
+        struck.set(static_cast<std::size_t>(key));
+    }
+    ticks(2);
+    EXPECT_EQ(rig.audio.keysSounding(), struck);
+    rig.send({{0x80, 45, 0}});
+    ticks(40);
+    EXPECT_EQ(rig.audio.keysSounding(), struck.reset(45));
+    rig.set(par::Layer1On, 0.0f);
+    rig.tick();
+    EXPECT_TRUE(rig.audio.keysSounding().none());
+}
+
 TEST_F(PlainInstrument, AnEndOnAnotherChannelEndsTheNote) {
     onChannel(1);
     rig.send({{0x90, 60, 100}});
@@ -349,6 +395,18 @@ TEST_F(PlainInstrument, AnEndOnAnotherChannelEndsTheNote) {
     EXPECT_TRUE(isHeld());
     rig.send({{0x81, 60, 0}});
     ticks(3);
+    EXPECT_TRUE(isReleased());
+}
+
+// One tick late, so that an arpeggiator whose keys have just gone ends its own notes first.
+TEST_F(PlainInstrument, ANoteWithoutAKeyEndsAtTheSecondTick) {
+    onChannel(1);
+    rig.send({{0x90, 60, 100}});
+    ticks(2);
+    rig.send({{0x81, 60, 0}});
+    rig.tick();
+    EXPECT_TRUE(isHeld());
+    rig.tick();
     EXPECT_TRUE(isReleased());
 }
 

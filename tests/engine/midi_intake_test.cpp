@@ -52,6 +52,75 @@ TEST_F(MidiInput, EventMissedByABlockIsTakenInTheNextAtTheSameOffset) {
     EXPECT_EQ(calls.size(), 1u);
 }
 
+// Blocks may have become shorter for good.
+TEST_F(MidiInput, EventThatTwoBlocksDidNotReachIsTakenInTheThird) {
+    receive(0x80, 60, 0, 600);
+    for (int block = 0; block < 2; ++block) {
+        intake.beginBlock();
+        for (int pos = 0; pos <= 512; pos += 48) intake.drainMidiQueue(pos);
+        EXPECT_TRUE(calls.empty());
+    }
+    intake.beginBlock();
+    intake.drainMidiQueue(0);
+    EXPECT_EQ(calls, (Calls{{"noteOff", 0, 60, 0}}));
+    EXPECT_EQ(queuedEvents(), 0);
+}
+
+TEST_F(MidiInput, SilentBlocksAreNotCountedAsWaiting) {
+    receive(0x80, 60, 0, 600);
+    state.flags.engineLocked.set();
+    for (int block = 0; block < 5; ++block) {
+        intake.beginBlock();
+        intake.drainMidiQueue(512);
+    }
+    state.flags.engineLocked.clear();
+    intake.beginBlock();
+    intake.drainMidiQueue(512);
+    EXPECT_TRUE(calls.empty());
+}
+
+TEST_F(MidiInput, AnEndThatAFullQueueLosesComesWithTheNextBlock) {
+    play(0x90, 60, 100);
+    calls.clear();
+    receive(0x80, 60, 0, 0);
+    for (int i = 0; i < MidiIntake::queuePlaces; ++i) receive(0xe0, 0, 64, 0);
+    intake.beginBlock();
+    intake.drainMidiQueue(0);
+    EXPECT_EQ(calls, (Calls{{"noteOff", 0, 60, 0}}));
+    EXPECT_TRUE(intake.nothingHeld());
+    intake.beginBlock();
+    intake.drainMidiQueue(0);
+    EXPECT_EQ(calls.size(), 1u) << "once";
+}
+
+TEST_F(MidiInput, ALostEndWaitsForItsQueuedBegin) {
+    receive(0xe0, 0, 64, 0);
+    receive(0x90, 61, 100, 300);
+    for (int i = 2; i < MidiIntake::queuePlaces; ++i) receive(0xe0, 0, 64, 0);
+    receive(0x80, 61, 0, 400);
+    receive(0xe0, 0, 64, 0);  // over that end
+    intake.beginBlock();
+    intake.drainMidiQueue(299);
+    EXPECT_TRUE(calls.empty());
+    intake.drainMidiQueue(511);
+    EXPECT_EQ(calls, (Calls{{"noteOn", 0, 61, 100}}));
+    intake.beginBlock();
+    intake.drainMidiQueue(0);
+    EXPECT_EQ(calls, (Calls{{"noteOn", 0, 61, 100}, {"noteOff", 0, 61, 0}}));
+}
+
+TEST_F(MidiInput, AKeyStruckAgainAfterALostEndIsHeld) {
+    play(0x90, 60, 100);
+    receive(0x80, 60, 0, 0);
+    for (int i = 0; i < MidiIntake::queuePlaces; ++i) receive(0xe0, 0, 64, 0);
+    receive(0x90, 60, 90, 0);
+    for (int block = 0; block < 3; ++block) {
+        intake.beginBlock();
+        intake.drainMidiQueue(0);
+    }
+    EXPECT_FALSE(intake.nothingHeld());
+}
+
 TEST_F(MidiInput, NothingIsDrainedWhileTheEngineIsLocked) {
     receive(0x90, 60, 100, 0);
     state.flags.engineLocked.set();
@@ -232,6 +301,15 @@ TEST_F(MidiInput, AllNotesOffReachesAllLayersButNotTheHighestKey) {
     EXPECT_EQ(heldNotes(), 0);
     for (int key = 0; key < 127; ++key) EXPECT_EQ(quietNoteOffs[key], 4) << key;
     EXPECT_EQ(quietNoteOffs[127], 0);
+}
+
+TEST_F(MidiInput, AllNotesOffForgetsTheKeysOfEveryChannel) {
+    for (const int channel : {0, 7, 15}) play(static_cast<std::uint8_t>(0x90 + channel), 60, 100);
+    EXPECT_FALSE(intake.nothingHeld());
+    EXPECT_TRUE(intake.keysHeard(0).test(60));
+    allNotesOff();
+    EXPECT_TRUE(intake.nothingHeld());
+    EXPECT_TRUE(intake.keysHeard(0).none());
 }
 
 TEST_F(MidiInput, ResetControllersClearsTheTableAndCentresTheWheel) {

@@ -313,6 +313,24 @@ TEST_F(Worker, KnowsTheBanksThatAPatchPlays) {
     }
 }
 
+TEST_F(Worker, KnowsTheCycleThatEachStackReads) {
+    struct Row {
+        int ssWave, wave, frame;
+    };
+    constexpr int none = BankPart::none, whole = BankPart::allFrames;
+    constexpr Row rows[] = {{3, vaTriangleSaw, 63},  {4, vaTriangleSaw, 63}, {5, vaTriangleSaw, 63}, {6, vaTriangleSaw, 63},
+                            {7, vaSquareImpulse, 0}, {8, noNoisySaw, 127},   {9, none, whole},       {10, vaTriangleSaw, 63},
+                            {11, noNoisySaw, 127},   {12, none, whole},      {127, none, whole}};
+    parameters.writeRaw(parameter::SynType1, listValue(hypersawType));
+    for (const Row& row : rows) {
+        parameters.writeRaw(parameter::SSWave1, listValue(row.ssWave));
+        const BankPart part = banksInUse(parameters)[0];
+        EXPECT_EQ(part.index, row.wave) << row.ssWave;
+        EXPECT_EQ(part.frame, row.frame) << row.ssWave;
+        EXPECT_FALSE(part.isSsList) << row.ssWave;
+    }
+}
+
 TEST(WaveChoices, AreTheTypesAndTheThreeListsOfWavesOfAllLayers) {
     int count = 0;
     for (int index = -1; index <= parameterCount; ++index) count += choosesWave(index);

@@ -11,9 +11,10 @@ seconds=4
 . "$(dirname "$0")/../host/ardour/common.sh"
 
 # An installation whose first patch is the one to play: modules as files, since they look for the data where they really lie.
+# They keep their age: Ardour scans again what is not a whole second older than what it knows of it.
 installed=$work/installed
 mkdir -p "$installed" "$work/lv2"
-cp -r "$folder"/Vantoric.so "$folder"/Vantoric.lv2 "$folder"/Vantoric.vst3 "$installed/" 2> /dev/null || true
+cp -rp "$folder"/Vantoric.so "$folder"/Vantoric.lv2 "$folder"/Vantoric.vst3 "$installed/" 2> /dev/null || true
 ln -s "$folder/Vantoric_data" "$folder/Vantoric_wavetables" "$installed/"
 cp -rs "$folder/Vantoric_sounds" "$installed/"
 patch=$work/plain.fxp

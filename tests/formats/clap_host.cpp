@@ -63,6 +63,11 @@ public:
         stop();
         isOn_ = plugin_->activate(plugin_, rate, 1, static_cast<std::uint32_t>(mostFrames)) && plugin_->start_processing(plugin_);
     }
+    bool takesRate(double rate) override {
+        const bool isTaken = plugin_->activate(plugin_, rate, 1, 64);
+        if (isTaken) plugin_->deactivate(plugin_);
+        return isTaken;
+    }
     void stop() override {
         if (!isOn_) return;
         plugin_->stop_processing(plugin_);
@@ -118,14 +123,21 @@ public:
         if (double value = 0; params->text_to_value(plugin_, info.id, text, &value)) facts.defaultByText = value;
         return facts;
     }
+    bool hasText(std::uint32_t id) override {
+        char text[256] = {};
+        return extension<clap_plugin_params_t>(CLAP_EXT_PARAMS)->value_to_text(plugin_, id, 0, text, sizeof text);
+    }
     Bytes save(std::size_t piece) override {
         struct Target {
-            Bytes bytes;
+            const StreamFault& fault;
             std::size_t piece;
-        } target{{}, piece};
+            Bytes bytes;
+            std::size_t turn = 0;
+        } target{fault_, piece, {}};
         const clap_ostream_t stream{&target, [](const clap_ostream_t* s, const void* from, std::uint64_t size) -> std::int64_t {
                                         auto& to = *static_cast<Target*>(s->ctx);
-                                        const auto taken = std::min<std::uint64_t>(size, to.piece);
+                                        if (to.fault.hasBegun(to.bytes.size())) return wrong(to.fault, size);
+                                        const auto taken = std::min<std::uint64_t>(size, to.fault.most(to.piece, to.turn++));
                                         const auto* bytes = static_cast<const std::uint8_t*>(from);
                                         to.bytes.insert(to.bytes.end(), bytes, bytes + taken);
                                         return static_cast<std::int64_t>(taken);
@@ -137,18 +149,14 @@ public:
             const Bytes& bytes;
             std::size_t piece;
             const StreamFault& fault;
-            std::size_t at = 0;
+            std::size_t at = 0, turn = 0;
         } source{state, piece, fault_};
         const clap_istream_t stream{
             &source, [](const clap_istream_t* s, void* to, std::uint64_t size) -> std::int64_t {
                 auto& from = *static_cast<Source*>(s->ctx);
-                if (from.at >= from.fault.at && from.fault.kind != StreamFault::none) {
-                    if (from.fault.kind == StreamFault::error) return -1;
-                    if (from.fault.kind == StreamFault::tooMuch) return static_cast<std::int64_t>(size) + 1;
-                    return 0;
-                }
-                const auto given =
-                    std::min<std::size_t>({static_cast<std::size_t>(size), from.piece, from.bytes.size() - from.at});
+                if (from.fault.hasBegun(from.at)) return wrong(from.fault, size);
+                const auto given = std::min<std::size_t>(
+                    {static_cast<std::size_t>(size), from.fault.most(from.piece, from.turn++), from.bytes.size() - from.at});
                 std::copy_n(from.bytes.begin() + static_cast<std::ptrdiff_t>(from.at), given, static_cast<std::uint8_t*>(to));
                 from.at += given;
                 return static_cast<std::int64_t>(given);
@@ -176,6 +184,11 @@ public:
     void closeWindow() override { extension<clap_plugin_gui_t>(CLAP_EXT_GUI)->destroy(plugin_); }
 
 private:
+    // What a broken stream says that was asked to move so many bytes.
+    static std::int64_t wrong(const StreamFault& fault, std::uint64_t size) {
+        if (fault.kind == StreamFault::error) return -1;
+        return fault.kind == StreamFault::tooMuch ? static_cast<std::int64_t>(size) + 1 : 0;
+    }
     template <class Extension>
     const Extension* extension(const char* id) const {
         return static_cast<const Extension*>(plugin_->get_extension(plugin_, id));

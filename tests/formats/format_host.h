@@ -66,8 +66,17 @@ using Bytes = std::vector<std::uint8_t>;
 // How a host's stream may misbehave, once so many bytes have gone through it.
 struct StreamFault {
     enum Kind { none, error, tooMuch, early, badType } kind = none;
-    std::size_t at = 0;  // bytes
-    Bytes ports;         // LV2: what the state says of the ports; empty for nothing
+    std::size_t at = 0;          // bytes
+    Bytes pieces;                // what goes through at once, in turn: so many bytes and one; empty for the call's own size
+    std::optional<Bytes> ports;  // LV2: what the state says of the ports
+    int type = 0;                // LV2: of the wrong ones
+
+    // Whether a stream is broken that has moved so many bytes.
+    bool hasBegun(std::size_t moved) const { return kind != none && moved >= at; }
+    // How many bytes may go through at once, as the turn counts.
+    std::size_t most(std::size_t piece, std::size_t turn) const {
+        return pieces.empty() ? piece : pieces[turn % pieces.size()] + std::size_t{1};
+    }
 };
 
 // One instance of the plug-in.
@@ -80,12 +89,14 @@ public:
     virtual bool useDoubles() { return false; }
     virtual void start(double rate, int mostFrames) = 0;
     virtual void stop() = 0;
+    // Whether it can be set to a rate; asked while it is off.
+    virtual bool takesRate(double rate) = 0;
     // A block with these events, in this order.
     virtual Sound render(int frames, const std::vector<Event>& events = {}, Outputs outputs = both) = 0;
     // The state, in pieces of at most so many bytes; empty if the plug-in fails.
     virtual Bytes save(std::size_t piece) = 0;
     virtual bool load(const Bytes& state, std::size_t piece) = 0;
-    // What is wrong with the streams of the loads that follow.
+    // What is wrong with the streams of the loads and saves that follow.
     void setFault(StreamFault fault) { fault_ = std::move(fault); }
     // The stored value of a parameter without states, as the format tells it; below 0 where it does not.
     virtual double parameter(int) { return -1; }
@@ -94,6 +105,8 @@ public:
     // Nothing where the format does not tell.
     virtual std::optional<ParameterFacts> facts(int) { return {}; }
     virtual int parameterCount() { return 0; }
+    // Whether it has a text for the lowest value of a parameter by its number, of which there may be none.
+    virtual bool hasText(std::uint32_t) { return false; }
     // All sound ends, where the format has such a call. On the thread that renders.
     virtual void reset() {}
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <random>
 
 #include "base/parameters.h"
@@ -156,6 +157,16 @@ TEST_P(Formats, OddOrdersAreBorne) {
     host->start(400, 1);                     // too low for any sound
     host->render(64, {Event::note(0, 60)});  // the end of what was heard before
     EXPECT_LT(host->render(64).peak(), 1e-4f);
+    host->start(rate, block);
+    EXPECT_GT(play(*host, 8).peak(), 0.001f);
+}
+
+TEST_P(Formats, ARateThatIsNoneIsRefused) {
+    const auto host = make(false);
+    for (const double none : {0.0, -1.0, -48000.0, 1e300, std::numeric_limits<double>::infinity(),
+                              -std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()})
+        EXPECT_FALSE(host->takesRate(none)) << none;
+    for (const double some : {8000.0, 44100.0, 768000.0}) EXPECT_TRUE(host->takesRate(some)) << some;
     host->start(rate, block);
     EXPECT_GT(play(*host, 8).peak(), 0.001f);
 }

@@ -46,6 +46,11 @@ public:
         }
         descriptor_->activate(handle_);
     }
+    bool takesRate(double rate) override {
+        const LV2_Handle made = descriptor_->instantiate(descriptor_, rate, "", features_);
+        if (made != nullptr) descriptor_->cleanup(made);
+        return made != nullptr;
+    }
     void stop() override { descriptor_->deactivate(handle_); }
 
     Sound render(int frames, const std::vector<Event>& events, Outputs outputs) override {
@@ -71,27 +76,28 @@ public:
         properties_.clear();
         const auto store = [](LV2_State_Handle host, std::uint32_t key, const void* value, std::size_t size, std::uint32_t,
                               std::uint32_t) {
+            auto& self = *static_cast<Lv2Host*>(host);
+            if (self.fault_.kind == StreamFault::error) return LV2_STATE_ERR_UNKNOWN;
             const auto* bytes = static_cast<const std::uint8_t*>(value);
-            static_cast<Lv2Host*>(host)->properties_[key] = Bytes(bytes, bytes + size);
+            self.properties_[key] = Bytes(bytes, bytes + size);
             return LV2_STATE_SUCCESS;
         };
         if (state()->save(handle_, store, this, 0, features_) != LV2_STATE_SUCCESS) return {};
         return properties_[numberOf(nullptr, lv2::patchUri)];
     }
     bool load(const Bytes& state_, std::size_t) override {
-        properties_[numberOf(nullptr, lv2::patchUri)] = state_;
-        if (fault_.kind == StreamFault::early) properties_.erase(numberOf(nullptr, lv2::patchUri));
-        if (!fault_.ports.empty()) properties_[numberOf(nullptr, lv2::portsUri)] = fault_.ports;
+        Bytes& patch = properties_[numberOf(nullptr, lv2::patchUri)] = state_;
+        if (fault_.kind == StreamFault::early) patch.resize(std::min(patch.size(), fault_.at));
+        if (fault_.ports) properties_[numberOf(nullptr, lv2::portsUri)] = *fault_.ports;
         const auto retrieve = [](LV2_State_Handle host, std::uint32_t key, std::size_t* size, std::uint32_t* type,
                                  std::uint32_t* flags) -> const void* {
             const auto& self = *static_cast<Lv2Host*>(host);
             const auto& properties = self.properties_;
             const auto found = properties.find(key);
-            if (found == properties.end()) return nullptr;
-            *size = found->second.size();
-            *type = numberOf(nullptr, self.fault_.kind == StreamFault::badType ? LV2_ATOM__Int : LV2_ATOM__Chunk);
+            *size = found == properties.end() ? std::numeric_limits<std::size_t>::max() : found->second.size();
+            *type = typeOf(key, self.fault_);
             *flags = LV2_STATE_IS_POD;
-            return found->second.data();
+            return found == properties.end() || self.fault_.kind == StreamFault::error ? nullptr : found->second.data();
         };
         return state()->restore(handle_, retrieve, this, 0, features_) == LV2_STATE_SUCCESS;
     }
@@ -125,6 +131,13 @@ public:
     }
 
 private:
+    // Of one of the two properties, or of both, the wrong one.
+    static LV2_URID typeOf(LV2_URID key, const StreamFault& fault) {
+        static constexpr const char* types[] = {LV2_ATOM__Int, LV2_ATOM__Path, LV2_ATOM__String, LV2_ATOM__Vector};
+        const bool isRight = fault.type % 3 == (key == numberOf(nullptr, lv2::patchUri) ? 1 : 2);
+        if (fault.kind != StreamFault::badType || isRight) return numberOf(nullptr, LV2_ATOM__Chunk);
+        return numberOf(nullptr, types[fault.type / 3 % 4]);
+    }
     static int parameterOf(std::uint32_t port) { return lv2::portParameters()[port - lv2::firstValuePort]; }
     // As hosts do: what the window writes goes to the port.
     static void writePort(LV2UI_Controller host, std::uint32_t port, std::uint32_t, std::uint32_t, const void* value) {

@@ -113,19 +113,16 @@ class Stream final : public Uncounted<IBStream> {
 public:
     Stream(Bytes content, std::size_t most) : bytes(std::move(content)), piece(most) {}
     tresult PLUGIN_API read(void* to, int32 size, int32* done) override {
-        if (at >= fault.at && fault.kind != StreamFault::none) {
-            if (done != nullptr)
-                *done = fault.kind == StreamFault::tooMuch ? size + 1 : fault.kind == StreamFault::error ? -1 : 0;
-            return fault.kind == StreamFault::error ? kResultFalse : kResultOk;
-        }
-        const std::size_t given = std::min({static_cast<std::size_t>(size), piece, bytes.size() - at});
+        if (fault.hasBegun(at)) return wrong(size, done);
+        const std::size_t given = std::min({static_cast<std::size_t>(size), fault.most(piece, turn++), bytes.size() - at});
         std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), given, static_cast<std::uint8_t*>(to));
         at += given;
         if (done != nullptr) *done = static_cast<int32>(given);
         return kResultOk;
     }
     tresult PLUGIN_API write(void* from, int32 size, int32* done) override {
-        const std::size_t taken = std::min(static_cast<std::size_t>(size), piece);
+        if (fault.hasBegun(bytes.size())) return wrong(size, done);
+        const std::size_t taken = std::min(static_cast<std::size_t>(size), fault.most(piece, turn++));
         const auto* first = static_cast<const std::uint8_t*>(from);
         bytes.insert(bytes.end(), first, first + taken);
         if (done != nullptr) *done = static_cast<int32>(taken);
@@ -135,7 +132,14 @@ public:
     tresult PLUGIN_API tell(int64*) override { return kNotImplemented; }
     Bytes bytes;
     StreamFault fault;
-    std::size_t piece, at = 0;
+    std::size_t piece, at = 0, turn = 0;
+
+private:
+    // What a broken stream says that was asked to move so many bytes.
+    tresult wrong(int32 size, int32* done) const {
+        if (done != nullptr) *done = fault.kind == StreamFault::tooMuch ? size + 1 : fault.kind == StreamFault::error ? -1 : 0;
+        return fault.kind == StreamFault::error ? kResultFalse : kResultOk;
+    }
 };
 
 #if SMTG_OS_LINUX
@@ -274,6 +278,10 @@ public:
         component_->setActive(true);
         processor_->setProcessing(true);
     }
+    bool takesRate(double rate) override {
+        Vst::ProcessSetup setup{Vst::kRealtime, sampleSize_, 64, rate};
+        return processor_->setupProcessing(setup) == kResultOk;
+    }
     void stop() override {
         processor_->setProcessing(false);
         component_->setActive(false);
@@ -353,14 +361,25 @@ public:
             facts.defaultByText = controller_->normalizedParamToPlain(info.id, value);
         return facts;
     }
+    bool hasText(std::uint32_t id) override {
+        Vst::String128 text = {};
+        return controller_->getParamStringByValue(id, 0, text) == kResultOk;
+    }
     Bytes save(std::size_t piece) override {
         Stream stream({}, piece);
+        stream.fault = fault_;
         return component_->getState(&stream) == kResultOk ? stream.bytes : Bytes();
     }
     bool load(const Bytes& state, std::size_t piece) override {
         Stream stream(state, piece);
         stream.fault = fault_;
-        return component_->setState(&stream) == kResultOk;
+        const bool isTaken = component_->setState(&stream) == kResultOk;
+        // As hosts do, the controller gets the component's state too, and one of its own.
+        Stream known(state, piece), own(state, piece);
+        known.fault = own.fault = fault_;
+        controller_->setComponentState(&known);
+        controller_->setState(&own);
+        return isTaken;
     }
     double parameter(int index) override { return controller_->getParamNormalized(static_cast<Vst::ParamID>(index)); }
 

@@ -19,6 +19,7 @@ namespace {
 class Desk {
 public:
     static std::unique_ptr<Desk> open() {
+        useOwnUserFolders();
         static const XServer server(1600, 1000);
         if (!server.isRunning()) return nullptr;
         return std::unique_ptr<Desk>(new Desk);

@@ -32,13 +32,13 @@ const Target targets[] = {
     {"sfz_file", vantoric::fuzz::sfzFile, vantoric::fuzz::sfzFileSeeds, 500},
     {"resynthesis", vantoric::fuzz::resynthesis, vantoric::fuzz::resynthesisSeeds, 20},
 #ifdef CLAP_MODULE
-    {"clap_state", vantoric::fuzz::clapState, vantoric::fuzz::stateSeeds, 8},
+    {"clap_state", vantoric::fuzz::clapState, vantoric::fuzz::stateSeeds, 3},
 #endif
 #ifdef LV2_MODULE
-    {"lv2_state", vantoric::fuzz::lv2State, vantoric::fuzz::stateSeeds, 8},
+    {"lv2_state", vantoric::fuzz::lv2State, vantoric::fuzz::stateSeeds, 3},
 #endif
 #ifdef VST3_MODULE
-    {"vst3_state", vantoric::fuzz::vst3State, vantoric::fuzz::stateSeeds, 8},
+    {"vst3_state", vantoric::fuzz::vst3State, vantoric::fuzz::stateSeeds, 3},
 #endif
 };
 

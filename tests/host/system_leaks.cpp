@@ -6,3 +6,11 @@ extern "C" __attribute__((visibility("default"), used)) const char* __lsan_defau
     return "leak:libfontconfig\nleak:libpixman";
 }
 #endif
+// Fonts are read on a thread of the font library's own; it and what it stands on are built without the thread sanitizer, which
+// therefore does not see their locks.
+#if defined(__SANITIZE_THREAD__)
+extern "C" __attribute__((visibility("default"))) const char* __tsan_default_suppressions();
+extern "C" __attribute__((visibility("default"), used)) const char* __tsan_default_suppressions() {
+    return "race:libpangoft2\nrace:libfontconfig\nrace:libglib-2.0";
+}
+#endif

@@ -44,7 +44,9 @@ grep -q 'left alone' "$scratch/said" || fail "it does not say what it left alone
 ln -s /usr/bin/env "$HOME/.lv2/Other.lv2"
 rm "$HOME/.local/bin/vantoric-patch"
 ln -s "$scratch/gone/somebody's vantoric-patch" "$HOME/.local/bin/vantoric-patch"  # of another maker, and leads nowhere
-"$scratch/moved/install.sh" --remove >/dev/null || fail "taking out did not end well"
+"$scratch/moved/install.sh" --remove >"$scratch/said" || fail "taking out did not end well"
+grep -qF "$scratch/moved/Vantoric/Vantoric_sounds" "$scratch/said" || fail "it does not say where a user's patches are"
+grep -q 'Take along what you want to keep' "$scratch/said" || fail "it does not say that a user's patches go with the folder"
 [ "$(links)" = 2 ] || fail "$(links) links instead of the two that are not ours"
 [ ! -e "$entry" ] || fail "the menu's entry stayed"
 [ "$(cat "$HOME/.vst/Vantoric.so")" = mine ] || fail "taking out touched a file of another maker"

@@ -44,12 +44,14 @@ public:
     // As the engine has them.
     void allNotesOff() override {
         calls.push_back({"allNotesOff"});
+        countByLock();
         quiet_ = true;
         intake.allNotesOff();
         quiet_ = false;
     }
     void resetEngine() override {
         calls.push_back({"resetEngine"});
+        countByLock();
         intake.resetPedal();
         sounding.clear();
     }
@@ -124,8 +126,10 @@ public:
     int quietNoteOffs[128] = {};             // those of allNotesOff
     bool busy = false;
     bool lockedAtRefresh = true;
+    int callsWhileLocked = 0, callsWhileUnlocked = 0;  // of allNotesOff and resetEngine
 
 private:
+    void countByLock() { ++(state.flags.engineLocked.isSet() ? callsWhileLocked : callsWhileUnlocked); }
     bool quiet_ = false;
 };
 

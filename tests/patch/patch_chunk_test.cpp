@@ -169,6 +169,12 @@ TEST_F(Patch, StopsTheNotesFirstAndTellsTheWindowLast) {
     EXPECT_FALSE(flags().engineLocked.isSet());
 }
 
+TEST_F(Patch, NotesEndAndTheEngineIsResetWhileTheBlockIsSilent) {
+    load(HandMadeChunk().bytes);
+    EXPECT_EQ(callsWhileLocked, 5) << "two before the patch, one within it, two behind it";
+    EXPECT_EQ(callsWhileUnlocked, 0);
+}
+
 TEST_F(Patch, OneByteShortLoadsNothingAndStaysSilent) {
     holdPatchNamedBefore();
     Bytes bytes = HandMadeChunk().bytes;
@@ -403,6 +409,17 @@ TEST_F(Patch, MissingSampleDataAreRefused) {
         EXPECT_TRUE(bench.state.flags.engineLocked.isSet());
         EXPECT_FALSE(bench.state.flags.rebuildRequested.isSet());
     }
+}
+
+TEST_F(Patch, NobodyWaitsForTheLockOfALoadThatFailed) {
+    EXPECT_EQ(load(HandMadeChunk().name("Bad").header(0, {-1, 0, 0, 44100}).bytes), 0);
+    EXPECT_TRUE(flags().engineLocked.isSet());
+    sleptMilliseconds() = 0;
+    EXPECT_EQ(save().size(), 55169u);
+    EXPECT_EQ(load(HandMadeChunk().name("Good").bytes), 1);
+    EXPECT_EQ(sleptMilliseconds(), 0);
+    EXPECT_FALSE(flags().engineLocked.isSet());
+    EXPECT_EQ(program.getProgramName(), "Good");
 }
 
 TEST_F(Patch, HeadersThatClaimTooMuchTogetherTakeNoMemory) {

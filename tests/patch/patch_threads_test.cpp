@@ -118,5 +118,25 @@ TEST_F(PatchThreads, WhatIsSavedDuringALoadIsOnePatchAndNotHalfOfTwo) {
     EXPECT_GT(saves, 0);
 }
 
+// Also where the engine is not locked: between two steps of a command, or behind a load that is not yet over.
+TEST_F(PatchThreads, SavingWaitsForWhoeverHasTheTurn) {
+    std::atomic<bool> isSaved{false};
+    std::vector<std::uint8_t> saved;
+    std::thread saver;
+    {
+        const EngineTurn turn(bench.access);
+        bench.program.setProgramName("half");
+        saver = std::thread([&] {
+            saved = bench.save();
+            isSaved = true;
+        });
+        for (int i = 0; i < 200 && !isSaved; ++i) platform::sleepMilliseconds(1);
+        EXPECT_FALSE(isSaved);
+        bench.program.setProgramName("whole");
+    }
+    saver.join();
+    EXPECT_EQ(std::string(&saved[1], &saved[6]), "whole");
+}
+
 }  // namespace
 }  // namespace vantoric

@@ -264,6 +264,37 @@ TEST(Files, AListingTellsFilesFromFoldersAndOmitsDots) {
     EXPECT_FALSE(listFolder(folder / "a.fxp", entries));
 }
 
+TEST(Files, AFileThatIsBeingMadeIsNotMadeOnceMore) {
+    const ScratchFolder folder;
+    const std::string path = folder / "take";
+    std::FILE* const first = makeFile(path);
+    ASSERT_NE(first, nullptr);
+    std::fputs("an evening", first);
+    std::fflush(first);
+    errno = 0;
+    EXPECT_EQ(makeFile(path), nullptr);
+    EXPECT_NE(errno, 0);
+    EXPECT_EQ(std::filesystem::file_size(path), 10u);
+    std::fclose(first);
+    std::FILE* const second = makeFile(path);
+    ASSERT_NE(second, nullptr);
+    std::fclose(second);
+    EXPECT_EQ(std::filesystem::file_size(path), 0u) << "over the one that was there";
+    errno = 0;
+    EXPECT_EQ(makeFile(folder / "no folder/take"), nullptr);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST(Files, AFileGetsAnotherName) {
+    const ScratchFolder folder;
+    ASSERT_TRUE(writeFile(folder / "old", "abc", 3));
+    EXPECT_TRUE(renameFile(folder / "old", folder / "new"));
+    EXPECT_FALSE(exists(folder / "old"));
+    EXPECT_EQ(std::filesystem::file_size(folder / "new"), 3u);
+    EXPECT_FALSE(renameFile(folder / "old", folder / "new")) << "there is none";
+    EXPECT_EQ(std::filesystem::file_size(folder / "new"), 3u);
+}
+
 TEST(Files, OnlyFilesAreRemoved) {
     const ScratchFolder folder;
     ASSERT_TRUE(makeFolder(folder / "sub"));

@@ -74,12 +74,12 @@ TEST(CustomWaves, ACancelStopsTheWork) {
 
 TEST(CustomWaves, CyclesThatDifferByLessThanThreeCountAsTheSame) {
     const auto a = waveOf([](int i) { return i * 7; }), b = waveOf([](int i) { return i * 7 + (i % 2 == 0 ? 2 : -2); });
-    EXPECT_TRUE(sameFirstFrame(*a, *b));
+    EXPECT_TRUE(sameCycle(a->frame(0, 0), b->frame(0, 0)));
     b->frame(0, 0)[2047] = static_cast<std::int16_t>(a->frame(0, 0)[2047] + 3);
-    EXPECT_FALSE(sameFirstFrame(*a, *b));
+    EXPECT_FALSE(sameCycle(a->frame(0, 0), b->frame(0, 0)));
     a->frame(0, 0)[2047] = -32768;
     b->frame(0, 0)[2047] = 32767;
-    EXPECT_FALSE(sameFirstFrame(*a, *b));
+    EXPECT_FALSE(sameCycle(a->frame(0, 0), b->frame(0, 0)));
 }
 
 // The wave of a cycle, made.

@@ -7,7 +7,7 @@ for object in "$@"; do
     [[ $object == *wide_loops.cpp.o || $object == *wide_kernel_loops.cpp.o ]] || continue
     [[ $status == 77 ]] && status=0
     symbols=$(nm --demangle --defined-only --extern-only "$object")
-    others=$(grep -vE ' [WV] .*((runLoop|runInLanes|runChains)<.*, 8(, [0-9])?>|LaneLoops<8>::)|::wideLoops$| D vantoric::wideKernelLoops$|personality' <<<"$symbols" || true)
+    others=$(grep -vE ' [WV] .*(runLoop<.*, 8>|PairChain<|ScatteredChain<|LaneLoops<8>::)|::wideLoops$| D vantoric::wideKernelLoops$|personality' <<<"$symbols" || true)
     [[ -z $others ]] && continue
     printf 'not loops of eight lanes:\n%s\n' "$others"
     status=1

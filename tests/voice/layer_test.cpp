@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <bitset>
+
 #include "tests/voice/layer_bench.h"
 
 namespace vantoric {
@@ -378,6 +380,115 @@ TEST_F(LayerTest, PedalFlushReleasesAMonoVoiceInsteadOfMovingIt) {
     release(60);
     engine.pedalRelease = false;
     EXPECT_EQ(voice(0).state(), Envelope::Release);
+}
+
+// Keys whose ends were lost: the layer is told once a tick which keys are down.
+struct LateNotes : LayerTest {
+    void ticksWith(const std::bitset<128>& keys, int count) {
+        for (int i = 0; i < count; ++i) layer->releaseLateNotes(keys);
+    }
+    void setArpeggiator(int type, int chord) {
+        setList(par::ArpType, type);
+        setList(par::ArpChord, chord);
+        setList(par::ArpSpeed, 4);
+        setList(par::ArpRetri, 1);
+        for (int step = 0; step < 16; ++step) setList(par::ArpVol1 + step, 9);  // its loudest
+    }
+    bool anyIsHeld() {
+        bool any = false;
+        for (int i = 0; i < voiceCount; ++i) any = any || isHeld(i);
+        return any;
+    }
+    bool isHeld(int index = 15) { return voice(index).envelopes[volumeEnvelope].awaitsNoteOff(); }
+    static constexpr int arpeggiatorOff = 0, arpeggioUp = 2, triad = 2;
+    static std::bitset<128> key(int number) { return std::bitset<128>().set(static_cast<std::size_t>(number)); }
+};
+
+TEST_F(LateNotes, EndAfterTheirTimeWithoutAKey) {
+    press(60);
+    ticksWith({}, Layer::lateTicks - 1);
+    EXPECT_TRUE(isHeld());
+    ticksWith({}, 1);
+    EXPECT_FALSE(isHeld());
+}
+
+TEST_F(LateNotes, ThePedalBeginsTheCountAnew) {
+    press(60);
+    ticksWith({}, Layer::lateTicks - 1);
+    layer->keepUnheldNotes();
+    ticksWith({}, Layer::lateTicks - 1);
+    EXPECT_TRUE(isHeld());
+    ticksWith({}, 1);
+    EXPECT_FALSE(isHeld());
+}
+
+TEST_F(LateNotes, SoDoesAnArpeggiatorThatHasKeys) {
+    setArpeggiator(arpeggioUp, triad);
+    layer->reset();
+    setArpeggiator(arpeggiatorOff, triad);
+    press(60);
+    ticksWith({}, Layer::lateTicks - 1);
+    setArpeggiator(arpeggioUp, triad);
+    for (int step = 0; step < 16; ++step) setList(par::ArpVol1 + step, 0);  // no step starts or ends a note
+    layer->noteOn(72, 100);
+    tick();
+    ticksWith(key(72), 1);
+    layer->noteOff(72);
+    ticksWith({}, Layer::lateTicks - 1);
+    EXPECT_TRUE(isHeld());
+    ticksWith({}, 1);
+    EXPECT_FALSE(isHeld());
+}
+
+TEST_F(LateNotes, AOneVoiceLineKeepsItsNoteWhileAnyKeyIsDown) {
+    setList(par::PlayMode, 0);
+    press(60);
+    ticksWith(key(72), 2 * Layer::lateTicks);
+    EXPECT_TRUE(isHeld(0));
+    ticksWith({}, Layer::lateTicks);
+    EXPECT_FALSE(isHeld(0));
+}
+
+TEST_F(LateNotes, AnArpeggiatorsNotesAreItsOwnWhileItHasKeys) {
+    setArpeggiator(arpeggioUp, triad);
+    layer->reset();
+    press(60);
+    tick(2);
+    ASSERT_TRUE(anyIsHeld());
+    layer->releaseUnheldNotes();
+    EXPECT_TRUE(anyIsHeld());
+    release(60);
+    layer->releaseUnheldNotes();
+    EXPECT_FALSE(anyIsHeld());
+}
+
+TEST_F(LateNotes, AnArpeggiatorThatIsOffKeepsNone) {
+    for (const int chord : {0, triad}) {
+        setArpeggiator(arpeggioUp, chord);
+        layer->reset();
+        press(60);
+        tick(2);
+        release(60);
+        setArpeggiator(arpeggiatorOff, chord);
+        tick();
+        press(64);
+        ASSERT_TRUE(anyIsHeld());
+        layer->releaseUnheldNotes();
+        EXPECT_FALSE(anyIsHeld()) << chord;
+    }
+}
+
+TEST_F(LateNotes, AnArpeggiatorsKeysEndAfterTheirTimeAndThePedalBeginsThatAnewToo) {
+    setArpeggiator(arpeggioUp, triad);
+    layer->reset();
+    press(60);
+    tick();
+    ticksWith({}, Layer::lateTicks - 1);
+    layer->keepUnheldNotes();
+    ticksWith({}, Layer::lateTicks - 1);
+    EXPECT_TRUE(layer->arpeggiator().hasKeys());
+    ticksWith({}, 1);
+    EXPECT_FALSE(layer->arpeggiator().hasKeys());
 }
 
 TEST_F(LayerTest, EnteringAOneVoiceModeCutsTheOtherVoices) {

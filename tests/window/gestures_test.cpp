@@ -404,6 +404,49 @@ TEST_F(Hand, ADropBesidesOrOnWhatTakesNoneDoesNothing) {
     EXPECT_EQ(rig.changedSince(before), std::vector<int>{});
 }
 
+TEST_F(Hand, TheRingOfADropTargetLeavesACaptionBesideTheKnobFree) {
+    const ControlEntry& knob = controlNamed("OSC12 FM");
+    const auto caption = [&] {
+        const Point p = rig.at(knob.x + 14, knob.y - 5);
+        return host.picture().part(static_cast<int>(p.x), static_cast<int>(p.y), static_cast<int>(14 * rig.unit()),
+                                   static_cast<int>(10 * rig.unit()));
+    };
+    const auto above = [&] {
+        const Point p = rig.at(knob.x - 4, knob.y - 18);
+        return host.glance().part(static_cast<int>(p.x), static_cast<int>(p.y), static_cast<int>(8 * rig.unit()),
+                                  static_cast<int>(4 * rig.unit()));
+    };
+    const Point from = rig.middle(WindowPart::DragLfo);
+    host.move(from.x, from.y);
+    const Picture captionAtRest = caption(), aboveAtRest = above();
+    host.press();
+    host.move(from.x + 20, from.y - 20);
+    EXPECT_EQ(caption(), captionAtRest);
+    EXPECT_NE(above(), aboveAtRest) << "the ring is there";
+    host.key("Escape");
+    host.release();
+}
+
+TEST_F(Hand, TheRingOfADropTargetIsWholeBesideADimmedNeighbour) {
+    const ControlEntry& field = controlNamed("OSC1 SEMI");
+    const auto ringAt = [&](double x) {  // the brightest of its edge in the middle of the field's height
+        const Picture picture = host.glance();
+        int brightest = 0;
+        const Point p = rig.at(x, field.y + field.height / 2.0);
+        for (int dx = -3; dx <= 3; ++dx)
+            brightest =
+                std::max(brightest, static_cast<int>(picture.at(static_cast<int>(p.x) + dx, static_cast<int>(p.y)) & 255));
+        return brightest;
+    };
+    const Point from = rig.middle(WindowPart::DragLfo);
+    host.move(from.x, from.y);
+    host.press();
+    host.move(from.x + 20, from.y - 20);
+    EXPECT_NEAR(ringAt(field.x - 1), ringAt(field.x + field.width + 1), 12);
+    host.key("Escape");
+    host.release();
+}
+
 TEST_F(Hand, EscapeCallsADragOff) {
     clearMatrix();
     const auto before = rig.parameters();

@@ -33,6 +33,7 @@ int main(int argc, char** argv) {
         return noServer;
     }
     watchOpener();
+    testhost::useOwnUserFolders();
     const int result = RUN_ALL_TESTS();
     testhost::dropSharedRig();
     std::filesystem::remove_all(testhost::openerFolder());

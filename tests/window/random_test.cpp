@@ -2,10 +2,14 @@
 // with which numbers.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
+#include <thread>
 
 #include "tests/window/window_rig.h"
 
@@ -19,12 +23,43 @@ int environmentNumber(const char* name, int otherwise) {
     return text != nullptr ? std::atoi(text) : otherwise;
 }
 
+// Notes, controllers and blocks on a thread of their own for as long as it stands, as a host has it.
+class RandomPlayer {
+public:
+    RandomPlayer(PluginHost& plugin, unsigned seed) : plugin_(plugin), numbers_(seed), thread_([this] { play(); }) {}
+    ~RandomPlayer() {
+        isOver_ = true;
+        thread_.join();
+        EXPECT_TRUE(isFinite_);
+    }
+    RandomPlayer(const RandomPlayer&) = delete;
+    RandomPlayer& operator=(const RandomPlayer&) = delete;
+
+private:
+    int upTo(int count) { return std::uniform_int_distribution<int>(0, count - 1)(numbers_); }
+    void play() {
+        constexpr std::chrono::milliseconds pause(4);
+        constexpr int frames = 256;
+        for (; !isOver_; std::this_thread::sleep_for(pause)) {
+            if (upTo(8) == 0) plugin_.midi(upTo(2) == 0 ? 0x90 : 0x80, 30 + upTo(70), 1 + upTo(127));
+            if (upTo(32) == 0) plugin_.midi(0xB0, upTo(128), upTo(128));
+            if (upTo(256) == 0) plugin_.midi(0xC0, upTo(20), 0);
+            if (upTo(48) == 0) plugin_.midi(0xE0, upTo(128), upTo(128));
+            if (!plugin_.render(frames).finite()) isFinite_ = false;
+        }
+    }
+
+    PluginHost& plugin_;
+    std::mt19937 numbers_;
+    std::atomic<bool> isOver_{false}, isFinite_{true};
+    std::thread thread_;
+};
+
 class RandomHand {
 public:
     RandomHand(WindowRig& rig, unsigned seed) : rig_(rig), host_(rig.host()), numbers_(seed) {}
 
     void doSomething() {
-        if (upTo(8) == 0) play();
         if (upTo(40) == 0) return drop();
         switch (upTo(10)) {
             case 0:
@@ -49,14 +84,6 @@ private:
     // Now and then beside the window.
     double x() { return upTo(std::max(host_.size().width, 1) + 20); }
     double y() { return upTo(std::max(host_.size().height, 1) + 20); }
-
-    void play() {
-        rig_.plugin().midi(upTo(2) == 0 ? 0x90 : 0x80, 30 + upTo(70), 1 + upTo(127));
-        if (upTo(4) == 0) rig_.plugin().midi(0xB0, upTo(128), upTo(128));
-        if (upTo(6) == 0) rig_.plugin().midi(0xE0, upTo(128), upTo(128));
-        const Sound sound = rig_.plugin().render(256);
-        ASSERT_TRUE(sound.finite());
-    }
 
     void key() {
         static const char* const keys[] = {"Escape",  "Return",    "Tab",  "Up",      "Down",   "Left",      "Right",
@@ -93,25 +120,43 @@ private:
 
 class RandomInput : public testing::TestWithParam<int> {};
 
+constexpr int wholeWindow = 3;  // a size that has all pages
+
+void showPage(WindowRig& rig, int wanted) {
+    for (int i = 0; i < vantoric::controlCount(); ++i)
+        if (vantoric::controlEntry(i).page == wanted) return rig.show(vantoric::controlEntry(i));
+}
+
+// Nothing is held, and the window opens anew in its whole size.
+void openAnew(WindowRig& rig) {
+    for (int button = 1; button <= 3; ++button) rig.host().release(button);
+    for (const char* key : {"Shift_L", "Control_L", "Alt_L"}) rig.host().keyUp(key);
+    rig.host().close();
+    rig.installation().setSize(wholeWindow);
+    ASSERT_TRUE(rig.host().open());
+}
+
 TEST_P(RandomInput, LeavesAWindowThatWorks) {
     dropSharedRig();
     HostAnswers answers;
     answers.product = "Glaigail";
-    WindowRig rig(3, answers);
-    for (int i = 0; i < vantoric::controlCount(); ++i)
-        if (vantoric::controlEntry(i).page == GetParam()) {
-            rig.show(vantoric::controlEntry(i));
-            break;
-        }
-    RandomHand hand(rig, static_cast<unsigned>(environmentNumber("VANTORIC_RANDOM_SEED", 1) + GetParam()));
+    WindowRig rig(wholeWindow, answers);
+    showPage(rig, GetParam());
+    const auto seed = static_cast<unsigned>(environmentNumber("VANTORIC_RANDOM_SEED", 1) + GetParam());
+    RandomHand hand(rig, seed);
     const int events = environmentNumber("VANTORIC_RANDOM_EVENTS", 60);
-    for (int i = 0; i < events && !HasFatalFailure(); ++i) hand.doSomething();
-    // Whatever it did, a fresh window of the same plug-in works.
-    for (int button = 1; button <= 3; ++button) rig.host().release(button);
-    for (const char* key : {"Shift_L", "Control_L", "Alt_L"}) rig.host().keyUp(key);
-    rig.host().close();
-    rig.installation().setSize(3);
-    ASSERT_TRUE(rig.host().open());
+    constexpr int stretch = 400;  // after so many the hand has found its way to another page, or to a size that has none
+    for (int done = 0; done < events; done += stretch) {
+        {
+            const RandomPlayer player(rig.plugin(), seed + static_cast<unsigned>(done));
+            for (int i = 0; i < std::min(stretch, events - done) && !HasFatalFailure(); ++i) hand.doSomething();
+            // Whatever it did, a fresh window of the same plug-in works.
+            ASSERT_NO_FATAL_FAILURE(openAnew(rig));
+        }
+        if (done + stretch >= events) break;
+        rig.reset();
+        showPage(rig, GetParam());
+    }
     const auto gestures = rig.gestures();
     EXPECT_EQ(gestures.begun, gestures.ended);
     EXPECT_FALSE(rig.plugin().chunk().empty());

@@ -19,7 +19,7 @@ protected:
         dropSharedRig();
         setenv("XDG_STATE_HOME", state.path().c_str(), 1);
     }
-    ~Recovery() override { unsetenv("XDG_STATE_HOME"); }
+    ~Recovery() override { setenv("XDG_STATE_HOME", before.c_str(), 1); }
 
     fs::path folder() const { return fs::path(state.path()) / "vantoric/autosave"; }
     // What a process of a number that none has was working on.
@@ -34,6 +34,7 @@ protected:
         return rig.host().until([&] { return rig.isCovered(); }, 5);
     }
 
+    const std::string before = std::getenv("XDG_STATE_HOME");
     const vantoric::platform::ScratchFolder state;
 };
 

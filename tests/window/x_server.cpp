@@ -7,6 +7,9 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
+
+#include "platform/scratch_folder.h"
 
 namespace testhost {
 
@@ -18,6 +21,7 @@ XServer::XServer(int width, int height) {
     process_ = fork();
     if (process_ == 0) {
         close(ends[0]);
+        unsetenv("LD_PRELOAD");  // a sanitizer's library is for the plug-in alone
         const int nowhere = open("/dev/null", O_WRONLY);
         dup2(nowhere, 1);
         dup2(nowhere, 2);
@@ -47,6 +51,12 @@ XServer::~XServer() {
     if (process_ <= 0) return;
     kill(process_, SIGTERM);
     waitpid(process_, nullptr, 0);
+}
+
+void useOwnUserFolders() {
+    static const vantoric::platform::ScratchFolder home;
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME"})
+        setenv(name, (std::filesystem::path(home.path()) / name).c_str(), 1);
 }
 
 }  // namespace testhost

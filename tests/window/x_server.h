@@ -21,4 +21,8 @@ private:
     std::string display_;
 };
 
+// What plug-ins of this process keep for their user lies in folders of its own, so that no test meets what another program left
+// there. Those outlive the process's tests.
+void useOwnUserFolders();
+
 }  // namespace testhost

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# compare.sh LINUX_BUILD WINDOWS_BUILD: runs in wine what was built for Windows: the tests of its platform, the program of its own,
-# and each format's module, whose samples are compared with those that the build for Linux makes of the same notes.
+# compare.sh LINUX_BUILD WINDOWS_BUILD: runs in wine what was built for Windows: the tests of its platform; and, from the archive
+# for users, unpacked, the program of its own and each format's module, whose samples are compared with those that the build for
+# Linux makes of the same notes.
 # compare.sh alone tells by its exit code whether wine is here.
 set -euo pipefail
 wine=$(command -v wine64 || command -v wine || ls /usr/lib/wine/wine64 2>/dev/null) || exit 77
@@ -21,11 +22,22 @@ result=0
 fail() { echo "FAILED: $*"; result=1; }
 run_wine() { timeout 300 "$wine" "$@" </dev/null; }
 
-# Modules for Windows look for the content beside themselves, as all do.
-content=$scratch/Vantoric
-mkdir "$content"
-cp -r "$windows"/dist-data/Vantoric.* "$windows/dist-data/vantoric.exe" "$content/"
-for folder in Vantoric_data Vantoric_sounds Vantoric_wavetables; do ln -s "$linux/dist-data/$folder" "$content/$folder"; done
+# ---- the archive, and a place for it as users have them
+
+archive=$("$(dirname "$0")"/../../packaging/windows_archive.sh "$linux" "$windows" "$scratch")
+mkdir "$scratch/A folder, Übung"
+cd "$scratch/A folder, Übung"
+cmake -E tar xf "$archive"
+root=$PWD/$(basename "$archive" .zip)
+content=$root/Vantoric
+grep -o '^  Vantoric.[^ ]*' "$root/INSTALL.txt" | tr '\\' / | while read -r named; do
+    [ -e "$root/$named" ] || { echo "FAILED: INSTALL.txt names $named"; exit 1; }
+done || result=1
+for there in "$content"/*; do
+    grep -q "^  Vantoric.$(basename "$there") " "$root/INSTALL.txt" || fail "INSTALL.txt does not name $(basename "$there")"
+done
+[ -z "$(find "$root" -name '*.cfg' -o -name '*.so' -o -type l)" ] || fail "the archive holds what is not for users"
+grep -qv $'\r$' "$root/INSTALL.txt" && fail "INSTALL.txt has lines that do not end as there"
 
 # Boxes show on a display of their own, where one can be had.
 display=

@@ -73,15 +73,36 @@ TEST(HostParameters, TextsReadBack) {
     EXPECT_EQ(hp::unit(instrument, par::Cutoff1), "Hz");
     EXPECT_EQ(hp::valueOfText(instrument, par::Layer1On, "On"), 1.0);
     EXPECT_EQ(hp::valueOfText(instrument, par::Oct1, hp::text(instrument, par::Oct1, 3.0)), 3.0);
-    for (const int i : {par::Volume, par::EqLow, par::Cutoff1, par::DecVol, par::Detune1, par::LfoSpd1})
-        for (const double value : {0.0, 0.3, 0.5, 1.0}) {
-            const std::string shown = hp::text(instrument, i, value);
-            const auto back = hp::valueOfText(instrument, i, shown + " " + hp::unit(instrument, i));
-            ASSERT_TRUE(back) << shown;
-            EXPECT_EQ(hp::text(instrument, i, *back), shown);
-        }
     EXPECT_FALSE(hp::valueOfText(instrument, par::Layer1On, "perhaps"));
     EXPECT_FALSE(hp::valueOfText(instrument, par::Volume, ""));
+}
+
+// With the unit and without.
+void expectTheTextBack(const Instrument& instrument, int index, double value) {
+    const std::string shown = hp::text(instrument, index, value), unit = hp::unit(instrument, index);
+    for (const std::string& typed : {shown, shown + (unit.empty() ? "" : " ") + unit}) {
+        const auto back = hp::valueOfText(instrument, index, typed);
+        ASSERT_TRUE(back) << hp::name(index) << " at " << value << ": " << typed;
+        EXPECT_EQ(hp::text(instrument, index, *back), shown) << hp::name(index) << " at " << value << ": " << typed;
+    }
+}
+
+// The layers are alike: of each parameter of a layer a value in each layer, and all values in one. A list's dividing lines are
+// values as well.
+TEST(HostParameters, EveryTextOfEveryParameterReadsBack) {
+    test::EngineRig rig;
+    const Instrument& instrument = rig.audio;
+    for (int i = 0; i < parameterCount; ++i) {
+        if (!hp::exists(i) || !hp::isShown(i)) continue;
+        const bool isWhole = ParameterModel::parameterLayer(i) <= 1;
+        if (!isWhole) {
+            expectTheTextBack(instrument, i, hp::steps(i) > 0 ? hp::steps(i) / 2 : 0.3);
+        } else if (hp::steps(i) > 0) {
+            for (int step = 0; step <= hp::steps(i); ++step) expectTheTextBack(instrument, i, step);
+        } else {
+            for (const double value : {0.0, 0.05, 0.108, 0.3, 0.5, 0.77, 0.999, 1.0}) expectTheTextBack(instrument, i, value);
+        }
+    }
 }
 
 }  // namespace

@@ -13,7 +13,10 @@
 #include "faces/standalone/midi_inputs.h"
 #include "faces/standalone/senders.h"
 #include "faces/standalone/sound_system.h"
+#include "faces/standalone/standalone.h"
 #include "platform/module_folder.h"
+#include "platform/own_files.h"
+#include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
 #include "platform/user_state.h"
 #include "tests/faces/standalone/program.h"
@@ -363,6 +366,22 @@ TEST_F(StandaloneTest, WhatWasRecordedBeforeTheDiskWasFullIsAWholeFile) {
     for (std::size_t i = 0; i < take.frames(); ++i) ASSERT_EQ(take.samples[2 * i], played_[i]) << i;
 }
 
+// The file is named once there is sound, and the device may have another rate than what was asked of it.
+TEST_F(StandaloneTest, ARecordingHoldsWhatWasPlayedBeforeItsFileWasNamed) {
+    recorder_.listen(48000);
+    player_.prepare(44100);
+    player_.receive(10, {0x90, 60, 100});
+    play(20, 100);
+    std::string problem;
+    ASSERT_TRUE(recorder_.start(folder_ / "take.wav", 44100, problem)) << problem;
+    play(20, 100);
+    EXPECT_TRUE(recorder_.stop()) << recorder_.trouble();
+    const Recording take = testhost::readRecording(folder_ / "take.wav");
+    EXPECT_EQ(take.rate, 44100);
+    ASSERT_EQ(take.frames(), played_.size());
+    for (std::size_t i = 0; i < take.frames(); ++i) ASSERT_EQ(take.samples[2 * i], played_[i]) << i;
+}
+
 TEST_F(StandaloneTest, ARecordingEndsWithItsRate) {
     player_.prepare(48000);
     std::string problem;
@@ -462,13 +481,36 @@ TEST_F(KeptStateTest, ThePatchComesBack) {
     platform::setDataFolder(DATA_FOLDER);
     NoHost host;
     PluggedInstrument first(host), second(host);
-    EXPECT_FALSE(loadKeptPatch(second));
+    EXPECT_EQ(loadKeptPatch(second), KeptPatch::none);
     first.instrument().setParameter(100, 0.37f);
     first.instrument().program().setProgramName("As I left it");
     ASSERT_TRUE(keepPatch(first));
-    ASSERT_TRUE(loadKeptPatch(second));
+    ASSERT_EQ(loadKeptPatch(second), KeptPatch::loaded);
     EXPECT_EQ(second.instrument().parameters().getParameter(100), 0.37f);
     EXPECT_EQ(second.instrument().program().getProgramName(), "As I left it");
+}
+
+// As with an installation that belongs to the system.
+TEST_F(KeptStateTest, APatchByNameMayBeTheUsersOwnAndHidesTheFactorys) {
+    platform::setDataFolder(DATA_FOLDER);
+    platform::setOwnFolder(folder_ / "own");
+    platform::RecordedDialogs dialogs;
+    Standalone program(dialogs);
+    program.instrument().setParameter(100, 0.37f);
+    for (const char* name : {"User/Mine", PATCH}) {
+        const std::string path = platform::ownPath(platform::belowSounds() + name) + ".fxp";
+        ASSERT_TRUE(platform::makeFolder(path.substr(0, path.rfind('/'))));
+        ASSERT_TRUE(program.instrument().patchFiles().savePatchFile(path));
+    }
+    const auto loaded = [&](const char* name) {
+        program.instrument().setParameter(100, 0.0f);
+        EXPECT_EQ(program.loadPatch(name), PatchLoad::done) << name;
+        return program.instrument().parameters().getParameter(100);
+    };
+    EXPECT_EQ(loaded("User/Mine"), 0.37f);
+    EXPECT_EQ(loaded(PATCH), 0.37f);
+    EXPECT_EQ(program.loadPatch("Keys"), PatchLoad::missing) << "a category";
+    platform::setOwnFolder("");
 }
 
 TEST_F(KeptStateTest, ABrokenPatchChangesNothing) {
@@ -486,10 +528,38 @@ TEST_F(KeptStateTest, ABrokenPatchChangesNothing) {
     for (std::size_t i = 0; i < 384; ++i) headless[54785 + i] = static_cast<char>(0xff);  // the samples' headers
     for (const std::string& broken : {std::string(), std::string("short"), newer, headless}) {
         write("standalone.patch", broken);
-        EXPECT_FALSE(loadKeptPatch(plugged));
+        EXPECT_EQ(loadKeptPatch(plugged), KeptPatch::unreadable);
         EXPECT_EQ(plugged.instrument().program().getProgramName(), "In force");
         EXPECT_EQ(plugged.instrument().parameters().getParameter(100), 0.37f);
         EXPECT_FALSE(plugged.instrument().flags().engineLocked.isSet());
+    }
+}
+
+// It may be of a newer version, which can read it.
+TEST_F(KeptStateTest, AnUnreadablePatchIsNotWrittenOver) {
+    platform::setDataFolder(DATA_FOLDER);
+    platform::RecordedDialogs dialogs;
+    Standalone program(dialogs);
+    const auto content = [this](const std::string& name) {
+        std::ifstream file(folder_ / name, std::ios::binary);
+        return std::string{std::istreambuf_iterator<char>(file), {}};
+    };
+    const auto told = [&] {
+        const auto messages = program.instrument().messages().take();
+        return messages.empty() ? std::string() : messages.back().text;
+    };
+    const std::string unreadable = "The patch of the last time cannot be read.";
+    program.loadLastPatch(true);
+    EXPECT_EQ(told(), "") << "there is none";
+    for (const std::string aside : {"standalone.patch.unreadable", "standalone.patch.unreadable 2"}) {
+        write("standalone.patch", "of " + aside);
+        program.loadLastPatch(false);
+        EXPECT_EQ(told(), unreadable) << "nothing is kept at the end of this time";
+        EXPECT_EQ(content("standalone.patch"), "of " + aside);
+        program.loadLastPatch(true);
+        EXPECT_EQ(told(), unreadable + " It is kept as " + folder_ / aside);
+        ASSERT_TRUE(keepPatch(program.plugged()));
+        EXPECT_EQ(content(aside), "of " + aside);
     }
 }
 

@@ -1,10 +1,13 @@
 // The program from outside: what it says, its exit codes, what it leaves.
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "base/version.h"
 #include "tests/faces/standalone/program.h"
@@ -67,6 +70,48 @@ TEST_F(ProgramTest, SaysWhatIsWrong) {
     EXPECT_EQ(start({"--no-window", "--sound", "none", "--record", home_ / "no folder/take.wav"}), 6);
 }
 
+TEST_F(ProgramTest, SaysWhatIsNoPatch) {
+    const std::string cut = home_ / "cut.fxp", empty = home_ / "empty.fxp";
+    std::filesystem::copy_file(PATCH_FILE, cut);
+    std::filesystem::resize_file(cut, 2000);
+    std::ofstream{empty};
+    for (const std::string& path : {std::string(PROGRAM), cut, empty}) {
+        EXPECT_EQ(start({"--no-window", "--sound", "none", "--patch", path}), 5);
+        EXPECT_TRUE(said(path + ": is no patch, or damaged")) << output_;
+        EXPECT_FALSE(said("no such patch")) << output_;
+    }
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", "0.1", "--patch", ""}), 2) << output_;
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", "0.1", "--record", ""}), 2) << output_;
+}
+
+// What is recorded by mistake over an older take would be lost.
+TEST_F(ProgramTest, ARecordingThatDoesNotBeginLeavesTheFileThatIsThere) {
+    const std::string take = home_ / "take.wav";
+    std::ofstream(take) << "an evening's work";
+    const auto content = [&] {
+        std::ifstream file(take);
+        return std::string{std::istreambuf_iterator<char>(file), {}};
+    };
+    EXPECT_EQ(start({"--no-window", "--sound", "jack", "--record", take}), 3) << output_;
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--patch", "Nowhere/Nothing", "--record", take}), 5) << output_;
+    EXPECT_EQ(start({"--sound", "none", "--record", take}), 4) << output_;
+    EXPECT_EQ(content(), "an evening's work");
+    EXPECT_EQ(start({"--no-window", "--sound", "jack", "--record", home_ / "new.wav"}), 3);
+    EXPECT_FALSE(std::filesystem::exists(home_ / "new.wav"));
+}
+
+TEST_F(ProgramTest, OneFileTakesOneRecordingAtATime) {
+    const std::string take = home_ / "take.wav";
+    Program first({PROGRAM, "--no-window", "--sound", "none", "--record", take});
+    ASSERT_TRUE(first.waitFor("MIDI: ")) << first.output();
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", "0.1", "--record", take}), 6);
+    EXPECT_TRUE(said(take + ": Device or resource busy")) << output_;
+    testhost::pause(0.3);
+    first.signal(SIGINT);
+    EXPECT_EQ(first.finish(), 0) << first.output();
+    EXPECT_GT(testhost::readRecording(take).frames(), 1000u);
+}
+
 TEST_F(ProgramTest, PlaysToNobodyAndRecordsIt) {
     ASSERT_EQ(start({"--no-window", "--device", "null", "--rate", "44100", "--period", "128", "--seconds", "0.5", "--record",
                      home_ / "take.wav"}),
@@ -114,7 +159,20 @@ TEST_F(ProgramTest, EndsByASignalAndCompletesItsRecording) {
 // Without a window nothing of the user's is written over.
 TEST_F(ProgramTest, KeepsNothingWithoutAWindow) {
     EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", "0.1"}), 0);
-    EXPECT_FALSE(std::filesystem::exists(home_.stateFile("standalone.patch")));
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(home_ / ""))
+        if (entry.is_regular_file()) files.push_back(entry.path().lexically_relative(home_ / ""));
+    EXPECT_EQ(files, std::vector<std::string>{"config/Orvix/Vantoric/settings"})
+        << "where the installation is, as every format notes";
+}
+
+TEST_F(ProgramTest, SaysThatTheLastPatchCannotBeRead) {
+    const std::string kept = home_.stateFile("standalone.patch");
+    std::filesystem::create_directories(std::filesystem::path(kept).parent_path());
+    std::ofstream(kept) << std::string(5000, 'x');
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", "0.1"}), 0);
+    EXPECT_TRUE(said("The patch of the last time cannot be read.")) << output_;
+    EXPECT_EQ(std::filesystem::file_size(kept), 5000u);
 }
 
 TEST_F(ProgramTest, SaysThatTheDiskIsFull) {
@@ -126,6 +184,23 @@ TEST_F(ProgramTest, SaysThatTheDiskIsFull) {
         EXPECT_NE(program.output().find("Recording ended: No space left on device"), std::string::npos) << program.output();
         EXPECT_NE(program.output().find("played 3"), std::string::npos) << program.output();  // to the end, all the same
     }
+}
+
+// The limit of a file's size stands for the disk's end; a program begins with its parent's.
+TEST_F(ProgramTest, PlaysOnWhenTheDiskIsFullInTheMiddle) {
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit old{};
+    getrlimit(RLIMIT_FSIZE, &old);
+    rlimit small = old;
+    small.rlim_cur = 300000;
+    setrlimit(RLIMIT_FSIZE, &small);
+    const int code = start({"--no-window", "--sound", "none", "--seconds", "3", "--record", home_ / "take.wav"});
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, before);
+    EXPECT_EQ(code, 6) << output_;
+    EXPECT_TRUE(said("Recording ended: File too large")) << output_;
+    EXPECT_TRUE(said("played 3")) << output_;
+    EXPECT_GT(testhost::readRecording(home_ / "take.wav").frames(), 30000u);
 }
 
 }  // namespace

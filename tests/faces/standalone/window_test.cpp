@@ -208,6 +208,26 @@ TEST_F(WindowTest, HasRoomForItsPartsInEverySize) {
     EXPECT_NE(program_->output().find(" 2 MIDI messages"), std::string::npos) << program_->output();
 }
 
+TEST_F(WindowTest, WhatCannotBeKeptIsTold) {
+    setenv("XDG_STATE_HOME", "/proc/nope", 1);
+    open();
+    desktop_->askToClose(window_);
+    EXPECT_EQ(program_->finish(), 1);
+    EXPECT_NE(program_->output().find("what was set could not be kept"), std::string::npos) << program_->output();
+}
+
+TEST_F(WindowTest, ALastPatchThatCannotBeReadIsToldAndSetAside) {
+    const std::string kept = home_.stateFile("standalone.patch");
+    std::filesystem::create_directories(std::filesystem::path(kept).parent_path());
+    std::ofstream(kept) << std::string(5000, 'x');
+    open();
+    if (const char* folder = std::getenv("VANTORIC_PICTURES"))
+        savePng(desktop_->picture(place_), std::string(folder) + "/set-aside.png");
+    close();
+    EXPECT_EQ(std::filesystem::file_size(kept + ".unreadable"), 5000u);
+    EXPECT_GT(std::filesystem::file_size(kept), 50000u);
+}
+
 TEST_F(WindowTest, StartsInASizeThatFitsTheScreen) {
     std::filesystem::remove(installation_.sizeFile());
     const testhost::XServer fullHd(1920, 1080);
@@ -216,6 +236,32 @@ TEST_F(WindowTest, StartsInASizeThatFitsTheScreen) {
     EXPECT_NEAR(place_.width, 1500, 1);
     EXPECT_NEAR(place_.height, 825 + (barHeight + keysHeight) * zoom(), 2);
     EXPECT_FALSE(std::filesystem::exists(installation_.sizeFile())) << "chosen by nobody";
+    close();
+    desktop_.reset();  // before its server ends
+    setenv("DISPLAY", server_.display().c_str(), 1);
+}
+
+// With a size that was chosen in a host, where it fits.
+TEST_F(WindowTest, SaysThatTheKeysDoNotFit) {
+    installation_.setSize(17);  // 1575 x 866
+    const testhost::XServer fullHd(1920, 1080);
+    desktop_ = std::make_unique<Desktop>();
+    open();
+    EXPECT_NEAR(place_.height, (editorHeight + barHeight) * zoom(), 2);
+    const auto brightInTheBar = [&] {
+        const Picture shown = desktop_->picture(place_);
+        int count = 0;
+        for (double x = 380; x < 780; x += 1 / zoom())
+            for (double y = editorHeight + 10; y < editorHeight + 22; y += 1 / zoom()) {
+                const unsigned colour = shown.at(static_cast<int>(x * zoom()), static_cast<int>(y * zoom()));
+                count += (colour >> 8 & 255) > 100 ? 1 : 0;
+            }
+        return count;
+    };
+    if (const char* folder = std::getenv("VANTORIC_PICTURES"))
+        savePng(desktop_->picture(place_), std::string(folder) + "/no-keys.png");
+    EXPECT_GT(brightInTheBar(), 500);
+    EXPECT_TRUE(testhost::within(20, [&] { return brightInTheBar() == 0; })) << "and not for ever";
     close();
     desktop_.reset();  // before its server ends
     setenv("DISPLAY", server_.display().c_str(), 1);

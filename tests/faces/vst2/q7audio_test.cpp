@@ -171,14 +171,18 @@ TEST_F(Q7AudioTest, NamesTheOneMidiProgramOfEveryChannel) {
     EXPECT_EQ(effect.dispatcher(&effect, pluginGetMidiProgramName, 0, 0, nullptr, 0.0f), 0);
 }
 
-TEST_F(Q7AudioTest, TellsOfANewMidiProgramOnce) {
+TEST_F(Q7AudioTest, TellsEachChannelOfANewMidiProgramOnce) {
     AEffect& effect = *audio->getAeffect();
-    const auto changed = [&] { return effect.dispatcher(&effect, pluginHasMidiProgramsChanged, 0, 0, nullptr, 0.0f); };
-    changed();
-    EXPECT_EQ(changed(), 0);
+    const auto changed = [&](int channel) {
+        return effect.dispatcher(&effect, pluginHasMidiProgramsChanged, channel, 0, nullptr, 0.0f);
+    };
+    for (int channel = 0; channel < 16; ++channel) changed(channel);
+    EXPECT_EQ(changed(0), 0);
     audio->setProgramName("Another");
-    EXPECT_EQ(changed(), 1);
-    EXPECT_EQ(changed(), 0);
+    for (int channel = 0; channel < 16; ++channel) {
+        EXPECT_EQ(changed(channel), 1) << channel;
+        EXPECT_EQ(changed(channel), 0) << channel;
+    }
 }
 
 TEST_F(Q7AudioTest, EventsOtherThanMidiAreIgnored) {

@@ -189,7 +189,7 @@ TEST(Browser, AnEmptyLibraryTakesEveryKeyAndClick) {
     EXPECT_TRUE(view->rows().empty());
 }
 
-TEST(MYBrowser, StaysClosedWithoutALibraryAndInLowWindows) {
+TEST(Browser, StaysClosedWithoutALibraryAndInLowWindows) {
     const WithGui gui;
     SmallLibrary library = shippedLibrary();
     OpenLayers window(1200, 660), low(1200, 128);

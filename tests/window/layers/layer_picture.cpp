@@ -1,11 +1,13 @@
 #include "layer_picture.h"
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 
-#include "editor/style.h"
+#include "editor/pen.h"
 #include "vstgui/lib/cbitmap.h"
 #include "vstgui/lib/cframe.h"
+#include "vstgui/lib/cgraphicstransform.h"
 #include "vstgui/lib/coffscreencontext.h"
 #include "vstgui/lib/platform/iplatformbitmap.h"
 #include "vstgui/lib/platform/platformfactory.h"
@@ -54,6 +56,28 @@ int keepPicture(const std::string& name, VSTGUI::CView* view, double width, doub
     const int drawn = pixelsUnlike(*bitmap, style::window);
     frame->forget();
     return drawn;
+}
+
+std::vector<std::uint32_t> pixelsOf(double zoom, double width, double height,
+                                    const std::function<void(VSTGUI::CDrawContext&)>& draw) {
+    const auto context = VSTGUI::COffscreenContext::create(CPoint(std::round(width * zoom), std::round(height * zoom)));
+    context->beginDraw();
+    {
+        const VSTGUI::CDrawContext::Transform scaled(*context, VSTGUI::CGraphicsTransform().scale(zoom, zoom));
+        context->setClipRect(CRect(0, 0, width, height));
+        Pen(*context).rect(0, 0, width, height, style::window);
+        draw(*context);
+    }
+    context->endDraw();
+    const auto bitmap = context->getBitmap()->getPlatformBitmap();
+    const auto access = bitmap->lockPixels(true);
+    std::vector<std::uint32_t> pixels;
+    for (int y = 0; y < static_cast<int>(bitmap->getSize().y); ++y) {
+        const auto* row =
+            reinterpret_cast<const std::uint32_t*>(access->getAddress() + static_cast<std::size_t>(y) * access->getBytesPerRow());
+        pixels.insert(pixels.end(), row, row + static_cast<int>(bitmap->getSize().x));
+    }
+    return pixels;
 }
 
 VSTGUI::KeyboardEvent typedKey(char32_t character) {

@@ -5,39 +5,13 @@
 
 #include "editor/backdrop.h"
 #include "layer_picture.h"
-#include "vstgui/lib/cgraphicstransform.h"
-#include "vstgui/lib/coffscreencontext.h"
-#include "vstgui/lib/platform/iplatformbitmap.h"
 
 namespace vantoric {
 namespace {
 
-using VSTGUI::CPoint;
 using VSTGUI::CRect;
 
 constexpr double width = 120, height = 60;
-
-// The colours of all pixels of what `draw` draws on the window's ground.
-std::vector<std::uint32_t> pixelsOf(double zoom, double w, double h, const std::function<void(VSTGUI::CDrawContext&)>& draw) {
-    const auto context = VSTGUI::COffscreenContext::create(CPoint(std::round(w * zoom), std::round(h * zoom)));
-    context->beginDraw();
-    {
-        const VSTGUI::CDrawContext::Transform scaled(*context, VSTGUI::CGraphicsTransform().scale(zoom, zoom));
-        context->setClipRect(CRect(0, 0, w, h));
-        Pen(*context).rect(0, 0, w, h, style::window);
-        draw(*context);
-    }
-    context->endDraw();
-    const auto bitmap = context->getBitmap()->getPlatformBitmap();
-    const auto access = bitmap->lockPixels(true);
-    std::vector<std::uint32_t> pixels;
-    for (int y = 0; y < static_cast<int>(bitmap->getSize().y); ++y) {
-        const auto* row =
-            reinterpret_cast<const std::uint32_t*>(access->getAddress() + static_cast<std::size_t>(y) * access->getBytesPerRow());
-        pixels.insert(pixels.end(), row, row + static_cast<int>(bitmap->getSize().x));
-    }
-    return pixels;
-}
 
 void drawSample(Pen& pen, double x, double y) {
     pen.round(x - 10, y - 10, 20, 20, 4, style::raised);

@@ -1,0 +1,66 @@
+#include "editor/popup_menu.h"
+#include "editor/model/control_table.h"
+#include "editor/model/window_layout.h"
+#include "editor/overlay.h"
+#include "layer_picture.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace vantoric {
+namespace {
+
+constexpr double lowHeight = 128;
+
+std::vector<MenuRow> rowsOf(const ControlEntry& entry) {
+    std::vector<MenuRow> rows;
+    for (int row = 0; row < static_cast<int>(entry.labels.size()); ++row)
+        rows.push_back({std::string(entry.labels[row]), row, row == 1, {}, {}});
+    return rows;
+}
+
+// Every list that a window of two panels shows, opened at its place.
+template <class Look>
+void forEachLowList(const Look& look) {
+    const WithGui gui;
+    for (int i = 0; i < controlCount(); ++i) {
+        const ControlEntry& entry = controlEntry(i);
+        if (entry.page != page::always || entry.labels.empty() || entry.y > lowHeight) continue;
+        const LayoutRect r = controlRect(entry);
+        const auto menu = VSTGUI::makeOwned<PopupMenu>(
+            VSTGUI::CRect(0, 0, 1200, lowHeight), VSTGUI::CRect(r.x, r.y, r.x + r.width, r.y + r.height), rowsOf(entry),
+            [](int) {}, [] {});
+        look(entry, *menu);
+    }
+}
+
+TEST(PopupMenu, NoLabelIsCutInALowWindow) {
+    int seen = 0;
+    forEachLowList([&](const ControlEntry& entry, const PopupMenu& menu) {
+        for (int row = 0; row < static_cast<int>(entry.labels.size()); ++row) {
+            const auto place = menu.rowWith(row);
+            if (!place) continue;
+            const double room = place->getWidth() - 8 - (row == 1 ? 22 : 6);
+            EXPECT_GE(room, measured(entry.labels[row], style::Face::medium, 10)) << entry.name << ": " << entry.labels[row];
+            EXPECT_GE(place->left, 0);
+            EXPECT_LE(place->right, 1200);
+            EXPECT_LE(place->bottom, lowHeight) << entry.name << ": " << entry.labels[row];
+            ++seen;
+        }
+    });
+    EXPECT_GT(seen, 60);
+}
+
+TEST(PopupMenu, ColumnsStandBesideEachOther) {
+    forEachLowList([](const ControlEntry& entry, const PopupMenu& menu) {
+        std::set<std::pair<double, double>> columns;
+        for (int row = 0; row < static_cast<int>(entry.labels.size()); ++row)
+            if (const auto place = menu.rowWith(row)) columns.insert({place->left, place->right});
+        for (auto next = columns.begin(), column = next == columns.end() ? next : next++; next != columns.end(); column = next++)
+            EXPECT_NEAR(column->second, next->first, 1e-9) << entry.name;
+    });
+}
+
+}  // namespace
+}  // namespace vantoric

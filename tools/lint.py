@@ -1,0 +1,104 @@
+#!/usr/bin/env python3
+"""clang-tidy over the instrument's own rooms, by the compile commands of the release build.
+
+    tools/lint.py [FILE ...]     all sources of the rooms, or those named; exit status 1 if there is a finding
+
+Most of the linter's time goes into the headers, so sources of one room are linted as one text, and what is found is told
+by its place in the source. Sources that don't compile together (they use one name for two things) are parted.
+"""
+import concurrent.futures
+import json
+import os
+import re
+import subprocess
+import sys
+
+ROOMS = "base platform sound effects samples voice parameters patch loading engine library editor faces".split()
+TOGETHER = 8
+FOLDER = "build/release/lint"
+LINTER = "clang-tidy-19"
+
+
+def compile_commands():
+    with open("build/release/compile_commands.json", encoding="utf-8") as commands:
+        entries = json.load(commands)
+    return {os.path.relpath(entry["file"]): entry for entry in entries}
+
+
+def flags_of(entry):
+    """What the compiler is told apart from the file; the linter does not know one of the flags."""
+    words = entry["command"].replace(" -fno-gnu-unique", "").split()
+    return " ".join(word for word in words if not word.endswith((".cpp", ".o")) and word not in ("-c", "-o"))
+
+
+def sources(named):
+    files = subprocess.run(["git", "ls-files", *(f"{room}/*.cpp" for room in ROOMS)], capture_output=True, text=True, check=True)
+    return [file for file in files.stdout.split() if "win32" not in file and (not named or file in named)]
+
+
+def units(files, commands):
+    """Lists of files to lint together: of one folder, and compiled by the same command. Others are of builds without a window."""
+    found = {}
+    for file in files:
+        if file not in commands:
+            print(f"lint.py: left out, as this build does not compile it: {file}")
+            continue
+        found.setdefault((os.path.dirname(file), flags_of(commands[file])), []).append(file)
+    for group in found.values():
+        count = -(-len(group) // TOGETHER)
+        yield from (group[part::count] for part in range(count))
+
+
+def read(file):
+    with open(file, encoding="utf-8") as source:
+        return source.read()
+
+
+def placed(findings, name, unit):
+    """The findings with lines of the sources instead of those of the text that they were joined to."""
+    ends, lines = [], 0
+    for file in unit:
+        lines += read(file).count("\n") + 1
+        ends.append(lines)
+
+    def place(match):
+        line = int(match[1])
+        at = next((k for k, end in enumerate(ends) if line <= end), len(unit) - 1)
+        return f"{unit[at]}:{line - (ends[at - 1] if at else 0)}:"
+    return re.sub(rf"\S*{re.escape(name)}:(\d+):", place, findings)
+
+
+def lint(unit, commands):
+    """The findings in the files of the unit, one text."""
+    name = f"{FOLDER}/{unit[0].replace('/', '-')}"
+    with open(name, "w", encoding="utf-8") as together:
+        together.writelines(read(file) + "\n" for file in unit)
+    result = subprocess.run([LINTER, "--quiet", f"--config-file={os.path.abspath('.clang-tidy')}", name, "--",
+                             *flags_of(commands[unit[0]]).split()[1:], "-I.", f"-iquote{os.path.dirname(unit[0])}"],
+                            capture_output=True, text=True)
+    if len(unit) > 1 and "clang-diagnostic-error" in result.stdout:
+        middle = len(unit) // 2
+        return lint(unit[:middle], commands) + lint(unit[middle:], commands)
+    if result.returncode != 0 and not result.stdout:
+        return result.stderr
+    return placed(result.stdout, name, unit)
+
+
+def main():
+    os.chdir(os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."))
+    os.makedirs(FOLDER, exist_ok=True)
+    commands = compile_commands()
+    work = sorted(units(sources(sys.argv[1:]), commands), key=len, reverse=True)
+    has_findings = False
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as workers:
+        for done, findings in enumerate(workers.map(lambda unit: lint(unit, commands), work), 1):
+            if sys.stdout.isatty():
+                print(f"\r{done} of {len(work)}", end="\n" if done == len(work) else "", flush=True)
+            if findings:
+                has_findings = True
+                print(findings, flush=True)
+    return 1 if has_findings else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
