@@ -12,9 +12,6 @@
 
 namespace vantoric {
 
-// Whether a filter type (list index, any number) may draw random numbers. Any thread.
-bool filterMayDraw(int type);
-
 // Audio thread only, but for touchMemory. Nothing here allocates after construction.
 class FilterBank {
 public:

@@ -3,13 +3,12 @@
 
     tools/lint.py [FILE ...]     all sources of the rooms, or those named; exit status 1 if there is a finding
 
-Most of the linter's time goes into the headers, so sources of one room are linted as one text, and what is found is told
-by its place in the source. Sources that don't compile together (they use one name for two things) are parted.
+Most of the linter's time goes into the headers, so sources of one folder are linted as one text. Where that has a finding or
+does not compile (two sources use one name for two things) it is parted.
 """
 import concurrent.futures
 import json
 import os
-import re
 import subprocess
 import sys
 
@@ -32,8 +31,12 @@ def flags_of(entry):
 
 
 def sources(named):
-    files = subprocess.run(["git", "ls-files", *(f"{room}/*.cpp" for room in ROOMS)], capture_output=True, text=True, check=True)
-    return [file for file in files.stdout.split() if "win32" not in file and (not named or file in named)]
+    listed = subprocess.run(["git", "ls-files", *(f"{room}/*.cpp" for room in ROOMS)], capture_output=True, text=True, check=True)
+    files = [file for file in listed.stdout.split() if "win32" not in file]
+    for file in named:
+        if file not in files:
+            sys.exit(f"lint.py: no source of the rooms: {file}")
+    return [file for file in files if not named or file in named]
 
 
 def units(files, commands):
@@ -49,39 +52,25 @@ def units(files, commands):
         yield from (group[part::count] for part in range(count))
 
 
-def read(file):
-    with open(file, encoding="utf-8") as source:
-        return source.read()
-
-
-def placed(findings, name, unit):
-    """The findings with lines of the sources instead of those of the text that they were joined to."""
-    ends, lines = [], 0
-    for file in unit:
-        lines += read(file).count("\n") + 1
-        ends.append(lines)
-
-    def place(match):
-        line = int(match[1])
-        at = next((k for k, end in enumerate(ends) if line <= end), len(unit) - 1)
-        return f"{unit[at]}:{line - (ends[at - 1] if at else 0)}:"
-    return re.sub(rf"\S*{re.escape(name)}:(\d+):", place, findings)
-
-
 def lint(unit, commands):
-    """The findings in the files of the unit, one text."""
-    name = f"{FOLDER}/{unit[0].replace('/', '-')}"
-    with open(name, "w", encoding="utf-8") as together:
-        together.writelines(read(file) + "\n" for file in unit)
-    result = subprocess.run([LINTER, "--quiet", f"--config-file={os.path.abspath('.clang-tidy')}", name, "--",
+    """What is wrong in the files of the unit. Sources linted together may disturb each other, so what is told is what one file
+    alone gets."""
+    text = unit[0]
+    if len(unit) > 1:
+        text = f"{FOLDER}/{unit[0].replace('/', '-')}"
+        with open(text, "w", encoding="utf-8") as together:
+            for file in unit:
+                with open(file, encoding="utf-8") as source:
+                    together.write(source.read() + "\n")
+    result = subprocess.run([LINTER, "--quiet", f"--config-file={os.path.abspath('.clang-tidy')}", text, "--",
                              *flags_of(commands[unit[0]]).split()[1:], "-I.", f"-iquote{os.path.dirname(unit[0])}"],
                             capture_output=True, text=True)
-    if len(unit) > 1 and "clang-diagnostic-error" in result.stdout:
+    if result.returncode == 0:
+        return ""
+    if len(unit) > 1:
         middle = len(unit) // 2
         return lint(unit[:middle], commands) + lint(unit[middle:], commands)
-    if result.returncode != 0 and not result.stdout:
-        return result.stderr
-    return placed(result.stdout, name, unit)
+    return result.stdout or result.stderr
 
 
 def main():

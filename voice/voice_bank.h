@@ -73,7 +73,7 @@ public:
     void setSerial(int voice, bool on) { serial_ = withBit(serial_, voice, on); }
     // The types of a voice's filter or distortion (place 0 or 1), as list indices, once they are set up.
     void noteFilterType(int place, int voice, int type) {
-        filterDraws_[place] = withBit(filterDraws_[place], voice, filterMayDraw(type));
+        filterDraws_[place] = withBit(filterDraws_[place], voice, filters::mayDraw(type));
     }
     void noteDistortionType(int place, int voice, int type) {
         distortionDraws_[place] = withBit(distortionDraws_[place], voice, distortionMayDraw(type));

@@ -97,6 +97,7 @@ std::string readText(const char16* from, std::size_t most) {
 }
 
 bool isParameter(ParamID id) { return id < static_cast<ParamID>(parameterCount); }
+bool isController(ParamID id) { return id >= firstController && id - firstController < static_cast<ParamID>(controllerCount); }
 double normalized(int index, float stored) { return hp::plain(index, stored) / hp::largest(index); }
 float storedOf(const Instrument& instrument, int index, double normalizedValue) {
     return hp::storedFor(instrument, index, normalizedValue * hp::largest(index));
@@ -589,8 +590,8 @@ Transport Plugin::transportOf(const ProcessContext* context, bool isOffline) {
 }
 
 void Plugin::collectController(ParamID id, std::int32_t frame, double value) {
+    if (!isController(id)) return;
     const ParamID place = id - firstController;
-    if (id < firstController || place >= static_cast<ParamID>(controllerCount)) return;
     const auto channel = static_cast<std::uint8_t>(place / controllersOfChannel);
     const int controller = static_cast<int>(place % controllersOfChannel);
     const auto status = [channel](int nibble) { return static_cast<std::uint8_t>(nibble | channel); };
@@ -746,8 +747,7 @@ tresult Controller::getParameterInfo(int32 place, Steinberg::Vst::ParameterInfo&
 }
 
 tresult Controller::getParamStringByValue(ParamID id, ParamValue value, String128 text) {
-    const bool isController = id >= firstController && id - firstController < static_cast<ParamID>(controllerCount);
-    if (text == nullptr || !(isParameter(id) || isController)) return kInvalidArgument;
+    if (text == nullptr || !(isParameter(id) || isController(id))) return kInvalidArgument;
     return guarded([&] {
         const int index = static_cast<int>(id);
         writeText(text, 128,
@@ -775,12 +775,12 @@ ParamValue Controller::plainParamToNormalized(ParamID id, ParamValue plain) {
 }
 
 ParamValue Controller::getParamNormalized(ParamID id) {
-    if (!isParameter(id)) return id >= firstController ? restOfController(static_cast<int>(id - firstController)) : 0;
+    if (!isParameter(id)) return isController(id) ? restOfController(static_cast<int>(id - firstController)) : 0;
     return plugin_.value(static_cast<int>(id));
 }
 
 tresult Controller::setParamNormalized(ParamID id, ParamValue value) {
-    if (id >= firstController) return kResultOk;
+    if (isController(id)) return kResultOk;
     if (!isParameter(id)) return kInvalidArgument;
     plugin_.setValue(static_cast<int>(id), value);
     return kResultOk;

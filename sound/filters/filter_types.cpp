@@ -1,6 +1,5 @@
 #include "sound/filters/filter_types.h"
 
-#include "sound/filter_bank.h"
 #include "sound/filter_labels.h"
 #include "sound/filters/filter_menu.h"
 #include "sound/filters/wide_loops.h"
@@ -45,16 +44,15 @@ const FilterType<Voices>* findFilterType(int index) {
 template const FilterType<1>* findFilterType<1>(int);
 template const FilterType<voiceCount>* findFilterType<voiceCount>(int);
 
+bool mayDraw(int index) {
+    static constexpr auto drawing = drawingTypes(AllLoops{});
+    return index >= 0 && index < menuSize && drawing[static_cast<std::size_t>(index)];
+}
+
 }  // namespace vantoric::filters
 
 namespace vantoric {
 
-namespace {
-constexpr auto drawing = filters::drawingTypes(filters::AllLoops{});
-}  // namespace
-
 constinit const std::array<const char*, filters::menuSize> filterLabels = filters::menuLabels();
-
-bool filterMayDraw(int type) { return type >= 0 && type < filters::menuSize && drawing[static_cast<std::size_t>(type)]; }
 
 }  // namespace vantoric

@@ -46,6 +46,9 @@ struct FilterType {
 template <int Voices>
 const FilterType<Voices>* findFilterType(int index);
 
+// Whether the type at an index of the list (any number) may draw random numbers. Any thread.
+bool mayDraw(int index);
+
 // The types of a loop; the source of its family makes them.
 template <template <class> class Topology>
 struct TypesOf {

@@ -128,7 +128,7 @@ TEST(LayerStack, KnowsTheFiltersThatDraw) {
             }
         }
         const bool drew = random.congruence.state != 0 || random.hash.counter != 0;
-        EXPECT_EQ(filterMayDraw(type), drew) << type;
+        EXPECT_EQ(filters::mayDraw(type), drew) << type;
         if (drew) drawing.push_back(type);
     }
     EXPECT_EQ(drawing, (std::vector<int>{butter, orvix, ms20, 55, phaser3, 57, 58, 60, 61, 62, 63}));

@@ -1,10 +1,7 @@
 // What reaches the instrument: who holds which key, at which frame, and how it gets on record.
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
-
 #include <cmath>
-#include <csignal>
 #include <fstream>
 #include <thread>
 
@@ -341,15 +338,10 @@ TEST_F(StandaloneTest, AFullDiskEndsARecordingAndNothingElse) {
     EXPECT_EQ(testhost::readRecording(folder_ / "take.wav").frames(), 200u);
 }
 
-// In the middle of it: the limit of a file's size stands for the disk's end.
+// In the middle of it.
 TEST_F(StandaloneTest, WhatWasRecordedBeforeTheDiskWasFullIsAWholeFile) {
     player_.prepare(48000);
-    const auto before = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit old{};
-    getrlimit(RLIMIT_FSIZE, &old);
-    rlimit small = old;
-    small.rlim_cur = 300000;
-    setrlimit(RLIMIT_FSIZE, &small);
+    const testhost::FileSizeLimit full(300000);
     std::string problem;
     ASSERT_TRUE(recorder_.start(folder_ / "take.wav", 48000, problem)) << problem;
     for (int i = 0; i < 400 && recorder_.isRecording(); ++i) {
@@ -358,8 +350,6 @@ TEST_F(StandaloneTest, WhatWasRecordedBeforeTheDiskWasFullIsAWholeFile) {
     }
     EXPECT_TRUE(testhost::within(10, [&] { return recorder_.hasFailed(); }));
     EXPECT_FALSE(recorder_.stop());
-    setrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, before);
     EXPECT_EQ(recorder_.trouble(), "File too large");
     const Recording take = testhost::readRecording(folder_ / "take.wav");
     EXPECT_GT(take.frames(), 30000u);

@@ -24,6 +24,18 @@ Home::Home() {
     setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
 }
 
+// Beyond the limit a write fails, as on a full disk; the signal that would end the process is not wanted.
+FileSizeLimit::FileSizeLimit(rlim_t bytes) : signalBefore_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit small{bytes, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+}
+
+FileSizeLimit::~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, signalBefore_);
+}
+
 Program::Program(const std::vector<std::string>& arguments) {
     std::vector<char*> texts;
     for (const std::string& argument : arguments) texts.push_back(const_cast<char*>(argument.c_str()));

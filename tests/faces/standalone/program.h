@@ -1,6 +1,7 @@
 // The program as a user starts it, beside the test.
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/types.h>
 
 #include <filesystem>
@@ -45,6 +46,19 @@ private:
     vantoric::platform::ScratchFolder folder_;
     pid_t process_ = -1;
     int status_ = 0;
+};
+
+// Stands for a disk's end: while it lives, no file of this process, nor of programs started by it, grows beyond `bytes`.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes);
+    ~FileSizeLimit();
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit before_{};
+    void (*signalBefore_)(int);
 };
 
 // Runs it to its end: its exit code, and what it printed.

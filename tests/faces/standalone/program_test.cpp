@@ -1,7 +1,6 @@
 // The program from outside: what it says, its exit codes, what it leaves.
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <csignal>
@@ -14,6 +13,7 @@
 
 namespace {
 
+using testhost::FileSizeLimit;
 using testhost::Home;
 using testhost::Program;
 using testhost::run;
@@ -186,18 +186,9 @@ TEST_F(ProgramTest, SaysThatTheDiskIsFull) {
     }
 }
 
-// The limit of a file's size stands for the disk's end; a program begins with its parent's.
 TEST_F(ProgramTest, PlaysOnWhenTheDiskIsFullInTheMiddle) {
-    const auto before = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit old{};
-    getrlimit(RLIMIT_FSIZE, &old);
-    rlimit small = old;
-    small.rlim_cur = 300000;
-    setrlimit(RLIMIT_FSIZE, &small);
-    const int code = start({"--no-window", "--sound", "none", "--seconds", "3", "--record", home_ / "take.wav"});
-    setrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, before);
-    EXPECT_EQ(code, 6) << output_;
+    const FileSizeLimit full(300000);
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", "3", "--record", home_ / "take.wav"}), 6) << output_;
     EXPECT_TRUE(said("Recording ended: File too large")) << output_;
     EXPECT_TRUE(said("played 3")) << output_;
     EXPECT_GT(testhost::readRecording(home_ / "take.wav").frames(), 30000u);
