@@ -31,7 +31,7 @@ public:
     // Adds its views to `root`, which owns them and must outlive it. `width` and `height` in window units: what stands beyond
     // is left out.
     WindowContent(DropContainer& root, double width, double height, Q7Editor& editor, WorkHistory& work, Instrument& instrument);
-    ~WindowContent();
+    ~WindowContent() override;
     WindowContent(const WindowContent&) = delete;
     WindowContent& operator=(const WindowContent&) = delete;
 

@@ -15,7 +15,7 @@ constexpr int mostForWaves = 2000;  // milliseconds
 
 PluggedInstrument::PluggedInstrument(HostPort& port, platform::Dialogs& dialogs) : dialogs_(dialogs) {
     instrument_.setHostPort(&port);
-    programs_.emplace(instrument_, dialogs_);
+    programs_ = std::make_unique<ProgramLoader>(instrument_, dialogs_);
     showMessages();
 }
 

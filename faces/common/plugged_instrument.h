@@ -2,7 +2,7 @@
 // tell. What is a format's own, its face adds.
 #pragma once
 
-#include <optional>
+#include <memory>
 
 #include "engine/host_port.h"
 #include "engine/instrument.h"
@@ -42,7 +42,7 @@ public:
 private:
     platform::Dialogs& dialogs_;
     Instrument instrument_;
-    std::optional<ProgramLoader> programs_;  // stands while the host port does
+    std::unique_ptr<ProgramLoader> programs_;  // stands while the host port does
 };
 
 }  // namespace vantoric

@@ -5,11 +5,9 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
-#include <numbers>
 #include <string>
 #include <vector>
 
-#include "base/fft.h"
 #include "factory/patches/studio.h"
 
 namespace {
@@ -34,31 +32,10 @@ double highestOfTenKeys(Studio& studio) {
     return highest;
 }
 
-// Third octaves from 50 Hz on over the first four seconds: column by column, each from the lowest band up, a digit of base 36
-// a band, 2 dB a step below the loudest.
+// Third octaves over the first four seconds: column by column, each from the lowest band up, a digit of base 36 a band, 2 dB a
+// step below the loudest.
 std::string picture(const Take& take) {
-    constexpr int columns = 64, bands = 25, points = 4096;
-    constexpr double lowest = 50.0, seconds = 4.0;  // Hz; of the whole picture
-    vantoric::RealFft fft(points);
-    std::vector<double> signal(points), re(points / 2 + 1), im(points / 2 + 1), powers;
-    for (int column = 0; column < columns; ++column) {
-        const auto start = static_cast<std::size_t>(column * seconds / columns * studioRate);
-        for (std::size_t i = 0; i < points; ++i) {
-            const double window = 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * static_cast<double>(i) / points);
-            const bool there = start + i < take.left.size();
-            signal[i] = there ? window * static_cast<double>(take.left[start + i] + take.right[start + i]) : 0.0;
-        }
-        fft.forward(signal.data(), re.data(), im.data());
-        for (int band = 0; band < bands; ++band) {
-            const auto bin = [&](int edge) {
-                return static_cast<std::size_t>(lowest * std::exp2(edge / 3.0) * points / studioRate);
-            };
-            const std::size_t from = bin(band), to = std::max(from + 1, bin(band + 1));
-            double power = 1e-12;
-            for (std::size_t k = from; k < to; ++k) power += re[k] * re[k] + im[k] * im[k];
-            powers.push_back(power);
-        }
-    }
+    const std::vector<double> powers = thirdOctaves(take, 64, 4.0);
     const double loudest = *std::max_element(powers.begin(), powers.end());
     std::string digits;
     for (const double power : powers) {

@@ -5,8 +5,10 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <numbers>
 
 #include "apps/render/report.h"
+#include "base/fft.h"
 #include "base/math.h"
 #include "platform/module_folder.h"
 #include "platform/thread.h"
@@ -19,7 +21,7 @@ namespace fs = std::filesystem;
 
 constexpr int block = 512;
 constexpr double silentLevel = 0.00025;  // -72 dBFS
-constexpr int noteOn = 0x90, noteOff = 0x80;
+constexpr int noteOn = 0x90, noteOff = 0x80, controller = 0xb0, modulationWheel = 1;
 constexpr double tempo = 120.0;        // quarter notes a minute
 constexpr double quietSeconds = 0.75;  // longer than the pauses between the echoes of any patch
 
@@ -84,6 +86,7 @@ bool Studio::load(const std::string& path) {
     makeInstrument();
     const bool taken = engine_->patchFiles().loadPatchFile(path);
     setChance(0);
+    setWheel(0);
     waitForWaves();
     // A new master volume takes a block to arrive.
     Take silence;
@@ -96,6 +99,11 @@ void Studio::setChance(std::uint32_t number) {
     chance_ = {};
     chance_.congruence.skip(number * apart);
     chance_.hash.counter += number * apart;
+}
+
+void Studio::turn(int index, float value) {
+    engine_->setParameter(index, value);
+    waitForWaves();
 }
 
 void Studio::send(int status, int data1, int data2) {
@@ -133,6 +141,7 @@ Take Studio::play(const std::vector<int>& keys, int velocity, double held, doubl
     engine_->random() = chance_;
     ppqPos_ = 0.0;
     Take take;
+    send(controller, modulationWheel, wheel_);
     for (const int key : keys) send(noteOn, key, velocity);
     render(take, held);
     const std::size_t released = take.left.size();
@@ -159,6 +168,42 @@ Take Studio::play(const std::vector<int>& keys, int velocity, double held, doubl
 }
 
 // Power of a windowed stretch at single frequencies; the best is refined by ever smaller steps.
+std::vector<double> thirdOctaves(const Take& take, int columns, double seconds) {
+    constexpr int points = 4096;
+    constexpr double lowest = 50.0;  // Hz
+    RealFft fft(points);
+    std::vector<double> signal(points), re(points / 2 + 1), im(points / 2 + 1), powers;
+    const auto bin = [](int edge) { return static_cast<std::size_t>(lowest * std::exp2(edge / 3.0) * points / studioRate); };
+    for (int column = 0; column < columns; ++column) {
+        const auto start = static_cast<std::size_t>(column * seconds / columns * studioRate);
+        for (std::size_t i = 0; i < points; ++i) {
+            const double window = 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * static_cast<double>(i) / points);
+            const bool there = start + i < take.left.size();
+            signal[i] = there ? window * static_cast<double>(take.left[start + i] + take.right[start + i]) : 0.0;
+        }
+        fft.forward(signal.data(), re.data(), im.data());
+        for (int band = 0; band < bandsOfColumn; ++band) {
+            const std::size_t from = bin(band), to = std::max(from + 1, bin(band + 1));
+            double power = 1e-12;
+            for (std::size_t k = from; k < to; ++k) power += re[k] * re[k] + im[k] * im[k];
+            powers.push_back(power);
+        }
+    }
+    return powers;
+}
+
+double apart(const std::vector<double>& one, const std::vector<double>& other) {
+    const double floor =
+        1e-4 * std::max(*std::max_element(one.begin(), one.end()), *std::max_element(other.begin(), other.end()));
+    double decibels = 0.0, heard = 0.0;
+    for (std::size_t i = 0; i < one.size(); ++i) {
+        if (std::max(one[i], other[i]) < floor) continue;
+        decibels += std::fabs(10.0 * std::log10(std::max(one[i], floor) / std::max(other[i], floor)));
+        heard += 1.0;
+    }
+    return decibels / heard;
+}
+
 double fundamental(const std::vector<float>& samples, double start, double seconds, double expected) {
     const auto first = static_cast<std::size_t>(start * studioRate);
     const auto count = static_cast<std::size_t>(seconds * studioRate);

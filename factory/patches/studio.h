@@ -12,6 +12,13 @@ namespace vantoric::factory {
 
 inline constexpr int studioRate = 44100;  // Hz
 
+// A build with sanitizers is slower than the music.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool isCheckedBuild = true;
+#else
+inline constexpr bool isCheckedBuild = false;
+#endif
+
 struct Take {
     double peak = 0.0;         // of full scale, over all
     double loudness = -100.0;  // LUFS of the loudest 0.4 s
@@ -43,6 +50,12 @@ public:
     // Sends a MIDI message, taken up by the next rendering.
     void send(int status, int data1, int data2);
 
+    // Where the modulation wheel stands in the takes to come, 0 to 127; at first, and after a load, 0.
+    void setWheel(int place) { wheel_ = place; }
+
+    // Turns a knob of the loaded patch, `index` as a host counts them, to 0 to 1.
+    void turn(int index, float value);
+
     // The value of a parameter of the loaded patch.
     const ParameterModel& parameters() { return engine_->parameters(); }
 
@@ -58,8 +71,17 @@ private:
     platform::ScratchFolder folder_;
     std::unique_ptr<Instrument> engine_;
     RandomSources chance_;
+    int wheel_ = 0;
     double ppqPos_ = 0.0;  // the song runs while a studio renders, so that what follows its position moves
 };
+
+// Powers of third octaves from 50 Hz on over the first `seconds` of a take, both channels added: `columns` points of time, of
+// each `bandsOfColumn` from the lowest up; none is 0.
+inline constexpr int bandsOfColumn = 25;
+std::vector<double> thirdOctaves(const Take& take, int columns, double seconds);
+
+// How far two sets of third octaves are apart: the mean in dB over what stands less than 40 dB below the loudest of both.
+double apart(const std::vector<double>& one, const std::vector<double>& other);
 
 // Hz of the strongest fundamental near `expected` (within a semitone) in the recording from `start` seconds on,
 // to a cent or so; 0 if there is no such tone.

@@ -28,13 +28,6 @@ std::string testName(const ::testing::TestParamInfo<fs::path>& info) {
     return name;
 }
 
-// A checked build is slower than the music: it plays each patch once, and shortly.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool checked = true;
-#else
-constexpr bool checked = false;
-#endif
-
 class FactoryPatch : public ::testing::TestWithParam<fs::path> {
 protected:
     // One studio for all, so that the wave banks stay.
@@ -48,11 +41,11 @@ TEST_P(FactoryPatch, PlaysAChordBelowFullScaleAndFallsSilent) {
     Studio& room = studio();
     room.takeMessages();
     ASSERT_TRUE(room.load(GetParam().string()));
-    const Take chord = room.play({60, 64, 67, 72}, 100, checked ? 0.2 : 1.2, checked ? 0.05 : 14.0);
+    const Take chord = room.play({60, 64, 67, 72}, 100, isCheckedBuild ? 0.2 : 1.2, isCheckedBuild ? 0.05 : 14.0);
     for (const Message& message : room.takeMessages()) ADD_FAILURE() << message.text;
     EXPECT_TRUE(chord.finite);
     EXPECT_GT(chord.peak, 0.0);
-    if (checked) return;
+    if (isCheckedBuild) return;
     EXPECT_GT(chord.loudness, -30.0);
     EXPECT_LT(chord.loudness, -10.0);
     EXPECT_LT(chord.peak, 1.0);
@@ -84,13 +77,25 @@ TEST_P(FactoryPatch, AnswersToVelocityWheelAndPressure) {
     EXPECT_TRUE(usesSource(room.parameters(), velocity));
     EXPECT_TRUE(usesSource(room.parameters(), modwheel));
     EXPECT_TRUE(usesSource(room.parameters(), aftertouch));
-    if (checked) return;
+    if (isCheckedBuild) return;
     const Take loud = room.play({48, 55}, 110, 0.5, 0.05), soft = room.play({48, 55}, 30, 0.5, 0.05);
     EXPECT_GT(soft.loudness, -60.0);
     // An arpeggiator's steps bring velocities of their own.
     for (int layer = 0; layer < layerCount; ++layer)
         if (room.parameters().getListIndex(hostIndex(parameter::ArpType, layer)) != 0) return;
     EXPECT_GT(loud.loudness, soft.loudness + 1.5);
+}
+
+// The same chances for both, so that the wheel alone tells them apart.
+TEST_P(FactoryPatch, SoundsOtherwiseWithTheWheelUp) {
+    if (isCheckedBuild) GTEST_SKIP() << "too slow";
+    Studio& room = studio();
+    const auto bandsAt = [&](int wheel) {
+        EXPECT_TRUE(room.load(GetParam().string()));
+        room.setWheel(wheel);
+        return thirdOctaves(room.play({48, 55}, 100, 1.0, 0.1), 10, 1.0);
+    };
+    EXPECT_GT(apart(bandsAt(0), bandsAt(127)), 1.0);  // dB
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FactoryPatch, ::testing::ValuesIn(factoryPatches()), testName);
@@ -100,6 +105,19 @@ TEST(FactoryPatches, AreManyInManyCategories) {
     for (const fs::path& path : factoryPatches()) categories.insert(path.parent_path());
     EXPECT_GE(factoryPatches().size(), 438u);
     EXPECT_EQ(categories.size(), 25u);
+}
+
+TEST(FactoryPatches, NoTwoSoundAlike) {
+    if (isCheckedBuild) GTEST_SKIP() << "too slow";
+    Studio room;
+    const std::vector<fs::path> paths = factoryPatches();
+    std::vector<std::vector<double>> bands;
+    for (const fs::path& path : paths) {
+        ASSERT_TRUE(room.load(path.string()));
+        bands.push_back(thirdOctaves(room.play({48, 55, 72}, 100, 0.6, 0.4), 10, 1.0));
+    }
+    for (std::size_t i = 0; i < paths.size(); ++i)
+        for (std::size_t k = 0; k < i; ++k) EXPECT_GT(apart(bands[i], bands[k]), 2.5) << paths[i] << " and " << paths[k];  // dB
 }
 
 TEST(FactoryPatches, TheWelcomePatchIsWhereTheInstrumentLooksForIt) {
