@@ -109,7 +109,7 @@ void WaveWorker::boot() {
         flags_.audioMuted.clear();
     }
     isBooted_.store(true, std::memory_order_release);
-    platform::setLowestPriority();
+    platform::setLowPriority();
     library_.prefetch();
 }
 

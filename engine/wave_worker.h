@@ -43,7 +43,7 @@ public:
     ~WaveWorker();
 
     // Starts the thread. `bootPending` is set before and falls with its first step; `audioMuted` falls when the
-    // banks are there. From then on it has the lowest priority and sleeps at `workerBell` until it is rung.
+    // banks are there. From then on it has a low priority and sleeps at `workerBell` until it is rung.
     void start();
     // Asks it to end, without waiting.
     void askToStop();

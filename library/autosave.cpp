@@ -115,7 +115,7 @@ Autosave::~Autosave() {
 }
 
 void Autosave::run() {
-    platform::setLowestPriority();
+    platform::setLowPriority();
     std::unique_lock lock(mutex_);
     while (!stopping_.wait_for(lock, interval_, [this] { return stops_; })) {
         lock.unlock();

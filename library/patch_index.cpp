@@ -186,7 +186,7 @@ std::vector<PatchPlace> PatchIndex::recent() const {
 // What the user did is written also when the end has come; a scan is not begun any more. With short memory what could not
 // be done is left until it is asked for again.
 void PatchIndex::run() {
-    platform::setLowestPriority();
+    platform::setLowPriority();
     keepRecent({});
     std::unique_lock lock(mutex_);
     for (;;) {

@@ -33,7 +33,7 @@ struct PatchNotes {
 };
 
 // On the thread of the window; nothing here waits for the disk but the end of the object, for what is still to be written.
-// The thread has the lowest priority. Folders and files may be missing, unreadable, vanishing or of any name.
+// The thread has a low priority. Folders and files may be missing, unreadable, vanishing or of any name.
 class PatchIndex {
 public:
     static constexpr std::size_t mostRecent = 100;

@@ -43,7 +43,7 @@ int ProgramLoader::lastNumber() const {
 }
 
 void ProgramLoader::run() {
-    platform::setLowestPriority();
+    platform::setLowPriority();
     std::unique_lock guard(mutex_);
     while (!ending_.wait_for(guard, std::chrono::milliseconds(lookEvery), [this] { return isEnding_; })) {
         const bool isLoaded = look();
