@@ -99,6 +99,9 @@ enum Number : int {
 };
 }  // namespace tag
 
+// Whether a tag or parameter is among the `count` from `first` on.
+constexpr bool isOneOf(int tag, int first, int count) { return tag >= first && tag < first + count; }
+
 struct ControlEntry {
     WidgetKind kind;
     int tag;           // below 1224 a parameter number, within the layer on show for those of layers; else of namespace tag

@@ -7,9 +7,6 @@ namespace vantoric {
 
 namespace {
 
-// A family of selectors with successive tags.
-constexpr bool isOneOf(int tag, int first, int count) { return tag >= first && tag < first + count; }
-
 // The matrix's third selector came later and has a tag of its own.
 int matrixPageOfTag(int tag) {
     switch (tag) {

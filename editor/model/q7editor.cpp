@@ -48,8 +48,6 @@ const EffectSlot* slotOfField(int number) {
     return found == std::end(effectSlots) ? nullptr : found;
 }
 
-bool isOneOf(int tag, int first, int count) { return tag >= first && tag < first + count; }
-
 // The load and edit buttons stand in turn, two an oscillator.
 bool isSampleButton(int tag) { return isOneOf(tag, tag::sampleLoad1, 2 * oscillatorCount); }
 int oscillatorOfButton(int tag) { return (tag - tag::sampleLoad1) / 2; }
