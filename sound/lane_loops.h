@@ -378,6 +378,51 @@ struct LaneLoops {
         storeRow(out, count, [&](int i) { return truncatedLanes(loaded(row + i), scale); });
     }
 
+    // ---- plain reads ----
+
+    static void nearest(const std::int16_t* cycle, RunningPhase& at, std::int16_t* out, int count) {
+        Phases phases(at, count);
+        storeRow(out, count, [&](int) { return samplesAt<N>(cycle, phases.take() >> 13) >> 1; });
+    }
+    static void linear(const std::int16_t* cycle, RunningPhase& at, std::int16_t* out, int count) {
+        const std::uint32_t step = at.step << 8;
+        std::uint32_t phase = at.phase << 8;
+        Phases phases(at, count);
+        storeRow(out, count, [&](int) {
+            const Bits now = phases.take();
+            if (!anyOf((now >> 13) == Bits(2047u))) return weighted<N>(nextPairs<N>(cycle, phase, step), now) >> 14;
+            phase += step * N;
+            return linearSums<N>(cycle, Bits(0u), now) >> 14;
+        });
+    }
+    static void blended(const BlendedCycles& cycles, RunningPhase& at, std::int16_t* out, int count) {
+        const std::int16_t *const near = cycles.near, *const far = cycles.far;
+        const std::uint32_t step = at.step << 8;
+        std::uint32_t phase = at.phase << 8;
+        Phases phases(at, count);
+        // Weights of 16 bits, less 32768, which is made up for by what that would have taken away.
+        const Ints weights(static_cast<std::int32_t>((static_cast<std::uint32_t>(cycles.blend - 32768) << 16) |
+                                                     (static_cast<std::uint32_t>(32767 - cycles.blend) & 0xffffu)));
+        const Ints offset(static_cast<std::int32_t>(0x80008000u));
+        const Bits low(0xffffu), high(0xffff0000u);
+        const auto blend = [&](const Bits& both) {
+            const Ints pairs = asInts<N>(both);
+            return asBits<N>(halvesMultiplied<N>(pairs, weights) - halvesMultiplied<N>(pairs, offset));
+        };
+        const auto read = [&](const Ints& nearPairs, const Ints& farPairs, const Bits& now) {
+            const Bits a = asBits<N>(nearPairs), b = asBits<N>(farPairs);
+            const Bits left = blend((a & low) | (b << 16)), right = blend((a >> 16) | (b & high));
+            return weighted<N>(asInts<N>((left >> 16) | (right & high)), now) >> 14;
+        };
+        storeRow(out, count, [&](int) {
+            const Bits now = phases.take(), places = now >> 13;
+            std::uint32_t again = phase;
+            if (!anyOf(places == Bits(2047u))) return read(nextPairs<N>(near, again, step), nextPairs<N>(far, phase, step), now);
+            phase += step * N;
+            return read(cyclicPairsAt<N>(near, Bits(0u), places), cyclicPairsAt<N>(far, Bits(0u), places), now);
+        });
+    }
+
     // ---- reads with FM ----
 
     // What N samples of a modulated oscillator read by.
@@ -622,6 +667,9 @@ struct LaneLoops {
         .fmReads = fmReads,
         .analogOverHash = analogOverHash,
         .analogOverCongruence = analogOverCongruence,
+        .nearest = nearest,
+        .linear = linear,
+        .blended = blended,
         .modulatedNearest = modulatedNearest,
         .modulatedLinear = modulatedLinear,
         .modulatedScan = modulatedScan,

@@ -143,7 +143,18 @@ inline IntLanes<N> samplesAt(const std::int16_t* cycle, const BitLanes<N>& place
         return IntLanes<N>([&](auto k) { return cycle[static_cast<std::uint32_t>(places[k])]; });
 }
 
-// The samples at N places and their right neighbours, as the low and high half of a word.
+// A sample and its right neighbour, as the low and high half of a word.
+[[gnu::always_inline]] inline std::int32_t pairAt(const std::int16_t* left) {
+#if defined(__SSE2__)
+    std::int32_t pair;
+    std::memcpy(&pair, left, sizeof pair);
+    return pair;
+#else
+    return static_cast<std::int32_t>((static_cast<std::uint32_t>(left[1]) << 16) | static_cast<std::uint16_t>(left[0]));
+#endif
+}
+
+// The pairs at N places.
 template <int N>
 inline IntLanes<N> pairsAt(const std::int16_t* wave, const BitLanes<N>& places) {
 #if defined(__AVX2__)
@@ -151,16 +162,19 @@ inline IntLanes<N> pairsAt(const std::int16_t* wave, const BitLanes<N>& places) 
         return IntLanes<N>(gathered<2>(wave, places));
     else
 #endif
-        return IntLanes<N>([&](auto k) {
-            const std::int16_t* left = wave + static_cast<std::uint32_t>(places[k]);
-#if defined(__SSE2__)
-            std::int32_t pair;
-            std::memcpy(&pair, left, sizeof pair);
-            return pair;
-#else
-        return static_cast<std::int32_t>((static_cast<std::uint32_t>(left[1]) << 16) | static_cast<std::uint16_t>(left[0]));
-#endif
-        });
+        return IntLanes<N>([&](auto k) { return pairAt(wave + static_cast<std::uint32_t>(places[k])); });
+}
+
+// The pairs at the next N phases of a running one, which is at the top of its word and moves on; none is the last of the cycle.
+// Each place is worked out by itself: sooner than to take it out of a register.
+template <int N>
+inline IntLanes<N> nextPairs(const std::int16_t* cycle, std::uint32_t& phase, std::uint32_t step) {
+    const auto next = [&] { return pairAt(cycle + ((phase += step) >> 21)); };
+    if constexpr (N == 4)
+        return std::bit_cast<IntLanes<N>>(RegisterOf<IntLanes<N>>{next(), next(), next(), next()});
+    else
+        return std::bit_cast<IntLanes<N>>(
+            RegisterOf<IntLanes<N>>{next(), next(), next(), next(), next(), next(), next(), next()});
 }
 
 // The pairs of N places of cycles that begin at `cycles` in the wave; the right neighbour of the last sample is the first.
@@ -185,13 +199,18 @@ inline IntLanes<N> halvesMultiplied(const IntLanes<N>& a, const IntLanes<N>& b) 
     return ((a << 16) >> 16) * ((b << 16) >> 16) + (a >> 16) * (b >> 16);
 }
 
-// linearSum of N phases.
+// linearSum of N pairs at their phases.
 template <int N>
-inline IntLanes<N> linearSums(const std::int16_t* wave, const BitLanes<N>& cycles, const BitLanes<N>& phases) {
+inline IntLanes<N> weighted(const IntLanes<N>& pairs, const BitLanes<N>& phases) {
     // The weights 8192 - frac and frac, in the halves in which the samples are.
     const BitLanes<N> frac = phases & BitLanes<N>(0x1fffu);
     const BitLanes<N> weights = (frac << 16) - frac + BitLanes<N>(8192u);
-    return halvesMultiplied<N>(cyclicPairsAt<N>(wave, cycles, phases >> 13), asInts<N>(weights));
+    return halvesMultiplied<N>(pairs, asInts<N>(weights));
+}
+// The same read at the phases.
+template <int N>
+inline IntLanes<N> linearSums(const std::int16_t* wave, const BitLanes<N>& cycles, const BitLanes<N>& phases) {
+    return weighted<N>(cyclicPairsAt<N>(wave, cycles, phases >> 13), phases);
 }
 
 // ---- draws ---------------------------------------------------------------------------------------------------
