@@ -51,6 +51,8 @@ struct StackPhases {
 // A phase of 24 bits and what it takes per sample.
 struct RunningPhase {
     std::uint32_t phase, step;
+
+    void move(int samples) { phase = (phase + step * static_cast<std::uint32_t>(samples)) & phaseMask; }
 };
 
 // Two cycles that are crossfaded sample by sample, before they are read: (near (65535 - blend) + far blend) >> 16.

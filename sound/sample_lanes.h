@@ -165,6 +165,30 @@ inline IntLanes<N> pairsAt(const std::int16_t* wave, const BitLanes<N>& places) 
         return IntLanes<N>([&](auto k) { return pairAt(wave + static_cast<std::uint32_t>(places[k])); });
 }
 
+// The samples at the next N phases of a running one, which is at the top of its word and moves on. Each place is worked out by
+// itself, and each sample put into its lane: sooner than to have them gathered.
+template <int N>
+inline IntLanes<N> nextSamples(const std::int16_t* cycle, std::uint32_t& phase, std::uint32_t step) {
+    const auto next = [&] { return cycle[(phase += step) >> 21]; };
+#if defined(__SSE2__)
+    __m128i samples = _mm_cvtsi32_si128(static_cast<std::uint16_t>(next()));
+    samples = _mm_insert_epi16(samples, next(), 1);
+    samples = _mm_insert_epi16(samples, next(), 2);
+    samples = _mm_insert_epi16(samples, next(), 3);
+    if constexpr (N == 4) return IntLanes<N>(_mm_srai_epi32(_mm_unpacklo_epi16(samples, samples), 16));
+#endif
+#if defined(__AVX2__)
+    if constexpr (N == 8) {
+        samples = _mm_insert_epi16(samples, next(), 4);
+        samples = _mm_insert_epi16(samples, next(), 5);
+        samples = _mm_insert_epi16(samples, next(), 6);
+        samples = _mm_insert_epi16(samples, next(), 7);
+        return IntLanes<N>(_mm256_cvtepi16_epi32(samples));
+    }
+#endif
+    return IntLanes<N>([&](auto) { return next(); });
+}
+
 // The pairs at the next N phases of a running one, which is at the top of its word and moves on; none is the last of the cycle.
 // Each place is worked out by itself: sooner than to take it out of a register.
 template <int N>
