@@ -133,12 +133,32 @@ void effectChanges(Stage& stage) {
     effectChanges(fresh, "again, warm", here);
 }
 
+// The times of blocks that are heard, sorted, each some time after the one before, as a host asks for them.
+std::vector<double> heardBlocks(Stage& stage) {
+    constexpr std::size_t wanted = 1500;
+    std::vector<double> times;
+    for (std::size_t i = 0; times.size() < wanted && i < 20 * wanted; ++i) {
+        const double time = stage.block();
+        if (stage.isHeard()) times.push_back(time);
+        platform::sleepMilliseconds(1);
+    }
+    std::sort(times.begin(), times.end());
+    return times;
+}
+void reportBlocks(const char* what, double usual, const std::vector<double>& times) {
+    if (times.empty()) return;
+    report(what, usual, times[times.size() * 99 / 100], times.back());
+    std::printf("    of %zu blocks that were heard, their median %.2f x the usual one\n", times.size(),
+                times[times.size() / 2] / usual);
+}
+
 // A thread loads a patch again and again while the block plays; each load ends the notes, so they are struck anew behind it.
-// Only blocks that are heard count.
+// Before that the same without loads: a thread that sleeps between its blocks meets late ones for the machine's own reasons.
 void patchLoads(Stage& stage) {
     stage.keys(0x90);
     stage.blocks(50);
     const double usual = median(stage.blocks(300));
+    reportBlocks("a pause after every block: 99th of a hundred, and the worst", usual, heardBlocks(stage));
     const ChunkBytes chunk = stage.instrument.patchChunk().getChunk();
     std::atomic<bool> end{false};
     std::atomic<int> loads{0};
@@ -150,20 +170,11 @@ void patchLoads(Stage& stage) {
             platform::sleepMilliseconds(25);
         }
     });
-    constexpr std::size_t wanted = 1500;
-    std::vector<double> times;
-    for (std::size_t i = 0; times.size() < wanted && i < 20 * wanted; ++i) {
-        const double time = stage.block();
-        if (stage.isHeard()) times.push_back(time);
-        platform::sleepMilliseconds(1);
-    }
+    const std::vector<double> times = heardBlocks(stage);
     end = true;
     loader.join();
-    if (times.empty()) return;
-    std::sort(times.begin(), times.end());
-    report("while patches are loaded: 99th of a hundred, and the worst", usual, times[times.size() * 99 / 100], times.back());
-    std::printf("    of %zu blocks that were heard, their median %.2f x the usual one; %d loads\n", times.size(),
-                times[times.size() / 2] / usual, loads.load());
+    reportBlocks("the same while patches are loaded", usual, times);
+    std::printf("    %d loads\n", loads.load());
 }
 
 // As many instances as take half a core play one after the other in blocks as short as hosts ask for. Sixteen keys of all layers

@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "sound/fm_loop.h"
-#include "sound/four_reads.h"
 #include "sound/kernel_loops.h"
 #include "sound/kernel_reads.h"
 #include "sound/kernels.h"
@@ -11,63 +10,16 @@ namespace vantoric::kernels {
 
 namespace {
 
-constexpr int group = 8;  // samples that are read at once where no wrap is near
+// A sample kernel before this one counts further than 24 bits.
+RunningPhase runningPhase(const OscillatorState& state) { return {state.phase & phaseMask, state.increment & phaseMask}; }
+
+// How many of the next `count` samples come before the phase, of 24 bits like its step, begins again.
+int samplesToWrap(const RunningPhase& at, int count) {
+    if (at.step == 0) return count;
+    return static_cast<int>(std::min((phaseMask - at.phase) / at.step, static_cast<std::uint32_t>(count)));
+}
 
 bool isReady(const OscillatorState& state) { return state.table != nullptr && state.frame >= 0; }
-
-// Two frames crossfaded by a 16-bit blend, sample by sample, then read linearly.
-int blendRead(const std::int16_t* near, const std::int16_t* far, int blend, std::uint32_t phase) {
-    const std::uint32_t i = phase >> 13, next = (i + 1) & 2047;
-    const int left = (near[i] * (65535 - blend) + far[i] * blend) >> 16;
-    const int right = (near[next] * (65535 - blend) + far[next] * blend) >> 16;
-    return linearSum(left, right, phase) >> 14;
-}
-
-#if defined(__SSE2__)
-
-__m128i fourLinear(__m128i pairs, __m128i phases) { return _mm_srai_epi32(fourSums(pairs, phases), 14); }
-
-// Eight linear reads from `phase` on; none of them reaches the last pair.
-void linearGroup(const std::int16_t* cycle, std::int16_t* out, std::uint32_t phase, std::uint32_t increment) {
-    const std::uint32_t half = phase + 4 * increment;
-    const __m128i low = fourLinear(fourPairs(cycle, phase, increment), fourPhases(phase, increment));
-    const __m128i high = fourLinear(fourPairs(cycle, half, increment), fourPhases(half, increment));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_packs_epi32(low, high));
-}
-
-// Four crossfades of the samples at the phases and of their right neighbours, in halves as samplePair gives them.
-// The weights, up to 65535, are taken less 32768, which is made up for by what -32768 would give.
-__m128i fourBlended(__m128i near, __m128i far, __m128i weights) {
-    const __m128i offset = _mm_set1_epi16(-32768);
-    const auto blended = [&](__m128i both) {
-        const __m128i sum = _mm_sub_epi32(_mm_madd_epi16(both, weights), _mm_madd_epi16(both, offset));
-        return _mm_srai_epi32(sum, 16);
-    };
-    return _mm_packs_epi32(blended(_mm_unpacklo_epi16(near, far)), blended(_mm_unpackhi_epi16(near, far)));
-}
-
-// Eight crossfaded linear reads from `phase` on; none of them reaches the last pair.
-void blendGroup(const std::int16_t* near, const std::int16_t* far, int blend, std::int16_t* out, std::uint32_t phase,
-                std::uint32_t increment) {
-    const __m128i weights = _mm_set1_epi32(((blend - 32768) << 16) | ((32767 - blend) & 0xffff));
-    const auto four = [&](std::uint32_t from) {
-        const __m128i pairs = fourBlended(fourPairs(near, from, increment), fourPairs(far, from, increment), weights);
-        return fourLinear(pairs, fourPhases(from, increment));
-    };
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_packs_epi32(four(phase), four(phase + 4 * increment)));
-}
-
-#else
-
-void linearGroup(const std::int16_t* cycle, std::int16_t* out, std::uint32_t phase, std::uint32_t increment) {
-    for (int k = 0; k < group; ++k, phase += increment) out[k] = static_cast<std::int16_t>(linearRead(cycle, phase));
-}
-void blendGroup(const std::int16_t* near, const std::int16_t* far, int blend, std::int16_t* out, std::uint32_t phase,
-                std::uint32_t increment) {
-    for (int k = 0; k < group; ++k, phase += increment) out[k] = static_cast<std::int16_t>(blendRead(near, far, blend, phase));
-}
-
-#endif
 
 }  // namespace
 
@@ -77,68 +29,46 @@ void silent(const KernelContext&, std::int16_t* out, int count, OscillatorState&
 
 void frameNearest(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
     if (state.table == nullptr || state.framePending < 0) return;
-    const std::int16_t* cycle = WaveView(state).cycle(levelOf(state.increment), state.framePending);
-    const std::uint32_t increment = state.increment;
-    std::uint32_t phase = state.phase;
-    for (int i = 0; i < count; ++i) {
-        phase = (phase + increment) & phaseMask;
-        out[i] = static_cast<std::int16_t>(nearestRead(cycle, phase));
-    }
-    state.phase = phase;
+    RunningPhase at{state.phase, state.increment};
+    kernelLoops().nearest(WaveView(state).cycle(levelOf(state.increment), state.framePending), at, out, count);
+    state.phase = at.phase;
 }
 
 void frameLinear(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
     if (!isReady(state)) return;
     const WaveView wave(state);
     const int level = levelOf(state.increment);
-    const std::int16_t* cycle = wave.cycle(level, state.frame);
-    const std::uint32_t increment = state.increment & phaseMask;
-    std::uint32_t phase = state.phase & phaseMask;  // a sample kernel before this one counts further
-    for (int i = 0; i < count;) {
-        for (; count - i >= group && phase + group * increment < lastPair; i += group, phase += group * increment)
-            linearGroup(cycle, out + i, phase + increment, increment);
-        for (const int end = std::min(count, i + group); i < end; ++i) {
-            phase += increment;
-            if (phase > phaseMask) {
-                phase &= phaseMask;
-                state.frame = state.framePending;
-                cycle = wave.cycle(level, state.frame);
-            }
-            out[i] = static_cast<std::int16_t>(linearRead(cycle, phase));
-        }
+    RunningPhase at = runningPhase(state);
+    const auto read = [&](std::int16_t* to, int samples) {
+        kernelLoops().linear(wave.cycle(level, state.frame), at, to, samples);
+    };
+    const int old = state.frame != state.framePending ? samplesToWrap(at, count) : 0;
+    read(out, old);
+    if (old < count) {
+        state.frame = state.framePending;
+        read(out + old, count - old);
     }
-    state.phase = phase;
+    state.phase = at.phase;
 }
 
 void frameBlend(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
     if (!isReady(state)) return;
     const WaveView wave(state);
     const int level = levelOf(state.increment);
-    const std::int16_t *near = nullptr, *far = nullptr;
-    const auto latch = [&] {
-        near = wave.cycle(level, state.frame);
-        far = wave.cycle(level, std::min(state.frame + 1, wave.frames - 1));
+    RunningPhase at = runningPhase(state);
+    const auto read = [&](std::int16_t* to, int samples) {
+        const int next = std::min(state.frame + 1, wave.frames - 1);
+        kernelLoops().blended({wave.cycle(level, state.frame), wave.cycle(level, next), state.blend}, at, to, samples);
     };
-    latch();
-    const std::uint32_t increment = state.increment & phaseMask;
-    std::uint32_t phase = state.phase & phaseMask;
-    int blend = state.blend;
-    for (int i = 0; i < count;) {
-        for (; count - i >= group && phase + group * increment < lastPair; i += group, phase += group * increment)
-            blendGroup(near, far, blend, out + i, phase + increment, increment);
-        for (const int end = std::min(count, i + group); i < end; ++i) {
-            phase += increment;
-            if (phase > phaseMask) {
-                phase &= phaseMask;
-                state.frame = state.framePending;
-                state.blend = state.blendPending;
-                blend = state.blend;
-                latch();
-            }
-            out[i] = static_cast<std::int16_t>(blendRead(near, far, blend, phase));
-        }
+    const bool latches = state.frame != state.framePending || state.blend != state.blendPending;
+    const int old = latches ? samplesToWrap(at, count) : 0;
+    read(out, old);
+    if (old < count) {
+        state.frame = state.framePending;
+        state.blend = state.blendPending;
+        read(out + old, count - old);
     }
-    state.phase = phase;
+    state.phase = at.phase;
 }
 
 void frameFmNearest(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {

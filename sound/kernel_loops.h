@@ -51,6 +51,14 @@ struct StackPhases {
 // A phase of 24 bits and what it takes per sample.
 struct RunningPhase {
     std::uint32_t phase, step;
+
+    void move(int samples) { phase = (phase + step * static_cast<std::uint32_t>(samples)) & phaseMask; }
+};
+
+// Two cycles that are crossfaded sample by sample, before they are read: (near (65535 - blend) + far blend) >> 16.
+struct BlendedCycles {
+    const std::int16_t *near, *far;
+    int blend;
 };
 
 // What an analog oscillator reads, and the pole of the low-pass behind it.
@@ -114,6 +122,11 @@ struct KernelLoops {
     void (*analogOverHash)(const float* row, HashNoise& hash, const AnalogSound& sound, std::int16_t* out, int count);
     void (*analogOverCongruence)(const float* row, LinearCongruence& random, const AnalogSound& sound, std::int16_t* out,
                                  int count);
+
+    // Reads of one cycle, of the nearest sample and linear, or of two crossfaded ones, linear; over their end as well.
+    void (*nearest)(const std::int16_t* cycle, RunningPhase& at, std::int16_t* out, int count);
+    void (*linear)(const std::int16_t* cycle, RunningPhase& at, std::int16_t* out, int count);
+    void (*blended)(const BlendedCycles& cycles, RunningPhase& at, std::int16_t* out, int count);
 
     // Reads with FM for as many samples as have neither a restart nor a change of the frame, N at a time; returns how many.
     int (*modulatedNearest)(ModulatedPhase& at, const std::int16_t* cycle, const std::int16_t* in, std::int16_t* out, int count);

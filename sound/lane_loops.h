@@ -43,10 +43,7 @@ struct LaneLoops {
 
     template <int voices>
     struct TableSums {
-        static constexpr bool oneByOne = N == laneGroup;  // without an instruction that reads many places
-
         const std::int16_t* cycle;
-        Bits phases[voices], steps[voices];
         std::uint32_t phase[voices], step[voices];
         Ints sum{0};
 
@@ -54,33 +51,17 @@ struct LaneLoops {
             for (int k = 0; k < voices; ++k) {
                 phase[k] = stack.phase[k];
                 step[k] = stack.step[k];
-                phases[k] = Bits(phase[k]) + Bits(step[k]) * countedUp<N>();
-                steps[k] = Bits(step[k] * N);
                 stack.phase[k] += step[k] * static_cast<std::uint32_t>(count);
             }
         }
         Floats take() {
-            if constexpr (oneByOne) {
-                return toFloats<N>(Ints([&](auto) {
-                    int one = 0;
-#pragma GCC unroll 9
-                    for (int k = 0; k < voices; ++k) one += cycle[(phase[k] += step[k]) >> 21];
-                    return one;
-                }));
-            } else {
 #pragma GCC unroll 8
-                for (int k = 0; k < N; ++k) takePart(k);
-                return taken();
-            }
+            for (int k = 0; k < N; ++k) takePart(k);
+            return taken();
         }
         // The same in N parts.
-        void takePart(int k)
-            requires(!oneByOne)
-        {
-            for (int voice = k; voice < voices; voice += N) {
-                sum += samplesAt<N>(cycle, phases[voice] >> 21);
-                phases[voice] += steps[voice];
-            }
+        void takePart(int k) {
+            for (int voice = k; voice < voices; voice += N) sum += nextSamples<N>(cycle, phase[voice], step[voice]);
         }
         Floats taken() {
             const Floats all = toFloats<N>(sum);
@@ -204,12 +185,28 @@ struct LaneLoops {
         Bits next, step;
 
         Phases(RunningPhase& at, int count) : next(Bits(at.phase) + Bits(at.step) * countedUp<N>()), step(at.step * N) {
-            at.phase = (at.phase + at.step * static_cast<std::uint32_t>(count)) & phaseMask;
+            at.move(count);
         }
         Bits take() {
             const Bits taken = next & Bits(phaseMask);
             next += step;
             return taken;
+        }
+    };
+
+    // linearSum at N phases of a running one, which is moved on by `count` samples.
+    struct LinearReads {
+        const std::int16_t* cycle;
+        std::uint32_t phase, step;  // at the top of their words
+        Phases phases;
+
+        LinearReads(const std::int16_t* from, RunningPhase& at, int count)
+            : cycle(from), phase(at.phase << 8), step(at.step << 8), phases(at, count) {}
+        Ints take() {
+            const Bits now = phases.take();
+            if (!anyOf((now >> 13) == Bits(2047u))) return weighted<N>(nextPairs<N>(cycle, phase, step), now);
+            phase += step * N;
+            return linearSums<N>(cycle, Bits(0u), now);
         }
     };
 
@@ -231,33 +228,33 @@ struct LaneLoops {
         }
     };
     struct PlainReads {
-        const std::int16_t* cycle;
-        Phases phases;
+        LinearReads reads;
         Driven driven;
 
-        PlainReads(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, int count)
-            : cycle(reads.cycle), phases(at, count), driven(previous, reads.pole, count) {}
+        PlainReads(const AnalogReads& of, RunningPhase& at, std::int32_t& previous, int count)
+            : reads(of.cycle, at, count), driven(previous, of.pole, count) {}
         Floats take() {
-            const Ints read = linearSums<N>(cycle, Bits(0u), phases.take());
+            const Ints read = reads.take();
             return driven.of(read, read);
         }
     };
     struct PulseReads {
-        const std::int16_t* cycle;
-        Bits ahead, behind;
-        Phases phases;
+        LinearReads ahead, behind;
         Driven driven;
 
-        PulseReads(const AnalogReads& reads, RunningPhase& at, std::int32_t& previous, int count)
-            : cycle(reads.cycle),
-              ahead(reads.width << 13),
-              behind((1024u - reads.width) << 13),
-              phases(at, count),
-              driven(previous, reads.pole, count) {}
-        Ints read(const Bits& at) const { return linearSums<N>(cycle, Bits(0u), at & Bits(phaseMask)); }
+        PulseReads(const AnalogReads& of, RunningPhase& at, std::int32_t& previous, int count)
+            : ahead(shifted(of, of.width, at, count)),
+              behind(shifted(of, 1024u - of.width, at, count)),
+              driven(previous, of.pole, count) {
+            at.move(count);
+        }
+        // So many samples later.
+        static LinearReads shifted(const AnalogReads& of, std::uint32_t samples, RunningPhase at, int count) {
+            at.phase += samples << 13;
+            return {of.cycle, at, count};
+        }
         Floats take() {
-            const Bits now = phases.take();
-            const Ints difference = (read(now + ahead) - read(now + behind)) >> 1;
+            const Ints difference = (ahead.take() - behind.take()) >> 1;
             return driven.of(difference, difference);
         }
     };
@@ -376,6 +373,44 @@ struct LaneLoops {
 
     static void truncated(const float* row, float scale, std::int16_t* out, int count) {
         storeRow(out, count, [&](int i) { return truncatedLanes(loaded(row + i), scale); });
+    }
+
+    // ---- plain reads ----
+
+    static void nearest(const std::int16_t* cycle, RunningPhase& at, std::int16_t* out, int count) {
+        Phases phases(at, count);
+        storeRow(out, count, [&](int) { return samplesAt<N>(cycle, phases.take() >> 13) >> 1; });
+    }
+    static void linear(const std::int16_t* cycle, RunningPhase& at, std::int16_t* out, int count) {
+        LinearReads reads(cycle, at, count);
+        storeRow(out, count, [&](int) { return reads.take() >> 14; });
+    }
+    static void blended(const BlendedCycles& cycles, RunningPhase& at, std::int16_t* out, int count) {
+        const std::int16_t *const near = cycles.near, *const far = cycles.far;
+        const std::uint32_t step = at.step << 8;
+        std::uint32_t phase = at.phase << 8;
+        Phases phases(at, count);
+        // Weights of 16 bits, less 32768, which is made up for by what that would have taken away.
+        const Ints weights(static_cast<std::int32_t>((static_cast<std::uint32_t>(cycles.blend - 32768) << 16) |
+                                                     (static_cast<std::uint32_t>(32767 - cycles.blend) & 0xffffu)));
+        const Ints offset(static_cast<std::int32_t>(0x80008000u));
+        const Bits low(0xffffu), high(0xffff0000u);
+        const auto blend = [&](const Bits& both) {
+            const Ints pairs = asInts<N>(both);
+            return asBits<N>(halvesMultiplied<N>(pairs, weights) - halvesMultiplied<N>(pairs, offset));
+        };
+        const auto read = [&](const Ints& nearPairs, const Ints& farPairs, const Bits& now) {
+            const Bits a = asBits<N>(nearPairs), b = asBits<N>(farPairs);
+            const Bits left = blend((a & low) | (b << 16)), right = blend((a >> 16) | (b & high));
+            return weighted<N>(asInts<N>((left >> 16) | (right & high)), now) >> 14;
+        };
+        storeRow(out, count, [&](int) {
+            const Bits now = phases.take(), places = now >> 13;
+            std::uint32_t again = phase;
+            if (!anyOf(places == Bits(2047u))) return read(nextPairs<N>(near, again, step), nextPairs<N>(far, phase, step), now);
+            phase += step * N;
+            return read(cyclicPairsAt<N>(near, Bits(0u), places), cyclicPairsAt<N>(far, Bits(0u), places), now);
+        });
     }
 
     // ---- reads with FM ----
@@ -622,6 +657,9 @@ struct LaneLoops {
         .fmReads = fmReads,
         .analogOverHash = analogOverHash,
         .analogOverCongruence = analogOverCongruence,
+        .nearest = nearest,
+        .linear = linear,
+        .blended = blended,
         .modulatedNearest = modulatedNearest,
         .modulatedLinear = modulatedLinear,
         .modulatedScan = modulatedScan,

@@ -143,7 +143,18 @@ inline IntLanes<N> samplesAt(const std::int16_t* cycle, const BitLanes<N>& place
         return IntLanes<N>([&](auto k) { return cycle[static_cast<std::uint32_t>(places[k])]; });
 }
 
-// The samples at N places and their right neighbours, as the low and high half of a word.
+// A sample and its right neighbour, as the low and high half of a word.
+[[gnu::always_inline]] inline std::int32_t pairAt(const std::int16_t* left) {
+#if defined(__SSE2__)
+    std::int32_t pair;
+    std::memcpy(&pair, left, sizeof pair);
+    return pair;
+#else
+    return static_cast<std::int32_t>((static_cast<std::uint32_t>(left[1]) << 16) | static_cast<std::uint16_t>(left[0]));
+#endif
+}
+
+// The pairs at N places.
 template <int N>
 inline IntLanes<N> pairsAt(const std::int16_t* wave, const BitLanes<N>& places) {
 #if defined(__AVX2__)
@@ -151,16 +162,43 @@ inline IntLanes<N> pairsAt(const std::int16_t* wave, const BitLanes<N>& places) 
         return IntLanes<N>(gathered<2>(wave, places));
     else
 #endif
-        return IntLanes<N>([&](auto k) {
-            const std::int16_t* left = wave + static_cast<std::uint32_t>(places[k]);
+        return IntLanes<N>([&](auto k) { return pairAt(wave + static_cast<std::uint32_t>(places[k])); });
+}
+
+// The samples at the next N phases of a running one, which is at the top of its word and moves on. Each place is worked out by
+// itself, and each sample put into its lane: sooner than to have them gathered.
+template <int N>
+inline IntLanes<N> nextSamples(const std::int16_t* cycle, std::uint32_t& phase, std::uint32_t step) {
+    const auto next = [&] { return cycle[(phase += step) >> 21]; };
 #if defined(__SSE2__)
-            std::int32_t pair;
-            std::memcpy(&pair, left, sizeof pair);
-            return pair;
-#else
-        return static_cast<std::int32_t>((static_cast<std::uint32_t>(left[1]) << 16) | static_cast<std::uint16_t>(left[0]));
+    __m128i samples = _mm_cvtsi32_si128(static_cast<std::uint16_t>(next()));
+    samples = _mm_insert_epi16(samples, next(), 1);
+    samples = _mm_insert_epi16(samples, next(), 2);
+    samples = _mm_insert_epi16(samples, next(), 3);
+    if constexpr (N == 4) return IntLanes<N>(_mm_srai_epi32(_mm_unpacklo_epi16(samples, samples), 16));
 #endif
-        });
+#if defined(__AVX2__)
+    if constexpr (N == 8) {
+        samples = _mm_insert_epi16(samples, next(), 4);
+        samples = _mm_insert_epi16(samples, next(), 5);
+        samples = _mm_insert_epi16(samples, next(), 6);
+        samples = _mm_insert_epi16(samples, next(), 7);
+        return IntLanes<N>(_mm256_cvtepi16_epi32(samples));
+    }
+#endif
+    return IntLanes<N>([&](auto) { return next(); });
+}
+
+// The pairs at the next N phases of a running one, which is at the top of its word and moves on; none is the last of the cycle.
+// Each place is worked out by itself: sooner than to take it out of a register.
+template <int N>
+inline IntLanes<N> nextPairs(const std::int16_t* cycle, std::uint32_t& phase, std::uint32_t step) {
+    const auto next = [&] { return pairAt(cycle + ((phase += step) >> 21)); };
+    if constexpr (N == 4)
+        return std::bit_cast<IntLanes<N>>(RegisterOf<IntLanes<N>>{next(), next(), next(), next()});
+    else
+        return std::bit_cast<IntLanes<N>>(
+            RegisterOf<IntLanes<N>>{next(), next(), next(), next(), next(), next(), next(), next()});
 }
 
 // The pairs of N places of cycles that begin at `cycles` in the wave; the right neighbour of the last sample is the first.
@@ -185,13 +223,18 @@ inline IntLanes<N> halvesMultiplied(const IntLanes<N>& a, const IntLanes<N>& b) 
     return ((a << 16) >> 16) * ((b << 16) >> 16) + (a >> 16) * (b >> 16);
 }
 
-// linearSum of N phases.
+// linearSum of N pairs at their phases.
 template <int N>
-inline IntLanes<N> linearSums(const std::int16_t* wave, const BitLanes<N>& cycles, const BitLanes<N>& phases) {
+inline IntLanes<N> weighted(const IntLanes<N>& pairs, const BitLanes<N>& phases) {
     // The weights 8192 - frac and frac, in the halves in which the samples are.
     const BitLanes<N> frac = phases & BitLanes<N>(0x1fffu);
     const BitLanes<N> weights = (frac << 16) - frac + BitLanes<N>(8192u);
-    return halvesMultiplied<N>(cyclicPairsAt<N>(wave, cycles, phases >> 13), asInts<N>(weights));
+    return halvesMultiplied<N>(pairs, asInts<N>(weights));
+}
+// The same read at the phases.
+template <int N>
+inline IntLanes<N> linearSums(const std::int16_t* wave, const BitLanes<N>& cycles, const BitLanes<N>& phases) {
+    return weighted<N>(cyclicPairsAt<N>(wave, cycles, phases >> 13), phases);
 }
 
 // ---- draws ---------------------------------------------------------------------------------------------------

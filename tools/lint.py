@@ -16,6 +16,7 @@ ROOMS = "base platform sound effects samples voice parameters patch loading engi
 TOGETHER = 8
 FOLDER = "build/release/lint"
 LINTER = "clang-tidy-19"
+GCC_ONLY = ("-fno-gnu-unique", "-fschedule-insns", "-fsched-pressure", "--param=")
 
 
 def compile_commands():
@@ -25,9 +26,10 @@ def compile_commands():
 
 
 def flags_of(entry):
-    """What the compiler is told apart from the file; the linter does not know one of the flags."""
-    words = entry["command"].replace(" -fno-gnu-unique", "").split()
-    return " ".join(word for word in words if not word.endswith((".cpp", ".o")) and word not in ("-c", "-o"))
+    """What the compiler is told apart from the file and from what the linter does not know."""
+    words = entry["command"].split()
+    return " ".join(word for word in words
+                    if not word.endswith((".cpp", ".o")) and word not in ("-c", "-o") and not word.startswith(GCC_ONLY))
 
 
 def sources(named):

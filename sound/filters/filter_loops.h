@@ -27,23 +27,17 @@ template <template <class> class Topology, VariantOf<Topology> Variant, class Ch
 VANTORIC_FLATTEN void runChains(const Chain* chains, int count) {
     using T = typename Chain::T;
     using Samples = typename Chain::Samples;
-    std::array<Topology<T>, K> loops;
-    typename Chain::At at[K];
-    for (int k = 0; k < K; ++k) {
-        loops[k] = chains[k].load();
-        at[k] = chains[k].samples();
-    }
-    auto random = [&]<std::size_t... Index>(std::index_sequence<Index...>) {
-        return std::array{chains[Index].draws()...};
-    }(std::make_index_sequence<K>{});
-    for (int i = 0; i < count; ++i) {
-#pragma GCC unroll 4
-        for (int k = 0; k < K; ++k) {
-            const Samples x = Chain::read(at[k], i * voiceCount);
-            Chain::write(at[k], i * voiceCount, lanesTo<Samples>(loops[k].template step<Variant>(lanesTo<T>(x), random[k])));
+    [&]<std::size_t... k>(std::index_sequence<k...>) {
+        std::array<Topology<T>, K> loops{chains[k].load()...};
+        const std::array<typename Chain::At, K> at{chains[k].samples()...};
+        std::array<Draws<T>, K> random{chains[k].draws()...};
+        for (int i = 0; i < count * voiceCount; i += voiceCount) {
+            const std::array<Samples, K> x{Chain::read(at[k], i)...};
+            const std::array<Samples, K> y{lanesTo<Samples>(loops[k].template step<Variant>(lanesTo<T>(x[k]), random[k]))...};
+            (Chain::write(at[k], i, y[k]), ...);
         }
-    }
-    for (int k = 0; k < K; ++k) chains[k].store(loops[k]);
+        (chains[k].store(loops[k]), ...);
+    }(std::make_index_sequence<K>{});
 }
 
 // One voice; its samples stand `stride` apart. Returns whether its memory is in range.
