@@ -76,6 +76,7 @@ void Picture::render(const Draw& draw) {
 }
 
 void KeptDrawing::show(Pen& pen, const CRect& area, const Picture::Draw& draw) {
+    const Pen::WholePixels clip(pen);
     if (drawnScale_ != pen.scale()) {
         forget();
         drawnScale_ = pen.scale();
