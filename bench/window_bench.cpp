@@ -105,19 +105,10 @@ bool untilDrawn(WindowHost& host, Display* display, int x, int y) {
     return false;
 }
 
-// An exposure of everything, as when another window goes away: the time in idle calls, with what the server takes, or the
+// An exposure of everything: the time in idle calls, with what the server takes, or the
 // processor time of this side alone.
 double fullRedraw(WindowHost& host, Display* display, bool countsProcessor) {
-    Window root = 0, parent = 0, *children = nullptr;
-    unsigned count = 0;
-    std::vector<Window> windows{static_cast<Window>(host.window())};
-    for (std::size_t i = 0; i < windows.size(); ++i)
-        if (XQueryTree(display, windows[i], &root, &parent, &children, &count) != 0) {
-            windows.insert(windows.end(), children, children + count);
-            if (children != nullptr) XFree(children);
-        }
-    for (const Window window : windows) XClearArea(display, window, 0, 0, 0, 0, True);
-    XSync(display, False);
+    host.expose();
     double spent = 0;
     for (int i = 0; i < 30; ++i) {
         const auto work = [&] {
