@@ -36,10 +36,17 @@ Drive readDrive(const fs::path& path) {
 
 std::vector<std::string> driveNames() {
     std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(std::string(MANUAL) + "/drives"))
-        names.push_back(entry.path().stem().string());
+    for (const auto& entry : fs::directory_iterator(std::string(MANUAL) + "/drives")) {
+        const std::string name = entry.path().stem().string();
+        if (name != "chooser") names.push_back(name);  // it shows where things lie on the machine
+    }
     std::sort(names.begin(), names.end());
     return names;
+}
+
+Picture cutOut(const Picture& whole, const Drive& drive) {
+    return whole.part(drive.x, drive.y, std::min(drive.width, whole.width - drive.x),
+                      std::min(drive.height, whole.height - drive.y));
 }
 
 class ManualPictures : public testing::TestWithParam<std::string> {};
@@ -52,21 +59,31 @@ TEST_P(ManualPictures, ShowTheWindowAsItIs) {
     installation.setSize(drive.size);
     installation.setTooltips(true);
     if (!fs::exists(installation.folder() / "Vantoric_sounds")) GTEST_SKIP() << "the target patches is not built";
+    for (const char* folder : {"User", "Favourites"})  // an installation has them
+        fs::create_directories(installation.folder() / "Vantoric_sounds" / folder);
     WindowHost host(installation.plugin());
     ASSERT_TRUE(host.open());
     host.idle(500);
     for (const std::string& line : drive.lines) EXPECT_TRUE(testhost::drive(host, line)) << line;
-    const Picture whole = host.picture();
-    const int width = std::min(drive.width, whole.width - drive.x), height = std::min(drive.height, whole.height - drive.y);
-    const Picture seen = whole.part(drive.x, drive.y, width, height);
+    // A quarter of the size, for which the tolerance holds: the stored one has few colours, and may have been taken smaller.
+    const Picture stored = loadPng(std::string(MANUAL) + "/pictures/" + GetParam() + ".png");
+    ASSERT_FALSE(stored.isEmpty()) << "it is missing: tools/manual_pictures.sh " << GetParam();
+    Picture seen = cutOut(host.picture(), drive);
+    const Picture wanted = reduced(stored, seen.width / 4);
+    Difference d = difference(seen, wanted);
+    for (int i = 0; d.largest > tolerance && i < 12; ++i) {  // a caret blinks
+        host.idle(100);
+        seen = cutOut(host.glance(), drive);
+        d = difference(seen, wanted);
+    }
     fs::create_directories(PICTURES);
     savePng(seen, std::string(PICTURES) + "/manual-" + GetParam() + ".png");
-    const Picture stored = loadPng(std::string(MANUAL) + "/pictures/" + GetParam() + ".png");
-    const Difference d = difference(seen, stored);
+    EXPECT_LE(d.largest, tolerance) << "docs/manual/pictures/" << GetParam() << ".png no longer shows the window, " << 4 * d.x
+                                    << ", " << 4 * d.y << " pixels from its corner. Look at " << PICTURES << "/manual-"
+                                    << GetParam()
+                                    << ".png; if it is as it should be, renew the manual's: tools/manual_pictures.sh "
+                                    << GetParam();
     std::printf("%s: %.1f at %d, %d\n", GetParam().c_str(), d.largest, d.x, d.y);
-    EXPECT_LE(d.largest, tolerance) << "docs/manual/pictures/" << GetParam() << ".png no longer shows the window, at " << d.x
-                                    << ", " << d.y << " of " << stored.width << " x " << stored.height
-                                    << ". Look at the change, then renew it: tools/manual_pictures.sh " << GetParam();
 }
 
 INSTANTIATE_TEST_SUITE_P(Manual, ManualPictures, testing::ValuesIn(driveNames()), [](const auto& info) {
