@@ -36,7 +36,16 @@ const CRect globalArea(8, 84, 60, 102);
 
 }  // namespace
 
-Backdrop::Backdrop(const CRect& area, std::function<void()> clicked) : CView(area), clicked_(std::move(clicked)) {}
+Backdrop::Backdrop(const CRect& area, std::function<void()> clicked)
+    : CView(area),
+      reach_{globalArea, &Backdrop::drawReach, {}},
+      multilayer_{layersArea, &Backdrop::drawMultilayer, {}},
+      equalizer_{equalizerArea, &Backdrop::drawEqualizer, {}},
+      lead_{leadArea, &Backdrop::drawLead, {}},
+      targets_{targetsArea, &Backdrop::drawLfoTargets, {}},
+      matrix_{matrixArea, &Backdrop::drawMatrix, {}},
+      steps_{stepsArea, &Backdrop::drawSteps, {}},
+      clicked_(std::move(clicked)) {}
 
 void Backdrop::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
@@ -48,15 +57,20 @@ void Backdrop::setState(const BackdropState& state) {
     if (state == state_) return;
     const BackdropState before = state_;
     state_ = state;
-    if (state.matrix != before.matrix || state.slotsUsed != before.slotsUsed) invalidRect(matrixArea);
-    if (state.driven != before.driven || state.hasLfoTargets != before.hasLfoTargets) invalidRect(targetsArea);
+    if (state.matrix != before.matrix || state.slotsUsed != before.slotsUsed) change(matrix_);
+    if (state.driven != before.driven || state.hasLfoTargets != before.hasLfoTargets) change(targets_);
     if (state.isMultilayer != before.isMultilayer) {
-        invalidRect(layersArea);
-        invalidRect(globalArea);
+        change(multilayer_);
+        change(reach_);
     }
-    if (state.arpeggiatorStep != before.arpeggiatorStep) invalidRect(stepsArea);
-    if (state.equalizer != before.equalizer) invalidRect(equalizerArea);
-    if (state.isSerial != before.isSerial) invalidRect(leadArea);
+    if (state.arpeggiatorStep != before.arpeggiatorStep) change(steps_);
+    if (state.equalizer != before.equalizer) change(equalizer_);
+    if (state.isSerial != before.isSerial) change(lead_);
+}
+
+void Backdrop::change(Part& part) {
+    part.kept.changed();
+    invalidRect(part.area);
 }
 
 void Backdrop::draw(VSTGUI::CDrawContext* context) { drawRect(context, getViewSize()); }
@@ -64,17 +78,14 @@ void Backdrop::draw(VSTGUI::CDrawContext* context) { drawRect(context, getViewSi
 void Backdrop::drawRect(VSTGUI::CDrawContext* context, const CRect& updated) {
     Pen pen(*context);
     ground_.show(pen, getViewSize(), [this](Pen& picture) { drawGround(picture); });
-    const auto drawIn = [&](const CRect& area, void (Backdrop::*draw)(Pen&) const) {
-        if (area.rectOverlap(updated)) (this->*draw)(pen);
+    const auto show = [&](Part& part) {
+        if (part.area.rectOverlap(updated)) part.kept.show(pen, part.area, [&](Pen& picture) { (this->*part.draw)(picture); });
     };
-    drawIn(globalArea, &Backdrop::drawReach);
-    if (state_.isMultilayer) drawIn(layersArea, &Backdrop::drawMultilayer);
-    drawIn(equalizerArea, &Backdrop::drawEqualizer);
+    show(reach_);
+    if (state_.isMultilayer) show(multilayer_);
+    show(equalizer_);
     if (getHeight() > bandHeight) {
-        drawIn(leadArea, &Backdrop::drawLead);
-        drawIn(targetsArea, &Backdrop::drawLfoTargets);
-        drawIn(matrixArea, &Backdrop::drawMatrix);
-        drawIn(stepsArea, &Backdrop::drawSteps);
+        for (Part* part : {&lead_, &targets_, &matrix_, &steps_}) show(*part);
     }
     setDirty(false);
 }

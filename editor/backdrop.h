@@ -59,7 +59,16 @@ private:
     void drawMatrix(Pen& pen) const;
     void drawSteps(Pen& pen) const;
 
+    // What changes apart from the rest.
+    struct Part {
+        VSTGUI::CRect area;
+        void (Backdrop::*draw)(Pen&) const;
+        KeptDrawing kept;
+    };
+    void change(Part& part);
+
     Picture ground_{true};  // all that never changes
+    Part reach_, multilayer_, equalizer_, lead_, targets_, matrix_, steps_;
     std::function<void()> clicked_;
     BackdropState state_;
 };

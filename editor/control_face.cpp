@@ -100,10 +100,18 @@ void ControlView::onMouseExitEvent(VSTGUI::MouseExitEvent& event) {
 
 void ControlView::draw(VSTGUI::CDrawContext* context) {
     Pen pen(*context);
-    drawControl(pen);
-    drawFocus(pen, 3);
-    drawDimming(pen, body());  // not the room around it, into which a neighbour's ring may reach
+    kept_.show(pen, getViewSize(), [this](Pen& picture) {
+        drawControl(picture);
+        drawFocus(picture, 3);
+        drawDimming(picture, body());  // not the room around it, into which a neighbour's ring may reach
+    });
     setDirty(false);
+}
+
+// Comes with every change, also from `invalid`.
+void ControlView::invalidRect(const CRect& rect) {
+    kept_.changed();
+    CControl::invalidRect(rect);
 }
 
 bool ClickPair::isSecond(VSTGUI::CPoint where) {

@@ -7,6 +7,7 @@
 
 #include "editor/model/control_table.h"
 #include "editor/pen.h"
+#include "editor/picture.h"
 #include "editor/style.h"
 #include "vstgui/lib/controls/ccontrol.h"
 #include "vstgui/lib/controls/icontrollistener.h"
@@ -109,6 +110,7 @@ public:
     void onMouseEnterEvent(VSTGUI::MouseEnterEvent& event) override;
     void onMouseExitEvent(VSTGUI::MouseExitEvent& event) override;
     void draw(VSTGUI::CDrawContext* context) final;
+    void invalidRect(const VSTGUI::CRect& rect) final;
 
     CLASS_METHODS_NOCOPY(ControlView, VSTGUI::CControl)
 
@@ -121,6 +123,9 @@ protected:
     double height() const { return entry().height; }
     double centre() const { return left() + width() / 2; }
     double middle() const { return top() + height() / 2; }
+
+private:
+    KeptDrawing kept_;
 };
 
 // Whether a click comes so soon after the one before, at the same place, that the two are one double click.

@@ -100,14 +100,22 @@ void MYCKnob::setTargetRing(const std::optional<Color>& ring, bool isNearest) {
 
 void MYCKnob::draw(VSTGUI::CDrawContext* context) {
     Pen pen(*context);
-    drawGround(pen);
-    drawValue(pen);
-    if (modulation_.modDepth != 0) drawModulation(pen);
-    drawMarks(pen);
-    drawCaption(pen);
-    drawFocus(pen, measures_.hitRadius);
-    drawDimming(pen, getViewSize());
+    kept_.show(pen, getViewSize(), [this](Pen& picture) {
+        drawGround(picture);
+        drawValue(picture);
+        if (modulation_.modDepth != 0) drawModulation(picture);
+        drawMarks(picture);
+        drawCaption(picture);
+        drawFocus(picture, measures_.hitRadius);
+        drawDimming(picture, getViewSize());
+    });
     setDirty(false);
+}
+
+// Comes with every change, also from `invalid`.
+void MYCKnob::invalidRect(const CRect& rect) {
+    kept_.changed();
+    CKnob::invalidRect(rect);
 }
 
 // All that does not depend on the value: the ring's trough and the body, the same for many knobs.

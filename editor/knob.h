@@ -52,6 +52,7 @@ public:
     bool isDepthDragging() const { return drag_.isDepthDragging(); }
 
     void draw(VSTGUI::CDrawContext* context) override;
+    void invalidRect(const VSTGUI::CRect& rect) override;
     bool hitTest(const VSTGUI::CPoint& where, const VSTGUI::Event& event) override;
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
     void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;
@@ -90,6 +91,7 @@ private:
     KnobDrag drag_;
     vantoric::MouseButton button_ = vantoric::MouseButton::none;  // that began the drag: moves tell it wrongly
     ClickPair clicks_;
+    KeptDrawing kept_;
 };
 
 }  // namespace vantoric

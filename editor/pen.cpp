@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "editor/lettering.h"
 #include "vstgui/lib/cgradient.h"
@@ -267,5 +268,18 @@ Pen::Clip::Clip(Pen& pen, double x, double y, double w, double h) : context_(pen
 }
 
 Pen::Clip::~Clip() { context_.setClipRect(before_); }
+
+Pen::WholePixels::WholePixels(Pen& pen) : context_(pen.context_) {
+    context_.getClipRect(before_);
+    constexpr double rounding = 1e-6;  // of the way from window units to pixels
+    const auto outwards = [scale = pen.scale_](double low, double high) {
+        return std::pair(std::floor(low * scale + rounding) / scale, std::ceil(high * scale - rounding) / scale);
+    };
+    const auto [left, right] = outwards(before_.left, before_.right);
+    const auto [top, bottom] = outwards(before_.top, before_.bottom);
+    context_.setClipRect({left, top, right, bottom});
+}
+
+Pen::WholePixels::~WholePixels() { context_.setClipRect(before_); }
 
 }  // namespace vantoric

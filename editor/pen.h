@@ -80,6 +80,21 @@ public:
         VSTGUI::CRect before_;
     };
 
+    // The clip that stands, out to the edges of the pixels that it touches, until the object ends: within a pixel it is a shape
+    // that the display has to fill and to lay under all that is drawn. What is drawn anew is always whole pixels, so nothing is
+    // drawn twice.
+    class WholePixels {
+    public:
+        explicit WholePixels(Pen& pen);
+        ~WholePixels();
+        WholePixels(const WholePixels&) = delete;
+        WholePixels& operator=(const WholePixels&) = delete;
+
+    private:
+        VSTGUI::CDrawContext& context_;
+        VSTGUI::CRect before_;
+    };
+
     VSTGUI::CDrawContext& context() { return context_; }
 
 private:

@@ -21,12 +21,15 @@ std::unordered_map<std::string, Picture> sharedPictures;  // on the windows' one
 std::size_t sharedBytes = 0;
 constexpr std::size_t mostSharedBytes = 8 << 20;
 
+std::size_t keptBytes = 0;
+constexpr std::size_t mostKeptBytes = 32 << 20;  // all of a window at 300 % is 28 MB
+
 constexpr int parts = 64;  // of a pixel by which places are told apart
 int partOfPixel(double position) { return static_cast<int>(std::lround((position - std::floor(position)) * parts)); }
 
 }  // namespace
 
-std::size_t Picture::bytes() const { return static_cast<std::size_t>(pixels_.width * pixels_.height) * 4; }
+std::size_t Picture::bytes() const { return bitmap_ ? static_cast<std::size_t>(pixels_.width * pixels_.height) * 4 : 0; }
 
 void Picture::show(Pen& pen, const CRect& area, const Draw& draw) {
     const double scale = pen.scale();
@@ -70,6 +73,25 @@ void Picture::render(const Draw& draw) {
     offscreen->endDraw();
     bitmap_ = offscreen->getBitmap();
     if (bitmap_) bitmap_->getPlatformBitmap()->setScaleFactor(scale_);
+}
+
+void KeptDrawing::show(Pen& pen, const CRect& area, const Picture::Draw& draw) {
+    const Pen::WholePixels clip(pen);
+    if (drawnScale_ != pen.scale()) {
+        forget();
+        drawnScale_ = pen.scale();
+        return draw(pen);
+    }
+    if (picture_.bytes() == 0 && keptBytes > mostKeptBytes) return draw(pen);
+    keptBytes -= picture_.bytes();
+    picture_.show(pen, area, draw);
+    keptBytes += picture_.bytes();
+}
+
+void KeptDrawing::forget() {
+    keptBytes -= picture_.bytes();
+    picture_.forget();
+    drawnScale_ = 0;
 }
 
 void showShared(Pen& pen, const std::string& key, const CRect& area, const Picture::Draw& draw) {

@@ -24,7 +24,7 @@ public:
     // The next `show` draws anew.
     void forget() { bitmap_ = nullptr; }
 
-    // The bytes that it takes.
+    // The bytes that it takes; 0 while there is none.
     std::size_t bytes() const;
 
 private:
@@ -38,6 +38,27 @@ private:
     VSTGUI::SharedPointer<VSTGUI::CBitmap> bitmap_;
     double scale_ = 0;
     Pixels pixels_;
+};
+
+// What a view draws, kept while the view stays as it is: from the second time on that it draws the same, so that what changes
+// with every redraw costs no picture too. All of them together take no more than a few tens of megabytes; what finds no room is
+// drawn each time.
+class KeptDrawing {
+public:
+    KeptDrawing() = default;
+    ~KeptDrawing() { forget(); }
+    KeptDrawing(const KeptDrawing&) = delete;
+    KeptDrawing& operator=(const KeptDrawing&) = delete;
+
+    // As `Picture::show`. What `draw` draws may differ only after `changed`.
+    void show(Pen& pen, const VSTGUI::CRect& area, const Picture::Draw& draw);
+    void changed() { forget(); }
+
+private:
+    void forget();
+
+    Picture picture_;
+    double drawnScale_ = 0;  // at which it was drawn since it changed
 };
 
 // Shows what `draw` draws in `area` from a picture that all callers of the same `key` share: it must not depend on anything

@@ -29,10 +29,10 @@ screen=$!
 for _ in $(seq 100); do [ -s "$scratch/display" ] && break; sleep 0.1; done
 export DISPLAY=:$(cat "$scratch/display")
 
-# The commands of a drive: "load" opens the library, types and takes what it found.
+# The commands of a drive.
 commands() {
     printf 'open\nidle 500\n'
-    sed -e 's/^load \(.*\)/click 46 83\nidle 1500\ntype \1\nidle 1200\nkey Return\nidle 500\nkey Escape\nkey Escape\nidle 500/' "$1"
+    cat "$1"
     printf 'picture %s\n' "$2"
 }
 

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <random>
 
 #include "base/parameters.h"
 #include "editor/model/menu_rows.h"
@@ -387,6 +388,78 @@ TEST_P(PicturesOfSizes, AreKept) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Window, PicturesOfSizes, testing::Range(0, 18));
+
+// ---- what is kept from one redraw to the next
+
+// All of it is drawn twice more: what did not change is then shown from kept pictures.
+Picture ofKept(WindowRig& rig) {
+    for (int i = 0; i < 2; ++i) {
+        rig.host().expose();
+        rig.host().idle(80);
+    }
+    return rig.host().picture();
+}
+
+// What two windows may show in two ways: the line of news, and with some filters and waves their measured curves.
+std::vector<Box> passing(WindowRig& rig) {
+    const double u = rig.unit();
+    std::vector<Box> places{
+        {static_cast<int>(8 * u), static_cast<int>(104 * u), static_cast<int>(510 * u), static_cast<int>(124 * u)}};
+    for (const int shown : {+tag::waveView1, tag::waveView1 + 1, tag::waveView1 + 2, +tag::filterView1, tag::filterView1 + 1})
+        places.push_back(rig.box(controlWithTag(shown)));
+    return places;
+}
+
+// Laid over the ground, a kept picture rounds once more than what is drawn there at once.
+void expectAlike(const Picture& kept, const Picture& fresh, const std::vector<Box>& besides, const std::string& when) {
+    constexpr int roundings = 4;
+    ASSERT_EQ(kept.rgb.size(), fresh.rgb.size()) << when;
+    int worst = 0, atX = 0, atY = 0;
+    for (int y = 0; y < kept.height; ++y)
+        for (int x = 0; x < kept.width; ++x) {
+            const unsigned a = kept.at(x, y), b = fresh.at(x, y);
+            const auto isIn = [&](const Box& box) { return x >= box.left && x < box.right && y >= box.top && y < box.bottom; };
+            if (a == b || std::any_of(besides.begin(), besides.end(), isIn)) continue;
+            for (const int shift : {0, 8, 16}) {
+                const int difference = std::abs(static_cast<int>(a >> shift & 255) - static_cast<int>(b >> shift & 255));
+                if (difference <= worst) continue;
+                worst = difference;
+                atX = x;
+                atY = y;
+            }
+        }
+    EXPECT_LE(worst, roundings) << when << ", at " << atX << ", " << atY;
+}
+
+class KeptPictures : public Pictures, public testing::WithParamInterface<int> {};
+
+// Every parameter moves with the pictures of before kept; then a new window of the same plug-in draws all of it at once.
+TEST_P(KeptPictures, ShowWhatIs) {
+    rig_.reset();
+    WindowRig sized(GetParam(), HostAnswers{}, withoutPatches);
+    showSomething(sized);
+    sized.host().idle(1500);
+    std::mt19937 numbers(7);
+    for (int round = 0; round < 2; ++round) {
+        const Point knob = sized.middle(controlNamed("FIL1 RESO"));
+        sized.host().move(knob.x, knob.y);  // brightens, and fades once the pointer is away
+        ofKept(sized);
+        pointAway(sized);
+        for (int i = 0; round > 0 && i < vantoric::controlCount(); ++i)
+            if (const auto& entry = vantoric::controlEntry(i); vantoric::parameterOfTag(entry.tag) >= 0)
+                sized.plugin().setParameter(vantoric::hostIndexOfTag(entry.tag, 0), static_cast<float>(numbers() % 101) / 100);
+        sized.plugin().render(512);
+        sized.host().idle(800);
+        const Picture kept = ofKept(sized);
+        sized.host().close();
+        ASSERT_TRUE(sized.host().open());
+        pointAway(sized);
+        sized.host().idle(800);
+        expectAlike(kept, sized.host().picture(), passing(sized), "round " + std::to_string(round));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Window, KeptPictures, testing::Values(0, 3));
 
 // At three times the size an edge is one pixel wide: drawn from vectors, not enlarged.
 TEST_F(Pictures, AreCrispAtThreeTimesTheSize) {

@@ -103,6 +103,19 @@ std::uintptr_t WindowHost::pluginWindow() const {
     return first;
 }
 
+void WindowHost::expose() {
+    std::vector<Window> windows{display_->window};
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        Window root, above, *children = nullptr;
+        unsigned count = 0;
+        if (XQueryTree(display_->x, windows[i], &root, &above, &children, &count) == 0) continue;
+        windows.insert(windows.end(), children, children + count);
+        if (children != nullptr) XFree(children);
+    }
+    for (const Window window : windows) XClearArea(display_->x, window, 0, 0, 0, 0, True);
+    XSync(display_->x, False);
+}
+
 void WindowHost::resize(Size wanted) {
     XResizeWindow(display_->x, display_->window, static_cast<unsigned>(wanted.width), static_cast<unsigned>(wanted.height));
     XSync(display_->x, False);

@@ -68,6 +68,8 @@ public:
         bool operator==(const Size&) const = default;
     };
     Size size();
+    // All of the window has to be drawn anew at the next idle calls, as when another window goes away from over it.
+    void expose();
     // Gives the host's window another size, as a host does that grants one.
     void resize(Size wanted);
 

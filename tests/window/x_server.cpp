@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 #include "platform/scratch_folder.h"
 
@@ -51,6 +52,13 @@ XServer::~XServer() {
     if (process_ <= 0) return;
     kill(process_, SIGTERM);
     waitpid(process_, nullptr, 0);
+}
+
+double XServer::processorMilliseconds() const {
+    std::ifstream file("/proc/" + std::to_string(process_) + "/schedstat");
+    double nanoseconds = 0;
+    file >> nanoseconds;
+    return 1e-6 * nanoseconds;
 }
 
 void useOwnUserFolders() {

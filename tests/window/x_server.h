@@ -15,6 +15,8 @@ public:
 
     bool isRunning() const { return !display_.empty(); }
     const std::string& display() const { return display_; }
+    // The processor time that it has taken, in milliseconds.
+    double processorMilliseconds() const;
 
 private:
     int process_ = -1;

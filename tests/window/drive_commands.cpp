@@ -1,0 +1,77 @@
+#include "tests/window/drive_commands.h"
+
+#include <iostream>
+#include <sstream>
+
+namespace testhost {
+namespace {
+
+// Opens the library, types and takes what it found. At the normal size.
+void load(WindowHost& host, const std::string& words) {
+    host.click(46, 83);
+    host.idle(1500);
+    host.type(words);
+    host.idle(1200);
+    for (const char* key : {"Return", "Escape", "Escape"}) {
+        host.key(key);
+        host.idle(key[0] == 'R' ? 500 : 15);
+    }
+    host.idle(500);
+}
+
+}  // namespace
+
+bool drive(WindowHost& host, const std::string& line) {
+    std::istringstream words(line);
+    std::string command, text;
+    double a = 0, b = 0, c = 0, d = 0;
+    words >> command;
+    if (command == "open")
+        std::cout << (host.open() ? "open\n" : "no window\n");
+    else if (command == "close")
+        host.close();
+    else if (command == "idle" && words >> a)
+        host.idle(static_cast<int>(a));
+    else if (command == "move" && words >> a >> b)
+        host.move(a, b);
+    else if (command == "press" && words >> a)
+        host.press(static_cast<int>(a));
+    else if (command == "release" && words >> a)
+        host.release(static_cast<int>(a));
+    else if (command == "click" && words >> a >> b)
+        host.click(a, b, words >> c ? static_cast<int>(c) : 1);
+    else if (command == "double" && words >> a >> b)
+        host.doubleClick(a, b);
+    else if (command == "drag" && words >> a >> b >> c >> d) {
+        int button = 1;
+        words >> button;
+        host.drag(a, b, c, d, button == 0 ? 1 : button);
+    } else if (command == "wheel" && words >> a >> b >> c)
+        host.wheel(a, b, static_cast<int>(c));
+    else if (command == "key" && words >> text)
+        host.key(text);
+    else if (command == "down" && words >> text)
+        host.keyDown(text);
+    else if (command == "up" && words >> text)
+        host.keyUp(text);
+    else if (command == "type" && std::getline(words >> std::ws, text))
+        host.type(text);
+    else if (command == "picture" && words >> text)
+        std::cout << (host.savePicture(text) ? text : "no picture") << '\n';
+    else if (command == "load" && std::getline(words >> std::ws, text))
+        load(host, text);
+    else if (command == "parameter" && words >> a)
+        std::cout << host.plugin().parameter(static_cast<int>(a)) << '\n';
+    else if (command == "set" && words >> a >> b)
+        host.plugin().setParameter(static_cast<int>(a), static_cast<float>(b));
+    else if (command == "midi" && words >> a >> b >> c)
+        host.plugin().midi(static_cast<int>(a), static_cast<int>(b), static_cast<int>(c));
+    else if (command == "play" && words >> a) {
+        for (int i = 0; i < static_cast<int>(a); ++i) host.plugin().render(512);
+    } else {
+        return command.empty() || command[0] == '#';
+    }
+    return true;
+}
+
+}  // namespace testhost
