@@ -17,8 +17,8 @@ inline std::atomic<std::size_t> throwingAllocation{0};
 // How many plain `new` still succeed, on all threads, before every one throws; below 0: all do.
 inline std::atomic<long> allocationsLeft{-1};
 
-// Calls `make` with ever more allocations that succeed (each of the first 8, then about a fifth more each time) until none throws;
-// `after` looks at what each of them left behind. Returns how often it failed.
+// Calls `make` with ever more allocations that succeed (each of the first 8, then about a fifth more each time) until none
+// throws; `after` looks at what each of them left behind. Returns how often it failed.
 template <class Make, class After>
 int failuresUntilMade(Make make, After after) {
     long left = 0;
