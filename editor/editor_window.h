@@ -31,7 +31,7 @@ class EditorWindow final : private EditorView,
 public:
     // The instrument outlives it. The host's product string decides some rules of size.
     EditorWindow(Instrument& instrument, ProgramLoader& programs, const std::string& hostProduct);
-    ~EditorWindow();
+    ~EditorWindow() override;
     EditorWindow(const EditorWindow&) = delete;
     EditorWindow& operator=(const EditorWindow&) = delete;
 

@@ -1,22 +1,38 @@
 #include "tests/window/drive_commands.h"
 
+#include <algorithm>
+#include <cctype>
 #include <iostream>
 #include <sstream>
 
 namespace testhost {
 namespace {
 
-// Opens the library, types and takes what it found. At the normal size.
-void load(WindowHost& host, const std::string& words) {
+bool isOnShow(WindowHost& host, const std::string& words) {
+    char name[64] = {};
+    host.plugin().call(wire::opProgramName, 0, 0, name);
+    std::string lower(name);
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
+    return lower.find(words) != std::string::npos;
+}
+
+// Opens the library, types and takes what it found, once it has found it: on a busy machine that takes its time. At the normal
+// size.
+bool load(WindowHost& host, const std::string& words) {
     host.click(46, 83);
     host.idle(1500);
     host.type(words);
-    host.idle(1200);
-    for (const char* key : {"Return", "Escape", "Escape"}) {
-        host.key(key);
-        host.idle(key[0] == 'R' ? 500 : 15);
+    for (int i = 0; i < 20 && !isOnShow(host, words); ++i) {
+        host.idle(1200);
+        host.key("Return");
+        host.idle(500);
+    }
+    for (int i = 0; i < 2; ++i) {
+        host.key("Escape");
+        host.idle(15);
     }
     host.idle(500);
+    return isOnShow(host, words);
 }
 
 }  // namespace
@@ -59,7 +75,7 @@ bool drive(WindowHost& host, const std::string& line) {
     else if (command == "picture" && words >> text)
         std::cout << (host.savePicture(text) ? text : "no picture") << '\n';
     else if (command == "load" && std::getline(words >> std::ws, text))
-        load(host, text);
+        return load(host, text);
     else if (command == "parameter" && words >> a)
         std::cout << host.plugin().parameter(static_cast<int>(a)) << '\n';
     else if (command == "set" && words >> a >> b)
