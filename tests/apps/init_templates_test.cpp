@@ -54,9 +54,11 @@ TEST_P(InitTemplate, PlaysAChordAtTheLevelOfTheLibraryAndFallsSilent) {
     Studio& room = studio();
     room.takeMessages();
     ASSERT_TRUE(room.load(GetParam().string()));
-    const Take chord = room.play({60, 64, 67, 72}, 100, 1.2, 14.0);
+    const Take chord = room.play({60, 64, 67, 72}, 100, isCheckedBuild ? 0.2 : 1.2, isCheckedBuild ? 0.05 : 14.0);
     for (const Message& message : room.takeMessages()) ADD_FAILURE() << message.text;
     EXPECT_TRUE(chord.finite);
+    EXPECT_GT(chord.peak, 0.0);
+    if (isCheckedBuild) return;
     EXPECT_GT(chord.loudness, -30.0);
     EXPECT_LT(chord.loudness, -10.0);
     EXPECT_LT(chord.peak, 1.0);
