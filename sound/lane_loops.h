@@ -390,14 +390,15 @@ struct LaneLoops {
         const std::uint32_t step = at.step << 8;
         std::uint32_t phase = at.phase << 8;
         Phases phases(at, count);
-        // Weights of 16 bits, less 32768, which is made up for by what that would have taken away.
+        // Weights of 16 bits, less 32768, which is made up for by what that would have taken away: unsigned, as two samples
+        // of -32768 wrap on the way.
         const Ints weights(static_cast<std::int32_t>((static_cast<std::uint32_t>(cycles.blend - 32768) << 16) |
                                                      (static_cast<std::uint32_t>(32767 - cycles.blend) & 0xffffu)));
         const Ints offset(static_cast<std::int32_t>(0x80008000u));
         const Bits low(0xffffu), high(0xffff0000u);
         const auto blend = [&](const Bits& both) {
             const Ints pairs = asInts<N>(both);
-            return asBits<N>(halvesMultiplied<N>(pairs, weights) - halvesMultiplied<N>(pairs, offset));
+            return asBits<N>(halvesMultiplied<N>(pairs, weights)) - asBits<N>(halvesMultiplied<N>(pairs, offset));
         };
         const auto read = [&](const Ints& nearPairs, const Ints& farPairs, const Bits& now) {
             const Bits a = asBits<N>(nearPairs), b = asBits<N>(farPairs);
