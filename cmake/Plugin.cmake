@@ -4,6 +4,7 @@
 function(vantoric_module target)
   cmake_parse_arguments(module "" "NAME;FOLDER" "SOURCES;USES;EXPORTS" ${ARGN})
   add_library(${target} MODULE ${module_SOURCES})
+  vantoric_headers(${target})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
   foreach(used ${module_USES})
     target_link_libraries(${target} PRIVATE room_${used})

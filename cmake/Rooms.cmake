@@ -19,7 +19,8 @@ add_compile_definitions($<$<CONFIG:Release>:NDEBUG>)
 
 find_program(CCACHE ccache)
 if(CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+  # Headers compiled ahead are part of what is compared only if it is told that nothing else about them changes.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${CCACHE})
 endif()
 find_program(MOLD mold)
 if(MOLD AND NOT WIN32)
@@ -32,12 +33,42 @@ if(WIN32)
   add_link_options(-static)
 endif()
 
-# vantoric_room(name SOURCES files... USES rooms...)
+# The headers of the language that most sources read, half of what it takes to compile one: compiled once for what goes into
+# libraries and modules, and once, with those of the test framework, for the tests. Other compilers than GCC, and the one for
+# Windows, read each source as it stands, which proves that it includes what it needs.
+set(common_headers <algorithm> <array> <atomic> <bit> <chrono> <cmath> <cstdint> <cstring> <experimental/simd> <filesystem> <functional>
+  <map> <memory> <mutex> <optional> <span> <string> <string_view> <thread> <utility> <vector>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT WIN32)
+  set(PRECOMPILES ON)
+  add_compile_options(-pthread)  # some packages ask for it, and one setting has to fit all
+  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/headers.cpp CONTENT "")
+  add_library(headers OBJECT ${CMAKE_BINARY_DIR}/headers.cpp)
+  target_precompile_headers(headers PRIVATE ${common_headers})
+endif()
+
+# vantoric_headers(target [headers...]): a library or module that reads the common headers, and those of its own.
+function(vantoric_headers target)
+  if(PRECOMPILES AND ARGN)
+    target_precompile_headers(${target} PRIVATE ${common_headers} ${ARGN})
+  elseif(PRECOMPILES)
+    target_precompile_headers(${target} REUSE_FROM headers)
+  endif()
+endfunction()
+
+# vantoric_own_flags(flags SOURCES files...): sources of this folder with flags of their own, which headers compiled without do not fit.
+function(vantoric_own_flags flags)
+  cmake_parse_arguments(own "" "" "SOURCES" ${ARGN})
+  set_property(SOURCE ${own_SOURCES} APPEND PROPERTY COMPILE_OPTIONS ${flags})
+  set_property(SOURCE ${own_SOURCES} PROPERTY SKIP_PRECOMPILE_HEADERS ON)
+endfunction()
+
+# vantoric_room(name SOURCES files... USES rooms... [HEADERS headers...])
 function(vantoric_room name)
-  cmake_parse_arguments(room "" "" "SOURCES;USES" ${ARGN})
+  cmake_parse_arguments(room "" "" "SOURCES;USES;HEADERS" ${ARGN})
   set(target room_${name})
   if(room_SOURCES)
     add_library(${target} STATIC ${room_SOURCES})
+    vantoric_headers(${target} ${room_HEADERS})
     set(scope PUBLIC)
   else()
     add_library(${target} INTERFACE)
@@ -76,8 +107,24 @@ endfunction()
 # vantoric_command_line(target): its main.cpp reads a command line, by a library that takes the sanitizers half a minute a file.
 function(vantoric_command_line target)
   if(CMAKE_BUILD_TYPE STREQUAL "Sanitized")
-    set_source_files_properties(main.cpp TARGET_DIRECTORY ${target} PROPERTIES COMPILE_OPTIONS "-fno-sanitize=all;-g0")
+    vantoric_own_flags("-fno-sanitize=all;-g0" SOURCES main.cpp)
   endif()
+endfunction()
+
+# vantoric_test_headers(target): a test program, built quickly, that reads the common headers and those of the test framework.
+function(vantoric_test_headers target)
+  if(NOT PRECOMPILES)
+    return()
+  endif()
+  if(NOT TARGET test_headers)
+    add_library(test_headers OBJECT ${CMAKE_BINARY_DIR}/headers.cpp)
+    set_target_properties(test_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+    target_compile_options(test_headers PRIVATE -fPIE)
+    target_link_libraries(test_headers PRIVATE GTest::gtest)
+    vantoric_quick_build(test_headers)
+    target_precompile_headers(test_headers PRIVATE <gtest/gtest.h> ${common_headers})
+  endif()
+  target_precompile_headers(${target} REUSE_FROM test_headers)
 endfunction()
 
 # vantoric_test(room SOURCES files... [USES rooms...]): one GoogleTest program a room.
@@ -91,7 +138,7 @@ function(vantoric_test name)
   foreach(used ${test_USES})
     target_link_libraries(test-${name} PRIVATE room_${used})
   endforeach()
-  target_precompile_headers(test-${name} PRIVATE <gtest/gtest.h>)
   vantoric_quick_build(test-${name})
+  vantoric_test_headers(test-${name})
   add_test(NAME ${name} COMMAND test-${name})
 endfunction()

@@ -9,6 +9,7 @@ does not compile (two sources use one name for two things) it is parted.
 import concurrent.futures
 import json
 import os
+import re
 import subprocess
 import sys
 
@@ -26,8 +27,8 @@ def compile_commands():
 
 
 def flags_of(entry):
-    """What the compiler is told apart from the file and from what the linter does not know."""
-    words = entry["command"].split()
+    """What the compiler is told apart from the file, from headers compiled ahead and from what the linter does not know."""
+    words = re.sub(r"-include \S+", "", entry["command"]).split()
     return " ".join(word for word in words
                     if not word.endswith((".cpp", ".o")) and word not in ("-c", "-o") and not word.startswith(GCC_ONLY))
 

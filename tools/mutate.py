@@ -246,12 +246,11 @@ class Copy:
         for folder in (self.tree, self.build, self.kept):
             folder.mkdir(parents=True, exist_ok=True)
         self.copy_sources()
-        environment = os.environ | {"CCACHE_SLOPPINESS": "pch_defines,time_macros"}
         configure = ["cmake", "-G", "Ninja", "-S", str(self.tree), "-B", str(self.build), "-DCMAKE_BUILD_TYPE=Mutation",
                      f"-DCMAKE_CXX_FLAGS={self.FLAGS}", "-DVANTORIC_BENCH=OFF", "-DVANTORIC_TESTS=ON", "-DVANTORIC_WINDOW=OFF"]
         programs = sorted({self.program(test) for test in tests})
         for command in (configure, ["cmake", "--build", str(self.build), f"-j{self.jobs}", "--target", *programs]):
-            code, output = self.run(command, env=environment)
+            code, output = self.run(command)
             if code != 0:
                 sys.exit(f"{' '.join(command)}\n{output[-4000:]}\nThe tree does not build as it stands.")
         passed = self.folder / "passed.json"  # what each test's program was when it passed, and how long that took

@@ -67,7 +67,7 @@ std::vector<std::string> knobMenuRows(int number, int ccNumber) {
     if (destinationOf(number) == 0) return rows;
     rows.push_back("-");
     for (const KnobSubmenu& submenu : knobSubmenus()) rows.push_back(submenu.label);
-    rows.push_back("Remove modulation");
+    rows.emplace_back("Remove modulation");
     return rows;
 }
 
