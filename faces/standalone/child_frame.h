@@ -17,7 +17,7 @@ public:
     };
 
     ChildFrame() = default;
-    ~ChildFrame() { close(); }
+    ~ChildFrame() override { close(); }
     ChildFrame(const ChildFrame&) = delete;
     ChildFrame& operator=(const ChildFrame&) = delete;
 
