@@ -7,8 +7,9 @@
 //   the menu, label, name, defaults, function, texts, delay lines. The place is its number in patches, so new ones come
 //   behind the others, and effectTypeCount counts them: a wrong, missing or double place does not compile.
 // - A new family: a class as the others have (family, Variant, Row, rows; setSampleRate, setParameter, setVariant, reset,
-//   process; touchMemory where it has lines), its name in EffectFamily, its line in type_table.cpp and in
-//   Multieffect::withFamily, the source in CMakeLists.txt.
+//   process; touchMemory where it has lines), its name in EffectFamily as the last of them, its line in type_table.cpp
+//   and in Multieffect::withFamily, the source in CMakeLists.txt. What is left out does not compile.
+// - Slots name no type behind the menu's last dividing line (type_table.cpp): for a name of its own, put one before it.
 #pragma once
 
 #include <array>
@@ -29,6 +30,7 @@ enum class EffectFamily : int {
     equalizer = 7,
     vocoder = 8,
 };
+inline constexpr EffectFamily lastEffectFamily = EffectFamily::vocoder;
 
 // What a parameter shows. `format` holds at most one of %d (the number truncated), %.1f, %.2f and %s (the entry of
 // `names` at the number truncated), and %% for a per cent sign. An empty one shows nothing.

@@ -14,6 +14,8 @@ Multieffect::Multieffect(RandomSources& random) : delay_(random), modulation_(ra
     ready_ = true;
 }
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic error "-Wswitch"
 template <class Action>
 void Multieffect::withFamily(EffectFamily family, Action action) {
     switch (family) {
@@ -25,9 +27,11 @@ void Multieffect::withFamily(EffectFamily family, Action action) {
         case EffectFamily::drive: return action(drive_);
         case EffectFamily::equalizer: return action(equalizer_);
         case EffectFamily::vocoder: return action(vocoder_);
-        default: return;
+        case EffectFamily::off:
+        case EffectFamily::separator: return;
     }
 }
+#pragma GCC diagnostic pop
 
 void Multieffect::clearState() { wanted_.fetch_add(firstCount, std::memory_order_relaxed); }
 
@@ -76,7 +80,7 @@ void Multieffect::feed(const EffectType& row) {
     const float rate = sampleRate_.load(std::memory_order_relaxed);
     if (rate != familiesRate_) {
         familiesRate_ = rate;
-        for (int family = static_cast<int>(EffectFamily::reverb); family <= static_cast<int>(EffectFamily::vocoder); ++family)
+        for (int family = static_cast<int>(EffectFamily::off); family <= static_cast<int>(lastEffectFamily); ++family)
             withFamily(EffectFamily{family}, [&](auto& each) { each.setSampleRate(rate); });
     }
     const float tempo = tempo_.load(std::memory_order_relaxed);
@@ -97,6 +101,7 @@ void Multieffect::process(float* left, float* right, int count) {
     feed(row);
     withFamily(row.family, [&](auto& family) { family.process(left, right, count); });
     if (!allFinite(left, right, count)) {
+        ++silenced_;
         clearFamily(row);
         std::fill_n(left, count, 0.0f);
         std::fill_n(right, count, 0.0f);

@@ -51,6 +51,9 @@ public:
     // "Degrader" and the vocoders more than 16384.
     void process(float* left, float* right, int count);
 
+    // In how many blocks `process` had to do that so far. The audio thread's.
+    std::uint32_t silencedBlocks() const { return silenced_; }
+
     // Has the system map the memory that the delay lines of a type use (up to eight megabytes), so that the audio
     // thread need not wait for it. Not for the audio thread; a second time costs little. Best before the type is set,
     // useful as soon as possible after.
@@ -94,6 +97,7 @@ private:
     // The audio thread's.
     Start current_ = noType;
     float familiesRate_ = 0.0f;
+    std::uint32_t silenced_ = 0;
     ReverbCore reverb_;
     Delay2 delay_;
     Chorus modulation_;

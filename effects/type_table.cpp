@@ -36,6 +36,7 @@ public:
         if (index < 0 || index >= effectTypeCount) throw "a row stands outside the menu";
         if (table_[index].label != nullptr) throw "two rows have the same index";
         if (type.label == nullptr || type.name == nullptr) throw "a row has no label";
+        if (type.family > lastEffectFamily) throw "a family stands behind the last one";
         table_[index] = type;
     }
     template <class Family>

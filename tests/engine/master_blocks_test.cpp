@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 
 #include "base/random.h"
@@ -31,8 +32,10 @@ void chooseEffect(EngineRig& rig, int type, float parameter) {
     for (int k = 0; k < 4; ++k) rig.set(par::FxMaPar1 + k, parameter);
 }
 
+using BothSides = std::array<std::vector<float>, 2>;
+
 // Plays every type for a segment in blocks as `nextBlock` gives them.
-std::vector<float> playAllTypes(const std::function<int()>& nextBlock, float parameter) {
+BothSides playAllTypes(const std::function<int()>& nextBlock, float parameter) {
     EngineRig rig;
     beginChord(rig);
     for (int type = 0; type < effectTypeCount; ++type) {
@@ -43,20 +46,23 @@ std::vector<float> playAllTypes(const std::function<int()>& nextBlock, float par
             left -= frames;
         }
     }
-    return rig.left;
+    return {rig.left, rig.right};
 }
 
-void expectSameTypes(const std::vector<float>& reference, const std::vector<float>& other, const char* splitting) {
-    ASSERT_EQ(reference.size(), other.size());
-    for (int type = 0; type < effectTypeCount; ++type) {
-        const auto from = reference.begin() + type * segment;
-        EXPECT_TRUE(std::equal(from, from + segment, other.begin() + type * segment)) << splitting << ", type " << type;
+void expectSameTypes(const BothSides& reference, const BothSides& other, const char* splitting) {
+    for (const int side : {0, 1}) {
+        ASSERT_EQ(reference[side].size(), other[side].size());
+        for (int type = 0; type < effectTypeCount; ++type) {
+            const auto from = reference[side].begin() + type * segment;
+            EXPECT_TRUE(std::equal(from, from + segment, other[side].begin() + type * segment))
+                << splitting << ", type " << type << ", side " << side;
+        }
     }
 }
 
 TEST(MasterBlocks, EveryEffectSoundsTheSameInAnyBlocks) {
     for (const float parameter : {0.45f, 0.9f}) {
-        const std::vector<float> reference = playAllTypes([] { return 64; }, parameter);
+        const BothSides reference = playAllTypes([] { return 64; }, parameter);
         expectSameTypes(reference, playAllTypes([] { return segment; }, parameter), "blocks of 4096");
         expectSameTypes(reference, playAllTypes([] { return 1; }, parameter), "blocks of 1");
         expectSameTypes(reference, playAllTypes([] { return 257; }, parameter), "blocks of 257");

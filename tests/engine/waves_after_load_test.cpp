@@ -1,6 +1,8 @@
 // After a load the earlier patch's waves never sound, and the new one's sound once they are made.
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "sound/kernels.h"
 #include "tests/engine/engine_rig.h"
 
@@ -109,6 +111,24 @@ TEST_F(AfterALoad, ARenderThatWaitsForTheWorkerIsTheSameEachTime) {
         EXPECT_EQ(rig.left, first) << round;
         endNote();
     }
+}
+
+// Without the wait the first blocks would be silent: nothing is built before they are asked for.
+TEST_F(AfterALoad, ARenderToAFileWaitsForTheWavesByItself) {
+    const Bytes patch = customPatch(9000);
+    worker().stop();
+    load(patch);
+    rig.host.transport.offline = true;
+    std::thread builder([&] {
+        platform::sleepMilliseconds(100);
+        worker().poll();
+    });
+    rig.left.clear();
+    rig.right.clear();
+    rig.send({{0x90, 60, 127}});
+    for (int i = 0; i < 3; ++i) rig.block(960);
+    builder.join();
+    EXPECT_GT(rig.peak(), 0.01f);
 }
 
 TEST_F(AfterALoad, APatchThatIsRefusedLeavesTheOneInForceToBeBuilt) {
