@@ -62,11 +62,13 @@ public:
         }
     }
 
-    // Has the system map the first `count` samples of both buffers, so that the audio thread does not find them
-    // missing. Any thread, also while audio runs: in every page a 0 is exchanged for a 0, and other numbers stay.
+    // Has the system map the first `count` samples of the buffer in use, and of the other one once a clear would put that
+    // in use, so that the audio thread does not find them missing. Any thread, also while audio runs: in every page a 0 is
+    // exchanged for a 0, and other numbers stay.
     void touch(int count = size) {
         const HeardWhileWritten audioRunsOn;
-        for (const int which : {0, 1})
+        const int buffers = clearSwaps_.load(std::memory_order_relaxed) ? 2 : 1;
+        for (int which = 0; which < buffers; ++which)
             for (int i = 0; i < count; i += page) touchSample(buffer(which)[i]);
     }
 
@@ -95,6 +97,7 @@ private:
             written_.count = std::min(size, std::max(written_.count, offset + count));
         else
             written_ = {0, size};
+        if (written_.count > shortExtent) clearSwaps_.store(true, std::memory_order_relaxed);
     }
 
     // Zeroes up to `limit` samples at the start of an extent and takes them off it.
@@ -111,6 +114,8 @@ private:
     const std::array<platform::ZeroedPages, 2> memory_{platform::ZeroedPages(bytes), platform::ZeroedPages(bytes)};
     T* inUse_ = buffer(0);
     Extent written_, stale_;  // of the buffer in use; of the other one
+    // Whether the first buffer holds so much that a clear swaps them, or has done so: the second takes no memory until then.
+    std::atomic<bool> clearSwaps_{false};
 };
 
 // Touches the first `count` of some lines.
