@@ -2,10 +2,13 @@
 #include <gtest/gtest.h>
 #include <xmmintrin.h>
 
+#include <array>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <new>
 #include <thread>
+#include <utility>
 
 #include "base/random.h"
 #include "tests/engine/engine_rig.h"
@@ -386,6 +389,40 @@ TEST(Block, ThatThrowsIsSilentAndTheNextBeginsAnew) {
     rig.audio.receive({0, 0x90, 60, 100});
     EXPECT_GT(peakOfABlock(), 0.01f);
 }
+
+#ifndef NDEBUG
+// Does something within each block.
+struct WithinTheBlock final : BlockObserver {
+    explicit WithinTheBlock(std::function<void()> what) : act(std::move(what)) {}
+    void onStep(BlockStep, int, int) override { act(); }
+    std::function<void()> act;
+};
+
+TEST(BlockDeathTest, WhoeverAsksThereForAPartThatMayWaitIsCaught) {
+    EngineRig rig(48000.0f);
+    Instrument& audio = rig.audio;
+    const auto parts = std::to_array<std::pair<const char*, std::function<void()>>>({
+        {"messages", [&] { audio.messages(); }},
+        {"program", [&] { audio.program(); }},
+        {"waveWorker", [&] { audio.waveWorker(); }},
+        {"patchFiles", [&] { audio.patchFiles(); }},
+        {"patchChunk", [&] { audio.patchChunk(); }},
+        {"sampleLoader", [&] { audio.sampleLoader(); }},
+        {"quickImport", [&] { audio.quickImport(); }},
+        {"sampleEditor", [&] { audio.sampleEditor(); }},
+        {"customWaveLoader", [&] { audio.customWaveLoader(); }},
+        {"sfzImport", [&] { audio.sfzImport(); }},
+        {"another rate", [&] { audio.setSampleRate(44100.0f); }},
+        {"memory of an effect", [&] { audio.layer(0).insert(0).touchMemory(6); }},
+    });
+    for (const auto& [name, ask] : parts) {
+        WithinTheBlock observer(ask);
+        audio.setBlockObserver(&observer);
+        EXPECT_DEATH(rig.block(64), "not from within") << name;
+        audio.setBlockObserver(nullptr);
+    }
+}
+#endif
 
 // Whatever the rate was when a host asked for its longest block, nothing is written beyond what the block is rendered in.
 TEST(Block, OfAnyLengthAtAnyRateStaysWithinTheBuffers) {
