@@ -16,6 +16,7 @@
 #include "platform/scratch_folder.h"
 #include "platform/thread.h"
 #include "platform/user_state.h"
+#include "tests/base/failing_allocation.h"
 #include "tests/library/large_library.h"
 
 namespace vantoric {
@@ -99,6 +100,24 @@ TEST_F(Index, ALibraryIsFoundWithItsStarsNotesAndFavourites) {
     EXPECT_TRUE(found(index, "Favourites", "FavDeep")->isFavourite);
     EXPECT_EQ(names(index, "dirt"), std::vector<std::string>{"Growl"});
     EXPECT_EQ(index.complete("gro"), "Growl");
+}
+
+TEST_F(Index, AllocationsThatFailEndNeitherThreadNorProcess) {
+    put("Bass", "Deep");
+    PatchIndex index(messages);
+    wait(index);
+    const unsigned before = index.generation();
+    test::allocationsLeft = 0;
+    index.rescan();
+    for (int i = 0; i < 10000 && index.isScanning(); ++i) platform::sleepMilliseconds(1);
+    test::allocationsLeft = -1;
+    EXPECT_FALSE(index.isScanning());
+    EXPECT_EQ(index.generation(), before) << "the catalogue stays";
+    EXPECT_TRUE(messages.lostSome());
+    put("Bass", "Growl");
+    index.rescan();
+    wait(index);
+    EXPECT_NE(found(index, "Bass", "Growl"), nullptr);
 }
 
 TEST_F(Index, NotesAreWrittenBesideTheCategoryAndKeepOthers) {
