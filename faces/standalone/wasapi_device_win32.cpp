@@ -14,8 +14,8 @@
 #include <array>
 #include <atomic>
 #include <cstdio>
+#include <exception>
 #include <future>
-#include <new>
 #include <thread>
 #include <utility>
 
@@ -278,10 +278,10 @@ std::vector<WasapiName> wasapiDevices() {
 
 std::unique_ptr<SoundDevice> openWasapi(Player& player, const std::string& name, int rate, int period, std::string& problem) {
     auto device = std::make_unique<WasapiDevice>(player);
-    HRESULT result = E_OUTOFMEMORY;
+    HRESULT result = E_OUTOFMEMORY;  // also where memory or threads are short here
     try {
         result = device->start(name, rate, period);
-    } catch (const std::bad_alloc&) {  // as the system itself would say
+    } catch (const std::exception&) {
         result = E_OUTOFMEMORY;
     }
     if (SUCCEEDED(result)) return device;
