@@ -242,7 +242,8 @@ struct CloseFolder {
 bool isFolderIn(DIR* folder, const dirent& entry) {
     if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
     struct stat about{};
-    return fstatat(dirfd(folder), entry.d_name, &about, 0) == 0 && S_ISDIR(about.st_mode);
+    const int number = dirfd(folder);
+    return number >= 0 && fstatat(number, entry.d_name, &about, 0) == 0 && S_ISDIR(about.st_mode);
 }
 
 }  // namespace

@@ -46,6 +46,7 @@ void writeWhole(float sample, std::uint8_t* to, double fullScale) {
     std::copy_n(reinterpret_cast<const std::uint8_t*>(&value), sizeof value, to);
 }
 
+constexpr std::size_t mostBytes = 4;  // of any of them
 constexpr SampleForm sampleForms[] = {
     {SND_PCM_FORMAT_FLOAT, 4,
      [](float sample, std::uint8_t* to) {
@@ -108,7 +109,7 @@ public:
           setting_(setting),
           left_(static_cast<std::size_t>(setting.period)),
           right_(left_.size()),
-          bytes_(2 * left_.size() * static_cast<std::size_t>(setting.form->bytes)) {
+          bytes_(2 * left_.size() * mostBytes) {
         player_.prepare(setting.rate);
         std::promise<pid_t> started;
         auto number = started.get_future();
