@@ -149,9 +149,11 @@ public:
 protected:
     template <class Call>
     void called(Call&& call) const {
+        struct Enough {
+            ~Enough() { vantoric::test::allocationsLeft = -1; }
+        } const afterwards;  // whatever the call throws
         if (isMemoryShort_) vantoric::test::allocationsLeft = 0;
         call();
-        vantoric::test::allocationsLeft = -1;
     }
     void note(const Told& told) {
         const std::lock_guard guard(mutex_);
