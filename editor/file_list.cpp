@@ -12,6 +12,7 @@
 
 #include "base/number_text.h"
 #include "base/text.h"
+#include "platform/files.h"
 
 namespace vantoric {
 namespace {
@@ -78,15 +79,16 @@ fs::path withoutCircle(const fs::path& folder) {
     return same;
 }
 
-FileEntry entryOf(const fs::directory_entry& found) {
+FileEntry entryOf(const std::string& folder, platform::FolderEntry found) {
     std::error_code error;
+    const fs::path place = fs::path(folder) / found.name;
     FileEntry entry;
-    entry.name = found.path().filename().string();
-    entry.isFolder = found.is_directory(error) && !error;
-    const fs::file_time_type changed = found.last_write_time(error);
+    entry.name = std::move(found.name);
+    entry.isFolder = found.isFolder;
+    const fs::file_time_type changed = fs::last_write_time(place, error);
     if (!error) entry.changed = secondsOf(changed);
     if (entry.isFolder) return entry;
-    const std::uintmax_t size = found.is_regular_file(error) && !error ? found.file_size(error) : 0;
+    const std::uintmax_t size = fs::is_regular_file(place, error) && !error ? fs::file_size(place, error) : 0;
     if (!error) entry.size = size;
     return entry;
 }
@@ -95,16 +97,11 @@ FileEntry entryOf(const fs::directory_entry& found) {
 
 FolderListing readFolderListing(const std::string& folder, const std::atomic<bool>& stop) {
     FolderListing listing{withoutCircle(folder).string(), FolderState::read, {}};
-    std::error_code error;
-    fs::directory_iterator place(listing.folder, error);
-    if (error) {
-        listing.state = stateOf(error);
-        return listing;
-    }
-    for (; place != fs::directory_iterator() && !stop; place.increment(error)) {
-        listing.entries.push_back(entryOf(*place));
-        if (error) break;  // the rest can't be read; what is there is shown
-    }
+    const std::error_code error = platform::readFolder(listing.folder, [&](platform::FolderEntry&& found) {
+        if (!stop) listing.entries.push_back(entryOf(listing.folder, std::move(found)));
+        return !stop.load();
+    });
+    if (error && listing.entries.empty()) listing.state = stateOf(error);  // where the rest can't be read, what is there is shown
     return listing;
 }
 
@@ -184,7 +181,13 @@ void FolderReader::request(const std::string& folder) {
         read_.reset();
         stop_ = true;  // for the one that is being read
     }
-    if (!thread_.joinable()) thread_ = std::thread([this] { run(); });
+    try {
+        if (!thread_.joinable()) thread_ = std::thread([this] { run(); });
+    } catch (...) {  // no more threads
+        const std::lock_guard guard(mutex_);
+        read_ = FolderListing{std::move(*wanted_), FolderState::failed, {}};
+        wanted_.reset();
+    }
     news_.notify_one();
 }
 
@@ -203,12 +206,13 @@ void FolderReader::finish() {
     done_.wait(lock, [this] { return !wanted_ && !isBusy_; });
 }
 
+// With short memory a folder can't be read. What is done outside of the guard allocates nothing.
 void FolderReader::run() {
     std::unique_lock lock(mutex_);
     for (;;) {
         news_.wait(lock, [this] { return wanted_ || isEnding_; });
         if (isEnding_ || !wanted_) return;
-        const std::string folder = *wanted_;
+        std::string folder = std::move(*wanted_);
         wanted_.reset();
         isBusy_ = true;
         stop_ = false;
@@ -216,8 +220,8 @@ void FolderReader::run() {
         FolderListing listing;
         try {
             listing = readFolderListing(folder, stop_);
-        } catch (const std::exception&) {  // no memory, or a path that the library refuses
-            listing = {folder, FolderState::failed, {}};
+        } catch (...) {  // no memory, or a path that the library refuses
+            listing = {std::move(folder), FolderState::failed, {}};
         }
         lock.lock();
         isBusy_ = false;

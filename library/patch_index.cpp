@@ -184,14 +184,14 @@ std::vector<PatchPlace> PatchIndex::recent() const {
 // ---- the thread -------------------------------------------------------------------------------------------------
 
 // What the user did is written also when the end has come; a scan is not begun any more. With short memory what could not
-// be done is left until it is asked for again.
+// be done is left until it is asked for again; what is taken over here allocates nothing.
 void PatchIndex::run() {
     platform::setLowPriority();
     keepRecent({});
     std::unique_lock lock(mutex_);
     for (;;) {
         work_.wait(lock, [this] { return stops_ || due_ || !played_.empty(); });
-        const std::deque<Writing> writings = std::exchange(writings_, {});
+        const std::vector<Writing> writings = std::exchange(writings_, {});
         std::vector<PatchPlace> played = std::exchange(played_, {});
         const bool isDue = due_ && !stops_;
         if (stops_ && writings.empty() && played.empty()) return;

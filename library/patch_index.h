@@ -4,7 +4,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -83,7 +82,7 @@ private:
     mutable std::mutex mutex_;  // guards what follows up to the thread
     std::condition_variable work_;
     std::shared_ptr<const PatchCatalogue> catalogue_ = std::make_shared<PatchCatalogue>();
-    std::deque<Writing> writings_;
+    std::vector<Writing> writings_;
     std::vector<PatchPlace> played_, recent_;  // since the thread last kept them; all
     std::thread thread_;
     std::atomic<unsigned> generation_{0};

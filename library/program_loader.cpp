@@ -55,8 +55,11 @@ void ProgramLoader::run() {
 }
 
 // Without the lock: a host may open a window meanwhile, and wait until it is open.
-void ProgramLoader::tellHost() {
+// Whatever is thrown there ends neither the thread nor the host.
+void ProgramLoader::tellHost() try {
     if (instrument_.hostPort() != nullptr) instrument_.hostPort()->patchChanged();
+} catch (...) {
+    return;
 }
 
 // A learn is over when its controller comes, and the window that armed it may be closed by then.

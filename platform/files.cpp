@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <string_view>
 #include <system_error>
 
 #include "platform/native_path.h"
@@ -16,8 +17,10 @@
 #include <share.h>
 #include <windows.h>
 #else
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
@@ -217,13 +220,52 @@ std::FILE* makeFile(const std::string& path) {
 
 #endif
 
-bool visitFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit) {
+#ifdef _WIN32
+
+std::error_code readFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit) {
     std::error_code error;
     for (fs::directory_iterator at(nativePath(folder), error), end; !error && at != end; at.increment(error)) {
         std::error_code ignored;
-        if (!visit({pathText(at->path().filename()), at->is_directory(ignored)})) return true;
+        if (!visit({pathText(at->path().filename()), at->is_directory(ignored)})) return {};
     }
-    return !error;
+    return error;
+}
+
+#else
+
+namespace {
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+
+bool isFolderIn(DIR* folder, const dirent& entry) {
+    if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+    struct stat about{};
+    const int number = dirfd(folder);
+    return number >= 0 && fstatat(number, entry.d_name, &about, 0) == 0 && S_ISDIR(about.st_mode);
+}
+
+}  // namespace
+
+// By the system's own calls: those of the standard library end the process where there is no memory for an entry's path.
+std::error_code readFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit) {
+    const std::unique_ptr<DIR, CloseFolder> open(opendir(folder.c_str()));
+    if (!open) return {errno, std::generic_category()};
+    for (;;) {
+        errno = 0;  // the end of the folder leaves it
+        const dirent* const entry = readdir(open.get());
+        if (entry == nullptr) return {errno, std::generic_category()};
+        const std::string_view name = entry->d_name;
+        if (name == "." || name == "..") continue;
+        if (!visit({std::string(name), isFolderIn(open.get(), *entry)})) return {};
+    }
+}
+
+#endif
+
+bool visitFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit) {
+    return !readFolder(folder, visit);
 }
 
 bool listFolder(const std::string& folder, std::vector<FolderEntry>& entries) {

@@ -1,5 +1,5 @@
-// Files and folders; paths are UTF-8 on Windows and whatever bytes they are elsewhere. Nothing here throws, shows anything or
-// belongs on the audio thread; every function may be called from any other thread.
+// Files and folders; paths are UTF-8 on Windows and whatever bytes they are elsewhere. Nothing here throws but for short memory,
+// shows anything or belongs on the audio thread; every function may be called from any other thread.
 #pragma once
 
 #include <cstddef>
@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace vantoric::platform {
@@ -57,6 +58,8 @@ bool listFolder(const std::string& folder, std::vector<FolderEntry>& entries);
 // The same one by one, until `visit` returns false: for folders that may be large or slow. False if it cannot be listed, also
 // after some entries.
 bool visitFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit);
+// The same, with what went wrong; no error where `visit` ended it.
+std::error_code readFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit);
 
 // Whether a file or folder of that name exists.
 bool exists(const std::string& path);

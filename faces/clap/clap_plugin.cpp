@@ -120,7 +120,8 @@ private:
     void idle();
 
     // ---- the audio thread
-    clap_process_status process(const clap_process_t& block);
+    clap_process_status process(const clap_process_t& block) noexcept;
+    clap_process_status play(const clap_process_t& block);
     void collect(const clap_input_events_t* events);
     void collect(const clap_event_header_t& event);
     void beginNote(const clap_event_note_t& note);
@@ -185,15 +186,15 @@ private:
         [](const clap_plugin_t* p, double rate, std::uint32_t, std::uint32_t) {
             return isSampleRate(rate) && guarded([&] { return of(p).activate(rate), true; }, false);
         },
-        [](const clap_plugin_t* p) { of(p).instrument_.stop(); },
+        [](const clap_plugin_t* p) { guarded([&] { return of(p).instrument_.stop(), true; }, false); },
         [](const clap_plugin_t*) { return true; },
         [](const clap_plugin_t*) {},
-        [](const clap_plugin_t* p) { of(p).reset(); },
+        [](const clap_plugin_t* p) { guarded([&] { return of(p).reset(), true; }, false); },
         [](const clap_plugin_t* p, const clap_process_t* block) -> clap_process_status {
             return block != nullptr ? of(p).process(*block) : static_cast<clap_process_status>(CLAP_PROCESS_ERROR);
         },
         extension,
-        [](const clap_plugin_t* p) { of(p).onMainThread(); },
+        [](const clap_plugin_t* p) { guarded([&] { return of(p).onMainThread(), true; }, false); },
     };
 };
 
@@ -248,7 +249,16 @@ Transport Plugin::transportOf(const clap_event_transport_t* told) {
     return transport;
 }
 
-clap_process_status Plugin::process(const clap_process_t& block) {
+// A host throws away what comes with an error. One that does not hears silence.
+clap_process_status Plugin::process(const clap_process_t& block) noexcept {
+    constexpr clap_process_status failed = CLAP_PROCESS_ERROR;
+    const clap_process_status status = guarded([&] { return play(block); }, failed);
+    if (status == failed && block.audio_outputs_count > 0 && block.audio_outputs != nullptr)
+        silence(block.audio_outputs[0].data32, block.audio_outputs[0].channel_count, block.frames_count);
+    return status;
+}
+
+clap_process_status Plugin::play(const clap_process_t& block) {
     const bool hasOutput = block.audio_outputs_count > 0 && block.audio_outputs != nullptr &&
                            block.audio_outputs[0].data32 != nullptr && block.audio_outputs[0].channel_count > 0;
     float* left = hasOutput ? block.audio_outputs[0].data32[0] : nullptr;
@@ -533,7 +543,9 @@ const clap_plugin_params_t Plugin::params = {
             },
             false);
     },
-    [](const clap_plugin_t* p, const clap_input_events_t* in, const clap_output_events_t* out) { of(p).flush(in, out); }};
+    [](const clap_plugin_t* p, const clap_input_events_t* in, const clap_output_events_t* out) {
+        guarded([&] { return of(p).flush(in, out), true; }, false);
+    }};
 
 // ---- state -------------------------------------------------------------------------------------------------------
 

@@ -38,7 +38,9 @@ public:
     void close() override {
         guarded([&] { return window_.close(), true; }, false);
     }
-    void show(bool isShown) override { window_.show(isShown); }
+    void show(bool isShown) override {
+        guarded([&] { return window_.show(isShown), true; }, false);
+    }
     bool isOpen() const override { return window_.isOpen(); }
     std::uintptr_t ownWindow() const override { return window_.ownWindow(); }
     void idle() override {

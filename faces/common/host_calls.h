@@ -25,6 +25,13 @@ Answer guarded(Work&& work, Answer otherwise) noexcept {
     }
 }
 
+// What becomes of a block in which something was thrown: silence in those of its channels that are there.
+template <class Sample>
+void silence(Sample* const* channels, std::size_t count, std::size_t frames) {
+    for (std::size_t i = 0; channels != nullptr && i < count; ++i)
+        if (channels[i] != nullptr) std::fill_n(channels[i], frames, Sample(0));
+}
+
 // Whether a number in Hz is a rate that the instrument can be set to. Hosts ask with other ones too.
 inline bool isSampleRate(double rate) { return rate > 0 && rate <= mostRate; }
 

@@ -91,7 +91,9 @@ void ToldValues::take(Patches patches, Tell tell) {
     const ParameterChanges::News news = reader_.take();
     if (!news.any() && !isBehind_) return;
     if (news.all && patches == Patches::known) return acceptAll();
-    const bool all = news.all || std::exchange(isBehind_, false);
+    const bool wasBehind = std::exchange(isBehind_, true);  // until the end, should telling throw
+    const bool all = news.all || wasBehind;
+    bool isBehind = false;
     for (int i = 0; i < parameterCount; ++i) {
         if (!all && !news.has(i)) continue;
         const float value = parameters_.getParameter(i);
@@ -100,8 +102,9 @@ void ToldValues::take(Patches patches, Tell tell) {
         if (tell(i, value))
             told = value;
         else
-            isBehind_ = true;
+            isBehind = true;
     }
+    isBehind_ = isBehind;
 }
 
 }  // namespace vantoric

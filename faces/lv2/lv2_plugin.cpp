@@ -17,6 +17,7 @@
 #include <atomic>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -166,7 +167,7 @@ public:
     }
     void start() { instrument_.start(); }
     void stop() { instrument_.stop(); }
-    void run(std::uint32_t frames);
+    void run(std::uint32_t frames) noexcept;
     LV2_State_Status save(LV2_State_Store_Function store, LV2_State_Handle handle);
     LV2_State_Status restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle);
 
@@ -188,6 +189,7 @@ private:
         const LV2UI_Resize* const resize = frame_ != nullptr ? frame_->resize : nullptr;
         return resize != nullptr && resize->ui_resize(resize->handle, width, height) == 0;
     }
+    void play(std::uint32_t frames);
     void collectPorts();
     void knowPorts(const std::vector<float>& values);
     void writeNotices();
@@ -255,7 +257,11 @@ Transport Plugin::collectEvents(bool isOffline) {
     return atBegin;
 }
 
-void Plugin::run(std::uint32_t frames) {
+void Plugin::run(std::uint32_t frames) noexcept {
+    if (!guarded([&] { return play(frames), true; }, false)) silence(outputs_, std::size(outputs_), frames);
+}
+
+void Plugin::play(std::uint32_t frames) {
     constexpr std::uint32_t most = 1u << 30;
     collectPorts();
     const Transport atBegin = collectEvents(freeWheel_ != nullptr && *freeWheel_ > 0.5f);
@@ -368,9 +374,9 @@ const LV2_Descriptor descriptor = {
         return guarded([&]() -> LV2_Handle { return std::make_unique<Plugin>(rate, *map).release(); }, LV2_Handle{});
     },
     [](LV2_Handle handle, std::uint32_t port, void* data) { pluginOf(handle).connect(port, data); },
-    [](LV2_Handle handle) { pluginOf(handle).start(); },
+    [](LV2_Handle handle) { guarded([&] { return pluginOf(handle).start(), true; }, false); },
     [](LV2_Handle handle, std::uint32_t frames) { pluginOf(handle).run(frames); },
-    [](LV2_Handle handle) { pluginOf(handle).stop(); },
+    [](LV2_Handle handle) { guarded([&] { return pluginOf(handle).stop(), true; }, false); },
     [](LV2_Handle handle) { delete &pluginOf(handle); },
     extensionData};
 

@@ -7,9 +7,13 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <cmath>
 #include <future>
+#include <new>
+#include <system_error>
 #include <thread>
+#include <vector>
 
 #include "faces/standalone/realtime.h"
 #include "faces/standalone/silent_device.h"
@@ -42,6 +46,7 @@ void writeWhole(float sample, std::uint8_t* to, double fullScale) {
     std::copy_n(reinterpret_cast<const std::uint8_t*>(&value), sizeof value, to);
 }
 
+constexpr std::size_t mostBytes = 4;  // of any of them
 constexpr SampleForm sampleForms[] = {
     {SND_PCM_FORMAT_FLOAT, 4,
      [](float sample, std::uint8_t* to) {
@@ -98,7 +103,13 @@ std::string setSoftware(snd_pcm_t* pcm, const Setting& setting) {
 
 class AlsaDevice final : public SoundDevice {
 public:
-    AlsaDevice(Player& player, Pcm pcm, const Setting& setting) : player_(player), pcm_(std::move(pcm)), setting_(setting) {
+    AlsaDevice(Player& player, Pcm pcm, const Setting& setting)
+        : player_(player),
+          pcm_(std::move(pcm)),
+          setting_(setting),
+          left_(static_cast<std::size_t>(setting.period)),
+          right_(left_.size()),
+          bytes_(2 * left_.size() * mostBytes) {
         player_.prepare(setting.rate);
         std::promise<pid_t> started;
         auto number = started.get_future();
@@ -119,19 +130,16 @@ public:
 
 private:
     void run() {
-        const auto frames = static_cast<std::size_t>(setting_.period);
-        std::vector<float> left(frames), right(frames);
-        std::vector<std::uint8_t> bytes(2 * frames * static_cast<std::size_t>(setting_.form->bytes));
         const bool waits = snd_pcm_type(pcm_.get()) != SND_PCM_TYPE_NULL;
         BlockPacer pacer(static_cast<double>(setting_.period) / setting_.rate);
         while (!isEnding_ && !isLost_) {
-            player_.play(left.data(), right.data(), period());
-            std::uint8_t* to = bytes.data();
-            for (std::size_t i = 0; i < frames; ++i, to += 2 * setting_.form->bytes) {
-                setting_.form->write(left[i], to);
-                setting_.form->write(right[i], to + setting_.form->bytes);
+            player_.play(left_.data(), right_.data(), period());
+            std::uint8_t* to = bytes_.data();
+            for (std::size_t i = 0; i < left_.size(); ++i, to += 2 * setting_.form->bytes) {
+                setting_.form->write(left_[i], to);
+                setting_.form->write(right_[i], to + setting_.form->bytes);
             }
-            if (!writeBlock(bytes.data())) isLost_ = true;
+            if (!writeBlock(bytes_.data())) isLost_ = true;
             if (!waits) pacer.waitForNext();
         }
     }
@@ -163,6 +171,8 @@ private:
     Player& player_;
     Pcm pcm_;
     Setting setting_;
+    std::vector<float> left_, right_;  // made before the thread, in which nobody could say that there is no memory
+    std::vector<std::uint8_t> bytes_;
     Priority priority_ = Priority::ordinary;
     std::atomic<bool> isEnding_{false}, isLost_{false};
     std::thread thread_;
@@ -238,7 +248,13 @@ std::unique_ptr<SoundDevice> openAlsa(Player& player, const std::string& name, i
     setting.period = static_cast<snd_pcm_uframes_t>(period);
     if (const std::string why = setHardware(pcm.get(), setting); !why.empty()) return refuse(why);
     if (const std::string why = setSoftware(pcm.get(), setting); !why.empty()) return refuse(why);
-    return std::make_unique<AlsaDevice>(player, std::move(pcm), setting);
+    try {
+        return std::make_unique<AlsaDevice>(player, std::move(pcm), setting);
+    } catch (const std::system_error& error) {  // no more threads
+        return refuse(error.what());
+    } catch (const std::bad_alloc&) {
+        return refuse(snd_strerror(-ENOMEM));
+    }
 }
 
 }  // namespace vantoric::standalone

@@ -143,7 +143,7 @@ Exit choosePatch(Standalone& program, const Options& options, bool isKeptAgain) 
 // With sound, or with a window, where it may come later.
 bool startSound(Standalone& program, const SoundChoice& choice, bool withWindow) {
     const bool isHeard = program.sound().open(choice);
-    if (choice.kind == SoundKind::none) return say("sound: none"), true;
+    if (isHeard && choice.kind == SoundKind::none) return say("sound: none"), true;
     if (isHeard) return say("sound: " + program.sound().description() + ", " + program.sound().priority()), true;
     complain(Exit::noSound, "no sound: " + program.sound().problem());
     return withWindow;

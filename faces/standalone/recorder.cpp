@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 
 #include "platform/thread.h"
 
@@ -89,13 +90,15 @@ void Recorder::hear(const float* left, const float* right, int frames) noexcept 
 
 // ---- the writing thread
 
-void Recorder::run() {
+void Recorder::run() noexcept try {
     while (!isEnding_) {
         if (!writeWaiting()) return;
         platform::sleepMilliseconds(20);
     }
     if (!writeWaiting()) return;
     file_.reset();
+} catch (...) {
+    fail("no memory left");  // words that a string holds without any
 }
 
 bool Recorder::writeWaiting() {
@@ -104,7 +107,7 @@ bool Recorder::writeWaiting() {
         const std::size_t place = at % ringFrames;
         const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(end - at, ringFrames - place));
         if (std::string why; !file_->write(&ring_[2 * place], count, why)) {
-            fail(why);
+            fail(std::move(why));
             return false;
         }
         at += count;
@@ -116,10 +119,10 @@ bool Recorder::writeWaiting() {
     return false;
 }
 
-void Recorder::fail(const std::string& why) {
+void Recorder::fail(std::string why) noexcept {
     {
         const std::lock_guard guard(mutex_);
-        trouble_ = why;
+        trouble_ = std::move(why);
     }
     file_.reset();
     hasFailed_ = true;

@@ -54,9 +54,9 @@ public:
 private:
     static constexpr std::size_t ringFrames = std::size_t{1} << 18;  // more than five seconds at 48 kHz
 
-    void run();
+    void run() noexcept;
     bool writeWaiting();
-    void fail(const std::string& why);
+    void fail(std::string why) noexcept;
 
     std::vector<float> ring_;                                     // interleaved
     std::atomic<std::uint64_t> heard_{0}, written_{0}, lost_{0};  // frames, of all recordings

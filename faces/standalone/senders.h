@@ -8,13 +8,19 @@
 
 namespace vantoric::standalone {
 
-// The keyboards at one port, each known by two numbers. One thread, not the audio thread: it allocates.
+// The keyboards at one port, each known by two numbers. One thread, not the audio thread: it allocates. Nothing is thrown.
 class Senders {
 public:
     using Name = std::pair<int, int>;
 
-    // One has sent a message.
-    void follow(const Name& sender, const ShortMessage& message) { held_[sender].follow(message); }
+    // One has sent a message. False, with nothing done, if memory is too short for a sender that is new: nobody would let go
+    // of what it holds.
+    bool follow(const Name& sender, const ShortMessage& message) noexcept try {
+        held_[sender].follow(message);
+        return true;
+    } catch (...) {
+        return false;
+    }
     // One has gone: calls `send(message)` with what lets go of what it holds.
     template <class Send>
     void leave(const Name& sender, Send&& send) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <exception>
 
 #include "faces/standalone/alsa_device.h"
 
@@ -41,7 +42,12 @@ std::unique_ptr<SequencerInput> SequencerInput::open(Player& player, std::string
     if (const int error = snd_midi_event_new(16, &decoder); error < 0) return refuse(error);
     input->decoder_.reset(decoder);
     snd_midi_event_no_status(decoder, 1);
-    input->thread_ = std::thread([self = input.get()] { self->run(); });
+    try {
+        input->thread_ = std::thread([self = input.get()] { self->run(); });
+    } catch (const std::exception& error) {  // no more threads
+        problem = error.what();
+        return nullptr;
+    }
     return input;
 }
 
@@ -119,8 +125,7 @@ void SequencerInput::take(const snd_seq_event_t& event) {
     const long size = snd_midi_event_decode(decoder_.get(), bytes.data(), bytes.size(), &event);
     if (size < 1 || size > 3) return;
     const ShortMessage message{bytes[0], bytes[1], bytes[2]};
-    senders_.follow({event.source.client, event.source.port}, message);
-    receive(message);
+    if (senders_.follow({event.source.client, event.source.port}, message)) receive(message);
 }
 
 }  // namespace vantoric::standalone

@@ -1,7 +1,6 @@
 #include "faces/standalone/silent_device.h"
 
 #include <chrono>
-#include <vector>
 
 namespace vantoric::standalone {
 
@@ -12,7 +11,8 @@ void BlockPacer::waitForNext() {
     if (due_ > now) std::this_thread::sleep_for(std::chrono::duration<double>(due_ - now));
 }
 
-SilentDevice::SilentDevice(Player& player, double rate, int period) : player_(player), period_(period) {
+SilentDevice::SilentDevice(Player& player, double rate, int period)
+    : player_(player), period_(period), left_(static_cast<std::size_t>(period)), right_(left_.size()) {
     player_.prepare(rate);
     thread_ = std::thread([this, rate] { run(rate); });
 }
@@ -23,10 +23,9 @@ SilentDevice::~SilentDevice() {
 }
 
 void SilentDevice::run(double rate) {
-    std::vector<float> left(static_cast<std::size_t>(period_)), right(left.size());
     BlockPacer pacer(period_ / rate);
     while (!isEnding_) {
-        player_.play(left.data(), right.data(), period_);
+        player_.play(left_.data(), right_.data(), period_);
         pacer.waitForNext();
     }
 }

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <thread>
+#include <vector>
 
 #include "faces/standalone/sound_device.h"
 
@@ -21,6 +22,7 @@ private:
 
     Player& player_;
     int period_;
+    std::vector<float> left_, right_;  // made before the thread, in which nobody could say that there is no memory
     std::atomic<bool> isEnding_{false};
     std::thread thread_;
 };

@@ -1,5 +1,7 @@
 #include "faces/standalone/sound_system.h"
 
+#include <exception>
+#include <new>
 #include <utility>
 
 #include "faces/standalone/silent_device.h"
@@ -23,10 +25,7 @@ bool SoundSystem::open(const SoundChoice& choice) {
     device_.reset();
     isHeard_ = false;
     problem_.clear();
-    if (choice_.kind == SoundKind::none) {
-        device_ = std::make_unique<SilentDevice>(player_, choice_.rate, choice_.period);
-        return true;
-    }
+    if (choice_.kind == SoundKind::none) return fallSilent(choice_.rate);
     if (tryOpen()) return true;
     fallSilent();
     return false;
@@ -40,11 +39,17 @@ bool SoundSystem::tryOpen() {
     return isHeard_;
 }
 
-void SoundSystem::fallSilent() {
+void SoundSystem::fallSilent() { fallSilent(player_.frames() > 0 ? player_.rate() : choice_.rate); }
+
+bool SoundSystem::fallSilent(double rate) try {
     isHeard_ = false;
-    const double rate = player_.frames() > 0 ? player_.rate() : choice_.rate;
-    device_ = std::make_unique<SilentDevice>(player_, rate, choice_.period);
     nextTry_ = clockSeconds() + retryEvery;
+    device_ = std::make_unique<SilentDevice>(player_, rate, choice_.period);
+    return true;
+} catch (const std::exception& error) {  // no memory or no thread: time stands still until there is
+    const bool isMemory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+    if (problem_.empty()) problem_ = isMemory ? "no memory left" : error.what();
+    return false;
 }
 
 void SoundSystem::poll() {
@@ -55,9 +60,10 @@ void SoundSystem::poll() {
         fallSilent();
         return;
     }
-    if (isHeard_ || choice_.kind == SoundKind::none || clockSeconds() < nextTry_) return;
+    const bool isAsWanted = isHeard_ || (choice_.kind == SoundKind::none && device_ != nullptr);
+    if (isAsWanted || clockSeconds() < nextTry_) return;
     device_.reset();  // two would render at once
-    if (!tryOpen()) return fallSilent();
+    if (choice_.kind == SoundKind::none || !tryOpen()) return fallSilent();
     news_ = "Sound is back: " + description();
 }
 

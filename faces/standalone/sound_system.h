@@ -32,7 +32,7 @@ public:
     explicit SoundSystem(Player& player) : player_(player) {}
 
     // Plays on what is wanted from now on. False where that can't be had: `problem` says why, time passes without sound, and
-    // `poll` tries again. No sound, where that is wanted, is no problem.
+    // `poll` tries again. No sound, where that is wanted, is no problem unless memory is too short for it.
     bool open(const SoundChoice& choice);
     // Ends it; the player is called no more.
     void close() { device_.reset(); }
@@ -59,6 +59,7 @@ private:
 
     bool tryOpen();
     void fallSilent();
+    bool fallSilent(double rate);
 
     Player& player_;
     SoundChoice choice_;

@@ -14,6 +14,7 @@
 #include <array>
 #include <atomic>
 #include <cstdio>
+#include <exception>
 #include <future>
 #include <thread>
 #include <utility>
@@ -174,6 +175,8 @@ public:
         if (SUCCEEDED(client_->GetDevicePeriod(&usual, &least)))
             period_ = std::max(1, static_cast<int>(static_cast<double>(usual) * rate_ / unitsInSecond + 0.5));
         player_.prepare(rate_);
+        left_.resize(bufferFrames_);  // here, as in the thread nobody could say that there is no memory
+        right_.resize(bufferFrames_);
         std::promise<HRESULT> started;
         auto outcome = started.get_future();
         thread_ = std::thread([this, &started] { run(started); });
@@ -214,8 +217,6 @@ private:
         DWORD task = 0;
         const HANDLE served = AvSetMmThreadCharacteristicsW(L"Pro Audio", &task);
         hasPriority_ = served != nullptr;
-        left_.resize(bufferFrames_);
-        right_.resize(bufferFrames_);
         const HRESULT result = client_->Start();
         const bool plays = SUCCEEDED(result);
         started.set_value(result);
@@ -277,7 +278,12 @@ std::vector<WasapiName> wasapiDevices() {
 
 std::unique_ptr<SoundDevice> openWasapi(Player& player, const std::string& name, int rate, int period, std::string& problem) {
     auto device = std::make_unique<WasapiDevice>(player);
-    const HRESULT result = device->start(name, rate, period);
+    HRESULT result = E_OUTOFMEMORY;  // also where memory or threads are short here
+    try {
+        result = device->start(name, rate, period);
+    } catch (const std::exception&) {
+        result = E_OUTOFMEMORY;
+    }
     if (SUCCEEDED(result)) return device;
     problem = "WASAPI: device \"" + name + "\": " + reasonOf(result);
     return nullptr;

@@ -373,6 +373,7 @@ private:
     bool sizeWanted(int width, int height) override { return view_ != nullptr && view_->resize(width, height); }
 
     // ---- the audio thread
+    tresult play(ProcessData& data);
     void collect(IParameterChanges* changes);
     void collect(IEventList* events);
     void collectController(ParamID id, std::int32_t frame, double value);
@@ -423,9 +424,11 @@ void Plugin::keepContext(FUnknown* context) {
 }
 
 tresult Plugin::initialize(FUnknown* context) {
-    keepContext(context);
-    startRounds();
-    return kResultOk;
+    return guarded([&] {
+        keepContext(context);
+        startRounds();
+        return kResultOk;
+    });
 }
 
 #ifdef _WIN32
@@ -487,10 +490,12 @@ tresult Plugin::setActive(TBool isOn) {
 
 // What the host has set for a block that does not come is set here.
 tresult Plugin::setProcessing(TBool isOn) {
-    isProcessing_.store(isOn != 0, std::memory_order_relaxed);
-    for (int i = 0; i < parameterCount && isOn == 0; ++i)
-        if (const double value = asked_.take(i); !std::isnan(value)) setValue(i, value);
-    return kResultOk;
+    return guarded([&] {
+        isProcessing_.store(isOn != 0, std::memory_order_relaxed);
+        for (int i = 0; i < parameterCount && isOn == 0; ++i)
+            if (const double value = asked_.take(i); !std::isnan(value)) setValue(i, value);
+        return kResultOk;
+    });
 }
 
 double Plugin::value(int index) const {
@@ -684,6 +689,19 @@ void Plugin::tellValues(IParameterChanges* changes) {
 }
 
 tresult Plugin::process(ProcessData& data) {
+    const tresult result = guarded([&] { return play(data); });
+    if (result == kResultOk || data.numOutputs <= 0 || data.outputs == nullptr) return result;
+    const AudioBusBuffers& bus = data.outputs[0];
+    const auto channelCount = static_cast<std::size_t>(std::max(bus.numChannels, 0));
+    const auto frames = static_cast<std::size_t>(std::max(data.numSamples, 0));
+    if (data.symbolicSampleSize == kSample64)
+        silence(bus.channelBuffers64, channelCount, frames);
+    else
+        silence(bus.channelBuffers32, channelCount, frames);
+    return result;
+}
+
+tresult Plugin::play(ProcessData& data) {
     collect(data.inputParameterChanges);
     collect(data.inputEvents);
     const Transport transport = transportOf(data.processContext, isOffline_.load(std::memory_order_relaxed));
@@ -782,8 +800,10 @@ ParamValue Controller::getParamNormalized(ParamID id) {
 tresult Controller::setParamNormalized(ParamID id, ParamValue value) {
     if (isController(id)) return kResultOk;
     if (!isParameter(id)) return kInvalidArgument;
-    plugin_.setValue(static_cast<int>(id), value);
-    return kResultOk;
+    return guarded([&] {
+        plugin_.setValue(static_cast<int>(id), value);
+        return kResultOk;
+    });
 }
 
 tresult Controller::setComponentHandler(IComponentHandler* handler) {

@@ -61,7 +61,10 @@ public:
     }
     void start(double rate, int mostFrames) override {
         stop();
-        isOn_ = plugin_->activate(plugin_, rate, 1, static_cast<std::uint32_t>(mostFrames)) && plugin_->start_processing(plugin_);
+        called([&] {
+            isOn_ =
+                plugin_->activate(plugin_, rate, 1, static_cast<std::uint32_t>(mostFrames)) && plugin_->start_processing(plugin_);
+        });
     }
     bool takesRate(double rate) override {
         const bool isTaken = plugin_->activate(plugin_, rate, 1, 64);
@@ -70,8 +73,10 @@ public:
     }
     void stop() override {
         if (!isOn_) return;
-        plugin_->stop_processing(plugin_);
-        plugin_->deactivate(plugin_);
+        called([this] {
+            plugin_->stop_processing(plugin_);
+            plugin_->deactivate(plugin_);
+        });
         isOn_ = false;
     }
     Sound render(int frames, const std::vector<Event>& events, Outputs outputs) override {
@@ -93,15 +98,17 @@ public:
         block.out_events = out.out();
         const clap_event_transport_t transport = transportOf(song_.empty() ? Song() : song_.front());
         block.transport = song_.empty() ? nullptr : &transport;
-        plugin_->process(plugin_, &block);
+        called([&] { plugin_->process(plugin_, &block); });
         hear(out);
         return sound;
     }
-    void reset() override { plugin_->reset(plugin_); }
+    void reset() override {
+        called([this] { plugin_->reset(plugin_); });
+    }
     bool tellsOffline() const override { return false; }
     void loop() override {
         if (wantsFlush_.exchange(false) && !isOn_) flush({});
-        if (wantsCallback_.exchange(false)) plugin_->on_main_thread(plugin_);
+        if (wantsCallback_.exchange(false)) called([this] { plugin_->on_main_thread(plugin_); });
     }
     void setBesideBlocks(int index, double plain) override { flush({Event::set(0, index, plain)}); }
     int parameterCount() override { return static_cast<int>(extension<clap_plugin_params_t>(CLAP_EXT_PARAMS)->count(plugin_)); }
@@ -219,7 +226,7 @@ private:
     void flush(const std::vector<Event>& events) {
         EventList in, out;
         for (const Event& event : events) add(in, event);
-        extension<clap_plugin_params_t>(CLAP_EXT_PARAMS)->flush(plugin_, in.in(), out.out());
+        called([&] { extension<clap_plugin_params_t>(CLAP_EXT_PARAMS)->flush(plugin_, in.in(), out.out()); });
         hear(out);
     }
     // Every second note in the format's own form, the others as MIDI.

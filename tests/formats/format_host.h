@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/base/failing_allocation.h"
 #include "tests/host/plugin_host.h"
 
 namespace testhost {
@@ -141,7 +142,19 @@ public:
     // The host's loop between two calls, without a window too.
     virtual void loop() {}
 
+    // Whether every allocation fails inside the calls that make sound, stop and start it: in the plug-in, in its threads, and in
+    // the host that it calls. The program links failing_allocation.cpp.
+    void setMemoryShort(bool isShort) { isMemoryShort_ = isShort; }
+
 protected:
+    template <class Call>
+    void called(Call&& call) const {
+        struct Enough {
+            ~Enough() { vantoric::test::allocationsLeft = -1; }
+        } const afterwards;  // whatever the call throws
+        if (isMemoryShort_) vantoric::test::allocationsLeft = 0;
+        call();
+    }
     void note(const Told& told) {
         const std::lock_guard guard(mutex_);
         told_.push_back(told);
@@ -155,7 +168,7 @@ protected:
     std::vector<std::pair<int, int>> sizes_;
     std::vector<int> ends_;
     std::vector<Song> song_;
-    bool isOffline_ = false;
+    bool isOffline_ = false, isMemoryShort_ = false;
 
 private:
     std::mutex mutex_;

@@ -26,6 +26,36 @@ TEST_P(Formats, SoundsToTheBitAsTheVst2Plugin) {
     }
 }
 
+// Where the plug-in tells a moved value its host needs memory for it: what is thrown there leaves the block silent.
+TEST_P(Formats, ShortMemoryEndsNoCallOfTheHost) {
+    for (const bool isWide : {false, true}) {
+        const auto host = make(false);
+        if (isWide && !host->useDoubles()) continue;
+        host->start(rate, block);
+        ASSERT_GT(play(*host, 8).peak(), 0.01f);
+        host->takeTold();
+        host->setMemoryShort(true);
+        const Sound moved = host->render(block, {Event::controller(0, 1, 80)});
+        host->reset();
+        host->loop();
+        host->setBesideBlocks(par::EqLow, 0.125);
+        host->stop();
+        host->start(rate, block);
+        host->setMemoryShort(false);
+        EXPECT_TRUE(host->takeTold().empty());
+        EXPECT_TRUE(moved.finite());
+        if (GetParam().name != "lv2") {  // which is not told
+            EXPECT_EQ(moved.peak(), 0.0f);
+        }
+        host->render(block);
+        const std::vector<Told> told = host->takeTold();
+        if (GetParam().name != "lv2") {
+            EXPECT_TRUE(std::any_of(told.begin(), told.end(), [](const Told& t) { return t.index == par::Modwheel; }));
+        }
+        EXPECT_GT(play(*host, 8).peak(), 0.01f);
+    }
+}
+
 TEST_P(Formats, SamplesOf64BitsAreTheSameSound) {
     const auto host = make(), wide = make(false);
     if (!wide->useDoubles()) GTEST_SKIP() << "the format has none";

@@ -44,14 +44,16 @@ public:
             make(rate);
             load(state, 0);
         }
-        descriptor_->activate(handle_);
+        called([this] { descriptor_->activate(handle_); });
     }
     bool takesRate(double rate) override {
         const LV2_Handle made = descriptor_->instantiate(descriptor_, rate, "", features_);
         if (made != nullptr) descriptor_->cleanup(made);
         return made != nullptr;
     }
-    void stop() override { descriptor_->deactivate(handle_); }
+    void stop() override {
+        called([this] { descriptor_->deactivate(handle_); });
+    }
 
     Sound render(int frames, const std::vector<Event>& events, Outputs outputs) override {
         std::vector<std::uint64_t> sequence = sequenceOf(events);
@@ -67,7 +69,7 @@ public:
         notices_[0] = 0;
         reinterpret_cast<LV2_Atom*>(notices_.data())->size = static_cast<std::uint32_t>(notices_.size() * 8 - sizeof(LV2_Atom));
         connect(lv2::noticePort(), notices_.data());
-        descriptor_->run(handle_, static_cast<std::uint32_t>(frames));
+        called([&] { descriptor_->run(handle_, static_cast<std::uint32_t>(frames)); });
         hearNotices();
         return sound;
     }

@@ -274,17 +274,21 @@ public:
     }
     void start(double rate, int mostFrames) override {
         Vst::ProcessSetup setup{isOffline_ ? Vst::kOffline : Vst::kRealtime, sampleSize_, mostFrames, rate};
-        processor_->setupProcessing(setup);
-        component_->setActive(true);
-        processor_->setProcessing(true);
+        called([&] {
+            processor_->setupProcessing(setup);
+            component_->setActive(true);
+            processor_->setProcessing(true);
+        });
     }
     bool takesRate(double rate) override {
         Vst::ProcessSetup setup{Vst::kRealtime, sampleSize_, 64, rate};
         return processor_->setupProcessing(setup) == kResultOk;
     }
     void stop() override {
-        processor_->setProcessing(false);
-        component_->setActive(false);
+        called([this] {
+            processor_->setProcessing(false);
+            component_->setActive(false);
+        });
     }
     bool useDoubles() override {
         sampleSize_ = Vst::kSample64;
@@ -323,7 +327,7 @@ public:
             context.projectTimeMusic = song_.front().beats;
             data.processContext = &context;
         }
-        processor_->process(data);
+        called([&] { processor_->process(data); });
         if (sampleSize_ == Vst::kSample64) doubles.roundTo(sound);
         for (const auto& queue : out.queues)
             for (const auto& point : queue->points)

@@ -16,6 +16,7 @@
 #include "platform/scratch_folder.h"
 #include "platform/thread.h"
 #include "platform/user_state.h"
+#include "tests/base/failing_allocation.h"
 #include "tests/library/large_library.h"
 
 namespace vantoric {
@@ -99,6 +100,45 @@ TEST_F(Index, ALibraryIsFoundWithItsStarsNotesAndFavourites) {
     EXPECT_TRUE(found(index, "Favourites", "FavDeep")->isFavourite);
     EXPECT_EQ(names(index, "dirt"), std::vector<std::string>{"Growl"});
     EXPECT_EQ(index.complete("gro"), "Growl");
+}
+
+// Whichever fails: of those in the thread that scans and writes, or of those of its caller.
+TEST_F(Index, AllocationsThatFailEndNeitherThreadNorProcess) {
+    put("Bass", "Deep, which is a name that fits into no string without memory");
+    put("Keys", "Soft");
+    const PatchPlace place{"Bass", "Deep, which is a name that fits into no string without memory"};
+    const PatchNotes notes{{"warm", "a tag that fits into no string without memory"}, "Somebody", "One line"};
+    PatchIndex index(messages);
+    wait(index);
+    const auto isWritten = [&] {
+        const CataloguedPatch* const patch = found(index, place.category, place.patch);
+        return patch != nullptr && patch->tags == notes.tags && index.recent().size() == 1;
+    };
+    const auto settle = [&] {
+        for (int i = 0; i < 10000 && index.isScanning(); ++i) platform::sleepMilliseconds(1);
+    };
+    test::allocationsLeft = 0;
+    index.rescan();
+    settle();
+    test::allocationsLeft = -1;
+    EXPECT_FALSE(index.isScanning());
+    EXPECT_EQ(index.generation(), 1u) << "the catalogue stays";
+    EXPECT_TRUE(messages.lostSome());
+    int failures = 0;
+    for (long left = 1; !isWritten(); left += 1 + left / 32, ++failures) {
+        ASSERT_LT(failures, 1000);
+        test::allocationsLeft = left;
+        try {
+            index.notePlayed(place);
+            index.write(place, notes);
+        } catch (const std::bad_alloc&) {
+            index.rescan();
+        }
+        settle();
+        test::allocationsLeft = -1;
+    }
+    EXPECT_GT(failures, 20);
+    EXPECT_NE(found(index, "Keys", "Soft"), nullptr);
 }
 
 TEST_F(Index, NotesAreWrittenBesideTheCategoryAndKeepOthers) {

@@ -13,6 +13,7 @@
 #include <fstream>
 
 #include "platform/scratch_folder.h"
+#include "tests/base/failing_allocation.h"
 
 namespace {
 
@@ -262,6 +263,19 @@ TEST(Files, AListingTellsFilesFromFoldersAndOmitsDots) {
     EXPECT_FALSE(listFolder(folder / "missing", entries));
     EXPECT_TRUE(entries.empty());
     EXPECT_FALSE(listFolder(folder / "a.fxp", entries));
+}
+
+TEST(Files, AListingThatThereIsNoMemoryForThrowsAndEndsNothing) {
+    const ScratchFolder folder;
+    std::vector<std::string> all;
+    for (int i = 0; i < 40; ++i) all.push_back("a name that fits into no string without memory " + std::to_string(10 + i));
+    for (const std::string& name : all) ASSERT_TRUE(writeFile(folder / name, "1", 1));
+    std::vector<FolderEntry> entries;
+    const std::string path = folder.path();
+    const int failures = test::failuresUntilMade([&] { EXPECT_TRUE(listFolder(path, entries)); }, [] {});
+    EXPECT_GT(failures, 10);
+    EXPECT_EQ(entries.size(), all.size());
+    EXPECT_EQ(names(path), all);
 }
 
 TEST(Files, AFileThatIsBeingMadeIsNotMadeOnceMore) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 #include <vector>
 
@@ -69,6 +70,15 @@ TEST_F(ToldValuesTest, WhatTheHostSetItselfIsNoNews) {
     parameters.setParameter(5, 0.25f);
     told.accept(5);
     parameters.setParameter(6, 0.5f, ChangeSource::midi);
+    EXPECT_EQ(taken(), std::vector<int>{6});
+    EXPECT_EQ(taken(), std::vector<int>{});
+}
+
+TEST_F(ToldValuesTest, WhatAHostThrowsAtIsToldWithTheNextLook) {
+    parameters.setParameter(5, 0.25f, ChangeSource::window);
+    parameters.setParameter(6, 0.5f, ChangeSource::window);
+    EXPECT_THROW(told.take(ToldValues::Patches::told, [](int i, float) { return i == 5 ? true : throw std::bad_alloc(); }),
+                 std::bad_alloc);
     EXPECT_EQ(taken(), std::vector<int>{6});
     EXPECT_EQ(taken(), std::vector<int>{});
 }

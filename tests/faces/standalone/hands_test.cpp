@@ -1,7 +1,11 @@
 // What reaches the instrument: who holds which key, at which frame, and how it gets on record.
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <thread>
 
@@ -15,7 +19,9 @@
 #include "platform/own_files.h"
 #include "platform/recorded_dialogs.h"
 #include "platform/scratch_folder.h"
+#include "platform/thread.h"
 #include "platform/user_state.h"
+#include "tests/base/failing_allocation.h"
 #include "tests/faces/standalone/program.h"
 #include "tests/host/audio_watch.h"
 
@@ -132,6 +138,21 @@ TEST_F(StandaloneTest, AKeyboardThatGoesLetsGo) {
     senders.follow({20, 0}, {0xb0, 123, 0});
     senders.leaveAll(send);
     EXPECT_EQ(sent.size(), 3u);
+}
+
+// Whoever can't be followed is not played: nobody would let go of the key.
+TEST_F(StandaloneTest, AKeyboardThatThereIsNoMemoryForIsNotFollowed) {
+    Senders senders;
+    EXPECT_TRUE(senders.follow({20, 0}, {0x90, 60, 100}));
+    test::allocationsLeft = 0;
+    const bool isNewFollowed = senders.follow({24, 0}, {0x90, 70, 100}),
+               isKnownFollowed = senders.follow({20, 0}, {0x90, 61, 100});
+    test::allocationsLeft = -1;
+    EXPECT_FALSE(isNewFollowed);
+    EXPECT_TRUE(isKnownFollowed);
+    std::vector<ShortMessage> sent;
+    senders.leaveAll([&](const ShortMessage& message) { sent.push_back(message); });
+    EXPECT_EQ(sent, (std::vector<ShortMessage>{{0x80, 60, 0}, {0x80, 61, 0}}));
 }
 
 TEST_F(StandaloneTest, WhatIsLostBetweenTwoBlocksHoldsNoNote) {
@@ -356,6 +377,35 @@ TEST_F(StandaloneTest, WhatWasRecordedBeforeTheDiskWasFullIsAWholeFile) {
     for (std::size_t i = 0; i < take.frames(); ++i) ASSERT_EQ(take.samples[2 * i], played_[i]) << i;
 }
 
+// From now on this process has the device of a full disk in place of an open file.
+void fillDiskOf(const std::string& path) {
+    for (const auto& open : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code none;
+        if (std::filesystem::read_symlink(open.path(), none) != path) continue;
+        const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+        ASSERT_GE(dup2(full, std::stoi(open.path().filename().string())), 0);
+        ::close(full);
+        return;
+    }
+    FAIL() << path << " is not open";
+}
+
+// A full disk, and no memory for the words that say so.
+TEST_F(StandaloneTest, ARecordingThatThereIsNoMemoryForEndsAlone) {
+    player_.prepare(48000);
+    play(1, 480);
+    std::string problem;
+    ASSERT_TRUE(recorder_.start(folder_ / "take.wav", 48000, problem)) << problem;
+    fillDiskOf(std::filesystem::canonical(folder_ / "take.wav").string());
+    test::allocationsLeft = 0;
+    player_.play(left_.data(), right_.data(), 480);
+    for (int i = 0; i < 2000 && !recorder_.hasFailed(); ++i) platform::sleepMilliseconds(5);
+    test::allocationsLeft = -1;
+    EXPECT_TRUE(recorder_.hasFailed());
+    EXPECT_FALSE(recorder_.stop());
+    EXPECT_EQ(recorder_.trouble(), "no memory left");
+}
+
 // The file is named once there is sound, and the device may have another rate than what was asked of it.
 TEST_F(StandaloneTest, ARecordingHoldsWhatWasPlayedBeforeItsFileWasNamed) {
     recorder_.listen(48000);
@@ -421,6 +471,31 @@ TEST_F(StandaloneTest, ADeviceThatIsNotThereIsSaidAndSoughtAgain) {
     EXPECT_TRUE(sound.open(choice));
     EXPECT_TRUE(sound.isHeard());
     EXPECT_EQ(sound.description(), "ALSA \"null\", 48000 Hz, 256 frames");
+}
+
+// A block that there is no memory for: nothing plays until there is, and the device's thread never sees the lack of it.
+TEST_F(StandaloneTest, ADeviceThatThereIsNoMemoryForIsSaidAndSoughtAgain) {
+    constexpr int period = 1 << 14;
+    for (const SoundKind kind : {SoundKind::none, SoundKind::alsa}) {
+        SoundSystem sound(player_);
+        SoundChoice choice;
+        choice.kind = kind;
+        choice.device = "null";
+        choice.period = period;
+        test::throwingAllocation = period * sizeof(float);
+        EXPECT_FALSE(sound.open(choice));
+        EXPECT_EQ(sound.problem(), kind == SoundKind::none ? "no memory left" : "ALSA: device \"null\": Cannot allocate memory");
+        EXPECT_EQ(sound.system(), "none");
+        testhost::pause(1.1);
+        sound.poll();
+        test::throwingAllocation = 0;
+        const std::uint64_t before = player_.frames();
+        EXPECT_TRUE(testhost::within(10, [&] {
+            sound.poll();
+            return player_.frames() > before;
+        }));
+        EXPECT_EQ(sound.isHeard(), kind == SoundKind::alsa);
+    }
 }
 
 // ---- what is kept

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/scratch_folder.h"
+#include "tests/base/failing_allocation.h"
+#include "tests/base/failing_thread.h"
 
 #ifndef _WIN32
 #include <unistd.h>
@@ -161,6 +163,53 @@ TEST(FolderReader, AnswersWithTheFolderThatWasAskedForLast) {
     EXPECT_EQ(listing->folder, scratch / "two");
     EXPECT_FALSE(reader.take());
     EXPECT_FALSE(reader.isReading());
+}
+
+// Whichever allocation fails, in the thread that asks or in the one that reads.
+TEST(FolderReader, AFolderThatThereIsNoMemoryForCantBeRead) {
+    const platform::ScratchFolder scratch;
+    const std::string folder = scratch / "a folder whose name fits into no string without memory";
+    fs::create_directory(folder);
+    std::ofstream(folder + "/file") << "x";
+    FolderReader reader;
+    reader.request(folder);
+    reader.finish();
+    const auto whole = reader.take();
+    ASSERT_TRUE(whole && whole->state == FolderState::read);
+    int unread = 0;
+    for (long left = 1;; ++left) {  // with none it can't even be asked for
+        test::allocationsLeft = left;
+        reader.request(folder);
+        reader.finish();
+        test::allocationsLeft = -1;
+        const auto listing = reader.take();
+        ASSERT_TRUE(listing);
+        EXPECT_EQ(listing->folder, folder);
+        if (listing->state == FolderState::read) {
+            EXPECT_EQ(*listing, *whole);
+            break;
+        }
+        EXPECT_EQ(listing->state, FolderState::failed);
+        ++unread;
+    }
+    EXPECT_GT(unread, 2);
+}
+
+TEST(FolderReader, WithoutAThreadNothingIsReadAndNobodyWaits) {
+    const platform::ScratchFolder scratch;
+    FolderReader reader;
+    {
+        const test::NoMoreThreads none;
+        reader.request(scratch.path());
+        reader.finish();
+    }
+    const auto listing = reader.take();
+    ASSERT_TRUE(listing);
+    EXPECT_EQ(listing->folder, scratch.path());
+    EXPECT_EQ(listing->state, FolderState::failed);
+    reader.request(scratch.path());
+    reader.finish();
+    EXPECT_EQ(reader.take()->state, FolderState::read);
 }
 
 TEST(FolderReader, EndsWhileItReads) {
