@@ -307,6 +307,33 @@ TEST_F(Hand, ADragAtTheGripChangesTheDepthAlone) {
     EXPECT_EQ(rig.gestures(), (WindowRig::Gestures{gestures.begun + 1, gestures.ended + 1}));
 }
 
+// Where the grip of a large knob is drawn: its middle, and near its edges.
+TEST_F(Hand, TheWholeGripOfALargeKnobTakesHold) {
+    for (const double aside : {-2.8, 0.0, 2.8}) {
+        clearMatrix();
+        rig.set(cutoff, 0.5f);
+        ASSERT_TRUE(rig.chooseSource(cutoff, 0, 0));
+        const float amount = slot(0).amount;
+        const Point grip = rig.at(cutoff.x - 22.8 + aside, cutoff.y - 22.2);
+        host.drag(grip.x, grip.y, grip.x, grip.y + 60);
+        EXPECT_EQ(rig.value(cutoff), 0.5f) << aside;
+        EXPECT_NEAR(slot(0).amount, amount - 0.1f, 0.03f) << aside;
+    }
+}
+
+TEST_F(Hand, EscapeCallsALearnOff) {
+    const auto menu = rig.openMenu(resonance, 3);
+    ASSERT_TRUE(menu && rig.choose(*menu, knobRows, learn));
+    host.idle(120);
+    host.key("Escape");
+    host.idle(120);
+    const float before = rig.value(resonance);
+    rig.plugin().midi(0xB0, 31, 90);
+    rig.plugin().renderLong(2048, 512);
+    host.idle(120);
+    EXPECT_EQ(rig.value(resonance), before);
+}
+
 TEST_F(Hand, AControllerThatIsLearntMovesTheKnob) {
     constexpr int controller = 0xB0, number = 30;
     const auto turn = [&](int value) {
@@ -325,7 +352,7 @@ TEST_F(Hand, AControllerThatIsLearntMovesTheKnob) {
     EXPECT_NEAR(rig.value(resonance), 100.0 / 127, 0.01);
 }
 
-// It stays for four seconds else, long after the knob has begun to follow.
+// It stays as long as nothing has come, and no longer.
 TEST_F(Hand, TheLineThatAsksForAControllerGoesWithTheFirst) {
     const auto& line = vantoric::windowPart(WindowPart::HintLine).rect;
     const auto asks = [&] {  // a red mark at its left end
@@ -336,6 +363,9 @@ TEST_F(Hand, TheLineThatAsksForAControllerGoesWithTheFirst) {
     const auto menu = rig.openMenu(resonance, 3);
     ASSERT_TRUE(menu && rig.choose(*menu, knobRows, learn));
     EXPECT_TRUE(host.until(asks, 2));
+    host.move(rig.middle(cutoff).x, rig.middle(cutoff).y);  // to another control
+    host.idle(5000);
+    EXPECT_TRUE(asks());
     rig.plugin().midi(0xB0, 30, 64);
     rig.plugin().renderLong(2048, 512);
     EXPECT_TRUE(host.until([&] { return !asks(); }, 2));
