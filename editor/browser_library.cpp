@@ -119,7 +119,10 @@ void BrowserLibrary::notePlayed() {
     if (!name.empty()) index_.notePlayed({library_.selectedCategory(), name});
 }
 
+// A layer that waits gets the first patch on trial: a category is on the way to the one that is meant, and what is clicked there
+// must not replace all layers.
 void BrowserLibrary::clickCategory(int row) {
+    const PatchBrowser::Trial trial(browser_);
     if (browser_.clickCategory(row)) notePlayed();
 }
 

@@ -146,6 +146,9 @@ TEST_F(BrowserOnDisk, ATrialLeavesTheLayerWaiting) {
     model.tryFound(first("zinc"));
     EXPECT_EQ(loads.back(), "Keys/Zinc");
     EXPECT_EQ(onShow.loadTarget, 2);
+    model.clickCategory(place("Bass"));
+    EXPECT_EQ(loads.back(), "Bass/" + library.patchNames().front());
+    EXPECT_EQ(onShow.loadTarget, 2) << "the patch that is meant comes next";
 }
 
 TEST_F(BrowserOnDisk, PatchesBeyondTheListArePlayedAndRated) {
