@@ -216,6 +216,20 @@ TEST_F(Hand, TheWheelsOnTheScreenTurn) {
     EXPECT_TRUE(host.until([&] { return wheel() == atRest; }, 5));
 }
 
+// In the pixels of the small layout as in those of the normal one.
+TEST(SmallWindow, ADragCrossesTheRangeInAsManyPixels) {
+    dropSharedRig();
+    WindowRig small(0);
+    for (const char* name : {"FIL1 RESO", "VOL ENV HOLD"}) {
+        const ControlEntry& entry = controlNamed(name);
+        small.set(entry, 0.2f);
+        small.host().idle(600);
+        const Point p = small.middle(entry);
+        small.host().drag(p.x, p.y, p.x, p.y - 125);
+        EXPECT_NEAR(small.value(entry), 0.7f, 0.005f) << name;
+    }
+}
+
 // ---- the menu of a knob
 
 struct SourceRow {
@@ -332,6 +346,36 @@ TEST_F(Hand, EscapeCallsALearnOff) {
     rig.plugin().renderLong(2048, 512);
     host.idle(120);
     EXPECT_EQ(rig.value(resonance), before);
+}
+
+// Not knobs alone: the two lines while one waits, a mark when it is mapped.
+TEST_F(Hand, ListsAndSwitchesShowTheirController) {
+    const std::vector<std::string> rows{"", "", "-", ""};
+    for (const char* name : {"LFO1 WAVE", "OSC12 SYNC"}) {
+        const ControlEntry& entry = controlNamed(name);
+        const auto isRed = [&](double x, double y) {
+            const Point p = rig.at(x, y);
+            const unsigned pixel = host.glance().at(static_cast<int>(p.x), static_cast<int>(p.y));
+            return (pixel >> 16) > 0x60 && (pixel >> 8 & 0xFF) * 2 < (pixel >> 16);
+        };
+        const auto isMapped = [&] { return isRed(entry.x + entry.width - 1, entry.y + 1); };
+        const auto hasLines = [&] {  // the red outline of the strip below
+            for (double y = entry.y + entry.height + 1; y < entry.y + entry.height + 6; y += 0.3)
+                if (isRed(entry.x + entry.width / 2.0, y) && isRed(entry.x + entry.width / 2.0 + 20, y)) return true;
+            return false;
+        };
+        EXPECT_FALSE(isMapped() || hasLines()) << name;
+        auto menu = rig.openMenu(entry, 3);
+        ASSERT_TRUE(menu && rig.choose(*menu, rows, learn)) << name;
+        EXPECT_TRUE(host.until(hasLines, 3)) << name;
+        rig.plugin().midi(0xB0, 30, 0);
+        rig.plugin().renderLong(2048, 512);
+        host.move(rig.at(1195, 412).x, rig.at(1195, 412).y);
+        EXPECT_TRUE(host.until([&] { return isMapped() && !hasLines(); }, 5)) << name;
+        menu = rig.openMenu(entry, 3);
+        ASSERT_TRUE(menu && rig.choose(*menu, rows, learn)) << "forgets it";
+        EXPECT_TRUE(host.until([&] { return !isMapped(); }, 3)) << name;
+    }
 }
 
 TEST_F(Hand, AControllerThatIsLearntMovesTheKnob) {
