@@ -78,7 +78,11 @@ std::vector<BrowserCategory> BrowserLibrary::categories() {
         result.push_back({name, counted != counts_.end() ? counted->second : counted_ == 0 ? -1 : 0});
     }
     const int listed = listedCategory();
-    if (listed >= 0) result[static_cast<std::size_t>(listed)].count = static_cast<int>(library_.patchNames().size());
+    if (listed < 0) return result;
+    const std::size_t shown = library_.patchNames().size();
+    int& count = result[static_cast<std::size_t>(listed)].count;
+    // A list that is full may not show all that was counted.
+    count = shown < PatchLibrary::mostPatches ? static_cast<int>(shown) : std::max(count, static_cast<int>(shown));
     return result;
 }
 
@@ -115,7 +119,10 @@ void BrowserLibrary::notePlayed() {
     if (!name.empty()) index_.notePlayed({library_.selectedCategory(), name});
 }
 
+// A layer that waits gets the first patch on trial: a category is on the way to the one that is meant, and what is clicked there
+// must not replace all layers.
 void BrowserLibrary::clickCategory(int row) {
+    const PatchBrowser::Trial trial(browser_);
     if (browser_.clickCategory(row)) notePlayed();
 }
 

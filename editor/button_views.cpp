@@ -6,8 +6,6 @@
 namespace vantoric {
 namespace {
 
-const Color darkText = hexColor(0x14181A);
-
 // A click that ends with the press: nothing follows that the control would have to see.
 bool isPlainClick(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
@@ -35,7 +33,7 @@ void SwitchView::drawControl(Pen& pen) {
     if (isOn) {
         const Color fill = mix(color(), ground(), isHovered() ? 0.0 : 0.08);
         pen.round(left(), top(), width(), height(), radius, fill);
-        sign = darkText;
+        sign = isOff() ? style::text : style::sign;  // a faded fill is dark
     } else {
         pen.round(left(), top(), width(), height(), radius, mix(ground(), style::black, 0.3));
         pen.roundLine(left(), top(), width(), height(), radius, mix(ground(), style::white, isHovered() ? 0.4 : 0.22));

@@ -57,6 +57,18 @@ void ControlFace::setValueQuietly(float value) {
     view().invalid();
 }
 
+void ControlFace::setCcNumber(int number) {
+    if (number == ccNumber_) return;
+    ccNumber_ = number;
+    view().invalid();
+}
+
+void ControlFace::setLearnGlow(double glow) {
+    if (glow == learnGlow_) return;
+    learnGlow_ = glow;
+    if (ccNumber_ == -2) view().invalid();
+}
+
 void ControlFace::set(bool& flag, bool value) {
     if (flag == value) return;
     flag = value;
@@ -102,10 +114,18 @@ void ControlView::draw(VSTGUI::CDrawContext* context) {
     Pen pen(*context);
     kept_.show(pen, getViewSize(), [this](Pen& picture) {
         drawControl(picture);
+        drawController(picture);
         drawFocus(picture, 3);
         drawDimming(picture, body());  // not the room around it, into which a neighbour's ring may reach
     });
     setDirty(false);
+}
+
+// A mark where a controller moves it, a ring while it waits for one.
+void ControlView::drawController(Pen& pen) {
+    if (ccNumber() >= 0) pen.dot(left() + width() - 1, top() + 1, 2.1, style::alarm);
+    if (ccNumber() == -2)
+        pen.roundLine(left() - 1, top() - 1, width() + 2, height() + 2, 4, fade(style::alarm, 0.35 + 0.65 * learnGlow()), 1.6);
 }
 
 // Comes with every change, also from `invalid`.

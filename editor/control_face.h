@@ -42,6 +42,8 @@ public:
     virtual void controlCancelled(ControlFace& control) = 0;
     // A drag that began on a step goes on, from one place to another, across whatever steps stand there. In window units.
     virtual void stepsDrawn(VSTGUI::CPoint from, VSTGUI::CPoint to) = 0;
+    // Pixels of the layout, before its zoom, for a unit of the window: drags are measured in them.
+    virtual float layoutScale() const = 0;
 };
 
 // Colours that depend on where a control stands and what it is for.
@@ -83,8 +85,15 @@ public:
     void setOpen(bool value) { set(isOpen_, value); }
     void setMultilayer(bool value) { set(isMultilayer_, value); }
 
+    // The controller that moves it: -1 none, -2 waits for one.
+    void setCcNumber(int number);
+    int ccNumber() const { return ccNumber_; }
+    // How brightly the ring of a control that waits for its controller is drawn, 0 to 1.
+    void setLearnGlow(double glow);
+
 protected:
     ControlListener& window() { return window_; }
+    double learnGlow() const { return learnGlow_; }
     Color ground() const { return groundColor(entry_); }
     // The function's colour, faded if the control is off.
     Color color() const;
@@ -99,6 +108,8 @@ private:
     ControlListener& window_;
     std::string text_;
     bool isHovered_ = false, isFocused_ = false, isOff_ = false, isDimmed_ = false, isOpen_ = false, isMultilayer_ = false;
+    int ccNumber_ = -1;
+    double learnGlow_ = 1;
 };
 
 // A control of one plain view: everything but the knobs.
@@ -125,6 +136,8 @@ protected:
     double middle() const { return top() + height() / 2; }
 
 private:
+    void drawController(Pen& pen);
+
     KeptDrawing kept_;
 };
 

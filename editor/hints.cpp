@@ -30,17 +30,20 @@ Hints::Hints(Q7Editor& editor, const ControlViews& views, HintLine& line, Overla
 void Hints::showNews(const std::string& text) {
     if (text.empty()) return;
     newsUntil_ = round_ + newsRounds;
-    line_.setText(text, text.starts_with("Assign") ? HintLine::Kind::alarm : HintLine::Kind::news);
+    line_.setText(text, HintLine::Kind::news);
 }
 
-void Hints::forgetRequest() {
-    if (line_.kind() != HintLine::Kind::alarm) return;
-    forgetNews();
+void Hints::setRequest(const std::string& text) {
+    if (text == request_) return;
+    request_ = text;
+    if (!text.empty()) forgetNews();
     showHelp();
 }
 
 void Hints::showLine(const std::string& text) {
-    if (newsUntil_ == 0) line_.setText(text);
+    if (newsUntil_ != 0) return;
+    if (request_.empty()) return line_.setText(text);
+    line_.setText(request_, HintLine::Kind::alarm);
 }
 
 void Hints::showHelp(const ControlFace* face) {
@@ -89,8 +92,8 @@ void Hints::letGo() { touchedUntil_ = round_ + stripRounds; }
 void Hints::refreshStrip() {
     if (touched_ == nullptr) return overlay_.setStrip(std::nullopt);
     const KnobState state = editor_.knobState(touched_->entry());
-    // A field shows its value itself, but not which controller moves it.
-    const bool isMapped = touched_->entry().kind == WidgetKind::Value && state.ccNumber != MidiLearn::noController;
+    // Most others show their value themselves, but not which controller moves it.
+    const bool isMapped = state.ccNumber != MidiLearn::noController;
     if (!isKnob(touched_->entry()) && touched_->entry().kind != WidgetKind::Step && !isMapped)
         return overlay_.setStrip(std::nullopt);
     Overlay::Strip strip;

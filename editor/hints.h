@@ -21,9 +21,9 @@ public:
     // Stays for some seconds, or until something is done. An empty text is none.
     void showNews(const std::string& text);
     void forgetNews() { newsUntil_ = 0; }
-    // What it asked for has come.
-    void forgetRequest();
-    // Unless news are shown.
+    // What the user is asked for stays, whatever is done and pointed at, until it has come: an empty text.
+    void setRequest(const std::string& text);
+    // Unless news are shown, or something is asked for.
     void showLine(const std::string& text);
     // Name, value and use of a control; of null the resting hint.
     void showHelp(const ControlFace* face);
@@ -62,6 +62,7 @@ private:
     const bool showsTooltips_;
     unsigned round_ = 0;
     unsigned newsUntil_ = 0;  // 0: none
+    std::string request_;
     ControlFace* hovered_ = nullptr;
     unsigned hoveredSince_ = 0;
     const char* placeTooltip_ = nullptr;

@@ -17,13 +17,14 @@ using VSTGUI::CRect;
 // From half past seven to half past four.
 double angleOf(double value) { return angleOfValue({}, static_cast<float>(value)); }
 
-// A drag is measured in pixels of the normal layout, from the left upper corner of what that layout calls the knob.
+// A drag is measured in pixels of the normal layout, from the left upper corner of what that layout calls the knob: so far
+// from the middle that the depth strip lies around the grip.
 constexpr float pixelsAUnit = 1.5f;
 struct KnobPixels {
     float width, height, centreX, centreY;
 };
 KnobPixels knobPixels(WidgetKind kind) {
-    return kind == WidgetKind::LargeKnob ? KnobPixels{178, 112, 89, 42} : KnobPixels{144, 76, 72, 26};
+    return kind == WidgetKind::LargeKnob ? KnobPixels{169.4f, 112, 84.7f, 42} : KnobPixels{144, 76, 72, 26};
 }
 
 KnobShape shapeOf(const ControlEntry& entry) {
@@ -75,18 +76,6 @@ void MYCKnob::setModulation(const KnobModulation& modulation, const Color& sourc
     modulation_ = modulation;
     sourceColor_ = source;
     invalid();
-}
-
-void MYCKnob::setCcNumber(int number) {
-    if (number == ccNumber_) return;
-    ccNumber_ = number;
-    invalid();
-}
-
-void MYCKnob::setLearnGlow(double glow) {
-    if (glow == learnGlow_) return;
-    learnGlow_ = glow;
-    if (ccNumber_ == -2) invalid();
 }
 
 void MYCKnob::setTargetRing(const std::optional<Color>& ring, bool isNearest) {
@@ -197,8 +186,8 @@ void MYCKnob::drawGrip(Pen& pen) {
 
 void MYCKnob::drawMarks(Pen& pen) {
     const double x = entry().x, y = entry().y;
-    if (ccNumber_ >= 0) pen.dot(x + measures_.body * 1.25, y - measures_.body * 1.25, 2.1, style::alarm);
-    if (ccNumber_ == -2) drawRing(pen, measures_.arc + 3.4, fade(style::alarm, 0.35 + 0.65 * learnGlow_), 1.6);
+    if (ccNumber() >= 0) pen.dot(x + measures_.body * 1.25, y - measures_.body * 1.25, 2.1, style::alarm);
+    if (ccNumber() == -2) drawRing(pen, measures_.arc + 3.4, fade(style::alarm, 0.35 + 0.65 * learnGlow()), 1.6);
     if (targetRing_) {
         const double r = measures_.arc + (isNearestTarget_ ? 4.2 : 3.2);
         if (isNearestTarget_) drawRing(pen, r + 2.5, fade(*targetRing_, 0.3), 4);
@@ -257,6 +246,7 @@ void MYCKnob::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
         return window().controlTypingWanted(*this);
     }
     button_ = buttonOf(event.buttonState);
+    drag_.setSlowness(pixelsAUnit / window().layoutScale());  // the range is as long in the pixels of any layout
     KnobMouse mouse = mouseOf(event);
     mouse.isDouble = button_ == vantoric::MouseButton::left && clicks_.isSecond(event.mousePosition);
     switch (drag_.press(mouse, getValueNormalized(), modulation_.modDepth)) {

@@ -42,11 +42,6 @@ public:
     // What the matrix does to its parameter, with the colour of the source.
     void setModulation(const KnobModulation& modulation, const Color& source);
     const KnobModulation& modulation() const { return modulation_; }
-    // The controller that moves it: -1 none, -2 waits for one.
-    void setCcNumber(int number);
-    int ccNumber() const { return ccNumber_; }
-    // How brightly the ring of a knob that waits for its controller is drawn, 0 to 1.
-    void setLearnGlow(double glow);
     // Something is being dragged that can be dropped here, or is about to be: the colour of its source.
     void setTargetRing(const std::optional<Color>& ring, bool isNearest);
     bool isDepthDragging() const { return drag_.isDepthDragging(); }
@@ -84,8 +79,6 @@ private:
     const KnobMeasures& measures_;
     KnobModulation modulation_;
     Color sourceColor_ = style::output;
-    int ccNumber_ = -1;
-    double learnGlow_ = 1;
     std::optional<Color> targetRing_;
     bool isNearestTarget_ = false;
     KnobDrag drag_;

@@ -23,7 +23,7 @@ constexpr double lowWindow = 300;  // below this height lists stand in columns
 
 double heightOf(const MenuRow& row) { return row.isSeparator() ? separatorHeight : rowHeight; }
 
-double widthOf(std::span<const MenuRow> rows) {
+double widthOfRows(std::span<const MenuRow> rows) {
     double widest = 0;
     bool hasDots = false, hasMark = false;
     for (const MenuRow& row : rows) {
@@ -69,9 +69,15 @@ std::vector<PopupMenu::Column> PopupMenu::columnsOf(const std::vector<MenuRow>& 
         if (!rows[row].isSeparator()) columns.back().end = row + 1;
     }
     for (Column& column : columns)
-        column.width = widthOf(
+        column.width = widthOfRows(
             std::span(rows).subspan(static_cast<std::size_t>(column.first), static_cast<std::size_t>(column.end - column.first)));
     return columns;
+}
+
+double PopupMenu::widthOf(const std::vector<Column>& columns) {
+    double width = 0;
+    for (const Column& column : columns) width += column.width;
+    return width;
 }
 
 PopupMenu::Panel PopupMenu::layOut(const std::vector<MenuRow>& rows, const CRect& anchor, bool isSubmenu) const {
@@ -80,14 +86,12 @@ PopupMenu::Panel PopupMenu::layOut(const std::vector<MenuRow>& rows, const CRect
     Panel panel;
     panel.rows = &rows;
     panel.columns = columnsOf(rows, room, area.getHeight() < lowWindow);
+    // What would be cut in columns scrolls in one, as in a high window.
+    if (widthOf(panel.columns) > widest) panel.columns = columnsOf(rows, room, false);
     if (panel.columns.size() == 1 && !isSubmenu)
         panel.columns[0].width = std::max(panel.columns[0].width, anchor.getWidth() - 2 * padding);
-    double width = 0;
-    for (const Column& column : panel.columns) {
-        width += column.width;
-        panel.contentHeight = std::max(panel.contentHeight, column.height);
-    }
-    const double fit = std::min(1.0, widest / width);
+    for (const Column& column : panel.columns) panel.contentHeight = std::max(panel.contentHeight, column.height);
+    const double fit = std::min(1.0, widest / widthOf(panel.columns));
     double left = 0;
     for (Column& column : panel.columns) {
         column.width *= fit;

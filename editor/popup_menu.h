@@ -24,7 +24,7 @@ struct MenuRow {
 
 // Covers the window while it is open; what is outside its panels closes it. Rows are chosen by click, by press, drag and
 // release, by arrow keys and Enter, or by typing the beginning of a label; Escape closes. Long lists scroll; in a low window
-// they stand in columns.
+// they stand in columns, where those leave every label whole.
 class PopupMenu : public LayerView {
 public:
     using Chosen = std::function<void(int result)>;
@@ -68,6 +68,7 @@ private:
     };
 
     static std::vector<Column> columnsOf(const std::vector<MenuRow>& rows, double room, bool isLow);
+    static double widthOf(const std::vector<Column>& columns);
     static int columnOf(const Panel& panel, int row);
     Panel layOut(const std::vector<MenuRow>& rows, const VSTGUI::CRect& anchor, bool isSubmenu) const;
     VSTGUI::CRect rowRect(const Panel& panel, int row) const;

@@ -56,8 +56,8 @@ void DraggedView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     invalid();
 }
 
-KnobMouse DraggedView::mouseAt(const VSTGUI::MouseEvent& event) const {
-    constexpr double pixelsAUnit = 1.5;  // drags are measured on the normal layout
+KnobMouse DraggedView::mouseAt(const VSTGUI::MouseEvent& event) {
+    const double pixelsAUnit = window().layoutScale();
     KnobMouse mouse;
     mouse.x = static_cast<float>(event.mousePosition.x * pixelsAUnit);
     mouse.y = static_cast<float>(event.mousePosition.y * pixelsAUnit);
@@ -128,18 +128,6 @@ void MYParamDisplay::setTargetRing(const std::optional<Color>& ring) {
     invalid();
 }
 
-void MYParamDisplay::setCcNumber(int number) {
-    if (number == ccNumber_) return;
-    ccNumber_ = number;
-    invalid();
-}
-
-void MYParamDisplay::setLearnGlow(double glow) {
-    if (glow == learnGlow_) return;
-    learnGlow_ = glow;
-    if (ccNumber_ == -2) invalid();
-}
-
 // An effect that has no such parameter leaves its field empty.
 bool MYParamDisplay::canDrag() const { return entry().kind != WidgetKind::EffectValue || !text().empty(); }
 
@@ -150,9 +138,6 @@ void MYParamDisplay::drawControl(Pen& pen) {
     pen.round(left(), top(), width(), height(), 3, fill);
     drawBar(pen);
     drawText(pen);
-    if (ccNumber_ >= 0) pen.dot(left() + width() - 1, top() + 1, 2.1, style::alarm);
-    if (ccNumber_ == -2)
-        pen.roundLine(left() - 1, top() - 1, width() + 2, height() + 2, 4, fade(style::alarm, 0.35 + 0.65 * learnGlow_), 1.6);
     if (targetRing_) pen.roundLine(left() - 1, top() - 1, width() + 2, height() + 2, 4, *targetRing_, 1.2);
 }
 

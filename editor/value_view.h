@@ -26,7 +26,7 @@ protected:
     // The value, 0 to 1, that the pointer stands for during a drag.
     virtual float valueAt(VSTGUI::MouseEvent& event);
     void setByHand(float value);
-    KnobMouse mouseAt(const VSTGUI::MouseEvent& event) const;
+    KnobMouse mouseAt(const VSTGUI::MouseEvent& event);
     KnobDrag drag_;
 
 private:
@@ -43,10 +43,6 @@ public:
     void setBarColor(const Color& bar);
     // Something is being dragged that can be dropped here.
     void setTargetRing(const std::optional<Color>& ring);
-    // As a knob's.
-    void setCcNumber(int number);
-    int ccNumber() const { return ccNumber_; }
-    void setLearnGlow(double glow);
 
 protected:
     void drawControl(Pen& pen) override;
@@ -57,8 +53,6 @@ private:
     void drawText(Pen& pen);
 
     std::optional<Color> bar_, targetRing_;
-    int ccNumber_ = -1;
-    double learnGlow_ = 1;
 };
 
 // Kind 11: a step's level. A drag that leaves the bar sets its neighbours instead; the window leads it.

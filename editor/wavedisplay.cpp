@@ -31,27 +31,44 @@ float Wavedisplay::fractionAt(const VSTGUI::MouseEvent& event) const {
 
 void Wavedisplay::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     event.consumed = true;
-    if (event.buttonState.isLeft()) window().controlTouched(*this);
-    if (markers_ == nullptr || !markers_->showMarkers) {
+    const bool isLeft = event.buttonState.isLeft(), isRight = event.buttonState.isRight();
+    if (markers_ == nullptr || !markers_->showMarkers || !(isLeft || isRight)) {
         event.ignoreFollowUpMoveAndUpEvents(true);
-        if (event.buttonState.isRight()) window().controlMenuWanted(*this);
+        if (isLeft) window().controlTouched(*this);
         return;
     }
-    markers_->press(fractionAt(event), event.buttonState.isRight() ? vantoric::MouseButton::right : vantoric::MouseButton::left);
+    if (isDragged()) endDrag();  // the other button came down: what was dragged stays where it is
+    if (isLeft) window().controlTouched(*this);
+    markers_->press(fractionAt(event), isRight ? vantoric::MouseButton::right : vantoric::MouseButton::left);
     invalid();
 }
 
 void Wavedisplay::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
-    if (markers_ == nullptr || !markers_->isDragging()) return;
+    if (!isDragged()) return;
     event.consumed = true;
     markers_->move(fractionAt(event));
     invalid();
 }
 
 void Wavedisplay::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
-    if (markers_ == nullptr || !markers_->isDragging()) return;
+    if (!isDragged()) return;
     event.consumed = true;
+    endDrag();
+}
+
+void Wavedisplay::endDrag() {
     markers_->release();
+    invalid();
+}
+
+void Wavedisplay::onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) {
+    cancelDrag();
+    event.consumed = true;
+}
+
+void Wavedisplay::cancelDrag() {
+    if (!isDragged()) return;
+    markers_->cancel();
     invalid();
 }
 
@@ -105,9 +122,6 @@ void Wavedisplay::drawCurve(Pen& pen) {
         pen.dot(x, y, 2.6, style::inset);
         pen.dot(x, y, 1.9, style::white);
     }
-    if (!shown_.playing) return;
-    pen.dot(left() + shown_.playing->x, top() + shown_.playing->y, 2.8, style::inset);
-    pen.dot(left() + shown_.playing->x, top() + shown_.playing->y, 2.1, style::white);
 }
 
 void Wavedisplay::drawRegion(Pen& pen) {

@@ -1,7 +1,6 @@
 // The displays: waves, filter responses, the envelope, the LFO.
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "editor/control_face.h"
@@ -23,11 +22,10 @@ public:
         };
         Form form = Form::curve;
         Pen::Points curve, lower;
-        Pen::Points grain;                  // a faint noise floor behind the curve; may be empty
-        double base = 0;                    // the height that the fill goes to
-        Pen::Points marks;                  // small rings on the curve, with a line down to the base
-        std::optional<Pen::Point> playing;  // where the youngest voice is
-        std::string line, secondLine;       // of a message
+        Pen::Points grain;             // a faint noise floor behind the curve; may be empty
+        double base = 0;               // the height that the fill goes to
+        Pen::Points marks;             // small rings on the curve, with a line down to the base
+        std::string line, secondLine;  // of a message
     };
     void setShown(Shown shown);
 
@@ -41,11 +39,16 @@ public:
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
     void onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) override;
     void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
+    void onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) override;
+    void cancelDrag() override;
+    // A marker is being dragged.
+    bool isDragged() const { return markers_ != nullptr && markers_->isDragging(); }
 
 protected:
     void drawControl(Pen& pen) override;
 
 private:
+    void endDrag();
     Corners corners() const;
     float fractionAt(const VSTGUI::MouseEvent& event) const;
     void drawGrid(Pen& pen);

@@ -50,6 +50,8 @@ WindowContent::WindowContent(DropContainer& root, double width, double height, Q
     showPages();
     redrawAll();
     displays_->refresh();
+    hints_->showHelp();
+    followLearning();
 }
 
 WindowContent::~WindowContent() {
@@ -237,6 +239,7 @@ void WindowContent::refresh(ControlFace& face) {
     face.setMultilayer(editor_.onShow().multilayer && entry.page != page::always);
     if (entry.tag == tag::zoomMenu) return face.setText(std::to_string(editor_.size().percent()) + "%");
     if (entry.kind != WidgetKind::Knob) face.setText(faceText(editor_, entry));
+    face.setCcNumber(editor_.ccNumberOf(entry));
     if (auto* knob = dynamic_cast<MYCKnob*>(&face)) refreshKnob(*knob);
     if (auto* list = dynamic_cast<ListView*>(&face);
         list != nullptr && entry.tag >= parameter::ArpVol1 && entry.tag < parameter::ArpVol1 + 16) {
@@ -245,7 +248,6 @@ void WindowContent::refresh(ControlFace& face) {
     }
     auto* field = dynamic_cast<MYParamDisplay*>(&face);
     if (field == nullptr) return;
-    field->setCcNumber(editor_.ccNumberOf(entry));
     if (entry.section == Section::Matrix)
         field->setBarColor(sourceColor(instrument_.parameters().getListIndex(
             hostIndex(parameter::MatSrc1 + entry.tag - parameter::MatVal1, editor_.onShow().layer))));
@@ -254,7 +256,6 @@ void WindowContent::refresh(ControlFace& face) {
 void WindowContent::refreshKnob(MYCKnob& knob) {
     const KnobModulation modulation = editor_.modulationOf(knob.entry());
     knob.setModulation(modulation, sourceColor(modulation.source));
-    knob.setCcNumber(editor_.ccNumberOf(knob.entry()));
 }
 
 void WindowContent::refreshBackdrop() {
@@ -325,14 +326,11 @@ void WindowContent::followEngine() {
 // What waits for its controller glows; once it has one, the line that asks for it goes.
 void WindowContent::followLearning() {
     const double glow = 0.5 + 0.5 * std::sin(2 * std::numbers::pi * round_ / roundsASecond);
-    views_.forEach([this, glow](ControlFace& face) {
-        auto* knob = dynamic_cast<MYCKnob*>(&face);
-        auto* field = dynamic_cast<MYParamDisplay*>(&face);
-        const int number = knob != nullptr ? knob->ccNumber() : field != nullptr ? field->ccNumber() : MidiLearn::noController;
-        if (number != MidiLearn::learning) return;
-        knob != nullptr ? knob->setLearnGlow(glow) : field->setLearnGlow(glow);
+    views_.forEach([glow](ControlFace& face) {
+        if (face.ccNumber() == MidiLearn::learning) face.setLearnGlow(glow);
     });
-    if (instrument_.midi().learnPending() == ControllerMap::none) hints_->forgetRequest();
+    isLearning_ = isLearning_ && editor_.isLearning();
+    hints_->setRequest(editor_.isLearning() ? MidiLearn::request : "");
 }
 
 void WindowContent::followLamps() {
@@ -603,6 +601,7 @@ void WindowContent::controlMenuWanted(ControlFace& face) {
             }
             refresh(face);
             hints_->touch(&face);
+            isLearning_ = editor_.isLearning();
         },
         &face);
 }
@@ -711,22 +710,40 @@ void WindowContent::depthDragCancelled(ControlFace& knob) {
 void WindowContent::onKey(VSTGUI::KeyboardEvent& event) {
     if (!layers_.empty()) return layers_.back()->onKey(event);
     if (event.type != VSTGUI::EventType::KeyDown) return;
-    if (event.virt == VSTGUI::VirtualKey::Escape && cancelHand()) {
+    if (event.virt == VSTGUI::VirtualKey::Escape && (cancelHand() || cancelLearning())) {
         event.consumed = true;
         return;
     }
     if (!isHandBusy()) keys_->onKey(event);  // keys wait until the mouse lets go
 }
 
-bool WindowContent::isHandBusy() const { return editing_ != nullptr || pitchWheel_->isHeld() || modWheel_->isHeld(); }
+bool WindowContent::isHandBusy() const {
+    return editing_ != nullptr || pitchWheel_->isHeld() || modWheel_->isHeld() || draggedDisplay() != nullptr;
+}
 
-bool WindowContent::wantsKeys() const { return !layers_.empty() || keys_->wantsKeys() || drags_->isDragging() || isHandBusy(); }
+Wavedisplay* WindowContent::draggedDisplay() const {
+    for (int i = 0; i < oscillatorCount; ++i)
+        if (auto* display = views_.withTagAs<Wavedisplay>(tag::waveView1 + i); display != nullptr && display->isDragged())
+            return display;
+    return nullptr;
+}
+
+bool WindowContent::wantsKeys() const {
+    return !layers_.empty() || keys_->wantsKeys() || drags_->isDragging() || isHandBusy() || isLearning_;
+}
+
+bool WindowContent::cancelLearning() {
+    if (!editor_.callOffLearning()) return false;
+    followLearning();
+    return true;
+}
 
 // Calls off what the mouse does at present; false if it does nothing.
 bool WindowContent::cancelHand() {
     if (drags_->cancel()) return true;
     for (WheelView* wheel : {pitchWheel_, modWheel_})
         if (wheel->isHeld()) return wheel->cancel(), true;
+    if (Wavedisplay* display = draggedDisplay()) return display->cancelDrag(), true;
     if (editing_ == nullptr) return false;
     editing_->cancelDrag();
     return true;

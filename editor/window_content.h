@@ -86,6 +86,7 @@ private:
     void controlStepped(ControlFace& face, int direction) override;
     void controlCancelled(ControlFace& face) override;
     void stepsDrawn(VSTGUI::CPoint from, VSTGUI::CPoint to) override;
+    float layoutScale() const override { return static_cast<float>(editor_.size().layoutScale()); }
     void drawStep(ControlFace& step, float level);
     void depthDragBegan(ControlFace& knob) override;
     void depthDragged(ControlFace& knob, float amount) override;
@@ -124,6 +125,8 @@ private:
     void showTouched(ControlFace& face);
     bool isHandBusy() const;
     bool cancelHand();
+    bool cancelLearning();
+    Wavedisplay* draggedDisplay() const;  // whose marker is being dragged
     std::optional<std::string> takeTyped(const ControlEntry& entry, const std::string& text);
 
     DropContainer& root_;
@@ -149,6 +152,7 @@ private:
     ControlFace* editing_ = nullptr;   // held by the mouse
     std::vector<ControlFace*> drawn_;  // steps beside the one that is held, set by the same drag
     std::function<bool()> openNotes_;
+    bool isLearning_ = false;  // by a menu of this window: Escape calls it off
     unsigned round_ = 0;
 };
 

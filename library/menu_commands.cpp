@@ -123,10 +123,15 @@ void MenuCommands::deletePatch() {
     const std::string category = patch_.category(), name = patch_.file();
     if (name.empty()) return dialogs_.message("Info", "This patch is in no list: there is no file to delete.");
     patches_.deletePatch(category, name, [this, category, name](bool isGone) {
-        if (isGone) ++filesChanged_;
+        if (isGone) noteDeleted(category, name);
         library_.scanPatches(-1);
         if (isGone && patch_.category() == category && patch_.file() == name) patch_.showCustomHere();
     });
+}
+
+void MenuCommands::noteDeleted(const std::string& category, const std::string& name) {
+    ++filesChanged_;
+    library_.noteDeleted(category, name);
 }
 
 // The next patch that is chosen goes to that layer; the same row again calls it off.
@@ -154,8 +159,8 @@ void MenuCommands::setFavourite(bool on, Done done) {
     }
     // Of a favourite itself its own file, of any other patch the copy.
     const std::string name = patch_.category() == "Favourites" ? patch_.name() : patchNameOfPath(path);
-    patches_.deletePatch("Favourites", name, [this, done = std::move(done)](bool isGone) {
-        if (isGone) ++filesChanged_;
+    patches_.deletePatch("Favourites", name, [this, name, done = std::move(done)](bool isGone) {
+        if (isGone) noteDeleted("Favourites", name);
         library_.scanPatches(-1);
         done(isGone);
     });

@@ -29,11 +29,8 @@ const Ratings& PatchBrowser::ratings() {
 
 bool PatchBrowser::clickCategory(int row) {
     if (!isRow(row, library_.categoryNames().size())) return false;
-    constexpr int beforeFirst = -1;
-    // A load target waits for the patch that the user means: a category on the way there loads nothing.
-    const bool isOnTheWay = onShow_.loadTarget != 0;
-    library_.select({row, isOnTheWay ? beforeFirst : 0});
-    return !isOnTheWay && library_.loadSelectedPatch();
+    library_.select({row, 0});
+    return library_.loadSelectedPatch();
 }
 
 bool PatchBrowser::clickPatch(int row) {
@@ -45,11 +42,8 @@ bool PatchBrowser::clickPatch(int row) {
 void PatchBrowser::clickStar(int row, int star) {
     if (!isRow(row, ratings().size())) return;
     ratings_[static_cast<std::size_t>(row)] = static_cast<std::uint8_t>(clampTo(star, fewestStars, mostStars));
-    // A list that is full may not show all that lies in the folder.
-    if (library_.patchNames().size() < PatchLibrary::mostPatches)
-        saveRanks(listedName(), library_.patchNames(), ratings_);
-    else
-        ratePatch(listedName(), library_.patchNames()[static_cast<std::size_t>(row)], star);
+    // By what the file says now: this list may have been read while it could not be, and may not show all of the folder.
+    ratePatch(listedName(), library_.patchNames()[static_cast<std::size_t>(row)], star);
 }
 
 bool PatchBrowser::clickNext() { return library_.nextPatch(); }

@@ -18,8 +18,8 @@ public:
     // The browser is shown: reads the stars of the listed category.
     void open();
 
-    // A click on a category: lists it and loads its first patch, if it has one. While a load target is set, it only lists.
-    // All tell whether a patch was loaded.
+    // A click on a category: lists it and loads its first patch, if it has one, to the load target if one is set. All tell
+    // whether a patch was loaded.
     bool clickCategory(int row);
     // A click on a patch: loads it, to the layer that is the load target if one is set.
     bool clickPatch(int row);

@@ -94,9 +94,9 @@ bool PatchLibrary::loadBeyondList(const std::string& name) {
 }
 
 bool PatchLibrary::nextPatch() {
-    const int next = selection_.patch + 1;
+    const int next = selection_.patch + (selection_.isGone ? 0 : 1);
     if (!isCustom(selection_.category) && listed_ == selection_.category && isPlace(next, patches_.size())) {
-        selection_.patch = next;
+        selection_ = {selection_.category, next};
         return loadSelectedPatch();
     }
     return loadFirst(isCustom(selection_.category) ? 0 : selection_.category + 1, false);
@@ -105,7 +105,7 @@ bool PatchLibrary::nextPatch() {
 bool PatchLibrary::previousPatch() {
     if (isCustom(selection_.category)) return loadFirst(0, false);
     if (selection_.patch > 0) {
-        --selection_.patch;
+        selection_ = {selection_.category, selection_.patch - 1};
         return loadSelectedPatch();
     }
     // Before the first category comes the last one of the folders.
@@ -132,6 +132,10 @@ void PatchLibrary::selectPatch(const std::string& name) {
     selectPatch(found != patches_.end() ? static_cast<int>(found - patches_.begin()) : 0);
 }
 
+void PatchLibrary::noteDeleted(const std::string& category, const std::string& name) {
+    if (!selection_.isGone && selectedCategory() == category && selectedPatch() == name) selection_.isGone = true;
+}
+
 bool PatchLibrary::isCustom(int category) const {
     return !isPlace(category, categories_.size()) || static_cast<std::size_t>(category) + 1 == categories_.size();
 }
@@ -145,7 +149,7 @@ std::string PatchLibrary::selectedCategory() const {
 }
 
 std::string PatchLibrary::selectedPatch() const {
-    const bool isListed = listed_ == selection_.category && isPlace(selection_.patch, patches_.size());
+    const bool isListed = !selection_.isGone && listed_ == selection_.category && isPlace(selection_.patch, patches_.size());
     return isListed ? patches_[static_cast<std::size_t>(selection_.patch)] : std::string();
 }
 

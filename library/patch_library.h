@@ -20,10 +20,12 @@ protected:
 // The name of the category after all others: it stands for patches that are in no list.
 inline constexpr char customCategory[] = "Custom";
 
-// A place in the lists; -2: none. A patch of -1 stands before the first.
+// A place in the lists; -2: none. A patch of -1 stands before the first. Where the patch that was selected is gone, its
+// place is that of the one that followed it.
 struct PatchSelection {
     static constexpr int none = -2;
     int category = none, patch = none;
+    bool isGone = false;
     bool operator==(const PatchSelection&) const = default;
 };
 
@@ -68,6 +70,9 @@ public:
     // Selects a patch of the listed category, by its place or its name (its first one if there is none of the name).
     void selectPatch(int patch);
     void selectPatch(const std::string& name);
+    // The file of a patch was deleted: if it was the selected one, the step to the next goes to the one that followed it.
+    // Before the list is scanned anew.
+    void noteDeleted(const std::string& category, const std::string& name);
     // The patch in force is in no list.
     void selectNone() { selection_ = {}; }
 

@@ -14,7 +14,7 @@ namespace vantoric {
 
 namespace {
 
-constexpr std::size_t largestFile = 1 << 20;
+constexpr std::size_t largestFile = 64 << 20;  // far above what the names of any folder fill
 
 bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -82,15 +82,26 @@ std::string writeRatings(const std::vector<std::string>& patchNames, const Ratin
     return text;
 }
 
-Ratings loadRanks(const std::string& category, const std::vector<std::string>& patchNames) {
+namespace {
+
+// None: a file is there, but what it says is not known.
+std::optional<Ratings> tryLoadRanks(const std::string& category, const std::vector<std::string>& patchNames) {
     std::vector<std::uint8_t> bytes;
-    platform::readFile(platform::dataPath(platform::belowSounds() + category + ".rnk"), bytes, largestFile);
+    const platform::FileRead read =
+        platform::tryReadFile(platform::dataPath(platform::belowSounds() + category + ".rnk"), bytes, largestFile);
+    if (read != platform::FileRead::done && read != platform::FileRead::missing) return {};
     return readRatings({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, patchNames);
+}
+
+}  // namespace
+
+Ratings loadRanks(const std::string& category, const std::vector<std::string>& patchNames) {
+    return tryLoadRanks(category, patchNames).value_or(Ratings(patchNames.size(), starsByDefault));
 }
 
 void saveRanks(const std::string& category, const std::vector<std::string>& patchNames, const Ratings& ratings) {
     const std::string text = writeRatings(patchNames, ratings);
-    if (!text.empty()) platform::writeFile(rankFilePath(category), text.data(), text.size());
+    if (!text.empty() && text.size() <= largestFile) platform::writeFile(rankFilePath(category), text.data(), text.size());
 }
 
 bool ratePatch(const std::string& category, const std::string& patchName, int stars) {
@@ -98,9 +109,11 @@ bool ratePatch(const std::string& category, const std::string& patchName, int st
         listNames(platform::listDataFolder(platform::belowSounds() + category), ".fxp", std::numeric_limits<std::size_t>::max());
     const auto found = std::find(names.begin(), names.end(), patchName);
     if (found == names.end()) return false;
-    Ratings ratings = loadRanks(category, names);
-    ratings[static_cast<std::size_t>(found - names.begin())] = static_cast<std::uint8_t>(clampTo(stars, fewestStars, mostStars));
-    saveRanks(category, names, ratings);
+    std::optional<Ratings> ratings = tryLoadRanks(category, names);
+    if (!ratings) return false;
+    (*ratings)[static_cast<std::size_t>(found - names.begin())] =
+        static_cast<std::uint8_t>(clampTo(stars, fewestStars, mostStars));
+    saveRanks(category, names, *ratings);
     return true;
 }
 

@@ -24,13 +24,14 @@ Ratings readRatings(std::string_view text, const std::vector<std::string>& patch
 // The text for these patches. A name with a line break, which the file cannot hold, is left out.
 std::string writeRatings(const std::vector<std::string>& patchNames, const Ratings& ratings);
 
-// The same from and to a category's file. One that is missing, unreadable or larger than a megabyte tells nothing; a failed
-// write is ignored, and so is one without patches. Any thread but the audio thread.
+// The same from and to a category's file. One that is missing, unreadable or larger than 64 MiB tells nothing; a failed
+// write is ignored, and so is one without patches or of more than that size. Any thread but the audio thread.
 Ratings loadRanks(const std::string& category, const std::vector<std::string>& patchNames);
 void saveRanks(const std::string& category, const std::vector<std::string>& patchNames, const Ratings& ratings);
 
 // Gives one patch of a category its stars, held to 1 to 5, and leaves those of all others in the folder as they are, also of
-// those that no list shows. False, with nothing written, if there is no such patch.
+// those that no list shows. False, with nothing written, if there is no such patch, or if there is a file that cannot be
+// read: its ratings are not known.
 bool ratePatch(const std::string& category, const std::string& patchName, int stars);
 
 }  // namespace vantoric

@@ -18,6 +18,7 @@ void DisplayTraces::makeOutline(int newColumns, float halfHeight) {
 
 void SampleMarkers::press(float position, MouseButton button) {
     if (!showMarkers || (button != MouseButton::left && button != MouseButton::right)) return;
+    if (!isDragging()) before_ = {loopStart, loopEnd, playStart};
     button_ = button;
     if (button == MouseButton::left) {
         loopStart = clampUnit(position);
@@ -36,6 +37,14 @@ void SampleMarkers::release() {
     button_ = MouseButton::none;
     if (loopEnd < loopStart) std::swap(loopStart, loopEnd);
     markersMoved = true;
+}
+
+void SampleMarkers::cancel() {
+    if (!isDragging()) return;
+    button_ = MouseButton::none;
+    loopStart = before_.loopStart;
+    loopEnd = before_.loopEnd;
+    playStart = before_.playStart;
 }
 
 bool SampleMarkers::nudge(float start, float end) {

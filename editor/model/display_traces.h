@@ -51,6 +51,8 @@ public:
     void move(float position);
     // Brings a crossed loop in order.
     void release();
+    // Calls the drag off: all stands as it did before the press.
+    void cancel();
     // By keys: moves the two ends of the loop by so much, neither past the other. False while no markers show.
     bool nudge(float start, float end);
     bool isDragging() const { return button_ != MouseButton::none; }
@@ -59,7 +61,12 @@ public:
     std::optional<LoopPoints> takeMoved(std::int32_t length);
 
 private:
+    struct Places {
+        float loopStart, loopEnd, playStart;
+    };
+
     MouseButton button_ = MouseButton::none;
+    Places before_{};  // the press
 };
 
 }  // namespace vantoric

@@ -48,7 +48,7 @@ float KnobDrag::move(const KnobMouse& mouse) {
 float KnobDrag::depth(const KnobMouse& mouse) const { return depthOfDrag(mouse.x, mouse.y, modDepthAtClick_); }
 
 float KnobDrag::coefficient(bool isFine) const {
-    return (shape_.maximum - shape_.minimum) / (wholeRangePixels * (isFine ? shape_.zoomFactor : 1.0f));
+    return (shape_.maximum - shape_.minimum) / (wholeRangePixels * slowness_ * (isFine ? shape_.zoomFactor : 1.0f));
 }
 
 float KnobDrag::moveLinear(const KnobMouse& mouse) {

@@ -42,6 +42,8 @@ public:
         depth,  // a drag of the modulation's depth: `depth` tells the amount
         value,  // a drag of the value: `move` tells it
     };
+    // By which factor the range of a drag of the value is longer: where the mouse is told in other pixels than the layout's.
+    void setSlowness(float factor) { slowness_ = factor; }
     // A press at a value between the knob's limits; modDepth: of the modulation that the knob shows, 0 for none.
     Press press(const KnobMouse& mouse, float value, float modDepth = 0.0f);
     // The value at a place of the mouse in a drag of the value. While none runs, the value of the last one.
@@ -69,6 +71,7 @@ private:
 
     KnobShape shape_;
     Drag drag_ = Drag::none;
+    float slowness_ = 1.0f;
     float value_ = 0.0f;
     float startX_ = 0.0f, startY_ = 0.0f, startValue_ = 0.0f;
     bool isFine_ = false;

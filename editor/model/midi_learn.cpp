@@ -26,10 +26,17 @@ const char* MidiLearn::assignLearn(int parameter) {
     if (parameter < 0 || parameter >= parameterEnd) return "";
     if (removeAssignment(parameter)) return "Midi learn removed the assignment of the Midi CC.";
     instrument_.midi().setLearnPending(parameter);
-    return "Assign the next Midi CC to this knob. Move your controler!";
+    return request;
+}
+
+bool MidiLearn::cancel() {
+    if (!isPending()) return false;
+    instrument_.midi().setLearnPending(ControllerMap::none);
+    return true;
 }
 
 const char* MidiLearn::removeAll() {
+    cancel();  // no control waits any longer either
     instrument_.controllerMap().clear();
     instrument_.midi().setCcMapDirty();
     return "All Midi CCs removed";

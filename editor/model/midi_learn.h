@@ -9,6 +9,8 @@ namespace vantoric {
 class MidiLearn {
 public:
     static constexpr int noController = -1, learning = -2;
+    // The hint while it waits.
+    static constexpr const char* request = "Assign the next Midi CC to this knob. Move your controler!";
 
     explicit MidiLearn(Instrument& instrument) : instrument_(instrument) {}
 
@@ -17,8 +19,11 @@ public:
     const char* assignLearn(int parameter);
     // Lets go of the controllers of a parameter. True if it had any.
     bool removeAssignment(int parameter);
-    // Lets go of all. The hint.
+    // Lets go of all, and waits for none any longer. The hint.
     const char* removeAll();
+    // Waits no longer for a controller. False if it did not.
+    bool cancel();
+    bool isPending() const { return instrument_.midi().learnPending() != ControllerMap::none; }
 
     // What a control of the parameter shows: its controller (the lowest of several), `noController`, or `learning` while the
     // next controller will be its own.

@@ -469,6 +469,12 @@ int Q7Editor::ccNumberOf(const ControlEntry& entry) const {
     return index < 0 ? MidiLearn::noController : learn_.ccNumber(index);
 }
 
+bool Q7Editor::callOffLearning() {
+    if (!learn_.cancel()) return false;
+    if (view_ != nullptr) view_->redrawAll();
+    return true;
+}
+
 int Q7Editor::lfoModeOf(int number) const {
     return isOneOf(number, par::LfoSpd1, 3) ? listIndex(valueOf(par::LfoMode1 + number - par::LfoSpd1)) : 0;
 }

@@ -95,6 +95,9 @@ public:
     KnobState knobState(const ControlEntry& entry) const;
     KnobModulation modulationOf(const ControlEntry& entry) const;
     int ccNumberOf(const ControlEntry& entry) const;
+    // Whether the next controller is to be learned; calls that off (false if nothing waits).
+    bool isLearning() const { return learn_.isPending(); }
+    bool callOffLearning();
     // The type of an effect field's slot, and its parameter there, 1 to 4. {0, 0} for any other tag.
     struct EffectField {
         int type, parameter;

@@ -57,6 +57,22 @@ TEST_F(MidiLearnTest, ParametersOutsideTheMapDoNothing) {
     EXPECT_FALSE(learn.takeMapChange());
 }
 
+TEST_F(MidiLearnTest, ALearnThatIsPendingEndsWithAllAssignmentsOrByTheHand) {
+    learn.assignLearn(97);
+    EXPECT_TRUE(learn.isPending());
+    learn.removeAll();
+    EXPECT_FALSE(learn.isPending());
+    EXPECT_EQ(learn.ccNumber(97), MidiLearn::noController);
+    rig.send({{0xb0, 20, 64}});
+    EXPECT_EQ(controller(20), ControllerMap::none);
+    EXPECT_FALSE(learn.cancel());
+    learn.assignLearn(97);
+    EXPECT_TRUE(learn.cancel());
+    rig.send({{0xb0, 20, 64}});
+    EXPECT_EQ(controller(20), ControllerMap::none);
+    EXPECT_EQ(learn.ccNumber(97), MidiLearn::noController);
+}
+
 TEST_F(MidiLearnTest, RemovingAllEmptiesMapAndFile) {
     rig.audio.controllerMap().set(7, 97);
     EXPECT_STREQ(learn.removeAll(), "All Midi CCs removed");

@@ -141,6 +141,28 @@ TEST_F(Menus, DeletingAsksAndRebuildsTheList) {
     EXPECT_EQ(shown(), Texts{"Info: This patch is in no list: there is no file to delete."});
 }
 
+TEST_F(Menus, StepsGoOnFromWhereADeletedPatchStood) {
+    const auto deleteAndStep = [&](const char* name, bool isNext) {
+        for (const char* patch : {"a", "b", "c", "d"}) putPatch("Bass", patch);
+        putPatch("Lead", "x");
+        menus.library().scanCategories();
+        menus.library().findPatch(name);
+        menus.library().loadSelectedPatch();
+        dialogs.answerNext(true);
+        menus.file(13);
+        EXPECT_EQ(menus.library().selectedPatch(), "");
+        isNext ? menus.library().nextPatch() : menus.library().previousPatch();
+        return menus.library().selectedPatch();
+    };
+    EXPECT_EQ(deleteAndStep("b", true), "c");
+    menus.library().nextPatch();
+    EXPECT_EQ(menus.library().selectedPatch(), "d") << "from there by one";
+    EXPECT_EQ(deleteAndStep("b", false), "a");
+    EXPECT_EQ(deleteAndStep("c", false), "b");
+    EXPECT_EQ(deleteAndStep("a", true), "b");
+    EXPECT_EQ(deleteAndStep("d", true), "x") << "the last one of its category";
+}
+
 TEST_F(Menus, DeletingMeansThePatchOnShowAndNotItsNamesake) {
     const std::string namesake = putPatch("Bass", "Deep");
     menus.library().scanCategories();

@@ -83,6 +83,35 @@ TEST_F(Browser, StarsThatCannotBeKeptAreShownAllTheSame) {
     EXPECT_EQ(browser.ratings(), (Ratings{3, 3, 1}));
 }
 
+TEST_F(Browser, StarsOfALargeCategorySurvive) {
+    constexpr int many = 5000;
+    std::string text;
+    for (int i = 0; i < many; ++i) text += std::to_string(100000 + i) + std::string(249, 'x') + "\n5\n";
+    text += "Deep\n1\n";
+    ASSERT_GT(text.size(), std::size_t{1} << 20);
+    ASSERT_TRUE(platform::writeFile(rankFilePath("Bass"), text.data(), text.size()));
+    browser.open();
+    EXPECT_EQ(browser.ratings(), (Ratings{3, 1, 3}));
+    browser.clickStar(0, 4);
+    EXPECT_EQ(ranks("Bass"), "acid\n4\nDeep\n1\nRound\n3\n");
+}
+
+TEST_F(Browser, AFileThatCannotBeReadIsNotOverwritten) {
+    const std::string large(std::size_t{65} << 20, '\n');
+    ASSERT_TRUE(platform::writeFile(rankFilePath("Bass"), large.data(), large.size()));
+    browser.open();
+    EXPECT_EQ(browser.ratings(), (Ratings{3, 3, 3}));
+    browser.clickStar(0, 4);
+    EXPECT_EQ(browser.ratings(), (Ratings{4, 3, 3}));
+    EXPECT_FALSE(ratePatch("Bass", "Deep", 2));
+    EXPECT_EQ(ranks("Bass").size(), large.size());
+    // By another hand it can be read again, after the list was rated without it.
+    const std::string small = "Deep\n1\n";
+    ASSERT_TRUE(platform::writeFile(rankFilePath("Bass"), small.data(), small.size()));
+    browser.clickStar(2, 5);
+    EXPECT_EQ(ranks("Bass"), "acid\n3\nDeep\n1\nRound\n5\n");
+}
+
 TEST_F(Browser, TheHintTellsTheLayerThatIsLoadedNext) {
     EXPECT_EQ(browser.hint().kind, HintKind::knownCategory);
     onShow.loadTarget = 3;
@@ -92,13 +121,12 @@ TEST_F(Browser, TheHintTellsTheLayerThatIsLoadedNext) {
     EXPECT_EQ(categoryHint("Bass", 5).kind, HintKind::knownCategory) << "there are four layers";
 }
 
-TEST_F(Browser, ACategoryOnTheWayToALayersPatchLoadsNothing) {
+TEST_F(Browser, ACategoryLoadsItsFirstPatchToTheLayerThatWaitsToo) {
     onShow.loadTarget = 2;
+    browser.clickCategory(1);
+    EXPECT_EQ(loads, Names{"Lead/One"});
     browser.clickCategory(0);
-    EXPECT_TRUE(loads.empty());
-    EXPECT_EQ(library.patchNames().size(), 3u);
-    browser.clickNext();
-    EXPECT_EQ(loads, Names{"Bass/acid"}) << "the first one comes next";
+    EXPECT_EQ(loads, (Names{"Lead/One", "Bass/acid"}));
 }
 
 TEST_F(Browser, ClickingThePresentPatchLoadsItAgain) {

@@ -216,6 +216,20 @@ TEST_F(Hand, TheWheelsOnTheScreenTurn) {
     EXPECT_TRUE(host.until([&] { return wheel() == atRest; }, 5));
 }
 
+// In the pixels of the small layout as in those of the normal one.
+TEST(SmallWindow, ADragCrossesTheRangeInAsManyPixels) {
+    dropSharedRig();
+    WindowRig small(0);
+    for (const char* name : {"FIL1 RESO", "VOL ENV HOLD"}) {
+        const ControlEntry& entry = controlNamed(name);
+        small.set(entry, 0.2f);
+        small.host().idle(600);
+        const Point p = small.middle(entry);
+        small.host().drag(p.x, p.y, p.x, p.y - 125);
+        EXPECT_NEAR(small.value(entry), 0.7f, 0.005f) << name;
+    }
+}
+
 // ---- the menu of a knob
 
 struct SourceRow {
@@ -307,6 +321,63 @@ TEST_F(Hand, ADragAtTheGripChangesTheDepthAlone) {
     EXPECT_EQ(rig.gestures(), (WindowRig::Gestures{gestures.begun + 1, gestures.ended + 1}));
 }
 
+// Where the grip of a large knob is drawn: its middle, and near its edges.
+TEST_F(Hand, TheWholeGripOfALargeKnobTakesHold) {
+    for (const double aside : {-2.8, 0.0, 2.8}) {
+        clearMatrix();
+        rig.set(cutoff, 0.5f);
+        ASSERT_TRUE(rig.chooseSource(cutoff, 0, 0));
+        const float amount = slot(0).amount;
+        const Point grip = rig.at(cutoff.x - 22.8 + aside, cutoff.y - 22.2);
+        host.drag(grip.x, grip.y, grip.x, grip.y + 60);
+        EXPECT_EQ(rig.value(cutoff), 0.5f) << aside;
+        EXPECT_NEAR(slot(0).amount, amount - 0.1f, 0.03f) << aside;
+    }
+}
+
+TEST_F(Hand, EscapeCallsALearnOff) {
+    const auto menu = rig.openMenu(resonance, 3);
+    ASSERT_TRUE(menu && rig.choose(*menu, knobRows, learn));
+    host.idle(120);
+    host.key("Escape");
+    host.idle(120);
+    const float before = rig.value(resonance);
+    rig.plugin().midi(0xB0, 31, 90);
+    rig.plugin().renderLong(2048, 512);
+    host.idle(120);
+    EXPECT_EQ(rig.value(resonance), before);
+}
+
+// Not knobs alone: the two lines while one waits, a mark when it is mapped.
+TEST_F(Hand, ListsAndSwitchesShowTheirController) {
+    const std::vector<std::string> rows{"", "", "-", ""};
+    for (const char* name : {"LFO1 WAVE", "OSC12 SYNC"}) {
+        const ControlEntry& entry = controlNamed(name);
+        const auto isRed = [&](double x, double y) {
+            const Point p = rig.at(x, y);
+            const unsigned pixel = host.glance().at(static_cast<int>(p.x), static_cast<int>(p.y));
+            return (pixel >> 16) > 0x60 && (pixel >> 8 & 0xFF) * 2 < (pixel >> 16);
+        };
+        const auto isMapped = [&] { return isRed(entry.x + entry.width - 1, entry.y + 1); };
+        const auto hasLines = [&] {  // the red outline of the strip below
+            for (double y = entry.y + entry.height + 1; y < entry.y + entry.height + 6; y += 0.3)
+                if (isRed(entry.x + entry.width / 2.0, y) && isRed(entry.x + entry.width / 2.0 + 20, y)) return true;
+            return false;
+        };
+        EXPECT_FALSE(isMapped() || hasLines()) << name;
+        auto menu = rig.openMenu(entry, 3);
+        ASSERT_TRUE(menu && rig.choose(*menu, rows, learn)) << name;
+        EXPECT_TRUE(host.until(hasLines, 3)) << name;
+        rig.plugin().midi(0xB0, 30, 0);
+        rig.plugin().renderLong(2048, 512);
+        host.move(rig.at(1195, 412).x, rig.at(1195, 412).y);
+        EXPECT_TRUE(host.until([&] { return isMapped() && !hasLines(); }, 5)) << name;
+        menu = rig.openMenu(entry, 3);
+        ASSERT_TRUE(menu && rig.choose(*menu, rows, learn)) << "forgets it";
+        EXPECT_TRUE(host.until([&] { return !isMapped(); }, 3)) << name;
+    }
+}
+
 TEST_F(Hand, AControllerThatIsLearntMovesTheKnob) {
     constexpr int controller = 0xB0, number = 30;
     const auto turn = [&](int value) {
@@ -325,7 +396,7 @@ TEST_F(Hand, AControllerThatIsLearntMovesTheKnob) {
     EXPECT_NEAR(rig.value(resonance), 100.0 / 127, 0.01);
 }
 
-// It stays for four seconds else, long after the knob has begun to follow.
+// It stays as long as nothing has come, and no longer.
 TEST_F(Hand, TheLineThatAsksForAControllerGoesWithTheFirst) {
     const auto& line = vantoric::windowPart(WindowPart::HintLine).rect;
     const auto asks = [&] {  // a red mark at its left end
@@ -336,6 +407,9 @@ TEST_F(Hand, TheLineThatAsksForAControllerGoesWithTheFirst) {
     const auto menu = rig.openMenu(resonance, 3);
     ASSERT_TRUE(menu && rig.choose(*menu, knobRows, learn));
     EXPECT_TRUE(host.until(asks, 2));
+    host.move(rig.middle(cutoff).x, rig.middle(cutoff).y);  // to another control
+    host.idle(5000);
+    EXPECT_TRUE(asks());
     rig.plugin().midi(0xB0, 30, 64);
     rig.plugin().renderLong(2048, 512);
     EXPECT_TRUE(host.until([&] { return !asks(); }, 2));

@@ -129,6 +129,23 @@ TEST_F(Samples, MarkersThatCrossEachOtherSwap) {
     EXPECT_EQ(rig.plugin().chunk(), forward);
 }
 
+TEST_F(Samples, EscapeCallsADragOfAMarkerOff) {
+    loadWave();
+    dragMarkers(0.2, 0.7);
+    const auto before = rig.plugin().chunk();
+    for (const int button : {1, 3}) {
+        host.move(inDisplay(0.4).x, inDisplay(0.4).y);
+        host.press(button);
+        host.move(inDisplay(0.5).x, inDisplay(0.5).y);
+        host.key("Escape");
+        host.release(button);
+        host.idle(250);
+        EXPECT_EQ(rig.plugin().chunk(), before) << "button " << button;
+    }
+    dragMarkers(0.4, 0.5, 2);
+    EXPECT_EQ(rig.plugin().chunk(), before) << "the middle button drags nothing";
+}
+
 TEST_F(Samples, TheRightButtonSetsTheStart) {
     loadWave();
     const int start = vantoric::hostIndex(parameter::Start1, rig.layer());

@@ -146,6 +146,9 @@ TEST_F(BrowserOnDisk, ATrialLeavesTheLayerWaiting) {
     model.tryFound(first("zinc"));
     EXPECT_EQ(loads.back(), "Keys/Zinc");
     EXPECT_EQ(onShow.loadTarget, 2);
+    model.clickCategory(place("Bass"));
+    EXPECT_EQ(loads.back(), "Bass/" + library.patchNames().front());
+    EXPECT_EQ(onShow.loadTarget, 2) << "the patch that is meant comes next";
 }
 
 TEST_F(BrowserOnDisk, PatchesBeyondTheListArePlayedAndRated) {
@@ -161,6 +164,10 @@ TEST_F(BrowserOnDisk, PatchesBeyondTheListArePlayedAndRated) {
     model.playFound(last);
     EXPECT_EQ(loads, Names{"Many/" + names.back()});
     EXPECT_EQ(library.patchNames().size(), PatchLibrary::mostPatches) << "the list stays as it is";
+    const std::vector<BrowserCategory> categories = model.categories();
+    const auto many = std::ranges::find(categories, "Many", &BrowserCategory::name);
+    ASSERT_NE(many, categories.end());
+    EXPECT_EQ(many->count, static_cast<int>(names.size())) << "all of the folder are counted";
     model.clickStar(0, 1);
     EXPECT_EQ(loadRanks("Many", {names.front(), names.back()}), (Ratings{1, 5})) << "stars of the list leave those beyond it";
     library.previousPatch();

@@ -62,5 +62,33 @@ TEST(PopupMenu, ColumnsStandBesideEachOther) {
     });
 }
 
+// As many patches as a library has, in both low windows with and without their effects.
+TEST(PopupMenu, AListTooLongForColumnsScrollsWithItsLabelsWhole) {
+    const WithGui gui;
+    for (const double width : {802.0, 1200.0}) {
+        for (const int count : {12, 60, 300}) {
+            std::vector<MenuRow> rows;
+            for (int row = 0; row < count; ++row)
+                rows.push_back({"My own patch of pads " + std::to_string(1000 + row), row, false, {}, {}});
+            const auto menu = VSTGUI::makeOwned<PopupMenu>(
+                VSTGUI::CRect(0, 0, width, lowHeight), VSTGUI::CRect(300, 20, 420, 36), rows, [](int) {}, [] {});
+            std::set<double> columns;
+            for (int row = 0; row < count; ++row) {
+                const auto place = menu->rowWith(row);
+                ASSERT_TRUE(place);
+                columns.insert(place->left);
+                EXPECT_GE(place->getWidth() - 14, measured(rows[row].label, style::Face::medium, 10)) << count << " in " << width;
+                EXPECT_LE(place->right, width);
+            }
+            EXPECT_EQ(columns.size() > 1, count == 12) << count << " in " << width;
+            VSTGUI::KeyboardEvent end;
+            end.virt = VSTGUI::VirtualKey::End;
+            menu->onKey(end);
+            EXPECT_LE(menu->rowWith(count - 1)->bottom, lowHeight) << "the last one comes into sight";
+            EXPECT_GE(menu->rowWith(count - 1)->top, 0);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace vantoric
