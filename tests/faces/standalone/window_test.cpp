@@ -229,15 +229,24 @@ TEST_F(WindowTest, ALastPatchThatCannotBeReadIsToldAndSetAside) {
 }
 
 TEST_F(WindowTest, StartsInASizeThatFitsTheScreen) {
-    std::filesystem::remove(installation_.sizeFile());
-    const testhost::XServer fullHd(1920, 1080);
-    desktop_ = std::make_unique<Desktop>();
-    open();
-    EXPECT_NEAR(place_.width, 1500, 1);
-    EXPECT_NEAR(place_.height, 825 + (barHeight + keysHeight) * zoom(), 2);
-    EXPECT_FALSE(std::filesystem::exists(installation_.sizeFile())) << "chosen by nobody";
-    close();
-    desktop_.reset();  // before its server ends
+    struct Start {
+        int screenWidth, screenHeight, width, height;
+        bool hasKeys;
+    };
+    constexpr Start starts[] = {
+        {1024, 600, 900, 495, false}, {1280, 800, 900, 495, true}, {1366, 768, 900, 495, true}, {1920, 1080, 1500, 825, true}};
+    for (const Start& start : starts) {
+        SCOPED_TRACE(std::to_string(start.screenWidth) + " x " + std::to_string(start.screenHeight));
+        std::filesystem::remove(installation_.sizeFile());
+        const testhost::XServer screen(start.screenWidth, start.screenHeight);
+        desktop_ = std::make_unique<Desktop>();
+        open();
+        EXPECT_NEAR(place_.width, start.width, 1);
+        EXPECT_NEAR(place_.height, start.height + (barHeight + (start.hasKeys ? keysHeight : 0)) * zoom(), 2);
+        EXPECT_FALSE(std::filesystem::exists(installation_.sizeFile())) << "chosen by nobody";
+        close();
+        desktop_.reset();  // before its server ends
+    }
     setenv("DISPLAY", server_.display().c_str(), 1);
 }
 
