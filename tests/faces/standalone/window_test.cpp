@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 
 #include "tests/faces/standalone/desktop.h"
 #include "tests/faces/standalone/program.h"
+#include "tests/window/compare_pictures.h"
 #include "tests/window/installation.h"
 #include "tests/window/x_server.h"
 
@@ -247,6 +249,27 @@ TEST_F(WindowTest, StartsInASizeThatFitsTheScreen) {
         close();
         desktop_.reset();  // before its server ends
     }
+    setenv("DISPLAY", server_.display().c_str(), 1);
+}
+
+// As tools/manual_pictures.sh takes it. The number of the load is another at each look.
+TEST_F(WindowTest, TheManualShowsItAsItFirstOpens) {
+    if (!std::filesystem::exists(installation_.folder() / "Vantoric_sounds")) GTEST_SKIP() << "the target patches is not built";
+    std::filesystem::remove(installation_.sizeFile());
+    const testhost::XServer screen(2000, 1200);
+    desktop_ = std::make_unique<Desktop>();
+    open({"--device", "null"});
+    testhost::pause(5);
+    const Picture stored = testhost::loadPng(std::string(MANUAL) + "/pictures/program.png");
+    ASSERT_FALSE(stored.isEmpty()) << "it is missing: tools/manual_pictures.sh program";
+    const Picture seen = desktop_->picture(place_);
+    const testhost::Difference d = difference(seen, reduced(stored, seen.width / 4));
+    if (const char* folder = std::getenv("VANTORIC_PICTURES")) savePng(seen, std::string(folder) + "/program.png");
+    std::printf("program: %.1f at %d, %d\n", d.largest, 4 * d.x, 4 * d.y);
+    EXPECT_LE(d.largest, testhost::tolerance) << "docs/manual/pictures/program.png no longer shows the program, " << 4 * d.x
+                                              << ", " << 4 * d.y << " pixels from its corner: tools/manual_pictures.sh program";
+    close();
+    desktop_.reset();  // before its server ends
     setenv("DISPLAY", server_.display().c_str(), 1);
 }
 
