@@ -23,8 +23,8 @@ done
 
 # The papers name nothing that is not there.
 papers=$prefix/share/doc/vantoric
-for paper in $(grep -o '`docs/[a-z]*\.md`' "$papers/README.md" | tr -d '`'); do
-    [ -f "$papers/$paper" ] || fail "README.md names $paper, which is not installed"
+for paper in $(grep -oh '`docs/[a-z]*[./][a-z]*`' "$papers/README.md" "$papers"/docs/*.md | tr -d '`' | sort -u); do
+    [ -e "$papers/$paper" ] || fail "a paper names $paper, which is not installed"
 done
 if [ -f "$prefix/share/vantoric/Vantoric_data/Manual.html" ]; then
     [ -f "$papers/Manual.html" ] || fail "the manual is not among the papers"
