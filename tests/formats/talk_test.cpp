@@ -8,7 +8,6 @@
 #include <thread>
 
 #include "faces/common/host_parameters.h"
-#include "parameters/label_lists.h"
 #include "tests/formats/formats_fixture.h"
 #include "tests/patch/patch_bench.h"
 
@@ -232,12 +231,6 @@ TEST_P(Formats, AChokeSoundsAsAnEnd) {
 
 // ---- the wheel and pressures
 
-double rowValue(vantoric::LabelList labels, std::string_view wanted) {
-    const auto found = std::find(labels.begin(), labels.end(), wanted);
-    EXPECT_NE(found, labels.end()) << wanted;
-    return vantoric::listValue(static_cast<int>(found - labels.begin()));
-}
-
 // A chord under them; without some of them where they are to be missed. No patch hears the pressure of one key, but it comes.
 std::vector<Event> leaning(int number, bool hasWheel, bool hasPressure) {
     if (number == 0) return {Event::note(0, 60), Event::note(37, 67)};
@@ -250,14 +243,15 @@ std::vector<Event> leaning(int number, bool hasWheel, bool hasPressure) {
 }
 
 TEST_P(Formats, TheWheelAndPressuresSoundAsByTheVst2Plugin) {
+    constexpr int aftertouchSource = 21, pitchDestination = 3;  // rows of the matrix's lists
     Reference made;
     for (const int layer : {par::Layer2On, par::Layer3On, par::Layer4On}) made.host.setParameter(layer, 0);
     const auto set = [&](int number, double to) {
         made.host.setParameter(vantoric::hostIndex(number, 0), static_cast<float>(to));
     };
     set(par::ArpType, 0);
-    set(par::MatSrc1, rowValue(vantoric::matrixSourceLabels, "Afterto."));
-    set(par::MatDst1, rowValue(vantoric::matrixDestinationLabels, "Pitch"));
+    set(par::MatSrc1, vantoric::listValue(aftertouchSource));
+    set(par::MatDst1, vantoric::listValue(pitchDestination));
     set(par::MatVal1, 1);
     const Bytes patch = made.host.chunk();
     const auto played = [&](bool hasWheel, bool hasPressure) {
