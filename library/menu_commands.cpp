@@ -225,7 +225,13 @@ void MenuCommands::init(int row) {
 
 // ---- help
 
-void MenuCommands::open(WebPage page) { openPage_(addressOf(page)); }
+void MenuCommands::open(const std::string& address, const std::string& place) {
+    if (!openPage_(address))
+        platform::showMessage(dialogs_, "Info", "No program that shows web pages could be started. This is where to look:\n%s",
+                              place.c_str());
+}
+
+void MenuCommands::open(WebPage page) { open(addressOf(page), addressOf(page)); }
 void MenuCommands::visitShop() { open(WebPage::shop); }
 
 void MenuCommands::help(int row) {
@@ -233,7 +239,7 @@ void MenuCommands::help(int row) {
         case 4: return open(WebPage::home);
         case 5: return open(WebPage::sounds);
         case 8: return open(WebPage::tutorial);
-        case 9: return static_cast<void>(openPage_(addressOfManual()));
+        case 9: return open(addressOfManual(), placeOfManual());
         case 11: return showVersion();
         case 12: return open(WebPage::updates);
         default: return;

@@ -87,6 +87,7 @@ private:
     void makeWave(int oscillator, const std::string& name);
     void showVersion();
     void open(WebPage page);
+    void open(const std::string& address, const std::string& place);
     void followLayer() { instrument_.sampleLoader().currentLayer = onShow_.layer; }
 
     // The wavetable that a custom wave was made of, and the count of loads at that time.

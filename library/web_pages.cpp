@@ -11,9 +11,13 @@ std::string addressOf(WebPage page) {
     return std::string("https://www.vantoric.example/") + pages[static_cast<int>(page)];
 }
 
-std::string addressOfManual() {
-    const std::string path = platform::bankFolder() + "Manual.html";
-    return platform::exists(path) ? platform::addressOfFile(path) : addressOf(WebPage::manual);
-}
+namespace {
+std::string manualFile() { return platform::bankFolder() + "Manual.html"; }
+bool hasManualFile() { return platform::exists(manualFile()); }
+}  // namespace
+
+std::string addressOfManual() { return hasManualFile() ? platform::addressOfFile(manualFile()) : addressOf(WebPage::manual); }
+
+std::string placeOfManual() { return hasManualFile() ? manualFile() : addressOf(WebPage::manual); }
 
 }  // namespace vantoric

@@ -11,6 +11,7 @@
 #else
 #include <spawn.h>
 #include <sys/wait.h>
+#include <cerrno>
 #include <csignal>
 
 extern char** environ;
@@ -49,22 +50,32 @@ bool openWebPage(const std::string& address) {
 
 #else
 
-// The shell starts the opener in the background and is gone at once, so that no child is left for the host to wait for.
+// The shell starts the opener in the background and is gone at once, so that no child is left for the host to wait for. It fails
+// where there is no opener.
 bool openWebPage(const std::string& address) {
-    std::string shell = "sh", option = "-c", script = "xdg-open \"$1\" >/dev/null 2>&1 </dev/null &", text = address;
+    std::string shell = "sh", option = "-c", text = address;
+    std::string script =
+        "opener=$(command -v xdg-open) && [ -f \"$opener\" ] && [ -x \"$opener\" ] || exit 1\n"
+        "\"$opener\" \"$1\" >/dev/null 2>&1 </dev/null &";
     char* const arguments[] = {shell.data(), option.data(), script.data(), shell.data(), text.data(), nullptr};
     posix_spawnattr_t attributes;
     if (posix_spawnattr_init(&attributes) != 0) return false;
-    sigset_t none;
-    sigemptyset(&none);  // hosts may hold signals back on their threads
+    sigset_t none, usual;
+    sigemptyset(&none);  // hosts may hold signals back on their threads, or take no note of children that end
+    sigemptyset(&usual);
+    sigaddset(&usual, SIGCHLD);
     posix_spawnattr_setsigmask(&attributes, &none);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    posix_spawnattr_setsigdefault(&attributes, &usual);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     pid_t child = 0;
     const int failure = posix_spawn(&child, "/bin/sh", nullptr, &attributes, arguments, environ);
     posix_spawnattr_destroy(&attributes);
     if (failure != 0) return false;
     int status = 0;
-    return waitpid(child, &status, 0) == child && status == 0;
+    pid_t ended = 0;
+    do ended = waitpid(child, &status, 0);
+    while (ended < 0 && errno == EINTR);
+    return ended != child || status == 0;  // where the host has taken the answer away it is believed to be good
 }
 
 #endif

@@ -37,6 +37,7 @@ for folder in applications icons man; do
     [ ! -d "$scratch/usr/share/$folder" ] || mv "$scratch/usr/share/$folder" "$scratch/$name/share/"
 done
 mv "$scratch/usr/share/doc/vantoric/"* "$scratch/$name/"
+[ ! -L "$scratch/$name/Manual.html" ] || ln -sf Vantoric/Vantoric_data/Manual.html "$scratch/$name/Manual.html"
 cp packaging/install.sh LICENSE "$scratch/$name/"
 tar -C "$scratch" --owner=0 --group=0 --sort=name -cf - "$name" | xz -T0 >"$out/$name.tar.xz"
 

@@ -22,6 +22,7 @@
 #include "apps/render/settings.h"
 #include "apps/render/settle.h"
 #include "apps/render/wave_output.h"
+#include "base/real_option.h"
 #include "base/version.h"
 
 namespace {
@@ -66,22 +67,23 @@ void describe(CLI::App& app, Options& options) {
     app.add_option("--format", options.format, "samples of the WAV file")
         ->check(CLI::IsMember({"16", "24", "32f"}))
         ->capture_default_str();
-    app.add_option("--gain", options.gainDecibels, "gain in dB")->check(CLI::Range(-120.0, 60.0));
-    app.add_option("--loudness", options.loudness,
-                   "bring the recording to this integrated loudness in LUFS (ITU-R BS.1770; default: what the mix says)")
-        ->check(CLI::Range(-60.0, 0.0));
-    app.add_option("--true-peak", options.truePeak,
-                   "highest true peak in dB of a recording that is brought to a loudness; where plain gain would pass it, "
-                   "a limiter that looks ahead holds it")
-        ->check(CLI::Range(-20.0, 0.0))
+    holdToReal(app.add_option("--gain", options.gainDecibels, "gain in dB"), -120, 60);
+    holdToReal(app.add_option("--loudness", options.loudness,
+                              "bring the recording to this integrated loudness in LUFS (ITU-R BS.1770; default: what the mix "
+                              "says)"),
+               -60, 0);
+    holdToReal(app.add_option("--true-peak", options.truePeak,
+                              "highest true peak in dB of a recording that is brought to a loudness; where plain gain would "
+                              "pass it, a limiter that looks ahead holds it"),
+               -20, 0)
         ->capture_default_str();
-    app.add_option("--start", options.render.start, "begin at this second of the song")->check(CLI::Range(0.0, 1e6));
-    app.add_option("--end", options.render.end, "let go of all notes at this second of the song")->check(CLI::Range(0.0, 1e6));
-    app.add_option("--tail", options.render.tail,
-                   "seconds to render after the last note (default: until it is silent, at most 10)")
-        ->check(CLI::Range(0.0, 600.0));
-    app.add_option("--settle", options.settle, "seconds to wait at most until the plug-in has loaded its data")
-        ->check(CLI::Range(0.0, 600.0))
+    holdToReal(app.add_option("--start", options.render.start, "begin at this second of the song"), 0, 1e6);
+    holdToReal(app.add_option("--end", options.render.end, "let go of all notes at this second of the song"), 0, 1e6);
+    holdToReal(app.add_option("--tail", options.render.tail,
+                              "seconds to render after the last note (default: until it is silent, at most 10)"),
+               0, 600);
+    holdToReal(app.add_option("--settle", options.settle, "seconds to wait at most until the plug-in has loaded its data"), 0,
+               600)
         ->capture_default_str();
     app.add_flag("--fail-on-silence", options.failOnSilence, "fail if nothing louder than -80 dB comes out");
     app.add_flag("--quiet", options.quiet, "print nothing but problems");

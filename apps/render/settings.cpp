@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <optional>
 
 namespace vantoric::render {
@@ -22,11 +23,11 @@ std::string folded(std::string text) {
     return trimmed(text);
 }
 
-// The whole text as a number.
+// The whole text as a number; "nan" and "inf" are none.
 std::optional<double> number(const std::string& text) {
     double value = 0.0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
     return value;
 }
 

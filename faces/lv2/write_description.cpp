@@ -89,6 +89,11 @@ std::string valuePort(int port, int index) {
     return text + "    ]";
 }
 
+// LV2 counts minor and micro, and an even micro version is a release: 3.3.0 is 3 and 60.
+constexpr int minorOf(int version) { return version / 1000; }
+constexpr int microOf(int version) { return version / 10 % 100 * 2; }
+static_assert(minorOf(3300) == 3 && microOf(3300) == 60 && microOf(3310) == 62 && microOf(3400) == 80 && microOf(4000) == 0);
+
 std::string soundPort(int port, const char* symbol, const char* name) {
     return std::string(" , [\n        a lv2:OutputPort , lv2:AudioPort ;\n        lv2:index ") + std::to_string(port) +
            " ;\n        lv2:symbol \"" + symbol + "\" ;\n        lv2:name \"" + name + "\" ;\n    ]";
@@ -109,15 +114,14 @@ std::string plugin(bool hasWindow) {
         text += inAngles(groupUri(group)) + "\n    a pg:InputGroup ;\n    lv2:symbol \"" + symbol + "\" ;\n    lv2:name \"" +
                 group + "\" .\n\n";
     }
-    // LV2 counts minor and micro; an even micro version is a release.
-    const int minor = versionNumber / 1000, micro = versionNumber / 10 % 100 / 2 * 2;
-    text +=
-        inAngles(pluginUri) + "\n    a lv2:Plugin , lv2:InstrumentPlugin , doap:Project ;\n    doap:name \"" + identity::name +
-        "\" ;\n    doap:license <https://spdx.org/licenses/GPL-3.0-or-later> ;\n    doap:maintainer [ foaf:name \"" +
-        identity::vendor + "\" ; foaf:homepage <" + identity::homePage + "> ] ;\n    rdfs:comment \"" + identity::description +
-        "\" ;\n    lv2:minorVersion " + std::to_string(minor) + " ;\n    lv2:microVersion " + std::to_string(micro) +
-        " ;\n    lv2:requiredFeature urid:map ;\n    lv2:optionalFeature lv2:hardRTCapable , state:threadSafeRestore ;\n"
-        "    lv2:extensionData state:interface ;\n";
+    text += inAngles(pluginUri) + "\n    a lv2:Plugin , lv2:InstrumentPlugin , doap:Project ;\n    doap:name \"" +
+            identity::name +
+            "\" ;\n    doap:license <https://spdx.org/licenses/GPL-3.0-or-later> ;\n    doap:maintainer [ foaf:name \"" +
+            identity::vendor + "\" ; foaf:homepage <" + identity::homePage + "> ] ;\n    rdfs:comment \"" +
+            identity::description + "\" ;\n    lv2:minorVersion " + std::to_string(minorOf(versionNumber)) +
+            " ;\n    lv2:microVersion " + std::to_string(microOf(versionNumber)) +
+            " ;\n    lv2:requiredFeature urid:map ;\n    lv2:optionalFeature lv2:hardRTCapable , state:threadSafeRestore ;\n"
+            "    lv2:extensionData state:interface ;\n";
     if (hasWindow) text += "    ui:ui " + inAngles(windowUri) + " ;\n";
     text +=
         "    lv2:port [\n        a lv2:InputPort , atom:AtomPort ;\n        atom:bufferType atom:Sequence ;\n"

@@ -142,14 +142,20 @@ private:
 }  // namespace
 
 std::unique_ptr<SoundDevice> openJack(Player& player, std::string& problem) {
-    const JackLibrary* const jack = JackLibrary::shared();
-    if (jack == nullptr) return problem = "JACK: its library is not installed", nullptr;
-    jack_status_t status{};
-    jack_client_t* const client = jack->client_open("Vantoric", JackNoStartServer, &status);
-    if (client == nullptr) return problem = "JACK: no server is running", nullptr;
-    auto device = std::make_unique<JackDevice>(*jack, player, client);
-    if (!device->start(problem)) return nullptr;
-    return device;
+    problem = "JACK: its library is not installed";
+    for (const auto library : {&JackLibrary::shared, &JackLibrary::ofPipeWire}) {
+        const JackLibrary* const jack = library();
+        if (jack == nullptr) continue;
+        problem = "JACK: no server is running";
+        jack_status_t status{};
+        jack_client_t* const client = jack->client_open("Vantoric", JackNoStartServer, &status);
+        if (client == nullptr) continue;
+        auto device = std::make_unique<JackDevice>(*jack, player, client);
+        problem.clear();
+        if (!device->start(problem)) return nullptr;
+        return device;
+    }
+    return nullptr;
 }
 
 }  // namespace vantoric::standalone

@@ -2,7 +2,9 @@
 
 #include <dlfcn.h>
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 namespace vantoric::standalone {
 namespace {
@@ -25,8 +27,30 @@ private:
     bool hasAll_ = true;
 };
 
-bool load(JackLibrary& jack) {
-    void* const library = dlopen("libjack.so.0", RTLD_NOW | RTLD_NODELETE);
+void* open(const std::string& name) { return dlopen(name.c_str(), RTLD_NOW | RTLD_NODELETE); }
+
+// The folders that the loader looks into.
+std::vector<std::string> libraryFolders() {
+    std::vector<std::string> folders;
+    void* const program = dlopen(nullptr, RTLD_NOW);
+    Dl_serinfo size;
+    if (program == nullptr || dlinfo(program, RTLD_DI_SERINFOSIZE, &size) != 0) return folders;
+    std::vector<std::max_align_t> memory(size.dls_size / sizeof(std::max_align_t) + 1);
+    auto* const found = reinterpret_cast<Dl_serinfo*>(memory.data());
+    *found = size;
+    if (dlinfo(program, RTLD_DI_SERINFO, found) != 0) return folders;
+    for (unsigned i = 0; i < found->dls_cnt; ++i) folders.emplace_back(found->dls_serpath[i].dls_name);
+    return folders;
+}
+
+// Where PipeWire's own library is not the system's, it lies in a folder beside it that only `pw-jack` shows to the loader.
+void* openOfPipeWire() {
+    for (const std::string& folder : libraryFolders())
+        if (void* const library = open(folder + "/pipewire-0.3/jack/libjack.so.0")) return library;
+    return nullptr;
+}
+
+bool load(JackLibrary& jack, void* library) {
     if (library == nullptr) return false;
     Finder finder(library);
     finder.find(jack.client_open, "client_open");
@@ -67,7 +91,13 @@ bool load(JackLibrary& jack) {
 
 const JackLibrary* JackLibrary::shared() {
     static JackLibrary library{};
-    static const bool isLoaded = load(library);
+    static const bool isLoaded = load(library, open("libjack.so.0"));
+    return isLoaded ? &library : nullptr;
+}
+
+const JackLibrary* JackLibrary::ofPipeWire() {
+    static JackLibrary library{};
+    static const bool isLoaded = load(library, openOfPipeWire());
     return isLoaded ? &library : nullptr;
 }
 

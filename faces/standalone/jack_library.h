@@ -10,6 +10,8 @@ namespace vantoric::standalone {
 struct JackLibrary {
     // Null where the library isn't installed or lacks a function. Stays loaded.
     static const JackLibrary* shared();
+    // PipeWire's own where it is not the one above, or null: for where that one finds no server.
+    static const JackLibrary* ofPipeWire();
 
     decltype(&::jack_client_open) client_open;
     decltype(&::jack_client_close) client_close;

@@ -171,6 +171,7 @@ int run(const Options& asked) {
     Standalone program(written);
     const SoundChoice choice = chosenSound(settings.sound, options);
     if (options.listDevices) return listDevices(program);
+    if (const std::string unused = unusedDevice(options); !unused.empty()) complain(Exit::done, unused);
     if (options.probe) return probe(program, choice);
     if (options.withWindow && !hasDisplay())
         return complain(Exit::noDisplay, "there is no display. --no-window plays without one.");

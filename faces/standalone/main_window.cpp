@@ -59,19 +59,23 @@ void MainWindow::fitTop() {
     top_.resize(size.width, size.height + stripPixels() + below);
 }
 
-// The largest size of the whole editor that leaves room for all parts.
+// The largest size of the whole editor that leaves room for all parts, else the smallest.
 int MainWindow::startSize() const {
     const TopWindow::Size screen = TopWindow::screen();
-    int best = 0;
+    const auto across = [](int index) { return sizeRow(index).width * zoomOfSize(index); };
+    const auto fits = [&](int index) {
+        const double unit = across(index) / wholeWidth;
+        const double high = sizeRow(index).height * zoomOfSize(index) + (barHeight + keysHeight) * unit;
+        return across(index) <= screen.width && high + desktopBars <= screen.height;
+    };
+    int smallest = -1, largest = -1;
     for (int index = 0; index < editorSizeCount; ++index) {
         const SizeRow& row = sizeRow(index);
-        const double across = row.width * zoomOfSize(index), high = row.height * zoomOfSize(index);
-        const double unit = across / wholeWidth;
-        const bool isWhole = row.height * 2 > row.width;  // nothing hidden
-        if (!isWhole || across > screen.width || high + (barHeight + keysHeight) * unit + desktopBars > screen.height) continue;
-        if (across > sizeRow(best).width * zoomOfSize(best)) best = index;
+        if (row.height * 2 <= row.width) continue;  // with something hidden
+        if (smallest < 0 || across(index) < across(smallest)) smallest = index;
+        if (fits(index) && (largest < 0 || across(index) > across(largest))) largest = index;
     }
-    return best;
+    return largest >= 0 ? largest : smallest;
 }
 
 bool MainWindow::keysFit() const { return editor_.size().height + stripPixels() + desktopBars <= top_.screen().height; }

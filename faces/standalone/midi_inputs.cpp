@@ -15,7 +15,8 @@ void MidiInputs::openSystem() {
 void MidiInputs::poll(MidiPort* device) {
     openSystem();
     inputs_.clear();
-    hasOwn_ = device != nullptr && !device->inputs().empty();
+    hasPort_ = device != nullptr;
+    hasOwn_ = hasPort_ && !device->inputs().empty();
     std::set<Settled> seen;
     if (device != nullptr) follow(*device, hasOwn_, seen);
     if (system_) follow(*system_, !hasOwn_, seen);
@@ -46,6 +47,7 @@ void MidiInputs::setWanted(const std::string& name, bool wanted) {
 
 std::string MidiInputs::description() const {
     if (hasOwn_) return "JACK, port midi_in";
+    if (hasPort_ && !system_) return "JACK, port midi_in; no ALSA sequencer";
     return system_ ? system_->description() : problem_;
 }
 

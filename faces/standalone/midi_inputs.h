@@ -32,7 +32,7 @@ public:
     // For the user: "ALSA sequencer, port 128:0".
     std::string description() const;
     // Whether anything can be connected at all.
-    bool isThere() const { return hasOwn_ || system_ != nullptr; }
+    bool isThere() const { return hasPort_ || system_ != nullptr; }
 
 private:
     static constexpr double retryEvery = 5.0;  // seconds
@@ -49,7 +49,8 @@ private:
     std::vector<MidiInput> inputs_;
     std::set<std::string> unwanted_;
     std::set<Settled> settled_;  // what was connected or parted already
-    bool hasOwn_ = false;        // the device offers inputs
+    bool hasPort_ = false;       // the device takes MIDI
+    bool hasOwn_ = false;        // and offers inputs
     double nextTry_ = 0;
 };
 

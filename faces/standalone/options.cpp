@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/real_option.h"
 #include "base/version.h"
 #include "faces/standalone/system.h"
 
@@ -30,7 +31,7 @@ void describe(CLI::App& app, Options& options, std::string& sound) {
     app.add_option("--period", options.period, system.period)->check(CLI::Range(16, 8192));
     app.add_option("--record", options.record, "WAV file to record what is played into, from the first frame on")
         ->check(somethingIn);
-    app.add_option("--seconds", options.seconds, "end after playing for so long")->check(CLI::Range(0.001, 1e6));
+    holdToReal(app.add_option("--seconds", options.seconds, "end after playing for so long"), 0.001, 1e6);
     app.add_flag("--list-devices", options.listDevices, "print the sound devices and keyboards that there are");
     app.add_flag("--probe", options.probe, "tell by the exit code whether there are a display and a sound device");
     app.set_version_flag("--version", std::string("vantoric ") + versionText, "print the version");
@@ -62,6 +63,11 @@ SoundChoice chosenSound(const SoundChoice& kept, const Options& options) {
     if (options.rate) choice.rate = *options.rate;
     if (options.period) choice.period = *options.period;
     return choice;
+}
+
+std::string unusedDevice(const Options& options) {
+    if (!options.device || !options.sound || *options.sound == namedSound() || *options.sound == SoundKind::automatic) return {};
+    return "--device is of --sound " + nameOf(namedSound()) + " alone: \"" + *options.device + "\" is not used";
 }
 
 }  // namespace vantoric::standalone

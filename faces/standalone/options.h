@@ -29,5 +29,7 @@ std::optional<Exit> readOptions(int count, char** texts, Options& options);
 
 // The kept choice with what the command line says.
 SoundChoice chosenSound(const SoundChoice& kept, const Options& options);
+// What to tell of a device that was named beside a kind of sound that takes none; empty if all is well.
+std::string unusedDevice(const Options& options);
 
 }  // namespace vantoric::standalone

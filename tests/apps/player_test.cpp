@@ -519,9 +519,15 @@ TEST_F(Program, FailsOnTroubleWithTheRender) {
 }
 
 TEST_F(Program, FailsOnWrongUse) {
-    for (const char* wrong : {"--rate 7999", "--rate 200000", "--block 0", "--block 32769", "--block x", "--format 8",
-                              "--nonsense", "--set Nothing=1", "--start 2 --end 1"})
+    for (const char* wrong :
+         {"--rate 7999", "--rate 200000", "--block 0", "--block 32769", "--block x", "--format 8", "--nonsense",
+          "--set Nothing=1", "--set nan:Volume=1", "--set Volume=nan", "--set Volume=#inf", "--start 2 --end 1"})
         EXPECT_EQ(run(song() + " " + wave + plugin() + wrong), 2) << wrong;
+    for (const std::string option : {"--gain", "--loudness", "--true-peak", "--start", "--end", "--tail", "--settle"})
+        for (const char* number : {"nan", "-nan", "inf", "-inf", "1e999", "1e9", "one", "1x"}) {
+            EXPECT_EQ(run(song() + " " + wave + plugin() + option + "=" + number), 2) << option << ' ' << number;
+            EXPECT_NE(errors.find(option + ": should be a number from "), std::string::npos) << errors;
+        }
     EXPECT_EQ(run(""), 2);
     EXPECT_EQ(run("--help"), 0);
 }

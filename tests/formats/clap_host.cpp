@@ -48,7 +48,7 @@ private:
 
 class ClapHost final : public FormatHost {
 public:
-    ClapHost() {
+    explicit ClapHost(bool hasTimers) : offersTimers_(hasTimers) {
         const auto* entry = static_cast<const clap_plugin_entry_t*>(loadModule(CLAP_MODULE, "clap_entry"));
         entry->init(CLAP_MODULE);
         const auto* factory = static_cast<const clap_plugin_factory_t*>(entry->get_factory(CLAP_PLUGIN_FACTORY_ID));
@@ -240,6 +240,13 @@ private:
             note.key = static_cast<std::int16_t>(isNumbered && event.status < 0x90 ? -1 : event.data1);
             note.velocity = event.data2 / 127.0;
             list.add(note, event.status < 0x90 ? CLAP_EVENT_NOTE_OFF : CLAP_EVENT_NOTE_ON, event.frame);
+        } else if (event.kind == Event::ending) {
+            clap_event_note_t note{};
+            note.note_id = event.noteId;
+            note.port_index = -1;
+            note.channel = static_cast<std::int16_t>(event.channel);
+            note.key = static_cast<std::int16_t>(event.key);
+            list.add(note, event.isChoke ? CLAP_EVENT_NOTE_CHOKE : CLAP_EVENT_NOTE_OFF, event.frame);
         } else if (event.kind == Event::midi) {
             clap_event_midi_t midi{};
             midi.data[0] = event.status;
@@ -262,7 +269,7 @@ private:
     }
 
     static ClapHost& of(const clap_host_t* host) { return *static_cast<ClapHost*>(host->host_data); }
-    static const void* answer(const clap_host_t*, const char* id) {
+    static const void* answer(const clap_host_t* asking, const char* id) {
         static const clap_host_params_t params = {[](const clap_host_t*, clap_param_rescan_flags) {},
                                                   [](const clap_host_t*, clap_id, clap_param_clear_flags) {},
                                                   [](const clap_host_t* host) { of(host).wantsFlush_ = true; }};
@@ -285,7 +292,7 @@ private:
         if (std::strcmp(id, CLAP_EXT_PARAMS) == 0) return &params;
         if (std::strcmp(id, CLAP_EXT_STATE) == 0) return &state;
         if (std::strcmp(id, CLAP_EXT_GUI) == 0) return &gui;
-        return std::strcmp(id, CLAP_EXT_TIMER_SUPPORT) == 0 ? &timer : nullptr;
+        return std::strcmp(id, CLAP_EXT_TIMER_SUPPORT) == 0 && of(asking).offersTimers_ ? &timer : nullptr;
     }
 
     clap_host_t host_{CLAP_VERSION_INIT,
@@ -301,11 +308,12 @@ private:
     const clap_plugin_t* plugin_ = nullptr;
     std::atomic<bool> wantsFlush_{false}, wantsCallback_{false};
     std::atomic<bool> isOn_{false};
-    bool asNote_ = false, hasTimer_ = false;
+    bool offersTimers_, asNote_ = false, hasTimer_ = false;
 };
 
 }  // namespace
 
-std::unique_ptr<FormatHost> makeClapHost() { return std::make_unique<ClapHost>(); }
+std::unique_ptr<FormatHost> makeClapHost() { return std::make_unique<ClapHost>(true); }
+std::unique_ptr<FormatHost> makeClapHostWithoutTimers() { return std::make_unique<ClapHost>(false); }
 
 }  // namespace testhost

@@ -15,13 +15,16 @@
 namespace testhost {
 
 struct Event {
-    enum Kind { midi, value, modulation } kind = midi;
+    enum Kind { midi, value, modulation, ending } kind = midi;
     int frame = 0;
     std::uint8_t status = 0, data1 = 0, data2 = 0;
     int index = 0;         // of a parameter
     double plain = 0;      // its value, from 0 to `largest`
     double largest = 1.0;  // plain value of the parameter
     int noteId = -1;       // of a note: where it is not -1, formats that have numbers name the note by it alone
+
+    int channel = -1, key = -1;  // of an ending, with the number; -1 leaves it open
+    bool isChoke = false;
 
     static Event note(int frame, int key, bool isOn = true) {
         return {midi, frame, static_cast<std::uint8_t>(isOn ? 0x90 : 0x80), static_cast<std::uint8_t>(key), 100};
@@ -37,6 +40,24 @@ struct Event {
         Event made = note(frame, key, isOn);
         made.noteId = id;
         return made;
+    }
+    // Ends all notes that it describes, in a format that can say so.
+    static Event end(int id, int channel, int key, bool isChoke) {
+        Event made;
+        made.kind = ending;
+        made.noteId = id;
+        made.channel = channel;
+        made.key = key;
+        made.isChoke = isChoke;
+        return made;
+    }
+    // Of the first channel: the wheel from 0 to 16383, the pressure of all keys and of one.
+    static Event wheel(int frame, int to) {
+        return {midi, frame, 0xe0, static_cast<std::uint8_t>(to & 127), static_cast<std::uint8_t>(to >> 7)};
+    }
+    static Event pressure(int frame, int to) { return {midi, frame, 0xd0, static_cast<std::uint8_t>(to)}; }
+    static Event keyPressure(int frame, int key, int to) {
+        return {midi, frame, 0xa0, static_cast<std::uint8_t>(key), static_cast<std::uint8_t>(to)};
     }
 };
 
@@ -186,6 +207,7 @@ struct Format {
 std::vector<Format> formats();
 
 std::unique_ptr<FormatHost> makeClapHost();
+std::unique_ptr<FormatHost> makeClapHostWithoutTimers();
 std::unique_ptr<FormatHost> makeLv2Host();
 std::unique_ptr<FormatHost> makeVst3Host();
 

@@ -182,6 +182,98 @@ TEST_P(Formats, ANoteWhoseKeyIsTakenIsOver) {
     EXPECT_EQ(nextEnds(*host), (std::vector<int>{49}));
 }
 
+// Those of the notes 7 and 8 that have ended some time after this, and are not sounded any more.
+std::vector<int> endedBy(FormatHost& host, const Event& ending, std::size_t expected) {
+    loadCalmPatch(host);
+    host.render(block, {Event::numbered(0, 7, 60, true), Event::numbered(0, 8, 67, true)});
+    for (int i = 0; i < 20; ++i) host.render(block);
+    EXPECT_TRUE(host.takeEnds().empty());
+    host.render(block, {ending});
+    std::vector<int> ended;
+    for (int i = 0; i < 3000 && ended.size() < expected; ++i)
+        for (const int id : nextEnds(host)) ended.push_back(id);
+    for (int i = 0; i < 20; ++i) host.render(block);
+    for (const int id : host.takeEnds()) ended.push_back(id);
+    std::sort(ended.begin(), ended.end());
+    return ended;
+}
+
+// Number, channel and key each describe notes, and what is left open describes all. A choke acts as an end.
+TEST_P(Formats, NotesAreEndedByWhatDescribesThem) {
+    if (GetParam().name != "clap") GTEST_SKIP() << "the format has no numbers of notes";
+    const std::vector<int> first = {7}, second = {8}, both = {7, 8};
+    for (const bool isChoke : {false, true}) {
+        SCOPED_TRACE(isChoke ? "choke" : "off");
+        EXPECT_EQ(endedBy(*make(), Event::end(-1, -1, -1, isChoke), 2), both);
+        EXPECT_EQ(endedBy(*make(), Event::end(7, -1, -1, isChoke), 1), first);
+        EXPECT_EQ(endedBy(*make(), Event::end(-1, 0, 67, isChoke), 1), second);
+        EXPECT_EQ(endedBy(*make(), Event::end(-1, -1, 67, isChoke), 1), second);
+        EXPECT_EQ(endedBy(*make(), Event::end(-1, 0, -1, isChoke), 2), both);
+    }
+}
+
+TEST_P(Formats, AChokeSoundsAsAnEnd) {
+    if (GetParam().name != "clap") GTEST_SKIP() << "the format has no chokes";
+    const auto released = make(), choked = make(), held = make();
+    const auto playedWith = [&](FormatHost& host, const std::vector<Event>& then) {
+        loadCalmPatch(host);
+        Sound sound = host.render(block, {Event::numbered(0, 7, 60, true)});
+        for (int i = 0; i < 20; ++i) sound.append(host.render(block));
+        sound.append(host.render(block, then));
+        for (int i = 0; i < 40; ++i) sound.append(host.render(block));
+        return sound;
+    };
+    const Sound expected = playedWith(*released, {Event::end(7, 0, 60, false)});
+    EXPECT_GT(expected.peak(), 0.01f);
+    EXPECT_TRUE(playedWith(*choked, {Event::end(7, 0, 60, true)}) == expected);
+    EXPECT_FALSE(playedWith(*held, {}) == expected);
+}
+
+// ---- the wheel and pressures
+
+// A chord under them; without some of them where they are to be missed. No patch hears the pressure of one key, but it comes.
+std::vector<Event> leaning(int number, bool hasWheel, bool hasPressure) {
+    if (number == 0) return {Event::note(0, 60), Event::note(37, 67)};
+    if (number == 5 && hasWheel) return {Event::wheel(7, 12001), Event::wheel(300, 16383)};
+    if (number == 12 && hasPressure) return {Event::pressure(100, 90)};
+    if (number == 16) return {Event::keyPressure(3, 60, 80)};
+    if (number == 20 && hasWheel) return {Event::wheel(200, 0)};
+    if (number == 26 && hasPressure) return {Event::pressure(9, 1)};
+    return {};
+}
+
+TEST_P(Formats, TheWheelAndPressuresSoundAsByTheVst2Plugin) {
+    constexpr int aftertouchSource = 21, pitchDestination = 3;  // rows of the matrix's lists
+    Reference made;
+    for (const int layer : {par::Layer2On, par::Layer3On, par::Layer4On}) made.host.setParameter(layer, 0);
+    const auto set = [&](int number, double to) {
+        made.host.setParameter(vantoric::hostIndex(number, 0), static_cast<float>(to));
+    };
+    set(par::ArpType, 0);
+    set(par::MatSrc1, vantoric::listValue(aftertouchSource));
+    set(par::MatDst1, vantoric::listValue(pitchDestination));
+    set(par::MatVal1, 1);
+    const Bytes patch = made.host.chunk();
+    const auto played = [&](bool hasWheel, bool hasPressure) {
+        const auto host = make();
+        EXPECT_TRUE(host->load(patch, 1u << 20));
+        Sound sound;
+        for (int i = 0; i < 40; ++i) sound.append(host->render(block, leaning(i, hasWheel, hasPressure)));
+        return sound;
+    };
+    Reference reference;
+    ASSERT_TRUE(reference.host.setChunk(patch));
+    Sound expected;
+    for (int i = 0; i < 40; ++i) {
+        send(reference.host, leaning(i, true, true));
+        expected.append(reference.host.render(block));
+    }
+    EXPECT_GT(expected.peak(), 0.01f);
+    EXPECT_TRUE(played(true, true) == expected);
+    EXPECT_FALSE(played(false, true) == expected) << "the wheel is not heard";
+    EXPECT_FALSE(played(true, false) == expected) << "pressure is not heard";
+}
+
 TEST_P(Formats, AResetIsSilent) {
     if (GetParam().name != "clap") GTEST_SKIP() << "the format switches off and on";
     const auto host = make();

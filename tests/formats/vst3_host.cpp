@@ -421,15 +421,30 @@ private:
         for (; *text != 0; ++text) made += static_cast<char>(*text);
         return made;
     }
+    static void addPressure(Events& notes, const Event& event) {
+        Vst::Event made{};
+        made.sampleOffset = event.frame;
+        made.type = Vst::Event::kPolyPressureEvent;
+        made.polyPressure = {static_cast<int16>(event.status & 15), event.data1, static_cast<float>(event.data2) / 127.0f, -1};
+        notes.events.push_back(made);
+    }
     void add(Changes& changes, Events& notes, const Event& event) {
         if (event.kind == Event::value)
             return changes.add(static_cast<Vst::ParamID>(event.index), event.frame, event.plain / event.largest);
         if (event.kind != Event::midi) return;
-        if (event.status >= 0xb0) {
+        const auto control = [&](int controller, double to) {
             Vst::ParamID number = 0;
-            if (mapping_->getMidiControllerAssignment(0, event.status & 15, event.data1, number) == kResultTrue)
-                changes.add(number, event.frame, event.data2 / 127.0);
-            return;
+            const auto asked = static_cast<Vst::CtrlNumber>(controller);
+            if (mapping_->getMidiControllerAssignment(0, event.status & 15, asked, number) == kResultTrue)
+                changes.add(number, event.frame, to);
+        };
+        switch (event.status & 0xf0) {
+            case 0xa0: return addPressure(notes, event);
+            case 0xb0: return control(event.data1, event.data2 / 127.0);
+            case 0xc0: return;  // the format has no way for it
+            case 0xd0: return control(Vst::kAfterTouch, event.data1 / 127.0);
+            case 0xe0: return control(Vst::kPitchBend, (event.data1 | event.data2 << 7) / 16383.0);
+            default: break;
         }
         Vst::Event note{};
         note.sampleOffset = event.frame;

@@ -183,6 +183,29 @@ TEST_P(Formats, AGestureBetweenTwoBlocksIsToldOnce) {
     host->closeWindow();
 }
 
+#ifdef CLAP_MODULE
+// The plug-in asks for turns on the main thread, and has what timers would have given.
+TEST(ClapWithoutTimers, TheWindowLives) {
+    const auto desk = Desk::open();
+    if (!desk) GTEST_SKIP() << "no X server to start";
+    const auto host = makeClapHostWithoutTimers();
+    host->start(rate, block);
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(host->openWindow(desk->window()));
+        host->render(block, {Event::set(0, par::EqLow, 0.5)});
+        toldAfterwards(*host, *desk);
+        const Place knob = placeOf("EQ LOW", *desk);
+        desk->move(*host, knob.x, knob.y);
+        desk->button(*host, true, 4);
+        desk->button(*host, false, 4);
+        expectGesture(toldAfterwards(*host, *desk), par::EqLow);
+        host->closeWindow();
+        desk->settle(*host);
+        EXPECT_TRUE(desk->children().empty());
+    }
+}
+#endif
+
 // A host that makes its next window before it has closed the last.
 TEST_P(Formats, AWindowOpenedTwiceIsWhereItWasOpenedLast) {
     const auto first = Desk::open(), second = Desk::open();

@@ -97,10 +97,11 @@ struct MenuBench {
     OnShow onShow;
     platform::RecordedDialogs dialogs;
     std::vector<std::string> pages;
+    bool hasOpener = true;
     NotedCommands commands;
     MenuCommands menus{audio, onShow, dialogs, [this](const std::string& address) {
                            pages.push_back(address);
-                           return true;
+                           return hasOpener;
                        }};
 };
 

@@ -260,6 +260,23 @@ TEST_F(Menus, TheManualIsTheInstalledOneWhereThereIsOne) {
     EXPECT_TRUE(pages.back().starts_with("file:///") && pages.back().ends_with("/Vantoric_data/Manual.html")) << pages.back();
 }
 
+TEST_F(Menus, WithoutAnOpenerTheUserReadsWhereToLook) {
+    menus.help(9);
+    EXPECT_TRUE(shown().empty());
+    hasOpener = false;
+    menus.help(12);
+    EXPECT_NE(shown().back().find(addressOf(WebPage::updates)), std::string::npos);
+    menus.help(9);
+    EXPECT_NE(shown().back().find(addressOf(WebPage::manual)), std::string::npos);
+    const std::string path = platform::bankFolder() + "Manual.html";
+    platform::makeFolder(platform::bankFolder());
+    ASSERT_TRUE(platform::writeFile(path, "", 0));
+    menus.help(9);
+    const std::vector<std::string> boxes = shown();
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_TRUE(boxes[0].ends_with("\n" + path)) << boxes[0];
+}
+
 TEST_F(Menus, LoadTargetsAreArmed) {
     menus.file(3);
     EXPECT_EQ(onShow.loadTarget, 3);

@@ -21,6 +21,27 @@ for program in "$prefix"/bin/*; do
     "$program" --version | grep -q "^$(basename "$program") [0-9]" || fail "$program does not tell its version"
 done
 
+# The papers name nothing that is not there.
+papers=$prefix/share/doc/vantoric
+for paper in $(grep -oh '`docs/[a-z]*[./][a-z]*`' "$papers/README.md" "$papers"/docs/*.md | tr -d '`' | sort -u); do
+    [ -e "$papers/$paper" ] || fail "a paper names $paper, which is not installed"
+done
+if [ -f "$prefix/share/vantoric/Vantoric_data/Manual.html" ]; then
+    [ -f "$papers/Manual.html" ] || fail "the manual is not among the papers"
+fi
+
+# The manual page tells every option of every command.
+page=$prefix/share/man/man1/vantoric-patch.1.gz
+if [ -f "$page" ]; then
+    zcat "$page" | tr -d '\\' >"$scratch/page"
+    for command in $("$prefix/bin/vantoric-patch" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'); do
+        grep -qi "^\.SH.*COMMAND $command" "$scratch/page" || fail "the manual page has no section on $command"
+        for option in $("$prefix/bin/vantoric-patch" "$command" --help | sed -n 's/^  \(--[a-z-]*\) .*/\1/p'); do
+            grep -q -- "^  $option" "$scratch/page" || fail "the manual page does not tell $command $option"
+        done
+    done
+fi
+
 song=$prefix/share/vantoric/songs/welcome.mid
 patch=$prefix/share/vantoric/Vantoric_sounds/ArpMultilayer/0Welcome.fxp
 "$prefix/bin/vantoric-render" --patch "$patch" --end 1 --fail-on-silence "$song" "$scratch/by-itself.wav" >/dev/null ||

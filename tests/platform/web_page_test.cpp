@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -11,6 +12,7 @@
 #include "platform/files.h"
 #include "platform/scratch_folder.h"
 #include "platform/thread.h"
+#include "tests/platform/environment.h"
 
 namespace vantoric::platform {
 namespace {
@@ -50,6 +52,25 @@ TEST(WebPage, AnOpenerThatTakesItsTimeHoldsNobodyUp) {
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_TRUE(openWebPage("https://www.vantoric.example/"));
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+}
+
+TEST(WebPage, WithoutAnOpenerNothingIsSaidToBeOpened) {
+    const ScratchFolder folder;
+    const Environment path("PATH", folder.path().c_str());
+    EXPECT_FALSE(openWebPage("https://www.vantoric.example/"));
+    const std::string script = "#!/bin/sh\n";
+    ASSERT_TRUE(writeFile(folder / "xdg-open", script.data(), script.size()));
+    EXPECT_FALSE(openWebPage("https://www.vantoric.example/")) << "no program";
+    std::filesystem::permissions(folder / "xdg-open", std::filesystem::perms::owner_all);
+    EXPECT_TRUE(openWebPage("https://www.vantoric.example/"));
+}
+
+TEST(WebPage, AHostThatTakesNoNoteOfItsChildrenHearsNoRefusal) {
+    Desktop desktop;
+    desktop.putOpener("#!/bin/sh\nexit 0\n");
+    const auto before = std::signal(SIGCHLD, SIG_IGN);
+    EXPECT_TRUE(openWebPage("https://www.vantoric.example/"));
+    std::signal(SIGCHLD, before);
 }
 
 TEST(WebPage, AFileHasAnAddressOfPlainLetters) {

@@ -55,7 +55,10 @@ TEST_F(ProgramTest, SaysWhatIsWrong) {
     EXPECT_EQ(start({"--sound", "tape"}), 2);
     EXPECT_EQ(start({"--rate", "5"}), 2);
     EXPECT_EQ(start({"--period", "many"}), 2);
-    EXPECT_EQ(start({"--seconds", "0"}), 2);
+    for (const char* seconds : {"0", "nan", "-nan", "inf", "1e999", "2e6", "1s", ""}) {
+        EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", seconds}), 2) << seconds;
+        EXPECT_TRUE(said("--seconds: should be a number from 0.001 to 1000000")) << output_;
+    }
     EXPECT_EQ(start({"song.mid"}), 2);
     EXPECT_EQ(start({"--no-window", "--sound", "jack"}), 3);
     EXPECT_TRUE(said("no sound: JACK: ")) << output_;
@@ -68,6 +71,35 @@ TEST_F(ProgramTest, SaysWhatIsWrong) {
     EXPECT_TRUE(said("Nowhere/Nothing: no such patch")) << output_;
     EXPECT_EQ(start({"--no-window", "--sound", "none", "--patch", PROGRAM}), 5);  // a file, but no patch
     EXPECT_EQ(start({"--no-window", "--sound", "none", "--record", home_ / "no folder/take.wav"}), 6);
+}
+
+// As where another library of JACK is the system's and finds no server.
+TEST_F(ProgramTest, FindsPipeWiresOwnLibraryOfJack) {
+    const std::filesystem::path folder = home_ / "lib/pipewire-0.3/jack";
+    std::filesystem::create_directories(folder);
+    std::filesystem::copy_file(FAKE_JACK, folder / "libjack.so.0");
+    EXPECT_EQ(start({"--no-window", "--sound", "jack", "--seconds", "0.1"}), 3);
+    setenv("LD_LIBRARY_PATH", (home_ / "lib").c_str(), 1);
+    EXPECT_EQ(start({"--list-devices"}), 0);
+    EXPECT_TRUE(said("JACK\n  a server is running")) << output_;
+    Program program({PROGRAM, "--no-window", "--sound", "jack"});
+    unsetenv("LD_LIBRARY_PATH");
+    ASSERT_TRUE(program.waitFor("MIDI: ")) << program.output();
+    EXPECT_NE(program.output().find("sound: JACK, 48000 Hz, 256 frames"), std::string::npos) << program.output();
+    const bool hasSequencer = std::filesystem::exists("/dev/snd/seq");
+    const char* const midi = hasSequencer ? "MIDI: ALSA sequencer" : "MIDI: JACK, port midi_in; no ALSA sequencer\n";
+    EXPECT_NE(program.output().find(midi), std::string::npos) << program.output();
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.finish(), 0) << program.output();
+}
+
+TEST_F(ProgramTest, SaysThatADeviceIsNotUsed) {
+    EXPECT_EQ(start({"--no-window", "--sound", "none", "--device", "plughw:9", "--seconds", "0.1"}), 0);
+    EXPECT_TRUE(said("vantoric: --device is of --sound alsa alone: \"plughw:9\" is not used\n")) << output_;
+    EXPECT_EQ(start({"--no-window", "--sound", "jack", "--device", "plughw:9"}), 3);
+    EXPECT_TRUE(said("\"plughw:9\" is not used\n")) << output_;
+    EXPECT_EQ(start({"--no-window", "--sound", "alsa", "--device", "null", "--seconds", "0.1"}), 0);
+    EXPECT_FALSE(said("not used")) << output_;
 }
 
 TEST_F(ProgramTest, SaysWhatIsNoPatch) {

@@ -2,11 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 
 #include "tests/faces/standalone/desktop.h"
 #include "tests/faces/standalone/program.h"
+#include "tests/window/compare_pictures.h"
 #include "tests/window/installation.h"
 #include "tests/window/x_server.h"
 
@@ -229,13 +231,43 @@ TEST_F(WindowTest, ALastPatchThatCannotBeReadIsToldAndSetAside) {
 }
 
 TEST_F(WindowTest, StartsInASizeThatFitsTheScreen) {
+    struct Start {
+        int screenWidth, screenHeight, width, height;
+        bool hasKeys;
+    };
+    constexpr Start starts[] = {
+        {1024, 600, 900, 495, false}, {1280, 800, 900, 495, true}, {1366, 768, 900, 495, true}, {1920, 1080, 1500, 825, true}};
+    for (const Start& start : starts) {
+        SCOPED_TRACE(std::to_string(start.screenWidth) + " x " + std::to_string(start.screenHeight));
+        std::filesystem::remove(installation_.sizeFile());
+        const testhost::XServer screen(start.screenWidth, start.screenHeight);
+        desktop_ = std::make_unique<Desktop>();
+        open();
+        EXPECT_NEAR(place_.width, start.width, 1);
+        EXPECT_NEAR(place_.height, start.height + (barHeight + (start.hasKeys ? keysHeight : 0)) * zoom(), 2);
+        EXPECT_FALSE(std::filesystem::exists(installation_.sizeFile())) << "chosen by nobody";
+        close();
+        desktop_.reset();  // before its server ends
+    }
+    setenv("DISPLAY", server_.display().c_str(), 1);
+}
+
+// As tools/manual_pictures.sh takes it. The number of the load is another at each look.
+TEST_F(WindowTest, TheManualShowsItAsItFirstOpens) {
+    if (!std::filesystem::exists(installation_.folder() / "Vantoric_sounds")) GTEST_SKIP() << "the target patches is not built";
     std::filesystem::remove(installation_.sizeFile());
-    const testhost::XServer fullHd(1920, 1080);
+    const testhost::XServer screen(2000, 1200);
     desktop_ = std::make_unique<Desktop>();
-    open();
-    EXPECT_NEAR(place_.width, 1500, 1);
-    EXPECT_NEAR(place_.height, 825 + (barHeight + keysHeight) * zoom(), 2);
-    EXPECT_FALSE(std::filesystem::exists(installation_.sizeFile())) << "chosen by nobody";
+    open({"--device", "null"});
+    testhost::pause(5);
+    const Picture stored = testhost::loadPng(std::string(MANUAL) + "/pictures/program.png");
+    ASSERT_FALSE(stored.isEmpty()) << "it is missing: tools/manual_pictures.sh program";
+    const Picture seen = desktop_->picture(place_);
+    const testhost::Difference d = difference(seen, reduced(stored, seen.width / 4));
+    if (const char* folder = std::getenv("VANTORIC_PICTURES")) savePng(seen, std::string(folder) + "/program.png");
+    std::printf("program: %.1f at %d, %d\n", d.largest, 4 * d.x, 4 * d.y);
+    EXPECT_LE(d.largest, testhost::tolerance) << "docs/manual/pictures/program.png no longer shows the program, " << 4 * d.x
+                                              << ", " << 4 * d.y << " pixels from its corner: tools/manual_pictures.sh program";
     close();
     desktop_.reset();  // before its server ends
     setenv("DISPLAY", server_.display().c_str(), 1);

@@ -10,6 +10,7 @@
 #include <string>
 #include <system_error>
 
+#include "base/version.h"
 #include "platform/files.h"
 #include "platform/recorded_dialogs.h"
 #include "tests/base/failing_allocation.h"
@@ -81,7 +82,7 @@ TEST_F(Q7AudioTest, TellsTheHostWhatItIs) {
     EXPECT_EQ(effect.numOutputs, 2);
     EXPECT_EQ(effect.uniqueID, fourCharacters('Q', '7', 'D', 'I'));
     EXPECT_EQ(effect.flags, effectCanReplacing | effectProgramChunks | effectIsSynth);
-    EXPECT_EQ(audio->getVendorVersion(), 3300);
+    EXPECT_EQ(audio->getVendorVersion(), versionNumber);
     EXPECT_EQ(audio->getPlugCategory(), categorySynth);
     char text[textBufferSize] = {};
     EXPECT_TRUE(audio->getProductString(text));
