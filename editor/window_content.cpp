@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 #include <random>
+#include <utility>
 
 #include "base/parameters.h"
 #include "editor/control_menus.h"
@@ -105,7 +106,7 @@ void WindowContent::addBandStops() {
                     [this] { return std::string(editor_.valueOf(tag::favourite) > 0.5f ? "on" : "off"); },
                     [this] { favourite_->press(); }});
     const auto springBack = [this] {
-        if (editor_.valueOf(tag::pitchWheel) != 0.5f) editor_.valueChanged(tag::pitchWheel, 0.5f, false);
+        if (std::exchange(isPitchTurned_, false)) editor_.valueChanged(tag::pitchWheel, 0.5f, false);
     };
     KeyboardFocus::Stop pitch = wheelStop(WindowPart::PitchWheel, "PITCHWHEEL", 0.05f);
     pitch.left = springBack;
@@ -119,8 +120,9 @@ void WindowContent::addBandStops() {
 KeyboardFocus::Stop WindowContent::wheelStop(WindowPart part, const char* name, float step) {
     const bool isPitch = part == WindowPart::PitchWheel;
     const int tag = isPitch ? tag::pitchWheel : tag::modWheel;
-    const auto set = [this, tag, part](float value) {
+    const auto set = [this, tag, part, isPitch](float value) {
         const History::Action action(work_.history());
+        if (isPitch) isPitchTurned_ = value != 0.5f;
         editor_.valueChanged(tag, std::clamp(value, 0.0f, 1.0f), false);
         redrawPart(part);
     };

@@ -140,6 +140,8 @@ private:
     FavouriteView* favourite_ = nullptr;
     WheelView* pitchWheel_ = nullptr;
     WheelView* modWheel_ = nullptr;
+    // By the keys, and not let go of: what the engine tells of the wheel comes later, if it plays at all.
+    bool isPitchTurned_ = false;
     MeterView* meter_ = nullptr;
     HistoryBar* historyBar_ = nullptr;
     Overlay* overlay_ = nullptr;
