@@ -41,18 +41,25 @@ struct LaneLoops {
 
     // ---- stacks ----
 
+    // Two voices at a time, and the centre by itself.
     template <int voices>
     struct TableSums {
+        static constexpr int pairs = voices / 2;
+        static_assert(voices % 2 == 1 && pairs <= N);
+
         const std::int16_t* cycle;
-        std::uint32_t phase[voices], step[voices];
+        std::uint32_t centre, centreStep;
+        PhasePair phases[pairs], steps[pairs];
         Ints sum{0};
 
-        TableSums(const std::int16_t* from, StackPhases& stack, int count) : cycle(from) {
-            for (int k = 0; k < voices; ++k) {
-                phase[k] = stack.phase[k];
-                step[k] = stack.step[k];
-                stack.phase[k] += step[k] * static_cast<std::uint32_t>(count);
+        TableSums(const std::int16_t* from, StackPhases& stack, int count)
+            : cycle(from), centre(stack.phase[0]), centreStep(stack.step[0]) {
+            for (int k = 0; k < pairs; ++k) {
+                const int lower = 2 * k + 1, upper = lower + 1;
+                phases[k] = PhasePair(stack.phase[lower], stack.phase[upper]);
+                steps[k] = PhasePair(stack.step[lower], stack.step[upper]);
             }
+            for (int k = 0; k < voices; ++k) stack.phase[k] += stack.step[k] * static_cast<std::uint32_t>(count);
         }
         Floats take() {
 #pragma GCC unroll 8
@@ -61,7 +68,8 @@ struct LaneLoops {
         }
         // The same in N parts.
         void takePart(int k) {
-            for (int voice = k; voice < voices; voice += N) sum += nextSamples<N>(cycle, phase[voice], step[voice]);
+            if (k < pairs) sum += nextSampleSums<N>(cycle, phases[k], steps[k]);
+            if (k == N - 1) sum += nextSamples<N>(cycle, centre, centreStep);
         }
         Floats taken() {
             const Floats all = toFloats<N>(sum);

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "base/lanes.h"
 #include "base/random.h"
@@ -165,35 +166,98 @@ inline IntLanes<N> pairsAt(const std::int16_t* wave, const BitLanes<N>& places) 
         return IntLanes<N>([&](auto k) { return pairAt(wave + static_cast<std::uint32_t>(places[k])); });
 }
 
-// The samples at the next N phases of a running one, which is at the top of its word and moves on. Each place is worked out by
-// itself, and each sample put into its lane: sooner than to have them gathered.
+// How far a phase at the top of its word stands above its place in a cycle. With AVX2 comes BMI2, whose shift by a count in a
+// register leaves its source alone; GCC takes it only for a count that it does not know, and otherwise copies each phase first.
+[[gnu::always_inline]] inline std::uint32_t placeShift(std::uint32_t bitsBelow = 0) {
+    std::uint32_t shift = 21 + bitsBelow;
+#if defined(__BMI2__)
+    asm("" : "+r"(shift));
+#endif
+    return shift;
+}
+
+// N samples that are put into their lanes one by one.
 template <int N>
-inline IntLanes<N> nextSamples(const std::int16_t* cycle, std::uint32_t& phase, std::uint32_t step) {
-    const auto next = [&] { return cycle[(phase += step) >> 21]; };
+class CollectedSamples {
+public:
+    template <int lane>
+    [[gnu::always_inline]] void put(std::int16_t sample) {
 #if defined(__SSE2__)
-    __m128i samples = _mm_cvtsi32_si128(static_cast<std::uint16_t>(next()));
-    samples = _mm_insert_epi16(samples, next(), 1);
-    samples = _mm_insert_epi16(samples, next(), 2);
-    samples = _mm_insert_epi16(samples, next(), 3);
-    if constexpr (N == 4) return IntLanes<N>(_mm_srai_epi32(_mm_unpacklo_epi16(samples, samples), 16));
+        if constexpr (lane == 0)
+            samples_ = _mm_cvtsi32_si128(static_cast<std::uint16_t>(sample));
+        else
+            samples_ = _mm_insert_epi16(samples_, sample, lane);
+#else
+        samples_[lane] = sample;
 #endif
-#if defined(__AVX2__)
-    if constexpr (N == 8) {
-        samples = _mm_insert_epi16(samples, next(), 4);
-        samples = _mm_insert_epi16(samples, next(), 5);
-        samples = _mm_insert_epi16(samples, next(), 6);
-        samples = _mm_insert_epi16(samples, next(), 7);
-        return IntLanes<N>(_mm256_cvtepi16_epi32(samples));
     }
+    [[gnu::always_inline]] IntLanes<N> widened() const {
+#if defined(__AVX2__)
+        if constexpr (N == 8) return IntLanes<N>(_mm256_cvtepi16_epi32(samples_));
 #endif
-    return IntLanes<N>([&](auto) { return next(); });
+#if defined(__SSE2__)
+        if constexpr (N == 4) return IntLanes<N>(_mm_srai_epi32(_mm_unpacklo_epi16(samples_, samples_), 16));
+#endif
+        return vantoric::widened<N>(reinterpret_cast<const std::int16_t*>(&samples_));
+    }
+
+private:
+#if defined(__SSE2__)
+    __m128i samples_;
+#else
+    std::int16_t samples_[N];
+#endif
+};
+// Calls forLane<k>() for k from 0 to N - 1.
+template <int N, class ForLane>
+[[gnu::always_inline]] inline void laneByLane(ForLane forLane) {
+    [&]<int... lane>(std::integer_sequence<int, lane...>)
+        __attribute__((always_inline)) { (forLane.template operator()<lane>(), ...); }(std::make_integer_sequence<int, N>());
+}
+
+// The samples at the next N phases of a running one, which is at the top of its word and moves on. Each place is worked out by
+// itself: sooner than to have the samples gathered.
+template <int N>
+[[gnu::always_inline]] inline IntLanes<N> nextSamples(const std::int16_t* cycle, std::uint32_t& phase, std::uint32_t step) {
+    const std::uint32_t shift = placeShift();
+    CollectedSamples<N> samples;
+    laneByLane<N>([&]<int lane>()
+                      __attribute__((always_inline)) { samples.template put<lane>(cycle[(phase += step) >> shift]); });
+    return samples.widened();
+}
+
+// Two phases of 24 bits, or their steps, in one word, so that one addition moves both. Each stands at the top of its half; the
+// wraps of the lower one gather in the free bits below the upper one.
+struct PhasePair {
+    std::uint64_t both = 0;
+
+    PhasePair() = default;
+    PhasePair(std::uint32_t lower, std::uint32_t upper) : both((static_cast<std::uint64_t>(upper) << 32) | lower) {}
+    void move(const PhasePair& steps) { both += steps.both; }
+    void forgetWraps() { both &= ~(std::uint64_t{0xff} << 32); }  // before they are 256
+};
+// The sums of the samples at the next N phases of a pair.
+template <int N>
+[[gnu::always_inline]] inline IntLanes<N> nextSampleSums(const std::int16_t* cycle, PhasePair& phases, const PhasePair& steps) {
+    const std::uint32_t shift = placeShift(), upperShift = placeShift(32);
+    CollectedSamples<N> lower, upper;
+    PhasePair now = phases;
+    laneByLane<N>([&]<int lane>() __attribute__((always_inline)) {
+        now.move(steps);
+        lower.template put<lane>(cycle[static_cast<std::uint32_t>(now.both) >> shift]);
+        upper.template put<lane>(cycle[now.both >> upperShift]);
+    });
+    now.forgetWraps();
+    phases = now;
+    return lower.widened() + upper.widened();
 }
 
 // The pairs at the next N phases of a running one, which is at the top of its word and moves on; none is the last of the cycle.
 // Each place is worked out by itself: sooner than to take it out of a register.
 template <int N>
 inline IntLanes<N> nextPairs(const std::int16_t* cycle, std::uint32_t& phase, std::uint32_t step) {
-    const auto next = [&] { return pairAt(cycle + ((phase += step) >> 21)); };
+    const std::uint32_t shift = placeShift();
+    const auto next = [&] { return pairAt(cycle + ((phase += step) >> shift)); };
     if constexpr (N == 4)
         return std::bit_cast<IntLanes<N>>(RegisterOf<IntLanes<N>>{next(), next(), next(), next()});
     else

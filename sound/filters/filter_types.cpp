@@ -10,7 +10,7 @@ namespace {
 
 bool processorHasWideRegisters() {
 #if defined(VANTORIC_WIDE_LOOPS)
-    return __builtin_cpu_supports("avx2") != 0;
+    return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("bmi2") != 0;
 #else
     return false;
 #endif
