@@ -133,28 +133,32 @@ TEST(Mix, AVoiceGoesIntoItsLaneAndSilenceIntoTheOthersOfItsGroup) {
         }
 }
 
+float wrappedSum(const MixSource& voice, std::int32_t MixGains::* side, int i) {
+    std::int64_t sum = 0;
+    for (int k = 0; k < oscillatorCount; ++k) sum += static_cast<std::int64_t>(voice.buffers[k][i]) * (voice.gains[k].*side);
+    return static_cast<float>(static_cast<std::int32_t>(sum)) / 2097152000.0f;
+}
+
+// Four voices, no two of which have the same.
 void expectWrappedSums() {
     LinearCongruence chance{7};
     Samples b[3];
     for (Samples& buffer : b)
         for (int i = 0; i < 103; ++i) buffer.push_back(static_cast<std::int16_t>(chance.next() >> 16));
+    const std::int16_t *x = b[0].data(), *y = b[1].data(), *z = b[2].data();
     for (const std::int32_t gain : {0, 1, -5000, 32767, 32768, -40000, 2147483647}) {
-        const MixGains gains[3] = {{gain, 12345}, {20000, -7}, {-3, gain}};
-        MixSource voices[mixVoices];
-        voices[3] = {{b[0].data(), b[1].data(), b[2].data()}, {gains[0], gains[1], gains[2]}};
-        voices[1] = {{b[2].data(), b[0].data(), b[0].data()}, {{5, -9}, {7, 7}, {300, 20}}};
+        const MixSource voices[mixVoices] = {{{x, y, z}, {{11, 700}, {-2300, 41}, {900, -8000}}},
+                                             {{z, x, x}, {{5, -9}, {7, 7}, {300, 20}}},
+                                             {{y, z, x}, {{-1200, 60}, {31, 15000}, {-77, 2}}},
+                                             {{x, y, z}, {{gain, 12345}, {20000, -7}, {-3, gain}}}};
         for (const int count : {1, 3, 4, 9, 96, 103}) {
             std::vector<float> f1(count * voiceCount), f2(count * voiceCount);
             mixToLanes(voices, count, f1.data(), f2.data());
-            for (int i = 0; i < count; ++i) {
-                std::int64_t sum1 = 0, sum2 = 0;
-                for (int k = 0; k < 3; ++k) {
-                    sum1 += static_cast<std::int64_t>(b[k][i]) * gains[k].toFilter1;
-                    sum2 += static_cast<std::int64_t>(b[k][i]) * gains[k].toFilter2;
+            for (int i = 0; i < count; ++i)
+                for (int v = 0; v < mixVoices; ++v) {
+                    ASSERT_EQ(f1[i * voiceCount + v], wrappedSum(voices[v], &MixGains::toFilter1, i)) << v;
+                    ASSERT_EQ(f2[i * voiceCount + v], wrappedSum(voices[v], &MixGains::toFilter2, i)) << v;
                 }
-                ASSERT_EQ(f1[i * voiceCount + 3], static_cast<float>(static_cast<std::int32_t>(sum1)) / 2097152000.0f);
-                ASSERT_EQ(f2[i * voiceCount + 3], static_cast<float>(static_cast<std::int32_t>(sum2)) / 2097152000.0f);
-            }
         }
     }
 }
