@@ -203,7 +203,7 @@ def drawn_changes(rooms, seed):
 class Copy:
     """A copy of the tree with a build of its own, always put back to how it was."""
 
-    FLAGS = "-O1 -g0 -D_GLIBCXX_ASSERTIONS -fsanitize=bounds -fsanitize-undefined-trap-on-error"
+    FLAGS = "-O1 -g0 -D_GLIBCXX_ASSERTIONS -D_FORTIFY_SOURCE=2 -fsanitize=bounds -fsanitize-undefined-trap-on-error"
 
     def __init__(self, number, jobs):
         self.folder = WORK / str(number)
