@@ -20,6 +20,18 @@ using VSTGUI::CRect;
 
 constexpr std::uint64_t roundMilliseconds = 50;  // of the editor's own idle rounds, however often the host calls
 
+// Takes all steps in their order, whatever one of them throws for short memory.
+template <class... Steps>
+void takeEach(Steps... steps) {
+    const auto take = [](auto& step) {
+        try {
+            step();
+        } catch (...) {
+        }
+    };
+    (take(steps), ...);
+}
+
 }  // namespace
 
 EditorWindow::EditorWindow(Instrument& instrument, ProgramLoader& programs, const std::string& hostProduct)
@@ -49,6 +61,15 @@ double EditorWindow::scale() const { return editor_.size().layoutScale() * edito
 
 bool EditorWindow::open(std::uintptr_t parent) {
     if (frame != nullptr || parent == 0 || !GuiModule::shared().connect()) return false;
+    try {
+        return build(parent);
+    } catch (...) {
+        closeNow();
+        throw;
+    }
+}
+
+bool EditorWindow::build(std::uintptr_t parent) {
     parent_ = parent;
     thread_ = std::this_thread::get_id();
     if (!buildFrame()) return false;
@@ -111,13 +132,15 @@ bool EditorWindow::buildFrame() {
 }
 
 void EditorWindow::takeFrameDown() {
-    content_->dismissLayers();
-    frame->unregisterKeyboardHook(this);
-    content_.reset();
     VSTGUI::CFrame* const closing = frame;
+    takeEach(
+        [this] {
+            if (content_) content_->dismissLayers();
+        },
+        [&] { closing->unregisterKeyboardHook(this); }, [this] { content_.reset(); });
     frame = nullptr;
     holder_->drop();
-    closing->close();
+    takeEach([&] { closing->close(); });
 }
 
 EditorWindow::Inside::~Inside() {
@@ -134,9 +157,9 @@ void EditorWindow::close() {
 void EditorWindow::closeNow() {
     const bool hasFrame = frame != nullptr;  // it may have failed to come back in another size
     later_.clear();
-    editor_.close(hasFrame ? dialogs_.openCount() : 0);
+    takeEach([&] { editor_.close(hasFrame ? dialogs_.openCount() : 0); });
     isClosing_ = true;
-    dialogs_.setHost(nullptr);
+    takeEach([this] { dialogs_.setHost(nullptr); });
     isClosing_ = false;
     if (hasFrame) takeFrameDown();
     holder_.reset();

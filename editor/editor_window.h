@@ -46,7 +46,7 @@ public:
     double scale() const;
 
     // Builds the window inside the host's X11 window `parent`. False, with nothing done, if it is open, `parent` is 0, or
-    // there is no display.
+    // there is no display. Nothing of it is left where short memory throws.
     bool open(std::uintptr_t parent);
     // A host may call it from within a call that the window makes to it: it is closed then once that has returned.
     void close();
@@ -95,6 +95,7 @@ private:
 
     void valueChanged(VSTGUI::CControl* browser) override;
 
+    bool build(std::uintptr_t parent);
     bool isOwnKey(const VSTGUI::KeyboardEvent& event) const;
     void closeNow();
     bool openPatchNotes();

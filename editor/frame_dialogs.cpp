@@ -70,7 +70,12 @@ void rememberFolder(const std::string& extension, const std::string& folder) {
 
 FrameDialogs::FrameDialogs() : windowThread_(std::this_thread::get_id()) {}
 
-FrameDialogs::~FrameDialogs() { closeAll(); }
+FrameDialogs::~FrameDialogs() {
+    try {
+        closeAll();
+    } catch (...) {  // short memory: who asked hears nothing
+    }
+}
 
 void FrameDialogs::setHost(LayerHost* host) {
     if (host != host_) closeAll();
@@ -246,6 +251,7 @@ FrameDialogs::Running::~Running() {
 }
 
 void FrameDialogs::start(Running& running) {
+    cancelled_.reserve(cancelled_.size() + 1);  // its end asks for no memory
     running.since = std::chrono::steady_clock::now();
     const auto run = [&running] {
         try {
@@ -306,7 +312,7 @@ FrameDialogs::Asked FrameDialogs::takeShown() {
     closeLayers();
     const std::lock_guard guard(mutex_);
     Asked shown = std::move(asked_.front());
-    asked_.pop_front();
+    asked_.erase(asked_.begin());
     return shown;
 }
 
@@ -337,7 +343,7 @@ void FrameDialogs::closeAll() {
     if (isClosing_) return;
     desktop_.close();
     if (host_ != nullptr) closeLayers();
-    std::deque<Asked> left;
+    std::vector<Asked> left;
     {
         const std::lock_guard guard(mutex_);
         isClosing_ = true;  // what the answers ask for is answered at once too

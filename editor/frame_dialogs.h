@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -113,7 +112,7 @@ private:
     void answerWithNothing(Asked& asked);
 
     mutable std::mutex mutex_;  // of the queue
-    std::deque<Asked> asked_;   // the first is shown, or about to be
+    std::vector<Asked> asked_;  // the first is shown, or about to be; a vector, as an empty one wants no memory
     LayerHost* host_ = nullptr;
     std::thread::id windowThread_;
     bool usesDesktop_ = true, isClosing_ = false;

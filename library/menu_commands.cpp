@@ -226,9 +226,22 @@ void MenuCommands::init(int row) {
 // ---- help
 
 void MenuCommands::open(const std::string& address, const std::string& place) {
-    if (!openPage_(address))
-        platform::showMessage(dialogs_, "Info", "No program that shows web pages could be started. This is where to look:\n%s",
-                              place.c_str());
+    pages_.push_back({openPage_(address), place});
+    poll();
+}
+
+void MenuCommands::poll() {
+    using State = platform::PageOpening::State;
+    std::vector<Page> left;
+    for (Page& page : std::exchange(pages_, {})) {
+        const State state = page.opening.look();
+        if (state == State::underWay) left.push_back(std::move(page));
+        if (state == State::failed)
+            platform::showMessage(dialogs_, "Info",
+                                  "No program that shows web pages could be started. This is where to look:\n%s",
+                                  page.place.c_str());
+    }
+    pages_ = std::move(left);
 }
 
 void MenuCommands::open(WebPage page) { open(addressOf(page), addressOf(page)); }

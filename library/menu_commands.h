@@ -39,6 +39,8 @@ public:
     void help(int row);
     // "VISIT THE SHOP".
     void visitShop();
+    // Tells of pages whose opener has failed since. In idle rounds of the window.
+    void poll();
 
     // The buttons that load a sample.
     void loadSample(int oscillator);
@@ -90,6 +92,12 @@ private:
     void open(const std::string& address, const std::string& place);
     void followLayer() { instrument_.sampleLoader().currentLayer = onShow_.layer; }
 
+    // A page that was asked for, and where a user finds it.
+    struct Page {
+        platform::PageOpening opening;
+        std::string place;
+    };
+
     // The wavetable that a custom wave was made of, and the count of loads at that time.
     struct ShownWave {
         std::string name;
@@ -100,6 +108,7 @@ private:
     OnShow& onShow_;
     platform::Dialogs& dialogs_;
     PageOpener openPage_;
+    std::vector<Page> pages_;  // under way
     CommandLog log_;
     PatchLibrary library_;
     PatchOnShow patch_;

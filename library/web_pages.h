@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+#include "platform/web_page.h"
+
 namespace vantoric {
 
 enum class WebPage { home, sounds, tutorial, manual, updates, shop };
@@ -16,7 +18,7 @@ std::string addressOfManual();
 // The same as a user can find it: the file's path, or the address of the page.
 std::string placeOfManual();
 
-// Opens an address; false if that could not be tried.
-using PageOpener = std::function<bool(const std::string& address)>;
+// Opens an address.
+using PageOpener = std::function<platform::PageOpening(const std::string& address)>;
 
 }  // namespace vantoric

@@ -102,7 +102,7 @@ place_entry
 if [ $removing = yes ]; then
     printf 'Took out %s entries.\n' "$count"
     # As the instrument decides where what a user makes goes.
-    if [ -w "$here/Vantoric" ]; then
+    if [ -w "$here/Vantoric" ] && [ "${here#/usr/}" = "$here" ]; then
         printf 'What you saved is in this folder: patches, stars and tags in %s, settings in %s.\n' \
             "$here/Vantoric/Vantoric_sounds" "$here/Vantoric/Vantoric_data"
         printf 'Take along what you want to keep before you delete it.\n'

@@ -16,6 +16,8 @@
 #include <process.h>
 #include <share.h>
 #include <windows.h>
+
+#include "platform/wide_text.h"
 #else
 #include <dirent.h>
 #include <fcntl.h>
@@ -222,13 +224,46 @@ std::FILE* makeFile(const std::string& path) {
 
 #ifdef _WIN32
 
-std::error_code readFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit) {
+namespace {
+
+struct CloseSearch {
+    using pointer = HANDLE;
+    void operator()(HANDLE search) const { FindClose(search); }
+};
+using Search = std::unique_ptr<HANDLE, CloseSearch>;
+
+std::error_code systemError(DWORD number) { return {static_cast<int>(number), std::system_category()}; }
+
+// `folder` ends with a separator. Of the entries that stand for others only links lead to something else.
+bool isFolderIn(const std::wstring& folder, const WIN32_FIND_DATAW& entry) {
+    const bool isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+                        (entry.dwReserved0 == IO_REPARSE_TAG_SYMLINK || entry.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
+    if (!isLink) return (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     std::error_code error;
-    for (fs::directory_iterator at(nativePath(folder), error), end; !error && at != end; at.increment(error)) {
-        std::error_code ignored;
-        if (!visit({pathText(at->path().filename()), at->is_directory(ignored)})) return {};
+    return fs::is_directory(folder + entry.cFileName, error);
+}
+
+}  // namespace
+
+// By the system's own calls, as below.
+std::error_code readFolder(const std::string& folder, const std::function<bool(FolderEntry&&)>& visit) {
+    std::wstring within = nativePath(folder).native();
+    if (within.empty()) return systemError(ERROR_PATH_NOT_FOUND);  // it would be the root
+    if (const wchar_t last = within.back(); last != L'\\' && last != L'/' && last != L':') within += L'\\';
+    WIN32_FIND_DATAW entry;
+    const HANDLE found = FindFirstFileW((within + L'*').c_str(), &entry);
+    if (found == INVALID_HANDLE_VALUE) {
+        const DWORD error = GetLastError();
+        return error == ERROR_FILE_NOT_FOUND ? std::error_code() : systemError(error);  // the root of a disk may hold nothing
     }
-    return error;
+    const Search search(found);
+    do {
+        const std::wstring_view name = entry.cFileName;
+        if (name == L"." || name == L"..") continue;
+        if (!visit({utf8(name), isFolderIn(within, entry)})) return {};
+    } while (FindNextFileW(found, &entry));
+    const DWORD error = GetLastError();
+    return error == ERROR_NO_MORE_FILES ? std::error_code() : systemError(error);
 }
 
 #else

@@ -36,6 +36,15 @@ bool canBeWritten(const std::string& folder) {
 #endif
 }
 
+// Whoever is root may write there, and what he makes would stay when the package goes.
+bool belongsToSystem([[maybe_unused]] const std::string& folder) {
+#ifdef _WIN32
+    return false;
+#else
+    return folder.starts_with("/usr/");
+#endif
+}
+
 }  // namespace
 
 void setOwnFolder(const std::string& folder) { chosenFolder() = withSeparator(folder); }
@@ -43,7 +52,7 @@ void setOwnFolder(const std::string& folder) { chosenFolder() = withSeparator(fo
 std::string ownFolder() {
     if (!chosenFolder().empty()) return chosenFolder();
     const std::string data = dataFolder();
-    if (!isFolder(data) || canBeWritten(data)) return data;
+    if (!isFolder(data) || (!belongsToSystem(data) && canBeWritten(data))) return data;
     const std::string user = userDataFolder();
     return user.empty() ? data : user;
 }

@@ -14,8 +14,8 @@
 
 namespace vantoric::platform {
 
-// The folder in which the user's files stand, with its trailing separator: dataFolder() if it can be written; otherwise
-// userDataFolder(). Where the user has none it is dataFolder() all the same.
+// The folder in which the user's files stand, with its trailing separator: dataFolder() if it can be written and is not below
+// /usr; otherwise userDataFolder(). Where the user has none it is dataFolder() all the same.
 std::string ownFolder();
 // Makes ownFolder answer `folder` (a trailing separator is added if missing); an empty text undoes it. For tests; not guarded
 // against concurrent callers.

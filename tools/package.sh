@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # tools/package.sh [OUTDIR]
 # Makes the Debian package, the archive for those without root and, where the compiler for Windows is installed, the archive for
-# Windows, all into OUTDIR (default: out/), and checks the package.
+# Windows, all into OUTDIR (default: out/), and checks the first two.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/packages.sh
@@ -40,12 +40,18 @@ mv "$scratch/usr/share/doc/vantoric/"* "$scratch/$name/"
 [ ! -L "$scratch/$name/Manual.html" ] || ln -sf Vantoric/Vantoric_data/Manual.html "$scratch/$name/Manual.html"
 cp packaging/install.sh LICENSE "$scratch/$name/"
 tar -C "$scratch" --owner=0 --group=0 --sort=name -cf - "$name" | xz -T0 >"$out/$name.tar.xz"
+tests/packaging/archive_check.sh "$out/$name.tar.xz"
 
 say "The Debian package"
-(cd build/release && cpack -G DEB -B "$scratch/deb" >/dev/null) || fail "cpack failed"
+(cd build/release && cpack -G DEB -D CPACK_DEBIAN_COMPRESSION_TYPE=none -B "$scratch/deb" >/dev/null) || fail "cpack failed"
 deb=$(basename "$scratch"/deb/*.deb)
-mv "$scratch/deb/$deb" "$out/"
+# It has taken the modules for libraries that programs link, and runs ldconfig for them, in vain.
+dpkg-deb -R "$scratch/deb/$deb" "$scratch/unpacked"
+rm -f "$scratch"/unpacked/DEBIAN/{postinst,postrm}
+dpkg-deb --root-owner-group -Zxz -b "$scratch/unpacked" "$out/$deb" >/dev/null
 lintian --fail-on error "$out/$deb"
+dpkg-deb -x "$out/$deb" "$scratch/installed"
+tests/packaging/papers_check.sh "$scratch/installed/usr/share/doc/vantoric"
 [ ! -f packaging/vantoric.desktop ] || desktop-file-validate packaging/vantoric.desktop
 for info in "$scratch"/usr/share/metainfo/*.xml; do [ ! -f "$info" ] || appstreamcli validate --no-net "$info"; done
 

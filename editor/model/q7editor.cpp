@@ -510,6 +510,7 @@ void Q7Editor::idle() {
         explicit Idling(bool& f) : flag(f) { flag = true; }
         ~Idling() { flag = false; }
     } idling(isIdling_);
+    menus_.poll();
     followOnShow();
     followPatch();
     followParameters();

@@ -19,7 +19,8 @@ public:
     void end(int index) { mark(index, false); }
 
     // One thread at a time. Calls `tell(index, isBegin)` for what has begun and ended since the last look; a gesture of which
-    // nobody heard before it was over is told whole. Between a begin and its end `move(index)` may tell a value.
+    // nobody heard before it was over is told whole. Between a begin and its end `move(index)` may tell a value. Where one of
+    // them throws, what was not told yet comes with the next look.
     template <class Tell, class Move>
     void take(Tell tell, Move move);
     // Whether a hand is on a parameter. Any thread.
@@ -32,12 +33,21 @@ private:
         std::atomic<bool> isHeld{false}, isTouched{false};
         bool isTold = false;
     };
+    // Puts a gesture back unless it is let go.
+    struct Kept {
+        ~Kept() {
+            if (gesture != nullptr) touch(*gesture), all.any_.store(true, std::memory_order_release);
+        }
+        Gestures& all;
+        Gesture* gesture;
+    };
 
+    static void touch(Gesture& gesture) { gesture.isTouched.store(true, std::memory_order_release); }
     void mark(int index, bool isBegin) {
         if (index < 0 || index >= parameterCount) return;
         Gesture& gesture = gestures_[static_cast<std::size_t>(index)];
         gesture.isHeld.store(isBegin, std::memory_order_relaxed);
-        gesture.isTouched.store(true, std::memory_order_release);
+        touch(gesture);
         any_.store(true, std::memory_order_release);
     }
 
@@ -78,11 +88,14 @@ void Gestures::take(Tell tell, Move move) {
     for (int i = 0; i < parameterCount; ++i) {
         Gesture& gesture = gestures_[static_cast<std::size_t>(i)];
         if (!gesture.isTouched.exchange(false, std::memory_order_acq_rel)) continue;
+        Kept kept{*this, &gesture};
         const bool isHeld = gesture.isHeld.load(std::memory_order_relaxed);
         if (!gesture.isTold) tell(i, true);
+        gesture.isTold = true;
         move(i);
         if (!isHeld) tell(i, false);
         gesture.isTold = isHeld;
+        kept.gesture = nullptr;
     }
 }
 

@@ -400,11 +400,7 @@ LV2UI_Handle openWindow(LV2UI_Write_Function write, LV2UI_Controller controller,
     return frame.release();
 }
 
-int idleWindow(LV2UI_Handle handle) {
-    const Window& window = *static_cast<Window*>(handle);
-    constexpr int isOver = 1;
-    if (window.plugin.frame() != &window) return isOver;
-    window.plugin.window()->idle();
+void tellHost(const Window& window) {
     window.plugin.tellHost(
         [&](std::uint32_t port, float value) {
             if (window.write != nullptr) window.write(window.controller, port, sizeof value, 0, &value);
@@ -412,7 +408,16 @@ int idleWindow(LV2UI_Handle handle) {
         [&](std::uint32_t port, bool isBegin) {
             if (window.touch != nullptr) window.touch->touch(window.touch->handle, port, isBegin);
         });
-    return 0;
+}
+
+int idleWindow(LV2UI_Handle handle) {
+    const Window& window = *static_cast<Window*>(handle);
+    constexpr int isOver = 1, goesOn = 0;
+    if (window.plugin.frame() != &window) return isOver;
+    window.plugin.window()->idle();
+    // What could not be told is told by the next call.
+    guarded([&] { return tellHost(window), true; }, false);
+    return goesOn;
 }
 
 const LV2UI_Descriptor windowDescriptor = {

@@ -45,13 +45,14 @@ bool isViewable(Display* display, Window window) {
     return XGetWindowAttributes(display, window, &facts) != 0 && facts.map_state == IsViewable;
 }
 
+// Kept open until the window has its own: a server whose last client leaves may start anew.
+Display* trial = nullptr;
+
 }  // namespace
 
 bool TopWindow::hasDisplay() {
-    Display* const display = XOpenDisplay(nullptr);
-    if (display == nullptr) return false;
-    XCloseDisplay(display);
-    return true;
+    if (trial == nullptr) trial = XOpenDisplay(nullptr);
+    return trial != nullptr;
 }
 
 TopWindow::~TopWindow() {
@@ -67,6 +68,7 @@ bool TopWindow::open(int width, int height) {
     Display* const display = XOpenDisplay(nullptr);
     if (display == nullptr) return false;
     connection_ = new Connection{display};
+    if (Display* const tried = std::exchange(trial, nullptr)) XCloseDisplay(tried);
     // A display that goes away would end the program, and the patch with it; so would a call that the display refuses.
     XSetErrorHandler(&sayError);
     XSetIOErrorHandler([](Display*) { return 0; });

@@ -109,7 +109,7 @@ private:
     vantoric::PageOpener opener() {
         return [this](const std::string& address) {
             pages.push_back(address);
-            return true;
+            return vantoric::platform::PageOpening::opened();
         };
     }
 };

@@ -46,7 +46,8 @@ struct NotedView : EditorView {
 struct EditorRig {
     // Parameters are 0 and the matrix is empty; layer 0 and the first pages show.
     explicit EditorRig(const char* hostProduct = "")
-        : editor(rig.audio, dialogs, hostProduct, [this](const std::string& address) { return pages.push_back(address), true; }) {
+        : editor(rig.audio, dialogs, hostProduct,
+                 [this](const std::string& address) { return pages.push_back(address), platform::PageOpening::opened(); }) {
         rig.clearParameters();
         for (int layer = 0; layer < layerCount; ++layer)
             for (int i = 0; i < storedMatrixSlots; ++i) rig.set(par::MatVal1 + i, 0.5f, layer);

@@ -71,6 +71,18 @@ public:
         if (isTaken) plugin_->deactivate(plugin_);
         return isTaken;
     }
+    bool makesAnother() override {
+        const auto* entry = static_cast<const clap_plugin_entry_t*>(loadModule(CLAP_MODULE, "clap_entry"));
+        const auto* factory = static_cast<const clap_plugin_factory_t*>(entry->get_factory(CLAP_PLUGIN_FACTORY_ID));
+        const char* const id = factory->get_plugin_descriptor(factory, 0)->id;
+        const clap_plugin_t* made = nullptr;
+        bool isMade = false;
+        called([&] { made = factory->create_plugin(factory, &host_, id); });
+        if (made == nullptr) return false;
+        called([&] { isMade = made->init(made); });
+        called([&] { made->destroy(made); });
+        return isMade;
+    }
     void stop() override {
         if (!isOn_) return;
         called([this] {
@@ -149,7 +161,9 @@ public:
                                         to.bytes.insert(to.bytes.end(), bytes, bytes + taken);
                                         return static_cast<std::int64_t>(taken);
                                     }};
-        return extension<clap_plugin_state_t>(CLAP_EXT_STATE)->save(plugin_, &stream) ? target.bytes : Bytes();
+        bool isSaved = false;
+        called([&] { isSaved = extension<clap_plugin_state_t>(CLAP_EXT_STATE)->save(plugin_, &stream); });
+        return isSaved ? target.bytes : Bytes();
     }
     bool load(const Bytes& state, std::size_t piece) override {
         struct Source {
@@ -168,7 +182,9 @@ public:
                 from.at += given;
                 return static_cast<std::int64_t>(given);
             }};
-        return extension<clap_plugin_state_t>(CLAP_EXT_STATE)->load(plugin_, &stream);
+        bool isLoaded = false;
+        called([&] { isLoaded = extension<clap_plugin_state_t>(CLAP_EXT_STATE)->load(plugin_, &stream); });
+        return isLoaded;
     }
     double parameter(int index) override {
         double value = -1;
@@ -177,18 +193,29 @@ public:
     }
     bool openWindow(std::uintptr_t parent) override {
         const auto* gui = extension<clap_plugin_gui_t>(CLAP_EXT_GUI);
-        if (gui == nullptr || !gui->create(plugin_, CLAP_WINDOW_API_X11, false)) return false;
+        bool isMade = false;
+        if (gui != nullptr) called([&] { isMade = gui->create(plugin_, CLAP_WINDOW_API_X11, false); });
+        if (!isMade) return false;
         clap_window_t window{};
         window.api = CLAP_WINDOW_API_X11;
         window.x11 = parent;
         std::uint32_t width = 0, height = 0;
-        return gui->get_size(plugin_, &width, &height) && width > 0 && gui->set_parent(plugin_, &window) && gui->show(plugin_);
+        bool isShown = false;
+        called([&] {
+            isShown =
+                gui->get_size(plugin_, &width, &height) && width > 0 && gui->set_parent(plugin_, &window) && gui->show(plugin_);
+        });
+        if (!isShown) closeWindow();
+        return isShown;
     }
     void idle() override {
         loop();
-        if (hasTimer_) extension<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT)->on_timer(plugin_, 1);
+        const auto* timers = extension<clap_plugin_timer_support_t>(CLAP_EXT_TIMER_SUPPORT);
+        if (hasTimer_) called([&] { timers->on_timer(plugin_, 1); });
     }
-    void closeWindow() override { extension<clap_plugin_gui_t>(CLAP_EXT_GUI)->destroy(plugin_); }
+    void closeWindow() override {
+        called([this] { extension<clap_plugin_gui_t>(CLAP_EXT_GUI)->destroy(plugin_); });
+    }
 
 private:
     // What a broken stream says that was asked to move so many bytes.

@@ -163,9 +163,13 @@ public:
     // The host's loop between two calls, without a window too.
     virtual void loop() {}
 
-    // Whether every allocation fails inside the calls that make sound, stop and start it: in the plug-in, in its threads, and in
-    // the host that it calls. The program links failing_allocation.cpp.
-    void setMemoryShort(bool isShort) { isMemoryShort_ = isShort; }
+    // Makes another instance and ends it; false if it could not be made.
+    virtual bool makesAnother() { return true; }
+
+    // How many allocations succeed inside each of the calls that make sound, stop and start it, that move states, and that make
+    // and end instances and windows; below 0: all. They fail in the plug-in, in its threads, and in the host that it calls. The
+    // program links failing_allocation.cpp.
+    void setAllocationsLeft(long left) { allocationsLeft_ = left; }
 
 protected:
     template <class Call>
@@ -173,7 +177,7 @@ protected:
         struct Enough {
             ~Enough() { vantoric::test::allocationsLeft = -1; }
         } const afterwards;  // whatever the call throws
-        if (isMemoryShort_) vantoric::test::allocationsLeft = 0;
+        vantoric::test::allocationsLeft = allocationsLeft_;
         call();
     }
     void note(const Told& told) {
@@ -189,7 +193,8 @@ protected:
     std::vector<std::pair<int, int>> sizes_;
     std::vector<int> ends_;
     std::vector<Song> song_;
-    bool isOffline_ = false, isMemoryShort_ = false;
+    bool isOffline_ = false;
+    long allocationsLeft_ = -1;
 
 private:
     std::mutex mutex_;

@@ -34,14 +34,14 @@ TEST_P(Formats, ShortMemoryEndsNoCallOfTheHost) {
         host->start(rate, block);
         ASSERT_GT(play(*host, 8).peak(), 0.01f);
         host->takeTold();
-        host->setMemoryShort(true);
+        host->setAllocationsLeft(0);
         const Sound moved = host->render(block, {Event::controller(0, 1, 80)});
         host->reset();
         host->loop();
         host->setBesideBlocks(par::EqLow, 0.125);
         host->stop();
         host->start(rate, block);
-        host->setMemoryShort(false);
+        host->setAllocationsLeft(-1);
         EXPECT_TRUE(host->takeTold().empty());
         EXPECT_TRUE(moved.finite());
         if (GetParam().name != "lv2") {  // which is not told
@@ -54,6 +54,46 @@ TEST_P(Formats, ShortMemoryEndsNoCallOfTheHost) {
         }
         EXPECT_GT(play(*host, 8).peak(), 0.01f);
     }
+}
+
+// Calls with ever more allocations that succeed, until one does; returns how often it failed.
+template <class Call>
+int failuresUntilDone(FormatHost& host, Call call) {
+    int failures = 0;
+    for (long rest = 0; rest < 1000000; rest += 1 + rest / 16) {
+        host.setAllocationsLeft(rest);
+        const bool isDone = call();
+        host.setAllocationsLeft(-1);
+        if (isDone) return failures;
+        ++failures;
+    }
+    ADD_FAILURE() << "it is never done";
+    return failures;
+}
+
+TEST_P(Formats, AnInstanceThatThereIsNoMemoryForIsNone) {
+    const auto host = make();
+    if (!host->makesAnother()) GTEST_FAIL() << "with memory neither";
+    EXPECT_GT(failuresUntilDone(*host, [&] { return host->makesAnother(); }), 5);
+    EXPECT_GT(play(*host, 8).peak(), 0.01f);
+}
+
+TEST_P(Formats, AStateThatThereIsNoMemoryForIsNeitherSavedNorLoaded) {
+    const auto host = make();
+    const Bytes before = host->save(4096);
+    host->render(block, {Event::set(0, par::EqLow, 0.125)});
+    const Bytes state = host->save(4096);
+    ASSERT_NE(state, before);
+    EXPECT_GT(failuresUntilDone(*host, [&] { return !host->save(4096).empty(); }), 0);
+    EXPECT_EQ(host->save(4096), state);
+    const int failures = failuresUntilDone(*host, [&] {
+        const bool isLoaded = host->load(before, 4096);
+        EXPECT_TRUE(host->render(64, {Event::note(3, 60)}).finite());
+        return isLoaded;
+    });
+    EXPECT_GT(failures, 0);
+    EXPECT_EQ(host->save(4096), before);
+    EXPECT_GT(play(*host, 8).peak(), 0.01f);
 }
 
 TEST_P(Formats, SamplesOf64BitsAreTheSameSound) {

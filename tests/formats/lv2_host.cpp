@@ -47,10 +47,12 @@ public:
         called([this] { descriptor_->activate(handle_); });
     }
     bool takesRate(double rate) override {
-        const LV2_Handle made = descriptor_->instantiate(descriptor_, rate, "", features_);
-        if (made != nullptr) descriptor_->cleanup(made);
+        LV2_Handle made = nullptr;
+        called([&] { made = descriptor_->instantiate(descriptor_, rate, "", features_); });
+        if (made != nullptr) called([&] { descriptor_->cleanup(made); });
         return made != nullptr;
     }
+    bool makesAnother() override { return takesRate(rate_); }
     void stop() override {
         called([this] { descriptor_->deactivate(handle_); });
     }
@@ -84,7 +86,9 @@ public:
             self.properties_[key] = Bytes(bytes, bytes + size);
             return LV2_STATE_SUCCESS;
         };
-        if (state()->save(handle_, store, this, 0, features_) != LV2_STATE_SUCCESS) return {};
+        LV2_State_Status answer = LV2_STATE_ERR_UNKNOWN;
+        called([&] { answer = state()->save(handle_, store, this, 0, features_); });
+        if (answer != LV2_STATE_SUCCESS) return {};
         return properties_[numberOf(nullptr, lv2::patchUri)];
     }
     bool load(const Bytes& state_, std::size_t) override {
@@ -101,7 +105,9 @@ public:
             *flags = LV2_STATE_IS_POD;
             return found == properties.end() || self.fault_.kind == StreamFault::error ? nullptr : found->second.data();
         };
-        return state()->restore(handle_, retrieve, this, 0, features_) == LV2_STATE_SUCCESS;
+        LV2_State_Status answer = LV2_STATE_ERR_UNKNOWN;
+        called([&] { answer = state()->restore(handle_, retrieve, this, 0, features_); });
+        return answer == LV2_STATE_SUCCESS;
     }
 
     bool openWindow(std::uintptr_t parent) override {
@@ -118,17 +124,18 @@ public:
         const LV2_Feature resize{LV2_UI__resize, &resize_}, touch{LV2_UI__touch, &touch_};
         const LV2_Feature* features[] = {&mapFeature_, &access, &inside, &resize, &touch, nullptr};
         LV2UI_Widget widget = nullptr;
-        const LV2UI_Handle opened = window_->instantiate(window_, lv2::pluginUri, "", writePort, this, &widget, features);
+        LV2UI_Handle opened = nullptr;
+        called([&] { opened = window_->instantiate(window_, lv2::pluginUri, "", writePort, this, &widget, features); });
         if (opened != nullptr) windows_.push_back(opened);
         return opened != nullptr && widget != nullptr;
     }
     void idle() override {
         const auto* clock = static_cast<const LV2UI_Idle_Interface*>(window_->extension_data(LV2_UI__idleInterface));
-        for (const LV2UI_Handle window : windows_) clock->idle(window);
+        for (const LV2UI_Handle window : windows_) called([&] { clock->idle(window); });
     }
     bool mayOpenTwice() const override { return true; }
     void closeWindow() override {
-        window_->cleanup(windows_.front());
+        called([this] { window_->cleanup(windows_.front()); });
         windows_.erase(windows_.begin());
     }
 

@@ -246,11 +246,10 @@ public:
         using Entry = bool (*)(void*);
         using FactoryEntry = IPluginFactory* (*)();
         reinterpret_cast<Entry>(loadModule(VST3_MODULE, moduleEntry))(nullptr);
-        IPluginFactory* const factory = reinterpret_cast<FactoryEntry>(loadModule(VST3_MODULE, "GetPluginFactory"))();
-        PClassInfo info;
-        factory->getClassInfo(0, &info);
-        if (factory->createInstance(info.cid, Vst::IComponent::iid, reinterpret_cast<void**>(&component_)) != kResultOk)
-            throw std::runtime_error("no VST 3 instance");
+        factory_ = reinterpret_cast<FactoryEntry>(loadModule(VST3_MODULE, "GetPluginFactory"))();
+        factory_->getClassInfo(0, &info_);
+        component_ = makeComponent();
+        if (component_ == nullptr) throw std::runtime_error("no VST 3 instance");
         component_->queryInterface(Vst::IAudioProcessor::iid, reinterpret_cast<void**>(&processor_));
         component_->queryInterface(Vst::IEditController::iid, reinterpret_cast<void**>(&controller_));
         component_->queryInterface(Vst::IMidiMapping::iid, reinterpret_cast<void**>(&mapping_));
@@ -271,6 +270,18 @@ public:
         controller_->release();
         processor_->release();
         component_->release();
+    }
+    bool makesAnother() override {
+        Vst::IComponent* made = nullptr;
+        called([&] { made = makeComponent(); });
+        if (made == nullptr) return false;
+        tresult answer = kResultFalse;
+        called([&] { answer = made->initialize(&application_); });
+        called([&] {
+            made->terminate();
+            made->release();
+        });
+        return answer == kResultOk;
     }
     void start(double rate, int mostFrames) override {
         Vst::ProcessSetup setup{isOffline_ ? Vst::kOffline : Vst::kRealtime, sampleSize_, mostFrames, rate};
@@ -372,41 +383,54 @@ public:
     Bytes save(std::size_t piece) override {
         Stream stream({}, piece);
         stream.fault = fault_;
-        return component_->getState(&stream) == kResultOk ? stream.bytes : Bytes();
+        tresult answer = kResultFalse;
+        called([&] { answer = component_->getState(&stream); });
+        return answer == kResultOk ? stream.bytes : Bytes();
     }
     bool load(const Bytes& state, std::size_t piece) override {
         Stream stream(state, piece);
         stream.fault = fault_;
-        const bool isTaken = component_->setState(&stream) == kResultOk;
+        tresult answer = kResultFalse;
+        called([&] { answer = component_->setState(&stream); });
         // As hosts do, the controller gets the component's state too, and one of its own.
         Stream known(state, piece), own(state, piece);
         known.fault = own.fault = fault_;
-        controller_->setComponentState(&known);
-        controller_->setState(&own);
-        return isTaken;
+        called([&] { controller_->setComponentState(&known); });
+        called([&] { controller_->setState(&own); });
+        return answer == kResultOk;
     }
     double parameter(int index) override { return controller_->getParamNormalized(static_cast<Vst::ParamID>(index)); }
 
 #if SMTG_OS_LINUX
     bool openWindow(std::uintptr_t parent) override {
-        IPlugView* const view = controller_->createView(Vst::ViewType::kEditor);
+        IPlugView* view = nullptr;
+        called([&] { view = controller_->createView(Vst::ViewType::kEditor); });
         if (view == nullptr) return false;
         views_.push_back(view);
         view->setFrame(&frame_);
         ViewRect size;
-        return view->getSize(&size) == kResultTrue && size.getWidth() > 0 &&
-               view->attached(reinterpret_cast<void*>(parent), kPlatformTypeX11EmbedWindowID) == kResultOk &&
-               frame_.loop.timer != nullptr;
+        bool isShown = false;
+        called([&] {
+            isShown = view->getSize(&size) == kResultTrue && size.getWidth() > 0 &&
+                      view->attached(reinterpret_cast<void*>(parent), kPlatformTypeX11EmbedWindowID) == kResultOk;
+        });
+        if (!isShown) {
+            called([&] { view->release(); });
+            views_.pop_back();
+        }
+        return isShown && frame_.loop.timer != nullptr;
     }
     void idle() override {
-        if (frame_.loop.timer != nullptr) frame_.loop.timer->onTimer();
+        if (frame_.loop.timer != nullptr) called([this] { frame_.loop.timer->onTimer(); });
         sizes_.insert(sizes_.end(), frame_.sizes.begin(), frame_.sizes.end());
         frame_.sizes.clear();
     }
     bool mayOpenTwice() const override { return true; }
     void closeWindow() override {
-        views_.front()->removed();
-        views_.front()->release();
+        called([this] {
+            views_.front()->removed();
+            views_.front()->release();
+        });
         views_.erase(views_.begin());
     }
 #else
@@ -416,6 +440,11 @@ public:
 #endif
 
 private:
+    Vst::IComponent* makeComponent() {
+        void* made = nullptr;
+        return factory_->createInstance(info_.cid, Vst::IComponent::iid, &made) == kResultOk ? static_cast<Vst::IComponent*>(made)
+                                                                                             : nullptr;
+    }
     static std::string narrow(const Vst::TChar* text) {
         std::string made;
         for (; *text != 0; ++text) made += static_cast<char>(*text);
@@ -456,6 +485,8 @@ private:
         notes.events.push_back(note);
     }
 
+    IPluginFactory* factory_ = nullptr;
+    PClassInfo info_;
     Vst::IComponent* component_ = nullptr;
     Vst::IAudioProcessor* processor_ = nullptr;
     Vst::IEditController* controller_ = nullptr;

@@ -165,6 +165,65 @@ TEST_P(Formats, AHandInTheWindowIsTold) {
     host->closeWindow();
 }
 
+TEST_P(Formats, AWindowThatThereIsNoMemoryForIsNone) {
+    const auto desk = Desk::open();
+    if (!desk) GTEST_SKIP() << "no X server to start";
+    const auto host = make();
+    int failures = 0;
+    bool isOpen = false;
+    for (long rest = 0; rest < 1000000; rest += 1 + rest / 6, ++failures) {
+        host->setAllocationsLeft(rest);
+        isOpen = host->openWindow(desk->window());
+        host->setAllocationsLeft(-1);
+        if (isOpen) break;
+        desk->settle(*host);
+        EXPECT_TRUE(desk->children().empty()) << rest;
+    }
+    ASSERT_TRUE(isOpen);
+    EXPECT_GT(failures, 20);
+    for (int round = 0; round < 2; ++round) {
+        desk->settle(*host);
+        EXPECT_EQ(desk->children().size(), 1u);
+        host->closeWindow();
+        desk->settle(*host);
+        EXPECT_TRUE(desk->children().empty());
+        ASSERT_TRUE(host->openWindow(desk->window()));
+    }
+    host->closeWindow();
+}
+
+// Neither what a hand has moved nor the window itself is lost by rounds in which nothing can be told, and it closes without
+// memory.
+TEST_P(Formats, ShortMemoryEndsNoWindow) {
+    const auto desk = Desk::open();
+    if (!desk) GTEST_SKIP() << "no X server to start";
+    const auto host = make();
+    host->render(block, {Event::set(0, par::EqLow, 0.5)});
+    ASSERT_TRUE(host->openWindow(desk->window()));
+    toldAfterwards(*host, *desk);
+    const Place knob = placeOf("EQ LOW", *desk);
+    desk->move(*host, knob.x, knob.y);
+    desk->button(*host, true);
+    desk->move(*host, knob.x, knob.y - 12);
+    for (const long rest : {0, 0, 1, 2, 3, 5, 8, 13, 21, 34}) {
+        host->setAllocationsLeft(rest);
+        for (int i = 0; i < 3; ++i) host->idle();
+        host->setAllocationsLeft(-1);
+    }
+    desk->move(*host, knob.x, knob.y - 24);
+    desk->button(*host, false);
+    const auto told = toldAfterwards(*host, *desk);
+    expectGesture(told, par::EqLow);
+    host->setAllocationsLeft(0);
+    host->closeWindow();
+    host->setAllocationsLeft(-1);
+    EXPECT_TRUE(desk->children().empty());
+    ASSERT_TRUE(host->openWindow(desk->window()));
+    desk->settle(*host);
+    EXPECT_EQ(desk->children().size(), 1u);
+    host->closeWindow();
+}
+
 // A turn of the wheel is begun, moved and ended within one event, so between two blocks.
 TEST_P(Formats, AGestureBetweenTwoBlocksIsToldOnce) {
     const auto desk = Desk::open();

@@ -101,7 +101,7 @@ struct MenuBench {
     NotedCommands commands;
     MenuCommands menus{audio, onShow, dialogs, [this](const std::string& address) {
                            pages.push_back(address);
-                           return hasOpener;
+                           return hasOpener ? platform::PageOpening::opened() : platform::PageOpening::failed();
                        }};
 };
 

@@ -1,10 +1,14 @@
 #include "library/menu_commands.h"
 
+#include <filesystem>
+
 #include "base/version.h"
 #include "platform/scratch_folder.h"
+#include "platform/thread.h"
 #include "platform/web_page.h"
 #include "tests/library/ended.h"
 #include "tests/library/menu_bench.h"
+#include "tests/platform/environment.h"
 #include "tests/platform/slow_dialogs.h"
 
 namespace vantoric {
@@ -275,6 +279,29 @@ TEST_F(Menus, WithoutAnOpenerTheUserReadsWhereToLook) {
     const std::vector<std::string> boxes = shown();
     ASSERT_EQ(boxes.size(), 1u);
     EXPECT_TRUE(boxes[0].ends_with("\n" + path)) << boxes[0];
+}
+
+TEST_F(Menus, AnOpenerThatFailsIsToldOnceLater) {
+    const platform::ScratchFolder desktop;
+    const std::string script = "#!/bin/sh\nsleep 0.3\nexit 3\n", opener = desktop / "xdg-open";
+    ASSERT_TRUE(platform::writeFile(opener, script.data(), script.size()));
+    std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
+    const platform::Environment path("PATH", (desktop.path() + ":/usr/bin:/bin").c_str());
+    MenuCommands byTheDesktop(audio, onShow, dialogs);
+    byTheDesktop.help(9);
+    byTheDesktop.help(12);
+    EXPECT_TRUE(shown().empty()) << "nobody knows yet";
+    std::vector<std::string> boxes;
+    for (int i = 0; i < 500 && boxes.size() < 2; ++i) {
+        platform::sleepMilliseconds(10);
+        byTheDesktop.poll();
+        for (const std::string& box : shown()) boxes.push_back(box);
+    }
+    ASSERT_EQ(boxes.size(), 2u);
+    EXPECT_NE(boxes[0].find(addressOf(WebPage::manual)), std::string::npos) << boxes[0];
+    EXPECT_NE(boxes[1].find(addressOf(WebPage::updates)), std::string::npos) << boxes[1];
+    byTheDesktop.poll();
+    EXPECT_TRUE(shown().empty());
 }
 
 TEST_F(Menus, LoadTargetsAreArmed) {

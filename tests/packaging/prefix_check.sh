@@ -21,11 +21,8 @@ for program in "$prefix"/bin/*; do
     "$program" --version | grep -q "^$(basename "$program") [0-9]" || fail "$program does not tell its version"
 done
 
-# The papers name nothing that is not there.
 papers=$prefix/share/doc/vantoric
-for paper in $(grep -oh '`docs/[a-z]*[./][a-z]*`' "$papers/README.md" "$papers"/docs/*.md | tr -d '`' | sort -u); do
-    [ -e "$papers/$paper" ] || fail "a paper names $paper, which is not installed"
-done
+"$(dirname "$(realpath "$0")")/papers_check.sh" "$papers" || fail "the papers name what is not there"
 if [ -f "$prefix/share/vantoric/Vantoric_data/Manual.html" ]; then
     [ -f "$papers/Manual.html" ] || fail "the manual is not among the papers"
 fi

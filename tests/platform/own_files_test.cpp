@@ -73,5 +73,13 @@ TEST(OwnFolder, IsTheInstallationWhereThatCanBeWritten) {
     setDataFolder("");
 }
 
+TEST(OwnFolder, IsNeverAnInstallationOfTheSystem) {
+    for (const char* system : {"/usr/lib", "/usr/share"}) {  // who is root may write there
+        setDataFolder(system);
+        EXPECT_TRUE(ownFolder().ends_with("/vantoric/")) << ownFolder();
+    }
+    setDataFolder("");
+}
+
 }  // namespace
 }  // namespace vantoric::platform

@@ -163,6 +163,19 @@ TEST_F(Commands, EveryPageOfHelpOpensInTheBrowser) {
     EXPECT_EQ(std::set<std::string>(lines.end() - 4, lines.end()).size(), 4u) << "each its own";
 }
 
+TEST_F(Commands, APageThatTheDesktopCannotShowIsTold) {
+    const std::filesystem::path opener = openerFolder() / "xdg-open", usual = openerFolder() / "usual";
+    std::filesystem::rename(opener, usual);
+    std::ofstream(opener) << "#!/bin/sh\nsleep 0.5\nexit 3\n";
+    std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
+    EXPECT_TRUE(choose(tag::helpMenu, vantoric::help_row::manual));
+    EXPECT_FALSE(rig.isCovered()) << "nobody knows yet";
+    EXPECT_TRUE(host.until([&] { return rig.isCovered(); }, 10));
+    std::filesystem::rename(usual, opener);
+    host.key("Escape");
+    EXPECT_TRUE(host.until([&] { return !rig.isCovered(); }, 5));
+}
+
 // Whatever a row does, and with nothing to do it on: the window lives on, and Escape leads back.
 class EveryRow : public Commands, public testing::WithParamInterface<MenuRow> {};
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -20,6 +21,7 @@
 #include "platform/user_state.h"
 #include "platform/web_page.h"
 #include "platform/wide_text.h"
+#include "tests/base/failing_allocation.h"
 
 namespace vantoric::platform {
 namespace {
@@ -91,6 +93,42 @@ TEST_F(Windows, FilesHaveNamesOfAnySigns) {
     EXPECT_TRUE(isFolder(folder.substr(0, folder.size() - 1)));
     EXPECT_TRUE(removeFile(path));
     EXPECT_FALSE(exists(path));
+}
+
+TEST_F(Windows, AListingTellsFilesFromFoldersAndOmitsDots) {
+    ASSERT_TRUE(makeFolder(folder + "deep\\er " + spoken));
+    ASSERT_TRUE(put(folder + "a.fxp", "1"));
+    for (const std::string& named : {folder, folder.substr(0, folder.size() - 1)}) {
+        std::vector<FolderEntry> entries;
+        ASSERT_TRUE(listFolder(named, entries));
+        ASSERT_EQ(entries.size(), 2u) << named;
+        for (const FolderEntry& entry : entries) EXPECT_EQ(entry.isFolder, entry.name == "deep") << entry.name;
+    }
+    EXPECT_EQ(names(folder + "deep"), std::vector<std::string>{"er " + spoken});
+    EXPECT_TRUE(names(folder + "deep\\er " + spoken).empty());
+    std::vector<FolderEntry> entries{{"old", false}};
+    for (const std::string& none : {folder + "missing", folder + "missing\\", folder + "a.fxp", std::string(), folder + broken}) {
+        EXPECT_FALSE(listFolder(none, entries)) << none;
+        EXPECT_TRUE(entries.empty());
+    }
+    EXPECT_FALSE(names("C:\\").empty());
+    int visited = 0;
+    EXPECT_FALSE(readFolder(folder, [&](FolderEntry&&) { return ++visited, false; })) << "ended by who visits";
+    EXPECT_EQ(visited, 1);
+    RemoveDirectoryW(wide(folder + "deep\\er " + spoken).c_str());
+    RemoveDirectoryW(wide(folder + "deep").c_str());
+}
+
+TEST_F(Windows, AListingThatThereIsNoMemoryForThrowsAndEndsNothing) {
+    std::vector<std::string> all;
+    for (int i = 0; i < 40; ++i) all.push_back("a name that fits into no string without memory " + std::to_string(10 + i));
+    for (const std::string& name : all) ASSERT_TRUE(put(folder + name, "1"));
+    std::vector<FolderEntry> entries;
+    const int failures = test::failuresUntilMade([&] { EXPECT_TRUE(listFolder(folder, entries)); }, [] {});
+    EXPECT_GT(failures, 10);
+    std::vector<std::string> listed = names(folder);
+    std::sort(listed.begin(), listed.end());
+    EXPECT_EQ(listed, all);
 }
 
 TEST_F(Windows, ABrokenNameIsANameLikeOthers) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <new>
 #include <string>
 #include <vector>
@@ -45,6 +46,37 @@ TEST_F(GesturesTest, OneThatEndsAndBeginsAgainGoesOn) {
     EXPECT_EQ(taken(), "=7");
     gestures.end(7);
     EXPECT_EQ(taken(), "=7]7");
+}
+
+// At each of the calls of a look in turn: every begin, value and end is heard, begins and ends once.
+TEST_F(GesturesTest, WhatAHostThrowsAtComesWithTheNextLook) {
+    for (const bool isOver : {false, true})
+        for (int thrown = 0; thrown < (isOver ? 6 : 4); ++thrown) {
+            Gestures some;
+            for (const int index : {3, 9}) {
+                some.begin(index);
+                if (isOver) some.end(index);
+            }
+            std::string told;
+            int calls = 0;
+            const auto hear = [&](const std::string& what) {
+                if (calls++ == thrown) throw std::bad_alloc();
+                told += what;
+            };
+            const auto look = [&] {
+                some.take([&](int i, bool isBegin) { hear((isBegin ? "[" : "]") + std::to_string(i)); },
+                          [&](int i) { hear("=" + std::to_string(i)); });
+            };
+            EXPECT_THROW(look(), std::bad_alloc);
+            EXPECT_TRUE(some.any());
+            look();
+            for (const char* one : {"[3", "=3", "[9", "=9"}) EXPECT_NE(told.find(one), std::string::npos) << told;
+            EXPECT_EQ(std::count(told.begin(), told.end(), '['), 2) << told;
+            EXPECT_EQ(std::count(told.begin(), told.end(), ']'), isOver ? 2 : 0) << told;
+            calls = thrown + 1;
+            look();
+            EXPECT_FALSE(some.any());
+        }
 }
 
 TEST_F(GesturesTest, IndicesOutsideAreIgnored) {
