@@ -125,19 +125,6 @@ TEST_F(SizeMenu, AnyByteIsASize) {
 
 // ---- what is told and asked
 
-// A screen of another size, while it stands.
-class OtherScreen {
-public:
-    OtherScreen(int width, int height) : server_(width, height) {}
-    OtherScreen(const OtherScreen&) = delete;
-    OtherScreen& operator=(const OtherScreen&) = delete;
-    ~OtherScreen() { setenv("DISPLAY", before_.c_str(), 1); }
-
-private:
-    const std::string before_ = std::getenv("DISPLAY");
-    const XServer server_;
-};
-
 HostAnswers hostCalled(const std::string& product) {
     HostAnswers answers;
     answers.product = product;
