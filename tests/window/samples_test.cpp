@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <utility>
 
 #include <unistd.h>
 
@@ -313,6 +314,30 @@ TEST_F(EditedSamples, EveryRowDoesToTheSampleWhatItIsFor) {
         undo();
         ASSERT_TRUE(host.until([&] { return rig.plugin().chunk() == patch; }, 5)) << label << " is not taken back";
     }
+}
+
+TEST_F(EditedSamples, TrimKeepsWhatIsMarkedAndCutTheRest) {
+    loadWave();
+    dragMarkers(0.2, 0.7);
+    const SavedSample before = sample(0);
+    const auto first = before.samples.begin() + before.loopStart, last = before.samples.begin() + before.loopEnd;
+    std::vector<std::int16_t> rest(before.samples.begin(), first);
+    rest.insert(rest.end(), last, before.samples.end());
+    const std::pair<const char*, std::vector<std::int16_t>> rows[] = {{"Trim", {first, last}}, {"Cut", rest}};
+    for (const auto& [label, left] : rows) {
+        ASSERT_TRUE(chooseEdit(editRow(label)));
+        EXPECT_TRUE(host.until([&] { return sample(0).samples == left; }, 5)) << label;
+        EXPECT_EQ(sample(0).loopStart, 0) << label;
+        EXPECT_EQ(sample(0).loopEnd, static_cast<int>(left.size())) << label;
+        undo();
+        ASSERT_TRUE(host.until([&] { return sample(0) == before; }, 5));
+    }
+    undo();  // of the marks: all of the sample is meant now
+    ASSERT_TRUE(host.until([&] { return sample(0).loopStart != before.loopStart; }, 5));
+    const SavedSample unmarked = sample(0);
+    ASSERT_TRUE(chooseEdit(editRow("Trim")));
+    host.idle(300);
+    EXPECT_EQ(sample(0), unmarked) << "there is nothing to trim";
 }
 
 TEST_F(EditedSamples, TheTableAboveHasEveryRow) {
