@@ -75,6 +75,23 @@ TEST_F(Commands, NextAndPreviousStepThroughThePatches) {
     EXPECT_TRUE(host.until([&] { return patchName() == first; }, 10));
 }
 
+TEST_F(Commands, AStepIsTakenWhenTheButtonIsLetGoOfUponIt) {
+    const std::string first = patchName();
+    const Point next = rig.middle(controlWithTag(tag::nextPatch));
+    host.move(next.x, next.y);
+    host.press();
+    host.idle(200);
+    EXPECT_EQ(patchName(), first) << "not by the press";
+    host.move(next.x, next.y + 60);
+    host.release();
+    host.idle(200);
+    EXPECT_EQ(patchName(), first) << "nor beside it";
+    host.move(next.x, next.y);
+    host.press();
+    host.release();
+    EXPECT_TRUE(host.until([&] { return patchName() != first; }, 10));
+}
+
 TEST_F(Commands, TheBrowserOpensAndCloses) {
     const auto below = [](const Picture& whole) { return whole.part(300, 300, 600, 300); };
     const auto openAndClose = [&](const Picture& closed) {
