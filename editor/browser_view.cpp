@@ -451,7 +451,10 @@ void BrowserView::onSearchKey(VSTGUI::KeyboardEvent& event) {
         case VirtualKey::PageUp:
         case VirtualKey::PageDown: setFocus(Focus::list); return onListKey(event);
         case VirtualKey::Return:
-        case VirtualKey::Enter: setFocus(Focus::list); return play(std::max(0, selected_));
+        case VirtualKey::Enter:
+            if (rows_.empty()) return;  // found so far: Enter again once there is something
+            setFocus(Focus::list);
+            return play(std::max(0, selected_));
         default: break;
     }
     const std::string before = search_.text();

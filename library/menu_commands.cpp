@@ -122,16 +122,17 @@ void MenuCommands::saveLayer(int layer) {
 void MenuCommands::deletePatch() {
     const std::string category = patch_.category(), name = patch_.file();
     if (name.empty()) return dialogs_.message("Info", "This patch is in no list: there is no file to delete.");
-    patches_.deletePatch(category, name, [this, category, name](bool isGone) {
-        if (isGone) noteDeleted(category, name);
-        library_.scanPatches(-1);
-        if (isGone && patch_.category() == category && patch_.file() == name) patch_.showCustomHere();
-    });
+    patches_.deletePatch(category, name, [this, category, name](bool isGone) { noteDeleted(category, name, isGone); });
 }
 
-void MenuCommands::noteDeleted(const std::string& category, const std::string& name) {
-    ++filesChanged_;
-    library_.noteDeleted(category, name);
+// A patch whose file is gone plays on, and is in no list any more.
+void MenuCommands::noteDeleted(const std::string& category, const std::string& name, bool isGone) {
+    if (isGone) {
+        ++filesChanged_;
+        library_.noteDeleted(category, name);
+    }
+    library_.scanPatches(-1);
+    if (isGone && patch_.category() == category && patch_.file() == name) patch_.showCustomHere();
 }
 
 // The next patch that is chosen goes to that layer; the same row again calls it off.
@@ -158,10 +159,9 @@ void MenuCommands::setFavourite(bool on, Done done) {
         return done(isSaved);
     }
     // Of a favourite itself its own file, of any other patch the copy.
-    const std::string name = patch_.category() == "Favourites" ? patch_.name() : patchNameOfPath(path);
+    const std::string name = patch_.category() == "Favourites" ? patch_.file() : patchNameOfPath(path);
     patches_.deletePatch("Favourites", name, [this, name, done = std::move(done)](bool isGone) {
-        if (isGone) noteDeleted("Favourites", name);
-        library_.scanPatches(-1);
+        noteDeleted("Favourites", name, isGone);
         done(isGone);
     });
 }

@@ -82,7 +82,7 @@ private:
     void quickSave();
     void saveLayer(int layer);
     void deletePatch();
-    void noteDeleted(const std::string& category, const std::string& name);
+    void noteDeleted(const std::string& category, const std::string& name, bool isGone);
     void armLoad(int target);
     void showImported(bool imported);
     void noteWave(int layer, int oscillator, const std::string& name);

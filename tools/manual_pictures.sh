@@ -3,6 +3,7 @@
 # Takes the pictures of the manual (docs/manual/pictures), all or those named, from the real window: each drive of
 # docs/manual/drives/NAME.drive is played to a fresh window on a screen of its own, and cut to the place that its line "crop"
 # says, in the size of the list "Editor" that "size" says. A line "load WORDS" loads the first patch that the library finds for them.
+# A drive with a line that fails ends the script, and leaves its picture as it was.
 # The picture "program" is that of the program of its own, as it first opens. Needs dist/ and the target window-drive
 # (BUILD names their folder, default build/release), xvfb and imagemagick.
 set -euo pipefail

@@ -198,6 +198,19 @@ TEST_F(Menus, AFavouriteIsACopyThatGoesOnlyByAYes) {
     EXPECT_FALSE(menus.isFavourite());
 }
 
+TEST_F(Menus, AFavouriteThatIsOnShowItselfIsNoneAnyMoreOnceItsFileIsGone) {
+    menus.setFavourite(true, [](bool) {});
+    ASSERT_TRUE(menus.loadPatchFile(favouritePath("Mine")));
+    ASSERT_EQ(menus.patch().category(), "Favourites");
+    EXPECT_TRUE(menus.isFavourite());
+    dialogs.answerNext(true);
+    menus.setFavourite(false, [](bool) {});
+    EXPECT_FALSE(platform::exists(favouritePath("Mine")));
+    EXPECT_FALSE(menus.isFavourite());
+    EXPECT_EQ(menus.patch().category(), "Custom");
+    EXPECT_EQ(name(), "FavMine") << "what plays goes on";
+}
+
 TEST_F(Menus, ANewPatchBeginsWithOneLayerAndNoSamples) {
     putSound(2, 1, 100, 3);
     onShow.layer = 2;

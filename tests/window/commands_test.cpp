@@ -75,6 +75,23 @@ TEST_F(Commands, NextAndPreviousStepThroughThePatches) {
     EXPECT_TRUE(host.until([&] { return patchName() == first; }, 10));
 }
 
+TEST_F(Commands, AStepIsTakenWhenTheButtonIsLetGoOfUponIt) {
+    const std::string first = patchName();
+    const Point next = rig.middle(controlWithTag(tag::nextPatch));
+    host.move(next.x, next.y);
+    host.press();
+    host.idle(200);
+    EXPECT_EQ(patchName(), first) << "not by the press";
+    host.move(next.x, next.y + 60);
+    host.release();
+    host.idle(200);
+    EXPECT_EQ(patchName(), first) << "nor beside it";
+    host.move(next.x, next.y);
+    host.press();
+    host.release();
+    EXPECT_TRUE(host.until([&] { return patchName() != first; }, 10));
+}
+
 TEST_F(Commands, TheBrowserOpensAndCloses) {
     const auto below = [](const Picture& whole) { return whole.part(300, 300, 600, 300); };
     const auto openAndClose = [&](const Picture& closed) {
@@ -130,6 +147,40 @@ TEST_F(Commands, ResetsSetWhatTheyName) {
     EXPECT_EQ(patchName().substr(0, 5), "Init ");
 }
 
+TEST_F(Commands, TheArpeggiatorIsResetAlone) {
+    rig.plugin().setParameter(parameter::ArpType, 12.0f / 128);
+    rig.plugin().setParameter(parameter::Reso1, 0.43f);
+    for (int step = 0; step < 16; ++step) rig.plugin().setParameter(parameter::ArpVol1 + step, 3.0f / 128);
+    ASSERT_TRUE(choose(tag::initMenu, vantoric::init_row::arpeggiator));
+    EXPECT_TRUE(host.until([&] { return layerValue(parameter::ArpVol1) == 9.0f / 128; }, 10));
+    for (int step = 0; step < 16; step += 2) EXPECT_EQ(layerValue(parameter::ArpVol1 + step), 9.0f / 128) << step;
+    EXPECT_EQ(layerValue(parameter::ArpRetri), 1.0f / 128);
+    EXPECT_NE(layerValue(parameter::ArpType), 12.0f / 128);
+    EXPECT_EQ(layerValue(parameter::Reso1), 0.43f);
+}
+
+TEST_F(Commands, CleaningTheMatrixEmptiesTheHalfRowsOfAllLayers) {
+    constexpr float source = 20.0f / 128, destination = 40.0f / 128, amount = 0.9f;
+    const auto set = [&](int layer, int slot, float from, float to) {
+        const std::pair<int, float> values[] = {
+            {parameter::MatSrc1, from}, {parameter::MatDst1, to}, {parameter::MatVal1, amount}};
+        for (const auto& [number, value] : values) rig.plugin().setParameter(vantoric::hostIndex(number + slot, layer), value);
+    };
+    for (int layer = 0; layer < 4; ++layer) {
+        set(layer, 0, source, 0);
+        set(layer, 1, source, destination);
+        set(layer, 2, 0, destination);
+    }
+    ASSERT_TRUE(choose(tag::initMenu, vantoric::init_row::cleanMatrix));
+    EXPECT_TRUE(host.until([&] { return layerValue(parameter::MatVal1) == 0.5f; }, 10));
+    for (int layer = 0; layer < 4; ++layer)
+        for (const int slot : {0, 1, 2}) {
+            EXPECT_EQ(layerValue(parameter::MatSrc1 + slot, layer), slot == 1 ? source : 0.0f);
+            EXPECT_EQ(layerValue(parameter::MatDst1 + slot, layer), slot == 1 ? destination : 0.0f);
+            EXPECT_EQ(layerValue(parameter::MatVal1 + slot, layer), slot == 1 ? amount : 0.5f);
+        }
+}
+
 TEST_F(Commands, EveryTemplateMakesAPatchOfItsName) {
     const auto labels = labelsOf(controlWithTag(tag::initMenu));
     for (int row = vantoric::init_row::create1; row < static_cast<int>(labels.size()); ++row) {
@@ -150,6 +201,101 @@ TEST_F(Commands, ALayerIsCopiedAndPasted) {
     rig.showLayer(2);
     ASSERT_TRUE(choose(tag::pasteMenu, vantoric::paste_row::layer));
     EXPECT_TRUE(host.until([&] { return std::fabs(layerValue(parameter::Reso1, 2) - 0.77f) < 1e-3f; }, 10));
+}
+
+TEST_F(Commands, AWholePatchIsCopiedAndPasted) {
+    rig.set(controlNamed("FIL1 RESO"), 0.31f);
+    ASSERT_TRUE(choose(tag::copyMenu, vantoric::copy_row::completePatch));
+    const auto copied = rig.plugin().chunk();
+    ASSERT_TRUE(choose(tag::initMenu, vantoric::init_row::all));
+    ASSERT_TRUE(host.until([&] { return rig.plugin().chunk() != copied; }, 10));
+    ASSERT_TRUE(choose(tag::pasteMenu, vantoric::paste_row::completePatch));
+    EXPECT_TRUE(host.until([&] { return rig.plugin().chunk() == copied; }, 10));
+}
+
+TEST_F(Commands, AnOscillatorIsPastedIntoAnotherOneOfAnotherLayer) {
+    const auto setInterval = [&](int oscillator, int layer, float value) {
+        rig.plugin().setParameter(vantoric::hostIndex(parameter::Interv1 + oscillator, layer), value);
+    };
+    constexpr int target = 3;
+    for (int oscillator = 0; oscillator < 3; ++oscillator) {
+        setInterval(oscillator, 0, 0.2f + 0.2f * static_cast<float>(oscillator));
+        setInterval(oscillator, target, 0.9f);
+    }
+    for (int from = 0; from < 3; ++from) {
+        const int to = (from + 1) % 3;
+        rig.showLayer(0);
+        ASSERT_TRUE(choose(tag::copyMenu, vantoric::copy_row::layerToOscillator1 + from));
+        rig.showLayer(target);
+        const auto before = rig.parameters();
+        ASSERT_TRUE(choose(tag::pasteMenu, vantoric::paste_row::oscillator1 + to));
+        const float wanted = layerValue(parameter::Interv1 + from);
+        EXPECT_TRUE(host.until([&] { return layerValue(parameter::Interv1 + to, target) == wanted; }, 10)) << from;
+        for (const int index : rig.changedSince(before)) {
+            const int number = index - vantoric::hostIndex(0, target);
+            EXPECT_TRUE(number >= parameter::Oct1 && number < parameter::PitchOct1 && number % 3 == to)
+                << "of that oscillator and layer alone, not " << index;
+        }
+    }
+}
+
+TEST_F(Commands, ASectionIsPastedAlone) {
+    constexpr int arpeggio = parameter::ArpSpeed, steps = parameter::Step1, target = 1;
+    struct Case {
+        int copyRow, pasteRow, pasted, left;
+    };
+    for (const Case& c : {Case{vantoric::copy_row::layerToArpeggiator, vantoric::paste_row::arpeggiator, arpeggio, steps},
+                          Case{vantoric::copy_row::layerToStepLfo, vantoric::paste_row::stepLfo, steps, arpeggio}}) {
+        rig.showLayer(0);
+        for (const int number : {arpeggio, steps}) {
+            rig.plugin().setParameter(number, 12.0f / 128);
+            rig.plugin().setParameter(vantoric::hostIndex(number, target), 0);
+        }
+        ASSERT_TRUE(choose(tag::copyMenu, c.copyRow));
+        rig.showLayer(target);
+        ASSERT_TRUE(choose(tag::pasteMenu, c.pasteRow));
+        EXPECT_TRUE(host.until([&] { return layerValue(c.pasted, target) == layerValue(c.pasted); }, 10));
+        EXPECT_EQ(layerValue(c.left, target), 0.0f);
+    }
+}
+
+TEST_F(Commands, TheFirstLayerIsStackedInTwelveWays) {
+    constexpr float amounts[] = {0.02f, 0.04f, 0.1f, 0.0625f, 0.125f, 0.25f};
+    constexpr float shares[] = {0.43333337f, -0.36666667f, 0.23333335f, -0.20000002f};
+    for (int row = 0; row < 12; ++row) {
+        rig.reset();
+        const int count = row < 6 ? 2 : 4;
+        const bool isStereo = row % 6 >= 3;
+        const float amount = amounts[row / 6 * 3 + row % 3];
+        rig.plugin().setParameter(parameter::Detune1, 0.5f);
+        rig.plugin().setParameter(parameter::Reso1, 0.43f);
+        const float pan = layerValue(parameter::FilPan1);
+        ASSERT_TRUE(choose(tag::copyMenu, vantoric::copy_row::stack1 + row));
+        const auto isSpread = [&] { return std::fabs(layerValue(parameter::Detune1) - 0.5f - amount * shares[0]) < 1e-5f; };
+        EXPECT_TRUE(host.until(isSpread, 10)) << row;
+        for (int layer = 0; layer < 4; ++layer) {
+            EXPECT_EQ(rig.plugin().parameter(parameter::Layer1On + layer), layer < count ? 1.0f : 0.0f) << row;
+            if (layer >= count) continue;
+            EXPECT_FLOAT_EQ(layerValue(parameter::Reso1, layer), 0.43f) << "a copy of the first";
+            EXPECT_NEAR(layerValue(parameter::Detune1, layer), 0.5f + amount * shares[layer], 1e-5f) << row;
+            EXPECT_EQ(layerValue(parameter::FilPan1, layer), isStereo ? static_cast<float>(layer % 2) : pan) << row;
+        }
+    }
+}
+
+TEST(Pasting, WithNothingCopiedIsToldAndChangesNothing) {
+    using namespace vantoric::paste_row;
+    dropSharedRig();
+    WindowRig rig;
+    const auto before = rig.plugin().chunk();
+    for (const int row :
+         {int(completePatch), int(layer), int(oscillator1), oscillator1 + 1, oscillator1 + 2, int(arpeggiator), int(stepLfo)}) {
+        ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::pasteMenu), row));
+        EXPECT_TRUE(rig.host().until([&] { return rig.isCovered(); }, 10)) << row;
+        rig.host().key("Return");
+        EXPECT_TRUE(rig.host().until([&] { return !rig.isCovered(); }, 10)) << row;
+        EXPECT_EQ(rig.plugin().chunk(), before) << row;
+    }
 }
 
 TEST_F(Commands, EveryPageOfHelpOpensInTheBrowser) {

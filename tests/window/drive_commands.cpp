@@ -16,23 +16,38 @@ bool isOnShow(WindowHost& host, const std::string& words) {
     return lower.find(words) != std::string::npos;
 }
 
-// Opens the library, types and takes what it found, once it has found it: on a busy machine that takes its time. At the normal
-// size.
-bool load(WindowHost& host, const std::string& words) {
+// The first row of the library's list, at the normal size: empty until a patch was found.
+bool hasFirstRow(WindowHost& host) {
+    const Picture row = host.glance().part(330, 276, 200, 22);
+    for (std::size_t i = 3; i < row.rgb.size(); ++i)
+        if (row.rgb[i] != row.rgb[i % 3]) return true;
+    return false;
+}
+
+// Opens the library, types and takes what it found, once the list has come to rest with it: on a busy machine that takes its
+// time.
+bool takeFromLibrary(WindowHost& host, const std::string& words) {
     host.click(46, 83);
     host.idle(1500);
     host.type(words);
-    for (int i = 0; i < 20 && !isOnShow(host, words); ++i) {
-        host.idle(1200);
+    const bool isFound = host.until([&] { return host.picture(), hasFirstRow(host); }, 30);
+    if (isFound) {
         host.key("Return");
-        host.idle(500);
+        host.until([&] { return isOnShow(host, words); }, 10);
     }
-    for (int i = 0; i < 2; ++i) {
+    for (int i = 0; i < 2; ++i) {  // out of the search, and of the library
         host.key("Escape");
         host.idle(15);
     }
     host.idle(500);
     return isOnShow(host, words);
+}
+
+// At the normal size.
+bool load(WindowHost& host, const std::string& words) {
+    for (int tried = 0; tried < 3; ++tried)
+        if (takeFromLibrary(host, words)) return true;
+    return false;
 }
 
 }  // namespace
@@ -42,9 +57,12 @@ bool drive(WindowHost& host, const std::string& line) {
     std::string command, text;
     double a = 0, b = 0, c = 0, d = 0;
     words >> command;
-    if (command == "open")
-        std::cout << (host.open() ? "open\n" : "no window\n");
-    else if (command == "close")
+    if (command == "open") {
+        const bool isOpen = host.open();
+        std::cout << (isOpen ? "open\n" : "no window\n");
+        return isOpen;
+    }
+    if (command == "close")
         host.close();
     else if (command == "idle" && words >> a)
         host.idle(static_cast<int>(a));
@@ -72,9 +90,11 @@ bool drive(WindowHost& host, const std::string& line) {
         host.keyUp(text);
     else if (command == "type" && std::getline(words >> std::ws, text))
         host.type(text);
-    else if (command == "picture" && words >> text)
-        std::cout << (host.savePicture(text) ? text : "no picture") << '\n';
-    else if (command == "load" && std::getline(words >> std::ws, text))
+    else if (command == "picture" && words >> text) {
+        const bool isSaved = host.savePicture(text);
+        std::cout << (isSaved ? text : "no picture") << '\n';
+        return isSaved;
+    } else if (command == "load" && std::getline(words >> std::ws, text))
         return load(host, text);
     else if (command == "parameter" && words >> a)
         std::cout << host.plugin().parameter(static_cast<int>(a)) << '\n';

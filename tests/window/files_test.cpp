@@ -6,9 +6,13 @@
 #include <cmath>
 #include <fstream>
 #include <iterator>
+#include <set>
 
 #include "base/parameters.h"
 #include "editor/model/menu_rows.h"
+#include "editor/model/window_layout.h"
+#include "tests/window/compare_pictures.h"
+#include "tests/window/saved_patch.h"
 #include "tests/window/window_rig.h"
 
 using namespace testhost;
@@ -48,6 +52,7 @@ protected:
         for (int i = 0; i < 3; ++i) host.key("Escape");  // the browser leaves the band in sight
         rig.closeMenus();
         fs::remove_all(sounds / "Zoo");
+        fs::remove(favourite);
         for (const char* beside : {"Zoo.rnk", "Zoo.tags"}) fs::remove(sounds / beside);
     }
 
@@ -58,6 +63,14 @@ protected:
     bool asks() {
         return host.until([&] { return rig.isCovered(); }, 10);
     }
+    Picture glanceAt(vantoric::WindowPart part) {
+        const vantoric::LayoutRect& r = vantoric::windowPart(part).rect;
+        const Point corner = rig.at(r.x, r.y), size = rig.at(r.width, r.height);
+        return host.glance().part(static_cast<int>(corner.x), static_cast<int>(corner.y), static_cast<int>(size.x),
+                                  static_cast<int>(size.y));
+    }
+    // What is drawn anew may differ by a step of a colour.
+    static bool areAlike(const Picture& a, const Picture& b) { return difference(a, b).largest <= tolerance; }
     // Any patch of the installation under another name.
     void putPatch(const fs::path& path) {
         fs::create_directories(path.parent_path());
@@ -73,6 +86,12 @@ protected:
         host.idle(400);  // the library is read
     }
 
+    void playFoundAfterOpening(const std::string& name) {
+        openBrowser();
+        playFound(name, name);
+        host.key("Escape");
+        host.idle(100);
+    }
     // Searches in the open browser, and loads what is found first.
     void playFound(const std::string& query, const std::string& name) {
         host.type(query);
@@ -83,7 +102,7 @@ protected:
 
     WindowRig& rig = sharedRig();
     WindowHost& host = rig.host();
-    const fs::path sounds;
+    const fs::path sounds, favourite = sounds / "Favourites/Favzebra.fxp";  // the copy of Zoo/zebra.fxp
     const vantoric::platform::ScratchFolder scratch;
 };
 
@@ -225,6 +244,79 @@ TEST_F(Files, ArrowsTryPatchesInTheLayerThatWaits) {
     EXPECT_EQ(rig.plugin().parameter(vantoric::hostIndex(parameter::Reso1, 0)), first) << "the first layer stays";
 }
 
+// The row of the menu of pasting means the layer on show.
+TEST_F(Files, APatchGoesToTheLayerOnShowAndTheNextOneReplacesAllLayers) {
+    putPatch(sounds / "Zoo/yak.fxp");
+    putPatch(sounds / "Zoo/zebra.fxp");
+    openBrowser();
+    playFound("zebra", "zebra");
+    host.key("Escape");
+    constexpr int third = 2;
+    const auto reso = [&](int layer) { return rig.plugin().parameter(vantoric::hostIndex(parameter::Reso1, layer)); };
+    rig.plugin().setParameter(vantoric::hostIndex(parameter::Reso1, 0), 0.123f);
+    rig.plugin().setParameter(parameter::Layer1On + third, 0);
+    rig.showLayer(third);
+    ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::pasteMenu), vantoric::paste_row::loadToLayer));
+    host.idle(400);  // the browser opens
+    playFound("yak", "yak");
+    EXPECT_EQ(rig.plugin().parameter(parameter::Layer1On + third), 1.0f) << "the layer sounds";
+    EXPECT_EQ(reso(0), 0.123f) << "the first one is as it was";
+    playFound("zebra", "zebra");
+    EXPECT_NE(reso(0), 0.123f);
+}
+
+// ---- the favourite star
+
+TEST_F(Files, TheStarPutsACopyAmongTheFavouritesAndTakesItBack) {
+    putPatch(sounds / "Zoo/zebra.fxp");
+    const auto pressStar = [&] {
+        rig.click(rig.middle(vantoric::WindowPart::Favourite));
+        host.move(3, 400);
+        host.idle(200);
+    };
+    const auto star = [&] { return glanceAt(vantoric::WindowPart::Favourite); };
+    const auto showsOnlyFavourites = [&] {
+        openBrowser();
+        host.click(rig.at(570, 158).x, rig.at(570, 158).y);
+        host.idle(200);
+    };
+    openBrowser();
+    playFound("zebra", "zebra");
+    host.key("Escape");
+    host.move(3, 400);
+    host.idle(300);
+    const Picture dark = star();
+
+    pressStar();
+    ASSERT_TRUE(host.until([&] { return fs::exists(favourite); }, 5));
+    EXPECT_TRUE(host.until([&] { return !areAlike(star(), dark); }, 5)) << "it shines";
+    showsOnlyFavourites();
+    EXPECT_TRUE(host.until([&] { return host.key("Down"), patchName() == favourite.stem().string(); }, 10))
+        << "the filter finds it";
+    for (int i = 0; i < 2; ++i) host.key("Escape");
+    host.idle(100);
+
+    pressStar();
+    ASSERT_TRUE(asks()) << "whether the copy is to go";
+    host.key("Return");  // No
+    host.idle(200);
+    EXPECT_TRUE(fs::exists(favourite));
+    EXPECT_FALSE(areAlike(star(), dark)) << "the star stays with its file";
+    pressStar();
+    ASSERT_TRUE(asks());
+    host.key("Tab");
+    host.key("Return");  // Yes
+    EXPECT_TRUE(host.until([&] { return !fs::exists(favourite); }, 5));
+    EXPECT_TRUE(host.until([&] { return areAlike(star(), dark); }, 5));
+    EXPECT_TRUE(fs::exists(sounds / "Zoo/zebra.fxp")) << "the patch itself stays";
+
+    playFoundAfterOpening("zebra");
+    showsOnlyFavourites();
+    host.key("Down");
+    host.idle(200);
+    EXPECT_EQ(patchName(), "zebra") << "the filter finds none";
+}
+
 TEST(Typing, NamesOfEveryAlphabetAreFound) {
     dropSharedRig();
     const SpareKey key(U'\u0416');
@@ -265,6 +357,7 @@ TEST_F(Files, SavingAsksBeforeItOverwrites) {
     turn(0.2f);
     save();
     ASSERT_TRUE(host.until([&] { return fs::exists(file); }, 5));
+    EXPECT_TRUE(isCalled("walrus"));
     const std::string saved = bytesOf(file);
     rig.closeMenus();
     turn(0.7f);
@@ -282,6 +375,46 @@ TEST_F(Files, SavingAsksBeforeItOverwrites) {
     fs::remove(file);
 }
 
+TEST_F(Files, APatchIsLoadedFromTheChooserByItsPathAndByAClick) {
+    // Small letters only, as it is typed without Shift.
+    const fs::path den = fs::temp_directory_path() / ("vantoric-den-" + std::to_string(getpid()));
+    for (const char* name : {"otter", "walrus"}) putPatch(den / (std::string(name) + ".fxp"));
+    const auto load = [&] { return rig.chooseFrom(controlWithTag(tag::fileMenu), vantoric::file_row::load); };
+    rig.showLayer(2);
+    rig.set(controlNamed("FIL1 RESO"), 0.3f);
+    const auto namePlate = [&] { return glanceAt(vantoric::WindowPart::PatchList); };
+    const Picture before = namePlate();
+    ASSERT_TRUE(load());
+    ASSERT_TRUE(rig.typePath((den / "otter.fxp").string()));
+    EXPECT_TRUE(isCalled("otter"));
+    host.move(3, 400);
+    EXPECT_TRUE(host.until([&] { return !areAlike(namePlate(), before); }, 5)) << "its name is shown";
+    const Picture otter = namePlate();
+    const auto parameters = rig.parameters();
+    rig.drag(controlNamed("FIL1 RESO"), 0, rig.plugin().parameter(parameter::Reso1) < 0.5f ? 30 : -30);
+    EXPECT_EQ(rig.changedSince(parameters), std::vector<int>{parameter::Reso1}) << "the first layer is on show";
+
+    ASSERT_TRUE(load());
+    ASSERT_TRUE(asks());
+    host.idle(400);  // the folder of the last time is read
+    constexpr double listLeft = 410, listTop = 183, rowHeight = 18;
+    const Point second = rig.at(listLeft + 40, listTop + 1.5 * rowHeight);
+    host.click(second.x, second.y);
+    host.idle(100);
+    EXPECT_TRUE(rig.isCovered()) << "a click chooses";
+    host.key("Return");
+    EXPECT_TRUE(isCalled("walrus"));
+    host.move(3, 400);
+    EXPECT_TRUE(host.until([&] { return !areAlike(namePlate(), otter); }, 5));
+
+    ASSERT_TRUE(load());
+    ASSERT_TRUE(asks());
+    host.idle(400);
+    host.doubleClick(second.x, second.y - rowHeight * rig.unit());
+    EXPECT_TRUE(isCalled("otter")) << "a double click loads";
+    fs::remove_all(den);
+}
+
 // ---- rows of menus that make files, or take them
 
 class FileRows : public Files {
@@ -291,16 +424,6 @@ protected:
         Files::TearDown();
     }
     bool choose(int menu, int row) { return rig.chooseFrom(controlWithTag(menu), row); }
-    // Types into the chooser that a row opened.
-    void typePath(const std::string& path) {
-        ASSERT_TRUE(asks());
-        host.idle(200);
-        host.control("a");
-        host.type(path);
-        host.key("Return");
-        host.idle(200);
-    }
-
     // Small letters only, as they are typed without Shift.
     const fs::path tone = fs::temp_directory_path() / ("vantoric-row-" + std::to_string(getpid()) + ".wav"),
                    saved = fs::temp_directory_path() / ("vantoric-saved-" + std::to_string(getpid()) + ".wav");
@@ -334,7 +457,7 @@ TEST_F(FileRows, ALayerIsSavedAsAPatch) {
     for (const int layer : {0, 3}) {
         const std::string name = "otter" + std::to_string(layer);
         ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::saveLayer1 + layer));
-        typePath(name);
+        ASSERT_TRUE(rig.typePath(name));
         EXPECT_TRUE(host.until([&] { return fs::exists(sounds / "User" / (name + ".fxp")); }, 5)) << layer;
         rig.closeMenus();
         fs::remove(sounds / "User" / (name + ".fxp"));
@@ -352,10 +475,10 @@ TEST_F(FileRows, AWaveIsLoadedAndSaved) {
     };
     const auto before = rig.plugin().chunk();
     chooseWave(0);
-    typePath(tone.string());
+    ASSERT_TRUE(rig.typePath(tone.string()));
     EXPECT_TRUE(host.until([&] { return rig.plugin().chunk() != before; }, 5));
     chooseWave(1);
-    typePath(saved.string());
+    ASSERT_TRUE(rig.typePath(saved.string()));
     constexpr std::size_t cycleFile = 4140;
     EXPECT_TRUE(host.until([&] { return bytesOf(saved).size() == cycleFile; }, 5));
 }
@@ -364,9 +487,51 @@ TEST_F(FileRows, QuickImportMakesAPatchOfAWave) {
     writeTone(tone);
     const std::size_t before = rig.plugin().chunk().size();
     ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::quickSample));
-    typePath(tone.string());
+    ASSERT_TRUE(rig.typePath(tone.string()));
     EXPECT_TRUE(host.until([&] { return rig.plugin().chunk().size() > before + 8192; }, 10));
     EXPECT_EQ(patchName(), tone.stem().string());
+}
+
+TEST_F(FileRows, TheVocoderTakesAWaveAsItsVoice) {
+    writeTone(tone);
+    ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::quickVocoder));
+    ASSERT_TRUE(asks()) << "what to select";
+    host.key("Return");
+    ASSERT_TRUE(rig.typePath(tone.string()));
+    EXPECT_TRUE(isCalled(tone.stem().string()));
+    constexpr std::size_t frames = 22050;  // of the tone
+    EXPECT_EQ(SavedPatch(rig.plugin().chunk()).sample(0).samples.size(), frames);
+    EXPECT_EQ(rig.plugin().text(wire::opParameterDisplay, parameter::FxInType).substr(0, 7), "Vocoder");
+}
+
+TEST_F(FileRows, TheVocoderThatIsCalledOffLeavesThePatch) {
+    const auto before = rig.plugin().chunk();
+    ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::quickVocoder));
+    ASSERT_TRUE(asks());
+    host.key("Return");
+    host.idle(300);
+    ASSERT_TRUE(asks()) << "the chooser";
+    host.key("Escape");
+    EXPECT_TRUE(host.until([&] { return !rig.isCovered(); }, 5));
+    EXPECT_EQ(rig.plugin().chunk(), before);
+}
+
+TEST_F(FileRows, AnInstrumentIsImportedThroughTheChooser) {
+    writeTone(tone);
+    const fs::path instrument = fs::path(tone).replace_extension(".sfz");
+    std::ofstream(instrument) << "<region> sample=" << tone.filename().string() << " lokey=0 hikey=60 pitch_keycenter=48\n"
+                              << "<region> sample=" << tone.filename().string() << " lokey=61 hikey=127 pitch_keycenter=72\n";
+    ASSERT_TRUE(choose(tag::fileMenu, vantoric::file_row::importSfz));
+    ASSERT_TRUE(rig.typePath(instrument.string()));
+    EXPECT_TRUE(isCalled(instrument.stem().string()));
+    fs::remove(instrument);
+    const SavedPatch patch(rig.plugin().chunk());
+    std::multiset<std::size_t> lengths;
+    for (int oscillator = 0; oscillator < 3; ++oscillator) lengths.insert(patch.sample(oscillator).samples.size());
+    constexpr std::size_t frames = 22050;
+    EXPECT_EQ(lengths, (std::multiset<std::size_t>{0, frames, frames})) << "a region is an oscillator";
+    for (int oscillator = 0; oscillator < 3; ++oscillator)
+        EXPECT_EQ(rig.plugin().parameter(parameter::On1 + oscillator), oscillator < 2 ? 1.0f : 0.0f);
 }
 
 TEST_F(FileRows, TooltipsAreTurnedOnAndOff) {

@@ -1,4 +1,4 @@
-// The window's life: opened, closed and left in every order that a host may think of, in every size, and never heard.
+// The window's life: opened, closed and left in every order that a host may think of, and never heard.
 #include <gtest/gtest.h>
 
 #include <dirent.h>
@@ -12,7 +12,6 @@
 #include <thread>
 
 #include "base/parameters.h"
-#include "editor/model/window_size.h"
 #include "tests/window/window_rig.h"
 
 using namespace testhost;
@@ -51,15 +50,6 @@ int openDescriptors() {
     while (readdir(folder) != nullptr) ++count;
     closedir(folder);
     return count;
-}
-
-bool isDrawn(WindowHost& host) {
-    const Picture picture = host.glance();
-    if (picture.isEmpty()) return false;
-    const unsigned corner = picture.at(1, 1);
-    for (int x = 0; x < picture.width; x += 7)
-        if (picture.at(x, picture.height / 2) != corner && picture.at(x, picture.height / 2) != 0) return true;
-    return false;
 }
 
 class Life : public testing::Test {
@@ -279,104 +269,6 @@ TEST_F(Life, ALibraryOfAnyBytesIsShownAndSteppedThrough) {
     rig.host().close();
     ASSERT_TRUE(rig.host().open());
     EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
-}
-
-// ---- sizes
-
-class Sizes : public testing::TestWithParam<int> {
-protected:
-    void SetUp() override { dropSharedRig(); }
-};
-
-// The control stands where the table says at every size: the mouse finds it.
-void expectKnobWorks(WindowRig& rig) {
-    const auto& volume = controlNamed("MASTER VOLUME");
-    const auto& eq = controlNamed("EQ LOW");
-    const auto& knob = rig.middle(eq).x < rig.host().size().width ? eq : volume;
-    const float before = rig.value(knob);
-    rig.drag(knob, 0, before < 0.5f ? 30 : -30);
-    EXPECT_NE(rig.value(knob), before);
-}
-
-// What the label says: "(1500 x 825)". One tells a height that is not its own.
-WindowHost::Size labelledSize(int index) {
-    constexpr int mislabelled = 9, itsHeight = 1650;
-    const std::string label = vantoric::sizeRow(index).label;
-    WindowHost::Size size;
-    EXPECT_EQ(std::sscanf(label.c_str() + label.find('('), "(%d x %d", &size.width, &size.height), 2) << label;
-    if (index == mislabelled) size.height = itsHeight;
-    return size;
-}
-
-TEST_P(Sizes, OpenFromTheSizeFile) {
-    WindowRig rig(GetParam());
-    EXPECT_EQ(rig.host().size(), labelledSize(GetParam()));
-    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
-    expectKnobWorks(rig);
-}
-
-// As a host does that grants sizes: the window follows at once.
-TEST_P(Sizes, AreTakenFromTheMenuByAHostThatResizes) {
-    HostAnswers answers;
-    answers.resizes = true;
-    answers.product = "Glaigail";  // which needs no telling that it may not work
-    WindowRig rig(GetParam() == 0 ? 3 : 0, answers);
-    ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::editorMenu), GetParam()));
-    const WindowHost::Size wanted = labelledSize(GetParam());
-    EXPECT_TRUE(rig.host().until([&] { return rig.plugin().sizeWanted().width == wanted.width; }));
-    EXPECT_EQ(rig.plugin().sizeWanted().height, wanted.height);
-    rig.host().resize(wanted);
-    EXPECT_TRUE(rig.host().until([&] { return rig.host().size() == wanted; }));
-    EXPECT_EQ(std::ifstream(rig.installation().sizeFile(), std::ios::binary).get(), GetParam());
-    rig.setUnit(GetParam());
-    rig.host().idle(200);
-    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
-    expectKnobWorks(rig);
-}
-
-// Hosts keep its number, and end over one that is gone.
-TEST_F(Life, TheWindowInTheHostsIsTheSameInEverySize) {
-    HostAnswers answers;
-    answers.resizes = true;
-    answers.product = "Glaigail";
-    WindowRig rig(0, answers);
-    const std::uintptr_t window = rig.host().pluginWindow();
-    ASSERT_NE(window, 0u);
-    for (const int size : {3, 0}) {
-        ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::editorMenu), size));
-        const int width = static_cast<int>(vantoric::sizeRow(size).width * vantoric::zoomOfSize(size));
-        EXPECT_TRUE(rig.host().until([&] { return rig.host().size().width == width; }));
-        rig.host().resize(rig.host().size());
-        rig.setUnit(size);
-        EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
-        EXPECT_EQ(rig.host().pluginWindow(), window);
-        expectKnobWorks(rig);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Window, Sizes, testing::Range(0, 18));
-
-TEST_F(Life, AHostThatRefusesASizeKeepsAWorkingWindow) {
-    HostAnswers answers;
-    answers.product = "Glaigail";
-    WindowRig rig(3, answers);
-    ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::editorMenu), 0));
-    EXPECT_TRUE(rig.host().until([&] { return rig.host().size().width == 1200; }));
-    rig.host().close();
-    ASSERT_TRUE(rig.host().open());
-    rig.setUnit(0);
-    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
-    expectKnobWorks(rig);
-}
-
-TEST_F(Life, AnyByteIsASize) {
-    const Installation installation(pluginUnderTest());
-    for (const int byte : {18, 100, 127, 128, 255}) {
-        installation.setSize(byte);
-        WindowHost host(installation.plugin());
-        EXPECT_EQ(host.size(), (WindowHost::Size{1575, 866})) << byte;
-        EXPECT_TRUE(host.open());
-    }
 }
 
 // ---- not heard

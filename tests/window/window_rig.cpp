@@ -71,6 +71,15 @@ std::optional<Box> menuBox(const Picture& picture, std::optional<Box> besides) {
     return box;
 }
 
+bool isDrawn(WindowHost& host) {
+    const Picture picture = host.glance();
+    if (picture.isEmpty()) return false;
+    const unsigned corner = picture.at(1, 1);
+    for (int x = 0; x < picture.width; x += 7)
+        if (picture.at(x, picture.height / 2) != corner && picture.at(x, picture.height / 2) != 0) return true;
+    return false;
+}
+
 WindowRig::WindowRig(int size, HostAnswers answers, const std::function<void(const Installation&)>& prepare)
     : installation_(pluginUnderTest()),
       host_((installation_.setSize(size), prepare ? prepare(installation_) : void(), installation_.plugin()), std::move(answers)),
@@ -215,6 +224,16 @@ bool WindowRig::isCovered() {
 
 void WindowRig::closeMenus() {
     for (int tried = 0; tried < 8 && (hasMenu() || isCovered()); ++tried) host_.key("Escape");
+}
+
+bool WindowRig::typePath(const std::string& path) {
+    if (!host_.until([this] { return isCovered(); }, 10)) return false;
+    host_.idle(200);  // the keys come to the window
+    host_.control("a");
+    host_.type(path);
+    host_.key("Return");
+    host_.idle(200);
+    return true;
 }
 
 std::vector<float> WindowRig::parameters() {

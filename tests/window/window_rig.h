@@ -34,6 +34,9 @@ struct Box {
 // The box around all stretches of a menu's ground in a picture, those within `besides` left out; none if there is no menu.
 std::optional<Box> menuBox(const Picture& picture, std::optional<Box> besides = std::nullopt);
 
+// Whether the window shows more than a plain ground.
+bool isDrawn(WindowHost& host);
+
 // A plug-in with its window open, all layers and oscillators on, and every parameter's old value at hand.
 class WindowRig {
 public:
@@ -86,6 +89,9 @@ public:
     // A box, question, chooser or the browser is open: all else is dark.
     bool isCovered();
     void closeMenus();
+    // Types a path, or a name for what is saved, into the chooser that opens, in small letters, and takes it. False if none
+    // opens.
+    bool typePath(const std::string& path);
 
     std::vector<float> parameters();
     // The indices whose values differ from those.

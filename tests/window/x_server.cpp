@@ -61,6 +61,10 @@ double XServer::processorMilliseconds() const {
     return 1e-6 * nanoseconds;
 }
 
+OtherScreen::OtherScreen(int width, int height) : before_(std::getenv("DISPLAY")), server_(width, height) {}
+
+OtherScreen::~OtherScreen() { setenv("DISPLAY", before_.c_str(), 1); }
+
 void useOwnUserFolders() {
     static const vantoric::platform::ScratchFolder home;
     for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME"})

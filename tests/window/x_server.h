@@ -23,6 +23,19 @@ private:
     std::string display_;
 };
 
+// A screen of another size, on which windows open while it stands.
+class OtherScreen {
+public:
+    OtherScreen(int width, int height);
+    OtherScreen(const OtherScreen&) = delete;
+    OtherScreen& operator=(const OtherScreen&) = delete;
+    ~OtherScreen();
+
+private:
+    const std::string before_;
+    const XServer server_;
+};
+
 // What plug-ins of this process keep for their user lies in folders of its own, so that no test meets what another program left
 // there. Those outlive the process's tests.
 void useOwnUserFolders();

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 namespace vantoric {
 namespace {
 
@@ -97,6 +99,19 @@ TEST(Browser, TypingFindsPatchesOfAllCategories) {
     EXPECT_EQ(browsing.last(), "play Glass Harbour");
     press(*browsing.view, VirtualKey::Down);
     EXPECT_EQ(browsing.last(), "play Glass Harbour Dark");
+}
+
+TEST(Browser, EnterBeforeAnythingIsFoundPlaysWhatTheNextEnterFinds) {
+    Browsing browsing;
+    const auto all = std::exchange(browsing.library.all, {});  // not read yet
+    type(*browsing.view, "Glass");
+    press(*browsing.view, VirtualKey::Return);
+    EXPECT_TRUE(browsing.library.done.empty());
+    browsing.library.all = all;
+    ++browsing.library.changes;
+    browsing.view->follow();
+    press(*browsing.view, VirtualKey::Return);
+    EXPECT_EQ(browsing.last(), "play " + browsing.view->rows().front().name);
 }
 
 TEST(Browser, EscapeClearsTheSearchAndThenCloses) {

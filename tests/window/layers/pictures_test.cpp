@@ -81,6 +81,9 @@ TEST(Pictures, Boxes) {
         for (int line = 0; line < 50; ++line) text += "It is the file number " + std::to_string(line) + " of this kind.\n";
         return new BoxView(area, {"Hint", text, {"OK"}}, {});
     });
+    compare("box_times_normal");
+    compare("box_long_normal");
+    compare("box_long_lowest");
 }
 
 TEST(Pictures, Work) {
@@ -111,6 +114,8 @@ TEST(Pictures, ValueBoxes) {
         press(*box, VSTGUI::VirtualKey::Return);
         return box;
     });
+    compare("value_error_normal");
+    compare("value_lowest");
 }
 
 void fill(const fs::path& folder) {
@@ -200,6 +205,9 @@ TEST(Pictures, Browser) {
     empty.listed = -1;
     empty.shownHint = {"Soundset"};
     keepBrowser("empty", empty);
+    for (const char* state : {"stars", "keys", "nothing", "filter", "large", "empty"})
+        compare(std::string("browser_") + state + "_normal", 450);
+    compare("browser_open_small", 450);
 }
 
 }  // namespace
