@@ -82,10 +82,17 @@ TEST_F(WindowTest, IsAWindowOfTheDesktop) {
     EXPECT_NE(desktop_->titleOf(window_).find("Vantoric"), std::string::npos);
     EXPECT_GT(desktop_->iconSize(window_), 32u * 32 + 64 * 64);
     EXPECT_NEAR(place_.height, (editorHeight + barHeight + keysHeight) * zoom(), 2);
-    const Picture shown = desktop_->picture(place_);
+    Picture shown = desktop_->picture(place_);
     // White keys are bright, the editor above them is dark.
     const auto brightness = [](unsigned colour) { return (colour >> 16 & 255) + (colour >> 8 & 255) + (colour & 255); };
-    EXPECT_GT(brightness(shown.at(static_cast<int>(20 * zoom()), place_.height - static_cast<int>(25 * zoom()))), 400u);
+    const auto key = [&] {
+        return brightness(shown.at(static_cast<int>(20 * zoom()), place_.height - static_cast<int>(25 * zoom())));
+    };
+    for (int looks = 0; looks < 50 && key() <= 400; ++looks) {  // a busy machine draws late
+        testhost::pause(0.2);
+        shown = desktop_->picture(place_);
+    }
+    EXPECT_GT(key(), 400u);
     EXPECT_LT(brightness(shown.at(static_cast<int>(4 * zoom()), static_cast<int>(600 * zoom()))), 150u);
     if (const char* folder = std::getenv("VANTORIC_PICTURES")) savePng(shown, std::string(folder) + "/standalone.png");
     close();
