@@ -25,8 +25,9 @@ template <class... Steps>
 void takeEach(Steps... steps) {
     const auto take = [](auto& step) {
         try {
-            step();
+            return step(), true;
         } catch (...) {
+            return false;
         }
     };
     (take(steps), ...);

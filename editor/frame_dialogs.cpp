@@ -73,7 +73,8 @@ FrameDialogs::FrameDialogs() : windowThread_(std::this_thread::get_id()) {}
 FrameDialogs::~FrameDialogs() {
     try {
         closeAll();
-    } catch (...) {  // short memory: who asked hears nothing
+    } catch (...) {
+        isClosing_ = false;  // short memory: who asked hears nothing
     }
 }
 

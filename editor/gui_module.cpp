@@ -90,13 +90,15 @@ GuiModule& GuiModule::shared() {
 }
 
 void GuiModule::enter(const std::string& resources) {
-    if (users_++ != 0) return;
+    if (users_ != 0) return static_cast<void>(++users_);
+    const auto loop = VSTGUI::makeOwned<IdleRunLoop>();
     VSTGUI::setAssertionHandler(noteFailedCheck);
     keepTextLibraries();
     VSTGUI::init(nullptr);  // with the module's handle it would look for a bundle of folders
     VSTGUI::getPlatformFactory().asLinuxFactory()->setResourcePath(resources + "/");
     lettering::useFontsOf(resources + "/Fonts");
-    loop_ = VSTGUI::makeOwned<IdleRunLoop>();
+    loop_ = loop;
+    users_ = 1;
 }
 
 void GuiModule::leave() {

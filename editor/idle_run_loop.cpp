@@ -6,6 +6,12 @@
 
 namespace vantoric {
 
+IdleRunLoop::IdleRunLoop() {
+    constexpr std::size_t usualHandlers = 4, usualTimers = 64;
+    handlers_.reserve(usualHandlers);
+    timers_.reserve(usualTimers);
+}
+
 bool IdleRunLoop::registerEventHandler(int, VSTGUI::X11::IEventHandler* handler) {
     handlers_.push_back(handler);
     return true;

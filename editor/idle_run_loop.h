@@ -15,6 +15,10 @@ namespace vantoric {
 // serves it from its idle call. On the windows' one thread.
 class IdleRunLoop final : public VSTGUI::X11::IRunLoop, public VSTGUI::NonAtomicReferenceCounted {
 public:
+    // Takes the room for what is usually registered: the library counts its connection as made before it is, and one that fails
+    // here for short memory would be deaf ever after.
+    IdleRunLoop();
+
     bool registerEventHandler(int descriptor, VSTGUI::X11::IEventHandler* handler) override;
     bool unregisterEventHandler(VSTGUI::X11::IEventHandler* handler) override;
     bool registerTimer(std::uint64_t milliseconds, VSTGUI::X11::ITimerHandler* handler) override;

@@ -235,8 +235,9 @@ void MenuCommands::poll() {
     std::vector<Page> left;
     for (Page& page : std::exchange(pages_, {})) {
         const State state = page.opening.look();
-        if (state == State::underWay) left.push_back(std::move(page));
-        if (state == State::failed)
+        if (state == State::underWay)
+            left.push_back(std::move(page));
+        else if (state == State::failed)
             platform::showMessage(dialogs_, "Info",
                                   "No program that shows web pages could be started. This is where to look:\n%s",
                                   page.place.c_str());

@@ -169,7 +169,7 @@ public:
     // How many allocations succeed inside each of the calls that make sound, stop and start it, that move states, and that make
     // and end instances and windows; below 0: all. They fail in the plug-in, in its threads, and in the host that it calls. The
     // program links failing_allocation.cpp.
-    void setAllocationsLeft(long left) { allocationsLeft_ = left; }
+    void setAllocationsLeft(long count) { allocationsLeft_ = count; }
 
 protected:
     template <class Call>

@@ -189,6 +189,14 @@ TEST_P(Formats, AWindowThatThereIsNoMemoryForIsNone) {
         EXPECT_TRUE(desk->children().empty());
         ASSERT_TRUE(host->openWindow(desk->window()));
     }
+    // It hears the pointer as ever.
+    host->render(block, {Event::set(0, par::EqLow, 0.5)});
+    toldAfterwards(*host, *desk);
+    const Place knob = placeOf("EQ LOW", *desk);
+    desk->move(*host, knob.x, knob.y);
+    desk->button(*host, true, 4);
+    desk->button(*host, false, 4);
+    expectGesture(toldAfterwards(*host, *desk), par::EqLow);
     host->closeWindow();
 }
 
