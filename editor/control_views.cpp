@@ -1,5 +1,6 @@
 #include "editor/control_views.h"
 
+#include "editor/add_view.h"
 #include "editor/model/window_layout.h"
 
 namespace vantoric {
@@ -7,9 +8,7 @@ namespace {
 
 template <class View, class... More>
 ControlFace* add(VSTGUI::CViewContainer& root, More&&... arguments) {
-    auto* view = new View(std::forward<More>(arguments)...);
-    root.addView(view);
-    return view;
+    return addView(root, new View(std::forward<More>(arguments)...));
 }
 
 ControlFace* addControl(VSTGUI::CViewContainer& root, const ControlEntry& entry, ControlListener& listener,

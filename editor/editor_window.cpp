@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/version.h"
+#include "editor/add_view.h"
 #include "editor/credits_view.h"
 #include "editor/gui_module.h"
 #include "editor/notes_box.h"
@@ -109,12 +110,11 @@ bool EditorWindow::buildFrame() {
     if (!holder_) holder_ = std::make_unique<HolderWindow>(static_cast<std::uint32_t>(parent_), pixels.width, pixels.height);
     holder_->resize(pixels.width, pixels.height);
     frame = new VSTGUI::CFrame(CRect(0, 0, width, height), this);
-    auto* root = new DropContainer(CRect(0, 0, width, height));
+    auto* const root = addView(*frame, new DropContainer(CRect(0, 0, width, height)));
     root->setBackgroundColor(style::window);
-    frame->addView(root);
     content_ = std::make_unique<WindowContent>(*root, width, height, editor_, work_, instrument_);
     content_->setNotesWanted([this] { return openPatchNotes(); });
-    root->addView(browser_ = new MYBrowser(this));
+    browser_ = addView(*root, new MYBrowser(this));
     VSTGUI::X11::FrameConfig config;
     config.runLoop = GuiModule::shared().loop();
     auto* const host = reinterpret_cast<void*>(static_cast<std::uintptr_t>(holder_->id()));

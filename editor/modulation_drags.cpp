@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/parameters.h"
+#include "editor/add_view.h"
 
 namespace vantoric {
 namespace {
@@ -43,7 +44,7 @@ void ModulationDrags::addArea(VSTGUI::CViewContainer& root, Area area, const cha
     const LayoutRect& at = windowPart(sourceOf(area).part).rect;
     CRect place(CPoint(at.x, at.y), CPoint(at.width, at.height));
     place.inset(0, inset);
-    root.addView(areas_[area] = new MYDragArea(place, area, caption, sourceOf(area).color, ground, *this));
+    areas_[area] = addView(root, new MYDragArea(place, area, caption, sourceOf(area).color, ground, *this));
 }
 
 bool ModulationDrags::cancel() {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/parameters.h"
+#include "editor/add_view.h"
 #include "editor/control_menus.h"
 #include "editor/dropped_files.h"
 #include "editor/model/spoken_values.h"
@@ -35,17 +36,18 @@ WindowContent::WindowContent(DropContainer& root, double width, double height, Q
       editor_(editor),
       work_(work),
       instrument_(instrument),
-      backdrop_(new Backdrop(area_, [this] { keys_->take(); })),
-      views_((root.addView(backdrop_), root), area_, *this, *this) {
+      backdrop_(addView(root, new Backdrop(area_, [this] { keys_->take(); }))),
+      views_(root, area_, *this, *this) {
     const bool isLow = height <= bandHeight;
-    overlay_ = new Overlay(area_);
+    overlay_ = VSTGUI::owned(new Overlay(area_));
     addBand();
     keys_ = std::make_unique<KeyboardFocus>(editor_, views_, *hints_, *overlay_, static_cast<KeyListener&>(*this));
     drags_ = std::make_unique<ModulationDrags>(root_, isLow, editor_, views_, *hints_, *overlay_, [this] { keys_->clear(); });
     addBandStops();
     addHistoryStops();
     if (!isLow) addTitles();
-    root_.addView(overlay_);
+    overlay_->remember();
+    addView(root_, overlay_.get());
     displays_ = std::make_unique<DisplayViews>(views_, editor_, instrument_);
     root_.setDropped([this](const auto& paths, CPoint where) { dropped(paths, where); });
     showPages();
@@ -64,14 +66,14 @@ void WindowContent::addBand() {
     const auto place = [](WindowPart part) { return rectOf(windowPart(part).rect); };
     CRect patch = place(WindowPart::CategoryList);
     patch.unite(place(WindowPart::PatchList));
-    root_.addView(patchLine_ = new PatchLine(patch, [this] { openCategories(); }, [this] { openPatches(); }));
+    patchLine_ = addView(root_, new PatchLine(patch, [this] { openCategories(); }, [this] { openPatches(); }));
     patchLine_->setHoverHeard([this](int list, const CRect& place) { listHovered(list, place); });
     patchLine_->setNotesWanted([this] { notesWanted(); });
-    root_.addView(favourite_ = new FavouriteView(place(WindowPart::Favourite), this, tag::favourite));
-    root_.addView(pitchWheel_ = new WheelView(place(WindowPart::PitchWheel), this, tag::pitchWheel, true));
-    root_.addView(modWheel_ = new WheelView(place(WindowPart::ModWheel), this, tag::modWheel, false));
+    favourite_ = addView(root_, new FavouriteView(place(WindowPart::Favourite), this, tag::favourite));
+    pitchWheel_ = addView(root_, new WheelView(place(WindowPart::PitchWheel), this, tag::pitchWheel, true));
+    modWheel_ = addView(root_, new WheelView(place(WindowPart::ModWheel), this, tag::modWheel, false));
     modWheel_->setMenuWanted([this] { openModWheelMenu(); });
-    root_.addView(meter_ = new MeterView(place(WindowPart::Meter)));
+    meter_ = addView(root_, new MeterView(place(WindowPart::Meter)));
     favourite_->setHoverHeard([this](bool isHovered) {
         partHovered(isHovered, editor_.valueOf(tag::favourite) > 0.5f
                                    ? "Favourite: on.  A click takes the copy away."
@@ -87,12 +89,12 @@ void WindowContent::addBand() {
     CRect hint = place(WindowPart::HintLine), history = hint;
     history.left = history.right - historyBarWidth;
     hint.right = history.left - 6;
-    auto* const line = new HintLine(hint);
-    root_.addView(line);
+    auto* const line = addView(root_, new HintLine(hint));
     hints_ = std::make_unique<Hints>(editor_, views_, *line, *overlay_);
-    root_.addView(historyBar_ = new HistoryBar(
-                      history, [this](HistoryBar::Button button, bool isShifted) { historyPressed(button, isShifted); },
-                      [this](HistoryBar::Button button) { historyHovered(button); }));
+    historyBar_ =
+        addView(root_, new HistoryBar(
+                           history, [this](HistoryBar::Button button, bool isShifted) { historyPressed(button, isShifted); },
+                           [this](HistoryBar::Button button) { historyHovered(button); }));
 }
 
 void WindowContent::addBandStops() {
@@ -156,11 +158,12 @@ void WindowContent::addTitles() {
         const CRect place(CPoint(x, y), CPoint(w, 16));
         keys_->addStop({place, at, name, [] { return std::string("variations by chance"); },
                         [this, place, section, name] { openVariations(place, section, name); }});
-        root_.addView(new TitleArea(
-            place, [this, place, section, name] { openVariations(place, section, name); },
-            [this, name](bool isHovered) {
-                isHovered ? hints_->showLine(std::string(name) + ": click for variations by chance") : hints_->showHelp();
-            }));
+        addView(root_, new TitleArea(
+                           place, [this, place, section, name] { openVariations(place, section, name); },
+                           [this, name](bool isHovered) {
+                               isHovered ? hints_->showLine(std::string(name) + ": click for variations by chance")
+                                         : hints_->showHelp();
+                           }));
     };
     add(22, 138, 32, VariedSection::oscillators, Section::Oscillators, "Oscillators");
     add(948, 138, 40, VariedSection::filters, Section::Filters, "Filters");

@@ -144,7 +144,7 @@ private:
     bool isPitchTurned_ = false;
     MeterView* meter_ = nullptr;
     HistoryBar* historyBar_ = nullptr;
-    Overlay* overlay_ = nullptr;
+    VSTGUI::SharedPointer<Overlay> overlay_;
     std::unique_ptr<DisplayViews> displays_;
     std::unique_ptr<Hints> hints_;
     std::unique_ptr<KeyboardFocus> keys_;

@@ -5,6 +5,7 @@
 
 #include <cmath>
 
+#include "editor/add_view.h"
 #include "editor/gui_module.h"
 
 namespace vantoric::standalone {
@@ -91,14 +92,12 @@ void MainWindow::openStrip() {
     keys_ = nullptr;
     VSTGUI::CFrame* const frame = strip_.open(top_.id(), {0, size.height, size.width, stripPixels()}, zoom());
     if (frame == nullptr) return;
-    bar_ = new StripBar(
-        CRect(0, 0, width(), barHeight), [this](Part part) { pressed(part); },
-        [this](double tempo) { program_.player().setTempo(std::clamp(tempo, 20.0, 300.0)); });
-    frame->addView(bar_);
+    bar_ = addView(*frame, new StripBar(
+                               CRect(0, 0, width(), barHeight), [this](Part part) { pressed(part); },
+                               [this](double tempo) { program_.player().setTempo(std::clamp(tempo, 20.0, 300.0)); }));
     if (areKeysShown_) {
-        keys_ = new KeysView(CRect(12, barHeight, width() - 12, barHeight + keysHeight - 8), program_.hands(), program_.player(),
-                             [this](unsigned code) { return top_.signOf(code); });
-        frame->addView(keys_);
+        keys_ = addView(*frame, new KeysView(CRect(12, barHeight, width() - 12, barHeight + keysHeight - 8), program_.hands(),
+                                             program_.player(), [this](unsigned code) { return top_.signOf(code); }));
     }
     showBar();
 }
@@ -118,8 +117,8 @@ void MainWindow::openPanel() {
         program_.midi().poll(program_.sound().midi());
     };
     told.closeWanted = [this] { panelToggleWanted_ = true; };  // not from within its own event
-    settingsPanel_ = new SettingsPanel(CRect(0, 0, SettingsPanel::width, SettingsPanel::height), std::move(told));
-    frame->addView(settingsPanel_);
+    settingsPanel_ =
+        addView(*frame, new SettingsPanel(CRect(0, 0, SettingsPanel::width, SettingsPanel::height), std::move(told)));
     lastDevices_ = 0;
     showPanel();
 }
