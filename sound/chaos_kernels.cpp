@@ -109,6 +109,65 @@ void renderAttractors(int noiWave, AttractorLoop<System>* KernelLoops::* loop, s
     }
 }
 
+// Henon's map from x, y, level and slope in work.
+class HenonRun {
+public:
+    explicit HenonRun(const KernelCall& call) : call_(call), increment_(std::min(call.state->increment, phaseMask)) {}
+
+    bool ready() const { return true; }
+    HenonMap<float> chain() const {
+        const float* work = call_.state->work;
+        const auto whole = [](std::uint32_t phase) { return static_cast<float>(phase); };
+        return {.a = chaosParameter(11, static_cast<int>(colour(*call_.state))),
+                .rate = whole(increment_) * 5.9604645e-8f,
+                .increment = whole(increment_),
+                .wrap = whole(phaseMask + 1 - increment_),
+                .phase = whole(call_.state->phase & phaseMask),
+                .x = work[0],
+                .y = work[1],
+                .level = work[2],
+                .slope = work[3]};
+    }
+    void fill(float* row, int, int count) { std::fill_n(row, count, 0.0f); }  // nothing comes in
+    void finish(const float* row, int at, int count) const { kernelLoops().truncated(row, 6000.0f, call_.out + at, count); }
+    void store(const HenonMap<float>& map) const {
+        OscillatorState& state = *call_.state;
+        state.phase = static_cast<std::uint32_t>(map.phase);
+        const bool sound = isFinite(map.x) && isFinite(map.y) && isFinite(map.level) && isFinite(map.slope);
+        state.work[0] = sound ? map.x : 1.0f;
+        state.work[1] = sound ? map.y : 1.0f;
+        state.work[2] = sound ? map.level : 0.0f;
+        state.work[3] = sound ? map.slope : 0.0f;
+    }
+    // Wraps are rare: a jump costs less than what lanes work out for nothing.
+    void alone(HenonMap<float>& chain, int count) const {
+        HenonMap<float> map = chain;
+        std::uint32_t phase = call_.state->phase & phaseMask;
+        float levels[maxTickSamples];
+        for (int i = 0; i < count; ++i) {
+            for (int half = 0; half < 2; ++half) {
+                phase += increment_;
+                if (phase > phaseMask) {
+                    phase &= phaseMask;
+                    const float xn = 1.0f + map.y - map.a * map.x * map.x;
+                    map.y = 0.3f * map.x;
+                    map.x = xn;
+                    map.slope = (xn - map.level) * map.rate;
+                }
+                map.level += map.slope;
+            }
+            levels[i] = map.level;
+        }
+        finish(levels, 0, count);
+        map.phase = static_cast<float>(phase);
+        chain = map;
+    }
+
+private:
+    const KernelCall& call_;
+    std::uint32_t increment_;
+};
+
 }  // namespace
 
 void sideBySide::fractal1(std::span<const KernelCall> calls, int count) {
@@ -122,6 +181,9 @@ void sideBySide::fractal2(std::span<const KernelCall> calls, int count) {
 void sideBySide::fractal3(std::span<const KernelCall> calls, int count) {
     renderAttractors<Chua>(10, &KernelLoops::chua, calls, count,
                            [](float c) { return Chua<float>{chaosParameter(10, static_cast<int>(c))}; });
+}
+void sideBySide::fractal4(std::span<const KernelCall> calls, int count) {
+    renderRows<HenonRun, HenonMap>(kernelLoops().henonMap, calls, count);
 }
 
 namespace kernels {
@@ -141,35 +203,9 @@ void fractal3(const KernelContext& context, std::int16_t* out, int count, Oscill
     alone(sideBySide::fractal3, context, out, count, state, in);
 }
 
-// "Fractal4": Henon's map at twice the pitch, its values joined by straight lines. work: x, y, level, slope.
-void fractal4(const KernelContext&, std::int16_t* out, int count, OscillatorState& state, const std::int16_t*) {
-    const float a = chaosParameter(11, static_cast<int>(colour(state)));
-    const std::uint32_t increment = std::min(state.increment, phaseMask);
-    const float rate = static_cast<float>(increment) * 5.9604645e-8f;
-    float x = state.work[0], y = state.work[1], level = state.work[2], slope = state.work[3];
-    std::uint32_t phase = state.phase;
-    float levels[maxTickSamples];
-    for (int i = 0; i < count; ++i) {
-        for (int half = 0; half < 2; ++half) {
-            phase += increment;
-            if (phase > phaseMask) {
-                phase &= phaseMask;
-                const float xn = 1.0f + y - a * x * x;
-                y = 0.3f * x;
-                x = xn;
-                slope = (xn - level) * rate;
-            }
-            level += slope;
-        }
-        levels[i] = level;
-    }
-    kernelLoops().truncated(levels, 6000.0f, out, count);
-    state.phase = phase;
-    const bool sound = isFinite(x) && isFinite(y) && isFinite(level) && isFinite(slope);
-    state.work[0] = sound ? x : 1.0f;
-    state.work[1] = sound ? y : 1.0f;
-    state.work[2] = sound ? level : 0.0f;
-    state.work[3] = sound ? slope : 0.0f;
+// "Fractal4": Henon's map.
+void fractal4(const KernelContext& context, std::int16_t* out, int count, OscillatorState& state, const std::int16_t* in) {
+    alone(sideBySide::fractal4, context, out, count, state, in);
 }
 
 }  // namespace kernels

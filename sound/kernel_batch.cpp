@@ -26,6 +26,7 @@ constexpr BatchedKernel kernelRows[] = {
     {kernels::fractal1, sideBySide::fractal1, KernelDraws::oneASubStep, 8},
     {kernels::fractal2, sideBySide::fractal2, KernelDraws::oneASubStep, 9},
     {kernels::fractal3, sideBySide::fractal3, KernelDraws::oneASubStep, 10},
+    {kernels::fractal4, sideBySide::fractal4, KernelDraws::none},
 };
 
 }  // namespace

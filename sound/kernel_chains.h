@@ -128,6 +128,28 @@ struct Chua {
     T output(T slope) const { return slope * T(2000.0f); }
 };
 
+// Henon's map at twice the pitch, its values joined by straight lines. A phase of 24 bits is a whole number that float holds;
+// `wrap` is what is left of a cycle behind the increment, from where on a step wraps.
+template <class T>
+struct HenonMap {
+    T a, rate, increment, wrap, phase, x, y, level, slope;
+
+    void move() {
+        const auto wraps = phase >= wrap;
+        phase = select(wraps, phase - wrap, phase + increment);
+        const T xn = T(1.0f) + y - a * x * x;
+        y = select(wraps, T(0.3f) * x, y);
+        x = select(wraps, xn, x);
+        slope = select(wraps, (xn - level) * rate, slope);
+        level += slope;
+    }
+    T step(T) {
+        move();
+        move();
+        return level;
+    }
+};
+
 // An attractor on its way: all three coordinates move at once, by Euler's rule.
 template <template <class> class System, class T>
 struct AttractorOf {

@@ -30,6 +30,8 @@ struct NoiseBandpass;
 template <class T>
 struct PinkFilter;
 template <class T>
+struct HenonMap;
+template <class T>
 struct Lorenz;
 template <class T>
 struct Rossler;
@@ -146,6 +148,7 @@ struct KernelLoops {
     ChainLoop<NoiseLowpass>* noiseLowpass;
     ChainLoop<NoiseBandpass>* noiseBandpass;
     ChainLoop<PinkFilter>* pinkFilter;
+    ChainLoop<HenonMap>* henonMap;
     AttractorLoop<Lorenz>* lorenz;
     AttractorLoop<Rossler>* rossler;
     AttractorLoop<Chua>* chua;

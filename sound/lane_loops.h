@@ -681,6 +681,7 @@ struct LaneLoops {
         .noiseLowpass = chains<NoiseLowpass>,
         .noiseBandpass = chains<NoiseBandpass>,
         .pinkFilter = chains<PinkFilter>,
+        .henonMap = chains<HenonMap>,
         .lorenz = attractors<Lorenz>,
         .rossler = attractors<Rossler>,
         .chua = attractors<Chua>,

@@ -29,7 +29,7 @@ namespace sideBySide {
 SideBySideFunction analogPlain, analogFm, analogPulse;
 SideBySideFunction hypernoise9, supersawJp, supersawClean, supernoise;
 SideBySideFunction noiseLowpass, noiseBandpass, noisePink;
-SideBySideFunction fractal1, fractal2, fractal3;
+SideBySideFunction fractal1, fractal2, fractal3, fractal4;
 
 }  // namespace sideBySide
 
