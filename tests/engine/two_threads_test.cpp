@@ -34,7 +34,7 @@ private:
             call_();
             isOver_ = true;
         });
-        for (int i = 0; i < 500 && !flags_.engineLocked.isSet() && !isOver_; ++i) platform::sleepMilliseconds(1);
+        for (int i = 0; i < 5000 && !flags_.engineLocked.isSet() && !isOver_; ++i) platform::sleepMilliseconds(1);
         tookTheEngine_ = flags_.engineLocked.isSet();
         platform::sleepMilliseconds(10);
         wasOverInside_ = isOver_.load();

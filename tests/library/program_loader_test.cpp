@@ -21,9 +21,9 @@ struct Programs : ::testing::Test, test::MenuBench {
         rig.send({{0xc0, number, 0}});
         rig.tick();
     }
-    // The name of the patch once it is this one, or after five seconds whatever it is then.
+    // The name of the patch once it is this one, or after twenty seconds whatever it is then.
     std::string nameOnce(const std::string& expected) {
-        for (int i = 0; i < 500 && name() != expected; ++i) platform::sleepMilliseconds(10);
+        for (int i = 0; i < 2000 && name() != expected; ++i) platform::sleepMilliseconds(10);
         return name();
     }
     // For what should not come.
