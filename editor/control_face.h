@@ -32,6 +32,8 @@ public:
     virtual void controlTypingWanted(ControlFace& control) = 0;
     // The left button went down on a control that has no value to edit.
     virtual void controlTouched(ControlFace& control) = 0;
+    // What the drag of a mark within it is at: its value is told anew.
+    virtual void controlMarked(ControlFace& control) = 0;
     // A click on a button, with its modifiers.
     virtual void controlPressed(ControlFace& control, VSTGUI::Modifiers modifiers) = 0;
     // The pointer of a press that opened a list: moved, or let go of. In window units.

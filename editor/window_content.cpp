@@ -73,17 +73,22 @@ void WindowContent::addBand() {
     modWheel_->setMenuWanted([this] { openModWheelMenu(); });
     root_.addView(meter_ = new MeterView(place(WindowPart::Meter)));
     favourite_->setHoverHeard([this](bool isHovered) {
-        partHovered(isHovered, editor_.valueOf(tag::favourite) > 0.5f
-                                   ? "Favourite: on.  A click takes the copy away."
-                                   : "Favourite: off.  A click puts a copy among the favourites.");
+        partHovered(isHovered, [this] {
+            return editor_.valueOf(tag::favourite) > 0.5f ? "Favourite: on.  A click takes the copy away."
+                                                          : "Favourite: off.  A click puts a copy among the favourites.";
+        });
     });
-    pitchWheel_->setHoverHeard(
-        [this](bool isHovered) { partHovered(isHovered, "Pitch wheel.  It springs back to its middle."); });
+    pitchWheel_->setHoverHeard([this](bool isHovered) {
+        partHovered(isHovered, [this] { return "Pitch wheel: " + wheelText(true) + ".  It springs back to its middle."; });
+    });
     modWheel_->setHoverHeard([this](bool isHovered) {
-        partHovered(isHovered, "Modulation wheel: " + std::to_string(std::lround(editor_.valueOf(tag::modWheel) * 100)) +
-                                   "%.  Drag the mark beside it to what it should turn.");
+        partHovered(isHovered, [this] {
+            return "Modulation wheel: " + wheelText(false) + ".  Drag the mark beside it to what it should turn.";
+        });
     });
-    meter_->setHoverHeard([this](bool isHovered) { partHovered(isHovered, "Output level, left and right.  Red is too loud."); });
+    meter_->setHoverHeard([this](bool isHovered) {
+        partHovered(isHovered, [] { return "Output level, left and right.  Red is too loud."; });
+    });
     CRect hint = place(WindowPart::HintLine), history = hint;
     history.left = history.right - historyBarWidth;
     hint.right = history.left - 6;
@@ -116,6 +121,13 @@ void WindowContent::addBandStops() {
     keys_->addStop(std::move(modulation));
 }
 
+// What the engine tells of the pitch wheel comes later than the hand that holds it.
+std::string WindowContent::wheelText(bool isPitch) const {
+    if (!isPitch) return std::to_string(std::lround(editor_.valueOf(tag::modWheel) * 100)) + "%";
+    const float shown = pitchWheel_->isHeld() ? pitchWheel_->getValue() : editor_.valueOf(tag::pitchWheel);
+    return std::to_string(std::lround(shown * 200 - 100)) + "%";
+}
+
 // The pitch wheel stays where arrows put it until Enter, or the focus' going, lets it spring back.
 KeyboardFocus::Stop WindowContent::wheelStop(WindowPart part, const char* name, float step) {
     const bool isPitch = part == WindowPart::PitchWheel;
@@ -126,10 +138,7 @@ KeyboardFocus::Stop WindowContent::wheelStop(WindowPart part, const char* name, 
         editor_.valueChanged(tag, std::clamp(value, 0.0f, 1.0f), false);
         redrawPart(part);
     };
-    const auto value = [this, tag, isPitch] {
-        const float shown = editor_.valueOf(tag);
-        return std::to_string(std::lround(isPitch ? shown * 200 - 100 : shown * 100)) + "%";
-    };
+    const auto value = [this, isPitch] { return wheelText(isPitch); };
     const auto nudge = [this, tag, set, step](float amount) {
         set(editor_.valueOf(tag) + (amount > 0 ? step : -step) * (std::abs(amount) > 0.05f ? 10.0f : 1.0f));
     };
@@ -420,8 +429,8 @@ void WindowContent::drawStep(ControlFace& step, float level) {
 void WindowContent::controlHovered(ControlFace& face, bool isHovered) { hints_->hover(face, isHovered); }
 
 // What stands in the band beside the table.
-void WindowContent::partHovered(bool isHovered, const std::string& line) {
-    isHovered ? hints_->showLine(line) : hints_->showHelp();
+void WindowContent::partHovered(bool isHovered, Hints::Line line) {
+    isHovered ? hints_->showLive(std::move(line)) : hints_->showHelp();
 }
 
 // The lists of categories and of patches, in the line of the patch's name.
@@ -454,12 +463,17 @@ void WindowContent::controlTouched(ControlFace& face) {
     editor_.touch(face.entry().tag);
 }
 
+void WindowContent::controlMarked(ControlFace& face) {
+    hints_->forgetNews();
+    hints_->showHelp(&face);
+}
+
 void WindowContent::controlResetWanted(ControlFace& face) {
+    hints_->forgetNews();
     const History::Action action(work_.history());
     editor_.touch(face.entry().tag);
     editor_.knobRowChosen(face.entry().tag, resetValueRow);
-    refresh(face);
-    hints_->touch(&face);
+    showTouched(face);
 }
 
 void WindowContent::controlTypingWanted(ControlFace& face) { typingBegun(face, ""); }
@@ -516,7 +530,7 @@ void WindowContent::listStepped(ControlFace& face, int rows) {
         chosen = row;
         rows -= direction;
     }
-    if (chosen != shown) rowChosen(entry, chosen);
+    if (chosen != shown) rowChosen(face, chosen);
 }
 
 void WindowContent::valueSetByKey(ControlFace& face, float value) {
@@ -571,15 +585,18 @@ void WindowContent::dropped(const std::vector<std::string>& paths, CPoint where)
 // ---- lists and menus ----------------------------------------------------------------------------------------
 
 // A row may set several parameters, as that of an effect does: one step of the history.
-void WindowContent::rowChosen(const ControlEntry& entry, int row) {
+void WindowContent::rowChosen(ControlFace& face, int row) {
+    const ControlEntry& entry = face.entry();
+    hints_->forgetNews();
     const History::Action action(work_.history());
     editor_.rowChosen(entry.tag, row);
+    if (parameterOfTag(entry.tag) >= 0 || isWaveMenu(entry)) showTouched(face);
 }
 
 void WindowContent::controlListWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
     openPopup(
-        face.body(), listRows(editor_, instrument_.parameters(), entry), [this, &entry](int row) { rowChosen(entry, row); },
+        face.body(), listRows(editor_, instrument_.parameters(), entry), [this, &face](int row) { rowChosen(face, row); },
         &face);
 }
 
@@ -595,14 +612,14 @@ void WindowContent::controlMenuWanted(ControlFace& face) {
     openPopup(
         anchor, knobRows(editor_, entry),
         [this, &entry, &face](int row) {
+            hints_->forgetNews();
             const History::Action action(work_.history());
             if (row >= firstSourceTag) {
                 editor_.knobSourceChosen(entry.tag, row);
             } else {
                 editor_.knobRowChosen(entry.tag, row);
             }
-            refresh(face);
-            hints_->touch(&face);
+            showTouched(face);
             isLearning_ = editor_.isLearning();
         },
         &face);
@@ -731,7 +748,8 @@ Wavedisplay* WindowContent::draggedDisplay() const {
 }
 
 bool WindowContent::wantsKeys() const {
-    return !layers_.empty() || keys_->wantsKeys() || drags_->isDragging() || isHandBusy() || isLearning_;
+    return !layers_.empty() || keys_->wantsKeys() || drags_->isDragging() || isHandBusy() || isLearning_ ||
+           editor_.onShow().loadTarget != 0;
 }
 
 bool WindowContent::cancelLearning() {
