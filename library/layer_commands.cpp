@@ -93,7 +93,9 @@ void LayerCommands::pastePatch() {
 
 // ---- copying
 
+// The patch is taken apart and put together again: one command, after which it is as it was.
 void LayerCommands::copyLayerToFile() {
+    const CommandLog::Running running(log_, "Copy layer");
     act([this] {
         clipboard_.copyLayer(partsOf(instrument_), onShow_.layer);
         PatchBackup backup(instrument_, "CopyBackup.fxp");
@@ -178,6 +180,7 @@ bool LayerCommands::loadToLayer(const std::string& path, int layer) {
 }
 
 void LayerCommands::saveLayerAsPatch(int layer, const std::optional<std::string>& path) {
+    const CommandLog::Running running(log_, "Save layer " + std::to_string(layer + 1));
     act([&] {
         PatchBackup backup(instrument_, "MergedLayers.fxp");
         if (!backup.isKept()) return;

@@ -42,23 +42,26 @@ int PatchLibrary::scanCategories() {
         std::replace(categories_.begin(), categories_.end(), std::string(last.sortedAs), std::string(last.name));
     categories_.emplace_back(customCategory);
 
-    const auto placeOf = [this](const std::string& name) {
+    const auto placeOfCategory = [this](const std::string& name) {
         const auto found = std::find(categories_.begin(), categories_.end(), name);
         return name.empty() || found == categories_.end() ? PatchSelection::none : static_cast<int>(found - categories_.begin());
     };
-    selection_.category = placeOf(selected);
+    selection_.category = placeOfCategory(selected);
     if (selection_.category == PatchSelection::none) selection_ = {};
-    listed_ = placeOf(listed);
+    listed_ = placeOfCategory(listed);
     if (listed_ == PatchSelection::none) scanPatches(listed_);
     return static_cast<int>(categories_.size());
 }
 
 void PatchLibrary::scanPatches(int category) {
     ++scans_;
+    const std::string selected = selectedPatch();
     if (category != -1) listed_ = isPlace(category, categories_.size()) ? category : PatchSelection::none;
     patches_.clear();
     if (listed_ == PatchSelection::none || isCustom(listed_)) return;
     patches_ = listNames(platform::listDataFolder(platform::belowSounds() + categoryName(listed_)), ".fxp", mostPatches);
+    if (selected.empty() || listed_ != selection_.category) return;
+    if (const int place = placeOf(selected); place >= 0) selection_.patch = place;
 }
 
 void PatchLibrary::findPatch(const std::string& name) {
@@ -69,9 +72,9 @@ void PatchLibrary::findPatch(const std::string& name) {
     for (int category = 0; category < searched; ++category) {
         if (!holdsPatch(categoryName(category), name)) continue;
         scanPatches(category);
-        const auto found = std::find(patches_.begin(), patches_.end(), name);
-        if (found == patches_.end()) continue;
-        selection_ = {category, static_cast<int>(found - patches_.begin())};
+        const int place = placeOf(name);
+        if (place < 0) continue;
+        selection_ = {category, place};
         return;
     }
     scanPatches(listedBefore);
@@ -121,15 +124,18 @@ bool PatchLibrary::loadFirst(int category, bool last) {
 }
 
 void PatchLibrary::select(PatchSelection selection) {
-    selection_ = selection;
+    selection_ = {};
     scanPatches(selection.category);
+    selection_ = selection;
 }
 
 void PatchLibrary::selectPatch(int patch) { selection_ = {listed_, patch}; }
 
-void PatchLibrary::selectPatch(const std::string& name) {
-    const auto found = std::find(patches_.begin(), patches_.end(), name);
-    selectPatch(found != patches_.end() ? static_cast<int>(found - patches_.begin()) : 0);
+void PatchLibrary::selectPatch(const std::string& name) { selectPatch(std::max(0, placeOf(name))); }
+
+int PatchLibrary::placeOf(const std::string& patch) const {
+    const auto found = std::find(patches_.begin(), patches_.end(), patch);
+    return found != patches_.end() ? static_cast<int>(found - patches_.begin()) : PatchSelection::none;
 }
 
 void PatchLibrary::noteDeleted(const std::string& category, const std::string& name) {

@@ -41,7 +41,8 @@ public:
 
     // All categories in order, "Custom" last. The category of the selection stays by its name. Returns their number.
     int scanCategories();
-    // The patches of a category; -1: of the one that is listed. The selection stays.
+    // The patches of a category; -1: of the one that is listed. The selection stays by its name, and by its place where the
+    // patch is gone.
     void scanPatches(int category);
     // Selects the first patch of exactly this name, in the order of the categories; none if there is no such patch. Does
     // nothing while a patch of the lists is being loaded.
@@ -93,6 +94,7 @@ public:
     };
 
 private:
+    int placeOf(const std::string& patch) const;
     std::string categoryName(int category) const;
     bool isCustom(int category) const;
     bool loadFirst(int category, bool last);

@@ -88,6 +88,10 @@ void Q7Editor::open(EditorView& view) {
     const bool isRebuilt = view_ != nullptr;
     view_ = &view;
     parameterNews_.take();
+    if (!isRebuilt) {
+        menus_.library().scanCategories();
+        menus_.library().scanPatches(-1);
+    }
     // Program changes that came without a window have been followed by others.
     if (!isRebuilt)
         if (const std::optional<int> number = programNews_.take()) lastProgram_ = *number;

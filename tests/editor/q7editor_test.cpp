@@ -333,6 +333,17 @@ TEST(Q7Editor, ANewPatchShowsItsNameAndTheFirstPages) {
     EXPECT_GT(rig.view.namesShown, 0);
 }
 
+TEST(Q7Editor, AWindowThatOpensReadsTheListsAnew) {
+    EditorRig rig;
+    PatchLibrary& library = rig.editor.commands().library();
+    const unsigned scans = library.patchScans();
+    rig.editor.open(rig.view);
+    EXPECT_EQ(library.patchScans(), scans) << "one that is only built anew does not";
+    rig.editor.close(0);
+    rig.editor.open(rig.view);
+    EXPECT_GT(library.patchScans(), scans);
+}
+
 TEST(Q7Editor, ALoadToALayerAsksForThePatchInTheBrowser) {
     EditorRig rig;
     rig.editor.rowChosen(tag::fileMenu, file_row::loadToLayer1 + 2);

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <thread>
 
+#include "library/history.h"
 #include "tests/library/menu_bench.h"
 
 namespace vantoric {
@@ -61,7 +62,54 @@ TEST_F(Layers, CopyingChangesNothingThatAPlayerHears) {
     EXPECT_EQ(audio.layer(1).sample(2).length, 300);
     EXPECT_EQ(name(), "Mine");
     EXPECT_EQ(onShow.layer, 1);
-    EXPECT_TRUE(commands.names.empty()) << "nothing to undo";
+}
+
+// With a history, as the window has one.
+struct LayersWithHistory : Layers {
+    struct Forwarded : CommandListener {
+        explicit Forwarded(History& h) : history(h) {}
+        void commandBegins(const std::string& name) override { history.commandBegins(name); }
+        void commandEnded() override { history.commandEnded(); }
+        void patchLoaded() override { history.markLoaded(); }
+        void patchSaved() override { history.markSaved(); }
+        History& history;
+    };
+    LayersWithHistory() {
+        menus.log().setListener(&forwarded);
+        for (int layer = 0; layer < layerCount; ++layer)  // rows that are empty, as a load leaves them
+            for (int row = 0; row < storedMatrixSlots; ++row) rig.set(par::MatVal1 + row, 0.5f, layer);
+        edits.change(hostIndex(par::Cutoff1, 1), 0.3f);
+    }
+    ~LayersWithHistory() override { menus.log().setListener(&commands); }
+    void expectAllStepsAreThere() {
+        EXPECT_TRUE(history.isChanged()) << "what was turned is in no file yet";
+        EXPECT_EQ(history.undoCount(), 1u);
+        EXPECT_TRUE(history.undo());
+        EXPECT_EQ(cut(1), 0.0f);
+    }
+
+    ParameterEdits edits{audio};
+    History history{audio, edits, nullptr};
+    Forwarded forwarded{history};
+};
+
+TEST_F(LayersWithHistory, CopyingALayerLeavesAllStepsToTakeBack) {
+    onShow.layer = 1;
+    menus.copy(2);
+    expectAllStepsAreThere();
+}
+
+TEST_F(LayersWithHistory, SavingALayerLeavesAllStepsToTakeBack) {
+    dialogs.choosePathNext(platform::userFolder() + "solo");
+    menus.file(9);
+    EXPECT_EQ(userFiles(), Texts{"solo.fxp"});
+    expectAllStepsAreThere();
+}
+
+TEST_F(LayersWithHistory, ASaveOfALayerThatIsCalledOffLeavesThemToo) {
+    menus.file(9);  // no path is chosen
+    EXPECT_TRUE(userFiles().empty());
+    expectAllStepsAreThere();
 }
 
 TEST_F(Layers, APatchGoesToALayer) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 
 #include "tests/library/large_library.h"
 
@@ -167,16 +166,14 @@ TEST(Search, TheLikeliestNameIsCompleted) {
     EXPECT_EQ(all.all.complete(""), "");
 }
 
-// Most of them take less than a millisecond (bench/library_bench); here a busy machine has time.
-TEST(Search, AKeystrokeInALargeLibraryTakesAMoment) {
+// What a keystroke takes there is measured (bench/library_bench).
+TEST(Search, EachLetterInALargeLibraryFindsSome) {
     const PatchCatalogue all(test::largeLibrary(20000));
-    using Clock = std::chrono::steady_clock;
     const std::string typed = "soft glass harbour";
     for (std::size_t letters = 1; letters <= typed.size(); ++letters) {
-        const auto began = Clock::now();
-        EXPECT_FALSE(all.search(typed.substr(0, letters), {}).empty());
-        all.complete(typed.substr(0, letters));
-        EXPECT_LT(Clock::now() - began, std::chrono::milliseconds(100));
+        const std::size_t found = all.search(typed.substr(0, letters), {}).size();
+        EXPECT_GT(found, 0u) << letters;
+        EXPECT_LT(found, 20000u) << letters;
     }
 }
 

@@ -120,6 +120,22 @@ TEST_F(Lists, TheSelectionStaysWithItsCategoryWhenFoldersCome) {
     EXPECT_EQ(library.selectedPatch(), "two");
 }
 
+TEST_F(Lists, TheSelectionStaysWithItsPatchWhenFilesComeAndGo) {
+    put("Bass", {"Deep", "acid"});
+    library.scanCategories();
+    library.select({0, 1});
+    ASSERT_EQ(library.selectedPatch(), "Deep");
+    put("Bass", {"00first"});
+    library.scanPatches(-1);
+    EXPECT_EQ(library.selection(), (PatchSelection{0, 2}));
+    EXPECT_EQ(library.selectedPatch(), "Deep");
+    EXPECT_TRUE(library.previousPatch());
+    EXPECT_EQ(library.selectedPatch(), "acid");
+    put("Bass", {"000"});
+    library.select({0, 0});
+    EXPECT_EQ(library.selectedPatch(), "000") << "a place counts in the list as it is now";
+}
+
 TEST_F(Lists, APatchIsFoundByItsExactNameInTheFirstCategory) {
     put("Bass", {"Deep", "acid"});
     put("Lead", {"Deep", "One"});

@@ -1,6 +1,5 @@
 #include "library/program_loader.h"
 
-#include <chrono>
 #include <filesystem>
 
 #include "base/parameters.h"
@@ -112,13 +111,13 @@ TEST_F(Programs, WithoutALibraryNothingHappens) {
     EXPECT_TRUE(shown().empty());
 }
 
-TEST_F(Programs, EndAtOnce) {
-    const auto begin = std::chrono::steady_clock::now();
+// One that waited for its patch, or for ever, would keep the test from its end.
+TEST_F(Programs, EndWhileTheyLoad) {
     for (int i = 0; i < 20; ++i) {
         change(i);
         const ProgramLoader loader(audio, dialogs);
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+    EXPECT_TRUE(shown().empty());
 }
 
 }  // namespace

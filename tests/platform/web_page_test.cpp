@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -67,11 +66,9 @@ TEST(WebPage, GoesToTheDesktopsOpenerAsItIs) {
 
 TEST(WebPage, AnOpenerThatTakesItsTimeHoldsNobodyUp) {
     Desktop desktop;
-    desktop.putOpener("#!/bin/sh\nsleep 3\n");
-    const auto begin = std::chrono::steady_clock::now();
+    desktop.putOpener("#!/bin/sh\nsleep 20\n");
     PageOpening opening = openWebPage(page);
     EXPECT_EQ(opening.look(), State::underWay);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
 }
 
 TEST(WebPage, AnOpenerThatFailsIsFoundOut) {

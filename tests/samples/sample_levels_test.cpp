@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <vector>
 
@@ -169,13 +168,6 @@ TEST(BuildLevels, GivesUpWhenCancelled) {
     cancel.set();
     EXPECT_FALSE(buildLevels(sample, false, &cancel));
     EXPECT_EQ(sample.levels[1][250], 0);
-}
-
-TEST(BuildLevels, TenSecondsAreDoneLongBeforeAUserWaits) {
-    Sample sample = sampleOf(noise(441000));
-    const auto start = std::chrono::steady_clock::now();
-    buildLevels(sample, true);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));  // a loaded machine under a sanitizer
 }
 
 }  // namespace
