@@ -65,6 +65,10 @@ public:
     // Where the control stands for hits, focus and overlays, in window units: without caption and bands.
     virtual VSTGUI::CRect body();
 
+    // Whether it is the left button that changes it at present: what the wheel or another button does wakes no silent layer.
+    virtual bool isHeldByLeft() const { return true; }
+    // What the hint line says while the pointer is over it, instead of its name and value; null: those.
+    virtual const char* hoverHint() const { return nullptr; }
     // Calls off the drag that is under way, if one is.
     virtual void cancelDrag() {}
 

@@ -51,6 +51,10 @@ void Hints::showLive(Line line) {
     write(live_());
 }
 
+void Hints::refreshLine() {
+    if (live_) write(live_());
+}
+
 void Hints::write(const std::string& text) {
     if (newsUntil_ != 0) return;
     if (request_.empty()) return line_.setText(text);
@@ -59,14 +63,16 @@ void Hints::write(const std::string& text) {
 
 void Hints::showHelp(const ControlFace* face) {
     if (face == nullptr) return showLive([this] { return restingLine(); });
-    showLive([this, face] { return lineOf(face->entry()); });
+    showLive([this, face] { return lineOf(*face); });
 }
 
 std::string Hints::restingLine() {
     return editor_.restingHint() + (editor_.onShow().loadTarget != 0 ? ".  Esc calls it off." : "");
 }
 
-std::string Hints::lineOf(const ControlEntry& entry) const {
+std::string Hints::lineOf(const ControlFace& face) const {
+    if (&face == hovered_ && !face.isFocused() && face.hoverHint() != nullptr) return face.hoverHint();
+    const ControlEntry& entry = face.entry();
     std::string line = entry.name;
     if (const std::string value = spokenOf(entry); !value.empty()) line += ": " + value;
     const std::string help = helpOf(entry), tooltip = entry.tooltip.substr(0, entry.tooltip.find('\n'));
@@ -129,7 +135,7 @@ void Hints::follow(bool isCovered) {
         newsUntil_ = 0;
         showHelp();
     }
-    if (live_) write(live_());
+    refreshLine();
     if (showsTooltips_ && !isCovered) followTooltip();
 }
 

@@ -31,6 +31,8 @@ public:
     void showLive(Line line);
     // Name, value and use of a control; of null the resting hint.
     void showHelp(const ControlFace* face);
+    // What the line tells may be another by now.
+    void refreshLine();
     // Of what is pointed at.
     void showHelp() { showHelp(hovered_); }
 
@@ -58,7 +60,7 @@ public:
 private:
     void write(const std::string& text);
     std::string restingLine();
-    std::string lineOf(const ControlEntry& entry) const;
+    std::string lineOf(const ControlFace& face) const;
     std::string spokenOf(const ControlEntry& entry) const;
     void followTooltip();
 

@@ -86,9 +86,8 @@ void WindowContent::addBand() {
             return "Modulation wheel: " + wheelText(false) + ".  Drag the mark beside it to what it should turn.";
         });
     });
-    meter_->setHoverHeard([this](bool isHovered) {
-        partHovered(isHovered, [] { return "Output level, left and right.  Red is too loud."; });
-    });
+    meter_->setHoverHeard(
+        [this](bool isHovered) { partHovered(isHovered, [] { return "Output level, left and right.  Red is too loud."; }); });
     CRect hint = place(WindowPart::HintLine), history = hint;
     history.left = history.right - historyBarWidth;
     hint.right = history.left - 6;
@@ -235,6 +234,7 @@ void WindowContent::redrawAll() {
         redrawPart(part);
     refreshBackdrop();
     hints_->refreshStrip();
+    hints_->refreshLine();
 }
 
 void WindowContent::showPages() {
@@ -356,8 +356,9 @@ ControlFace* WindowContent::faceOf(VSTGUI::CControl* control) const { return dyn
 void WindowContent::valueChanged(VSTGUI::CControl* control) {
     hints_->forgetNews();
     const History::Action action(work_.history());
-    editor_.valueChanged(control->getTag(), control->getValueNormalized(), true);
-    if (ControlFace* face = faceOf(control)) showTouched(*face);
+    ControlFace* const face = faceOf(control);
+    editor_.valueChanged(control->getTag(), control->getValueNormalized(), face == nullptr || face->isHeldByLeft());
+    if (face != nullptr) showTouched(*face);
 }
 
 // What a hand has done to a control.
@@ -371,9 +372,9 @@ void WindowContent::controlBeginEdit(VSTGUI::CControl* control) {
     keys_->leave();
     hints_->hideTooltip();
     const History::Action action(work_.history());
-    editor_.touch(control->getTag());
-    editor_.beginEdit(control->getTag());
     editing_ = faceOf(control);
+    editor_.touch(control->getTag(), editing_ == nullptr || editing_->isHeldByLeft());
+    editor_.beginEdit(control->getTag());
     if (editing_ != nullptr) hints_->touch(editing_);
 }
 
@@ -516,10 +517,12 @@ void WindowContent::controlPointer(CPoint where, bool isReleased) {
     }
 }
 
-void WindowContent::controlStepped(ControlFace& face, int direction) { listStepped(face, direction); }
+void WindowContent::controlStepped(ControlFace& face, int direction) { stepList(face, direction, false); }
+
+void WindowContent::listStepped(ControlFace& face, int rows) { stepList(face, rows, true); }
 
 // So many rows on, the separators not counted; at most to the end.
-void WindowContent::listStepped(ControlFace& face, int rows) {
+void WindowContent::stepList(ControlFace& face, int rows, bool wakes) {
     const ControlEntry& entry = face.entry();
     if (entry.labels.empty() || parameterOfTag(entry.tag) < 0) return;
     const int count = static_cast<int>(entry.labels.size()), direction = rows > 0 ? 1 : -1;
@@ -530,7 +533,7 @@ void WindowContent::listStepped(ControlFace& face, int rows) {
         chosen = row;
         rows -= direction;
     }
-    if (chosen != shown) rowChosen(face, chosen);
+    if (chosen != shown) chooseRow(face, chosen, wakes);
 }
 
 void WindowContent::valueSetByKey(ControlFace& face, float value) {
@@ -584,20 +587,21 @@ void WindowContent::dropped(const std::vector<std::string>& paths, CPoint where)
 
 // ---- lists and menus ----------------------------------------------------------------------------------------
 
+void WindowContent::rowChosen(ControlFace& face, int row) { chooseRow(face, row, true); }
+
 // A row may set several parameters, as that of an effect does: one step of the history.
-void WindowContent::rowChosen(ControlFace& face, int row) {
+void WindowContent::chooseRow(ControlFace& face, int row, bool wakes) {
     const ControlEntry& entry = face.entry();
     hints_->forgetNews();
     const History::Action action(work_.history());
-    editor_.rowChosen(entry.tag, row);
+    editor_.rowChosen(entry.tag, row, wakes);
     if (parameterOfTag(entry.tag) >= 0 || isWaveMenu(entry)) showTouched(face);
 }
 
 void WindowContent::controlListWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
     openPopup(
-        face.body(), listRows(editor_, instrument_.parameters(), entry), [this, &face](int row) { rowChosen(face, row); },
-        &face);
+        face.body(), listRows(editor_, instrument_.parameters(), entry), [this, &face](int row) { rowChosen(face, row); }, &face);
 }
 
 void WindowContent::openMenu(int index) {

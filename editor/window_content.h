@@ -102,6 +102,9 @@ private:
     void historyPressed(HistoryBar::Button button, bool isShifted) override;
     void notesWanted() override;
 
+    // `wakes`: the layer on show, if it is silent.
+    void stepList(ControlFace& face, int rows, bool wakes);
+    void chooseRow(ControlFace& face, int row, bool wakes);
     void partHovered(bool isHovered, Hints::Line line);
     void listHovered(int list, const VSTGUI::CRect& place);
     void dropped(const std::vector<std::string>& paths, VSTGUI::CPoint where);
