@@ -102,14 +102,15 @@ void ModulationDrags::dragCancelled(const SourceDrag&) {
     markTargets(std::nullopt, -1);
 }
 
-// Controls that take the drop get a ring, all others go down.
+// Controls that take the drop get a ring, all others go down but the tab that is dragged.
 void ModulationDrags::markTargets(const std::optional<Color>& ring, int nearest) {
     views_.forEach([&](ControlFace& face) {
         const int number = parameterOfTag(face.entry().tag);
         const bool isField = face.entry().kind == WidgetKind::Value;
         const bool takesDrop = (isKnob(face.entry()) || isField) && number != parameter::Modwheel && destinationOf(number) > 0;
         const bool isNearest = nearest >= 0 && views_.at(nearest) == &face;
-        face.setDimmed(ring.has_value() && !takesDrop);
+        const bool isSource = dragged_ != nullptr && face.body().pointInside(dragged_->from());
+        face.setDimmed(ring.has_value() && !takesDrop && !isSource);
         if (auto* knob = dynamic_cast<MYCKnob*>(&face)) knob->setTargetRing(takesDrop ? ring : std::nullopt, isNearest);
         if (auto* field = dynamic_cast<MYParamDisplay*>(&face))
             field->setTargetRing(takesDrop && ring ? std::optional(fade(*ring, isNearest ? 1.0 : 0.55)) : std::nullopt);
