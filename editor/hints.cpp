@@ -135,7 +135,6 @@ void Hints::follow(bool isCovered) {
         newsUntil_ = 0;
         showHelp();
     }
-    refreshLine();
     if (showsTooltips_ && !isCovered) followTooltip();
 }
 

@@ -26,12 +26,12 @@ public:
     void setRequest(const std::string& text);
     // Unless news are shown, or something is asked for.
     void showLine(const std::string& text);
-    // One that is asked for anew as long as it stands, so that it never tells an old value.
+    // One that `refreshLine` asks for anew as long as it stands, so that it never tells an old value.
     using Line = std::function<std::string()>;
     void showLive(Line line);
     // Name, value and use of a control; of null the resting hint.
     void showHelp(const ControlFace* face);
-    // What the line tells may be another by now.
+    // What the line tells may be another by now: at each round of the timer.
     void refreshLine();
     // Of what is pointed at.
     void showHelp() { showHelp(hovered_); }

@@ -319,9 +319,11 @@ void WindowContent::follow() {
     ++round_;
     // What loads now, or goes away, is not looked at.
     const EngineFlags& flags = instrument_.flags();
-    if (!flags.editorClosing.isSet() && !flags.engineLocked.isSet()) followEngine();
+    const bool isSettled = !flags.editorClosing.isSet() && !flags.engineLocked.isSet();
+    if (isSettled) followEngine();
     followLearning();
     hints_->follow(hasLayers());
+    if (isSettled) hints_->refreshLine();
     for (LayerView* layer : std::vector(layers_)) layer->follow();
 }
 
