@@ -603,7 +603,8 @@ void WindowContent::chooseRow(ControlFace& face, int row, bool wakes) {
 void WindowContent::controlListWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
     openPopup(
-        face.body(), listRows(editor_, instrument_.parameters(), entry), [this, &face](int row) { rowChosen(face, row); }, &face);
+        face.body(), listRows(editor_, instrument_.parameters(), entry),
+        [this, &face](int row) { chooseRow(face, row, isRowByLeft_); }, &face);
 }
 
 void WindowContent::openMenu(int index) {
@@ -645,6 +646,7 @@ void WindowContent::openPopup(const CRect& anchor, std::vector<MenuRow> rows, Po
     popup->setClosed([this, popup] {
         if (opener_ != nullptr) opener_->setOpen(false);
         opener_ = nullptr;
+        isRowByLeft_ = popup->isByLeft();
         closeLayer(*popup);
     });
     openLayer(popup);

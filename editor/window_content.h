@@ -157,6 +157,7 @@ private:
     std::unique_ptr<ModulationDrags> drags_;
     std::vector<LayerView*> layers_;
     ControlFace* opener_ = nullptr;    // of the menu that is open
+    bool isRowByLeft_ = true;          // of the menu that was open last, or by a key
     ControlFace* editing_ = nullptr;   // held by the mouse
     std::vector<ControlFace*> drawn_;  // steps beside the one that is held, set by the same drag
     std::function<bool()> openNotes_;

@@ -62,7 +62,7 @@ public:
     // A control has another value, 0 to 1: a parameter's, a selector that went on, a button that was let go of. `leftButton`:
     // the left button of the mouse is held.
     void valueChanged(int tag, float value, bool leftButton);
-    // A row of a list or menu was chosen, counted with the separators. `leftButton`: by it, or by a key; not by the wheel.
+    // A row of a list or menu was chosen, counted with the separators. `leftButton`: by it, or by a key.
     void rowChosen(int tag, int row, bool leftButton = true);
 
     // ---- knobs and the matrix

@@ -220,6 +220,11 @@ TEST_F(Hand, TheWheelAndTheOtherButtonsWakeNoLayer) {
         rig.closeMenus();
         EXPECT_FALSE(isAwake()) << "the right button on " << entry->name;
     }
+    const auto menu = rig.openMenu(list);
+    ASSERT_TRUE(menu);
+    rig.click(rig.rowPlace(*menu, labelsOf(list), 3), 3);
+    EXPECT_TRUE(host.until([&] { return rig.row(list) == 3; }, 3));
+    EXPECT_FALSE(isAwake()) << "a row by the right button";
     ASSERT_TRUE(rig.chooseFrom(list, 5));
     EXPECT_TRUE(isAwake()) << "the left button";
 }
