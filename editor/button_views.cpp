@@ -56,11 +56,42 @@ void SelectorView::setLamp(int value) {
     invalid();
 }
 
+void SelectorView::setSource(DragListener& listener, int area, const char* hint) {
+    constexpr double reach = 4;  // a click is none
+    drag_.emplace(listener, area, body().getCenter(), reach, [this](VSTGUI::CPoint where) { leaveIfOutside(where); });
+    hint_ = hint;
+}
+
 void SelectorView::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     if (!isPlainClick(event)) return;
+    event.ignoreFollowUpMoveAndUpEvents(!drag_);
     setValue(1);
     valueChanged();
     invalid();
+    if (drag_) drag_->press(event.mousePosition);
+}
+
+void SelectorView::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
+    if (!drag_ || !drag_->isPressed()) return;
+    event.consumed = true;
+    drag_->move(event.mousePosition);
+}
+
+void SelectorView::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
+    if (!drag_) return;
+    event.consumed = true;
+    drag_->release(event.mousePosition);
+}
+
+void SelectorView::leaveIfOutside(VSTGUI::CPoint where) {
+    if (body().pointInside(where)) return;
+    setHovered(false);
+    window().controlHovered(*this, false);
+}
+
+void SelectorView::onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) {
+    event.consumed = true;
+    if (drag_) drag_->cancel();
 }
 
 void SelectorView::drawControl(Pen& pen) {

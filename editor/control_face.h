@@ -32,6 +32,8 @@ public:
     virtual void controlTypingWanted(ControlFace& control) = 0;
     // The left button went down on a control that has no value to edit.
     virtual void controlTouched(ControlFace& control) = 0;
+    // What the drag of a mark within it is at: its value is told anew.
+    virtual void controlMarked(ControlFace& control) = 0;
     // A click on a button, with its modifiers.
     virtual void controlPressed(ControlFace& control, VSTGUI::Modifiers modifiers) = 0;
     // The pointer of a press that opened a list: moved, or let go of. In window units.
@@ -63,6 +65,10 @@ public:
     // Where the control stands for hits, focus and overlays, in window units: without caption and bands.
     virtual VSTGUI::CRect body();
 
+    // Whether it is the left button that changes it at present: what the wheel or another button does wakes no silent layer.
+    virtual bool isHeldByLeft() const { return true; }
+    // What the hint line says while the pointer is over it, instead of its name and value; null: those.
+    virtual const char* hoverHint() const { return nullptr; }
     // Calls off the drag that is under way, if one is.
     virtual void cancelDrag() {}
 

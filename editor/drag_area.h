@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "editor/pen.h"
 #include "vstgui/lib/cview.h"
@@ -10,18 +11,53 @@
 
 namespace vantoric {
 
-// Hears of a drag; places in window units.
+class SourceDrag;
+
+// Hears of drags; places in window units.
 class DragListener {
 public:
     virtual void dragHovered(int area, bool isHovered) = 0;
-    virtual void dragBegan(int area) = 0;
-    virtual void dragMoved(int area, VSTGUI::CPoint where) = 0;
+    virtual void dragBegan(SourceDrag& drag) = 0;
+    virtual void dragMoved(const SourceDrag& drag, VSTGUI::CPoint where) = 0;
     // `where` is where it was dropped.
-    virtual void dragEnded(int area, VSTGUI::CPoint where) = 0;
-    virtual void dragCancelled(int area) = 0;
+    virtual void dragEnded(const SourceDrag& drag, VSTGUI::CPoint where) = 0;
+    virtual void dragCancelled(const SourceDrag& drag) = 0;
 
 protected:
     ~DragListener() = default;
+};
+
+// The gesture by which a view has its source carried away: the view hands on what the left button does.
+class SourceDrag {
+public:
+    // `area` names the source to the listener, its cable goes out `from` there. The drag begins so many units away from where
+    // the button went down. `ended` hears where the pointer is as the button is let go of, or the drag called off: no exit is
+    // told of that.
+    using Ended = std::function<void(VSTGUI::CPoint where)>;
+    SourceDrag(DragListener& listener, int area, VSTGUI::CPoint from, double reach, Ended ended)
+        : listener_(listener), area_(area), from_(from), reach_(reach), ended_(std::move(ended)) {}
+
+    int area() const { return area_; }
+    VSTGUI::CPoint from() const { return from_; }
+    // The button is down; the second: what it carries is on its way.
+    bool isPressed() const { return state_ != State::none; }
+    bool isDragging() const { return state_ == State::dragging; }
+
+    void press(VSTGUI::CPoint where);
+    void move(VSTGUI::CPoint where);
+    void release(VSTGUI::CPoint where);
+    void cancel();
+
+private:
+    enum class State { none, pressed, dragging };
+
+    DragListener& listener_;
+    int area_;
+    VSTGUI::CPoint from_;
+    double reach_;
+    Ended ended_;
+    State state_ = State::none;
+    VSTGUI::CPoint pressedAt_, last_;
 };
 
 class MYDragArea : public VSTGUI::CView {
@@ -29,9 +65,6 @@ public:
     // `area` names it to the listener.
     MYDragArea(const VSTGUI::CRect& rect, int area, const std::string& caption, const Color& color, const Color& ground,
                DragListener& listener);
-
-    bool isDragging() const { return isDragging_; }
-    void cancel();
 
     void draw(VSTGUI::CDrawContext* context) override;
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
@@ -44,11 +77,13 @@ public:
     CLASS_METHODS_NOCOPY(MYDragArea, VSTGUI::CView)
 
 private:
-    int area_;
+    void setHovered(bool isHovered);
+
     std::string caption_;
     Color color_, ground_;
     DragListener& listener_;
-    bool isHovered_ = false, isDragging_ = false;
+    SourceDrag drag_;
+    bool isHovered_ = false;
 };
 
 // A place of the ground that can be clicked; it draws nothing.

@@ -179,6 +179,7 @@ void EditorWindow::rebuild() {
         if (!buildFrame()) return closeNow();
         dialogs_.moveTo(*content_);
         editor_.open(*this);
+        editor_.callOffLoad();  // the browser that was to choose its patch is gone
     });
 }
 

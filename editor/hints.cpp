@@ -1,6 +1,7 @@
 #include "editor/hints.h"
 
 #include <optional>
+#include <utility>
 
 #include "editor/model/spoken_values.h"
 #include "editor/model/window_files.h"
@@ -41,20 +42,42 @@ void Hints::setRequest(const std::string& text) {
 }
 
 void Hints::showLine(const std::string& text) {
+    live_ = nullptr;
+    write(text);
+}
+
+void Hints::showLive(Line line) {
+    live_ = std::move(line);
+    write(live_());
+}
+
+void Hints::refreshLine() {
+    if (live_) write(live_());
+}
+
+void Hints::write(const std::string& text) {
     if (newsUntil_ != 0) return;
     if (request_.empty()) return line_.setText(text);
     line_.setText(request_, HintLine::Kind::alarm);
 }
 
 void Hints::showHelp(const ControlFace* face) {
-    if (face == nullptr)
-        return showLine(editor_.restingHint() + (editor_.onShow().loadTarget != 0 ? ".  Esc calls it off." : ""));
-    const ControlEntry& entry = face->entry();
+    if (face == nullptr) return showLive([this] { return restingLine(); });
+    showLive([this, face] { return lineOf(*face); });
+}
+
+std::string Hints::restingLine() {
+    return editor_.restingHint() + (editor_.onShow().loadTarget != 0 ? ".  Esc calls it off." : "");
+}
+
+std::string Hints::lineOf(const ControlFace& face) const {
+    if (&face == hovered_ && !face.isFocused() && face.hoverHint() != nullptr) return face.hoverHint();
+    const ControlEntry& entry = face.entry();
     std::string line = entry.name;
     if (const std::string value = spokenOf(entry); !value.empty()) line += ": " + value;
     const std::string help = helpOf(entry), tooltip = entry.tooltip.substr(0, entry.tooltip.find('\n'));
     if (!help.empty() || !tooltip.empty()) line += (line.ends_with('.') ? "  " : ".  ") + (help.empty() ? tooltip : help);
-    showLine(line);
+    return line;
 }
 
 // Also of what is no parameter: tabs, layers, and the lists of waves.

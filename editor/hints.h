@@ -1,6 +1,7 @@
 // What the window says without being asked: the hint line, tooltips, and the strip at the control that is touched.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "editor/band_views.h"
@@ -25,8 +26,13 @@ public:
     void setRequest(const std::string& text);
     // Unless news are shown, or something is asked for.
     void showLine(const std::string& text);
+    // One that `refreshLine` asks for anew as long as it stands, so that it never tells an old value.
+    using Line = std::function<std::string()>;
+    void showLive(Line line);
     // Name, value and use of a control; of null the resting hint.
     void showHelp(const ControlFace* face);
+    // What the line tells may be another by now: at each round of the timer.
+    void refreshLine();
     // Of what is pointed at.
     void showHelp() { showHelp(hovered_); }
 
@@ -52,6 +58,9 @@ public:
     void follow(bool isCovered);
 
 private:
+    void write(const std::string& text);
+    std::string restingLine();
+    std::string lineOf(const ControlFace& face) const;
     std::string spokenOf(const ControlEntry& entry) const;
     void followTooltip();
 
@@ -63,6 +72,7 @@ private:
     unsigned round_ = 0;
     unsigned newsUntil_ = 0;  // 0: none
     std::string request_;
+    Line live_;  // what the line tells, if that may change
     ControlFace* hovered_ = nullptr;
     unsigned hoveredSince_ = 0;
     const char* placeTooltip_ = nullptr;

@@ -90,7 +90,8 @@ void KeyboardFocus::setStop(int wanted) {
 }
 
 void KeyboardFocus::showStopHelp() {
-    if (stop_ >= 0) hints_.showLine(stop().name + ": " + stop().value());
+    if (stop_ < 0) return;
+    hints_.showLive([&shown = stop()] { return shown.name + ": " + shown.value(); });
 }
 
 // Along the signal's way: the band, then section by section in reading order. The table is sorted by kind.
@@ -256,7 +257,7 @@ void KeyboardFocus::setToEnd(ControlFace& face, bool last) {
     if (entry.labels.empty()) return;
     int row = last ? static_cast<int>(entry.labels.size()) - 1 : 0;
     while (row > 0 && std::string(entry.labels[row]) == "-") --row;
-    listener_.rowChosen(entry, row);
+    listener_.rowChosen(face, row);
 }
 
 void KeyboardFocus::press(ControlFace& face, const VSTGUI::KeyboardEvent& event) {

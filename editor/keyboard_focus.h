@@ -25,7 +25,7 @@ public:
     virtual void switchedByKey(ControlFace& control, bool isOn) = 0;
     // So many rows of a list on, the separators not counted; at most to the end.
     virtual void listStepped(ControlFace& control, int rows) = 0;
-    virtual void rowChosen(const ControlEntry& entry, int row) = 0;
+    virtual void rowChosen(ControlFace& control, int row) = 0;
     virtual void historyPressed(HistoryBar::Button button, bool isShifted) = 0;
     // Tags and author of the patch in force.
     virtual void notesWanted() = 0;

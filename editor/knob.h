@@ -37,6 +37,7 @@ public:
 
     VSTGUI::CControl& view() override { return *this; }
     VSTGUI::CRect body() override;
+    bool isHeldByLeft() const override { return drag_.isDragging() && button_ == vantoric::MouseButton::left; }
     void cancelDrag() override;
 
     // What the matrix does to its parameter, with the colour of the source.

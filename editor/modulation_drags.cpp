@@ -37,6 +37,8 @@ ModulationDrags::ModulationDrags(VSTGUI::CViewContainer& root, bool isLow, Q7Edi
     if (isLow) return;
     addArea(root, envelopeArea, "Drag to knob", 1, style::panel);
     addArea(root, lfoArea, "Drag to knob", 1, style::panel);
+    addTabs(envelopeArea, tag::envelopePage1, 4);
+    addTabs(lfoArea, tag::lfoPage1, 4);
 }
 
 // `inset` above and below.
@@ -44,13 +46,12 @@ void ModulationDrags::addArea(VSTGUI::CViewContainer& root, Area area, const cha
     const LayoutRect& at = windowPart(sourceOf(area).part).rect;
     CRect place(CPoint(at.x, at.y), CPoint(at.width, at.height));
     place.inset(0, inset);
-    areas_[area] = addView(root, new MYDragArea(place, area, caption, sourceOf(area).color, ground, *this));
+    addView(root, new MYDragArea(place, area, caption, sourceOf(area).color, ground, *this));
 }
 
 bool ModulationDrags::cancel() {
-    const auto dragged = std::ranges::find_if(areas_, [](const auto* area) { return area != nullptr && area->isDragging(); });
-    if (dragged == areas_.end()) return false;
-    (*dragged)->cancel();
+    if (dragged_ == nullptr) return false;
+    dragged_->cancel();
     return true;
 }
 
@@ -58,11 +59,12 @@ void ModulationDrags::dragHovered(int area, bool isHovered) {
     isHovered ? hints_.showLine(sourceOf(area).hint) : hints_.showHelp();
 }
 
-void ModulationDrags::dragBegan(int area) {
+// A tab was selected as it was pressed.
+void ModulationDrags::dragBegan(SourceDrag& drag) {
     began_();
-    isDragging_ = true;
-    source_ = editor_.draggedSource(sourceOf(area).part);
-    markTargets(sourceOf(area).color, -1);
+    dragged_ = &drag;
+    source_ = editor_.draggedSource(sourceOf(drag.area()).part);
+    markTargets(sourceOf(drag.area()).color, -1);
 }
 
 // A low window has no more than the band.
@@ -72,37 +74,39 @@ int ModulationDrags::targetAt(CPoint where) const {
     return target >= 0 && views_.at(target) != nullptr ? target : -1;
 }
 
-void ModulationDrags::dragMoved(int area, CPoint where) {
+void ModulationDrags::dragMoved(const SourceDrag& drag, CPoint where) {
+    const Color& color = sourceOf(drag.area()).color;
     const int target = targetAt(where);
     const bool canDrop = target >= 0 && destinationAt(target) > 0;
-    markTargets(sourceOf(area).color, canDrop ? target : -1);
-    Overlay::Cable cable{areas_[area]->getViewSize().getCenter(), where, sourceOf(area).color, {}};
+    markTargets(color, canDrop ? target : -1);
+    Overlay::Cable cable{drag.from(), where, color, {}};
     if (canDrop)
         cable.lines = {std::string(matrixSourceLabels[source_]) + " to " + matrixDestinationLabels[destinationAt(target)]};
     overlay_.setCable(cable);
 }
 
-void ModulationDrags::dragEnded(int area, CPoint where) {
-    dragCancelled(area);
+void ModulationDrags::dragEnded(const SourceDrag& drag, CPoint where) {
+    dragCancelled(drag);
     if (targetAt(where) < 0) return;
     const double scale = editor_.size().layoutScale();
     editor_.dropSource(source_, static_cast<float>(where.x * scale), static_cast<float>(where.y * scale));
 }
 
-void ModulationDrags::dragCancelled(int) {
-    isDragging_ = false;
+void ModulationDrags::dragCancelled(const SourceDrag&) {
+    dragged_ = nullptr;
     overlay_.setCable(std::nullopt);
     markTargets(std::nullopt, -1);
 }
 
-// Controls that take the drop get a ring, all others go down.
+// Controls that take the drop get a ring, all others go down but the tab that is dragged.
 void ModulationDrags::markTargets(const std::optional<Color>& ring, int nearest) {
     views_.forEach([&](ControlFace& face) {
         const int number = parameterOfTag(face.entry().tag);
         const bool isField = face.entry().kind == WidgetKind::Value;
         const bool takesDrop = (isKnob(face.entry()) || isField) && number != parameter::Modwheel && destinationOf(number) > 0;
         const bool isNearest = nearest >= 0 && views_.at(nearest) == &face;
-        face.setDimmed(ring.has_value() && !takesDrop);
+        const bool isSource = dragged_ != nullptr && face.body().pointInside(dragged_->from());
+        face.setDimmed(ring.has_value() && !takesDrop && !isSource);
         if (auto* knob = dynamic_cast<MYCKnob*>(&face)) knob->setTargetRing(takesDrop ? ring : std::nullopt, isNearest);
         if (auto* field = dynamic_cast<MYParamDisplay*>(&face))
             field->setTargetRing(takesDrop && ring ? std::optional(fade(*ring, isNearest ? 1.0 : 0.55)) : std::nullopt);

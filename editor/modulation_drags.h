@@ -1,7 +1,6 @@
 // Sources of modulation that the mouse carries from where they are made to what they should turn.
 #pragma once
 
-#include <array>
 #include <functional>
 #include <optional>
 
@@ -17,11 +16,11 @@ namespace vantoric {
 class ModulationDrags final : private DragListener {
 public:
     // Adds the areas from which drags go to `root`, which owns them: beside the wheel and, unless the window is low, at
-    // envelopes and LFOs. All that it is given outlives it. `began` is called as a drag begins.
+    // envelopes and LFOs, whose tabs can be dragged too. All that it is given outlives it. `began` is called as a drag begins.
     ModulationDrags(VSTGUI::CViewContainer& root, bool isLow, Q7Editor& editor, const ControlViews& views, Hints& hints,
                     Overlay& overlay, std::function<void()> began);
 
-    bool isDragging() const { return isDragging_; }
+    bool isDragging() const { return dragged_ != nullptr; }
     // Calls off the drag that is under way; false if none is.
     bool cancel();
 
@@ -30,10 +29,11 @@ private:
 
     void addArea(VSTGUI::CViewContainer& root, Area area, const char* caption, double inset, const Color& ground);
     void dragHovered(int area, bool isHovered) override;
-    void dragBegan(int area) override;
-    void dragMoved(int area, VSTGUI::CPoint where) override;
-    void dragEnded(int area, VSTGUI::CPoint where) override;
-    void dragCancelled(int area) override;
+    void dragBegan(SourceDrag& drag) override;
+    void dragMoved(const SourceDrag& drag, VSTGUI::CPoint where) override;
+    void dragEnded(const SourceDrag& drag, VSTGUI::CPoint where) override;
+    void dragCancelled(const SourceDrag& drag) override;
+    void addTabs(Area area, int firstTab, int tabs);
     int targetAt(VSTGUI::CPoint where) const;
     void markTargets(const std::optional<Color>& ring, int nearest);
 
@@ -42,9 +42,8 @@ private:
     Hints& hints_;
     Overlay& overlay_;
     std::function<void()> began_;
-    std::array<MYDragArea*, 3> areas_{};
-    bool isDragging_ = false;
-    int source_ = 0;  // list index of what is carried
+    SourceDrag* dragged_ = nullptr;  // the drag that is under way
+    int source_ = 0;                 // list index of what is carried
 };
 
 }  // namespace vantoric

@@ -196,6 +196,7 @@ void PopupMenu::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
 
 void PopupMenu::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
     event.consumed = true;
+    isByLeft_ = event.buttonState.isLeft();
     if (hasMoved_) choose(hit(event.mousePosition));
 }
 
@@ -219,6 +220,7 @@ int PopupMenu::activePanel() const {
 }
 
 void PopupMenu::onKey(VSTGUI::KeyboardEvent& event) {
+    isByLeft_ = true;
     event.consumed = true;
     if (event.type != VSTGUI::EventType::KeyDown) return;
     const int top = static_cast<int>(panels_.size()) - 1, active = activePanel();

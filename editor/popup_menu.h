@@ -44,6 +44,9 @@ public:
     void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
     void onMouseWheelEvent(VSTGUI::MouseWheelEvent& event) override;
 
+    // Whether the row was chosen by the left button or a key.
+    bool isByLeft() const { return isByLeft_; }
+
     // For tests: where the row with that result is drawn, if it is.
     std::optional<VSTGUI::CRect> rowWith(int result) const;
 
@@ -97,7 +100,7 @@ private:
     std::function<void()> closed_;
     std::vector<Panel> panels_;  // the menu, then the submenus that are open
     VSTGUI::CPoint openedAt_;
-    bool hasMoved_ = false, isClosed_ = false;
+    bool hasMoved_ = false, isClosed_ = false, isByLeft_ = true;
     std::string typed_;
     std::uint64_t typedTicks_ = 0;
 };

@@ -4,25 +4,12 @@
 #include <cctype>
 #include <utility>
 
+#include "editor/model/control_texts.h"
+
 namespace vantoric {
 namespace {
 
 using VSTGUI::ModifierKey;
-
-struct NameAndValue {
-    std::string name, value;
-};
-
-// "Size 28.0m": parted at the first blank before a digit or sign; "Fade off" too.
-NameAndValue parted(const std::string& text) {
-    for (std::size_t i = 0; i + 1 < text.size(); ++i) {
-        if (text[i] != ' ') continue;
-        const auto next = static_cast<unsigned char>(text[i + 1]);
-        if (std::isdigit(next) != 0 || next == '+' || next == '-' || text.compare(i + 1, std::string::npos, "off") == 0)
-            return {text.substr(0, i), text.substr(i + 1)};
-    }
-    return {"", text};
-}
 
 bool hasDigit(const std::string& text) {
     return std::any_of(text.begin(), text.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; });

@@ -17,6 +17,7 @@ public:
     void onMouseUpEvent(VSTGUI::MouseUpEvent& event) override;
     void onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) override;
     void onMouseWheelEvent(VSTGUI::MouseWheelEvent& event) override;
+    bool isHeldByLeft() const override { return isDragged(); }
     void cancelDrag() override;
 
 protected:

@@ -40,14 +40,14 @@ void Wavedisplay::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     if (isDragged()) endDrag();  // the other button came down: what was dragged stays where it is
     if (isLeft) window().controlTouched(*this);
     markers_->press(fractionAt(event), isRight ? vantoric::MouseButton::right : vantoric::MouseButton::left);
-    invalid();
+    tellMarked();
 }
 
 void Wavedisplay::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
     if (!isDragged()) return;
     event.consumed = true;
     markers_->move(fractionAt(event));
-    invalid();
+    tellMarked();
 }
 
 void Wavedisplay::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
@@ -58,7 +58,7 @@ void Wavedisplay::onMouseUpEvent(VSTGUI::MouseUpEvent& event) {
 
 void Wavedisplay::endDrag() {
     markers_->release();
-    invalid();
+    tellMarked();
 }
 
 void Wavedisplay::onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) {
@@ -69,6 +69,11 @@ void Wavedisplay::onMouseCancelEvent(VSTGUI::MouseCancelEvent& event) {
 void Wavedisplay::cancelDrag() {
     if (!isDragged()) return;
     markers_->cancel();
+    tellMarked();
+}
+
+void Wavedisplay::tellMarked() {
+    window().controlMarked(*this);
     invalid();
 }
 

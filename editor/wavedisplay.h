@@ -49,6 +49,7 @@ protected:
 
 private:
     void endDrag();
+    void tellMarked();
     Corners corners() const;
     float fractionAt(const VSTGUI::MouseEvent& event) const;
     void drawGrid(Pen& pen);

@@ -75,17 +75,21 @@ void WindowContent::addBand() {
     modWheel_->setMenuWanted([this] { openModWheelMenu(); });
     meter_ = addView(root_, new MeterView(place(WindowPart::Meter)));
     favourite_->setHoverHeard([this](bool isHovered) {
-        partHovered(isHovered, editor_.valueOf(tag::favourite) > 0.5f
-                                   ? "Favourite: on.  A click takes the copy away."
-                                   : "Favourite: off.  A click puts a copy among the favourites.");
+        partHovered(isHovered, [this] {
+            return editor_.valueOf(tag::favourite) > 0.5f ? "Favourite: on.  A click takes the copy away."
+                                                          : "Favourite: off.  A click puts a copy among the favourites.";
+        });
     });
-    pitchWheel_->setHoverHeard(
-        [this](bool isHovered) { partHovered(isHovered, "Pitch wheel.  It springs back to its middle."); });
+    pitchWheel_->setHoverHeard([this](bool isHovered) {
+        partHovered(isHovered, [this] { return "Pitch wheel: " + wheelText(true) + ".  It springs back to its middle."; });
+    });
     modWheel_->setHoverHeard([this](bool isHovered) {
-        partHovered(isHovered, "Modulation wheel: " + std::to_string(std::lround(editor_.valueOf(tag::modWheel) * 100)) +
-                                   "%.  Drag the mark beside it to what it should turn.");
+        partHovered(isHovered, [this] {
+            return "Modulation wheel: " + wheelText(false) + ".  Drag the mark beside it to what it should turn.";
+        });
     });
-    meter_->setHoverHeard([this](bool isHovered) { partHovered(isHovered, "Output level, left and right.  Red is too loud."); });
+    meter_->setHoverHeard(
+        [this](bool isHovered) { partHovered(isHovered, [] { return "Output level, left and right.  Red is too loud."; }); });
     CRect hint = place(WindowPart::HintLine), history = hint;
     history.left = history.right - historyBarWidth;
     hint.right = history.left - 6;
@@ -118,6 +122,13 @@ void WindowContent::addBandStops() {
     keys_->addStop(std::move(modulation));
 }
 
+// What the engine tells of the pitch wheel comes later than the hand that holds it.
+std::string WindowContent::wheelText(bool isPitch) const {
+    if (!isPitch) return std::to_string(std::lround(editor_.valueOf(tag::modWheel) * 100)) + "%";
+    const float shown = pitchWheel_->isHeld() ? pitchWheel_->getValue() : editor_.valueOf(tag::pitchWheel);
+    return std::to_string(std::lround(shown * 200 - 100)) + "%";
+}
+
 // The pitch wheel stays where arrows put it until Enter, or the focus' going, lets it spring back.
 KeyboardFocus::Stop WindowContent::wheelStop(WindowPart part, const char* name, float step) {
     const bool isPitch = part == WindowPart::PitchWheel;
@@ -128,10 +139,7 @@ KeyboardFocus::Stop WindowContent::wheelStop(WindowPart part, const char* name, 
         editor_.valueChanged(tag, std::clamp(value, 0.0f, 1.0f), false);
         redrawPart(part);
     };
-    const auto value = [this, tag, isPitch] {
-        const float shown = editor_.valueOf(tag);
-        return std::to_string(std::lround(isPitch ? shown * 200 - 100 : shown * 100)) + "%";
-    };
+    const auto value = [this, isPitch] { return wheelText(isPitch); };
     const auto nudge = [this, tag, set, step](float amount) {
         set(editor_.valueOf(tag) + (amount > 0 ? step : -step) * (std::abs(amount) > 0.05f ? 10.0f : 1.0f));
     };
@@ -229,6 +237,7 @@ void WindowContent::redrawAll() {
         redrawPart(part);
     refreshBackdrop();
     hints_->refreshStrip();
+    hints_->refreshLine();
 }
 
 void WindowContent::showPages() {
@@ -313,9 +322,11 @@ void WindowContent::follow() {
     ++round_;
     // What loads now, or goes away, is not looked at.
     const EngineFlags& flags = instrument_.flags();
-    if (!flags.editorClosing.isSet() && !flags.engineLocked.isSet()) followEngine();
+    const bool isSettled = !flags.editorClosing.isSet() && !flags.engineLocked.isSet();
+    if (isSettled) followEngine();
     followLearning();
     hints_->follow(hasLayers());
+    if (isSettled) hints_->refreshLine();
     for (LayerView* layer : std::vector(layers_)) layer->follow();
 }
 
@@ -350,8 +361,9 @@ ControlFace* WindowContent::faceOf(VSTGUI::CControl* control) const { return dyn
 void WindowContent::valueChanged(VSTGUI::CControl* control) {
     hints_->forgetNews();
     const History::Action action(work_.history());
-    editor_.valueChanged(control->getTag(), control->getValueNormalized(), true);
-    if (ControlFace* face = faceOf(control)) showTouched(*face);
+    ControlFace* const face = faceOf(control);
+    editor_.valueChanged(control->getTag(), control->getValueNormalized(), face == nullptr || face->isHeldByLeft());
+    if (face != nullptr) showTouched(*face);
 }
 
 // What a hand has done to a control.
@@ -365,9 +377,9 @@ void WindowContent::controlBeginEdit(VSTGUI::CControl* control) {
     keys_->leave();
     hints_->hideTooltip();
     const History::Action action(work_.history());
-    editor_.touch(control->getTag());
-    editor_.beginEdit(control->getTag());
     editing_ = faceOf(control);
+    editor_.touch(control->getTag(), editing_ == nullptr || editing_->isHeldByLeft());
+    editor_.beginEdit(control->getTag());
     if (editing_ != nullptr) hints_->touch(editing_);
 }
 
@@ -423,8 +435,8 @@ void WindowContent::drawStep(ControlFace& step, float level) {
 void WindowContent::controlHovered(ControlFace& face, bool isHovered) { hints_->hover(face, isHovered); }
 
 // What stands in the band beside the table.
-void WindowContent::partHovered(bool isHovered, const std::string& line) {
-    isHovered ? hints_->showLine(line) : hints_->showHelp();
+void WindowContent::partHovered(bool isHovered, Hints::Line line) {
+    isHovered ? hints_->showLive(std::move(line)) : hints_->showHelp();
 }
 
 // The lists of categories and of patches, in the line of the patch's name.
@@ -457,12 +469,17 @@ void WindowContent::controlTouched(ControlFace& face) {
     editor_.touch(face.entry().tag);
 }
 
+void WindowContent::controlMarked(ControlFace& face) {
+    hints_->forgetNews();
+    hints_->showHelp(&face);
+}
+
 void WindowContent::controlResetWanted(ControlFace& face) {
+    hints_->forgetNews();
     const History::Action action(work_.history());
     editor_.touch(face.entry().tag);
     editor_.knobRowChosen(face.entry().tag, resetValueRow);
-    refresh(face);
-    hints_->touch(&face);
+    showTouched(face);
 }
 
 void WindowContent::controlTypingWanted(ControlFace& face) { typingBegun(face, ""); }
@@ -505,10 +522,12 @@ void WindowContent::controlPointer(CPoint where, bool isReleased) {
     }
 }
 
-void WindowContent::controlStepped(ControlFace& face, int direction) { listStepped(face, direction); }
+void WindowContent::controlStepped(ControlFace& face, int direction) { stepList(face, direction, false); }
+
+void WindowContent::listStepped(ControlFace& face, int rows) { stepList(face, rows, true); }
 
 // So many rows on, the separators not counted; at most to the end.
-void WindowContent::listStepped(ControlFace& face, int rows) {
+void WindowContent::stepList(ControlFace& face, int rows, bool wakes) {
     const ControlEntry& entry = face.entry();
     if (entry.labels.empty() || parameterOfTag(entry.tag) < 0) return;
     const int count = static_cast<int>(entry.labels.size()), direction = rows > 0 ? 1 : -1;
@@ -519,7 +538,7 @@ void WindowContent::listStepped(ControlFace& face, int rows) {
         chosen = row;
         rows -= direction;
     }
-    if (chosen != shown) rowChosen(entry, chosen);
+    if (chosen != shown) chooseRow(face, chosen, wakes);
 }
 
 void WindowContent::valueSetByKey(ControlFace& face, float value) {
@@ -573,17 +592,22 @@ void WindowContent::dropped(const std::vector<std::string>& paths, CPoint where)
 
 // ---- lists and menus ----------------------------------------------------------------------------------------
 
+void WindowContent::rowChosen(ControlFace& face, int row) { chooseRow(face, row, true); }
+
 // A row may set several parameters, as that of an effect does: one step of the history.
-void WindowContent::rowChosen(const ControlEntry& entry, int row) {
+void WindowContent::chooseRow(ControlFace& face, int row, bool wakes) {
+    const ControlEntry& entry = face.entry();
+    hints_->forgetNews();
     const History::Action action(work_.history());
-    editor_.rowChosen(entry.tag, row);
+    editor_.rowChosen(entry.tag, row, wakes);
+    if (parameterOfTag(entry.tag) >= 0 || isWaveMenu(entry)) showTouched(face);
 }
 
 void WindowContent::controlListWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
     openPopup(
-        face.body(), listRows(editor_, instrument_.parameters(), entry), [this, &entry](int row) { rowChosen(entry, row); },
-        &face);
+        face.body(), listRows(editor_, instrument_.parameters(), entry),
+        [this, &face](int row) { chooseRow(face, row, isRowByLeft_); }, &face);
 }
 
 void WindowContent::openMenu(int index) {
@@ -598,14 +622,14 @@ void WindowContent::controlMenuWanted(ControlFace& face) {
     openPopup(
         anchor, knobRows(editor_, entry),
         [this, &entry, &face](int row) {
+            hints_->forgetNews();
             const History::Action action(work_.history());
             if (row >= firstSourceTag) {
                 editor_.knobSourceChosen(entry.tag, row);
             } else {
                 editor_.knobRowChosen(entry.tag, row);
             }
-            refresh(face);
-            hints_->touch(&face);
+            showTouched(face);
             isLearning_ = editor_.isLearning();
         },
         &face);
@@ -625,6 +649,7 @@ void WindowContent::openPopup(const CRect& anchor, std::vector<MenuRow> rows, Po
     popup->setClosed([this, popup] {
         if (opener_ != nullptr) opener_->setOpen(false);
         opener_ = nullptr;
+        isRowByLeft_ = popup->isByLeft();
         closeLayer(*popup);
     });
     openLayer(popup);
@@ -734,7 +759,8 @@ Wavedisplay* WindowContent::draggedDisplay() const {
 }
 
 bool WindowContent::wantsKeys() const {
-    return !layers_.empty() || keys_->wantsKeys() || drags_->isDragging() || isHandBusy() || isLearning_;
+    return !layers_.empty() || keys_->wantsKeys() || drags_->isDragging() || isHandBusy() || isLearning_ ||
+           editor_.onShow().loadTarget != 0;
 }
 
 bool WindowContent::cancelLearning() {

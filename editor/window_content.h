@@ -57,7 +57,8 @@ public:
     // A key that came while the window has the keys; consumed if it was used.
     void onKey(VSTGUI::KeyboardEvent& event);
     // Whether keys belong to the window at present: something is open, a control has the focus by keyboard, or the user has
-    // clicked on the window's ground, or holds a control by the mouse: Escape calls that off.
+    // clicked on the window's ground, or a control is held by the mouse, a controller to be learned or a layer to be loaded:
+    // Escape calls that off.
     bool wantsKeys() const;
 
     // ---- layers
@@ -81,6 +82,7 @@ private:
     void controlResetWanted(ControlFace& face) override;
     void controlTypingWanted(ControlFace& face) override;
     void controlTouched(ControlFace& face) override;
+    void controlMarked(ControlFace& face) override;
     void controlPressed(ControlFace& face, VSTGUI::Modifiers modifiers) override;
     void controlPointer(VSTGUI::CPoint where, bool isReleased) override;
     void controlStepped(ControlFace& face, int direction) override;
@@ -96,11 +98,14 @@ private:
     void valueSetByKey(ControlFace& face, float value) override;
     void switchedByKey(ControlFace& face, bool isOn) override;
     void listStepped(ControlFace& face, int rows) override;
-    void rowChosen(const ControlEntry& entry, int row) override;
+    void rowChosen(ControlFace& face, int row) override;
     void historyPressed(HistoryBar::Button button, bool isShifted) override;
     void notesWanted() override;
 
-    void partHovered(bool isHovered, const std::string& line);
+    // `wakes`: the layer on show, if it is silent.
+    void stepList(ControlFace& face, int rows, bool wakes);
+    void chooseRow(ControlFace& face, int row, bool wakes);
+    void partHovered(bool isHovered, Hints::Line line);
     void listHovered(int list, const VSTGUI::CRect& place);
     void dropped(const std::vector<std::string>& paths, VSTGUI::CPoint where);
     void historyHovered(HistoryBar::Button button);
@@ -108,6 +113,7 @@ private:
     void addTitles();
     void addBandStops();
     void addHistoryStops();
+    std::string wheelText(bool isPitch) const;
     KeyboardFocus::Stop wheelStop(WindowPart part, const char* name, float step);
     void openVariations(const VSTGUI::CRect& place, VariedSection section, const char* name);
     void refresh(ControlFace& face);
@@ -151,6 +157,7 @@ private:
     std::unique_ptr<ModulationDrags> drags_;
     std::vector<LayerView*> layers_;
     ControlFace* opener_ = nullptr;    // of the menu that is open
+    bool isRowByLeft_ = true;          // of the menu that was open last, or by a key
     ControlFace* editing_ = nullptr;   // held by the mouse
     std::vector<ControlFace*> drawn_;  // steps beside the one that is held, set by the same drag
     std::function<bool()> openNotes_;

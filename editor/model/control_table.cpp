@@ -453,7 +453,7 @@ Size sizeOf(const Row& row) {
             if (row.tag == tag::shop) return {104, 20};
             return {row.tag == tag::browser ? 36 : 24, 36};
         case LargeList: return {130, 18};
-        case List: return {112, 18};
+        case List: return {row.tag == parameter::StepMode ? 130 : 112, 18};  // beneath a large one
         case SmallList: return {46, 16};
         case Menu: return {46, 20};
         case Value: return {90, 16};

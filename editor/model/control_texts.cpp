@@ -1,5 +1,7 @@
 #include "editor/model/control_texts.h"
 
+#include <cctype>
+
 #include "base/parameters.h"
 #include "parameters/parameter_table.h"
 
@@ -46,6 +48,21 @@ ColourWord hintOutlineOf(int ccNumber) { return ccNumber == MidiLearn::noControl
 std::string lfoSpeedText(int tab, int mode, float value) {
     const int n = tab == 3 ? static_cast<int>(parameter::StepSped) : parameter::LfoSpd1 + tab;
     return parameterText(n, value, mode) + " " + parameterUnit(n, mode);
+}
+
+// At the first blank before a digit or sign, or where the digits follow the first word without one.
+NameAndValue parted(const std::string& text) {
+    const auto isIn = [&text](std::size_t at, auto kind) {
+        return at < text.size() && kind(static_cast<unsigned char>(text[at])) != 0;
+    };
+    std::size_t word = 0;
+    while (isIn(word, [](int c) { return std::isalpha(c); })) ++word;
+    if (word > 0 && isIn(word, [](int c) { return std::isdigit(c); })) return {text.substr(0, word), text.substr(word)};
+    for (std::size_t i = text.find(' '); i != std::string::npos; i = text.find(' ', i + 1)) {
+        const bool isNumber = isIn(i + 1, [](int c) { return std::isdigit(c) != 0 || c == '+' || c == '-'; });
+        if (isNumber || text.compare(i + 1, std::string::npos, "off") == 0) return {text.substr(0, i), text.substr(i + 1)};
+    }
+    return {"", text};
 }
 
 std::span<const KnobSubmenu> knobSubmenus() {

@@ -36,6 +36,13 @@ ColourWord hintOutlineOf(int ccNumber);
 // the LFO's mode; the step LFO always counts in beats.
 std::string lfoSpeedText(int tab, int mode, float value);
 
+// What a field shows at its two ends: "Size 28.0m", "Fade53ms" and "Fade off" have a name and a value, "Free" a value alone.
+struct NameAndValue {
+    std::string name, value;
+    bool operator==(const NameAndValue&) const = default;
+};
+NameAndValue parted(const std::string& text);
+
 // ---- the menu of a knob
 
 inline constexpr int firstSubmenuRow = 5;

@@ -95,6 +95,7 @@ void Q7Editor::open(EditorView& view) {
     // Program changes that came without a window have been followed by others.
     if (!isRebuilt)
         if (const std::optional<int> number = programNews_.take()) lastProgram_ = *number;
+    menus_.patch().follow();
     refreshAll();
 }
 
@@ -118,10 +119,10 @@ std::vector<int> Q7Editor::indicesOf(int tag) const {
     return indices;
 }
 
-void Q7Editor::touch(int tag) {
+void Q7Editor::touch(int tag, bool leftButton) {
     if (view_ == nullptr) return;
     woken_ = -1;
-    wakeLayer(tag, true);
+    wakeLayer(tag, leftButton);
 }
 
 void Q7Editor::beginEdit(int tag) {
@@ -280,9 +281,9 @@ void Q7Editor::turnPitchWheel(float position) {
     instrument_.midi().enqueueMidi(0xe0, static_cast<std::uint8_t>(bend & 127), static_cast<std::uint8_t>(bend >> 7), 0);
 }
 
-void Q7Editor::rowChosen(int tag, int row) {
+void Q7Editor::rowChosen(int tag, int row, bool leftButton) {
     if (view_ == nullptr || row < 0) return;
-    if (parameterOfTag(tag) >= 0) return valueChanged(tag, listValue(row), true);
+    if (parameterOfTag(tag) >= 0) return valueChanged(tag, listValue(row), leftButton);
     if (tag == tag::editorMenu || tag == tag::zoomMenu) return chooseSize(row);
     if (tag == tag::helpMenu) return chooseHelp(row);
     chooseCommand(tag, row);

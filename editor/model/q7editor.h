@@ -52,8 +52,8 @@ public:
 
     // ---- what the user's hand does; nothing while no window is open
 
-    // The left button went down on a control: that of a silent layer turns the layer on.
-    void touch(int tag);
+    // A hand begins something with a control: that of a silent layer turns the layer on, if it is the left button's.
+    void touch(int tag, bool leftButton = true);
     // A gesture on a control: any number of `valueChanged` between the two. Other tags than those of parameters need none.
     void beginEdit(int tag);
     void endEdit(int tag);
@@ -62,8 +62,8 @@ public:
     // A control has another value, 0 to 1: a parameter's, a selector that went on, a button that was let go of. `leftButton`:
     // the left button of the mouse is held.
     void valueChanged(int tag, float value, bool leftButton);
-    // A row of a list or menu was chosen, counted with the separators.
-    void rowChosen(int tag, int row);
+    // A row of a list or menu was chosen, counted with the separators. `leftButton`: by it, or by a key.
+    void rowChosen(int tag, int row, bool leftButton = true);
 
     // ---- knobs and the matrix
 

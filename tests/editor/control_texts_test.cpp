@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/parameters.h"
+#include "editor/model/control_table.h"
 
 namespace vantoric {
 namespace {
@@ -19,6 +20,32 @@ TEST(KnobStrip, AKnobThatLearnsSaysNothingElse) {
     const Rows lines = hintLines({.name = "VOLUME", .valueText = "1", .ccNumber = MidiLearn::learning, .modCount = 3});
     EXPECT_EQ(lines, (Rows{"Midi learn: Assign CC ", "Move your controler!"}));
     EXPECT_EQ(hintOutlineOf(MidiLearn::learning), mappedOutline);
+}
+
+TEST(FieldTexts, HaveANameAndAValue) {
+    const auto expect = [](const char* text, const char* name, const char* value) {
+        EXPECT_EQ(parted(text), (NameAndValue{name, value})) << text;
+    };
+    expect("Size 28.0m", "Size", "28.0m");
+    expect("Stereo width 50%", "Stereo width", "50%");
+    expect("Semi +3", "Semi", "+3");
+    expect("High gain -6 dB", "High gain", "-6 dB");
+    expect("Key -12", "Key", "-12");
+    expect("1 BPM", "", "1 BPM");
+    expect("Free", "", "Free");
+    expect("Pingpong echo1", "", "Pingpong echo1");
+    expect("", "", "");
+}
+
+// Its name stays where it is while it is dragged from end to end.
+TEST(FieldTexts, TheFadeIsPartedAtEveryValue) {
+    const ControlEntry& fade = controlEntry(controlIndexForName("LFO1 FADE"));
+    for (int step = 0; step <= 1000; ++step) {
+        const std::string text = fade.format(static_cast<float>(step) / 1000);
+        const NameAndValue parts = parted(text);
+        EXPECT_EQ(parts.name, "Fade") << text;
+        EXPECT_EQ(parts.value, text.substr(text.find_first_not_of(' ', 4))) << text;
+    }
 }
 
 TEST(KnobMenu, ControllerZeroCanBeRemoved) {

@@ -194,6 +194,16 @@ TEST(Layout, ControlsBelowTheBandStandOnAPanel) {
     }
 }
 
+// The lists beneath a display are as wide as it is.
+TEST(Layout, TheListsOfTheLfosEndWhereTheirDisplayEnds) {
+    const LayoutRect display = controlRect(controlEntry(controlIndexForName("LFO WAVEFORM")));
+    for (const char* name : {"LFO1 WAVE", "LFO2 MODE", "LFO3 MODE", "STEP SHAPE", "LFO STEP MODE"}) {
+        const LayoutRect list = controlRect(controlEntry(controlIndexForName(name)));
+        EXPECT_EQ(list.x, display.x) << name;
+        EXPECT_EQ(list.x + list.width, display.x + display.width) << name;
+    }
+}
+
 // So that they stay on whole pixels at one and a half times the size.
 TEST(Layout, EdgesAreEven) {
     for (int i = 0; i < controlCount(); ++i) {

@@ -81,6 +81,16 @@ TEST(Q7Editor, ATouchWakesTheLayerOnShowAndNoOther) {
         EXPECT_EQ(rig.value(par::Layer1On + layer), layer == 1 ? 1.0f : 0.0f) << layer;
 }
 
+TEST(Q7Editor, WhatTheLeftButtonDoesNotHoldWakesNoLayer) {
+    EditorRig rig;
+    rig.editor.touch(par::Cutoff1, false);
+    rig.editor.valueChanged(par::Cutoff1, 0.5f, false);
+    rig.editor.rowChosen(par::LfoWave1, 3, false);
+    EXPECT_EQ(rig.value(par::Layer1On), 0.0f);
+    rig.editor.rowChosen(par::LfoWave1, 4);
+    EXPECT_EQ(rig.value(par::Layer1On), 1.0f);
+}
+
 TEST(Q7Editor, AGlobalControlOrAPageWakesNoLayer) {
     EditorRig rig;
     rig.editor.valueChanged(par::Volume, 0.5f, true);

@@ -78,8 +78,9 @@ protected:
             if (entry.path().extension() == ".fxp") return static_cast<void>(fs::copy_file(entry.path(), path));
         FAIL() << "no patch to copy";
     }
+    // Where the browser shows.
+    Picture middle() { return host.glance().part(300, 300, 600, 300); }
     void openBrowser() {
-        const auto middle = [&] { return host.glance().part(300, 300, 600, 300); };
         const Picture closed = middle();
         rig.click(controlWithTag(tag::browser));
         ASSERT_TRUE(host.until([&] { return middle() != closed; }, 10));
@@ -242,6 +243,37 @@ TEST_F(Files, ArrowsTryPatchesInTheLayerThatWaits) {
     host.key("Up");
     EXPECT_TRUE(host.until([&] { return rig.plugin().parameter(parameter::Layer2On) == 1.0f; }, 10)) << "it waits on";
     EXPECT_EQ(rig.plugin().parameter(vantoric::hostIndex(parameter::Reso1, 0)), first) << "the first layer stays";
+}
+
+// The browser closes by its button, and the load waits on.
+TEST_F(Files, EscapeCallsALoadThatWaitsOff) {
+    putPatch(sounds / "Zoo/yak.fxp");
+    putPatch(sounds / "Zoo/zebra.fxp");
+    playFoundAfterOpening("yak");
+    constexpr int second = 1;
+    const auto wait = [&] {
+        rig.plugin().setParameter(parameter::Layer1On + second, 0);
+        host.idle(300);
+        const Picture closed = middle();
+        ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::fileMenu), vantoric::file_row::loadToLayer1 + second));
+        ASSERT_TRUE(host.until([&] { return !areAlike(middle(), closed); }, 5));
+        rig.click(controlWithTag(tag::browser));
+        ASSERT_TRUE(host.until([&] { return areAlike(middle(), closed); }, 5));
+        host.move(3, 400);
+        host.idle(150);
+    };
+    wait();
+    rig.click(controlWithTag(tag::nextPatch));
+    EXPECT_TRUE(host.until([&] { return rig.plugin().parameter(parameter::Layer1On + second) == 1.0f; }, 10))
+        << "the next patch goes to the layer";
+    wait();
+    host.key("Escape");
+    host.idle(150);
+    const float mark = 0.123f;
+    rig.plugin().setParameter(vantoric::hostIndex(parameter::Reso1, 0), mark);
+    rig.click(controlWithTag(tag::previousPatch));
+    EXPECT_TRUE(host.until([&] { return rig.plugin().parameter(vantoric::hostIndex(parameter::Reso1, 0)) != mark; }, 10))
+        << "it replaces the whole patch";
 }
 
 // The row of the menu of pasting means the layer on show.

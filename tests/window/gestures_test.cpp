@@ -195,6 +195,58 @@ TEST_F(Hand, AClickAloneWakesTheLayerOnShow) {
     EXPECT_EQ(rig.plugin().parameter(parameter::Layer2On), 1.0f);
 }
 
+TEST_F(Hand, TheWheelAndTheOtherButtonsWakeNoLayer) {
+    const auto isAwake = [&] { return rig.plugin().parameter(parameter::Layer2On) == 1.0f; };
+    rig.showLayer(1);
+    const ControlEntry &list = controlNamed("LFO1 WAVE"), &field = controlNamed("VOL ENV HOLD");
+    for (const ControlEntry* entry : {&resonance, &field, &list}) {
+        rig.set(*entry, 4.0f / 128);
+        rig.plugin().setParameter(parameter::Layer2On, 0);
+        host.idle(120);
+        const float before = rig.value(*entry);
+        const Point p = rig.middle(*entry);
+        host.wheel(p.x, p.y, 1);
+        EXPECT_NE(rig.value(*entry), before) << entry->name;
+        EXPECT_FALSE(isAwake()) << "the wheel on " << entry->name;
+    }
+    rig.set(resonance, 0.5f);
+    const Point p = rig.middle(resonance);
+    host.drag(p.x, p.y - 10, p.x + 10, p.y, 2);  // by the angle
+    EXPECT_NE(rig.value(resonance), 0.5f);
+    EXPECT_FALSE(isAwake()) << "the middle button";
+    for (const ControlEntry* entry : {&resonance, &field, &list, &controlNamed("WAVE 1")}) {
+        rig.click(*entry, 3);
+        host.idle(100);
+        rig.closeMenus();
+        EXPECT_FALSE(isAwake()) << "the right button on " << entry->name;
+    }
+    const auto menu = rig.openMenu(list);
+    ASSERT_TRUE(menu);
+    rig.click(rig.rowPlace(*menu, labelsOf(list), 3), 3);
+    EXPECT_TRUE(host.until([&] { return rig.row(list) == 3; }, 3));
+    EXPECT_FALSE(isAwake()) << "a row by the right button";
+    ASSERT_TRUE(rig.chooseFrom(list, 5));
+    EXPECT_TRUE(isAwake()) << "the left button";
+}
+
+// A drag that did not wake the layer does not send it to sleep either.
+TEST_F(Hand, AMiddleDragThatIsCalledOffLeavesTheLayerAlone) {
+    rig.plugin().setParameter(parameter::Layer2On, 0);
+    rig.showLayer(1);
+    rig.set(resonance, 0.5f);
+    rig.click(rig.at(controlNamed("WAVE 1").x + 20, controlNamed("WAVE 1").y + 20));
+    ASSERT_EQ(rig.plugin().parameter(parameter::Layer2On), 1.0f);
+    const Point p = rig.middle(resonance);
+    host.move(p.x, p.y - 10);
+    host.press(2);
+    host.move(p.x + 10, p.y);
+    EXPECT_NE(rig.value(resonance), 0.5f);
+    host.key("Escape");
+    host.release(2);
+    EXPECT_EQ(rig.value(resonance), 0.5f);
+    EXPECT_EQ(rig.plugin().parameter(parameter::Layer2On), 1.0f);
+}
+
 TEST_F(Hand, TheWheelsOnTheScreenTurn) {
     const Point mod = rig.middle(WindowPart::ModWheel);
     host.drag(mod.x, mod.y + 20, mod.x, mod.y - 20);
@@ -459,6 +511,76 @@ TEST_F(Hand, AnEnvelopeOrLfoDropsOntoAKnob) {
         EXPECT_EQ(slot(0).source, c.source);
         EXPECT_EQ(slot(0).destination, vantoric::destinationOf(parameter::Oct1));
         EXPECT_FLOAT_EQ(slot(0).amount, 0.75f) << "as for a source of one side";
+    }
+}
+
+// Also the tab that is not on show: its press selects it.
+TEST_F(Hand, TheTabOfAnEnvelopeOrLfoDropsOntoAKnob) {
+    constexpr int sources[2][4] = {{7, 8, 9, 10}, {50, 51, 52, 5}};
+    constexpr int firstTabs[] = {tag::envelopePage1, tag::lfoPage1};
+    for (int section = 0; section < 2; ++section) {
+        for (int tab = 0; tab < 4; ++tab) {
+            clearMatrix();
+            rig.set(octave, 0.5f);
+            const Point from = rig.middle(controlWithTag(firstTabs[section] + tab)), to = rig.middle(octave);
+            host.drag(from.x, from.y, to.x, to.y);
+            EXPECT_EQ(slot(0).source, sources[section][tab]);
+            EXPECT_EQ(slot(0).destination, vantoric::destinationOf(parameter::Oct1));
+            EXPECT_FLOAT_EQ(slot(0).amount, 0.75f);
+            EXPECT_EQ(rig.value(octave), 0.5f);
+        }
+    }
+    clearMatrix();
+    const Point lfo1 = rig.middle(controlWithTag(tag::lfoPage1)), to = rig.middle(octave);
+    for (const int button : {2, 3}) host.drag(lfo1.x, lfo1.y, to.x, to.y, button);
+    host.move(lfo1.x, lfo1.y);
+    host.press();
+    host.move(to.x, to.y);
+    host.key("Escape");
+    host.move(to.x + 2, to.y);
+    host.release();
+    expectNoModulation();
+}
+
+// At once, wherever the pointer is then.
+TEST_F(Hand, AfterADropNothingTellsOfTheDragAnyMore) {
+    const auto hint = [&] {
+        const auto& line = vantoric::windowPart(WindowPart::HintLine).rect;
+        return host.glance().part(static_cast<int>(line.x * rig.unit()), static_cast<int>(line.y * rig.unit()),
+                                  static_cast<int>((line.width - 90) * rig.unit()), static_cast<int>(line.height * rig.unit()));
+    };
+    const auto around = [&](Point p) {
+        return host.glance().part(static_cast<int>(p.x - 12 * rig.unit()), static_cast<int>(p.y - 9 * rig.unit()),
+                                  static_cast<int>(24 * rig.unit()), static_cast<int>(18 * rig.unit()));
+    };
+    const Point chip = rig.middle(WindowPart::DragLfo), tab = rig.middle(controlWithTag(tag::envelopePage1 + 1));
+    rig.click(tab);
+    host.move(3, 400);
+    host.idle(150);
+    const Picture resting = hint();
+    Picture told;
+    for (const Point from : {chip, tab}) {
+        const Picture plain = around(from);
+        host.move(from.x, from.y);
+        host.idle(150);
+        if (from.x == chip.x) EXPECT_NE(around(from), plain) << "lit under the pointer";
+        EXPECT_NE(hint(), resting);
+        if (told.isEmpty()) told = hint();
+        EXPECT_EQ(hint(), told) << "what can be done with it";
+        for (const bool isCalledOff : {false, true}) {
+            host.move(from.x, from.y);
+            host.press();
+            const Point to = rig.middle(octave);
+            host.move(to.x, to.y);
+            if (isCalledOff) host.key("Escape");
+            if (!isCalledOff) host.release();
+            host.idle(150);
+            EXPECT_TRUE(difference(around(from), plain).largest <= tolerance) << isCalledOff;
+            EXPECT_TRUE(difference(hint(), resting).largest <= tolerance) << isCalledOff;
+            if (isCalledOff) host.release();
+            host.move(3, 400);
+            host.idle(150);
+        }
     }
 }
 

@@ -142,6 +142,32 @@ TEST_F(Samples, ADragInTheDisplaySetsTheLoopAndIsOneStepBack) {
     EXPECT_EQ(rig.plugin().chunk(), before);
 }
 
+TEST_F(Samples, TheHintLineTellsTheLoopAsItIsDragged) {
+    loadWave();
+    dragMarkers(0.2, 0.7);
+    const auto line = [&] {
+        host.idle(150);
+        const double u = rig.unit();
+        return host.glance().part(static_cast<int>(hintLine.x * u), static_cast<int>(hintLine.y * u),
+                                  static_cast<int>((hintLine.width - 90) * u), static_cast<int>(hintLine.height * u));
+    };
+    const auto areAlike = [](const Picture& a, const Picture& b) { return difference(a, b).largest <= tolerance; };
+    host.move(inDisplay(0.3).x, inDisplay(0.3).y);
+    const Picture before = line();
+    host.press();
+    host.move(inDisplay(0.5).x, inDisplay(0.5).y);
+    const Picture held = line();
+    EXPECT_FALSE(areAlike(held, before));
+    host.move(inDisplay(0.9).x, inDisplay(0.9).y);
+    EXPECT_FALSE(areAlike(line(), held));
+    host.release();
+    const Picture told = line();
+    host.move(3, 400);
+    EXPECT_FALSE(areAlike(line(), told));
+    host.move(inDisplay(0.5).x, inDisplay(0.5).y);
+    EXPECT_TRUE(areAlike(line(), told));
+}
+
 TEST_F(Samples, ArrowsMoveTheLoopOfTheFocusedDisplay) {
     loadWave();
     host.click(3, 400);

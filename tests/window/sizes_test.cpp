@@ -8,12 +8,15 @@
 #include <fstream>
 #include <string>
 
+#include "base/parameters.h"
+#include "editor/model/menu_rows.h"
 #include "editor/model/window_size.h"
 #include "tests/window/window_rig.h"
 #include "tests/window/x_server.h"
 
 using namespace testhost;
 namespace fs = std::filesystem;
+namespace parameter = vantoric::parameter;
 namespace tag = vantoric::tag;
 
 namespace {
@@ -98,6 +101,38 @@ TEST_F(SizeMenu, TheWindowInTheHostsIsTheSameInEverySize) {
         EXPECT_EQ(rig.host().pluginWindow(), window);
         expectKnobWorks(rig);
     }
+}
+
+// The browser in which its patch was to be chosen is gone: the next patch replaces them all.
+TEST_F(SizeMenu, AnotherSizeCallsALoadToALayerOff) {
+    HostAnswers answers;
+    answers.resizes = true;
+    answers.product = needsNoTelling;
+    WindowRig rig(0, answers);
+    if (!fs::exists(rig.installation().folder() / "Vantoric_sounds" / "Bass")) GTEST_SKIP() << "no patches to load";
+    const int second = parameter::Layer1On + 1;
+    const auto arm = [&] {
+        ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::fileMenu), vantoric::file_row::loadToLayer1 + 1));
+        rig.host().idle(400);
+        rig.click(controlWithTag(tag::browser));
+        rig.host().idle(200);
+    };
+    const auto reso = [&] { return rig.plugin().parameter(vantoric::hostIndex(parameter::Reso1, 0)); };
+    const float mark = 0.123f;
+    rig.plugin().setParameter(vantoric::hostIndex(parameter::Reso1, 0), mark);
+    rig.plugin().setParameter(second, 0);
+    arm();
+    rig.click(controlWithTag(tag::nextPatch));
+    EXPECT_TRUE(rig.host().until([&] { return rig.plugin().parameter(second) == 1.0f; }, 10)) << "it waited";
+    EXPECT_EQ(reso(), mark);
+    arm();
+    ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::editorMenu), 3));
+    EXPECT_TRUE(rig.host().until([&] { return rig.host().size().width == 1800; }));
+    rig.host().resize(rig.host().size());
+    rig.setUnit(3);
+    EXPECT_TRUE(rig.host().until([&] { return isDrawn(rig.host()); }));
+    rig.click(controlWithTag(tag::nextPatch));
+    EXPECT_TRUE(rig.host().until([&] { return reso() != mark; }, 10)) << "it waits no more";
 }
 
 TEST_F(SizeMenu, AHostThatRefusesASizeKeepsAWorkingWindow) {
