@@ -49,6 +49,11 @@ void ModulationDrags::addArea(VSTGUI::CViewContainer& root, Area area, const cha
     addView(root, new MYDragArea(place, area, caption, sourceOf(area).color, ground, *this));
 }
 
+void ModulationDrags::addTabs(Area area, int firstTab, int tabs) {
+    for (int tab = firstTab; tab < firstTab + tabs; ++tab)
+        if (auto* selector = views_.withTagAs<SelectorView>(tab)) selector->setSource(*this, area, sourceOf(area).hint);
+}
+
 bool ModulationDrags::cancel() {
     if (dragged_ == nullptr) return false;
     dragged_->cancel();
