@@ -607,10 +607,9 @@ void WindowContent::openMenu(int index) {
 void WindowContent::controlMenuWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
     if (parameterOfTag(entry.tag) < 0) return;
-    CRect anchor = face.body();
-    anchor.top += 14;  // from within the knob on
+    // At the control's place: a knob's middle, a field's corner.
     openPopup(
-        anchor, knobRows(editor_, entry),
+        CRect(entry.x, entry.y, entry.x, entry.y), knobRows(editor_, entry),
         [this, &entry, &face](int row) {
             hints_->forgetNews();
             const History::Action action(work_.history());
