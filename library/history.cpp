@@ -189,7 +189,11 @@ std::string History::nameOf(const std::vector<Change>& changes) const {
     const auto named =
         std::find_if(changes.begin(), changes.end(), [](const Change& change) { return !isLayerSwitch(change.index); });
     const int index = named != changes.end() ? named->index : changes.front().index;
-    return nameOfParameter(index);
+    if (!namer_) return nameOfParameter(index);
+    std::vector<int> indices;
+    for (const Change& change : changes)
+        if (numberOfParameter(change.index) == numberOfParameter(index)) indices.push_back(change.index);
+    return namer_(indices);
 }
 
 // Clicks of a wheel on the same knobs are one step; each click on a switch is one of its own. There always is a way back to

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "library/parameter_edits.h"
@@ -25,6 +26,9 @@ public:
 protected:
     ~PatchPlaceKeeper() = default;
 };
+
+// What a step is called that changed the parameter with these host indices, at least one: one number's in different layers.
+using ParameterNamer = std::function<std::string(const std::vector<int>& indices)>;
 
 // "Cutoff 1" for host index 97 or 397; "Modulation 3" for what belongs to that slot of the matrix.
 std::string nameOfParameter(int index);
@@ -76,6 +80,9 @@ public:
     private:
         History& history_;
     };
+
+    // How steps are named from now on; without one, by `nameOfParameter`.
+    void setNamer(ParameterNamer namer) { namer_ = std::move(namer); }
 
     void editBegan(int index, float value) override;
     void editEnded(int index, float value) override;
@@ -173,6 +180,7 @@ private:
     PatchPlaceKeeper* places_;
     PatchStates states_;
     std::function<Time()> clock_;
+    ParameterNamer namer_;
     std::size_t memoryLimit_ = defaultMemoryLimit;
 
     std::deque<Step> steps_;

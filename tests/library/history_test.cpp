@@ -103,6 +103,22 @@ TEST_F(UserHistory, AKnobDragIsOneStep) {
     EXPECT_FALSE(history.redo());
 }
 
+TEST_F(UserHistory, StepsAreNamedByWhoeverKnowsBetter) {
+    history.setNamer([](const std::vector<int>& indices) {
+        std::string name = "Turn";
+        for (const int index : indices) name += " " + std::to_string(index);
+        return name;
+    });
+    drag(par::Cutoff1, 0.9f);
+    EXPECT_EQ(history.undoName(), "Turn 97");
+    {
+        const History::Action event(history);
+        for (int layer = 0; layer < 4; ++layer) edits.change(hostIndex(par::Reso1, layer), layer == 2 ? 0.0f : 0.8f);
+        edits.change(par::Cutoff1, 0.1f);
+    }
+    EXPECT_EQ(history.undoName(), "Turn 99 399 999") << "of the layer that had the value already nothing changed";
+}
+
 TEST_F(UserHistory, ADragOfFourLayersIsOneStep) {
     for (int layer = 0; layer < 4; ++layer) rig.set(par::Reso1 + 1, 0.1f * layer, layer);
     for (int layer = 0; layer < 4; ++layer) edits.begin(hostIndex(par::Reso1 + 1, layer));
