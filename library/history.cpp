@@ -46,7 +46,7 @@ History::History(Instrument& instrument, ParameterEdits& edits, PatchPlaceKeeper
 History::~History() { edits_.setListener(nullptr); }
 
 // Null with short memory.
-History::State History::take() try { return states_.take(place()); } catch (const std::bad_alloc&) {
+History::State History::take() try { return states_.take(place(), places_ != nullptr ? places_->waveNames() : WaveNames()); } catch (const std::bad_alloc&) {
     return nullptr;
 }
 
@@ -364,7 +364,10 @@ History::State History::exchangePatch(const State& state) {
         return nullptr;
     }
     loadsSeen_ = instrument_.patchesLoaded();
-    if (places_ != nullptr) places_->showPlace(state->place);
+    if (places_ != nullptr) {
+        places_->showPlace(state->place);
+        places_->showWaveNames(state->waveNames);
+    }
     if (host() != nullptr) host()->patchChanged();
     return was;
 }

@@ -17,11 +17,14 @@
 
 namespace vantoric {
 
-// Whoever keeps the lists of patches: a history asks where a patch stands and says it again when it takes a patch back.
+// Whoever keeps the lists of patches and waves: a history asks where a patch stands and what its waves were made of, and says
+// it again when it takes a patch back.
 class PatchPlaceKeeper {
 public:
     virtual PatchPlace place() const = 0;
+    virtual WaveNames waveNames() const { return {}; }
     virtual void showPlace(const PatchPlace& place) = 0;
+    virtual void showWaveNames(const WaveNames& names) { static_cast<void>(names); }
 
 protected:
     ~PatchPlaceKeeper() = default;

@@ -310,8 +310,20 @@ void MenuCommands::noteWave(int layer, int oscillator, const std::string& name) 
     waves_[placeOf(layer, oscillator)] = {name, instrument_.patchesLoaded()};
 }
 
-std::string MenuCommands::shownWave(int oscillator) const {
-    const ShownWave& shown = waves_[placeOf(onShow_.layer, oscillator)];
+std::string MenuCommands::shownWave(int oscillator) const { return waveName(placeOf(onShow_.layer, oscillator)); }
+
+WaveNames MenuCommands::waveNames() const {
+    WaveNames names;
+    for (std::size_t place = 0; place < names.size(); ++place) names[place] = waveName(place);
+    return names;
+}
+
+void MenuCommands::showWaveNames(const WaveNames& names) {
+    for (std::size_t place = 0; place < names.size(); ++place) waves_[place] = {names[place], instrument_.patchesLoaded()};
+}
+
+std::string MenuCommands::waveName(std::size_t place) const {
+    const ShownWave& shown = waves_[place];
     return shown.loads == instrument_.patchesLoaded() ? shown.name : std::string();
 }
 
