@@ -299,6 +299,28 @@ bool History::undo() {
     return true;
 }
 
+// Where each step keeps a whole patch, the last state is fetched alone, and those between move on to the steps that lead to
+// them.
+bool History::undoTo(StateId state) {
+    follow();
+    if (commands_ > 0) return false;
+    finishGestures();
+    std::size_t first = done_;
+    while (first > 0 && steps_[first - 1].before != state) --first;
+    if (first == 0) return false;
+    --first;
+    const auto begin = steps_.begin() + static_cast<std::ptrdiff_t>(first), end = steps_.begin() + static_cast<std::ptrdiff_t>(done_);
+    if (std::any_of(begin, end, [](const Step& step) { return step.kind != Kind::patch; })) {
+        while (done_ > first)
+            if (!undo()) return false;
+        return true;
+    }
+    if (!travel(*begin, true)) return false;
+    for (auto step = begin; step + 1 != end; ++step) std::swap(step->other, (step + 1)->other);
+    done_ = first;
+    return true;
+}
+
 bool History::redo() {
     follow();
     if (commands_ > 0) return false;

@@ -98,6 +98,8 @@ public:
     // nothing changes, if there is no step or memory is short.
     bool undo();
     bool redo();
+    // All steps back to that state (see stateId) at once. False, and nothing changes, if no step goes back to it.
+    bool undoTo(std::uint64_t state);
     // What they would take back or do again; empty if there is nothing.
     std::string undoName() const;
     std::string redoName() const;

@@ -136,7 +136,10 @@ void MenuCommands::noteDeleted(const std::string& category, const std::string& n
 }
 
 // The next patch that is chosen goes to that layer; the same row again calls it off.
-void MenuCommands::armLoad(int target) { onShow_.loadTarget = onShow_.loadTarget == target ? 0 : target; }
+void MenuCommands::armLoad(int target) {
+    onShow_.loadTarget = onShow_.loadTarget == target ? 0 : target;
+    ++onShow_.armed;
+}
 
 void MenuCommands::importSfzFile(const std::string& path) {
     followLayer();

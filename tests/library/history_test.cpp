@@ -335,6 +335,35 @@ TEST_F(UserHistory, AFailedCommandLeavesNoStep) {
     EXPECT_EQ(history.undoName(), "Cutoff 1");
 }
 
+TEST_F(UserHistory, SeveralStepsAreTakenBackAtOnce) {
+    load("One", 0.1f);
+    const auto begin = history.stateId();
+    for (const auto& [name, cutoff] : {std::pair("Two", 0.2f), std::pair("Three", 0.3f), std::pair("Four", 0.4f)}) load(name, cutoff);
+    giveSample(1, 0, 500);
+    EXPECT_TRUE(history.undoTo(begin));
+    EXPECT_EQ(history.stateId(), begin);
+    EXPECT_EQ(value(par::Cutoff1), 0.1f);
+    EXPECT_EQ(lists.now, (PatchPlace{"Bass", "One"}));
+    EXPECT_FALSE(history.isChanged());
+    EXPECT_EQ(history.undoCount(), 1u);
+    EXPECT_EQ(history.redoCount(), 3u);
+    for (const auto& [name, cutoff] : {std::pair("Two", 0.2f), std::pair("Three", 0.3f), std::pair("Four", 0.4f)}) {
+        EXPECT_EQ(history.redoName(), std::string("Load '") + name + "'");
+        EXPECT_TRUE(history.redo());
+        EXPECT_EQ(value(par::Cutoff1), cutoff) << name;
+        EXPECT_EQ(lists.now.patch, name);
+    }
+    EXPECT_EQ(audio.layer(1).sample(0).length, 500) << "as it was when the steps were taken back";
+    drag(par::Reso1, 0.9f);
+    load("Five", 0.5f);
+    EXPECT_TRUE(history.undoTo(begin)) << "past a knob";
+    EXPECT_EQ(value(par::Cutoff1), 0.1f);
+    EXPECT_EQ(history.redoCount(), 5u);
+    EXPECT_FALSE(history.undoTo(begin)) << "it is there";
+    EXPECT_FALSE(history.undoTo(12345));
+    EXPECT_EQ(history.redoCount(), 5u);
+}
+
 TEST_F(UserHistory, CommandsWithinCommandsAreOneStep) {
     {
         const History::Command outer(history, "Paste");
