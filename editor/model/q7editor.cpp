@@ -174,6 +174,11 @@ void Q7Editor::parameterShown(int number) {
     if (isOneOf(number, par::SynType1, oscillatorCount)) view_->showPages();
     if (const EffectSlot* slot = slotOfType(number); slot != nullptr)
         for (int i = 0; i < effectValues; ++i) redrawParameter(slot->first + i);
+    // Where a row of steps ends the others are dark.
+    if (number == par::Steps)
+        for (int i = 0; i < 16; ++i) redrawParameter(par::Step1 + i);
+    if (isOneOf(number, par::ArpVol1, 16))
+        for (int i = 0; i < 16; ++i) redrawParameter(par::ArpStp1 + i), redrawParameter(par::ArpVol1 + i);
     if (isOneOf(number, par::LfoMode1, 3)) redrawParameter(par::LfoSpd1 + number - par::LfoMode1);
     redrawParameter(number);
 }
