@@ -45,10 +45,7 @@ bool beginsWith(const std::string& label, const std::string& typed) {
 
 PopupMenu::PopupMenu(const CRect& area, const CRect& anchor, std::vector<MenuRow> rows, Chosen chosen,
                      std::function<void()> closed)
-    : LayerView(area),
-      rows_(std::move(rows)),
-      chosen_(std::move(chosen)),
-      closed_(std::move(closed)) {
+    : LayerView(area), rows_(std::move(rows)), chosen_(std::move(chosen)), closed_(std::move(closed)) {
     setTransparency(true);
     panels_.push_back(layOut(rows_, anchor, false));
     for (int row = 0; row < static_cast<int>(rows_.size()); ++row)

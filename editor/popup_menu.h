@@ -96,7 +96,7 @@ private:
     std::vector<MenuRow> rows_;
     Chosen chosen_;
     std::function<void()> closed_;
-    std::vector<Panel> panels_;  // the menu, then the submenus that are open
+    std::vector<Panel> panels_;             // the menu, then the submenus that are open
     std::optional<VSTGUI::CPoint> cameAt_;  // where the pointer was first seen
     bool hasMoved_ = false, isClosed_ = false;
     std::string typed_;

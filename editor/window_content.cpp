@@ -86,9 +86,8 @@ void WindowContent::addBand() {
             return "Modulation wheel: " + wheelText(false) + ".  Drag the mark beside it to what it should turn.";
         });
     });
-    meter_->setHoverHeard([this](bool isHovered) {
-        partHovered(isHovered, [] { return "Output level, left and right.  Red is too loud."; });
-    });
+    meter_->setHoverHeard(
+        [this](bool isHovered) { partHovered(isHovered, [] { return "Output level, left and right.  Red is too loud."; }); });
     CRect hint = place(WindowPart::HintLine), history = hint;
     history.left = history.right - historyBarWidth;
     hint.right = history.left - 6;
@@ -596,8 +595,7 @@ void WindowContent::rowChosen(ControlFace& face, int row) {
 void WindowContent::controlListWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
     openPopup(
-        face.body(), listRows(editor_, instrument_.parameters(), entry), [this, &face](int row) { rowChosen(face, row); },
-        &face);
+        face.body(), listRows(editor_, instrument_.parameters(), entry), [this, &face](int row) { rowChosen(face, row); }, &face);
 }
 
 void WindowContent::openMenu(int index) {

@@ -46,7 +46,9 @@ History::History(Instrument& instrument, ParameterEdits& edits, PatchPlaceKeeper
 History::~History() { edits_.setListener(nullptr); }
 
 // Null with short memory.
-History::State History::take() try { return states_.take(place(), places_ != nullptr ? places_->waveNames() : WaveNames()); } catch (const std::bad_alloc&) {
+History::State History::take() try {
+    return states_.take(place(), places_ != nullptr ? places_->waveNames() : WaveNames());
+} catch (const std::bad_alloc&) {
     return nullptr;
 }
 
@@ -309,7 +311,8 @@ bool History::undoTo(StateId state) {
     while (first > 0 && steps_[first - 1].before != state) --first;
     if (first == 0) return false;
     --first;
-    const auto begin = steps_.begin() + static_cast<std::ptrdiff_t>(first), end = steps_.begin() + static_cast<std::ptrdiff_t>(done_);
+    const auto begin = steps_.begin() + static_cast<std::ptrdiff_t>(first),
+               end = steps_.begin() + static_cast<std::ptrdiff_t>(done_);
     if (std::any_of(begin, end, [](const Step& step) { return step.kind != Kind::patch; })) {
         while (done_ > first)
             if (!undo()) return false;

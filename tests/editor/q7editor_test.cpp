@@ -518,8 +518,7 @@ TEST(Q7Editor, StepsPastTheCountAreSilentAndFollowIt) {
     }
     rig.view.forget();
     rig.editor.valueChanged(par::Steps, 0.0f, false);
-    for (int step = 1; step <= 16; ++step)
-        EXPECT_TRUE(rig.view.hasRedrawn(("STEP " + std::to_string(step)).c_str())) << step;
+    for (int step = 1; step <= 16; ++step) EXPECT_TRUE(rig.view.hasRedrawn(("STEP " + std::to_string(step)).c_str())) << step;
 }
 
 TEST(Q7Editor, AnArpeggiosStepsPastItsEndAreSilentButNotTheSignThatEndsIt) {

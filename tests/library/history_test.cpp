@@ -338,7 +338,8 @@ TEST_F(UserHistory, AFailedCommandLeavesNoStep) {
 TEST_F(UserHistory, SeveralStepsAreTakenBackAtOnce) {
     load("One", 0.1f);
     const auto begin = history.stateId();
-    for (const auto& [name, cutoff] : {std::pair("Two", 0.2f), std::pair("Three", 0.3f), std::pair("Four", 0.4f)}) load(name, cutoff);
+    for (const auto& [name, cutoff] : {std::pair("Two", 0.2f), std::pair("Three", 0.3f), std::pair("Four", 0.4f)})
+        load(name, cutoff);
     giveSample(1, 0, 500);
     EXPECT_TRUE(history.undoTo(begin));
     EXPECT_EQ(history.stateId(), begin);

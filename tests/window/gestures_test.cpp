@@ -304,8 +304,8 @@ TEST_F(Hand, TheMenuOfAKnobResetsAndRemoves) {
 
 // A knob's place is its middle, a field's its left upper corner.
 TEST_F(Hand, TheMenuOpensAtTheControlsPlaceAndStaysInTheWindow) {
-    for (const char* name : {"FIL1 RESO", "FIL1 CUTOFF", "OSC1 OCTAVE", "EQ HIGH", "VOL ENV HOLD", "ARP SWING", "INS FX1 PAR1",
-                             "MATRIX SEND5"}) {
+    for (const char* name :
+         {"FIL1 RESO", "FIL1 CUTOFF", "OSC1 OCTAVE", "EQ HIGH", "VOL ENV HOLD", "ARP SWING", "INS FX1 PAR1", "MATRIX SEND5"}) {
         const ControlEntry& entry = controlNamed(name);
         rig.show(entry);
         const auto menu = rig.openMenu(entry, 3);

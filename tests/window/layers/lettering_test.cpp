@@ -82,8 +82,8 @@ TEST_F(DrawnText, HasItsColourAndNoneBesideItsLetters) {
 TEST_F(DrawnText, StandsAsItWasWritten) {
     constexpr double size = 10;
     const auto widthOf = [](const std::string& text) { return lettering::width(text, Face::medium, size); };
-    for (const char* text : {"->", "<-", "<->", "-->", "=>", "<=", ">=", "!=", "|-", "2x3", "2 x 3", "10 x 20", "*", "--", "(-)",
-                             "fi", "ffl", "X-Y", "3:4", "A@B"}) {
+    for (const char* text : {"->",    "<-",      "<->", "-->", "=>",  "<=", ">=",  "!=",  "|-",  "2x3",
+                             "2 x 3", "10 x 20", "*",   "--",  "(-)", "fi", "ffl", "X-Y", "3:4", "A@B"}) {
         // Letters that keep off each other have no pair of which the font makes another; only their distances may be closer.
         std::string apart, bare = text;
         for (const char letter : bare) apart += std::string(apart.empty() ? "" : "\u200c") + letter;
