@@ -40,6 +40,7 @@ int BrowserLibrary::rowOfCategory(const std::string& name) const {
 // ---- what is shown
 
 void BrowserLibrary::open() {
+    tried_.reset();
     index_.rescan();  // patches may have been saved, deleted or starred since
     library_.scanCategories();
     browser_.open();
@@ -122,6 +123,7 @@ void BrowserLibrary::notePlayed() {
 // A layer that waits gets the first patch on trial: a category is on the way to the one that is meant, and what is clicked there
 // must not replace all layers.
 void BrowserLibrary::clickCategory(int row) {
+    noteTrial();
     const PatchBrowser::Trial trial(browser_);
     if (browser_.clickCategory(row)) notePlayed();
 }
@@ -255,17 +257,33 @@ void BrowserLibrary::rateFound(const BrowserPatch& patch, int stars) {
 
 // ---- patches on trial
 
+void BrowserLibrary::noteTrial() {
+    if (history_ == nullptr || onShow_.loadTarget == 0 || (tried_ && tried_->armed == onShow_.armed)) return;
+    history_->follow();
+    tried_ = {onShow_.armed, history_->stateId()};
+}
+
+void BrowserLibrary::takeBackTried() {
+    const bool isTried = tried_ && onShow_.loadTarget != 0 && tried_->armed == onShow_.armed;
+    browser_.callOffLoad();
+    if (isTried) history_->undoTo(tried_->before);
+    tried_.reset();
+}
+
 void BrowserLibrary::tryPatch(int row) {
+    noteTrial();
     const PatchBrowser::Trial trial(browser_);
     clickPatch(row);
 }
 
 void BrowserLibrary::tryFound(const BrowserPatch& patch) {
+    noteTrial();
     const PatchBrowser::Trial trial(browser_);
     playFound(patch);
 }
 
 void BrowserLibrary::tryNext(bool forward) {
+    noteTrial();
     const PatchBrowser::Trial trial(browser_);
     forward ? clickNext() : clickPrevious();
 }

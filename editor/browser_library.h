@@ -3,11 +3,13 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "editor/browser_model.h"
+#include "library/history.h"
 #include "library/on_show.h"
 #include "library/patch_browser.h"
 #include "library/patch_index.h"
@@ -19,9 +21,10 @@ namespace vantoric {
 // On the thread of the window. A patch that is played here is one of the index's recent ones.
 class BrowserLibrary final : public BrowserModel {
 public:
-    // All outlive it.
-    BrowserLibrary(PatchLibrary& library, PatchBrowser& browser, PatchOnShow& patch, PatchIndex& index, const OnShow& onShow)
-        : library_(library), browser_(browser), patch_(patch), index_(index), onShow_(onShow) {}
+    // All outlive it. Without a history what was tried stays.
+    BrowserLibrary(PatchLibrary& library, PatchBrowser& browser, PatchOnShow& patch, PatchIndex& index, const OnShow& onShow,
+                   History* history = nullptr)
+        : library_(library), browser_(browser), patch_(patch), index_(index), onShow_(onShow), history_(history) {}
 
     void open() override;
     unsigned revision() override;
@@ -37,6 +40,7 @@ public:
     void clickNext() override;
     void clickPrevious() override;
     void callOffLoad() override { browser_.callOffLoad(); }
+    void takeBackTried() override;
 
     BrowserNotes notes(const BrowserPatch& patch) override;
     void writeNotes(const BrowserPatch& patch, const BrowserNotes& notes) override;
@@ -61,6 +65,13 @@ private:
         bool operator==(const State&) const = default;
     };
 
+    // The state of the patch before the first one was tried in a layer that waits.
+    struct Tried {
+        unsigned armed;  // see OnShow
+        std::uint64_t before;
+    };
+
+    void noteTrial();
     std::string categoryName(int row) const;
     int rowOfCategory(const std::string& name) const;
     bool list(const std::string& category);
@@ -73,6 +84,8 @@ private:
     PatchOnShow& patch_;
     PatchIndex& index_;
     const OnShow& onShow_;
+    History* history_;
+    std::optional<Tried> tried_;
 
     State state_;
     unsigned revision_ = 0, ratingsGiven_ = 0;

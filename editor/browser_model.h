@@ -68,8 +68,10 @@ public:
     // What is written about a patch, and that something else is: the search knows it at once.
     virtual BrowserNotes notes(const BrowserPatch& patch) = 0;
     virtual void writeNotes(const BrowserPatch& patch, const BrowserNotes& notes) = 0;
-    // A patch that was to go to a layer is not waited for any more.
+    // A patch that was to go to a layer is not waited for any more. What was tried there since the browser came up stays, or
+    // is taken back.
     virtual void callOffLoad() = 0;
+    virtual void takeBackTried() = 0;
 
     // Patches of all categories that fit the words and the filters, the best first. An empty query fits all.
     virtual std::vector<BrowserPatch> search(const std::string& query, const BrowserFilters& filters) = 0;

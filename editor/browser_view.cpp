@@ -302,7 +302,7 @@ void BrowserView::follow() {
 
 void BrowserView::leave() {
     if (isSearching()) return clearSearch();
-    if (hint_.isTarget) model_.callOffLoad();
+    if (hint_.isTarget) model_.takeBackTried();
     dismiss();
 }
 

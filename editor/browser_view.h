@@ -18,8 +18,8 @@ namespace vantoric {
 //
 // Keys: arrows go through the patches, each sounding at once - where a layer waits for its patch each in that layer, until
 // Enter keeps the one that sounds; Enter loads again else; "+" and "-" rate; F2 writes tags; "[" and "]" step;
-// letters and "/" search, where Tab completes; Tab goes to the next part; Escape clears the search, then closes, and calls off
-// what was to go to a layer. Space is left to the host.
+// letters and "/" search, where Tab completes; Tab goes to the next part; Escape clears the search, then closes; a layer
+// that still waits is as it was before the first patch that was tried there. Space is left to the host.
 class BrowserView : public LayerView {
 public:
     // The model outlives it. `closed` is called once, with the view still there.

@@ -79,7 +79,7 @@ bool EditorWindow::build(std::uintptr_t parent) {
     editor_.setLastProgram(programs_.lastNumber());
     index_ = std::make_unique<PatchIndex>(instrument_.messages());
     browserModel_ = std::make_unique<BrowserLibrary>(editor_.patches(), editor_.browser(), editor_.commands().patch(), *index_,
-                                                     editor_.onShow());
+                                                     editor_.onShow(), &work_.history());
     dialogs_.setHost(content_.get());
     editor_.open(*this);
     loadsNoted_ = instrument_.patchesLoaded();  // what was there before is not played by opening a window

@@ -158,13 +158,13 @@ void MYCKnob::drawModulation(Pen& pen) {
     const double x = entry().x, y = entry().y, r = (measures_.bandInner + measures_.bandOuter) / 2;
     const double width = measures_.bandOuter - measures_.bandInner;
     const ModulationArc arc = modulationArc(getValueNormalized(), modulation_.modDepth, modulation_.modBipolar);
-    const Color band = isDepthDragging() ? fade(sourceColor_, 0.75) : fade(style::white, 0.5);
+    const Color band = isDepthDragging() ? fade(sourceColor_, 0.75) : style::modulated;
     constexpr float shownBeyond = 0.12f;   // past it the two ends would meet
     const ArcParts parts = arcParts(arc);  // outlives the loop
     for (const ArcPart& part : parts.all()) {
         const double from = angleOf(std::max(part.low, -shownBeyond)), to = angleOf(std::min(part.high, 1 + shownBeyond));
         if (!(to > from)) continue;
-        pen.arc(x, y, r, from, to, part.isInRange ? band : fade(style::alarm, 0.75), width);
+        pen.arc(x, y, r, from, to, part.isInRange ? band : style::beyondRange, width);
         if (part.isInRange) pen.arc(x, y, measures_.bandOuter - 0.5, from, to, sourceColor_, 1.2);
     }
     drawGrip(pen);

@@ -77,21 +77,6 @@ std::string validText(const std::string& text) {
     return result;
 }
 
-// Letters stand as they are: the font would make an arrow of "->" and a sign of the x in "1200 x 660". A joiner of no width
-// keeps them apart.
-std::string drawnText(const std::string& text) {
-    const std::string valid = validText(text);
-    std::string result;
-    for (std::size_t i = 0; i < valid.size(); ++i) {
-        const bool isArrow = valid[i] == '>' && i > 0 && valid[i - 1] == '-';
-        const bool isTimes = valid[i] == 'x' && i > 0 && i + 1 < valid.size() && valid[i - 1] == ' ' && valid[i + 1] == ' ';
-        if (isArrow || isTimes) result += "\u2060";
-        result += valid[i];
-        if (isTimes) result += "\u2060";
-    }
-    return result;
-}
-
 // Letters stand where the font wants them, not on whole units: words keep their gaps at every zoom, and a width measured at
 // one zoom holds at all of them. Grey edges, so that text is the same on a kept picture and on the screen.
 PangoContext* makeFonts() {
@@ -110,6 +95,19 @@ PangoContext* makeFonts() {
     cairo_font_options_destroy(options);
     pango_context_set_round_glyph_positions(context, FALSE);
     return context;
+}
+
+struct UnrefAttributes {
+    void operator()(PangoAttrList* list) const { pango_attr_list_unref(list); }
+};
+using Attributes = std::unique_ptr<PangoAttrList, UnrefAttributes>;
+
+// Every letter stands as it was written: left to itself the font makes an arrow of "->" or "<=" and a sign of the x in
+// "2 x 3".
+Attributes asWritten() {
+    Attributes attributes(pango_attr_list_new());
+    pango_attr_list_insert(attributes.get(), pango_attr_font_features_new("calt=0, liga=0, clig=0, dlig=0"));
+    return attributes;
 }
 
 bool isOutlined(PangoLayout* layout) {
@@ -138,8 +136,9 @@ Line layOut(const std::string& text, style::Face face, double size) {
     pango_layout_set_font_description(line.layout.get(), font);
     pango_font_description_free(font);
     pango_layout_set_single_paragraph_mode(line.layout.get(), TRUE);
-    const std::string drawn = drawnText(text);
+    const std::string drawn = validText(text);
     pango_layout_set_text(line.layout.get(), drawn.c_str(), -1);
+    pango_layout_set_attributes(line.layout.get(), asWritten().get());
     int width = 0;
     pango_layout_get_size(line.layout.get(), &width, nullptr);
     line.width = pango_units_to_double(width);

@@ -45,11 +45,7 @@ bool beginsWith(const std::string& label, const std::string& typed) {
 
 PopupMenu::PopupMenu(const CRect& area, const CRect& anchor, std::vector<MenuRow> rows, Chosen chosen,
                      std::function<void()> closed)
-    : LayerView(area),
-      rows_(std::move(rows)),
-      chosen_(std::move(chosen)),
-      closed_(std::move(closed)),
-      openedAt_(anchor.getCenter()) {
+    : LayerView(area), rows_(std::move(rows)), chosen_(std::move(chosen)), closed_(std::move(closed)) {
     setTransparency(true);
     panels_.push_back(layOut(rows_, anchor, false));
     for (int row = 0; row < static_cast<int>(rows_.size()); ++row)
@@ -98,9 +94,10 @@ PopupMenu::Panel PopupMenu::layOut(const std::vector<MenuRow>& rows, const CRect
         column.left = std::exchange(left, left + column.width);
     }
     const double boxHeight = std::min(panel.contentHeight, room) + 2 * padding, boxWidth = left + 2 * padding;
-    double x = isSubmenu ? anchor.right : anchor.left, y = isSubmenu ? anchor.top - padding : anchor.bottom + 2;
+    const double gap = anchor.isEmpty() ? 0 : 2;
+    double x = isSubmenu ? anchor.right : anchor.left, y = isSubmenu ? anchor.top - padding : anchor.bottom + gap;
     if (isSubmenu && x + boxWidth > area.right) x = anchor.left - boxWidth;
-    if (!isSubmenu && y + boxHeight > area.bottom && anchor.top - 2 - boxHeight >= area.top) y = anchor.top - 2 - boxHeight;
+    if (!isSubmenu && y + boxHeight > area.bottom && anchor.top - gap - boxHeight >= area.top) y = anchor.top - gap - boxHeight;
     x = std::clamp(x, area.left, std::max(area.left, area.right - boxWidth));
     y = std::clamp(y, area.top, std::max(area.top, area.bottom - boxHeight));
     panel.rect = {x, y, x + boxWidth, y + boxHeight};
@@ -189,7 +186,8 @@ void PopupMenu::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
 
 void PopupMenu::onMouseMoveEvent(VSTGUI::MouseMoveEvent& event) {
     event.consumed = true;
-    if (std::hypot(event.mousePosition.x - openedAt_.x, event.mousePosition.y - openedAt_.y) > 6) hasMoved_ = true;
+    if (!cameAt_) cameAt_ = event.mousePosition;
+    if (std::hypot(event.mousePosition.x - cameAt_->x, event.mousePosition.y - cameAt_->y) > 6) hasMoved_ = true;
     const Hit target = hit(event.mousePosition);
     if (target.panel >= 0) highlight(target);
 }

@@ -29,7 +29,8 @@ class PopupMenu : public LayerView {
 public:
     using Chosen = std::function<void(int result)>;
 
-    // Opens below `anchor` (or above, where there is no room), at least as wide as it, within `area`. `chosen` is called once
+    // Opens below `anchor` (or above, where there is no room), at least as wide as it, within `area`; an anchor without a size
+    // is where a corner of the menu stands. `chosen` is called once
     // at most, `closed` always, at the end and with the menu still there; both outside of drawing.
     PopupMenu(const VSTGUI::CRect& area, const VSTGUI::CRect& anchor, std::vector<MenuRow> rows, Chosen chosen,
               std::function<void()> closed);
@@ -98,9 +99,15 @@ private:
     std::vector<MenuRow> rows_;
     Chosen chosen_;
     std::function<void()> closed_;
+<<<<<<< HEAD
     std::vector<Panel> panels_;  // the menu, then the submenus that are open
     VSTGUI::CPoint openedAt_;
     bool hasMoved_ = false, isClosed_ = false, isByLeft_ = true;
+=======
+    std::vector<Panel> panels_;             // the menu, then the submenus that are open
+    std::optional<VSTGUI::CPoint> cameAt_;  // where the pointer was first seen
+    bool hasMoved_ = false, isClosed_ = false;
+>>>>>>> win11
     std::string typed_;
     std::uint64_t typedTicks_ = 0;
 };

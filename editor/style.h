@@ -29,8 +29,10 @@ inline constexpr Color white = hexColor(0xFFFFFF), black = hexColor(0x000000), h
 // By function.
 inline constexpr Color oscillators = hexColor(0xFFC061), filters = hexColor(0x5AD1EE), envelopes = hexColor(0xFF7468),
                        lfo = hexColor(0xAB90FB), arpeggiator = hexColor(0x35C0A4), output = hexColor(0xDDE1E0);
-// Multilayer editing, and what is out of range, mapped to a controller or learning one.
+// Multilayer editing, and what is mapped to a controller or learning one.
 inline constexpr Color multilayer = hexColor(0xFFC45A), alarm = hexColor(0xFF4040);
+// How far a modulation moves a knob, within its range and beyond.
+inline constexpr Color modulated = hexColor(0xFFFFFF, 0x80), beyondRange = hexColor(0xFF0000, 0x6E);
 inline constexpr Color lampOn = hexColor(0x8CFFBE);
 inline constexpr Color hintFill = hexColor(0x141414), hintEdge = hexColor(0x282828);
 

@@ -606,8 +606,12 @@ void WindowContent::chooseRow(ControlFace& face, int row, bool wakes) {
 void WindowContent::controlListWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
     openPopup(
+<<<<<<< HEAD
         face.body(), listRows(editor_, instrument_.parameters(), entry),
         [this, &face](int row) { chooseRow(face, row, isRowByLeft_); }, &face);
+=======
+        face.body(), listRows(editor_, instrument_.parameters(), entry), [this, &face](int row) { rowChosen(face, row); }, &face);
+>>>>>>> win11
 }
 
 void WindowContent::openMenu(int index) {
@@ -617,10 +621,9 @@ void WindowContent::openMenu(int index) {
 void WindowContent::controlMenuWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
     if (parameterOfTag(entry.tag) < 0) return;
-    CRect anchor = face.body();
-    anchor.top += 14;  // from within the knob on
+    // At the control's place: a knob's middle, a field's corner.
     openPopup(
-        anchor, knobRows(editor_, entry),
+        CRect(entry.x, entry.y, entry.x, entry.y), knobRows(editor_, entry),
         [this, &entry, &face](int row) {
             hints_->forgetNews();
             const History::Action action(work_.history());

@@ -82,6 +82,17 @@ void effectParameterText(int type, int index, float value, char* text) {
     writeText(row.texts[index - 1], value, writer);
 }
 
+std::string effectParameterWords(int type, int index) {
+    const EffectType& row = effectType(type);
+    const bool hasTexts = row.family != EffectFamily::separator && row.family != EffectFamily::off;
+    if (!hasTexts || index < 1 || index > 4) return "";
+    const std::string_view format = row.texts[index - 1].format;
+    const std::size_t mark = format.find('%');
+    if (mark == std::string_view::npos) return std::string(format);
+    const std::size_t end = format.substr(0, mark).rfind(' ');  // what is next to the value belongs to it: "Ratio 1:%d"
+    return end == std::string_view::npos ? "" : std::string(format.substr(0, end));
+}
+
 void effectParameterName(int index, char* text) {
     Writer writer(text, 21);
     if (index == 0) return writer.add("Effect mix");

@@ -46,7 +46,9 @@ History::History(Instrument& instrument, ParameterEdits& edits, PatchPlaceKeeper
 History::~History() { edits_.setListener(nullptr); }
 
 // Null with short memory.
-History::State History::take() try { return states_.take(place()); } catch (const std::bad_alloc&) {
+History::State History::take() try {
+    return states_.take(place(), places_ != nullptr ? places_->waveNames() : WaveNames());
+} catch (const std::bad_alloc&) {
     return nullptr;
 }
 
@@ -189,7 +191,11 @@ std::string History::nameOf(const std::vector<Change>& changes) const {
     const auto named =
         std::find_if(changes.begin(), changes.end(), [](const Change& change) { return !isLayerSwitch(change.index); });
     const int index = named != changes.end() ? named->index : changes.front().index;
-    return nameOfParameter(index);
+    if (!namer_) return nameOfParameter(index);
+    std::vector<int> indices;
+    for (const Change& change : changes)
+        if (numberOfParameter(change.index) == numberOfParameter(index)) indices.push_back(change.index);
+    return namer_(indices);
 }
 
 // Clicks of a wheel on the same knobs are one step; each click on a switch is one of its own. There always is a way back to
@@ -295,6 +301,29 @@ bool History::undo() {
     return true;
 }
 
+// Where each step keeps a whole patch, the last state is fetched alone, and those between move on to the steps that lead to
+// them.
+bool History::undoTo(StateId state) {
+    follow();
+    if (commands_ > 0) return false;
+    finishGestures();
+    std::size_t first = done_;
+    while (first > 0 && steps_[first - 1].before != state) --first;
+    if (first == 0) return false;
+    --first;
+    const auto begin = steps_.begin() + static_cast<std::ptrdiff_t>(first),
+               end = steps_.begin() + static_cast<std::ptrdiff_t>(done_);
+    if (std::any_of(begin, end, [](const Step& step) { return step.kind != Kind::patch; })) {
+        while (done_ > first)
+            if (!undo()) return false;
+        return true;
+    }
+    if (!travel(*begin, true)) return false;
+    for (auto step = begin; step + 1 != end; ++step) std::swap(step->other, (step + 1)->other);
+    done_ = first;
+    return true;
+}
+
 bool History::redo() {
     follow();
     if (commands_ > 0) return false;
@@ -360,7 +389,10 @@ History::State History::exchangePatch(const State& state) {
         return nullptr;
     }
     loadsSeen_ = instrument_.patchesLoaded();
-    if (places_ != nullptr) places_->showPlace(state->place);
+    if (places_ != nullptr) {
+        places_->showPlace(state->place);
+        places_->showWaveNames(state->waveNames);
+    }
     if (host() != nullptr) host()->patchChanged();
     return was;
 }

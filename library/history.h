@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "library/parameter_edits.h"
@@ -16,15 +17,21 @@
 
 namespace vantoric {
 
-// Whoever keeps the lists of patches: a history asks where a patch stands and says it again when it takes a patch back.
+// Whoever keeps the lists of patches and waves: a history asks where a patch stands and what its waves were made of, and says
+// it again when it takes a patch back.
 class PatchPlaceKeeper {
 public:
     virtual PatchPlace place() const = 0;
+    virtual WaveNames waveNames() const { return {}; }
     virtual void showPlace(const PatchPlace& place) = 0;
+    virtual void showWaveNames(const WaveNames& names) { static_cast<void>(names); }
 
 protected:
     ~PatchPlaceKeeper() = default;
 };
+
+// What a step is called that changed the parameter with these host indices, at least one: one number's in different layers.
+using ParameterNamer = std::function<std::string(const std::vector<int>& indices)>;
 
 // "Cutoff 1" for host index 97 or 397; "Modulation 3" for what belongs to that slot of the matrix.
 std::string nameOfParameter(int index);
@@ -77,6 +84,9 @@ public:
         History& history_;
     };
 
+    // How steps are named from now on; without one, by `nameOfParameter`.
+    void setNamer(ParameterNamer namer) { namer_ = std::move(namer); }
+
     void editBegan(int index, float value) override;
     void editEnded(int index, float value) override;
     // One without a gesture and outside of commands, such as those of a matrix slot that is filled, is a part of a step with
@@ -88,6 +98,8 @@ public:
     // nothing changes, if there is no step or memory is short.
     bool undo();
     bool redo();
+    // All steps back to that state (see stateId) at once. False, and nothing changes, if no step goes back to it.
+    bool undoTo(std::uint64_t state);
     // What they would take back or do again; empty if there is nothing.
     std::string undoName() const;
     std::string redoName() const;
@@ -173,6 +185,7 @@ private:
     PatchPlaceKeeper* places_;
     PatchStates states_;
     std::function<Time()> clock_;
+    ParameterNamer namer_;
     std::size_t memoryLimit_ = defaultMemoryLimit;
 
     std::deque<Step> steps_;

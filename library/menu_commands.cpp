@@ -136,7 +136,10 @@ void MenuCommands::noteDeleted(const std::string& category, const std::string& n
 }
 
 // The next patch that is chosen goes to that layer; the same row again calls it off.
-void MenuCommands::armLoad(int target) { onShow_.loadTarget = onShow_.loadTarget == target ? 0 : target; }
+void MenuCommands::armLoad(int target) {
+    onShow_.loadTarget = onShow_.loadTarget == target ? 0 : target;
+    ++onShow_.armed;
+}
 
 void MenuCommands::importSfzFile(const std::string& path) {
     followLayer();
@@ -310,8 +313,20 @@ void MenuCommands::noteWave(int layer, int oscillator, const std::string& name) 
     waves_[placeOf(layer, oscillator)] = {name, instrument_.patchesLoaded()};
 }
 
-std::string MenuCommands::shownWave(int oscillator) const {
-    const ShownWave& shown = waves_[placeOf(onShow_.layer, oscillator)];
+std::string MenuCommands::shownWave(int oscillator) const { return waveName(placeOf(onShow_.layer, oscillator)); }
+
+WaveNames MenuCommands::waveNames() const {
+    WaveNames names;
+    for (std::size_t place = 0; place < names.size(); ++place) names[place] = waveName(place);
+    return names;
+}
+
+void MenuCommands::showWaveNames(const WaveNames& names) {
+    for (std::size_t place = 0; place < names.size(); ++place) waves_[place] = {names[place], instrument_.patchesLoaded()};
+}
+
+std::string MenuCommands::waveName(std::size_t place) const {
+    const ShownWave& shown = waves_[place];
     return shown.loads == instrument_.patchesLoaded() ? shown.name : std::string();
 }
 

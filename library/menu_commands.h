@@ -15,6 +15,7 @@
 #include "library/patch_commands.h"
 #include "library/patch_library.h"
 #include "library/patch_on_show.h"
+#include "library/patch_state.h"
 #include "library/sample_commands.h"
 #include "library/web_pages.h"
 #include "platform/dialogs.h"
@@ -51,6 +52,9 @@ public:
     void chooseWave(int oscillator, int row);
     // The wavetable that the custom wave of an oscillator was made of since the patch was loaded; empty for none.
     std::string shownWave(int oscillator) const;
+    // The same of all layers; and what they are of a patch that was just taken back, for whoever kept them.
+    WaveNames waveNames() const;
+    void showWaveNames(const WaveNames& names);
 
     // The favourite switch. Switched on, the patch in force is saved among the favourites; switched off, its file there
     // goes if the user agrees. `done` hears whether the switch stands as it was set.
@@ -85,6 +89,7 @@ private:
     void noteDeleted(const std::string& category, const std::string& name, bool isGone);
     void armLoad(int target);
     void showImported(bool imported);
+    std::string waveName(std::size_t place) const;
     void noteWave(int layer, int oscillator, const std::string& name);
     void makeWave(int oscillator, const std::string& name);
     void showVersion();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "base/text.h"
 
@@ -29,7 +30,7 @@ bool PatchState::hasSameSounds(const PatchState& other) const {
     return samples == other.samples;
 }
 
-std::shared_ptr<const PatchState> PatchStates::take(const PatchPlace& place) {
+std::shared_ptr<const PatchState> PatchStates::take(const PatchPlace& place, WaveNames waveNames) {
     const EngineTurn turn(instrument_.patchChunk().access());
     auto state = std::make_shared<PatchState>();
     PatchValues values;
@@ -40,6 +41,7 @@ std::shared_ptr<const PatchState> PatchStates::take(const PatchPlace& place) {
         state->values = values_.keep(PatchValues(values), std::as_bytes(std::span(values)), sizeof values);
     state->name = instrument_.program().getProgramName();
     state->place = place;
+    state->waveNames = std::move(waveNames);
     for (std::size_t i = 0; i < state->waves.size(); ++i) {
         Layer& layer = instrument_.layer(layerOf(i));
         const CustomWaveSlot& slot = layer.customWave(oscillatorOf(i));

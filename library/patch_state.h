@@ -20,6 +20,9 @@ struct PatchPlace {
     bool operator==(const PatchPlace&) const = default;
 };
 
+// The wavetables that the custom waves were made of, as far as that is known: layer x 3 + oscillator.
+using WaveNames = std::array<std::string, chunk::waveCount>;
+
 using PatchValues = std::array<float, parameterCount>;  // by host index, 0 to 1
 
 // The sound of an oscillator, whichever kind the oscillator plays.
@@ -38,6 +41,7 @@ struct PatchState {
     Shared<PatchValues> values;
     std::string name;
     PatchPlace place;
+    WaveNames waveNames;
     std::array<Shared<CustomCycle>, chunk::waveCount> waves;   // layer x 3 + oscillator
     std::array<Shared<KeptSample>, chunk::waveCount> samples;  // null: no sample
     std::array<unsigned, chunk::waveCount> waveGenerations{};  // of the slots (see CustomWaveSlot) when the state was taken
@@ -53,10 +57,11 @@ public:
     explicit PatchStates(Instrument& instrument) : instrument_(instrument) {}
 
     // Costs a copy of what has changed since the state before, and comparing the rest. May throw std::bad_alloc.
-    std::shared_ptr<const PatchState> take(const PatchPlace& place);
+    std::shared_ptr<const PatchState> take(const PatchPlace& place, WaveNames waveNames = {});
 
     // Loads a state as a patch is loaded, in silence; all values are then exactly those of the state, and the program has
-    // its name. False with short memory: the patch may then be half loaded. The place is for the caller to show.
+    // its name. False with short memory: the patch may then be half loaded. Place and names of waves are for the caller to
+    // show.
     bool put(const PatchState& state);
 
     // Bytes of all contents that any state still holds, and of those of the state that was taken last.

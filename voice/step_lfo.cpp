@@ -130,11 +130,15 @@ void StepLfo::trigger(const Start& start, bool free, bool once) {
     tickRate = start.tickRate > 0.0 ? start.tickRate : 1000.0;
     freeRunning = free;
     oneShot = once;
-    stepCount = std::clamp(truncateTo(static_cast<double>(start.stepCount) * 14.99999 + 2.0, 0, 100), 1, 16);
+    stepCount = stepsPlayed(start.stepCount);
     increment = ratioOf(speed, tempoRatioCount) * tempo / 15.0 / tickRate;
     // The place counts one row fewer than the pace: at the fastest speed it takes the slowest row.
     const double place = free ? start.songPosition * ratioOf(speed, tempoRatioCount - 1) * 4.0 : 0.0;
     position = place >= -furthest && place <= furthest ? place : 0.0;
+}
+
+int StepLfo::stepsPlayed(float value) {
+    return std::clamp(truncateTo(static_cast<double>(value) * 14.99999 + 2.0, 0, 100), 1, 16);
 }
 
 void StepLfo::noteOn(int modeIndex, const Start& start, int activeVoices, const StepLfo* oldest) {

@@ -13,6 +13,9 @@ class StepLfo {
 public:
     enum Mode : int { FreeLoop = 0, TriggerLoop = 1, MonoLoop = 2, EnvelopeMode = 3 };
 
+    // How many steps a value of `Steps`, 0 to 1, plays: 2 to 16.
+    static int stepsPlayed(float value);
+
     // What a note hands over.
     struct Start {
         int shape = 0;              // list index of `StepShap`

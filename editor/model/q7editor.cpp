@@ -7,12 +7,13 @@
 #include "base/heard_while_written.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
+#include "editor/model/effect_slots.h"
 #include "editor/model/indicators.h"
 #include "editor/model/menu_rows.h"
+#include "editor/model/step_names.h"
 #include "editor/model/window_files.h"
 #include "effects/effect_texts.h"
 #include "effects/type_table.h"
-#include "library/history.h"
 #include "library/program_steps.h"
 #include "parameters/parameter_table.h"
 
@@ -23,30 +24,6 @@ namespace {
 namespace par = parameter;
 
 constexpr char calledOff[] = "No patch goes to a layer any more.";
-constexpr int effectValues = 4;  // parameters of an effect beside its mix
-
-// The parameters of a slot of effects.
-struct EffectSlot {
-    int type, mix, first;  // numbers; the four parameters follow the first
-    int (*typeOf)(float value);
-};
-constexpr EffectSlot effectSlots[] = {
-    {par::FxMaType, par::FxMaMix, par::FxMaPar1, masterTypeFromValue},
-    {par::FxInType, par::FxInMix, par::FxInPar1, typeFromValue},
-    {par::FxIn2Type, par::FxIn2Mix, par::FxIn2Par1, typeFromValue},
-};
-
-const EffectSlot* slotOfType(int number) {
-    const auto* found =
-        std::find_if(std::begin(effectSlots), std::end(effectSlots), [=](const EffectSlot& s) { return s.type == number; });
-    return found == std::end(effectSlots) ? nullptr : found;
-}
-
-const EffectSlot* slotOfField(int number) {
-    const auto* found = std::find_if(std::begin(effectSlots), std::end(effectSlots),
-                                     [=](const EffectSlot& s) { return number >= s.first && number < s.first + effectValues; });
-    return found == std::end(effectSlots) ? nullptr : found;
-}
 
 // The load and edit buttons stand in turn, two an oscillator.
 bool isSampleButton(int tag) { return isOneOf(tag, tag::sampleLoad1, 2 * oscillatorCount); }
@@ -60,11 +37,6 @@ bool isLayerControl(int tag) {
 }
 
 bool isOn(float value) { return value > 0.5f; }
-
-std::string nameOfControl(int tag) {
-    const int number = parameterOfTag(tag);
-    return number >= 0 ? nameOfParameter(number) : "";
-}
 
 }  // namespace
 
@@ -119,7 +91,15 @@ std::vector<int> Q7Editor::indicesOf(int tag) const {
     return indices;
 }
 
+<<<<<<< HEAD
 void Q7Editor::touch(int tag, bool leftButton) {
+=======
+std::string Q7Editor::nameOfControl(int tag) const {
+    return parameterOfTag(tag) < 0 ? "" : stepName(instrument_.parameters(), indicesOf(tag));
+}
+
+void Q7Editor::touch(int tag) {
+>>>>>>> win11
     if (view_ == nullptr) return;
     woken_ = -1;
     wakeLayer(tag, leftButton);
@@ -199,6 +179,11 @@ void Q7Editor::parameterShown(int number) {
     if (isOneOf(number, par::SynType1, oscillatorCount)) view_->showPages();
     if (const EffectSlot* slot = slotOfType(number); slot != nullptr)
         for (int i = 0; i < effectValues; ++i) redrawParameter(slot->first + i);
+    // Where a row of steps ends the others are dark.
+    if (number == par::Steps)
+        for (int i = 0; i < 16; ++i) redrawParameter(par::Step1 + i);
+    if (isOneOf(number, par::ArpVol1, 16))
+        for (int i = 0; i < 16; ++i) redrawParameter(par::ArpStp1 + i), redrawParameter(par::ArpVol1 + i);
     if (isOneOf(number, par::LfoMode1, 3)) redrawParameter(par::LfoSpd1 + number - par::LfoMode1);
     redrawParameter(number);
 }

@@ -145,6 +145,7 @@ private:
     };
 
     std::vector<int> indicesOf(int tag) const;
+    std::string nameOfControl(int tag) const;
     void wakeLayer(int tag, bool leftButton);
     void silenceAgain(int woken);
     void setParameter(int tag, float value);

@@ -6,6 +6,8 @@
 
 #include "base/number_text.h"
 #include "base/parameters.h"
+#include "parameters/parameter_table.h"
+#include "voice/step_lfo.h"
 
 namespace vantoric {
 namespace {
@@ -24,6 +26,27 @@ int oscillatorOf(const ControlEntry& entry) {
 }
 
 bool isOn(float value) { return value > 0.5f; }
+
+constexpr int shownSteps = 16;  // of the arpeggiator
+
+// The step at which the arpeggio turns back or ends, and which is not played itself. The first one's sign has no effect.
+int endOfArpeggio(const Q7Editor& editor) {
+    for (int step = 1; step < shownSteps; ++step) {
+        const LabelList labels = parameterInfo(parameter::ArpVol1 + step).labels;
+        const auto row = static_cast<std::size_t>(listIndex(editor.valueOf(parameter::ArpVol1 + step)));
+        const std::string_view sign = row < labels.size() ? labels[row] : "";
+        if (sign == "L" || sign == "E") return step;
+    }
+    return shownSteps;
+}
+
+// The sign that ends an arpeggio is still read.
+bool isPastTheEnd(const Q7Editor& editor, int tag) {
+    if (isOneOf(tag, parameter::Step1, 16))
+        return tag - parameter::Step1 >= StepLfo::stepsPlayed(editor.valueOf(parameter::Steps));
+    if (isOneOf(tag, parameter::ArpStp1, shownSteps)) return tag - parameter::ArpStp1 >= endOfArpeggio(editor);
+    return isOneOf(tag, parameter::ArpVol1, shownSteps) && tag - parameter::ArpVol1 > endOfArpeggio(editor);
+}
 
 }  // namespace
 
@@ -58,6 +81,7 @@ std::string spokenValue(const Q7Editor& editor, const ControlEntry& entry) {
 
 bool isSilent(const Q7Editor& editor, const ControlEntry& entry) {
     if (entry.page != page::always && !isOn(editor.valueOf(parameter::Layer1On + editor.onShow().layer))) return true;
+    if (isPastTheEnd(editor, entry.tag)) return true;
     const int oscillator = oscillatorOf(entry);
     return oscillator >= 0 && entry.kind != WidgetKind::Switch && !isOn(editor.valueOf(parameter::On1 + oscillator));
 }

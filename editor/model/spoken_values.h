@@ -19,7 +19,7 @@ bool isWaveMenu(const ControlEntry& entry);
 // The value with its unit, "783.0 Hz", "on"; empty for a control without a value.
 std::string spokenValue(const Q7Editor& editor, const ControlEntry& entry);
 
-// Whether the layer or oscillator that a control belongs to is switched off.
+// Whether the layer or oscillator that a control belongs to is switched off, or it is a step of a row that ends before it.
 bool isSilent(const Q7Editor& editor, const ControlEntry& entry);
 
 }  // namespace vantoric

@@ -1,10 +1,13 @@
 #include "editor/model/work_history.h"
 
+#include "editor/model/step_names.h"
+
 namespace vantoric {
 
 WorkHistory::WorkHistory(Instrument& instrument, Q7Editor& editor)
     : editor_(editor), history_(instrument, editor.edits(), this), autosave_(instrument) {
     editor_.commands().log().setListener(this);
+    history_.setNamer([&instrument](const std::vector<int>& indices) { return stepName(instrument.parameters(), indices); });
 }
 
 WorkHistory::~WorkHistory() { editor_.commands().log().setListener(nullptr); }

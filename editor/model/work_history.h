@@ -41,6 +41,8 @@ private:
     void patchSaved() override { history_.markSaved(); }
     PatchPlace place() const override;
     void showPlace(const PatchPlace& place) override;
+    WaveNames waveNames() const override { return editor_.commands().waveNames(); }
+    void showWaveNames(const WaveNames& names) override { editor_.commands().showWaveNames(names); }
 
     Q7Editor& editor_;
     History history_;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "editor/model/menu_rows.h"
+#include "editor/model/spoken_values.h"
 #include "library/web_pages.h"
 #include "platform/files.h"
 #include "platform/module_folder.h"
@@ -510,6 +511,47 @@ TEST(Q7Editor, DisplaysTakeEverySecondRound) {
         rounds += rig.view.hasRedrawn(WindowPart::Meter) ? 1 : 0;
     }
     EXPECT_EQ(rounds, 5);
+}
+
+// ---- rows of steps
+
+TEST(Q7Editor, StepsPastTheCountAreSilentAndFollowIt) {
+    EditorRig rig;
+    rig.rig.set(par::Layer1On, 1.0f);
+    for (const float count : {0.0f, 0.2f, 0.5f, 1.0f}) {
+        rig.rig.set(par::Steps, count);
+        rig.editor.idle();
+        const int played = std::stoi(rig.editor.textOf(entryOf("STEP LFO STEPS")).substr(6));
+        for (int step = 0; step < 16; ++step)
+            EXPECT_EQ(isSilent(rig.editor, controlEntry(controlIndexForTag(par::Step1 + step))), step >= played)
+                << step << " of " << played;
+    }
+    rig.view.forget();
+    rig.editor.valueChanged(par::Steps, 0.0f, false);
+    for (int step = 1; step <= 16; ++step) EXPECT_TRUE(rig.view.hasRedrawn(("STEP " + std::to_string(step)).c_str())) << step;
+}
+
+TEST(Q7Editor, AnArpeggiosStepsPastItsEndAreSilentButNotTheSignThatEndsIt) {
+    EditorRig rig;
+    rig.rig.set(par::Layer1On, 1.0f);
+    const auto silent = [&](int first, int step) { return isSilent(rig.editor, controlEntry(controlIndexForTag(first + step))); };
+    const auto expectEnd = [&](int end) {
+        for (int step = 0; step < 16; ++step) {
+            EXPECT_EQ(silent(par::ArpStp1, step), step >= end) << step;
+            EXPECT_EQ(silent(par::ArpVol1, step), step > end) << step;
+        }
+    };
+    constexpr float loop = 13.0f / 128, end = 14.0f / 128, full = 9.0f / 128;
+    expectEnd(16);
+    rig.rig.set(par::ArpVol1 + 11, end);
+    expectEnd(11);
+    rig.view.forget();
+    rig.editor.valueChanged(par::ArpVol1 + 4, loop, false);
+    expectEnd(4);
+    EXPECT_TRUE(rig.view.hasRedrawn("ARP STEP 16 NOTE"));
+    rig.rig.set(par::ArpVol1 + 4, full);
+    rig.rig.set(par::ArpVol1, loop);
+    expectEnd(11);
 }
 
 }  // namespace

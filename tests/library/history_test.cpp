@@ -103,6 +103,22 @@ TEST_F(UserHistory, AKnobDragIsOneStep) {
     EXPECT_FALSE(history.redo());
 }
 
+TEST_F(UserHistory, StepsAreNamedByWhoeverKnowsBetter) {
+    history.setNamer([](const std::vector<int>& indices) {
+        std::string name = "Turn";
+        for (const int index : indices) name += " " + std::to_string(index);
+        return name;
+    });
+    drag(par::Cutoff1, 0.9f);
+    EXPECT_EQ(history.undoName(), "Turn 97");
+    {
+        const History::Action event(history);
+        for (int layer = 0; layer < 4; ++layer) edits.change(hostIndex(par::Reso1, layer), layer == 2 ? 0.0f : 0.8f);
+        edits.change(par::Cutoff1, 0.1f);
+    }
+    EXPECT_EQ(history.undoName(), "Turn 99 399 999") << "of the layer that had the value already nothing changed";
+}
+
 TEST_F(UserHistory, ADragOfFourLayersIsOneStep) {
     for (int layer = 0; layer < 4; ++layer) rig.set(par::Reso1 + 1, 0.1f * layer, layer);
     for (int layer = 0; layer < 4; ++layer) edits.begin(hostIndex(par::Reso1 + 1, layer));
@@ -317,6 +333,36 @@ TEST_F(UserHistory, AFailedCommandLeavesNoStep) {
         edits.write(par::Cutoff1, 0.4f);
     }
     EXPECT_EQ(history.undoName(), "Cutoff 1");
+}
+
+TEST_F(UserHistory, SeveralStepsAreTakenBackAtOnce) {
+    load("One", 0.1f);
+    const auto begin = history.stateId();
+    for (const auto& [name, cutoff] : {std::pair("Two", 0.2f), std::pair("Three", 0.3f), std::pair("Four", 0.4f)})
+        load(name, cutoff);
+    giveSample(1, 0, 500);
+    EXPECT_TRUE(history.undoTo(begin));
+    EXPECT_EQ(history.stateId(), begin);
+    EXPECT_EQ(value(par::Cutoff1), 0.1f);
+    EXPECT_EQ(lists.now, (PatchPlace{"Bass", "One"}));
+    EXPECT_FALSE(history.isChanged());
+    EXPECT_EQ(history.undoCount(), 1u);
+    EXPECT_EQ(history.redoCount(), 3u);
+    for (const auto& [name, cutoff] : {std::pair("Two", 0.2f), std::pair("Three", 0.3f), std::pair("Four", 0.4f)}) {
+        EXPECT_EQ(history.redoName(), std::string("Load '") + name + "'");
+        EXPECT_TRUE(history.redo());
+        EXPECT_EQ(value(par::Cutoff1), cutoff) << name;
+        EXPECT_EQ(lists.now.patch, name);
+    }
+    EXPECT_EQ(audio.layer(1).sample(0).length, 500) << "as it was when the steps were taken back";
+    drag(par::Reso1, 0.9f);
+    load("Five", 0.5f);
+    EXPECT_TRUE(history.undoTo(begin)) << "past a knob";
+    EXPECT_EQ(value(par::Cutoff1), 0.1f);
+    EXPECT_EQ(history.redoCount(), 5u);
+    EXPECT_FALSE(history.undoTo(begin)) << "it is there";
+    EXPECT_FALSE(history.undoTo(12345));
+    EXPECT_EQ(history.redoCount(), 5u);
 }
 
 TEST_F(UserHistory, CommandsWithinCommandsAreOneStep) {

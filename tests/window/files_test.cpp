@@ -276,6 +276,37 @@ TEST_F(Files, EscapeCallsALoadThatWaitsOff) {
         << "it replaces the whole patch";
 }
 
+TEST_F(Files, EscapeTakesBackWhatWasTriedInALayer) {
+    for (const char* name : {"yak", "zebra", "zorilla"}) putPatch(sounds / "Zoo" / (name + std::string(".fxp")));
+    openBrowser();
+    playFound("yak", "yak");
+    host.key("Escape");
+    const int reso = vantoric::hostIndex(parameter::Reso1, 1);
+    rig.plugin().setParameter(parameter::Layer2On, 0);
+    rig.plugin().setParameter(reso, 0.123f);
+    const auto before = rig.parameters();
+    for (const bool isKept : {false, true}) {
+        ASSERT_TRUE(rig.chooseFrom(controlWithTag(tag::fileMenu), vantoric::file_row::loadToLayer1 + 1));
+        host.idle(400);
+        host.key("Down");
+        EXPECT_TRUE(host.until([&] { return rig.plugin().parameter(reso) != 0.123f; }, 10)) << "it sounds";
+        host.key("Down");
+        EXPECT_TRUE(isCalled("zorilla"));
+        host.key(isKept ? "Return" : "Escape");
+        host.idle(100);
+        if (isKept) {
+            EXPECT_NE(rig.plugin().parameter(reso), 0.123f);
+            host.key("Escape");  // nothing waits any more
+            host.idle(200);
+            EXPECT_TRUE(isCalled("zorilla"));
+            EXPECT_EQ(rig.plugin().parameter(parameter::Layer2On), 1.0f);
+        } else {
+            EXPECT_TRUE(isCalled("yak"));
+            EXPECT_EQ(rig.parameters(), before);
+        }
+    }
+}
+
 // The row of the menu of pasting means the layer on show.
 TEST_F(Files, APatchGoesToTheLayerOnShowAndTheNextOneReplacesAllLayers) {
     putPatch(sounds / "Zoo/yak.fxp");

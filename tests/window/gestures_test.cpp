@@ -354,6 +354,43 @@ TEST_F(Hand, TheMenuOfAKnobResetsAndRemoves) {
     expectNoModulation();
 }
 
+// A knob's place is its middle, a field's its left upper corner.
+TEST_F(Hand, TheMenuOpensAtTheControlsPlaceAndStaysInTheWindow) {
+    for (const char* name :
+         {"FIL1 RESO", "FIL1 CUTOFF", "OSC1 OCTAVE", "EQ HIGH", "VOL ENV HOLD", "ARP SWING", "INS FX1 PAR1", "MATRIX SEND5"}) {
+        const ControlEntry& entry = controlNamed(name);
+        rig.show(entry);
+        const auto menu = rig.openMenu(entry, 3);
+        ASSERT_TRUE(menu) << name;
+        const Point place = rig.at(entry.x, entry.y);
+        const double width = host.size().width, height = host.size().height, near = 2 * rig.unit();
+        const double left = std::min(place.x, width - menu->width()), top = std::min(place.y, height - menu->height());
+        EXPECT_NEAR(menu->left, left, left < place.x ? 4 * rig.unit() : near) << name;
+        if (top < place.y)
+            EXPECT_TRUE(std::abs(menu->bottom - place.y) <= near || std::abs(menu->top - top) <= 4 * rig.unit()) << name;
+        else
+            EXPECT_NEAR(menu->top, place.y, near) << name;
+        EXPECT_GE(menu->top, 0) << name;
+        EXPECT_LE(menu->right, width) << name;
+        EXPECT_LE(menu->bottom, height) << name;
+        rig.closeMenus();
+    }
+}
+
+// It lies under the pointer that opened it: the button's release chooses nothing, however the hand trembles.
+TEST_F(Hand, LettingGoOverTheMenuThatOpenedChoosesNothing) {
+    clearMatrix();
+    rig.set(resonance, 0.37f);
+    const Point place = rig.at(resonance.x + 9, resonance.y + 9);
+    host.move(place.x, place.y);
+    host.press(3);
+    for (const int off : {1, 0, 2, 1}) host.move(place.x + off, place.y + off);
+    host.release(3);
+    EXPECT_TRUE(host.until([&] { return rig.hasMenu(); }, 5));
+    EXPECT_EQ(rig.value(resonance), 0.37f);
+    rig.closeMenus();
+}
+
 TEST_F(Hand, ASecondSourceFromTheMenuReplacesTheFirst) {
     clearMatrix();
     ASSERT_TRUE(rig.chooseSource(resonance, 0, 0));

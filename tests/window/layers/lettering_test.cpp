@@ -78,6 +78,24 @@ TEST_F(DrawnText, HasItsColourAndNoneBesideItsLetters) {
     EXPECT_GT(std::count(columns.begin(), columns.end(), 0.0), static_cast<std::ptrdiff_t>(columns.size()) - 20);
 }
 
+// Whatever a user writes: the font knows arrows and signs that it would put in place of some.
+TEST_F(DrawnText, StandsAsItWasWritten) {
+    constexpr double size = 10;
+    const auto widthOf = [](const std::string& text) { return lettering::width(text, Face::medium, size); };
+    for (const char* text : {"->",    "<-",      "<->", "-->", "=>",  "<=", ">=",  "!=",  "|-",  "2x3",
+                             "2 x 3", "10 x 20", "*",   "--",  "(-)", "fi", "ffl", "X-Y", "3:4", "A@B"}) {
+        // Letters that keep off each other have no pair of which the font makes another; only their distances may be closer.
+        std::string apart, bare = text;
+        for (const char letter : bare) apart += std::string(apart.empty() ? "" : "\u200c") + letter;
+        EXPECT_NEAR(widthOf(text), widthOf(apart), 0.5) << text;
+        const auto drawn = pixelsOfText(text, size, 4.5), wanted = pixelsOfText(apart, size, 4.5);
+        double light = 0, wantedLight = 0;
+        for (const double column : columnsOf(drawn, 4.5)) light += column;
+        for (const double column : columnsOf(wanted, 4.5)) wantedLight += column;
+        EXPECT_NEAR(light, wantedLight, 0.02 * wantedLight) << text << " has other letters";
+    }
+}
+
 TEST_F(DrawnText, ShowsWhatNoFontHasAndLinesOfAnyLength) {
     for (const std::string& text :
          {std::string("\U000F1234"), std::string("\U0001F3B9"), std::string("\xff\xfe"), std::string(6000, 'm')}) {

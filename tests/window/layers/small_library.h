@@ -55,6 +55,7 @@ public:
     void clickNext() override { done.emplace_back("next"); }
     void clickPrevious() override { done.emplace_back("previous"); }
     void callOffLoad() override { done.emplace_back("call off"); }
+    void takeBackTried() override { done.emplace_back("take back"); }
     BrowserNotes notes(const BrowserPatch& patch) override { return written[patch.category + "/" + patch.name]; }
     void writeNotes(const BrowserPatch& patch, const BrowserNotes& notes) override {
         written[patch.category + "/" + patch.name] = notes;
