@@ -99,15 +99,9 @@ private:
     std::vector<MenuRow> rows_;
     Chosen chosen_;
     std::function<void()> closed_;
-<<<<<<< HEAD
-    std::vector<Panel> panels_;  // the menu, then the submenus that are open
-    VSTGUI::CPoint openedAt_;
-    bool hasMoved_ = false, isClosed_ = false, isByLeft_ = true;
-=======
     std::vector<Panel> panels_;             // the menu, then the submenus that are open
     std::optional<VSTGUI::CPoint> cameAt_;  // where the pointer was first seen
-    bool hasMoved_ = false, isClosed_ = false;
->>>>>>> win11
+    bool hasMoved_ = false, isClosed_ = false, isByLeft_ = true;
     std::string typed_;
     std::uint64_t typedTicks_ = 0;
 };

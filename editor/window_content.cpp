@@ -606,12 +606,8 @@ void WindowContent::chooseRow(ControlFace& face, int row, bool wakes) {
 void WindowContent::controlListWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
     openPopup(
-<<<<<<< HEAD
         face.body(), listRows(editor_, instrument_.parameters(), entry),
         [this, &face](int row) { chooseRow(face, row, isRowByLeft_); }, &face);
-=======
-        face.body(), listRows(editor_, instrument_.parameters(), entry), [this, &face](int row) { rowChosen(face, row); }, &face);
->>>>>>> win11
 }
 
 void WindowContent::openMenu(int index) {

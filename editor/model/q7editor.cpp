@@ -91,15 +91,11 @@ std::vector<int> Q7Editor::indicesOf(int tag) const {
     return indices;
 }
 
-<<<<<<< HEAD
-void Q7Editor::touch(int tag, bool leftButton) {
-=======
 std::string Q7Editor::nameOfControl(int tag) const {
     return parameterOfTag(tag) < 0 ? "" : stepName(instrument_.parameters(), indicesOf(tag));
 }
 
-void Q7Editor::touch(int tag) {
->>>>>>> win11
+void Q7Editor::touch(int tag, bool leftButton) {
     if (view_ == nullptr) return;
     woken_ = -1;
     wakeLayer(tag, leftButton);
