@@ -600,7 +600,9 @@ TEST_F(Hand, AfterADropNothingTellsOfTheDragAnyMore) {
         const Picture plain = around(from);
         host.move(from.x, from.y);
         host.idle(150);
-        if (from.x == chip.x) EXPECT_NE(around(from), plain) << "lit under the pointer";
+        if (from.x == chip.x) {
+            EXPECT_NE(around(from), plain) << "lit under the pointer";
+        }
         EXPECT_NE(hint(), resting);
         if (told.isEmpty()) told = hint();
         EXPECT_EQ(hint(), told) << "what can be done with it";

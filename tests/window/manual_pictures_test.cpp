@@ -87,8 +87,8 @@ TEST_P(ManualPictures, ShowTheWindowAsItIs) {
     std::printf("%s: %.1f at %d, %d\n", GetParam().c_str(), d.largest, d.x, d.y);
 }
 
-INSTANTIATE_TEST_SUITE_P(Manual, ManualPictures, testing::ValuesIn(driveNames()), [](const auto& info) {
-    std::string name = info.param;
+INSTANTIATE_TEST_SUITE_P(Manual, ManualPictures, testing::ValuesIn(driveNames()), [](const auto& drive) {
+    std::string name = drive.param;
     std::replace(name.begin(), name.end(), '-', '_');
     return name;
 });

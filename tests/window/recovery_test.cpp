@@ -68,12 +68,12 @@ TEST_F(Recovery, AYesBringsThePatchBack) {
     rig.host().close();
     const fs::path left = leave(rig);
     WindowHost host(rig.installation().plugin());
-    const auto before = host.plugin().chunk();
+    const auto unsaved = host.plugin().chunk();
     ASSERT_TRUE(host.open());
     host.idle(300);
     host.key("Tab");
     host.key("Return");
-    EXPECT_TRUE(host.until([&] { return host.plugin().chunk() != before; }, 5));
+    EXPECT_TRUE(host.until([&] { return host.plugin().chunk() != unsaved; }, 5));
     EXPECT_TRUE(host.until([&] { return !fs::exists(left); }, 5));
 }
 

@@ -462,8 +462,10 @@ TEST_P(OscillatorSamples, TheWaveMenuMakesSavesAndShowsTheWaveOfThatOscillator) 
     ASSERT_TRUE(rig.typePath(wave.string()));
     EXPECT_TRUE(host.until([&] { return customWave(GetParam()) != made; }, 5));
     EXPECT_TRUE(host.until([&] { return isAlike(plain); }, 5)) << "it is no wave of the list any more";
-    for (int i = 0; i < 3; ++i)
-        if (i != GetParam()) EXPECT_EQ(customWave(i), before[static_cast<std::size_t>(i)]) << "the others keep theirs";
+    for (int i = 0; i < 3; ++i) {
+        if (i == GetParam()) continue;
+        EXPECT_EQ(customWave(i), before[static_cast<std::size_t>(i)]) << "the others keep theirs";
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Window, OscillatorSamples, testing::Range(0, 3));
