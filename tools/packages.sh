@@ -9,7 +9,7 @@ window_packages=(libcairo2-dev libpango1.0-dev libfontconfig-dev libfreetype-dev
 manual_packages=(pandoc)
 # The headers of the other plug-in formats; VST 3's come with the window library.
 format_packages=(dpf-source lv2-dev)
-check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxtst-dev jackd2 dbus-daemon)
+check_packages=(libgtest-dev clang-format-19 clang-tidy-19 sox xvfb xdotool x11-utils libxfixes-dev libxtst-dev jackd2 dbus-daemon)
 # What makes and checks the packages for users.
 packaging_packages=(help2man gzip xz-utils fakeroot dpkg-dev lintian desktop-file-utils appstream)
 

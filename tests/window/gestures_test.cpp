@@ -412,6 +412,34 @@ TEST_F(Hand, ADragAtTheGripChangesTheDepthAlone) {
     EXPECT_EQ(rig.gestures(), (WindowRig::Gestures{gestures.begun + 1, gestures.ended + 1}));
 }
 
+TEST_F(Hand, ThePointerTellsOfTheGrip) {
+    clearMatrix();
+    const Point middle = rig.middle(resonance), grip = rig.at(resonance.x - 14.3, resonance.y - 13.2);
+    const auto pointerAt = [&](Point p) {
+        host.move(p.x, p.y);
+        host.idle();
+        return host.pointer();
+    };
+    const auto plain = pointerAt(middle);
+    ASSERT_FALSE(plain.empty());
+    EXPECT_EQ(pointerAt(grip), plain) << "without a modulation there is no grip";
+    ASSERT_TRUE(rig.chooseSource(resonance, 0, 0));
+    EXPECT_EQ(pointerAt(middle), plain);
+    const auto hand = pointerAt(grip);
+    EXPECT_NE(hand, plain);
+    host.press();
+    host.idle();
+    const auto arrows = host.pointer();
+    EXPECT_NE(arrows, plain);
+    EXPECT_NE(arrows, hand);
+    EXPECT_EQ(pointerAt({grip.x, grip.y + 90}), arrows) << "as long as the drag goes on";
+    host.release();
+    host.idle();
+    EXPECT_EQ(host.pointer(), plain);
+    EXPECT_EQ(pointerAt(grip), hand);
+    EXPECT_EQ(pointerAt(rig.at(600, 2)), plain);
+}
+
 // Where the grip of a large knob is drawn: its middle, and near its edges.
 TEST_F(Hand, TheWholeGripOfALargeKnobTakesHold) {
     for (const double aside : {-2.8, 0.0, 2.8}) {

@@ -15,6 +15,7 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
+#include <X11/extensions/Xfixes.h>
 #include <X11/keysym.h>
 
 namespace testhost {
@@ -397,6 +398,15 @@ Picture WindowHost::picture() {
         last = std::move(now);
     }
     return last;
+}
+
+std::vector<unsigned long> WindowHost::pointer() const {
+    XFixesCursorImage* image = XFixesGetCursorImage(display_->x);
+    if (image == nullptr) return {};
+    const std::vector<unsigned long> result(image->pixels,
+                                            image->pixels + static_cast<std::ptrdiff_t>(image->width) * image->height);
+    XFree(image);
+    return result;
 }
 
 bool WindowHost::savePicture(const std::string& path) { return savePng(picture(), path); }

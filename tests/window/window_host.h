@@ -109,6 +109,8 @@ public:
     // What it shows now.
     Picture glance();
     bool savePicture(const std::string& path);
+    // The pointer's own picture on the screen: equal for equal shapes.
+    std::vector<unsigned long> pointer() const;
 
 private:
     struct Display;

@@ -1,8 +1,13 @@
 // Every layer that opens over the window, as pictures for a person to look at; a picture without its panel fails.
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -45,9 +50,12 @@ void keepInAllSizes(const std::string& name, const Make& make) {
 }
 
 // The picture that was just kept, beside a small stored one: a line of text that is missing or stands elsewhere fails.
-// VANTORIC_UPDATE_REFERENCES=1 stores what is seen.
-void compare(const std::string& name, int width = 300) {
-    const testhost::Picture seen = testhost::loadPng(std::string(VANTORIC_PICTURES) + "/" + name + ".png");
+// `part`: all that is compared, in pixels. VANTORIC_UPDATE_REFERENCES=1 stores what is seen.
+void compare(const std::string& name, int width = 300, const std::optional<VSTGUI::CRect>& part = {}) {
+    testhost::Picture seen = testhost::loadPng(std::string(VANTORIC_PICTURES) + "/" + name + ".png");
+    if (part)
+        seen = seen.part(static_cast<int>(part->left), static_cast<int>(part->top), static_cast<int>(part->getWidth()),
+                         static_cast<int>(part->getHeight()));
     const std::string path = std::string(REFERENCES) + "/" + name + ".png";
     if (std::getenv("VANTORIC_UPDATE_REFERENCES") != nullptr) {
         ASSERT_TRUE(testhost::savePng(testhost::reduced(seen, width), path));
@@ -126,13 +134,24 @@ void fill(const fs::path& folder) {
     std::ofstream(folder / "Ноктюрн.wav") << "x";
     std::ofstream(folder / "夜の港.wav") << "x";
     std::ofstream(folder / ("Long " + std::string(200, 'o') + ".wav")) << "x";
-    std::ofstream(folder / "broken \xff\xfe name.wav") << "x";
+    std::ofstream(folder / "Voice \xff\xfe broken.wav") << "x";
     std::ofstream(folder / "notes.txt") << "x";
+    // A summer's noon, wherever this runs.
+    std::tm noon{};
+    noon.tm_year = 124;
+    noon.tm_mon = 5;
+    noon.tm_mday = 21;
+    noon.tm_hour = 12;
+    noon.tm_isdst = -1;
+    const timespec moment{std::mktime(&noon), 0}, times[]{moment, moment};
+    for (const auto& entry : fs::directory_iterator(folder)) ASSERT_EQ(utimensat(AT_FDCWD, entry.path().c_str(), times, 0), 0);
 }
 
 TEST(Pictures, FileChooser) {
     const platform::ScratchFolder scratch;
     fill(scratch.path());
+    // All of the panel below the path, which is another one each time.
+    const VSTGUI::CRect belowThePath(390, 240, 1410, 834);
     const std::string folder = fs::path(scratch.path()).string();
     const std::vector<FileChooser::Place> places{
         {"Home", "/root"}, {"My patches", folder},  {"All patches", "/tmp"},           {"Wavetables", "/opt"},
@@ -159,6 +178,8 @@ TEST(Pictures, FileChooser) {
         chooser->finishReading();
         return chooser;
     });
+    compare("chooser_load_normal", 450, belowThePath);
+    compare("chooser_save_normal", 450, belowThePath);
     keepInAllSizes("chooser_empty", [&](const VSTGUI::CRect& area) {
         auto* chooser =
             new FileChooser(area, platform::fileRequest(platform::FileKind::Patch, false, folder + "/Drums"), places, {});
