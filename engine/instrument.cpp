@@ -73,7 +73,7 @@ Instrument::Instrument()
               std::make_unique<Layer>(1, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
               std::make_unique<Layer>(2, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds),
               std::make_unique<Layer>(3, state_, random_, WaveLibrary::shared().store(), platform::sleepMilliseconds)},
-      master_(random_),
+      master_(masterRandom_),
       patchChunk_(access_, parameters_, program_, patchWaves(), *this, messages_),
       patchFiles_(patchChunk_, program_, *this, messages_),
       sampleLoader_(access_, parameters_, patchWaves().samples, messages_),

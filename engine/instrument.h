@@ -178,7 +178,7 @@ public:
     const EngineState& state() const { return state_; }
     Layer& layer(int index) { return *layers_[index]; }
     const Layer& layer(int index) const { return *layers_[index]; }
-    // The sources of chance, the frames of the internal rate until the next tick (0 or more), and the song position of the
+    // The layers' sources of chance, the frames of the internal rate until the next tick (0 or more), and the song position of the
     // last tick in quarter notes: the audio thread, or any other while no block runs.
     RandomSources& random() { return random_; }
     float samplesToTick() const { return clock_.samplesToTick(); }
@@ -243,7 +243,8 @@ private:
     CustomWaveHolders customWaves();
 
     EngineState state_;
-    RandomSources random_;
+    RandomSources random_;        // of the layers
+    RandomSources masterRandom_;  // of its own: how many ticks a block holds would decide whose turn it is
     Messages messages_;
     EngineAccess access_;
     WaveLibrary::Membership membership_{WaveLibrary::shared()};

@@ -63,10 +63,18 @@ void ProgramLoader::tellHost() try {
 }
 
 // A learn is over when its controller comes, and the window that armed it may be closed by then.
+// Where it cannot be kept, on a full disk, its entries stay changed and are tried again, though not at every look.
 void ProgramLoader::saveLearned() try {
-    instrument_.controllerMap().saveChanges(controllerMapPath());
+    if (looksToSkip_ > 0) {
+        --looksToSkip_;
+        return;
+    }
+    ControllerMap& map = instrument_.controllerMap();
+    if (!map.isChanged()) return;
+    looksToSkip_ = looksAfterAFailure;
+    if (map.save(controllerMapPath())) looksToSkip_ = 0;
 } catch (...) {  // NOLINT(bugprone-empty-catch)
-    // The entries stay changed: the next look tries again.
+    // As above.
 }
 
 // With the lock. Whether a patch was loaded.

@@ -34,6 +34,7 @@ public:
 
 private:
     static constexpr int lookEvery = 100;  // milliseconds
+    static constexpr int looksAfterAFailure = 50;
 
     bool loadListed(const std::string& category, const std::string& name) override;
     void run();
@@ -52,6 +53,7 @@ private:
     std::condition_variable ending_;
     bool isEnding_ = false, isWindowOpen_ = false;
     int last_ = 0;
+    int looksToSkip_ = 0;  // of its own thread
     std::thread thread_;
 };
 

@@ -15,6 +15,18 @@ namespace {
 constexpr std::int32_t uniqueId = fourCharacters('Q', '7', 'D', 'I');
 constexpr std::intptr_t offlineLevel = 4;  // the host's answer while it renders to a file
 
+// What hosts ask for names and to draw, never while they render.
+bool isOfTheWindowsThread(std::int32_t opcode) {
+    switch (opcode) {
+        case pluginEditIdle:
+        case pluginEditOpen:
+        case pluginGetProgram:
+        case pluginGetProgramName:
+        case pluginGetProgramNameIndexed: return true;
+        default: return false;
+    }
+}
+
 void writeText(char* text, const std::string& source) { copyText(text, source.c_str(), textBufferSize - 1); }
 
 }  // namespace
@@ -31,6 +43,12 @@ Q7Audio::Q7Audio(HostCallback host, platform::Dialogs& dialogs)
 
 Q7Audio::~Q7Audio() { setEditor(nullptr); }
 
+std::intptr_t Q7Audio::dispatcher(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr, float opt) {
+    const std::intptr_t answer = AudioEffectX::dispatcher(opcode, index, value, ptr, opt);
+    if (isOfTheWindowsThread(opcode) && isPatchNew_.exchange(false, std::memory_order_acquire)) updateDisplay();
+    return answer;
+}
+
 void Q7Audio::describeToHost() {
     setNumInputs(0);
     setNumOutputs(2);
@@ -46,7 +64,8 @@ void Q7Audio::describeToHost() {
 void Q7Audio::editBegun(int index) { beginEdit(index); }
 void Q7Audio::parameterEdited(int index, float value) { callHost(hostAutomate, index, 0, nullptr, value); }
 void Q7Audio::editEnded(int index) { endEdit(index); }
-void Q7Audio::patchChanged() { updateDisplay(); }
+// The library loads on a thread of its own, on which hosts do not expect to be called.
+void Q7Audio::patchChanged() { isPatchNew_.store(true, std::memory_order_release); }
 
 void Q7Audio::latencyChanged(int frames) {
     setInitialDelay(frames);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <string>
 
 #include "faces/common/plugged_instrument.h"
@@ -21,6 +22,9 @@ public:
     // See Instrument for what it may throw.
     explicit Q7Audio(HostCallback host, platform::Dialogs& dialogs = platform::desktopDialogs());
     ~Q7Audio() override;
+
+    // Tells the host of a new patch at the end of a call that hosts make on the thread of their own window.
+    std::intptr_t dispatcher(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr, float opt) override;
 
     // What the host asks for; see AudioEffect for threads and bounds.
     void suspend() override;
@@ -73,6 +77,7 @@ private:
 
     PluggedInstrument plugged_;
     Instrument& instrument_{plugged_.instrument()};
+    std::atomic<bool> isPatchNew_{false};
     std::array<std::string, 16> namesTold_;  // of the MIDI program, when the host last asked whether it changed, by channel
 };
 

@@ -107,6 +107,11 @@ TEST(FactoryPatches, AreManyInManyCategories) {
     EXPECT_EQ(categories.size(), 25u);
 }
 
+// A favourite is kept under the name with "Fav" before it, and a name has at most 27 characters.
+TEST(FactoryPatches, NamesLeaveRoomForAFavourite) {
+    for (const fs::path& path : factoryPatches()) EXPECT_LE(path.stem().string().size(), 24u) << path;
+}
+
 TEST(FactoryPatches, NoTwoSoundAlike) {
     if (isCheckedBuild) GTEST_SKIP() << "too slow";
     Studio room;

@@ -34,10 +34,22 @@ void chooseEffect(EngineRig& rig, int type, float parameter) {
 
 using BothSides = std::array<std::vector<float>, 2>;
 
+// A single note of a single oscillator, which draws at every sample.
+void beginChance(EngineRig& rig, int synthesis) {
+    rig.clearParameters();
+    rig.plainLayer();
+    rig.setList(par::SynType1, synthesis);
+    rig.setList(par::NoiWave1, 1);  // "Lowpass": the congruence, as the effects
+    rig.set(par::FxMaMix, 0.8f);
+    rig.audio.resetEngine();
+    rig.send({{0x90, 48, 100}});
+}
+
 // Plays every type for a segment in blocks as `nextBlock` gives them.
-BothSides playAllTypes(const std::function<int()>& nextBlock, float parameter) {
+BothSides playAllTypes(const std::function<int()>& nextBlock, float parameter,
+                       const std::function<void(EngineRig&)>& begin = beginChord) {
     EngineRig rig;
-    beginChord(rig);
+    begin(rig);
     for (int type = 0; type < effectTypeCount; ++type) {
         chooseEffect(rig, type, parameter);
         for (int left = segment; left > 0;) {
@@ -69,6 +81,17 @@ TEST(MasterBlocks, EveryEffectSoundsTheSameInAnyBlocks) {
         LinearCongruence random{7};
         expectSameTypes(reference, playAllTypes([&] { return 1 + static_cast<int>(random.unit() * 4095); }, parameter),
                         "random blocks");
+    }
+}
+
+// Chances of the voices and of the effect must not take turns: how they do depends on the blocks.
+TEST(MasterBlocks, AnEffectThatDrawsSoundsTheSameBehindVoicesThatDraw) {
+    constexpr int noise = 2, analog = 5;
+    for (const int synthesis : {noise, analog}) {
+        const auto begin = [&](EngineRig& rig) { beginChance(rig, synthesis); };
+        const BothSides reference = playAllTypes([] { return 64; }, 0.6f, begin);
+        expectSameTypes(reference, playAllTypes([] { return segment; }, 0.6f, begin), "blocks of 4096");
+        expectSameTypes(reference, playAllTypes([] { return 257; }, 0.6f, begin), "blocks of 257");
     }
 }
 

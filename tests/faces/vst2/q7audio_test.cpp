@@ -9,6 +9,7 @@
 #include <new>
 #include <string>
 #include <system_error>
+#include <thread>
 
 #include "base/version.h"
 #include "platform/files.h"
@@ -134,12 +135,23 @@ TEST_F(Q7AudioTest, TellsTheHostOfTheUsersGestures) {
     port.editBegun(5);
     port.parameterEdited(5, 0.25f);
     port.editEnded(5);
-    port.patchChanged();
     EXPECT_TRUE(port.sizeWanted(1200, 660));
     port.latencyChanged(12);
-    EXPECT_EQ(host.asked, (std::vector<std::int32_t>{hostBeginEdit, hostAutomate, hostEndEdit, hostUpdateDisplay, hostSizeWindow,
-                                                     hostIoChanged}));
+    EXPECT_EQ(host.asked, (std::vector<std::int32_t>{hostBeginEdit, hostAutomate, hostEndEdit, hostSizeWindow, hostIoChanged}));
     EXPECT_EQ(audio->getAeffect()->initialDelay, 12);
+}
+
+TEST_F(Q7AudioTest, TellsTheHostOfANewPatchWithinACallOfItsWindowsThread) {
+    AEffect& effect = *audio->getAeffect();
+    host.asked.clear();
+    std::thread([&] { audio->instrument().hostPort()->patchChanged(); }).join();
+    play(64);
+    effect.dispatcher(&effect, pluginProcessEvents, 0, 0, nullptr, 0.0f);
+    EXPECT_EQ(host.count(hostUpdateDisplay), 0);
+    effect.dispatcher(&effect, pluginEditIdle, 0, 0, nullptr, 0.0f);
+    EXPECT_EQ(host.count(hostUpdateDisplay), 1);
+    effect.dispatcher(&effect, pluginEditIdle, 0, 0, nullptr, 0.0f);
+    EXPECT_EQ(host.count(hostUpdateDisplay), 1) << "told once";
 }
 
 TEST_F(Q7AudioTest, ThirdOutputDoesNotExist) {
@@ -216,8 +228,14 @@ TEST_F(Q7AudioTest, ProgramChangesStepThroughThePatchesWithoutAWindow) {
     const auto name = [&] { return audio->instrument().program().getProgramName(); };
     for (int i = 0; i < 500 && name() != "b"; ++i) platform::sleepMilliseconds(10);
     EXPECT_EQ(name(), "b");
+    const auto isTold = [&] {
+        AEffect& effect = *audio->getAeffect();
+        effect.dispatcher(&effect, pluginGetProgram, 0, 0, nullptr, 0.0f);
+        return host.count(hostUpdateDisplay) > 0;
+    };
+    for (int i = 0; i < 500 && !isTold(); ++i) platform::sleepMilliseconds(10);
+    EXPECT_TRUE(isTold());
     audio.reset();
-    EXPECT_GE(host.count(hostUpdateDisplay), 1);
     std::filesystem::remove_all(platform::soundsFolder());
 }
 
