@@ -41,6 +41,9 @@ public:
 
     // The window's thread: a message of the keys on the screen or of the computer, as soon as possible.
     void touch(const ShortMessage& message) noexcept;
+    // Any thread: with the next block all that sounds ends, and so does what the hands hold. No controller is sent for it, which
+    // a knob could learn or follow.
+    void silence() noexcept { isSilenceWanted_.store(true, std::memory_order_release); }
     // The sequencer's thread: one that came in at a moment of `clockSeconds`. It sounds one block later, at its frame.
     // Of both, more than 1024 between two blocks are lost; whatever was held by their like is let go of then.
     void receiveAt(double seconds, const ShortMessage& message) noexcept;
@@ -80,9 +83,11 @@ private:
 
     void place(int frame, const ShortMessage& message) noexcept;
     void letGo(HeldKeys& held, int frame) noexcept;
+    void dropHands() noexcept;
     void collect(double now, int frames) noexcept;
     Transport transport() noexcept;
     void markKey(const ShortMessage& message) noexcept;
+    void unmarkKeys() noexcept;
     void measure(double seconds, int frames) noexcept;
 
     Instrument& instrument_;
@@ -90,7 +95,7 @@ private:
     BlockEvents events_;
     Line hands_, sequencer_;
     HeldKeys device_;
-    std::atomic<bool> isDeviceLoose_{false}, isOffline_{false};
+    std::atomic<bool> isDeviceLoose_{false}, isOffline_{false}, isSilenceWanted_{false};
     double lastBlock_ = 0;
     // The song: quarter notes at the frame where the tempo last changed.
     double songStart_ = 0, songTempo_ = 120;
