@@ -21,6 +21,7 @@ MainWindow::MainWindow(Standalone& program, KeptSettings& settings)
       areKeysShown_(settings.showsKeys) {
     // The editor asks when it changes its size, from within its idle call.
     program_.setSizeWish([this](int, int) { return layoutWanted_ = true; });
+    editor_.leaveGroundKeysToHost();
 }
 
 MainWindow::~MainWindow() {
@@ -162,13 +163,16 @@ void MainWindow::choose(const SoundChoice& choice) {
     showBar();
 }
 
-// Keys that the editor wants of a host: Tab, and those of its history.
+// Keys that the editor wants of a host: Tab, those of its history, and after a click on its ground all that play no note.
 bool MainWindow::handOverKey(const WindowKey& key) {
     VSTGUI::KeyboardEvent event;
     event.type = VSTGUI::EventType::KeyDown;
+    const bool isPlaying = !key.isControl && !key.isAlt && program_.hands().noteOf(key.code) >= 0;
     if (key.symbol == XK_Tab || key.symbol == XK_ISO_Left_Tab) event.virt = VSTGUI::VirtualKey::Tab;
-    if (key.isControl && key.symbol < 128) event.character = static_cast<char32_t>(key.symbol);
-    if (event.virt == VSTGUI::VirtualKey::None && event.character == 0) return false;
+    if (key.symbol == XK_F10) event.virt = VSTGUI::VirtualKey::F10;
+    if (key.symbol > XK_space && key.symbol < 128 && !isPlaying) event.character = static_cast<char32_t>(key.symbol);
+    const bool isMenuKey = key.symbol == XK_Menu;  // the window library has no name for it
+    if (event.virt == VSTGUI::VirtualKey::None && event.character == 0 && !isMenuKey) return false;
     if (key.isShift) event.modifiers.add(VSTGUI::ModifierKey::Shift);
     if (key.isControl) event.modifiers.add(VSTGUI::ModifierKey::Control);
     if (key.isAlt) event.modifiers.add(VSTGUI::ModifierKey::Alt);

@@ -68,6 +68,17 @@ protected:
         testhost::pause(0.5);
     }
 
+    void type(const char* key) {
+        desktop_->keyDown(key);
+        testhost::pause(0.1);
+        desktop_->keyUp(key);
+        testhost::pause(0.1);
+    }
+    Picture layerButtons() const {
+        const auto pixels = [&](double units) { return static_cast<int>(units * zoom()); };
+        return desktop_->picture({place_.x + pixels(406), place_.y + pixels(8), pixels(188), pixels(20)});
+    }
+
     testhost::XServer server_{2000, 1300};
     testhost::Installation installation_{PLUGIN};
     Home home_;
@@ -136,6 +147,36 @@ TEST_F(WindowTest, TheComputersKeysPlay) {
     std::ifstream settings(home_.stateFile("standalone.settings"));
     const std::string kept{std::istreambuf_iterator<char>(settings), {}};
     EXPECT_NE(kept.find("octave=4"), std::string::npos) << kept;
+}
+
+// Whoever clicks beside a knob sees no focus anywhere, and goes on playing.
+TEST_F(WindowTest, TheComputersKeysPlayAfterAClickOnTheGround) {
+    open();
+    desktop_->click(place_.x + 4 * zoom(), place_.y + 600 * zoom());
+    testhost::pause(0.5);
+    for (const char* key : {"z", "2", "3", "bracketright", "space"}) type(key);
+    testhost::pause(1.5);  // until the layers' lamps are dark
+    const Picture before = layerButtons();
+    type("4");  // plays nothing, and is the window's
+    EXPECT_TRUE(testhost::within(10, [&] { return !(layerButtons() == before); }));
+    close();
+    EXPECT_NE(program_->output().find(" 10 MIDI messages"), std::string::npos) << program_->output();
+}
+
+// A control that was reached by Tab shows that it has the keys.
+TEST_F(WindowTest, AControlWithTheFocusHasTheComputersKeys) {
+    open();
+    type("Tab");
+    testhost::pause(0.5);
+    const Picture before = layerButtons();
+    type("z");
+    type("3");
+    EXPECT_TRUE(testhost::within(10, [&] { return !(layerButtons() == before); }));
+    type("Escape");
+    testhost::pause(0.5);
+    type("z");
+    close();
+    EXPECT_NE(program_->output().find(" 2 MIDI messages"), std::string::npos) << program_->output();
 }
 
 TEST_F(WindowTest, RecordsIntoTheMusicFolder) {
