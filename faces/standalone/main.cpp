@@ -108,6 +108,7 @@ bool keep(Standalone& program, KeptSettings& settings) {
     keep(program, settings);
     program.finish();
     say(program.takeNews());
+    program.plugged().showMessages();
     std::_Exit(complain(Exit::noDisplay, "the display has gone; the patch is kept for the next start"));
 }
 #endif

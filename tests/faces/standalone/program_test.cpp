@@ -188,6 +188,19 @@ TEST_F(ProgramTest, EndsByASignalAndCompletesItsRecording) {
     }
 }
 
+TEST_F(ProgramTest, SaysThatTheFactorySoundsAreMissing) {
+    const vantoric::platform::ScratchFolder prefix;
+    std::filesystem::copy_file(PROGRAM, prefix / "vantoric");
+    std::filesystem::create_directory(prefix / "Vantoric_data");
+    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(DATA_FOLDER) / "Vantoric_data"))
+        std::filesystem::create_symlink(entry.path(), prefix / ("Vantoric_data/" + entry.path().filename().string()));
+    EXPECT_EQ(run({prefix / "vantoric", "--no-window", "--sound", "none", "--seconds", "0.1"}, output_), 0);
+    EXPECT_TRUE(said("The factory sounds are missing.")) << output_;
+    EXPECT_EQ(output_.find("factory sounds"), output_.rfind("factory sounds")) << "twice: " << output_;
+    EXPECT_EQ(run({prefix / "vantoric", "--list-devices"}, output_), 0);
+    EXPECT_TRUE(said("The factory sounds are missing.")) << output_;
+}
+
 // Without a window nothing of the user's is written over.
 TEST_F(ProgramTest, KeepsNothingWithoutAWindow) {
     EXPECT_EQ(start({"--no-window", "--sound", "none", "--seconds", "0.1"}), 0);

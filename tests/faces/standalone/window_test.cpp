@@ -109,6 +109,24 @@ TEST_F(WindowTest, IsAWindowOfTheDesktop) {
     close();
 }
 
+// What was to tell before there was a window is told in it.
+TEST_F(WindowTest, AnIncompleteInstallationIsToldInABox) {
+    const std::filesystem::path welcome = installation_.folder() / "Vantoric_sounds/ArpMultilayer/0Welcome.fxp";
+    ASSERT_TRUE(std::filesystem::remove(welcome));
+    open();
+    const auto middle = [&] {
+        const auto pixels = [&](double units) { return static_cast<int>(units * zoom()); };
+        return desktop_->picture({place_.x + pixels(400), place_.y + pixels(270), pixels(400), pixels(120)});
+    };
+    const Picture box = middle();
+    if (const char* folder = std::getenv("VANTORIC_PICTURES"))
+        savePng(desktop_->picture(place_), std::string(folder) + "/incomplete.png");
+    type("Return");
+    EXPECT_TRUE(testhost::within(10, [&] { return !(middle() == box); })) << "there is no box";
+    close();
+    EXPECT_EQ(program_->output().find("factory sounds"), std::string::npos) << program_->output();
+}
+
 // Calls on a window that is gone are errors, by which the window system ends programs.
 TEST_F(WindowTest, AWindowThatSomebodyDestroysEndsItInGoodOrder) {
     open();
