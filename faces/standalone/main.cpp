@@ -39,8 +39,9 @@ void say(const std::string& news) {
 // The data lie beside the program, or in the plug-in's folder beside its own.
 void chooseDataFolder() {
     const std::string here = platform::moduleFolder();
-    for (const char* const place : {"", "../Vantoric/", "../lib/vantoric/", "../share/vantoric/"})
-        if (platform::isFolder(here + place + "Vantoric_data")) return platform::setDataFolder(here + place);
+    const std::string above = platform::folderOfModulePath(here.substr(0, here.size() - 1));
+    for (const std::string& place : {here, above + "Vantoric", above + "lib/vantoric", above + "share/vantoric"})
+        if (platform::isFolder(platform::withSeparator(place) + "Vantoric_data")) return platform::setDataFolder(place);
 }
 
 void printDevice(const std::string& name, const std::string& description) {
