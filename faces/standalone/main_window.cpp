@@ -3,10 +3,14 @@
 #include <X11/keysym.h>
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "editor/add_view.h"
 #include "editor/gui_module.h"
+#include "editor/model/window_files.h"
+#include "faces/standalone/bar_tip.h"
 
 namespace vantoric::standalone {
 
@@ -27,6 +31,7 @@ MainWindow::MainWindow(Standalone& program, KeptSettings& settings)
 MainWindow::~MainWindow() {
     program_.setSizeWish(nullptr);
     program_.setBoxesShown(false);
+    tip_.close();
     panel_.close();
     strip_.close();
     editor_.close();
@@ -43,6 +48,7 @@ bool MainWindow::open() {
     fitTop();
     if (!editor_.open(top_.id())) return false;
     openStrip();
+    showsTips_ = !tooltipsHidden();
     return isOpen_ = true;
 }
 
@@ -91,6 +97,7 @@ void MainWindow::openStrip() {
     const EditorWindow::Size size = editor_.size();
     bar_ = nullptr;
     keys_ = nullptr;
+    tip_.close();
     VSTGUI::CFrame* const frame = strip_.open(top_.id(), {0, size.height, size.width, stripPixels()}, zoom());
     if (frame == nullptr) return;
     bar_ = addView(*frame, new StripBar(
@@ -134,8 +141,12 @@ void MainWindow::closePanel() {
 
 void MainWindow::pressed(Part part) {
     Hands& hands = program_.hands();
+    putTipOff();
     switch (part) {
-        case Part::record: program_.toggleRecording(); break;
+        case Part::record:
+            program_.toggleRecording();
+            if (program_.recorder().isRecording()) tell("");  // what became of the last one is over
+            break;
         case Part::keys:
             settings_.showsKeys = areKeysShown_ = !areKeysShown_;
             layoutWanted_ = true;  // not from within an event of the strip's own
@@ -144,6 +155,7 @@ void MainWindow::pressed(Part part) {
         case Part::octaveUp: hands.shiftOctave(1); break;
         case Part::pedal: hands.setPedal(!hands.isPedalDown()); break;
         case Part::panic: hands.panic(); break;
+        case Part::dropouts: program_.player().forgetDropouts(); break;
         case Part::sound: panelToggleWanted_ = true; return;
         default: return;
     }
@@ -219,12 +231,11 @@ void MainWindow::showBar() {
     shown.octave = program_.hands().octave();
     shown.tempo = player.tempo();
     shown.load = static_cast<int>(std::lround(100 * std::min(player.load(), 9.99)));
-    shown.dropouts = player.dropouts();
+    shown.dropouts = player.newDropouts();
     shown.isHeard = sound.isHeard();
     shown.isPanelOpen = panel_.isOpen();
     shown.news = clockSeconds() < newsUntil_ ? news_ : "";
-    const int kilohertz = static_cast<int>(player.rate()) / 1000;
-    shown.sound = sound.isHeard() ? sound.system() + ", " + std::to_string(kilohertz) + " kHz, " + std::to_string(sound.period())
+    shown.sound = sound.isHeard() ? sound.system() + ", " + kilohertzText(player.rate()) + ", " + std::to_string(sound.period())
                                   : "No sound";
     bar_->show(shown);
 }
@@ -264,6 +275,36 @@ void MainWindow::showTitle() {
     if (std::exchange(title_, title) != title) top_.setTitle(title);
 }
 
+void MainWindow::followTip() {
+    if (bar_ == nullptr || !showsTips_) return;
+    if (const Part part = bar_->hovered(); part != tipPart_) {
+        tip_.close();
+        tipPart_ = part;
+        tipAt_ = clockSeconds() + tipAfter;
+    }
+    if (!tip_.isOpen() && clockSeconds() >= tipAt_) openTip(tipPart_);
+}
+
+// Above the part, within the window.
+void MainWindow::openTip(Part part) {
+    const std::string text = StripBar::tooltip(part);
+    if (text.empty()) return;
+    const VSTGUI::SharedPointer<BarTip> tip = VSTGUI::owned(new BarTip(text));
+    const VSTGUI::CCoord across = tip->getWidth(), high = tip->getHeight();
+    const double left = std::clamp(bar_->place(part).getCenter().x - across / 2, 4.0, std::max(4.0, width() - across - 4));
+    const int top = editor_.size().height - pixels(high + 4);
+    VSTGUI::CFrame* const frame = tip_.open(top_.id(), {pixels(left), top, pixels(across), pixels(high)}, zoom());
+    if (frame == nullptr) return;
+    tip->remember();  // the frame's share
+    addView(*frame, tip.get());
+}
+
+// Until the pointer comes again.
+void MainWindow::putTipOff() {
+    tip_.close();
+    tipAt_ = std::numeric_limits<double>::infinity();
+}
+
 void MainWindow::look() {
     program_.poll();
     if (const std::string news = program_.takeNews(); !news.empty()) tell(news);
@@ -271,6 +312,7 @@ void MainWindow::look() {
     showBar();
     showPanel();
     showTitle();
+    followTip();
 }
 
 void MainWindow::runOnce() {
@@ -285,6 +327,7 @@ void MainWindow::runOnce() {
     if (keys_ != nullptr) keys_->follow();
     strip_.idle();
     panel_.idle();
+    tip_.idle();
     editor_.idle();  // serves the events of all frames
     if (std::exchange(panelToggleWanted_, false)) panel_.isOpen() ? closePanel() : openPanel();
     if (std::exchange(layoutWanted_, false)) layOut();

@@ -60,7 +60,11 @@ public:
     // Frames played since the start, at whatever rate.
     std::uint64_t frames() const { return frames_.load(std::memory_order_relaxed); }
     std::uint64_t messages() const { return messagesIn_.load(std::memory_order_relaxed); }
+    // Since the start.
     int dropouts() const { return dropouts_.load(std::memory_order_relaxed); }
+    // Since they were last forgotten: the window's thread.
+    int newDropouts() const { return dropouts() - forgottenDropouts_; }
+    void forgetDropouts() { forgottenDropouts_ = dropouts(); }
     // The part of its time that a block takes, 0 to 1 and above where it takes too long: a falling peak.
     double load() const { return load_.load(std::memory_order_relaxed); }
     // Whether a key, 0 to 127, is down on any channel.
@@ -103,6 +107,7 @@ private:
     std::atomic<double> tempo_{120}, rate_{48000}, load_{0};
     std::atomic<std::uint64_t> frames_{0}, messagesIn_{0};
     std::atomic<int> dropouts_{0};
+    int forgottenDropouts_ = 0;
     std::array<std::atomic<std::uint64_t>, 2> keys_{};
 };
 

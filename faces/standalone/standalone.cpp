@@ -69,7 +69,8 @@ void Standalone::toggleRecording() {
     if (recorder_.isRecording()) return endRecording();
     const std::string path = newRecordingPath();
     std::string problem = "there is no folder for music";
-    if (path.empty() || !recorder_.start(path, static_cast<int>(player_.rate()), problem)) news_ = "No recording: " + problem;
+    const bool isStarted = !path.empty() && recorder_.start(path, static_cast<int>(player_.rate()), problem);
+    news_ = isStarted ? "" : "No recording: " + problem;  // what became of the last one is over
 }
 
 void Standalone::endRecording() {

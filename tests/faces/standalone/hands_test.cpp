@@ -303,6 +303,33 @@ TEST_F(StandaloneTest, PanicOvertakesNoKeyThatWasHitBefore) {
     EXPECT_TRUE(instrument_.keysSounding().none());
 }
 
+TEST_F(StandaloneTest, DropoutsAreCountedAnewForAnotherDevice) {
+    SoundSystem sound(player_);
+    SoundChoice none;
+    none.kind = SoundKind::none;
+    ASSERT_TRUE(sound.open(none));
+    for (int i = 0; i < 3; ++i) player_.noteDropout();
+    EXPECT_EQ(player_.newDropouts(), 3);
+    player_.forgetDropouts();
+    EXPECT_EQ(player_.newDropouts(), 0);
+    player_.noteDropout();
+    EXPECT_EQ(player_.newDropouts(), 1);
+    none.rate = 96000;
+    ASSERT_TRUE(sound.open(none));
+    EXPECT_EQ(player_.newDropouts(), 0);
+    EXPECT_EQ(player_.dropouts(), 4) << "of the whole evening";
+    sound.close();
+}
+
+TEST_F(StandaloneTest, RatesAreToldInKilohertz) {
+    EXPECT_EQ(kilohertzText(44100), "44.1 kHz");
+    EXPECT_EQ(kilohertzText(48000), "48 kHz");
+    EXPECT_EQ(kilohertzText(88200), "88.2 kHz");
+    EXPECT_EQ(kilohertzText(96000), "96 kHz");
+    EXPECT_EQ(kilohertzText(176400), "176.4 kHz");
+    EXPECT_EQ(kilohertzText(22050), "22.05 kHz");
+}
+
 TEST_F(StandaloneTest, MessagesSoundAtTheirFrame) {
     const auto onsetOfNoteAt = [](int frame) {
         Instrument instrument;

@@ -68,6 +68,17 @@ protected:
         testhost::pause(0.5);
     }
 
+    // Pixels of letters where the bar tells its news.
+    int brightInTheBar() const {
+        const Picture shown = desktop_->picture(place_);
+        int count = 0;
+        for (double x = 380; x < 780; x += 1 / zoom())
+            for (double y = editorHeight + 10; y < editorHeight + 22; y += 1 / zoom()) {
+                const unsigned colour = shown.at(static_cast<int>(x * zoom()), static_cast<int>(y * zoom()));
+                count += (colour >> 8 & 255) > 100 ? 1 : 0;
+            }
+        return count;
+    }
     void type(const char* key) {
         desktop_->keyDown(key);
         testhost::pause(0.1);
@@ -212,6 +223,43 @@ TEST_F(WindowTest, RecordsIntoTheMusicFolder) {
     EXPECT_EQ(count, 1);
 }
 
+TEST_F(WindowTest, WhatBecameOfARecordingGoesWhenTheNextOneBegins) {
+    open();
+    click(40, 16);
+    EXPECT_EQ(brightInTheBar(), 0);
+    click(40, 16);
+    EXPECT_TRUE(testhost::within(5, [&] { return brightInTheBar() > 300; })) << "where it went";
+    click(40, 16);
+    EXPECT_TRUE(testhost::within(3, [&] { return brightInTheBar() == 0; })) << "long before the news would go by itself";
+    click(40, 16);
+    EXPECT_TRUE(testhost::within(5, [&] { return brightInTheBar() > 300; }));
+    close();
+}
+
+TEST_F(WindowTest, TheBarsPartsSayWhatTheyAreFor) {
+    for (const bool areShown : {true, false}) {
+        installation_.setTooltips(areShown);
+        open();
+        const auto above = [&](double x) {
+            const auto pixels = [&](double units) { return static_cast<int>(units * zoom()); };
+            return desktop_->picture({place_.x + pixels(x - 60), place_.y + pixels(editorHeight - 40), pixels(120), pixels(38)});
+        };
+        for (const double x : {70.0, 910.0, 1000.0}) {  // recorder, load, dropouts
+            SCOPED_TRACE(x);
+            const Picture before = above(x);
+            const Point part = below(x, 16);
+            desktop_->move(part.x, part.y);
+            EXPECT_EQ(testhost::within(areShown ? 5 : 2, [&] { return !(above(x) == before); }), areShown);
+            if (const char* folder = std::getenv("VANTORIC_PICTURES"); folder != nullptr && areShown)
+                savePng(desktop_->picture(place_), std::string(folder) + "/tip" + std::to_string(static_cast<int>(x)) + ".png");
+            const Point away = below(600, -200);
+            desktop_->move(away.x, away.y);
+            EXPECT_TRUE(testhost::within(5, [&] { return above(x) == before; })) << "and goes with the pointer";
+        }
+        close();
+    }
+}
+
 TEST_F(WindowTest, TheSettingsChooseTheDevice) {
     open();
     const Picture before = desktop_->picture(place_);
@@ -346,16 +394,6 @@ TEST_F(WindowTest, SaysThatTheKeysDoNotFit) {
     desktop_ = std::make_unique<Desktop>();
     open();
     EXPECT_NEAR(place_.height, (editorHeight + barHeight) * zoom(), 2);
-    const auto brightInTheBar = [&] {
-        const Picture shown = desktop_->picture(place_);
-        int count = 0;
-        for (double x = 380; x < 780; x += 1 / zoom())
-            for (double y = editorHeight + 10; y < editorHeight + 22; y += 1 / zoom()) {
-                const unsigned colour = shown.at(static_cast<int>(x * zoom()), static_cast<int>(y * zoom()));
-                count += (colour >> 8 & 255) > 100 ? 1 : 0;
-            }
-        return count;
-    };
     if (const char* folder = std::getenv("VANTORIC_PICTURES"))
         savePng(desktop_->picture(place_), std::string(folder) + "/no-keys.png");
     EXPECT_GT(brightInTheBar(), 500);
