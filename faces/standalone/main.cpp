@@ -94,19 +94,19 @@ void runWithoutWindow(Standalone& program, const Options& options) {
 }
 
 // What options set for this start alone is not kept. False, and told, if it could not be.
-bool keep(Standalone& program, KeptSettings& settings) {
+bool keep(Standalone& program, KeptSettings& settings, const KeptStart& start) {
     settings.tempo = program.player().tempo();
     settings.octave = program.hands().octave();
     settings.unwantedInputs = program.midi().unwanted();
-    const bool areSettingsKept = keepSettings(settings), isPatchKept = keepPatch(program.plugged());
+    const bool areSettingsKept = keepSettings(settings, start), isPatchKept = keepPatch(program.plugged(), start);
     if (!areSettingsKept || !isPatchKept) complain(Exit::trouble, "what was set could not be kept for the next time");
     return areSettingsKept && isPatchKept;
 }
 
 #ifdef VANTORIC_WINDOW
 // The display has gone, and no call of the window library may be made any more: what there is to save is saved.
-[[noreturn]] void endWithoutDisplay(Standalone& program, KeptSettings& settings) {
-    keep(program, settings);
+[[noreturn]] void endWithoutDisplay(Standalone& program, KeptSettings& settings, const KeptStart& start) {
+    keep(program, settings, start);
     program.finish();
     say(program.takeNews());
     program.plugged().showMessages();
@@ -115,16 +115,16 @@ bool keep(Standalone& program, KeptSettings& settings) {
 #endif
 
 // False if there is no display.
-bool runWithWindow(Standalone& program, KeptSettings& settings, const Options& options) {
+bool runWithWindow(Standalone& program, KeptSettings& settings, const KeptStart& start, const Options& options) {
 #ifdef VANTORIC_WINDOW
     MainWindow window(program, settings);
     if (!window.open()) return false;
     program.setBoxesShown(true);
     while (!isOver(program, options) && window.isOpen()) window.runOnce();
-    if (window.isLost()) endWithoutDisplay(program, settings);
+    if (window.isLost()) endWithoutDisplay(program, settings, start);
     return true;
 #else
-    static_cast<void>(program), static_cast<void>(settings), static_cast<void>(options);
+    static_cast<void>(program), static_cast<void>(settings), static_cast<void>(start), static_cast<void>(options);
     return false;
 #endif
 }
@@ -169,6 +169,7 @@ int run(const Options& asked) {
     Options options = asked;
     options.withWindow = asked.withWindow && hasWindow();
     KeptSettings settings = readKeptSettings();
+    KeptStart start{settings, {}};
     platform::WrittenDialogs written;  // without a window of its own
     Standalone program(written);
     const SoundChoice choice = chosenSound(settings.sound, options);
@@ -179,6 +180,7 @@ int run(const Options& asked) {
         return complain(Exit::noDisplay, "there is no display. --no-window plays without one.");
     if (const Exit chosen = choosePatch(program, options, asked.withWindow); chosen != Exit::done)
         return static_cast<int>(chosen);
+    if (asked.withWindow && options.patch.empty()) start.patch = markOfPatch(program.plugged());
     program.player().setTempo(settings.tempo);
     program.hands().setOctave(settings.octave);
     program.midi().setUnwanted(settings.unwantedInputs);
@@ -192,9 +194,9 @@ int run(const Options& asked) {
     if (asked.withWindow && !options.withWindow) say("This program has no window: it plays until Ctrl-C.");
     if (!options.withWindow)
         runWithoutWindow(program, options);
-    else if (!runWithWindow(program, settings, options))
+    else if (!runWithWindow(program, settings, start, options))
         return complain(Exit::noDisplay, "the window could not be opened");
-    const bool isKept = !asked.withWindow || keep(program, settings);
+    const bool isKept = !asked.withWindow || keep(program, settings, start);
     const bool isWhole = program.finish();
     say(program.takeNews());
     report(program);

@@ -344,6 +344,36 @@ TEST_F(WindowTest, ALastPatchThatCannotBeReadIsToldAndSetAside) {
     EXPECT_GT(std::filesystem::file_size(kept), 50000u);
 }
 
+// Two programs that share what is kept: one that nobody has touched has nothing to keep.
+TEST_F(WindowTest, WhoeverLeftAllAsItWasWritesOverNothing) {
+    const auto kept = [this](const char* name) {
+        std::ifstream file(home_.stateFile(name), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    open();
+    Program other({program(), "--device", "null", "--patch", PATCH});
+    ASSERT_TRUE(other.waitFor("MIDI: ")) << other.output();
+    testhost::pause(1.5);
+    other.signal(SIGTERM);
+    ASSERT_EQ(other.finish(), 0) << other.output();
+    const std::string patchOfTheOther = kept("standalone.patch"), octaveOfTheOther = "octave=6\n";
+    ASSERT_GT(patchOfTheOther.size(), 50000u) << "one that the options named is kept";
+    std::ofstream(home_.stateFile("standalone.settings")) << octaveOfTheOther;
+    type("z");  // playing is no editing
+    close();
+    EXPECT_TRUE(kept("standalone.patch") == patchOfTheOther);
+    EXPECT_EQ(kept("standalone.settings"), octaveOfTheOther);
+
+    open();
+    type("Page_Down");
+    type("Tab");
+    type("bracketright");  // the next patch of the category
+    testhost::pause(1);
+    close();
+    EXPECT_FALSE(kept("standalone.patch") == patchOfTheOther);
+    EXPECT_NE(kept("standalone.settings").find("octave=5"), std::string::npos);
+}
+
 TEST_F(WindowTest, StartsInASizeThatFitsTheScreen) {
     struct Start {
         int screenWidth, screenHeight, width, height;
