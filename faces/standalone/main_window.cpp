@@ -67,23 +67,29 @@ void MainWindow::fitTop() {
     top_.resize(size.width, size.height + stripPixels() + below);
 }
 
-// The largest size of the whole editor that leaves room for all parts, else the smallest.
+// The largest size of the whole editor that leaves room for all parts. Where its letters would be too small to be read, one for
+// which the keys are folded away; where that has no room either, whatever has.
 int MainWindow::startSize() const {
     const TopWindow::Size screen = TopWindow::screen();
     const auto across = [](int index) { return sizeRow(index).width * zoomOfSize(index); };
-    const auto fits = [&](int index) {
-        const double unit = across(index) / wholeWidth;
-        const double high = sizeRow(index).height * zoomOfSize(index) + (barHeight + keysHeight) * unit;
-        return across(index) <= screen.width && high + desktopBars <= screen.height;
+    const auto fits = [&](int index, double unitsBelow, int bars) {
+        const double high = sizeRow(index).height * zoomOfSize(index) + unitsBelow * across(index) / wholeWidth;
+        return across(index) <= screen.width && high + bars <= screen.height;
     };
-    int smallest = -1, largest = -1;
+    int smallest = -1, withKeys = -1, withBar = -1;
+    const auto takeLarger = [&](int& best, int index) {
+        if (best < 0 || across(index) > across(best)) best = index;
+    };
     for (int index = 0; index < editorSizeCount; ++index) {
         const SizeRow& row = sizeRow(index);
         if (row.height * 2 <= row.width) continue;  // with something hidden
         if (smallest < 0 || across(index) < across(smallest)) smallest = index;
-        if (fits(index) && (largest < 0 || across(index) > across(largest))) largest = index;
+        if (fits(index, barHeight + keysHeight, desktopBars)) takeLarger(withKeys, index);
+        if (fits(index, barHeight, leastDesktopBars)) takeLarger(withBar, index);
     }
-    return largest >= 0 ? largest : smallest;
+    const auto isReadable = [&](int index) { return index >= 0 && across(index) >= wholeWidth; };
+    if (!isReadable(withKeys) && isReadable(withBar)) return withBar;
+    return withKeys >= 0 ? withKeys : smallest;
 }
 
 bool MainWindow::keysFit() const { return editor_.size().height + stripPixels() + desktopBars <= top_.screen().height; }

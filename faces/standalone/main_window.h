@@ -36,7 +36,8 @@ public:
 
 private:
     static constexpr double barHeight = 32, keysHeight = 86, wholeWidth = 1200;
-    static constexpr int desktopBars = 100;    // pixels of the screen's height that are the desktop's own
+    // Pixels of the screen's height that are the desktop's own: with room to spare, and a panel and a title at least.
+    static constexpr int desktopBars = 100, leastDesktopBars = 72;
     static constexpr double newsFor = 8;       // seconds that a text stands
     static constexpr double lookEvery = 0.05;  // seconds between two rounds
     static constexpr double devicesEvery = 2;  // seconds, while the panel is open

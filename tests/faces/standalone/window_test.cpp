@@ -379,8 +379,9 @@ TEST_F(WindowTest, StartsInASizeThatFitsTheScreen) {
         int screenWidth, screenHeight, width, height;
         bool hasKeys;
     };
-    constexpr Start starts[] = {
-        {1024, 600, 900, 495, false}, {1280, 800, 900, 495, true}, {1366, 768, 900, 495, true}, {1920, 1080, 1500, 825, true}};
+    constexpr Start starts[] = {{1024, 600, 900, 495, false},   {1280, 720, 900, 495, true},   {1280, 800, 1200, 660, false},
+                                {1366, 768, 1200, 660, false},  {1440, 900, 1200, 660, true},  {1680, 1050, 1350, 742, true},
+                                {1920, 1080, 1500, 825, true}};
     for (const Start& start : starts) {
         SCOPED_TRACE(std::to_string(start.screenWidth) + " x " + std::to_string(start.screenHeight));
         std::filesystem::remove(installation_.sizeFile());
