@@ -1,6 +1,8 @@
 // The window as a user sees it: its place on the desktop, keys by pointer and board, what is kept.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -234,6 +236,39 @@ TEST_F(WindowTest, WhatBecameOfARecordingGoesWhenTheNextOneBegins) {
     click(40, 16);
     EXPECT_TRUE(testhost::within(5, [&] { return brightInTheBar() > 300; }));
     close();
+}
+
+// Of a server without a card, which a program that stands still makes wait.
+TEST_F(WindowTest, AClickOnTheDropoutsCountsThemAnew) {
+    if (std::system("command -v jackd >/dev/null 2>&1") != 0) GTEST_SKIP() << "no JACK server here";
+    setenv("JACK_DEFAULT_SERVER", ("vantoric-window-" + std::to_string(getpid())).c_str(), 1);
+    Program server({"jackd", "-n", getenv("JACK_DEFAULT_SERVER"), "-r", "-t", "60000", "-d", "dummy", "-r", "48000", "-p", "256"});
+    testhost::pause(1);
+    ASSERT_TRUE(server.isRunning()) << server.output();
+    open({"--sound", "jack"});
+    const auto redAtTheCount = [&] {
+        const auto pixels = [&](double units) { return static_cast<int>(units * zoom()); };
+        const Desktop::Place place{place_.x + pixels(956), place_.y + pixels(editorHeight + 8), pixels(70), pixels(16)};
+        const Picture shown = desktop_->picture(place);
+        int count = 0;
+        for (int y = 0; y < place.height; ++y)
+            for (int x = 0; x < place.width; ++x) {
+                const unsigned colour = shown.at(x, y);
+                count += (colour >> 16 & 255) > 150 && (colour >> 8 & 255) < 120 ? 1 : 0;
+            }
+        return count;
+    };
+    program_->signal(SIGSTOP);
+    testhost::pause(0.5);
+    program_->signal(SIGCONT);
+    ASSERT_TRUE(testhost::within(5, [&] { return redAtTheCount() > 20; })) << program_->output() << server.output();
+    testhost::pause(0.5);
+    click(991, 16);
+    EXPECT_TRUE(testhost::within(5, [&] { return redAtTheCount() == 0; }));
+    close();
+    EXPECT_EQ(program_->output().find(", 0 dropouts"), std::string::npos) << "the end tells them all: " << program_->output();
+    server.signal(SIGTERM);
+    server.finish();
 }
 
 TEST_F(WindowTest, TheBarsPartsSayWhatTheyAreFor) {
