@@ -34,8 +34,9 @@ public:
     // The player outlives it. Nothing plays yet.
     explicit SoundSystem(Player& player) : player_(player) {}
 
-    // Plays on what is wanted from now on, and counts dropouts anew. False where that can't be had: `problem` says why, time passes without sound, and
-    // `poll` tries again. No sound, where that is wanted, is no problem unless memory is too short for it.
+    // Plays on what is wanted from now on, and counts dropouts anew. False where that can't be had: `problem` says why, time
+    // passes without sound, and `poll` tries again. No sound, where that is wanted, is no problem unless memory is too short for
+    // it.
     bool open(const SoundChoice& choice);
     // Ends it; the player is called no more.
     void close() { device_.reset(); }

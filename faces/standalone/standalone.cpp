@@ -39,7 +39,11 @@ std::string newRecordingPath() {
 }
 
 Standalone::Standalone(platform::Dialogs& dialogs)
-    : plugged_(*this, dialogs, PluggedInstrument::Telling::whenAsked), player_(instrument_, recorder_), hands_(player_), midi_(player_), sound_(player_) {}
+    : plugged_(*this, dialogs, PluggedInstrument::Telling::whenAsked),
+      player_(instrument_, recorder_),
+      hands_(player_),
+      midi_(player_),
+      sound_(player_) {}
 
 Standalone::~Standalone() {
     sound_.close();  // before the instrument loses its host

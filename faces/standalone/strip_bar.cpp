@@ -19,14 +19,13 @@ struct PlaceOfPart {
     double left, width;
 };
 constexpr PlaceOfPart places[] = {
-    {Part::record, 12, 74},    {Part::keys, 96, 48},     {Part::octaveDown, 154, 20},
-    {Part::octaveUp, 220, 20}, {Part::pedal, 250, 52},   {Part::panic, 308, 52},
-    {Part::tempo, -414, 84},   {Part::load, -320, 74},   {Part::dropouts, -244, 70},
-    {Part::sound, -164, 152},
+    {Part::record, 12, 74},     {Part::keys, 96, 48},     {Part::octaveDown, 154, 20}, {Part::octaveUp, 220, 20},
+    {Part::pedal, 250, 52},     {Part::panic, 308, 52},   {Part::tempo, -414, 84},     {Part::load, -320, 74},
+    {Part::dropouts, -244, 70}, {Part::sound, -164, 152},
 };
 constexpr double buttonHeight = 20, newsLeft = 376, leastNews = 200;
-constexpr std::array pressable = {Part::record, Part::keys,     Part::octaveDown, Part::octaveUp, Part::pedal,
-                                  Part::panic,  Part::dropouts, Part::sound};
+constexpr std::array pressable = {Part::record, Part::keys,  Part::octaveDown, Part::octaveUp,
+                                  Part::pedal,  Part::panic, Part::dropouts,   Part::sound};
 
 std::string formatted(const char* format, double number) {
     std::array<char, 32> text{};

@@ -24,7 +24,8 @@ public:
         bool operator==(const Shown&) const = default;
     };
 
-    // `pressed` gets what was clicked, the dropouts only where there are any; `tempoWanted` a tempo by dragging or turning; a double click asks for 120.
+    // `pressed` gets what was clicked, the dropouts only where there are any; `tempoWanted` a tempo by dragging or turning; a
+    // double click asks for 120.
     StripBar(const VSTGUI::CRect& area, std::function<void(Part)> pressed, std::function<void(double)> tempoWanted);
 
     void show(const Shown& shown);

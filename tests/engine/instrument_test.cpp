@@ -390,7 +390,8 @@ TEST_F(PlainInstrument, IsSilentFromTheNextBlockOnAndStandsAsItStood) {
     EXPECT_EQ(rig.audio.state().ccValue[20], 90.0f / 128);
     EXPECT_EQ(rig.audio.midi().pitchWheel(), wheel);
     EXPECT_EQ(rig.audio.midi().learnPending(), par::Volume);
-    for (int i = 0; i < layerCount; ++i) EXPECT_GE(rig.audio.layer(i).ticksSinceNote, 3000) << "layer " << i + 1 << " was not played";
+    for (int i = 0; i < layerCount; ++i)
+        EXPECT_GE(rig.audio.layer(i).ticksSinceNote, 3000) << "layer " << i + 1 << " was not played";
     rig.send({{0x90, 60, 100}});
     ticks(5);
     EXPECT_TRUE(isHeld());

@@ -247,7 +247,7 @@ TEST_F(StandaloneTest, PanicMovesNoParameterAndTeachesNoKnob) {
     hands_.press(60, 100);
     play(10);
     for (int layer = 0; layer < layerCount; ++layer) instrument_.layer(layer).ticksSinceNote = 2000;  // its lamp is dark
-    instrument_.setParameter(parameter::Volume, 0.4f);  // the pedal has moved it
+    instrument_.setParameter(parameter::Volume, 0.4f);                                                // the pedal has moved it
     instrument_.midi().setLearnPending(parameter::EqLow);
     const float equalizer = instrument_.parameters().getParameter(parameter::EqLow);
     const std::uint64_t messages = player_.messages();

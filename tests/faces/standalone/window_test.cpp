@@ -242,7 +242,8 @@ TEST_F(WindowTest, WhatBecameOfARecordingGoesWhenTheNextOneBegins) {
 TEST_F(WindowTest, AClickOnTheDropoutsCountsThemAnew) {
     if (std::system("command -v jackd >/dev/null 2>&1") != 0) GTEST_SKIP() << "no JACK server here";
     setenv("JACK_DEFAULT_SERVER", ("vantoric-window-" + std::to_string(getpid())).c_str(), 1);
-    Program server({"jackd", "-n", getenv("JACK_DEFAULT_SERVER"), "-r", "-t", "60000", "-d", "dummy", "-r", "48000", "-p", "256"});
+    Program server(
+        {"jackd", "-n", getenv("JACK_DEFAULT_SERVER"), "-r", "-t", "60000", "-d", "dummy", "-r", "48000", "-p", "256"});
     testhost::pause(1);
     ASSERT_TRUE(server.isRunning()) << server.output();
     open({"--sound", "jack"});
@@ -414,8 +415,8 @@ TEST_F(WindowTest, StartsInASizeThatFitsTheScreen) {
         int screenWidth, screenHeight, width, height;
         bool hasKeys;
     };
-    constexpr Start starts[] = {{1024, 600, 900, 495, false},   {1280, 720, 900, 495, true},   {1280, 800, 1200, 660, false},
-                                {1366, 768, 1200, 660, false},  {1440, 900, 1200, 660, true},  {1680, 1050, 1350, 742, true},
+    constexpr Start starts[] = {{1024, 600, 900, 495, false},  {1280, 720, 900, 495, true},  {1280, 800, 1200, 660, false},
+                                {1366, 768, 1200, 660, false}, {1440, 900, 1200, 660, true}, {1680, 1050, 1350, 742, true},
                                 {1920, 1080, 1500, 825, true}};
     for (const Start& start : starts) {
         SCOPED_TRACE(std::to_string(start.screenWidth) + " x " + std::to_string(start.screenHeight));
