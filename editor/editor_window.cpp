@@ -240,7 +240,7 @@ void EditorWindow::idle() {
         notePlayed();
         content_->follow();
     }
-    if (isOpen()) holder_->routeKeys(content_->wantsKeys());
+    if (isOpen()) holder_->routeKeys(areGroundKeysHosts_ ? content_->wantsKeysVisibly() : content_->wantsKeys());
 }
 
 // Whatever loads or saves a patch of the library makes it one of the recent ones; what is saved or deleted shows at once.

@@ -42,6 +42,9 @@ public:
     Size size() const;
     // A size, 0 to 17, for a start where none is stored. Before the window is open.
     void startWithSize(int index) { editor_.startWithSize(index); }
+    // For a host whose own window plays notes by keys: after a click on nothing but the ground they go on coming in there, and
+    // those that play none are handed over by `onHostKey`.
+    void leaveGroundKeysToHost() { areGroundKeysHosts_ = true; }
     // Pixels a unit of the window's layout, for what is drawn beside it.
     double scale() const;
 
@@ -126,6 +129,7 @@ private:
     bool isCloseWanted_ = false;
     bool hasOffered_ = false;  // what a crash left
     bool isClosing_ = false;
+    bool areGroundKeysHosts_ = false;
 };
 
 }  // namespace vantoric

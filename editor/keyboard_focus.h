@@ -53,8 +53,10 @@ public:
 
     // A key that nothing else takes; consumed if it was used.
     void onKey(VSTGUI::KeyboardEvent& event);
-    // Whether something has the focus, or the user has clicked on the window's ground.
-    bool wantsKeys() const { return focused_ != nullptr || stop_ >= 0 || isTaken_; }
+    // Whether something has the focus.
+    bool hasFocus() const { return focused_ != nullptr || stop_ >= 0; }
+    // Whether the user has clicked on the window's ground, which shows nowhere.
+    bool isTaken() const { return isTaken_; }
     // Keys belong to the window from now on.
     void take() { isTaken_ = true; }
     // Nothing has the focus, but keys stay with the window if it has them.

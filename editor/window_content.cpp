@@ -757,8 +757,10 @@ Wavedisplay* WindowContent::draggedDisplay() const {
     return nullptr;
 }
 
-bool WindowContent::wantsKeys() const {
-    return !layers_.empty() || keys_->wantsKeys() || drags_->isDragging() || isHandBusy() || isLearning_ ||
+bool WindowContent::wantsKeys() const { return keys_->isTaken() || wantsKeysVisibly(); }
+
+bool WindowContent::wantsKeysVisibly() const {
+    return !layers_.empty() || keys_->hasFocus() || drags_->isDragging() || isHandBusy() || isLearning_ ||
            editor_.onShow().loadTarget != 0;
 }
 

@@ -60,6 +60,8 @@ public:
     // clicked on the window's ground, or a control is held by the mouse, a controller to be learned or a layer to be loaded:
     // Escape calls that off.
     bool wantsKeys() const;
+    // The same without the click on the ground: the user sees what has the keys.
+    bool wantsKeysVisibly() const;
 
     // ---- layers
 

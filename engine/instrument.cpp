@@ -351,8 +351,7 @@ void Instrument::renderAudioBlock(float* left, float* right, int count, int firs
     if (state_.tickSamples == 0) return flags.audioRunning.clear();
     if (silenceWanted_.isSet()) {
         silenceWanted_.clear();
-        allNotesOff();
-        resetEngine();
+        silence();
     }
     clock_.run(
         count, state_,
@@ -364,6 +363,15 @@ void Instrument::renderAudioBlock(float* left, float* right, int count, int firs
     if (std::exchange(feedsMaster_, false)) feedMasterChain();
     runMasterChain(left, right, count);
     flags.audioRunning.clear();
+}
+
+// A reset wakes the layers' lamps, but nothing was played here.
+void Instrument::silence() {
+    std::array<std::int32_t, layerCount> sinceNote;
+    for (int i = 0; i < layerCount; ++i) sinceNote[i] = layers_[i]->ticksSinceNote;
+    allNotesOff();
+    resetEngine();
+    for (int i = 0; i < layerCount; ++i) layers_[i]->ticksSinceNote = sinceNote[i];
 }
 
 // Above 257 kHz a tick is longer than what a voice renders at once.

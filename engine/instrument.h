@@ -100,8 +100,9 @@ public:
     void stop();
     // Switched on: the song begins anew.
     void start();
-    // The block that follows begins with everything silent: notes end and effects are cleared, as if it were switched off and
-    // on, but it waits for nobody. Any thread, the audio thread too.
+    // The block that follows begins with everything silent: notes end, the pedal comes up and effects are cleared, as if it were
+    // switched off and on, but it waits for nobody. No parameter and no controller moves, as no message has come in, and no
+    // layer's lamp lights. Any thread, the audio thread too.
     void silenceNextBlock() noexcept { silenceWanted_.set(); }
     // The host's rate in Hz, any finite number. Below 500 the instrument is silent.
     void setSampleRate(float hostRate);
@@ -232,6 +233,7 @@ private:
     void tick(int eventPos);
     void readParameters();
     void releaseUnheldNotes();
+    void silence();
     void loadSmoothedControllers();
     void resetStage();
     void observe(BlockStep step, int first = 0, int second = 0) {

@@ -13,10 +13,11 @@ constexpr int mostForWaves = 2000;  // milliseconds
 
 }  // namespace
 
-PluggedInstrument::PluggedInstrument(HostPort& port, platform::Dialogs& dialogs) : dialogs_(dialogs) {
+PluggedInstrument::PluggedInstrument(HostPort& port, platform::Dialogs& dialogs, Telling telling)
+    : dialogs_(dialogs), telling_(telling) {
     instrument_.setHostPort(&port);
     programs_ = std::make_unique<ProgramLoader>(instrument_, dialogs_);
-    showMessages();
+    tell();
 }
 
 PluggedInstrument::~PluggedInstrument() {
@@ -28,7 +29,7 @@ void PluggedInstrument::showMessages() { vantoric::showMessages(instrument_.mess
 
 ChunkBytes PluggedInstrument::patch() {
     ChunkBytes bytes = instrument_.patchChunk().getChunk();
-    showMessages();
+    tell();
     return bytes;
 }
 
@@ -36,7 +37,7 @@ bool PluggedInstrument::setPatch(const void* bytes, std::size_t size) {
     if (bytes == nullptr || size > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) return false;
     const int isLoaded =
         instrument_.patchChunk().setChunk(static_cast<const std::uint8_t*>(bytes), static_cast<std::int32_t>(size));
-    showMessages();
+    tell();
     return isLoaded != 0;
 }
 
@@ -45,7 +46,7 @@ bool PluggedInstrument::restore(const void* bytes, std::size_t size) {
     const Outcome sound = chunk::check({static_cast<const std::uint8_t*>(bytes), size});
     if (!sound) {
         if (!sound.text.empty()) instrument_.messages().post(sound.title, sound.text);
-        showMessages();
+        tell();
         return false;
     }
     if (!setPatch(bytes, size)) return false;

@@ -13,9 +13,14 @@ namespace vantoric {
 
 class PluggedInstrument {
 public:
+    // When what there is to tell is shown: within the call that had it to tell, or only by `showMessages` and the window, for
+    // a face that is about to open one.
+    enum class Telling { atOnce, whenAsked };
+
     // `port` hears what the window and the library ask of the host; it and `dialogs` outlive the object. See Instrument for
     // what may be thrown.
-    explicit PluggedInstrument(HostPort& port, platform::Dialogs& dialogs = platform::desktopDialogs());
+    explicit PluggedInstrument(HostPort& port, platform::Dialogs& dialogs = platform::desktopDialogs(),
+                               Telling telling = Telling::atOnce);
     // A window on the instrument is gone by then.
     ~PluggedInstrument();
     PluggedInstrument(const PluggedInstrument&) = delete;
@@ -40,7 +45,12 @@ public:
     void showMessages();
 
 private:
+    void tell() {
+        if (telling_ == Telling::atOnce) showMessages();
+    }
+
     platform::Dialogs& dialogs_;
+    const Telling telling_;
     Instrument instrument_;
     std::unique_ptr<ProgramLoader> programs_;  // stands while the host port does
 };

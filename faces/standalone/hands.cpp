@@ -16,7 +16,7 @@ constexpr PlayingKey playingKeys[] = {
     {52, 0},  {39, 1},  {53, 2},  {40, 3},  {54, 4},  {55, 5},  {42, 6},  {56, 7},  {43, 8},  {57, 9},
     {44, 10}, {58, 11}, {59, 12}, {46, 13}, {60, 14}, {47, 15}, {61, 16},  // the lower rows
 };
-constexpr std::uint8_t noteOn = 0x90, noteOff = 0x80, controller = 0xb0, wheel = 0xe0;
+constexpr std::uint8_t noteOn = 0x90, noteOff = 0x80, controller = 0xb0;
 
 }  // namespace
 
@@ -100,11 +100,7 @@ void Hands::panic() {
     noteOfCode_.fill(-1);
     isPedalDown_ = false;
     pedalCode_ = 0;
-    for (std::uint8_t channel = 0; channel < 16; ++channel) {
-        for (const std::uint8_t number : {std::uint8_t{64}, std::uint8_t{1}, std::uint8_t{123}, std::uint8_t{120}})
-            player_.touch({static_cast<std::uint8_t>(controller | channel), number, 0});
-        player_.touch({static_cast<std::uint8_t>(wheel | channel), 0, 64});
-    }
+    player_.silence();
 }
 
 }  // namespace vantoric::standalone

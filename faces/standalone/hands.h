@@ -42,7 +42,8 @@ public:
     // Lets go of those of the computer's keys, the pedal's among them, that are not down: their releases went to another window.
     void releaseCodesBut(const std::bitset<256>& down);
     bool isAnyCodeDown() const;
-    // Ends all that sounds, on all channels, and puts pedal and wheels back.
+    // Ends all that sounds, on all channels, and lets go of what is held here. Nothing else of the patch or the controllers
+    // moves.
     void panic();
 
 private:

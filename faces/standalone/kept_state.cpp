@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <functional>
 #include <sstream>
+#include <string_view>
 #include <vector>
 
 #include "platform/files.h"
@@ -45,6 +47,11 @@ void take(KeptSettings& settings, const std::string& name, const std::string& va
     if (name == "not-connected" && !value.empty()) settings.unwantedInputs.insert(value);
 }
 
+std::size_t markOf(const ChunkBytes& patch) {
+    const auto* const bytes = reinterpret_cast<const char*>(patch.data.get());
+    return std::hash<std::string_view>()(std::string_view(bytes, static_cast<std::size_t>(patch.size)));
+}
+
 }  // namespace
 
 KeptSettings readKeptSettings() {
@@ -71,8 +78,15 @@ bool keepSettings(const KeptSettings& settings) {
     return write(settingsPath(), all.data(), all.size());
 }
 
-bool keepPatch(PluggedInstrument& plugged) {
+bool keepSettings(const KeptSettings& settings, const KeptStart& start) {
+    return (settings == start.settings && platform::exists(settingsPath())) || keepSettings(settings);
+}
+
+std::size_t markOfPatch(PluggedInstrument& plugged) { return markOf(plugged.patch()); }
+
+bool keepPatch(PluggedInstrument& plugged, const KeptStart& start) {
     const ChunkBytes patch = plugged.patch();
+    if (start.patch == markOf(patch) && platform::exists(patchStatePath())) return true;
     return patch.size > 0 && write(patchStatePath(), patch.data.get(), static_cast<std::size_t>(patch.size));
 }
 

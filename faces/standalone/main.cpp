@@ -39,8 +39,9 @@ void say(const std::string& news) {
 // The data lie beside the program, or in the plug-in's folder beside its own.
 void chooseDataFolder() {
     const std::string here = platform::moduleFolder();
-    for (const char* const place : {"", "../Vantoric/", "../lib/vantoric/", "../share/vantoric/"})
-        if (platform::isFolder(here + place + "Vantoric_data")) return platform::setDataFolder(here + place);
+    const std::string above = platform::folderOfModulePath(here.substr(0, here.size() - 1));
+    for (const std::string& place : {here, above + "Vantoric", above + "lib/vantoric", above + "share/vantoric"})
+        if (platform::isFolder(platform::withSeparator(place) + "Vantoric_data")) return platform::setDataFolder(place);
 }
 
 void printDevice(const std::string& name, const std::string& description) {
@@ -93,36 +94,37 @@ void runWithoutWindow(Standalone& program, const Options& options) {
 }
 
 // What options set for this start alone is not kept. False, and told, if it could not be.
-bool keep(Standalone& program, KeptSettings& settings) {
+bool keep(Standalone& program, KeptSettings& settings, const KeptStart& start) {
     settings.tempo = program.player().tempo();
     settings.octave = program.hands().octave();
     settings.unwantedInputs = program.midi().unwanted();
-    const bool areSettingsKept = keepSettings(settings), isPatchKept = keepPatch(program.plugged());
+    const bool areSettingsKept = keepSettings(settings, start), isPatchKept = keepPatch(program.plugged(), start);
     if (!areSettingsKept || !isPatchKept) complain(Exit::trouble, "what was set could not be kept for the next time");
     return areSettingsKept && isPatchKept;
 }
 
 #ifdef VANTORIC_WINDOW
 // The display has gone, and no call of the window library may be made any more: what there is to save is saved.
-[[noreturn]] void endWithoutDisplay(Standalone& program, KeptSettings& settings) {
-    keep(program, settings);
+[[noreturn]] void endWithoutDisplay(Standalone& program, KeptSettings& settings, const KeptStart& start) {
+    keep(program, settings, start);
     program.finish();
     say(program.takeNews());
+    program.plugged().showMessages();
     std::_Exit(complain(Exit::noDisplay, "the display has gone; the patch is kept for the next start"));
 }
 #endif
 
 // False if there is no display.
-bool runWithWindow(Standalone& program, KeptSettings& settings, const Options& options) {
+bool runWithWindow(Standalone& program, KeptSettings& settings, const KeptStart& start, const Options& options) {
 #ifdef VANTORIC_WINDOW
     MainWindow window(program, settings);
     if (!window.open()) return false;
     program.setBoxesShown(true);
     while (!isOver(program, options) && window.isOpen()) window.runOnce();
-    if (window.isLost()) endWithoutDisplay(program, settings);
+    if (window.isLost()) endWithoutDisplay(program, settings, start);
     return true;
 #else
-    static_cast<void>(program), static_cast<void>(settings), static_cast<void>(options);
+    static_cast<void>(program), static_cast<void>(settings), static_cast<void>(start), static_cast<void>(options);
     return false;
 #endif
 }
@@ -167,6 +169,7 @@ int run(const Options& asked) {
     Options options = asked;
     options.withWindow = asked.withWindow && hasWindow();
     KeptSettings settings = readKeptSettings();
+    KeptStart start{settings, {}};
     platform::WrittenDialogs written;  // without a window of its own
     Standalone program(written);
     const SoundChoice choice = chosenSound(settings.sound, options);
@@ -177,6 +180,7 @@ int run(const Options& asked) {
         return complain(Exit::noDisplay, "there is no display. --no-window plays without one.");
     if (const Exit chosen = choosePatch(program, options, asked.withWindow); chosen != Exit::done)
         return static_cast<int>(chosen);
+    if (asked.withWindow && options.patch.empty()) start.patch = markOfPatch(program.plugged());
     program.player().setTempo(settings.tempo);
     program.hands().setOctave(settings.octave);
     program.midi().setUnwanted(settings.unwantedInputs);
@@ -190,9 +194,9 @@ int run(const Options& asked) {
     if (asked.withWindow && !options.withWindow) say("This program has no window: it plays until Ctrl-C.");
     if (!options.withWindow)
         runWithoutWindow(program, options);
-    else if (!runWithWindow(program, settings, options))
+    else if (!runWithWindow(program, settings, start, options))
         return complain(Exit::noDisplay, "the window could not be opened");
-    const bool isKept = !asked.withWindow || keep(program, settings);
+    const bool isKept = !asked.withWindow || keep(program, settings, start);
     const bool isWhole = program.finish();
     say(program.takeNews());
     report(program);

@@ -3,10 +3,14 @@
 #include <X11/keysym.h>
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "editor/add_view.h"
 #include "editor/gui_module.h"
+#include "editor/model/window_files.h"
+#include "faces/standalone/bar_tip.h"
 
 namespace vantoric::standalone {
 
@@ -21,11 +25,13 @@ MainWindow::MainWindow(Standalone& program, KeptSettings& settings)
       areKeysShown_(settings.showsKeys) {
     // The editor asks when it changes its size, from within its idle call.
     program_.setSizeWish([this](int, int) { return layoutWanted_ = true; });
+    editor_.leaveGroundKeysToHost();
 }
 
 MainWindow::~MainWindow() {
     program_.setSizeWish(nullptr);
     program_.setBoxesShown(false);
+    tip_.close();
     panel_.close();
     strip_.close();
     editor_.close();
@@ -42,6 +48,7 @@ bool MainWindow::open() {
     fitTop();
     if (!editor_.open(top_.id())) return false;
     openStrip();
+    showsTips_ = !tooltipsHidden();
     return isOpen_ = true;
 }
 
@@ -60,23 +67,29 @@ void MainWindow::fitTop() {
     top_.resize(size.width, size.height + stripPixels() + below);
 }
 
-// The largest size of the whole editor that leaves room for all parts, else the smallest.
+// The largest size of the whole editor that leaves room for all parts. Where its letters would be too small to be read, one for
+// which the keys are folded away; where that has no room either, whatever has.
 int MainWindow::startSize() const {
     const TopWindow::Size screen = TopWindow::screen();
     const auto across = [](int index) { return sizeRow(index).width * zoomOfSize(index); };
-    const auto fits = [&](int index) {
-        const double unit = across(index) / wholeWidth;
-        const double high = sizeRow(index).height * zoomOfSize(index) + (barHeight + keysHeight) * unit;
-        return across(index) <= screen.width && high + desktopBars <= screen.height;
+    const auto fits = [&](int index, double unitsBelow, int bars) {
+        const double high = sizeRow(index).height * zoomOfSize(index) + unitsBelow * across(index) / wholeWidth;
+        return across(index) <= screen.width && high + bars <= screen.height;
     };
-    int smallest = -1, largest = -1;
+    int smallest = -1, withKeys = -1, withBar = -1;
+    const auto takeLarger = [&](int& best, int index) {
+        if (best < 0 || across(index) > across(best)) best = index;
+    };
     for (int index = 0; index < editorSizeCount; ++index) {
         const SizeRow& row = sizeRow(index);
         if (row.height * 2 <= row.width) continue;  // with something hidden
         if (smallest < 0 || across(index) < across(smallest)) smallest = index;
-        if (fits(index) && (largest < 0 || across(index) > across(largest))) largest = index;
+        if (fits(index, barHeight + keysHeight, desktopBars)) takeLarger(withKeys, index);
+        if (fits(index, barHeight, leastDesktopBars)) takeLarger(withBar, index);
     }
-    return largest >= 0 ? largest : smallest;
+    const auto isReadable = [&](int index) { return index >= 0 && across(index) >= wholeWidth; };
+    if (!isReadable(withKeys) && isReadable(withBar)) return withBar;
+    return withKeys >= 0 ? withKeys : smallest;
 }
 
 bool MainWindow::keysFit() const { return editor_.size().height + stripPixels() + desktopBars <= top_.screen().height; }
@@ -90,6 +103,7 @@ void MainWindow::openStrip() {
     const EditorWindow::Size size = editor_.size();
     bar_ = nullptr;
     keys_ = nullptr;
+    tip_.close();
     VSTGUI::CFrame* const frame = strip_.open(top_.id(), {0, size.height, size.width, stripPixels()}, zoom());
     if (frame == nullptr) return;
     bar_ = addView(*frame, new StripBar(
@@ -133,8 +147,12 @@ void MainWindow::closePanel() {
 
 void MainWindow::pressed(Part part) {
     Hands& hands = program_.hands();
+    putTipOff();
     switch (part) {
-        case Part::record: program_.toggleRecording(); break;
+        case Part::record:
+            program_.toggleRecording();
+            if (program_.recorder().isRecording()) tell("");  // what became of the last one is over
+            break;
         case Part::keys:
             settings_.showsKeys = areKeysShown_ = !areKeysShown_;
             layoutWanted_ = true;  // not from within an event of the strip's own
@@ -143,6 +161,7 @@ void MainWindow::pressed(Part part) {
         case Part::octaveUp: hands.shiftOctave(1); break;
         case Part::pedal: hands.setPedal(!hands.isPedalDown()); break;
         case Part::panic: hands.panic(); break;
+        case Part::dropouts: program_.player().forgetDropouts(); break;
         case Part::sound: panelToggleWanted_ = true; return;
         default: return;
     }
@@ -162,13 +181,16 @@ void MainWindow::choose(const SoundChoice& choice) {
     showBar();
 }
 
-// Keys that the editor wants of a host: Tab, and those of its history.
+// Keys that the editor wants of a host: Tab, those of its history, and after a click on its ground all that play no note.
 bool MainWindow::handOverKey(const WindowKey& key) {
     VSTGUI::KeyboardEvent event;
     event.type = VSTGUI::EventType::KeyDown;
+    const bool isPlaying = !key.isControl && !key.isAlt && program_.hands().noteOf(key.code) >= 0;
     if (key.symbol == XK_Tab || key.symbol == XK_ISO_Left_Tab) event.virt = VSTGUI::VirtualKey::Tab;
-    if (key.isControl && key.symbol < 128) event.character = static_cast<char32_t>(key.symbol);
-    if (event.virt == VSTGUI::VirtualKey::None && event.character == 0) return false;
+    if (key.symbol == XK_F10) event.virt = VSTGUI::VirtualKey::F10;
+    if (key.symbol > XK_space && key.symbol < 128 && !isPlaying) event.character = static_cast<char32_t>(key.symbol);
+    const bool isMenuKey = key.symbol == XK_Menu;  // the window library has no name for it
+    if (event.virt == VSTGUI::VirtualKey::None && event.character == 0 && !isMenuKey) return false;
     if (key.isShift) event.modifiers.add(VSTGUI::ModifierKey::Shift);
     if (key.isControl) event.modifiers.add(VSTGUI::ModifierKey::Control);
     if (key.isAlt) event.modifiers.add(VSTGUI::ModifierKey::Alt);
@@ -215,12 +237,11 @@ void MainWindow::showBar() {
     shown.octave = program_.hands().octave();
     shown.tempo = player.tempo();
     shown.load = static_cast<int>(std::lround(100 * std::min(player.load(), 9.99)));
-    shown.dropouts = player.dropouts();
+    shown.dropouts = player.newDropouts();
     shown.isHeard = sound.isHeard();
     shown.isPanelOpen = panel_.isOpen();
     shown.news = clockSeconds() < newsUntil_ ? news_ : "";
-    const int kilohertz = static_cast<int>(player.rate()) / 1000;
-    shown.sound = sound.isHeard() ? sound.system() + ", " + std::to_string(kilohertz) + " kHz, " + std::to_string(sound.period())
+    shown.sound = sound.isHeard() ? sound.system() + ", " + kilohertzText(player.rate()) + ", " + std::to_string(sound.period())
                                   : "No sound";
     bar_->show(shown);
 }
@@ -260,6 +281,36 @@ void MainWindow::showTitle() {
     if (std::exchange(title_, title) != title) top_.setTitle(title);
 }
 
+void MainWindow::followTip() {
+    if (bar_ == nullptr || !showsTips_) return;
+    if (const Part part = bar_->hovered(); part != tipPart_) {
+        tip_.close();
+        tipPart_ = part;
+        tipAt_ = clockSeconds() + tipAfter;
+    }
+    if (!tip_.isOpen() && clockSeconds() >= tipAt_) openTip(tipPart_);
+}
+
+// Above the part, within the window.
+void MainWindow::openTip(Part part) {
+    const std::string text = StripBar::tooltip(part);
+    if (text.empty()) return;
+    const VSTGUI::SharedPointer<BarTip> tip = VSTGUI::owned(new BarTip(text));
+    const VSTGUI::CCoord across = tip->getWidth(), high = tip->getHeight();
+    const double left = std::clamp(bar_->place(part).getCenter().x - across / 2, 4.0, std::max(4.0, width() - across - 4));
+    const int top = editor_.size().height - pixels(high + 4);
+    VSTGUI::CFrame* const frame = tip_.open(top_.id(), {pixels(left), top, pixels(across), pixels(high)}, zoom());
+    if (frame == nullptr) return;
+    tip->remember();  // the frame's share
+    addView(*frame, tip.get());
+}
+
+// Until the pointer comes again.
+void MainWindow::putTipOff() {
+    tip_.close();
+    tipAt_ = std::numeric_limits<double>::infinity();
+}
+
 void MainWindow::look() {
     program_.poll();
     if (const std::string news = program_.takeNews(); !news.empty()) tell(news);
@@ -267,6 +318,7 @@ void MainWindow::look() {
     showBar();
     showPanel();
     showTitle();
+    followTip();
 }
 
 void MainWindow::runOnce() {
@@ -281,6 +333,7 @@ void MainWindow::runOnce() {
     if (keys_ != nullptr) keys_->follow();
     strip_.idle();
     panel_.idle();
+    tip_.idle();
     editor_.idle();  // serves the events of all frames
     if (std::exchange(panelToggleWanted_, false)) panel_.isOpen() ? closePanel() : openPanel();
     if (std::exchange(layoutWanted_, false)) layOut();

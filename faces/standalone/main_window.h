@@ -36,10 +36,12 @@ public:
 
 private:
     static constexpr double barHeight = 32, keysHeight = 86, wholeWidth = 1200;
-    static constexpr int desktopBars = 100;    // pixels of the screen's height that are the desktop's own
+    // Pixels of the screen's height that are the desktop's own: with room to spare, and a panel and a title at least.
+    static constexpr int desktopBars = 100, leastDesktopBars = 72;
     static constexpr double newsFor = 8;       // seconds that a text stands
     static constexpr double lookEvery = 0.05;  // seconds between two rounds
     static constexpr double devicesEvery = 2;  // seconds, while the panel is open
+    static constexpr double tipAfter = 0.8;    // seconds that the pointer rests
 
     void keyDown(const WindowKey& key) override;
     void keyUp(const WindowKey& key) override;
@@ -66,6 +68,9 @@ private:
     void tell(const std::string& news);
     void showPanel();
     void showTitle();
+    void followTip();
+    void openTip(StripBar::Part part);
+    void putTipOff();
     void pressed(StripBar::Part part);
     void choose(const SoundChoice& choice);
 
@@ -73,13 +78,16 @@ private:
     KeptSettings& settings_;
     TopWindow top_;
     EditorWindow editor_;
-    ChildFrame strip_, panel_;
+    ChildFrame strip_, panel_, tip_;
     StripBar* bar_ = nullptr;  // the frames own the views
     KeysView* keys_ = nullptr;
     SettingsPanel* settingsPanel_ = nullptr;
     std::vector<AlsaName> devices_;
     std::string news_, title_;
     double newsUntil_ = 0, lastLook_ = 0, lastDevices_ = 0;
+    StripBar::Part tipPart_ = StripBar::Part::none;  // that the pointer is over
+    double tipAt_ = 0;                               // when its tooltip is due
+    bool showsTips_ = true;
     bool isOpen_ = false, layoutWanted_ = false, panelToggleWanted_ = false, areKeysShown_ = true;
 };
 

@@ -49,9 +49,7 @@ void Player::receiveAt(double seconds, const ShortMessage& message) noexcept { s
 
 void Player::markKey(const ShortMessage& message) noexcept {
     const int kind = message.status & 0xf0;
-    if (kind == 0xb0 && (message.data1 == 120 || message.data1 == 123)) {
-        for (auto& keys : keys_) keys.store(0, std::memory_order_relaxed);
-    }
+    if (kind == 0xb0 && (message.data1 == 120 || message.data1 == 123)) unmarkKeys();
     if (kind != 0x80 && kind != 0x90) return;
     auto& keys = keys_[message.data1 >> 6 & 1];
     const std::uint64_t bit = std::uint64_t{1} << (message.data1 & 63);
@@ -60,12 +58,32 @@ void Player::markKey(const ShortMessage& message) noexcept {
     keys.store(isDown ? before | bit : before & ~bit, std::memory_order_relaxed);
 }
 
+void Player::unmarkKeys() noexcept {
+    for (auto& keys : keys_) keys.store(0, std::memory_order_relaxed);
+}
+
 bool Player::isKeyDown(int key) const {
     return (keys_[static_cast<std::size_t>(key >> 6 & 1)].load(std::memory_order_relaxed) >> (key & 63) & 1) != 0;
 }
 
+// What the hands did until now is over. Keys that still wait for their tick get their end; the pedal comes up with the silence.
+void Player::dropHands() noexcept {
+    while (const Timed* item = hands_.ring.front()) {
+        hands_.held.follow(item->message);
+        hands_.ring.pop();
+    }
+    hands_.held.release([&](const ShortMessage& message) {
+        if ((message.status & 0xf0) == 0x80) place(0, message);
+    });
+    unmarkKeys();
+}
+
 // What came in during the last block sounds in this one, at the same distance: a constant delay in place of jitter.
 void Player::collect(double now, int frames) noexcept {
+    if (isSilenceWanted_.exchange(false, std::memory_order_acq_rel)) {
+        dropHands();
+        instrument_.silenceNextBlock();
+    }
     while (const Timed* item = hands_.ring.front()) {
         hands_.held.follow(item->message);
         place(0, item->message);

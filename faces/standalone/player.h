@@ -41,6 +41,9 @@ public:
 
     // The window's thread: a message of the keys on the screen or of the computer, as soon as possible.
     void touch(const ShortMessage& message) noexcept;
+    // Any thread: with the next block all that sounds ends, and so does what the hands hold. No controller is sent for it, which
+    // a knob could learn or follow.
+    void silence() noexcept { isSilenceWanted_.store(true, std::memory_order_release); }
     // The sequencer's thread: one that came in at a moment of `clockSeconds`. It sounds one block later, at its frame.
     // Of both, more than 1024 between two blocks are lost; whatever was held by their like is let go of then.
     void receiveAt(double seconds, const ShortMessage& message) noexcept;
@@ -57,7 +60,11 @@ public:
     // Frames played since the start, at whatever rate.
     std::uint64_t frames() const { return frames_.load(std::memory_order_relaxed); }
     std::uint64_t messages() const { return messagesIn_.load(std::memory_order_relaxed); }
+    // Since the start.
     int dropouts() const { return dropouts_.load(std::memory_order_relaxed); }
+    // Since they were last forgotten: the window's thread.
+    int newDropouts() const { return dropouts() - forgottenDropouts_; }
+    void forgetDropouts() { forgottenDropouts_ = dropouts(); }
     // The part of its time that a block takes, 0 to 1 and above where it takes too long: a falling peak.
     double load() const { return load_.load(std::memory_order_relaxed); }
     // Whether a key, 0 to 127, is down on any channel.
@@ -80,9 +87,11 @@ private:
 
     void place(int frame, const ShortMessage& message) noexcept;
     void letGo(HeldKeys& held, int frame) noexcept;
+    void dropHands() noexcept;
     void collect(double now, int frames) noexcept;
     Transport transport() noexcept;
     void markKey(const ShortMessage& message) noexcept;
+    void unmarkKeys() noexcept;
     void measure(double seconds, int frames) noexcept;
 
     Instrument& instrument_;
@@ -90,7 +99,7 @@ private:
     BlockEvents events_;
     Line hands_, sequencer_;
     HeldKeys device_;
-    std::atomic<bool> isDeviceLoose_{false}, isOffline_{false};
+    std::atomic<bool> isDeviceLoose_{false}, isOffline_{false}, isSilenceWanted_{false};
     double lastBlock_ = 0;
     // The song: quarter notes at the frame where the tempo last changed.
     double songStart_ = 0, songTempo_ = 120;
@@ -98,6 +107,7 @@ private:
     std::atomic<double> tempo_{120}, rate_{48000}, load_{0};
     std::atomic<std::uint64_t> frames_{0}, messagesIn_{0};
     std::atomic<int> dropouts_{0};
+    int forgottenDropouts_ = 0;
     std::array<std::atomic<std::uint64_t>, 2> keys_{};
 };
 

@@ -1,5 +1,7 @@
 #include "faces/standalone/sound_system.h"
 
+#include <array>
+#include <cstdio>
 #include <exception>
 #include <new>
 #include <utility>
@@ -20,9 +22,16 @@ bool readSoundKind(const std::string& name, SoundKind& kind) {
     return false;
 }
 
+std::string kilohertzText(double hertz) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.5g kHz", hertz / 1000);
+    return text.data();
+}
+
 bool SoundSystem::open(const SoundChoice& choice) {
     choice_ = choice;
     device_.reset();
+    player_.forgetDropouts();
     isHeard_ = false;
     problem_.clear();
     if (choice_.kind == SoundKind::none) return fallSilent(choice_.rate);

@@ -16,6 +16,9 @@ std::string nameOf(SoundKind kind);
 // False, with `kind` as it was, for a text that names none of this system.
 bool readSoundKind(const std::string& name, SoundKind& kind);
 
+// A rate in Hz as a user knows it: "44.1 kHz".
+std::string kilohertzText(double hertz);
+
 // What the user wants. JACK plays at its server's rate and period.
 struct SoundChoice {
     SoundKind kind = SoundKind::automatic;  // JACK where a server runs, else ALSA; WASAPI on Windows
@@ -31,8 +34,9 @@ public:
     // The player outlives it. Nothing plays yet.
     explicit SoundSystem(Player& player) : player_(player) {}
 
-    // Plays on what is wanted from now on. False where that can't be had: `problem` says why, time passes without sound, and
-    // `poll` tries again. No sound, where that is wanted, is no problem unless memory is too short for it.
+    // Plays on what is wanted from now on, and counts dropouts anew. False where that can't be had: `problem` says why, time
+    // passes without sound, and `poll` tries again. No sound, where that is wanted, is no problem unless memory is too short for
+    // it.
     bool open(const SoundChoice& choice);
     // Ends it; the player is called no more.
     void close() { device_.reset(); }

@@ -39,10 +39,15 @@ std::string newRecordingPath() {
 }
 
 Standalone::Standalone(platform::Dialogs& dialogs)
-    : plugged_(*this, dialogs), player_(instrument_, recorder_), hands_(player_), midi_(player_), sound_(player_) {}
+    : plugged_(*this, dialogs, PluggedInstrument::Telling::whenAsked),
+      player_(instrument_, recorder_),
+      hands_(player_),
+      midi_(player_),
+      sound_(player_) {}
 
 Standalone::~Standalone() {
     sound_.close();  // before the instrument loses its host
+    plugged_.showMessages();
 }
 
 PatchLoad Standalone::loadPatch(const std::string& name) {
@@ -68,7 +73,8 @@ void Standalone::toggleRecording() {
     if (recorder_.isRecording()) return endRecording();
     const std::string path = newRecordingPath();
     std::string problem = "there is no folder for music";
-    if (path.empty() || !recorder_.start(path, static_cast<int>(player_.rate()), problem)) news_ = "No recording: " + problem;
+    const bool isStarted = !path.empty() && recorder_.start(path, static_cast<int>(player_.rate()), problem);
+    news_ = isStarted ? "" : "No recording: " + problem;  // what became of the last one is over
 }
 
 void Standalone::endRecording() {

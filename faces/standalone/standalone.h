@@ -21,8 +21,8 @@ enum class PatchLoad { done, missing, refused };
 // On the program's main thread. It is the instrument's host.
 class Standalone final : private HostPort {
 public:
-    // Makes the instrument; nothing plays yet. What the instrument has to tell goes to `dialogs`, which outlive it. See
-    // Instrument for what it may throw.
+    // Makes the instrument; nothing plays yet. What the instrument has to tell waits for a window, or for `poll` where none shows
+    // boxes, which tells it by `dialogs`, as the end does with the rest. They outlive it. See Instrument for what it may throw.
     explicit Standalone(platform::Dialogs& dialogs);
     ~Standalone();
 

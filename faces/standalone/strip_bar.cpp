@@ -19,13 +19,13 @@ struct PlaceOfPart {
     double left, width;
 };
 constexpr PlaceOfPart places[] = {
-    {Part::record, 12, 74},    {Part::keys, 96, 48},     {Part::octaveDown, 154, 20},
-    {Part::octaveUp, 220, 20}, {Part::pedal, 250, 52},   {Part::panic, 308, 52},
-    {Part::tempo, -414, 84},   {Part::meter, -320, 146}, {Part::sound, -164, 152},
+    {Part::record, 12, 74},     {Part::keys, 96, 48},     {Part::octaveDown, 154, 20}, {Part::octaveUp, 220, 20},
+    {Part::pedal, 250, 52},     {Part::panic, 308, 52},   {Part::tempo, -414, 84},     {Part::load, -320, 74},
+    {Part::dropouts, -244, 70}, {Part::sound, -164, 152},
 };
 constexpr double buttonHeight = 20, newsLeft = 376, leastNews = 200;
 constexpr std::array pressable = {Part::record, Part::keys,  Part::octaveDown, Part::octaveUp,
-                                  Part::pedal,  Part::panic, Part::sound};
+                                  Part::pedal,  Part::panic, Part::dropouts,   Part::sound};
 
 std::string formatted(const char* format, double number) {
     std::array<char, 32> text{};
@@ -42,6 +42,17 @@ void StripBar::show(const Shown& shown) {
     if (shown == shown_) return;
     shown_ = shown;
     invalid();
+}
+
+const char* StripBar::tooltip(Part part) {
+    switch (part) {
+        case Part::record: return "Records what is played as a WAV file in the folder for music, until it is pressed again";
+        case Part::panic: return "Ends all that sounds and lets the pedal up";
+        case Part::tempo: return "Of arpeggiators, delays and LFOs: drag, turn the wheel, double click for 120";
+        case Part::load: return "How much of its time the sound takes; above 100 % it crackles";
+        case Part::dropouts: return "How often the sound came too late since the device was chosen. A click counts anew";
+        default: return "";
+    }
 }
 
 CRect StripBar::place(Part part) const {
@@ -72,6 +83,7 @@ void StripBar::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     const Part part = partAt(event.mousePosition);
     if (!event.buttonState.isLeft() || part != Part::tempo) event.ignoreFollowUpMoveAndUpEvents(true);
     if (!event.buttonState.isLeft()) return;
+    if (part == Part::dropouts && shown_.dropouts == 0) return;
     if (std::find(pressable.begin(), pressable.end(), part) != pressable.end()) return pressed_(part);
     if (part != Part::tempo) return;
     if (event.clickCount > 1) return tempoWanted_(120);
@@ -120,7 +132,8 @@ void StripBar::draw(VSTGUI::CDrawContext* context) {
              newsRight - area.left - newsLeft);
     if (!isNarrow || shown_.news.empty()) {
         drawTempo(pen);
-        drawMeter(pen);
+        drawLoad(pen);
+        drawDropouts(pen);
     }
     drawSound(pen);
     setDirty(false);
@@ -174,8 +187,8 @@ void StripBar::drawTempo(Pen& pen) {
     pen.text(r.right - 8, r.getCenter().y + 3.5, formatted("%.1f", shown_.tempo), Face::semibold, 10, style::text, Align::right);
 }
 
-void StripBar::drawMeter(Pen& pen) {
-    const CRect r = place(Part::meter);
+void StripBar::drawLoad(Pen& pen) {
+    const CRect r = place(Part::load);
     const double y = r.getCenter().y, left = r.left + 30, width = 44;
     pen.text(r.left, y + 3.2, "Load", Face::medium, 9, style::text3);
     pen.round(left, y - 3, width, 6, 3, style::inset);
@@ -185,10 +198,15 @@ void StripBar::drawMeter(Pen& pen) {
         const Pen::Clip clip(pen, left, y - 3, std::max(2.0, width * part), 6);
         pen.round(left, y - 3, width, 6, 3, colour);
     }
+}
+
+void StripBar::drawDropouts(Pen& pen) {
+    const CRect r = place(Part::dropouts);
+    const Color alarm = hovered_ == Part::dropouts ? mix(style::alarm, style::white, 0.3) : style::alarm;
     const std::string lost = shown_.dropouts == 0
                                  ? "no dropouts"
                                  : std::to_string(shown_.dropouts) + (shown_.dropouts == 1 ? " dropout" : " dropouts");
-    pen.text(r.right, y + 3.2, lost, Face::medium, 9, shown_.dropouts == 0 ? style::text3 : style::alarm, Align::right);
+    pen.text(r.right, r.getCenter().y + 3.2, lost, Face::medium, 9, shown_.dropouts == 0 ? style::text3 : alarm, Align::right);
 }
 
 void StripBar::drawSound(Pen& pen) {

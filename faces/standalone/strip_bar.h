@@ -12,7 +12,7 @@ namespace vantoric::standalone {
 
 class StripBar : public VSTGUI::CView {
 public:
-    enum class Part { none, record, keys, octaveDown, octaveUp, pedal, panic, tempo, meter, sound };
+    enum class Part { none, record, keys, octaveDown, octaveUp, pedal, panic, tempo, load, dropouts, sound };
 
     // What it tells. Compared as a whole; a change is drawn anew.
     struct Shown {
@@ -24,11 +24,15 @@ public:
         bool operator==(const Shown&) const = default;
     };
 
-    // `pressed` gets what was clicked, `tempoWanted` a tempo by dragging or turning; a double click asks for 120.
+    // `pressed` gets what was clicked, the dropouts only where there are any; `tempoWanted` a tempo by dragging or turning; a
+    // double click asks for 120.
     StripBar(const VSTGUI::CRect& area, std::function<void(Part)> pressed, std::function<void(double)> tempoWanted);
 
     void show(const Shown& shown);
     VSTGUI::CRect place(Part part) const;
+    // What the pointer is over; what a part is for, empty for those that say it themselves.
+    Part hovered() const { return hovered_; }
+    static const char* tooltip(Part part);
 
     void draw(VSTGUI::CDrawContext* context) override;
     void onMouseDownEvent(VSTGUI::MouseDownEvent& event) override;
@@ -46,7 +50,8 @@ private:
     void drawRecord(Pen& pen);
     void drawOctave(Pen& pen);
     void drawTempo(Pen& pen);
-    void drawMeter(Pen& pen);
+    void drawLoad(Pen& pen);
+    void drawDropouts(Pen& pen);
     void drawSound(Pen& pen);
 
     std::function<void(Part)> pressed_;

@@ -371,6 +371,32 @@ TEST_F(PlainInstrument, ThePedalOfAnotherChannelLeavesNoNoteBehind) {
     EXPECT_TRUE(isReleased());
 }
 
+// As a panic button wants it: nothing but sound ends.
+TEST_F(PlainInstrument, IsSilentFromTheNextBlockOnAndStandsAsItStood) {
+    rig.set(par::Modwheel, 0.6f);
+    rig.send({{0xb0, 64, 127}, {0xb0, 20, 90}, {0xe0, 0, 100}, {0x90, 60, 100}, {0x90, 64, 100}, {0x80, 64, 0}});
+    ticks(20);
+    ASSERT_GT(rig.peak(), 0.01f);
+    for (int i = 0; i < layerCount; ++i) rig.audio.layer(i).ticksSinceNote = 3000;
+    const float wheel = rig.audio.midi().pitchWheel();
+    rig.audio.midi().setLearnPending(par::Volume);
+    const std::size_t before = rig.left.size();
+    rig.audio.silenceNextBlock();
+    ticks(5);
+    EXPECT_LE(rig.peak(before), 2e-5f);
+    EXPECT_TRUE(rig.audio.keysSounding().none());
+    EXPECT_TRUE(rig.audio.midi().nothingHeld()) << "the pedal with them";
+    EXPECT_EQ(rig.audio.parameters().getParameter(par::Modwheel), 0.6f);
+    EXPECT_EQ(rig.audio.state().ccValue[20], 90.0f / 128);
+    EXPECT_EQ(rig.audio.midi().pitchWheel(), wheel);
+    EXPECT_EQ(rig.audio.midi().learnPending(), par::Volume);
+    for (int i = 0; i < layerCount; ++i)
+        EXPECT_GE(rig.audio.layer(i).ticksSinceNote, 3000) << "layer " << i + 1 << " was not played";
+    rig.send({{0x90, 60, 100}});
+    ticks(5);
+    EXPECT_TRUE(isHeld());
+}
+
 TEST_F(PlainInstrument, TellsTheKeysThatSound) {
     EXPECT_TRUE(rig.audio.keysSounding().none());
     std::bitset<128> struck;

@@ -4,11 +4,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <thread>
 
+#include "base/parameters.h"
 #include "faces/standalone/hands.h"
 #include "faces/standalone/kept_state.h"
 #include "faces/standalone/midi_inputs.h"
@@ -230,6 +232,102 @@ TEST_F(StandaloneTest, PanicEndsEverything) {
     EXPECT_FALSE(hands_.isPedalDown());
     EXPECT_FALSE(instrument_.midi().sustainOn());
     EXPECT_TRUE(instrument_.midi().nothingHeld());
+}
+
+// It is no message that a knob could learn or follow.
+TEST_F(StandaloneTest, PanicMovesNoParameterAndTeachesNoKnob) {
+    player_.prepare(48000);
+    ControllerMap& map = instrument_.controllerMap();
+    std::array<int, 128> before{};
+    for (int number = 0; number < 128; ++number) before[static_cast<std::size_t>(number)] = map.get(number);
+    for (const int number : {1, 64, 120, 123}) map.set(number, parameter::Volume);
+    instrument_.setParameter(parameter::Modwheel, 0.7f);
+    instrument_.setParameter(parameter::Volume, 0.4f);
+    hands_.setPedal(true);
+    hands_.press(60, 100);
+    play(10);
+    for (int layer = 0; layer < layerCount; ++layer) instrument_.layer(layer).ticksSinceNote = 2000;  // its lamp is dark
+    instrument_.setParameter(parameter::Volume, 0.4f);                                                // the pedal has moved it
+    instrument_.midi().setLearnPending(parameter::EqLow);
+    const float equalizer = instrument_.parameters().getParameter(parameter::EqLow);
+    const std::uint64_t messages = player_.messages();
+    hands_.panic();
+    play(20);
+    EXPECT_EQ(instrument_.parameters().getParameter(parameter::Modwheel), 0.7f);
+    EXPECT_EQ(instrument_.parameters().getParameter(parameter::Volume), 0.4f);
+    EXPECT_EQ(instrument_.parameters().getParameter(parameter::EqLow), equalizer);
+    EXPECT_EQ(instrument_.midi().learnPending(), parameter::EqLow);
+    EXPECT_EQ(player_.messages(), messages + 1) << "the key's end alone";
+    for (int layer = 0; layer < layerCount; ++layer)
+        EXPECT_GT(instrument_.layer(layer).ticksSinceNote, 1999) << "the lamp of layer " << layer + 1 << " lights";
+    EXPECT_TRUE(instrument_.keysSounding().none());
+    EXPECT_FALSE(instrument_.midi().sustainOn());
+    instrument_.midi().setLearnPending(ControllerMap::none);
+    for (int number = 0; number < 128; ++number) map.set(number, before[static_cast<std::size_t>(number)]);
+}
+
+TEST_F(StandaloneTest, PanicEndsWhatOtherKeyboardsAndOtherChannelsPlay) {
+    player_.prepare(48000);
+    player_.receive(0, {0x90, 50, 100});
+    player_.receive(0, {0xb5, 64, 127});
+    player_.receive(0, {0x95, 57, 100});
+    player_.receiveAt(clockSeconds() - 1, {0x92, 64, 100});
+    play(100);
+    EXPECT_FALSE(instrument_.keysSounding().none());
+    hands_.panic();
+    play(1);
+    EXPECT_TRUE(instrument_.keysSounding().none());
+    EXPECT_TRUE(instrument_.midi().nothingHeld());
+    hands_.press(62, 100);
+    play(10);
+    EXPECT_TRUE(player_.isKeyDown(62)) << "and plays on";
+    EXPECT_FALSE(instrument_.keysSounding().none());
+}
+
+// As a click does between two blocks.
+TEST_F(StandaloneTest, PanicOvertakesNoKeyThatWasHitBefore) {
+    player_.prepare(48000);
+    play(10);
+    hands_.press(60, 100);
+    hands_.setPedal(true);
+    hands_.panic();
+    play(10, 16);  // less than a tick long
+    EXPECT_TRUE(instrument_.midi().nothingHeld());
+    EXPECT_TRUE(instrument_.keysSounding().none());
+    hands_.press(60, 100);
+    play(1, 1);  // it waits for its tick
+    hands_.panic();
+    play(3000);
+    EXPECT_FALSE(player_.isKeyDown(60));
+    EXPECT_TRUE(instrument_.midi().nothingHeld());
+    EXPECT_TRUE(instrument_.keysSounding().none());
+}
+
+TEST_F(StandaloneTest, DropoutsAreCountedAnewForAnotherDevice) {
+    SoundSystem sound(player_);
+    SoundChoice none;
+    none.kind = SoundKind::none;
+    ASSERT_TRUE(sound.open(none));
+    for (int i = 0; i < 3; ++i) player_.noteDropout();
+    EXPECT_EQ(player_.newDropouts(), 3);
+    player_.forgetDropouts();
+    EXPECT_EQ(player_.newDropouts(), 0);
+    player_.noteDropout();
+    EXPECT_EQ(player_.newDropouts(), 1);
+    none.rate = 96000;
+    ASSERT_TRUE(sound.open(none));
+    EXPECT_EQ(player_.newDropouts(), 0);
+    EXPECT_EQ(player_.dropouts(), 4) << "of the whole evening";
+    sound.close();
+}
+
+TEST_F(StandaloneTest, RatesAreToldInKilohertz) {
+    EXPECT_EQ(kilohertzText(44100), "44.1 kHz");
+    EXPECT_EQ(kilohertzText(48000), "48 kHz");
+    EXPECT_EQ(kilohertzText(88200), "88.2 kHz");
+    EXPECT_EQ(kilohertzText(96000), "96 kHz");
+    EXPECT_EQ(kilohertzText(176400), "176.4 kHz");
+    EXPECT_EQ(kilohertzText(22050), "22.05 kHz");
 }
 
 TEST_F(StandaloneTest, MessagesSoundAtTheirFrame) {

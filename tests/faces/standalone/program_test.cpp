@@ -35,6 +35,14 @@ protected:
     }
     bool said(const std::string& text) const { return output_.find(text) != std::string::npos; }
 
+    // Where the installation lies, as it is noted for installers.
+    std::string notedPath() const {
+        std::ifstream settings(home_ / "config/Orvix/Vantoric/settings");
+        std::string line;
+        std::getline(settings, line);
+        return line;
+    }
+
     Home home_;
     std::string output_, display_;
 };
@@ -174,6 +182,24 @@ TEST_F(ProgramTest, FindsItsDataFromItsOwnPlace) {
         EXPECT_EQ(run({prefix / "bin/vantoric", "--no-window", "--sound", "none", "--seconds", "0.1", "--patch", PATCH}, output_),
                   0)
             << place << ": " << output_;
+        EXPECT_TRUE(notedPath().ends_with(prefix / (std::string(place) + "/"))) << notedPath();
+    }
+}
+
+// Its paths are read by users, in questions and boxes.
+TEST_F(ProgramTest, NamesItsDataByTheShortestPath) {
+    namespace fs = std::filesystem;
+    const vantoric::platform::ScratchFolder prefix;
+    fs::create_directories(prefix / "app/bin");
+    fs::copy_file(PROGRAM, prefix / "app/bin/vantoric");
+    fs::create_directory_symlink(DATA_FOLDER, prefix / "app/Vantoric");
+    fs::create_directories(prefix / "home/bin");
+    fs::create_symlink("../../app/bin/vantoric", prefix / "home/bin/vantoric");
+    fs::create_directory_symlink(prefix / "home", prefix / "elsewhere");
+    for (const char* link : {"home/bin/vantoric", "elsewhere/bin/vantoric"}) {
+        EXPECT_EQ(run({prefix / link, "--no-window", "--sound", "none", "--seconds", "0.1", "--patch", PATCH}, output_), 0)
+            << link << ": " << output_;
+        EXPECT_TRUE(notedPath().ends_with("=" + (fs::canonical(prefix / "app") / "Vantoric/").string())) << notedPath();
     }
 }
 
@@ -186,6 +212,19 @@ TEST_F(ProgramTest, EndsByASignalAndCompletesItsRecording) {
         EXPECT_EQ(program.finish(), 0) << program.output();
         EXPECT_GT(testhost::readRecording(home_ / "take.wav").frames(), 1000u);
     }
+}
+
+TEST_F(ProgramTest, SaysThatTheFactorySoundsAreMissing) {
+    const vantoric::platform::ScratchFolder prefix;
+    std::filesystem::copy_file(PROGRAM, prefix / "vantoric");
+    std::filesystem::create_directory(prefix / "Vantoric_data");
+    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(DATA_FOLDER) / "Vantoric_data"))
+        std::filesystem::create_symlink(entry.path(), prefix / ("Vantoric_data/" + entry.path().filename().string()));
+    EXPECT_EQ(run({prefix / "vantoric", "--no-window", "--sound", "none", "--seconds", "0.1"}, output_), 0);
+    EXPECT_TRUE(said("The factory sounds are missing.")) << output_;
+    EXPECT_EQ(output_.find("factory sounds"), output_.rfind("factory sounds")) << "twice: " << output_;
+    EXPECT_EQ(run({prefix / "vantoric", "--list-devices"}, output_), 0);
+    EXPECT_TRUE(said("The factory sounds are missing.")) << output_;
 }
 
 // Without a window nothing of the user's is written over.

@@ -1,6 +1,8 @@
 // The window as a user sees it: its place on the desktop, keys by pointer and board, what is kept.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -68,6 +70,28 @@ protected:
         testhost::pause(0.5);
     }
 
+    // Pixels of letters where the bar tells its news.
+    int brightInTheBar() const {
+        const Picture shown = desktop_->picture(place_);
+        int count = 0;
+        for (double x = 380; x < 780; x += 1 / zoom())
+            for (double y = editorHeight + 10; y < editorHeight + 22; y += 1 / zoom()) {
+                const unsigned colour = shown.at(static_cast<int>(x * zoom()), static_cast<int>(y * zoom()));
+                count += (colour >> 8 & 255) > 100 ? 1 : 0;
+            }
+        return count;
+    }
+    void type(const char* key) {
+        desktop_->keyDown(key);
+        testhost::pause(0.1);
+        desktop_->keyUp(key);
+        testhost::pause(0.1);
+    }
+    Picture layerButtons() const {
+        const auto pixels = [&](double units) { return static_cast<int>(units * zoom()); };
+        return desktop_->picture({place_.x + pixels(406), place_.y + pixels(8), pixels(188), pixels(20)});
+    }
+
     testhost::XServer server_{2000, 1300};
     testhost::Installation installation_{PLUGIN};
     Home home_;
@@ -96,6 +120,24 @@ TEST_F(WindowTest, IsAWindowOfTheDesktop) {
     EXPECT_LT(brightness(shown.at(static_cast<int>(4 * zoom()), static_cast<int>(600 * zoom()))), 150u);
     if (const char* folder = std::getenv("VANTORIC_PICTURES")) savePng(shown, std::string(folder) + "/standalone.png");
     close();
+}
+
+// What was to tell before there was a window is told in it.
+TEST_F(WindowTest, AnIncompleteInstallationIsToldInABox) {
+    const std::filesystem::path welcome = installation_.folder() / "Vantoric_sounds/ArpMultilayer/0Welcome.fxp";
+    ASSERT_TRUE(std::filesystem::remove(welcome));
+    open();
+    const auto middle = [&] {
+        const auto pixels = [&](double units) { return static_cast<int>(units * zoom()); };
+        return desktop_->picture({place_.x + pixels(400), place_.y + pixels(270), pixels(400), pixels(120)});
+    };
+    const Picture box = middle();
+    if (const char* folder = std::getenv("VANTORIC_PICTURES"))
+        savePng(desktop_->picture(place_), std::string(folder) + "/incomplete.png");
+    type("Return");
+    EXPECT_TRUE(testhost::within(10, [&] { return !(middle() == box); })) << "there is no box";
+    close();
+    EXPECT_EQ(program_->output().find("factory sounds"), std::string::npos) << program_->output();
 }
 
 // Calls on a window that is gone are errors, by which the window system ends programs.
@@ -138,6 +180,36 @@ TEST_F(WindowTest, TheComputersKeysPlay) {
     EXPECT_NE(kept.find("octave=4"), std::string::npos) << kept;
 }
 
+// Whoever clicks beside a knob sees no focus anywhere, and goes on playing.
+TEST_F(WindowTest, TheComputersKeysPlayAfterAClickOnTheGround) {
+    open();
+    desktop_->click(place_.x + 4 * zoom(), place_.y + 600 * zoom());
+    testhost::pause(0.5);
+    for (const char* key : {"z", "2", "3", "bracketright", "space"}) type(key);
+    testhost::pause(1.5);  // until the layers' lamps are dark
+    const Picture before = layerButtons();
+    type("4");  // plays nothing, and is the window's
+    EXPECT_TRUE(testhost::within(10, [&] { return !(layerButtons() == before); }));
+    close();
+    EXPECT_NE(program_->output().find(" 10 MIDI messages"), std::string::npos) << program_->output();
+}
+
+// A control that was reached by Tab shows that it has the keys.
+TEST_F(WindowTest, AControlWithTheFocusHasTheComputersKeys) {
+    open();
+    type("Tab");
+    testhost::pause(0.5);
+    const Picture before = layerButtons();
+    type("z");
+    type("3");
+    EXPECT_TRUE(testhost::within(10, [&] { return !(layerButtons() == before); }));
+    type("Escape");
+    testhost::pause(0.5);
+    type("z");
+    close();
+    EXPECT_NE(program_->output().find(" 2 MIDI messages"), std::string::npos) << program_->output();
+}
+
 TEST_F(WindowTest, RecordsIntoTheMusicFolder) {
     open();
     click(40, 16);
@@ -151,6 +223,77 @@ TEST_F(WindowTest, RecordsIntoTheMusicFolder) {
         ++count;
     }
     EXPECT_EQ(count, 1);
+}
+
+TEST_F(WindowTest, WhatBecameOfARecordingGoesWhenTheNextOneBegins) {
+    open();
+    click(40, 16);
+    EXPECT_EQ(brightInTheBar(), 0);
+    click(40, 16);
+    EXPECT_TRUE(testhost::within(5, [&] { return brightInTheBar() > 300; })) << "where it went";
+    click(40, 16);
+    EXPECT_TRUE(testhost::within(3, [&] { return brightInTheBar() == 0; })) << "long before the news would go by itself";
+    click(40, 16);
+    EXPECT_TRUE(testhost::within(5, [&] { return brightInTheBar() > 300; }));
+    close();
+}
+
+// Of a server without a card, which a program that stands still makes wait.
+TEST_F(WindowTest, AClickOnTheDropoutsCountsThemAnew) {
+    if (std::system("command -v jackd >/dev/null 2>&1") != 0) GTEST_SKIP() << "no JACK server here";
+    setenv("JACK_DEFAULT_SERVER", ("vantoric-window-" + std::to_string(getpid())).c_str(), 1);
+    Program server(
+        {"jackd", "-n", getenv("JACK_DEFAULT_SERVER"), "-r", "-t", "60000", "-d", "dummy", "-r", "48000", "-p", "256"});
+    testhost::pause(1);
+    ASSERT_TRUE(server.isRunning()) << server.output();
+    open({"--sound", "jack"});
+    const auto redAtTheCount = [&] {
+        const auto pixels = [&](double units) { return static_cast<int>(units * zoom()); };
+        const Desktop::Place place{place_.x + pixels(956), place_.y + pixels(editorHeight + 8), pixels(70), pixels(16)};
+        const Picture shown = desktop_->picture(place);
+        int count = 0;
+        for (int y = 0; y < place.height; ++y)
+            for (int x = 0; x < place.width; ++x) {
+                const unsigned colour = shown.at(x, y);
+                count += (colour >> 16 & 255) > 150 && (colour >> 8 & 255) < 120 ? 1 : 0;
+            }
+        return count;
+    };
+    program_->signal(SIGSTOP);
+    testhost::pause(0.5);
+    program_->signal(SIGCONT);
+    ASSERT_TRUE(testhost::within(5, [&] { return redAtTheCount() > 20; })) << program_->output() << server.output();
+    testhost::pause(0.5);
+    click(991, 16);
+    EXPECT_TRUE(testhost::within(5, [&] { return redAtTheCount() == 0; }));
+    close();
+    EXPECT_EQ(program_->output().find(", 0 dropouts"), std::string::npos) << "the end tells them all: " << program_->output();
+    server.signal(SIGTERM);
+    server.finish();
+}
+
+TEST_F(WindowTest, TheBarsPartsSayWhatTheyAreFor) {
+    for (const bool areShown : {true, false}) {
+        installation_.setTooltips(areShown);
+        open();
+        const auto above = [&](double x) {
+            const auto pixels = [&](double units) { return static_cast<int>(units * zoom()); };
+            return desktop_->picture({place_.x + pixels(x - 60), place_.y + pixels(editorHeight - 40), pixels(120), pixels(38)});
+        };
+        for (const double x : {70.0, 910.0, 1000.0}) {  // recorder, load, dropouts
+            SCOPED_TRACE(x);
+            const Picture before = above(x);
+            const Point part = below(x, 16);
+            desktop_->move(part.x, part.y);
+            EXPECT_EQ(testhost::within(areShown ? 5 : 2, [&] { return !(above(x) == before); }), areShown);
+            if (const char* folder = std::getenv("VANTORIC_PICTURES"); folder != nullptr && areShown)
+                savePng(desktop_->picture(place_), std::string(folder) + "/tip" + std::to_string(static_cast<int>(x)) + ".png");
+            const Point away = below(600, -200);
+            desktop_->move(away.x, away.y);
+            EXPECT_TRUE(testhost::within(5, [&] { return above(x) == before; })) << "and goes with the pointer";
+        }
+        close();
+    }
 }
 
 TEST_F(WindowTest, TheSettingsChooseTheDevice) {
@@ -237,13 +380,44 @@ TEST_F(WindowTest, ALastPatchThatCannotBeReadIsToldAndSetAside) {
     EXPECT_GT(std::filesystem::file_size(kept), 50000u);
 }
 
+// Two programs that share what is kept: one that nobody has touched has nothing to keep.
+TEST_F(WindowTest, WhoeverLeftAllAsItWasWritesOverNothing) {
+    const auto kept = [this](const char* name) {
+        std::ifstream file(home_.stateFile(name), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    open();
+    Program other({program(), "--device", "null", "--patch", PATCH});
+    ASSERT_TRUE(other.waitFor("MIDI: ")) << other.output();
+    testhost::pause(1.5);
+    other.signal(SIGTERM);
+    ASSERT_EQ(other.finish(), 0) << other.output();
+    const std::string patchOfTheOther = kept("standalone.patch"), octaveOfTheOther = "octave=6\n";
+    ASSERT_GT(patchOfTheOther.size(), 50000u) << "one that the options named is kept";
+    std::ofstream(home_.stateFile("standalone.settings")) << octaveOfTheOther;
+    type("z");  // playing is no editing
+    close();
+    EXPECT_TRUE(kept("standalone.patch") == patchOfTheOther);
+    EXPECT_EQ(kept("standalone.settings"), octaveOfTheOther);
+
+    open();
+    type("Page_Down");
+    type("Tab");
+    type("bracketright");  // the next patch of the category
+    testhost::pause(1);
+    close();
+    EXPECT_FALSE(kept("standalone.patch") == patchOfTheOther);
+    EXPECT_NE(kept("standalone.settings").find("octave=5"), std::string::npos);
+}
+
 TEST_F(WindowTest, StartsInASizeThatFitsTheScreen) {
     struct Start {
         int screenWidth, screenHeight, width, height;
         bool hasKeys;
     };
-    constexpr Start starts[] = {
-        {1024, 600, 900, 495, false}, {1280, 800, 900, 495, true}, {1366, 768, 900, 495, true}, {1920, 1080, 1500, 825, true}};
+    constexpr Start starts[] = {{1024, 600, 900, 495, false},  {1280, 720, 900, 495, true},  {1280, 800, 1200, 660, false},
+                                {1366, 768, 1200, 660, false}, {1440, 900, 1200, 660, true}, {1680, 1050, 1350, 742, true},
+                                {1920, 1080, 1500, 825, true}};
     for (const Start& start : starts) {
         SCOPED_TRACE(std::to_string(start.screenWidth) + " x " + std::to_string(start.screenHeight));
         std::filesystem::remove(installation_.sizeFile());
@@ -287,16 +461,6 @@ TEST_F(WindowTest, SaysThatTheKeysDoNotFit) {
     desktop_ = std::make_unique<Desktop>();
     open();
     EXPECT_NEAR(place_.height, (editorHeight + barHeight) * zoom(), 2);
-    const auto brightInTheBar = [&] {
-        const Picture shown = desktop_->picture(place_);
-        int count = 0;
-        for (double x = 380; x < 780; x += 1 / zoom())
-            for (double y = editorHeight + 10; y < editorHeight + 22; y += 1 / zoom()) {
-                const unsigned colour = shown.at(static_cast<int>(x * zoom()), static_cast<int>(y * zoom()));
-                count += (colour >> 8 & 255) > 100 ? 1 : 0;
-            }
-        return count;
-    };
     if (const char* folder = std::getenv("VANTORIC_PICTURES"))
         savePng(desktop_->picture(place_), std::string(folder) + "/no-keys.png");
     EXPECT_GT(brightInTheBar(), 500);

@@ -1,0 +1,25 @@
+// What a part of the bar is for, shown above it after the pointer has rested there.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "editor/pen.h"
+#include "vstgui/lib/cview.h"
+
+namespace vantoric::standalone {
+
+class BarTip : public VSTGUI::CView {
+public:
+    // As large as its text asks for, in window units.
+    explicit BarTip(const std::string& text);
+
+    void draw(VSTGUI::CDrawContext* context) override;
+
+    CLASS_METHODS_NOCOPY(BarTip, VSTGUI::CView)
+
+private:
+    std::vector<std::string> lines_;
+};
+
+}  // namespace vantoric::standalone
