@@ -17,6 +17,7 @@ namespace vantoric {
 // Where a patch stands in the lists, as whoever keeps the lists names it: nothing else reads these texts.
 struct PatchPlace {
     std::string category, patch;
+    std::string file{};  // the name of its file; empty for a patch in no list
     bool operator==(const PatchPlace&) const = default;
 };
 
