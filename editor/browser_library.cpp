@@ -43,7 +43,15 @@ void BrowserLibrary::open() {
     tried_.reset();
     index_.rescan();  // patches may have been saved, deleted or starred since
     library_.scanCategories();
+    opened_ = library_.selection();
+    openedListed_ = categoryName(listedCategory());
     browser_.open();
+}
+
+void BrowserLibrary::close() {
+    if (!library_.selectedPatch().empty() || library_.selection() == opened_) return;
+    if (const int listed = rowOfCategory(openedListed_); listed >= 0) library_.scanPatches(listed);
+    patch_.select();
 }
 
 unsigned BrowserLibrary::revision() {

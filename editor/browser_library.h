@@ -27,6 +27,7 @@ public:
         : library_(library), browser_(browser), patch_(patch), index_(index), onShow_(onShow), history_(history) {}
 
     void open() override;
+    void close() override;
     unsigned revision() override;
     std::vector<BrowserCategory> categories() override;
     int listedCategory() override;
@@ -87,6 +88,8 @@ private:
     History* history_;
     std::optional<Tried> tried_;
 
+    PatchSelection opened_;     // the selection when the browser came up
+    std::string openedListed_;  // and the category that was listed
     State state_;
     unsigned revision_ = 0, ratingsGiven_ = 0;
     std::map<std::string, int> counts_;  // patches of each category, as catalogued

@@ -46,6 +46,9 @@ public:
 
     // The browser comes up: categories and stars are read anew.
     virtual void open() = 0;
+    // The browser goes away: where a category was chosen that nothing could be loaded from, the lists go back to the patch in
+    // force.
+    virtual void close() = 0;
     // Another number whenever anything that is told here may have changed, by whomever. Asked some twenty times a second.
     virtual unsigned revision() = 0;
 

@@ -106,7 +106,9 @@ std::string BrowserView::emptyWords() const {
     if (filters_.any()) return "No patch fits these filters yet.";
     if (categories_.size() <= 1) return "There are no patch folders yet. Patches that you save make them.";
     if (listed_ >= 0 && categories_[static_cast<std::size_t>(listed_)].name == "Custom")
-        return "The patch in force is in no category. Choose one at the left.";
+        return playing_.name.empty() ? "The patch in force is in no category. Choose one at the left."
+                                     : "This stands for patches in no category. The one in force is in \u201c" +
+                                           shownName(playing_.category) + "\u201d.";
     return "No patches are in this category yet.";
 }
 

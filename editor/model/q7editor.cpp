@@ -295,10 +295,20 @@ void Q7Editor::chooseCommand(int tag, int row) {
             menus_.init(row);
             if (row == init_row::all) pages_.showFirstPages();
             return;
-        case tag::categoryList: return static_cast<void>(menus_.browser().clickCategory(row));
+        case tag::categoryList: return chooseCategory(row);
         case tag::patchList: return static_cast<void>(menus_.browser().clickPatch(row));
         default: return;
     }
+}
+
+// One that nothing can be loaded from leaves the lists at the patch on show.
+void Q7Editor::chooseCategory(int row) {
+    PatchLibrary& library = menus_.library();
+    const int listed = library.listedCategory();
+    if (menus_.browser().clickCategory(row) || !library.selectedPatch().empty()) return;
+    library.scanPatches(listed);
+    menus_.patch().select();
+    view_->showHint("No patches are in this category.");
 }
 
 // Of a command that asks, this is what it did before; idle time follows the rest.

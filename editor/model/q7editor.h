@@ -157,6 +157,7 @@ private:
     void chooseSize(int row);
     void chooseHelp(int row);
     void chooseCommand(int tag, int row);
+    void chooseCategory(int row);
     void commandDone();
     void refreshAll();
     void parameterShown(int number);

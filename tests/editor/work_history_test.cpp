@@ -85,6 +85,22 @@ TEST_F(WorkSteps, TheListsFollowThePatchThatComesBack) {
     EXPECT_EQ(band(), "Keys/Key 1");
 }
 
+TEST_F(WorkSteps, ACategoryWithoutPatchesLeavesTheLists) {
+    putPatches("Empty", {});
+    putPatches("Keys", {"Key 1", "Key 2", "Key 3"});
+    load("Keys", "Key 2");
+    for (const int row : {0, 2}) {
+        view.forget();
+        editor.rowChosen(tag::categoryList, row);
+        EXPECT_EQ(selected(), "Keys/Key 2");
+        EXPECT_EQ(listed(), "Key 1");
+        EXPECT_EQ(view.hints.size(), 1u);
+    }
+    editor.rowChosen(tag::initMenu, init_row::all);
+    editor.rowChosen(tag::categoryList, 0);
+    EXPECT_EQ(listed(), "Key 1") << "also of a patch in no list";
+}
+
 TEST_F(WorkSteps, TheListsFollowACompareIntoAnotherCategory) {
     putPatches("Bass", {"Acid", "Bone", "Crawl"});
     putPatches("Keys", {"Key 1", "Key 2"});

@@ -108,6 +108,39 @@ TEST_F(BrowserOnDisk, APatchThatHasGoneIsNotPlayedAndLeavesTheSearch) {
     EXPECT_EQ(found("zinc"), Names{});
 }
 
+TEST_F(BrowserOnDisk, ClosedOnACategoryWithoutPatchesTheListsGoBackToThePatchInForce) {
+    put("Empty", {});
+    model.open();
+    const auto inForce = [&](const char* category, const char* name) {
+        library.selectPatch(category, name);
+        rig.audio.program().setProgramName(name);
+        patch.showListed(category, name);
+    };
+    inForce("Keys", "Glassine");
+    for (const char* category : {"Custom", "Empty"}) {
+        model.open();
+        model.clickCategory(place(category));
+        EXPECT_EQ(library.selectedPatch(), "") << category;
+        model.close();
+        EXPECT_EQ(library.selectedCategory() + "/" + library.selectedPatch(), "Keys/Glassine") << category;
+        EXPECT_EQ(library.patchNames().size(), 3u);
+    }
+    patch.showCustom();
+    model.open();
+    model.clickCategory(place("Custom"));
+    model.close();
+    EXPECT_EQ(library.patchNames().size(), 3u) << "the list of names stays as it was";
+}
+
+TEST_F(BrowserOnDisk, ClosedOnAPatchThatWasPlayedTheListsStayThere) {
+    patch.showListed("Keys", "Glassine");
+    model.open();
+    model.clickCategory(place("Bass"));
+    model.clickPatch(1);
+    model.close();
+    EXPECT_EQ(library.selectedPatch(), "Deep");
+}
+
 TEST_F(BrowserOnDisk, TellsThatSomethingHasChanged) {
     const unsigned before = model.revision();
     EXPECT_EQ(model.revision(), before);

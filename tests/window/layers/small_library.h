@@ -33,6 +33,7 @@ public:
     }
 
     void open() override { ++opened; }
+    void close() override { done.emplace_back("close"); }
     unsigned revision() override { return changes; }
     std::vector<BrowserCategory> categories() override {
         std::vector<BrowserCategory> result;
