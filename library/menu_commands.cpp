@@ -17,7 +17,6 @@ namespace {
 
 // Rows of the menus.
 constexpr int firstTemplateRow = 6;
-constexpr int firstWaveRow = 4;
 const std::vector<std::string> waveCommands = {"Load Wave", "Save Wave", "Random Wave", "-"};
 
 std::size_t placeOf(int layer, int oscillator) { return static_cast<std::size_t>(layer * oscillatorCount + oscillator); }

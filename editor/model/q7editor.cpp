@@ -489,6 +489,32 @@ std::vector<std::string> Q7Editor::rowsOf(const ControlEntry& entry) const {
     return {entry.labels.begin(), entry.labels.end()};
 }
 
+int Q7Editor::shownRow(const ControlEntry& entry) const {
+    if (isList(entry) && parameterOfTag(entry.tag) >= 0)
+        return instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, onShow_.layer));
+    if (!isOneOf(entry.tag, tag::waveMenu1, oscillatorCount)) return -1;
+    const std::string wave = menus_.shownWave(entry.tag - tag::waveMenu1);
+    const std::vector<std::string> rows = menus_.waveRows();
+    const auto found = std::find(rows.begin() + MenuCommands::firstWaveRow, rows.end(), wave);
+    return wave.empty() || found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
+}
+
+int Q7Editor::rowAfter(const ControlEntry& entry, int rows) const {
+    const bool isWaves = isOneOf(entry.tag, tag::waveMenu1, oscillatorCount);
+    const std::vector<std::string> labels = rowsOf(entry);
+    const int first = isWaves ? MenuCommands::firstWaveRow : 0, count = static_cast<int>(labels.size());
+    const int direction = rows > 0 ? 1 : -1;
+    int chosen = shownRow(entry);
+    // A wave that is in no list stands before the first.
+    for (int row = (chosen < first ? first - 1 : chosen) + direction; row >= first && row < count && rows != 0;
+         row += direction) {
+        if (labels[static_cast<std::size_t>(row)] == "-") continue;
+        chosen = row;
+        rows -= direction;
+    }
+    return chosen;
+}
+
 int Q7Editor::playingStep() const {
     const HeardWhileWritten reading;
     return instrument_.layer(onShow_.layer).arpeggiator().playingStep();

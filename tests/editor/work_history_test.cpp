@@ -182,6 +182,22 @@ TEST_F(WorkSteps, AWavesNameGoesAndComesBackWithIt) {
     EXPECT_EQ(shownWave(0), "Custom wave");
 }
 
+TEST_F(WorkSteps, TheMenuOfWavesStandsAtTheOneThatPlays) {
+    const ControlEntry& menu = controlEntry(controlIndexForTag(tag::waveMenu1 + 1));
+    const int first = MenuCommands::firstWaveRow;
+    EXPECT_EQ(editor.shownRow(menu), -1);
+    EXPECT_EQ(editor.rowAfter(menu, 1), first) << "commands are no waves";
+    EXPECT_EQ(editor.rowAfter(menu, -1), -1);
+    chooseWave(1, "Organ");
+    EXPECT_EQ(editor.shownRow(menu), first);
+    EXPECT_EQ(editor.rowAfter(menu, 1), first + 1);
+    EXPECT_EQ(editor.rowAfter(menu, -1), first) << "the first";
+    editor.rowChosen(tag::waveMenu1 + 1, editor.rowAfter(menu, 1));
+    EXPECT_EQ(shownWave(1), "Saw");
+    EXPECT_EQ(editor.rowAfter(menu, 10), first + 1) << "the last";
+    EXPECT_EQ(editor.shownRow(controlEntry(controlIndexForTag(tag::waveMenu1))), -1) << "of another oscillator";
+}
+
 TEST_F(WorkSteps, WavesOfAllLayersHaveTheirNamesWhenAPatchComesBack) {
     constexpr int copyPatch = 0, pastePatch = 2;
     editor.rowChosen(tag::copyMenu, copyPatch);
