@@ -513,7 +513,7 @@ void BrowserView::onCharacter(VSTGUI::KeyboardEvent& event) {
 
 // ---- drawing
 
-bool BrowserView::hasCaret() const { return focus_ == Focus::search && rounds_ / caretRounds % 2 == 0; }
+bool BrowserView::hasCaret() const { return rounds_ / caretRounds % 2 == 0; }
 
 void BrowserView::draw(VSTGUI::CDrawContext* context) {
     Pen pen(*context);
@@ -545,7 +545,7 @@ void BrowserView::drawHead(Pen& pen) const {
     if (isActive && !completed_.empty())
         end -= pen.text(end, y, "Tab completes", Face::medium, 9, style::text3, Align::right) + 8;
     if (search_.text().empty() && !isActive) pen.text(x, y, "Search names, categories and tags", Face::medium, 11, style::text3);
-    search_.draw(pen, x, y, end - x, Face::medium, 11, style::text, hasCaret());
+    search_.draw(pen, x, y, end - x, Face::medium, 11, style::text, isActive, hasCaret());
     const double typed = pen.textWidth(search_.text(), Face::medium, 11);
     if (isActive && !completed_.empty() && x + typed + 20 < end)
         pen.text(x + typed + 2, y, completionShown(search_.text(), completed_), Face::medium, 11, style::text3, Align::left,

@@ -638,7 +638,7 @@ void FileChooser::drawHead(Pen& pen) const {
     if (isTyped) {
         const double hint =
             completed_.empty() ? 0 : pen.text(place.right - 8, y, "Tab completes", Face::medium, 9, style::text3, Align::right);
-        path_.draw(pen, x, y, width - (hint > 0 ? hint + 10 : 0), Face::medium, 10.5, style::text, hasCaret());
+        path_.draw(pen, x, y, width - (hint > 0 ? hint + 10 : 0), Face::medium, 10.5, style::text, true, hasCaret());
         const double typed = pen.textWidth(path_.text(), Face::medium, 10.5), room = width - typed - hint - 12;
         if (room > 10) pen.text(x + typed + 2, y, shownName(completed_), Face::medium, 10.5, style::text3, Align::left, room);
     } else {
@@ -713,7 +713,8 @@ void FileChooser::drawRows(Pen& pen) const {
     const CRect place = typingPlace();
     drawTypingPlace(pen, place, true);
     drawFolder(pen, {place.left + 13, place.getCenter().y}, style::oscillators);
-    folderName_.draw(pen, place.left + 25, place.top + 13.6, place.getWidth() - 32, Face::medium, 10, style::text, hasCaret());
+    folderName_.draw(pen, place.left + 25, place.top + 13.6, place.getWidth() - 32, Face::medium, 10, style::text, true,
+                     hasCaret());
 }
 
 void FileChooser::drawRow(Pen& pen, int row, const CRect& area) const {
@@ -768,7 +769,7 @@ void FileChooser::drawFoot(Pen& pen) const {
             ending =
                 pen.text(place.right - 8, place.top + 14.6, request_.extension, Face::medium, 10, style::text3, Align::right) + 8;
         name_.draw(pen, place.left + 9, place.top + 14.6, place.getWidth() - 18 - ending, Face::medium, 10.5, style::text,
-                   focused_ == Part::name && hasCaret());
+                   focused_ == Part::name, hasCaret());
     } else if (isLow_) {
         pen.text(rectOf(Part::cancel).left, panel_.top + 18, request_.title, Face::title, 9.5, style::text, Align::left, 176);
     }
