@@ -46,7 +46,7 @@ public:
     BrowserNotes notes(const BrowserPatch& patch) override;
     void writeNotes(const BrowserPatch& patch, const BrowserNotes& notes) override;
     std::vector<BrowserPatch> search(const std::string& query, const BrowserFilters& filters) override;
-    std::string complete(const std::string& query) override { return index_.complete(query); }
+    std::string complete(const std::string& query, const BrowserFilters& filters) override;
     bool isReading() override { return index_.generation() == 0 && index_.isScanning(); }
     void playFound(const BrowserPatch& patch) override;
     void rateFound(const BrowserPatch& patch, int stars) override;

@@ -78,8 +78,9 @@ public:
 
     // Patches of all categories that fit the words and the filters, the best first. An empty query fits all.
     virtual std::vector<BrowserPatch> search(const std::string& query, const BrowserFilters& filters) = 0;
-    // What the user is most likely typing: the query made whole; empty if there is nothing.
-    virtual std::string complete(const std::string& query) = 0;
+    // What the user is most likely typing: the query made whole, as the first patch of the search has it; empty if there is
+    // nothing.
+    virtual std::string complete(const std::string& query, const BrowserFilters& filters) = 0;
     // Whether the library is still being read for the search.
     virtual bool isReading() = 0;
     // Loads and rates a patch that was found.

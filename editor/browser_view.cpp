@@ -30,12 +30,16 @@ std::string counted(std::size_t number) {
     return text;
 }
 
-// What stands behind a query for what Tab makes of it: its rest, or all of it if it begins otherwise.
-std::string completionShown(const std::string& query, const std::string& completed) {
+// Whether what Tab makes of a query begins with it, but for capitals.
+bool goesOn(const std::string& query, const std::string& completed) {
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    const bool goesOn = completed.size() > query.size() && std::equal(query.begin(), query.end(), completed.begin(),
-                                                                      [&](char a, char b) { return lower(a) == lower(b); });
-    return goesOn ? completed.substr(query.size()) : "  " + completed;
+    return completed.size() >= query.size() &&
+           std::equal(query.begin(), query.end(), completed.begin(), [&](char a, char b) { return lower(a) == lower(b); });
+}
+
+// What stands behind the query for it: its rest, or all of it if it begins otherwise.
+std::string completionShown(const std::string& query, const std::string& completed) {
+    return goesOn(query, completed) ? completed.substr(query.size()) : "  " + completed;
 }
 
 }  // namespace
@@ -70,8 +74,8 @@ void BrowserView::read() {
 
 void BrowserView::setSearch() {
     rounds_ = 0;
-    completed_ = search_.text().empty() ? "" : model_.complete(search_.text());
-    if (completed_ == search_.text()) completed_.clear();
+    completed_ = search_.text().empty() ? "" : model_.complete(search_.text(), filters_);
+    if (completed_.size() == search_.text().size() && goesOn(search_.text(), completed_)) completed_.clear();
     listBar_.scrollTo(0);
     selected_ = tried_ = -1;
     read();
@@ -548,7 +552,7 @@ void BrowserView::drawHead(Pen& pen) const {
     search_.draw(pen, x, y, end - x, Face::medium, 11, style::text, isActive, hasCaret());
     const double typed = pen.textWidth(search_.text(), Face::medium, 11);
     if (isActive && !completed_.empty() && x + typed + 20 < end)
-        pen.text(x + typed + 2, y, completionShown(search_.text(), completed_), Face::medium, 11, style::text3, Align::left,
+        pen.text(x + typed, y, completionShown(search_.text(), completed_), Face::medium, 11, style::text3, Align::left,
                  end - x - typed - 4);
     for (int chip = 0; chip < chips; ++chip) {
         const std::array isOn{filters_.favourites, filters_.fourStars, filters_.recent, filters_.mine};

@@ -640,7 +640,7 @@ void FileChooser::drawHead(Pen& pen) const {
             completed_.empty() ? 0 : pen.text(place.right - 8, y, "Tab completes", Face::medium, 9, style::text3, Align::right);
         path_.draw(pen, x, y, width - (hint > 0 ? hint + 10 : 0), Face::medium, 10.5, style::text, true, hasCaret());
         const double typed = pen.textWidth(path_.text(), Face::medium, 10.5), room = width - typed - hint - 12;
-        if (room > 10) pen.text(x + typed + 2, y, shownName(completed_), Face::medium, 10.5, style::text3, Align::left, room);
+        if (room > 10) pen.text(x + typed, y, shownName(completed_), Face::medium, 10.5, style::text3, Align::left, room);
     } else {
         // The end of a long path tells more than its beginning.
         std::string shown = folder_;

@@ -68,6 +68,17 @@ TEST_F(BrowserOnDisk, FindsInAllCategoriesAndPlaysWhatItFound) {
     EXPECT_EQ(model.listedCategory(), 1) << "the lists follow";
 }
 
+TEST_F(BrowserOnDisk, CompletesToWhatItFindsFirst) {
+    library.select({place("Keys"), 0});
+    model.clickStar(1, 5);  // Glassine has more stars, and is shorter
+    wait();
+    EXPECT_EQ(first("glas").name, "Glass Harbour");
+    EXPECT_EQ(model.complete("glas", {}), "Glass Harbour");
+    EXPECT_EQ(model.complete("glas", {.fourStars = true}), "Glassine");
+    EXPECT_EQ(model.complete("glas", {.mine = true}), "glass") << "a word";
+    model.clickStar(1, starsByDefault);
+}
+
 TEST_F(BrowserOnDisk, MarksWhatWasSearchedFor) {
     EXPECT_EQ(first("my gla").matchFrom, 0u);
     EXPECT_EQ(first("my gla").matched, 6u);

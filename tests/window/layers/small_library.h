@@ -72,7 +72,9 @@ public:
             }
         return found;
     }
-    std::string complete(const std::string& query) override { return query == "Glass" ? "Glass Harbour" : ""; }
+    std::string complete(const std::string& query, const BrowserFilters&) override {
+        return query == "Glass" ? "Glass Harbour" : "";
+    }
     bool isReading() override { return reads; }
     void playFound(const BrowserPatch& patch) override { play(patch); }
     void rateFound(const BrowserPatch& patch, int stars) override {
