@@ -18,7 +18,8 @@ namespace vantoric {
 struct PatchPlace {
     std::string category, patch;
     std::string file{};  // the name of its file; empty for a patch in no list
-    bool operator==(const PatchPlace&) const = default;
+    // Saving goes by the name: one that a host renamed stands where a patch of that name stands.
+    bool operator==(const PatchPlace& other) const { return category == other.category && patch == other.patch; }
 };
 
 // The wavetables that the custom waves were made of, as far as that is known: layer x 3 + oscillator.
