@@ -23,6 +23,7 @@ bool MYBrowser::open(LayerHost& host, BrowserModel* model) {
     area.top += bandHeight;
     if (model == nullptr || area.getHeight() < lowest) return false;
     host_ = &host;
+    model_ = model;
     view_ = new BrowserView(area, *model, [this] { close(); });
     view_->setNotesWanted([&host, model](const BrowserPatch& patch) { openNotes(host, *model, patch); });
     host.openLayer(view_);
@@ -34,6 +35,7 @@ void MYBrowser::close() {
     auto* view = std::exchange(view_, nullptr);
     if (view == nullptr) return;
     host_->closeLayer(*view);
+    model_->close();
     tellListener();
 }
 

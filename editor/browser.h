@@ -28,6 +28,7 @@ private:
     void tellListener();
 
     LayerHost* host_ = nullptr;
+    BrowserModel* model_ = nullptr;
     BrowserView* view_ = nullptr;
 };
 

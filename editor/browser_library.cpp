@@ -43,7 +43,15 @@ void BrowserLibrary::open() {
     tried_.reset();
     index_.rescan();  // patches may have been saved, deleted or starred since
     library_.scanCategories();
+    opened_ = library_.selection();
+    openedListed_ = categoryName(listedCategory());
     browser_.open();
+}
+
+void BrowserLibrary::close() {
+    if (!library_.selectedPatch().empty() || library_.selection() == opened_) return;
+    if (const int listed = rowOfCategory(openedListed_); listed >= 0) library_.scanPatches(listed);
+    patch_.select();
 }
 
 unsigned BrowserLibrary::revision() {
@@ -199,13 +207,26 @@ void BrowserLibrary::forgetKnown() {
 
 // ---- the search
 
-std::vector<BrowserPatch> BrowserLibrary::search(const std::string& query, const BrowserFilters& filters) {
+namespace {
+
+PatchFilter filterOf(const BrowserFilters& filters) {
     constexpr int manyStars = 4;
     PatchFilter filter;
     filter.fewestStars = filters.fourStars ? manyStars : fewestStars;
     filter.favourites = filters.favourites;
     filter.own = filters.mine;
     filter.recent = filters.recent;
+    return filter;
+}
+
+}  // namespace
+
+std::string BrowserLibrary::complete(const std::string& query, const BrowserFilters& filters) {
+    return index_.complete(query, filterOf(filters));
+}
+
+std::vector<BrowserPatch> BrowserLibrary::search(const std::string& query, const BrowserFilters& filters) {
+    const PatchFilter filter = filterOf(filters);
     forgetKnown();
     std::shared_ptr<const PatchCatalogue> catalogue;
     std::vector<std::uint32_t> indices;

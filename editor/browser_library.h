@@ -27,6 +27,7 @@ public:
         : library_(library), browser_(browser), patch_(patch), index_(index), onShow_(onShow), history_(history) {}
 
     void open() override;
+    void close() override;
     unsigned revision() override;
     std::vector<BrowserCategory> categories() override;
     int listedCategory() override;
@@ -45,7 +46,7 @@ public:
     BrowserNotes notes(const BrowserPatch& patch) override;
     void writeNotes(const BrowserPatch& patch, const BrowserNotes& notes) override;
     std::vector<BrowserPatch> search(const std::string& query, const BrowserFilters& filters) override;
-    std::string complete(const std::string& query) override { return index_.complete(query); }
+    std::string complete(const std::string& query, const BrowserFilters& filters) override;
     bool isReading() override { return index_.generation() == 0 && index_.isScanning(); }
     void playFound(const BrowserPatch& patch) override;
     void rateFound(const BrowserPatch& patch, int stars) override;
@@ -87,6 +88,8 @@ private:
     History* history_;
     std::optional<Tried> tried_;
 
+    PatchSelection opened_;     // the selection when the browser came up
+    std::string openedListed_;  // and the category that was listed
     State state_;
     unsigned revision_ = 0, ratingsGiven_ = 0;
     std::map<std::string, int> counts_;  // patches of each category, as catalogued

@@ -46,6 +46,9 @@ public:
 
     // The browser comes up: categories and stars are read anew.
     virtual void open() = 0;
+    // The browser goes away: where a category was chosen that nothing could be loaded from, the lists go back to the patch in
+    // force.
+    virtual void close() = 0;
     // Another number whenever anything that is told here may have changed, by whomever. Asked some twenty times a second.
     virtual unsigned revision() = 0;
 
@@ -75,8 +78,9 @@ public:
 
     // Patches of all categories that fit the words and the filters, the best first. An empty query fits all.
     virtual std::vector<BrowserPatch> search(const std::string& query, const BrowserFilters& filters) = 0;
-    // What the user is most likely typing: the query made whole; empty if there is nothing.
-    virtual std::string complete(const std::string& query) = 0;
+    // What the user is most likely typing: the query made whole, as the first patch of the search has it; empty if there is
+    // nothing.
+    virtual std::string complete(const std::string& query, const BrowserFilters& filters) = 0;
     // Whether the library is still being read for the search.
     virtual bool isReading() = 0;
     // Loads and rates a patch that was found.

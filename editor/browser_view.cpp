@@ -30,12 +30,16 @@ std::string counted(std::size_t number) {
     return text;
 }
 
-// What stands behind a query for what Tab makes of it: its rest, or all of it if it begins otherwise.
-std::string completionShown(const std::string& query, const std::string& completed) {
+// Whether what Tab makes of a query begins with it, but for capitals.
+bool goesOn(const std::string& query, const std::string& completed) {
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    const bool goesOn = completed.size() > query.size() && std::equal(query.begin(), query.end(), completed.begin(),
-                                                                      [&](char a, char b) { return lower(a) == lower(b); });
-    return goesOn ? completed.substr(query.size()) : "  " + completed;
+    return completed.size() >= query.size() &&
+           std::equal(query.begin(), query.end(), completed.begin(), [&](char a, char b) { return lower(a) == lower(b); });
+}
+
+// What stands behind the query for it: its rest, or all of it if it begins otherwise.
+std::string completionShown(const std::string& query, const std::string& completed) {
+    return goesOn(query, completed) ? completed.substr(query.size()) : "  " + completed;
 }
 
 }  // namespace
@@ -70,8 +74,8 @@ void BrowserView::read() {
 
 void BrowserView::setSearch() {
     rounds_ = 0;
-    completed_ = search_.text().empty() ? "" : model_.complete(search_.text());
-    if (completed_ == search_.text()) completed_.clear();
+    completed_ = search_.text().empty() ? "" : model_.complete(search_.text(), filters_);
+    if (completed_.size() == search_.text().size() && goesOn(search_.text(), completed_)) completed_.clear();
     listBar_.scrollTo(0);
     selected_ = tried_ = -1;
     read();
@@ -106,7 +110,9 @@ std::string BrowserView::emptyWords() const {
     if (filters_.any()) return "No patch fits these filters yet.";
     if (categories_.size() <= 1) return "There are no patch folders yet. Patches that you save make them.";
     if (listed_ >= 0 && categories_[static_cast<std::size_t>(listed_)].name == "Custom")
-        return "The patch in force is in no category. Choose one at the left.";
+        return playing_.name.empty() ? "The patch in force is in no category. Choose one at the left."
+                                     : "This stands for patches in no category. The one in force is in \u201c" +
+                                           shownName(playing_.category) + "\u201d.";
     return "No patches are in this category yet.";
 }
 
@@ -511,7 +517,7 @@ void BrowserView::onCharacter(VSTGUI::KeyboardEvent& event) {
 
 // ---- drawing
 
-bool BrowserView::hasCaret() const { return focus_ == Focus::search && rounds_ / caretRounds % 2 == 0; }
+bool BrowserView::hasCaret() const { return rounds_ / caretRounds % 2 == 0; }
 
 void BrowserView::draw(VSTGUI::CDrawContext* context) {
     Pen pen(*context);
@@ -543,10 +549,10 @@ void BrowserView::drawHead(Pen& pen) const {
     if (isActive && !completed_.empty())
         end -= pen.text(end, y, "Tab completes", Face::medium, 9, style::text3, Align::right) + 8;
     if (search_.text().empty() && !isActive) pen.text(x, y, "Search names, categories and tags", Face::medium, 11, style::text3);
-    search_.draw(pen, x, y, end - x, Face::medium, 11, style::text, hasCaret());
+    search_.draw(pen, x, y, end - x, Face::medium, 11, style::text, isActive, hasCaret());
     const double typed = pen.textWidth(search_.text(), Face::medium, 11);
     if (isActive && !completed_.empty() && x + typed + 20 < end)
-        pen.text(x + typed + 2, y, completionShown(search_.text(), completed_), Face::medium, 11, style::text3, Align::left,
+        pen.text(x + typed, y, completionShown(search_.text(), completed_), Face::medium, 11, style::text3, Align::left,
                  end - x - typed - 4);
     for (int chip = 0; chip < chips; ++chip) {
         const std::array isOn{filters_.favourites, filters_.fourStars, filters_.recent, filters_.mine};

@@ -42,6 +42,8 @@ public:
     // For tests.
     const std::vector<BrowserPatch>& rows() const { return rows_; }
     const std::string& query() const { return search_.text(); }
+    // What stands where a list is empty.
+    std::string emptyWords() const;
     int selected() const { return selected_; }
     bool isSearching() const { return !search_.text().empty() || filters_.any(); }
     VSTGUI::CRect rowRect(int row) const;
@@ -68,7 +70,6 @@ private:
     void setSearch();
     void scrollBars();
     int rowsPerColumn() const;
-    std::string emptyWords() const;
     bool isPlaying(const BrowserPatch& patch) const;
 
     // ---- where

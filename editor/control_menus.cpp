@@ -12,13 +12,11 @@ Color submenuColor(int base) {
 
 }  // namespace
 
-std::vector<MenuRow> listRows(const Q7Editor& editor, const ParameterModel& parameters, const ControlEntry& entry) {
+std::vector<MenuRow> listRows(const Q7Editor& editor, const ControlEntry& entry) {
     std::vector<MenuRow> rows;
     for (const std::string& label : editor.rowsOf(entry)) rows.push_back({label, static_cast<int>(rows.size()), false, {}, {}});
-    if (isList(entry) && parameterOfTag(entry.tag) >= 0) {
-        const int shown = parameters.getListIndex(hostIndexOfTag(entry.tag, editor.onShow().layer));
-        if (shown < static_cast<int>(rows.size())) rows[shown].isTicked = !rows[shown].isSeparator();
-    }
+    if (const int shown = editor.shownRow(entry); shown >= 0 && shown < static_cast<int>(rows.size()))
+        rows[shown].isTicked = !rows[shown].isSeparator();
     if (entry.tag == tag::copyMenu) rows[copy_row::multilayer].isTicked = editor.onShow().multilayer;
     if (const int target = editor.onShow().loadTarget; entry.tag == tag::fileMenu && target != 0)
         rows[file_row::loadToLayer1 + target - 1].isTicked = true;

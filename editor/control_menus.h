@@ -9,7 +9,7 @@
 namespace vantoric {
 
 // The rows of a list or menu, each with its number as its result, and the one in force ticked.
-std::vector<MenuRow> listRows(const Q7Editor& editor, const ParameterModel& parameters, const ControlEntry& entry);
+std::vector<MenuRow> listRows(const Q7Editor& editor, const ControlEntry& entry);
 
 // The rows of a knob's menu. Their results are row numbers; those of the submenus, from `firstSourceTag` on, tags of sources.
 std::vector<MenuRow> knobRows(const Q7Editor& editor, const ControlEntry& entry);

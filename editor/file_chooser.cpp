@@ -21,6 +21,7 @@ using VSTGUI::VirtualKey;
 namespace {
 
 constexpr double headerHeight = 17, placeHeight = 17, padding = 12, barWidth = 4;
+constexpr double newFolderHeight = 23;  // of the line above the rows in which a new folder is named
 constexpr double sizeColumn = 62, dateColumn = 104;
 constexpr double lowWindow = 300;
 constexpr unsigned caretRounds = 10, roundsToLookAgain = 60;  // of `follow`: half a second, three seconds
@@ -145,7 +146,7 @@ void FileChooser::layOutSide(const CRect& side) {
 
 void FileChooser::scrollBars() {
     listBar_.setPlace({listArea_.right - barWidth - 1, listArea_.top + 2, listArea_.right - 1, listArea_.bottom - 2},
-                      rowHeight() * list_.count(), listArea_.getHeight());
+                      rowHeight() * list_.count() + rowsTop() - listArea_.top, listArea_.getHeight());
     placesBar_.setPlace({placesArea_.right - barWidth, placesArea_.top, placesArea_.right, placesArea_.bottom},
                         placeHeight * static_cast<double>(places_.size()), placesArea_.getHeight());
 }
@@ -160,8 +161,10 @@ bool FileChooser::has(Part part) const { return !rectOf(part).isEmpty(); }
 
 double FileChooser::rowHeight() const { return isLow_ ? 16 : 18; }
 
+double FileChooser::rowsTop() const { return listArea_.top + (isMakingFolder_ ? newFolderHeight : 0); }
+
 CRect FileChooser::rowRect(int row) const {
-    const double top = listArea_.top + rowHeight() * row - listBar_.position();
+    const double top = rowsTop() + rowHeight() * row - listBar_.position();
     return {listArea_.left, top, listArea_.right - (listBar_.isNeeded() ? barWidth + 4 : 0), top + rowHeight()};
 }
 
@@ -174,8 +177,9 @@ FileChooser::Hit FileChooser::hit(CPoint where) const {
     for (const Spot& spot : spots_) {
         if (!spot.area.pointInside(where)) continue;
         if (spot.part == Part::list) {
-            const int row = static_cast<int>(std::floor((where.y - listArea_.top + listBar_.position()) / rowHeight()));
-            return {spot.part, row < list_.count() && rowRect(row).pointInside(where) ? row : -1};
+            const int row = static_cast<int>(std::floor((where.y - rowsTop() + listBar_.position()) / rowHeight()));
+            const bool isRow = where.y >= rowsTop() && row < list_.count() && rowRect(row).pointInside(where);
+            return {spot.part, isRow ? row : -1};
         }
         if (spot.part == Part::places) {
             const int place = static_cast<int>(std::floor((where.y - placesArea_.top + placesBar_.position()) / placeHeight));
@@ -195,6 +199,14 @@ CRect FileChooser::areaOf(const Hit& hit) const {
 // ---- folders
 
 void FileChooser::enter(const std::string& folder, const std::string& selectedName) {
+    list(folder, selectedName);
+    typedFrom_ = folder;
+    path_.setText(folder);
+    completed_.clear();
+    note("");
+}
+
+void FileChooser::list(const std::string& folder, const std::string& selectedName) {
     folder_ = folder;
     wantedName_ = selectedName;
     isFirstReading_ = true;
@@ -203,9 +215,6 @@ void FileChooser::enter(const std::string& folder, const std::string& selectedNa
     selected_ = -1;
     listBar_.scrollTo(0);
     scrollBars();
-    path_.setText(folder);
-    completed_.clear();
-    note("");
     readAgo_ = 0;
     reader_.request(folder);
     refresh();
@@ -227,6 +236,22 @@ void FileChooser::show(FolderListing listing) {
     refresh();
 }
 
+// The list follows a path that is being typed into each folder that is there; what it showed before is not chosen any more.
+void FileChooser::showTyped(const FolderListing& listing) {
+    if (focused_ != Part::path || listing.folder == folder_) return;
+    selected_ = -1;
+    refresh();
+    if (listing.state != FolderState::read) return;
+    list(listing.folder);
+    show(listing);
+}
+
+void FileChooser::setMakingFolder(bool isMaking) {
+    isMakingFolder_ = isMaking;
+    scrollBars();
+    refresh();
+}
+
 void FileChooser::finishReading() {
     reader_.finish();
     completions_.finish();
@@ -240,6 +265,7 @@ void FileChooser::follow() {
         readAgo_ = 0;
     }
     if (auto listing = completions_.take()) {
+        showTyped(*listing);
         completionEntries_ = std::move(listing->entries);
         typedInto(path_);
     }
@@ -297,6 +323,7 @@ void FileChooser::note(const std::string& text) {
 
 bool FileChooser::canAccept() const {
     if (request_.isSave) return !name_.text().empty();
+    if (focused_ == Part::path) return !path_.text().empty();
     return selected_ >= 0;
 }
 
@@ -314,7 +341,7 @@ void FileChooser::acceptSelected() {
 }
 
 void FileChooser::accept() {
-    if (!request_.isSave) return acceptSelected();
+    if (!request_.isSave) return focused_ == Part::path ? acceptPath() : acceptSelected();
     const std::string& name = name_.text();
     if (name.empty()) return note("Type a name for the file.");
     const std::string path = typedPath(name, folder_, home_);
@@ -327,7 +354,7 @@ void FileChooser::accept() {
 }
 
 void FileChooser::acceptPath() {
-    const std::string path = typedPath(path_.text(), folder_, home_);
+    const std::string path = typedPath(path_.text(), typedFrom_, home_);
     if (platform::isFolder(path)) {
         enter(path);
         return focus(Part::list);
@@ -346,7 +373,7 @@ void FileChooser::act(Part part) {
     switch (part) {
         case Part::up: return goUp();
         case Part::newFolder:
-            isMakingFolder_ = true;
+            setMakingFolder(true);
             folderName_.setText("New folder", true);
             return focus(Part::list);
         case Part::byName: list_.orderBy(FileOrder::name); break;
@@ -377,10 +404,7 @@ void FileChooser::onMouseDownEvent(VSTGUI::MouseDownEvent& event) {
     if (!event.buttonState.isLeft()) return;
     const Hit target = hit(event.mousePosition);
     const bool isSecond = clicks_.isSecond(event.mousePosition);
-    if (isMakingFolder_) {
-        isMakingFolder_ = false;
-        refresh();
-    }
+    if (isMakingFolder_) setMakingFolder(false);
     pressed_ = target.part;
     switch (target.part) {
         case Part::path:
@@ -463,6 +487,10 @@ void FileChooser::focus(Part part) {
         path_.setText(folder_);
         completed_.clear();
     }
+    if (part == Part::path && focused_ != Part::path) {
+        typedFrom_ = folder_;
+        completionFolder_.clear();
+    }
     focused_ = part;
     if (part == Part::list && selected_ < 0 && list_.count() > 0 && !isMakingFolder_ && !request_.isSave) select(0);
     rounds_ = 0;
@@ -492,14 +520,14 @@ void FileChooser::typedInto(LineEdit& line) {
     const std::string& text = path_.text();
     const std::size_t slash = text.rfind('/');
     const std::string leaf = slash == std::string::npos ? text : text.substr(slash + 1);
-    const std::string folder = slash == std::string::npos ? folder_ : typedPath(text.substr(0, slash + 1), folder_, home_);
+    const std::string folder = slash == std::string::npos ? typedFrom_ : typedPath(text.substr(0, slash + 1), typedFrom_, home_);
     completed_.clear();
-    if (leaf.empty()) return;
     if (folder != completionFolder_) {
         completionFolder_ = folder;
         completionEntries_.clear();
         completions_.request(folder);
     }
+    if (leaf.empty()) return;
     completed_ = completionOf(leaf, completionEntries_);
 }
 
@@ -514,10 +542,12 @@ void FileChooser::onKey(VSTGUI::KeyboardEvent& event) {
     const bool isEnter = event.virt == VirtualKey::Return || event.virt == VirtualKey::Enter;
     if (event.virt == VirtualKey::Escape) {
         if (isMakingFolder_) {
-            isMakingFolder_ = false;
+            setMakingFolder(false);
             return note("");
         }
-        return focused_ == Part::path ? focus(request_.isSave ? Part::name : Part::list) : dismiss();
+        if (focused_ != Part::path) return dismiss();
+        if (folder_ != typedFrom_) enter(typedFrom_);
+        return focus(request_.isSave ? Part::name : Part::list);
     }
     if (event.virt == VirtualKey::Tab && !isMakingFolder_) {
         const bool isBack = event.modifiers.has(ModifierKey::Shift);
@@ -638,9 +668,9 @@ void FileChooser::drawHead(Pen& pen) const {
     if (isTyped) {
         const double hint =
             completed_.empty() ? 0 : pen.text(place.right - 8, y, "Tab completes", Face::medium, 9, style::text3, Align::right);
-        path_.draw(pen, x, y, width - (hint > 0 ? hint + 10 : 0), Face::medium, 10.5, style::text, hasCaret());
+        path_.draw(pen, x, y, width - (hint > 0 ? hint + 10 : 0), Face::medium, 10.5, style::text, true, hasCaret());
         const double typed = pen.textWidth(path_.text(), Face::medium, 10.5), room = width - typed - hint - 12;
-        if (room > 10) pen.text(x + typed + 2, y, shownName(completed_), Face::medium, 10.5, style::text3, Align::left, room);
+        if (room > 10) pen.text(x + typed, y, shownName(completed_), Face::medium, 10.5, style::text3, Align::left, room);
     } else {
         // The end of a long path tells more than its beginning.
         std::string shown = folder_;
@@ -698,7 +728,8 @@ void FileChooser::drawColumns(Pen& pen) const {
 }
 
 void FileChooser::drawRows(Pen& pen) const {
-    const Pen::Clip clip(pen, listArea_.left, listArea_.top, listArea_.getWidth(), listArea_.getHeight());
+    drawNewFolder(pen);
+    const Pen::Clip clip(pen, listArea_.left, rowsTop(), listArea_.getWidth(), listArea_.bottom - rowsTop());
     if (list_.count() == 0)
         pen.text(listArea_.getCenter().x, listArea_.top + std::min(60.0, listArea_.getHeight() / 2 + 3), emptyWords(),
                  Face::medium, 10, style::text2, Align::centre, listArea_.getWidth() - 20);
@@ -709,11 +740,15 @@ void FileChooser::drawRows(Pen& pen) const {
         if (isDrawn(pen, area)) drawRow(pen, row, area);
     }
     listBar_.draw(pen, style::panel);
+}
+
+void FileChooser::drawNewFolder(Pen& pen) const {
     if (!isMakingFolder_) return;
     const CRect place = typingPlace();
     drawTypingPlace(pen, place, true);
     drawFolder(pen, {place.left + 13, place.getCenter().y}, style::oscillators);
-    folderName_.draw(pen, place.left + 25, place.top + 13.6, place.getWidth() - 32, Face::medium, 10, style::text, hasCaret());
+    folderName_.draw(pen, place.left + 25, place.top + 13.6, place.getWidth() - 32, Face::medium, 10, style::text, true,
+                     hasCaret());
 }
 
 void FileChooser::drawRow(Pen& pen, int row, const CRect& area) const {
@@ -768,7 +803,7 @@ void FileChooser::drawFoot(Pen& pen) const {
             ending =
                 pen.text(place.right - 8, place.top + 14.6, request_.extension, Face::medium, 10, style::text3, Align::right) + 8;
         name_.draw(pen, place.left + 9, place.top + 14.6, place.getWidth() - 18 - ending, Face::medium, 10.5, style::text,
-                   focused_ == Part::name && hasCaret());
+                   focused_ == Part::name, hasCaret());
     } else if (isLow_) {
         pen.text(rectOf(Part::cancel).left, panel_.top + 18, request_.title, Face::title, 9.5, style::text, Align::left, 176);
     }

@@ -19,7 +19,8 @@ namespace vantoric {
 // what comes and goes on disk comes and goes in the list. Whether a file may be overwritten is asked by who asked for the path.
 //
 // Keys: arrows and letters go through the list, Enter opens, Backspace goes up, "/" and "~" begin a path, Tab completes it or
-// goes on to the next part, F5 reads anew, Ctrl+L the path, Ctrl+N a new folder, Ctrl+H hidden files, Escape goes back.
+// goes on to the next part, and the list follows it into folders, F5 reads anew, Ctrl+L the path, Ctrl+N a new folder, Ctrl+H
+// hidden files, Escape goes back.
 class FileChooser : public LayerView {
 public:
     struct Place {
@@ -89,6 +90,7 @@ private:
     void layOutSide(const VSTGUI::CRect& side);
     void add(Part part, const VSTGUI::CRect& area) { spots_.push_back({part, area}); }
     double rowHeight() const;
+    double rowsTop() const;
     VSTGUI::CRect rectOf(Part part) const;
     bool has(Part part) const;
     VSTGUI::CRect placeRect(int place) const;
@@ -98,7 +100,10 @@ private:
 
     // ---- folders
     void enter(const std::string& folder, const std::string& selectedName = "");
+    void list(const std::string& folder, const std::string& selectedName = "");
     void show(FolderListing listing);
+    void showTyped(const FolderListing& listing);
+    void setMakingFolder(bool isMaking);
     void goUp();
     void select(int row);
     void makeFolder();
@@ -131,6 +136,7 @@ private:
     void drawPlaces(Pen& pen) const;
     void drawColumns(Pen& pen) const;
     void drawRows(Pen& pen) const;
+    void drawNewFolder(Pen& pen) const;
     void drawRow(Pen& pen, int row, const VSTGUI::CRect& area) const;
     void drawFoot(Pen& pen) const;
     void drawChipOf(Pen& pen, Part part, const std::string& label, bool isOn) const;
@@ -143,6 +149,7 @@ private:
     std::string home_;
 
     std::string folder_, wantedName_;
+    std::string typedFrom_;  // the folder that a typed path begins at, and that Escape goes back to
     FolderReader reader_, completions_;
     bool isFirstReading_ = false;
     FileList list_;

@@ -333,7 +333,10 @@ void FrameDialogs::answerWithNothing(Asked& asked) {
         if (isClosing_) return choice->then({});
         windowless_.choice(choice->title, choice->text, std::move(choice->then));
     }
-    if (auto* path = std::get_if<Path>(&asked)) windowless_.choosePath(path->request, std::move(path->then));
+    if (auto* path = std::get_if<Path>(&asked)) {
+        if (isClosing_) return path->then({});  // a window that goes away opens no other
+        windowless_.choosePath(path->request, std::move(path->then));
+    }
     auto* task = std::get_if<Task>(&asked);
     if (task == nullptr) return;
     if (isClosing_) return task->then(false);  // a window that goes away begins nothing

@@ -130,7 +130,7 @@ bool LineEdit::onKey(const VSTGUI::KeyboardEvent& event) {
     return true;
 }
 
-void LineEdit::draw(Pen& pen, double x, double y, double width, style::Face face, double size, const Color& color,
+void LineEdit::draw(Pen& pen, double x, double y, double width, style::Face face, double size, const Color& color, bool isActive,
                     bool hasCaret) const {
     std::size_t first = 0;
     while (first < caret_ && pen.textWidth(text_.substr(first, caret_ - first), face, size) > width - 4) first = after(first);
@@ -138,12 +138,12 @@ void LineEdit::draw(Pen& pen, double x, double y, double width, style::Face face
         return position <= first ? x : x + pen.textWidth(text_.substr(first, position - first), face, size);
     };
     const Pen::Clip clip(pen, x - 1, y - size * 1.3, width + 2, size * 1.8);
-    if (hasCaret && hasSelection()) {
+    if (isActive && hasSelection()) {
         const double from = placeOf(std::min(anchor_, caret_)), to = placeOf(std::max(anchor_, caret_));
         pen.rect(from, y - size, to - from, size * 1.3, fade(style::oscillators, 0.35));
     }
     pen.text(x, y, text_.substr(first), face, size, color);
-    if (hasCaret) pen.rect(placeOf(caret_), y - size, 1.2, size * 1.3, style::oscillators);
+    if (isActive && hasCaret) pen.rect(placeOf(caret_), y - size, 1.2, size * 1.3, style::oscillators);
 }
 
 }  // namespace vantoric

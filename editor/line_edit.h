@@ -21,8 +21,10 @@ public:
     // A key that went down. True if it was one for a text; Return, Escape, Tab and the vertical arrows are not.
     bool onKey(const VSTGUI::KeyboardEvent& event);
 
-    // Draws the line with its base line at `y`; the part that does not fit is cut at its beginning.
-    void draw(Pen& pen, double x, double y, double width, style::Face face, double size, const Color& color, bool hasCaret) const;
+    // Draws the line with its base line at `y`; the part that does not fit is cut at its beginning. One that is typed in
+    // (`isActive`) shows what is selected, and the caret in its turn.
+    void draw(Pen& pen, double x, double y, double width, style::Face face, double size, const Color& color, bool isActive,
+              bool hasCaret) const;
 
 private:
     std::size_t before(std::size_t position) const;

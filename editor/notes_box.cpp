@@ -91,7 +91,7 @@ void NotesBox::drawLine(Pen& pen, int line) const {
         return static_cast<void>(
             pen.text(place.left + 8, base, lines_[index].text(), Face::medium, 10.5, style::text, Align::left, width));
     const bool hasCaret = rounds_ / caretRounds % 2 == 0;
-    lines_[index].draw(pen, place.left + 8, base, width, Face::medium, 10.5, style::text, hasCaret);
+    lines_[index].draw(pen, place.left + 8, base, width, Face::medium, 10.5, style::text, true, hasCaret);
 }
 
 void NotesBox::follow() {

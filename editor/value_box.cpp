@@ -58,7 +58,7 @@ void ValueBox::draw(VSTGUI::CDrawContext* context) {
     const double unit = pen.text(place.right - 7, place.top + 14.6, asked_.unit, Face::medium, 10, style::text3, Align::right);
     const bool hasCaret = rounds_ / caretRounds % 2 == 0;
     line_.draw(pen, place.left + 8, place.top + 14.6, place.getWidth() - 16 - (unit > 0 ? unit + 6 : 0), Face::medium, 10.5,
-               style::text, hasCaret);
+               style::text, true, hasCaret);
     double y = place.bottom + 13;
     for (const std::string& note : notes_) {
         pen.text(left, y, note, Face::medium, noteSize, error_.empty() ? style::text2 : mix(style::alarm, style::white, 0.45));

@@ -526,18 +526,10 @@ void WindowContent::controlStepped(ControlFace& face, int direction) { stepList(
 
 void WindowContent::listStepped(ControlFace& face, int rows) { stepList(face, rows, true); }
 
-// So many rows on, the separators not counted; at most to the end.
 void WindowContent::stepList(ControlFace& face, int rows, bool wakes) {
     const ControlEntry& entry = face.entry();
-    if (entry.labels.empty() || parameterOfTag(entry.tag) < 0) return;
-    const int count = static_cast<int>(entry.labels.size()), direction = rows > 0 ? 1 : -1;
-    const int shown = instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, editor_.onShow().layer));
-    int chosen = shown;
-    for (int row = shown + direction; row >= 0 && row < count && rows != 0; row += direction) {
-        if (std::string(entry.labels[row]) == "-") continue;
-        chosen = row;
-        rows -= direction;
-    }
+    if (!isWaveMenu(entry) && (entry.labels.empty() || parameterOfTag(entry.tag) < 0)) return;
+    const int shown = editor_.shownRow(entry), chosen = editor_.rowAfter(entry, rows);
     if (chosen != shown) chooseRow(face, chosen, wakes);
 }
 
@@ -605,9 +597,7 @@ void WindowContent::chooseRow(ControlFace& face, int row, bool wakes) {
 
 void WindowContent::controlListWanted(ControlFace& face) {
     const ControlEntry& entry = face.entry();
-    openPopup(
-        face.body(), listRows(editor_, instrument_.parameters(), entry),
-        [this, &face](int row) { chooseRow(face, row, isRowByLeft_); }, &face);
+    openPopup(face.body(), listRows(editor_, entry), [this, &face](int row) { chooseRow(face, row, isRowByLeft_); }, &face);
 }
 
 void WindowContent::openMenu(int index) {

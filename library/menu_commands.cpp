@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/text.h"
 #include "base/version.h"
 #include "library/show_messages.h"
 #include "platform/files.h"
@@ -16,13 +17,20 @@ namespace {
 
 // Rows of the menus.
 constexpr int firstTemplateRow = 6;
-constexpr int firstWaveRow = 4;
 const std::vector<std::string> waveCommands = {"Load Wave", "Save Wave", "Random Wave", "-"};
 
 std::size_t placeOf(int layer, int oscillator) { return static_cast<std::size_t>(layer * oscillatorCount + oscillator); }
 
 // Names of programs come from hosts too: one with a separator names no file.
 bool isFileName(const std::string& name) { return name.find_first_of(std::string_view("/\\\0", 3)) == std::string::npos; }
+
+// What a patch of that layer may be called: as long as a program's name at most.
+std::string nameOfLayer(const std::string& patch, int layer) {
+    const std::string ending = " layer " + std::to_string(layer + 1);
+    std::string_view name = cutText(patch, ProgramSlot::longestName - ending.size());
+    if (name.size() < patch.size()) name = name.substr(0, name.find_last_not_of(' ') + 1);
+    return std::string(name) + ending;
+}
 
 }  // namespace
 
@@ -111,7 +119,7 @@ void MenuCommands::quickSave() {
 }
 
 void MenuCommands::saveLayer(int layer) {
-    patches_.askSavePath(patch_.name() + " layer " + std::to_string(layer + 1), [this, layer](const auto& path) {
+    patches_.askSavePath(nameOfLayer(patch_.name(), layer), [this, layer](const auto& path) {
         layers_.saveLayerAsPatch(layer, path);
         if (path) ++filesChanged_;
         library_.scanCategories();

@@ -48,6 +48,7 @@ public:
     // The 45 rows of a sample's "EDIT" menu.
     void editSample(int oscillator, int row);
     // The rows of an oscillator's wave menu: its commands, then the wavetables, scanned at each call; and what a row does.
+    static constexpr int firstWaveRow = 4;
     std::vector<std::string> waveRows() const;
     void chooseWave(int oscillator, int row);
     // The wavetable that the custom wave of an oscillator was made of since the patch was loaded; empty for none.

@@ -265,22 +265,12 @@ std::vector<std::uint32_t> PatchCatalogue::search(std::string_view query, const 
 
 // ---- completion -------------------------------------------------------------------------------------------------
 
-std::string PatchCatalogue::completeName(const std::string& title) const {
-    const CataloguedPatch* best = nullptr;
-    for (std::size_t i = 0; i < patches_.size(); ++i) {
-        const CataloguedPatch& patch = patches_[i];
-        if (!titleAt(i).starts_with(title)) continue;
-        const bool isBetter =
-            best == nullptr || patch.stars > best->stars || (patch.stars == best->stars && patch.name.size() < best->name.size());
-        if (isBetter) best = &patch;
-    }
-    return best != nullptr ? best->name : std::string();
-}
-
-std::string PatchCatalogue::complete(std::string_view query) const {
+std::string PatchCatalogue::complete(std::string_view query, const PatchFilter& filter,
+                                     const std::vector<std::uint32_t>& recent) const {
     auto words = searchWords(query);
     if (words.empty()) return {};
-    if (std::string name = completeName(joinWords(words)); !name.empty()) return name;
+    const std::vector<std::uint32_t> found = search(query, filter, recent);
+    if (!found.empty() && titleAt(found[0]).starts_with(joinWords(words))) return patches_[found[0]].name;
     // The word that most patches have.
     std::string& last = words.back().text;
     std::size_t best = innerStarts_.size();

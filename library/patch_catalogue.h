@@ -51,9 +51,10 @@ public:
     std::vector<std::uint32_t> search(std::string_view query, const PatchFilter& filter,
                                       const std::vector<std::uint32_t>& recent = {}) const;
 
-    // What the user is most likely typing: a name that begins with the query, the most stars first, then the shortest; else
-    // the query with its last word made whole. Empty if nothing begins so.
-    std::string complete(std::string_view query) const;
+    // What the user is most likely typing: the name that the search finds first, if it begins with the query; else the query
+    // with its last word made whole. Empty if nothing begins so.
+    std::string complete(std::string_view query, const PatchFilter& filter = {},
+                         const std::vector<std::uint32_t>& recent = {}) const;
 
 private:
     enum Match : std::uint8_t { start, part, slip, none };
@@ -80,7 +81,6 @@ private:
     Costs costsOfWord(const std::string& query) const;
     Costs cachedCosts(const std::string& query) const;
     std::vector<std::uint8_t> costsOf(const std::vector<SearchWord>& query) const;
-    std::string completeName(const std::string& title) const;
 
     std::vector<CataloguedPatch> patches_;
     std::string text_;  // all words, each once and with a zero behind it

@@ -150,13 +150,21 @@ std::shared_ptr<const PatchCatalogue> PatchIndex::catalogue() const {
     return catalogue_;
 }
 
+std::vector<std::uint32_t> PatchIndex::recentIn(const PatchCatalogue& catalogue) const {
+    std::vector<std::uint32_t> indices;
+    for (const PatchPlace& place : recent())
+        if (const auto index = catalogue.find(place.category, place.patch)) indices.push_back(*index);
+    return indices;
+}
+
 std::vector<std::uint32_t> PatchIndex::search(std::string_view query, const PatchFilter& filter) const {
     const auto all = catalogue();
-    std::vector<std::uint32_t> indices;
-    if (filter.recent)
-        for (const PatchPlace& place : recent())
-            if (const auto index = all->find(place.category, place.patch)) indices.push_back(*index);
-    return all->search(query, filter, indices);
+    return all->search(query, filter, filter.recent ? recentIn(*all) : std::vector<std::uint32_t>());
+}
+
+std::string PatchIndex::complete(std::string_view query, const PatchFilter& filter) const {
+    const auto all = catalogue();
+    return all->complete(query, filter, filter.recent ? recentIn(*all) : std::vector<std::uint32_t>());
 }
 
 void PatchIndex::write(const PatchPlace& patch, const PatchNotes& notes) {

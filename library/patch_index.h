@@ -54,7 +54,7 @@ public:
 
     // See PatchCatalogue; of the present one.
     std::vector<std::uint32_t> search(std::string_view query, const PatchFilter& filter) const;
-    std::string complete(std::string_view query) const { return catalogue()->complete(query); }
+    std::string complete(std::string_view query, const PatchFilter& filter = {}) const;
 
     // Replaces what is written about a patch, and scans anew.
     void write(const PatchPlace& patch, const PatchNotes& notes);
@@ -70,6 +70,7 @@ private:
         PatchNotes notes;
     };
 
+    std::vector<std::uint32_t> recentIn(const PatchCatalogue& catalogue) const;
     void run();
     void tellShortMemory();
     void scan();

@@ -133,6 +133,18 @@ void PatchLibrary::selectPatch(int patch) { selection_ = {listed_, patch}; }
 
 void PatchLibrary::selectPatch(const std::string& name) { selectPatch(std::max(0, placeOf(name))); }
 
+bool PatchLibrary::selectPatch(const std::string& category, const std::string& name) {
+    if (selectedCategory() == category && selectedPatch() == name) return true;
+    if (!holdsPatch(category, name)) return false;
+    const auto rowOf = [this, &category] { return std::find(categories_.begin(), categories_.end(), category); };
+    if (rowOf() == categories_.end()) scanCategories();
+    if (rowOf() == categories_.end() || isCustom(static_cast<int>(rowOf() - categories_.begin()))) return false;
+    select({static_cast<int>(rowOf() - categories_.begin()), 0});
+    const int place = placeOf(name);
+    selection_.patch = place >= 0 ? place : static_cast<int>(patches_.size());
+    return true;
+}
+
 int PatchLibrary::placeOf(const std::string& patch) const {
     const auto found = std::find(patches_.begin(), patches_.end(), patch);
     return found != patches_.end() ? static_cast<int>(found - patches_.begin()) : PatchSelection::none;

@@ -71,6 +71,8 @@ public:
     // Selects a patch of the listed category, by its place or its name (its first one if there is none of the name).
     void selectPatch(int patch);
     void selectPatch(const std::string& name);
+    // Selects a patch of a category, also one that is beyond the list. False, with the selection as it was, if there is none.
+    bool selectPatch(const std::string& category, const std::string& name);
     // The file of a patch was deleted: if it was the selected one, the step to the next goes to the one that followed it.
     // Before the list is scanned anew.
     void noteDeleted(const std::string& category, const std::string& name);

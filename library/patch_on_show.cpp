@@ -23,6 +23,19 @@ void PatchOnShow::show(const std::string& category, const std::string& name) {
 
 void PatchOnShow::showListed(const std::string& category, const std::string& name) { show(category, name); }
 
+void PatchOnShow::showAgain(const std::string& category, const std::string& file, const std::string& name) {
+    if (file.empty() || !library_.selectPatch(category, file)) {
+        library_.findPatch(name);
+        return show(customCategory, "");
+    }
+    show(category, file);
+    if (name != file) programName_ = file;  // it was given that name since it was loaded
+}
+
+void PatchOnShow::select() {
+    if (file_.empty() || !library_.selectPatch(category_, file_)) library_.findPatch(name());
+}
+
 void PatchOnShow::showFile(const std::string& path) {
     const std::string name = patchNameOfPath(path);
     const std::filesystem::path file = platform::nativePath(path).lexically_normal();

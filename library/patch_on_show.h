@@ -26,6 +26,11 @@ public:
     // Of no file. The second leaves the selection, from which steps go on.
     void showCustom();
     void showCustomHere();
+    // One that was in force before and is again: where its file is, if it is still there, and the name that it had. The
+    // selection goes there, or to a patch of that name.
+    void showAgain(const std::string& category, const std::string& file, const std::string& name);
+    // The same selection, of the patch in force.
+    void select();
     // As it was before what was loaded.
     void keep();
 

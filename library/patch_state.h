@@ -17,7 +17,9 @@ namespace vantoric {
 // Where a patch stands in the lists, as whoever keeps the lists names it: nothing else reads these texts.
 struct PatchPlace {
     std::string category, patch;
-    bool operator==(const PatchPlace&) const = default;
+    std::string file{};  // the name of its file; empty for a patch in no list
+    // Saving goes by the name: one that a host renamed stands where a patch of that name stands.
+    bool operator==(const PatchPlace& other) const { return category == other.category && patch == other.patch; }
 };
 
 // The wavetables that the custom waves were made of, as far as that is known: layer x 3 + oscillator.

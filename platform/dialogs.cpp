@@ -23,9 +23,9 @@ std::string formatted(const char* format, std::va_list arguments) {
 }
 
 #ifdef _WIN32
-constexpr std::string_view notInNames = "/\\<>:\"|?*";
+constexpr std::string_view notInNames = "/\\<>:\"|?*", separators = "/\\";
 #else
-constexpr std::string_view notInNames = "/\\";
+constexpr std::string_view notInNames = "/\\", separators = "/";
 #endif
 
 struct KindTexts {
@@ -48,6 +48,23 @@ const KindTexts& textsOf(FileKind kind) {
     for (const KindTexts& texts : kindTexts)
         if (texts.kind == kind) return texts;
     return kindTexts[0];
+}
+
+// Who chose a file that is there and does not want it overwritten chooses anew, from the same folder and name on.
+// NOLINTNEXTLINE(misc-no-recursion)
+void askSavePath(Dialogs& dialogs, const FileRequest& request, const OnPath& then) {
+    dialogs.choosePath(request, [&dialogs, request, then](const auto& chosen) {
+        if (!chosen) return then({});
+        const std::string& extension = request.extension;
+        const std::string path = chosen->ends_with(extension) ? *chosen : *chosen + extension;
+        if (!exists(path)) return then(path);
+        FileRequest again = request;
+        const std::size_t name = path.find_last_of(separators) + 1;
+        again.startFolder = path.substr(0, name);
+        again.name = path.substr(name, path.size() - name - extension.size());
+        dialogs.question("Warning", "Are you sure that you want to overwrite this file?",
+                         [&dialogs, path, again, then](bool yes) { yes ? then(path) : askSavePath(dialogs, again, then); });
+    });
 }
 
 }  // namespace
@@ -89,14 +106,7 @@ void askFilePath(Dialogs& dialogs, const std::string& startFolder, bool isSave, 
     FileRequest request = fileRequest(kind, isSave, startFolder);
     for (const char c : name)
         request.name += notInNames.find(c) != std::string_view::npos || static_cast<unsigned char>(c) < ' ' ? '-' : c;
-    if (!isSave) return dialogs.choosePath(request, std::move(then));
-    dialogs.choosePath(request, [&dialogs, extension = request.extension, then = std::move(then)](const auto& chosen) {
-        if (!chosen) return then({});
-        const std::string path = chosen->ends_with(extension) ? *chosen : *chosen + extension;
-        if (!exists(path)) return then(path);
-        dialogs.question("Warning", "Are you sure that you want to overwrite this file?",
-                         [path, then](bool yes) { yes ? then(path) : then({}); });
-    });
+    isSave ? askSavePath(dialogs, request, then) : dialogs.choosePath(request, std::move(then));
 }
 
 void WrittenDialogs::message(const std::string& title, const std::string& text) {

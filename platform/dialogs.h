@@ -79,7 +79,8 @@ void askQuestion(Dialogs& dialogs, OnAnswer then, const char* title, const char*
 FileRequest fileRequest(FileKind kind, bool isSave, const std::string& startFolder);
 
 // The open or save dialog of a kind. On saving, the kind's extension is added unless the path ends in it
-// already, letter case included, and an existing file is a question to the user. `then` gets nothing if the user went back.
+// already, letter case included, and an existing file is a question to the user, who chooses anew after a No. `then` gets
+// nothing if the user went back.
 // A save may propose a name; characters that no file name holds are replaced.
 void askFilePath(Dialogs& dialogs, const std::string& startFolder, bool isSave, FileKind kind, OnPath then,
                  const std::string& name = {});

@@ -295,10 +295,20 @@ void Q7Editor::chooseCommand(int tag, int row) {
             menus_.init(row);
             if (row == init_row::all) pages_.showFirstPages();
             return;
-        case tag::categoryList: return static_cast<void>(menus_.browser().clickCategory(row));
+        case tag::categoryList: return chooseCategory(row);
         case tag::patchList: return static_cast<void>(menus_.browser().clickPatch(row));
         default: return;
     }
+}
+
+// One that nothing can be loaded from leaves the lists at the patch on show.
+void Q7Editor::chooseCategory(int row) {
+    PatchLibrary& library = menus_.library();
+    const int listed = library.listedCategory();
+    if (menus_.browser().clickCategory(row) || !library.selectedPatch().empty()) return;
+    library.scanPatches(listed);
+    menus_.patch().select();
+    view_->showHint("No patches are in this category.");
 }
 
 // Of a command that asks, this is what it did before; idle time follows the rest.
@@ -477,6 +487,32 @@ KnobState Q7Editor::knobState(const ControlEntry& entry) const {
 std::vector<std::string> Q7Editor::rowsOf(const ControlEntry& entry) const {
     if (isOneOf(entry.tag, tag::waveMenu1, oscillatorCount)) return menus_.waveRows();
     return {entry.labels.begin(), entry.labels.end()};
+}
+
+int Q7Editor::shownRow(const ControlEntry& entry) const {
+    if (isList(entry) && parameterOfTag(entry.tag) >= 0)
+        return instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, onShow_.layer));
+    if (!isOneOf(entry.tag, tag::waveMenu1, oscillatorCount)) return -1;
+    const std::string wave = menus_.shownWave(entry.tag - tag::waveMenu1);
+    const std::vector<std::string> rows = menus_.waveRows();
+    const auto found = std::find(rows.begin() + MenuCommands::firstWaveRow, rows.end(), wave);
+    return wave.empty() || found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
+}
+
+int Q7Editor::rowAfter(const ControlEntry& entry, int rows) const {
+    const bool isWaves = isOneOf(entry.tag, tag::waveMenu1, oscillatorCount);
+    const std::vector<std::string> labels = rowsOf(entry);
+    const int first = isWaves ? MenuCommands::firstWaveRow : 0, count = static_cast<int>(labels.size());
+    const int direction = rows > 0 ? 1 : -1;
+    int chosen = shownRow(entry);
+    // A wave that is in no list stands before the first.
+    for (int row = (chosen < first ? first - 1 : chosen) + direction; row >= first && row < count && rows != 0;
+         row += direction) {
+        if (labels[static_cast<std::size_t>(row)] == "-") continue;
+        chosen = row;
+        rows -= direction;
+    }
+    return chosen;
 }
 
 int Q7Editor::playingStep() const {

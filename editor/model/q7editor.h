@@ -129,6 +129,10 @@ public:
     int playingStep() const;
     // The rows of the menu or list of a control, "-" for separators.
     std::vector<std::string> rowsOf(const ControlEntry& entry) const;
+    // The row that a list stands at: of its parameter's value, or of the wave; -1: none.
+    int shownRow(const ControlEntry& entry) const;
+    // The row so many on from there, at most to the end; separators and commands are passed over. -1: none.
+    int rowAfter(const ControlEntry& entry, int rows) const;
 
     // Shows a layer, 0 to 3.
     void showLayer(int layer);
@@ -157,6 +161,7 @@ private:
     void chooseSize(int row);
     void chooseHelp(int row);
     void chooseCommand(int tag, int row);
+    void chooseCategory(int row);
     void commandDone();
     void refreshAll();
     void parameterShown(int number);

@@ -40,8 +40,13 @@ void WorkHistory::follow() {
     autosave_.follow({history_.isChanged(), history_.stateId(), editor_.commands().patch().category(), editor_.patchName()});
 }
 
-PatchPlace WorkHistory::place() const { return {editor_.commands().patch().category(), editor_.patchName()}; }
+PatchPlace WorkHistory::place() const {
+    const PatchOnShow& patch = editor_.commands().patch();
+    return {patch.category(), editor_.patchName(), patch.file()};
+}
 
-void WorkHistory::showPlace(const PatchPlace& place) { editor_.commands().patch().showListed(place.category, place.patch); }
+void WorkHistory::showPlace(const PatchPlace& place) {
+    editor_.commands().patch().showAgain(place.category, place.file, place.patch);
+}
 
 }  // namespace vantoric

@@ -5,6 +5,9 @@
 
 #include "editor/model/menu_rows.h"
 #include "editor/model/spoken_values.h"
+#include "library/spare_patch.h"
+#include "patch/patch_file.h"
+#include "platform/files.h"
 #include "platform/module_folder.h"
 #include "platform/scratch_folder.h"
 #include "tests/editor/editor_rig.h"
@@ -12,6 +15,8 @@
 
 namespace vantoric::test {
 namespace {
+
+namespace par = parameter;
 
 // The folder of the data, there before the editor and gone after it.
 struct OwnData {
@@ -40,8 +45,127 @@ struct WorkSteps : ::testing::Test, OwnData, EditorRig {
         return faceText(editor, controlEntry(controlIndexForTag(tag::waveMenu1 + oscillator)));
     }
 
+    // Patches of a category, of different sound, in the lists.
+    void putPatches(const std::string& category, const std::vector<std::string>& names) {
+        platform::makeFolder(platform::soundsFolder() + category);
+        const auto patch = std::make_unique<SparePatch>(audio.messages());
+        for (const std::string& name : names) {
+            patch->parameters().setParameter(par::Cutoff1, 0.01f * static_cast<float>(name.back()));
+            EXPECT_TRUE(patch->files().savePatchFile(patchPath(category, name)));
+        }
+        editor.patches().scanCategories();
+    }
+    void load(const std::string& category, const std::string& name) {
+        ASSERT_TRUE(editor.patches().selectPatch(category, name));
+        ASSERT_TRUE(editor.patches().loadSelectedPatch());
+    }
+    void step(int tag) { editor.valueChanged(tag, 1.0f, true); }
+    // What the band shows, and where the two lists stand.
+    std::string band() { return editor.commands().patch().category() + "/" + editor.patchName(); }
+    std::string selected() { return editor.patches().selectedCategory() + "/" + editor.patches().selectedPatch(); }
+    std::string listed() { return editor.patches().patchNames().empty() ? "" : editor.patches().patchNames().front(); }
+
     WorkHistory work{audio, editor};
 };
+
+TEST_F(WorkSteps, TheListsFollowThePatchThatComesBack) {
+    putPatches("Keys", {"Key 1", "Key 2", "Key 3", "Key 4"});
+    load("Keys", "Key 2");
+    load("Keys", "Key 3");
+    work.undo();
+    EXPECT_EQ(band(), "Keys/Key 2");
+    EXPECT_EQ(selected(), "Keys/Key 2");
+    work.redo();
+    EXPECT_EQ(selected(), "Keys/Key 3");
+    work.undo();
+    step(tag::nextPatch);
+    EXPECT_EQ(band(), "Keys/Key 3") << "the one after that on show";
+    work.undo();
+    step(tag::previousPatch);
+    EXPECT_EQ(band(), "Keys/Key 1");
+}
+
+TEST_F(WorkSteps, ACategoryWithoutPatchesLeavesTheLists) {
+    putPatches("Empty", {});
+    putPatches("Keys", {"Key 1", "Key 2", "Key 3"});
+    load("Keys", "Key 2");
+    for (const int row : {0, 2}) {
+        view.forget();
+        editor.rowChosen(tag::categoryList, row);
+        EXPECT_EQ(selected(), "Keys/Key 2");
+        EXPECT_EQ(listed(), "Key 1");
+        EXPECT_EQ(view.hints.size(), 1u);
+    }
+    editor.rowChosen(tag::initMenu, init_row::all);
+    editor.rowChosen(tag::categoryList, 0);
+    EXPECT_EQ(listed(), "Key 1") << "also of a patch in no list";
+}
+
+TEST_F(WorkSteps, TheListsFollowACompareIntoAnotherCategory) {
+    putPatches("Bass", {"Acid", "Bone", "Crawl"});
+    putPatches("Keys", {"Key 1", "Key 2"});
+    load("Keys", "Key 1");
+    work.compare();
+    load("Bass", "Acid");
+    work.compare();
+    EXPECT_EQ(band(), "Keys/Key 1");
+    EXPECT_EQ(selected(), "Keys/Key 1");
+    EXPECT_EQ(listed(), "Key 1");
+    work.compare();
+    EXPECT_EQ(selected(), "Bass/Acid");
+    EXPECT_EQ(listed(), "Acid");
+    step(tag::nextPatch);
+    EXPECT_EQ(band(), "Bass/Bone");
+}
+
+TEST_F(WorkSteps, TheListsFollowALayersPatchThatIsTakenBack) {
+    putPatches("Brass", {"Horn", "Tuba"});
+    putPatches("Seq", {"Run"});
+    load("Brass", "Horn");
+    const std::uint64_t before = work.history().stateId();
+    editor.rowChosen(tag::fileMenu, file_row::loadToLayer1 + 1);
+    load("Seq", "Run");
+    EXPECT_EQ(band(), "Custom/Run");
+    ASSERT_TRUE(work.history().undoTo(before));
+    EXPECT_EQ(band(), "Brass/Horn");
+    EXPECT_EQ(selected(), "Brass/Horn");
+    step(tag::nextPatch);
+    EXPECT_EQ(band(), "Brass/Tuba");
+}
+
+TEST_F(WorkSteps, APatchOfNoListThatComesBackIsInNoneAgain) {
+    putPatches("Keys", {"Key 1", "Key 2"});
+    load("Keys", "Key 2");
+    editor.rowChosen(tag::initMenu, init_row::all);
+    const std::string made = band();
+    EXPECT_TRUE(made.starts_with("Custom/")) << made;
+    work.undo();
+    EXPECT_EQ(selected(), "Keys/Key 2");
+    work.redo();
+    EXPECT_EQ(band(), made);
+    EXPECT_EQ(editor.patches().selection(), PatchSelection());
+    EXPECT_EQ(editor.commands().patch().file(), "") << "there is nothing to delete";
+}
+
+TEST_F(WorkSteps, APatchWhoseFileIsGoneComesBackOutsideTheLists) {
+    putPatches("Keys", {"Key 1", "Key 2"});
+    load("Keys", "Key 1");
+    load("Keys", "Key 2");
+    EXPECT_TRUE(platform::removeFile(patchPath("Keys", "Key 1")));
+    work.undo();
+    EXPECT_EQ(band(), "Custom/Key 1");
+}
+
+TEST_F(WorkSteps, ANameThatAHostGaveComesBackWithItsFile) {
+    putPatches("Keys", {"Key 1", "Key 2"});
+    load("Keys", "Key 1");
+    audio.program().setProgramName("Renamed");
+    load("Keys", "Key 2");
+    work.undo();
+    EXPECT_EQ(band(), "Keys/Renamed");
+    EXPECT_EQ(selected(), "Keys/Key 1");
+    EXPECT_EQ(editor.commands().patch().file(), "Key 1");
+}
 
 TEST_F(WorkSteps, AWavesNameGoesAndComesBackWithIt) {
     chooseWave(1, "Organ");
@@ -56,6 +180,22 @@ TEST_F(WorkSteps, AWavesNameGoesAndComesBackWithIt) {
     EXPECT_EQ(work.redo(), "Done again: Load wave 'Saw'");
     EXPECT_EQ(shownWave(1), "Saw");
     EXPECT_EQ(shownWave(0), "Custom wave");
+}
+
+TEST_F(WorkSteps, TheMenuOfWavesStandsAtTheOneThatPlays) {
+    const ControlEntry& menu = controlEntry(controlIndexForTag(tag::waveMenu1 + 1));
+    const int first = MenuCommands::firstWaveRow;
+    EXPECT_EQ(editor.shownRow(menu), -1);
+    EXPECT_EQ(editor.rowAfter(menu, 1), first) << "commands are no waves";
+    EXPECT_EQ(editor.rowAfter(menu, -1), -1);
+    chooseWave(1, "Organ");
+    EXPECT_EQ(editor.shownRow(menu), first);
+    EXPECT_EQ(editor.rowAfter(menu, 1), first + 1);
+    EXPECT_EQ(editor.rowAfter(menu, -1), first) << "the first";
+    editor.rowChosen(tag::waveMenu1 + 1, editor.rowAfter(menu, 1));
+    EXPECT_EQ(shownWave(1), "Saw");
+    EXPECT_EQ(editor.rowAfter(menu, 10), first + 1) << "the last";
+    EXPECT_EQ(editor.shownRow(controlEntry(controlIndexForTag(tag::waveMenu1))), -1) << "of another oscillator";
 }
 
 TEST_F(WorkSteps, WavesOfAllLayersHaveTheirNamesWhenAPatchComesBack) {

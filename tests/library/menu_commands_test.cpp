@@ -90,6 +90,27 @@ TEST_F(Menus, QuickSaveKeepsALongFileName) {
     EXPECT_EQ(saved->parameters().getParameter(par::Cutoff1), 0.75f);
 }
 
+TEST_F(Menus, ALayerIsSavedUnderANameThatAPatchCanHave) {
+    const auto proposed = [&](const std::string& name, int layer) {
+        putPatch("Bass", name);
+        menus.library().findPatch(name);
+        menus.library().loadSelectedPatch();
+        dialogs.clear();
+        menus.file(8 + layer);
+        return dialogs.requests().at(0).name;
+    };
+    EXPECT_EQ(proposed("Short", 3), "Short layer 4");
+    EXPECT_EQ(proposed("Nineteen letters in", 0), "Nineteen letters in layer 1");
+    EXPECT_EQ(proposed("Ghost In The Subwoofer", 0), "Ghost In The Subwoo layer 1");
+    EXPECT_EQ(proposed("Ghost In Every Box Here", 1), "Ghost In Every Box layer 2") << "without the blank at its end";
+    EXPECT_EQ(proposed("Ghost In Every Bo\xc3\xa4\xc3\xb6", 1), "Ghost In Every Bo\xc3\xa4 layer 2");
+    const std::string split = proposed("Ghost In Every Box\xc3\xa4\xc3\xb6", 1);
+    EXPECT_EQ(split, "Ghost In Every Box layer 2") << "no half letter";
+    dialogs.choosePathNext(platform::userFolder() + split);
+    menus.file(9);
+    EXPECT_TRUE(shown().empty()) << "nothing to warn of";
+}
+
 TEST_F(Menus, ARefusedPatchLeavesPatchAndPlace) {
     putPatch("Bass", "a");
     putBadPatch("Bass", "b");

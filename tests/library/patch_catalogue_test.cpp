@@ -157,7 +157,10 @@ TEST(Search, TheLikeliestNameIsCompleted) {
     patches[1].stars = 5;
     patches[3].tags = {"velvet"};
     const Catalogue all(patches);
-    EXPECT_EQ(all.all.complete("gl"), "Glass Harbour") << "the most stars";
+    EXPECT_EQ(all.all.complete("gl"), "Glass") << "what is found first";
+    PatchFilter good;
+    good.fewestStars = 4;
+    EXPECT_EQ(all.all.complete("gl", good), "Glass Harbour") << "among what passes";
     EXPECT_EQ(all.all.complete("gli"), "Glider");
     EXPECT_EQ(all.all.complete("glass h"), "Glass Harbour");
     EXPECT_EQ(all.all.complete("brass velv"), "brass velvet");

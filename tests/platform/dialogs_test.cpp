@@ -92,6 +92,21 @@ TEST(Dialogs, AnExistingFileIsOverwrittenOnlyByAYes) {
     EXPECT_EQ(chosen(dialogs, "", true, FileKind::Wave), folder / "a.wav");
 }
 
+TEST(Dialogs, WhoDoesNotOverwriteChoosesAnewWithFolderAndNameKept) {
+    const platform::ScratchFolder folder;
+    ASSERT_TRUE(writeFile(folder / "a.wav", "1", 1));
+    RecordedDialogs dialogs;
+    for (const char* name : {"a", "a.wav", "b"}) dialogs.choosePathNext(folder / name);
+    EXPECT_EQ(chosen(dialogs, "/start", true, FileKind::Wave), folder / "b.wav");
+    const auto requests = dialogs.requests();
+    ASSERT_EQ(requests.size(), 3u);
+    for (const int again : {1, 2}) {
+        EXPECT_EQ(requests[again].startFolder, folder / "");
+        EXPECT_EQ(requests[again].name, "a");
+        EXPECT_TRUE(requests[again].isSave);
+    }
+}
+
 TEST(Dialogs, GoingBackIsNoPath) {
     RecordedDialogs dialogs;
     EXPECT_EQ(chosen(dialogs, "", false, FileKind::All), "gone back");

@@ -429,6 +429,13 @@ TEST_F(Files, SavingAsksBeforeItOverwrites) {
     host.key("Return");  // No
     host.idle(200);
     EXPECT_EQ(bytesOf(file), saved);
+    ASSERT_TRUE(rig.isCovered()) << "another name may be chosen";
+    host.key("End");
+    host.type("2");
+    host.key("Return");
+    const fs::path other = sounds / "User/walrus2.fxp";
+    EXPECT_TRUE(host.until([&] { return fs::exists(other); }, 5)) << "from the name that was typed on";
+    fs::remove(other);
     rig.closeMenus();
     save();
     ASSERT_TRUE(asks());

@@ -123,6 +123,26 @@ TEST_F(Hand, AWheelTurnOverAListIsOneRow) {
     EXPECT_EQ(rig.row(list), 2);
 }
 
+TEST_F(Hand, AWheelTurnOverTheWavesIsTheNextWave) {
+    rig.plugin().setParameter(vantoric::hostIndex(parameter::SynType1, 0), 4.0f / 128);  // custom wave
+    host.idle(150);
+    const Point p = rig.middle(controlWithTag(vantoric::tag::waveMenu1));
+    const auto turned = [&](int turns) {
+        const auto before = rig.plugin().chunk();
+        host.wheel(p.x, p.y, turns);
+        EXPECT_TRUE(host.until([&] { return rig.plugin().chunk() != before; }, 10)) << turns;
+        return rig.plugin().chunk();
+    };
+    const auto first = turned(-1);
+    turned(-1);
+    EXPECT_EQ(turned(1), first);
+    const auto menu = rig.openMenu(p);
+    ASSERT_TRUE(menu);
+    host.key("Down");
+    host.key("Return");
+    EXPECT_TRUE(host.until([&] { return rig.plugin().chunk() != first; }, 10)) << "the list opens at the wave";
+}
+
 TEST_F(Hand, ADoubleClickRestoresTheDefault) {
     for (const char* name : {"FIL1 RESO", "FIL1 CUTOFF", "OSC1 PW", "VOL ENV HOLD", "EQ LOW", "STEP 3"}) {
         const ControlEntry& entry = controlNamed(name);

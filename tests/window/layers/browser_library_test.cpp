@@ -68,6 +68,17 @@ TEST_F(BrowserOnDisk, FindsInAllCategoriesAndPlaysWhatItFound) {
     EXPECT_EQ(model.listedCategory(), 1) << "the lists follow";
 }
 
+TEST_F(BrowserOnDisk, CompletesToWhatItFindsFirst) {
+    library.select({place("Keys"), 0});
+    model.clickStar(1, 5);  // Glassine has more stars, and is shorter
+    wait();
+    EXPECT_EQ(first("glas").name, "Glass Harbour");
+    EXPECT_EQ(model.complete("glas", {}), "Glass Harbour");
+    EXPECT_EQ(model.complete("glas", {.fourStars = true}), "Glassine");
+    EXPECT_EQ(model.complete("glas", {.mine = true}), "glass") << "a word";
+    model.clickStar(1, starsByDefault);
+}
+
 TEST_F(BrowserOnDisk, MarksWhatWasSearchedFor) {
     EXPECT_EQ(first("my gla").matchFrom, 0u);
     EXPECT_EQ(first("my gla").matched, 6u);
@@ -106,6 +117,39 @@ TEST_F(BrowserOnDisk, APatchThatHasGoneIsNotPlayedAndLeavesTheSearch) {
     EXPECT_TRUE(loads.empty());
     wait();
     EXPECT_EQ(found("zinc"), Names{});
+}
+
+TEST_F(BrowserOnDisk, ClosedOnACategoryWithoutPatchesTheListsGoBackToThePatchInForce) {
+    put("Empty", {});
+    model.open();
+    const auto inForce = [&](const char* category, const char* name) {
+        library.selectPatch(category, name);
+        rig.audio.program().setProgramName(name);
+        patch.showListed(category, name);
+    };
+    inForce("Keys", "Glassine");
+    for (const char* category : {"Custom", "Empty"}) {
+        model.open();
+        model.clickCategory(place(category));
+        EXPECT_EQ(library.selectedPatch(), "") << category;
+        model.close();
+        EXPECT_EQ(library.selectedCategory() + "/" + library.selectedPatch(), "Keys/Glassine") << category;
+        EXPECT_EQ(library.patchNames().size(), 3u);
+    }
+    patch.showCustom();
+    model.open();
+    model.clickCategory(place("Custom"));
+    model.close();
+    EXPECT_EQ(library.patchNames().size(), 3u) << "the list of names stays as it was";
+}
+
+TEST_F(BrowserOnDisk, ClosedOnAPatchThatWasPlayedTheListsStayThere) {
+    patch.showListed("Keys", "Glassine");
+    model.open();
+    model.clickCategory(place("Bass"));
+    model.clickPatch(1);
+    model.close();
+    EXPECT_EQ(library.selectedPatch(), "Deep");
 }
 
 TEST_F(BrowserOnDisk, TellsThatSomethingHasChanged) {

@@ -220,6 +220,16 @@ TEST(Browser, StaysClosedWithoutALibraryAndInLowWindows) {
     EXPECT_FALSE(browser->isOpen());
     EXPECT_EQ(window.count(), 0);
     EXPECT_EQ(browser->getValue(), 0.0f);
+    EXPECT_EQ(library.done, std::vector<std::string>{"close"});
+}
+
+TEST(Browser, ThePlaceOfPatchesOfNoCategorySaysWhereTheOneInForceIs) {
+    Browsing browsing;
+    click(*browsing.view, browsing.view->categoryRect(static_cast<int>(browsing.library.all.size()) - 1).getCenter());
+    EXPECT_EQ(browsing.view->emptyWords(), "This stands for patches in no category. The one in force is in \u201cKeys\u201d.");
+    browsing.library.inForce = {};
+    browsing.open();
+    EXPECT_EQ(browsing.view->emptyWords(), "The patch in force is in no category. Choose one at the left.");
 }
 
 TEST(Browser, TagsAreWrittenForTheSelectedPatchByKeyButtonAndRightClick) {

@@ -102,6 +102,49 @@ TEST(FileChooser, APathIsTypedAndCompleted) {
     EXPECT_EQ(choosing.path, choosing.folder + "/Drums/hat.wav");
 }
 
+TEST(FileChooser, TheListFollowsAPathThatIsTyped) {
+    Choosing choosing;
+    choosing.types(choosing.folder + "/Dr");
+    EXPECT_EQ(choosing.view->folder(), choosing.folder);
+    choosing.key(VirtualKey::Tab);
+    EXPECT_EQ(choosing.view->folder(), choosing.folder + "/Drums");
+    EXPECT_EQ(choosing.view->list().count(), 1);
+    EXPECT_EQ(choosing.selectedName(), "") << "no row of the folder before";
+    for (int i = 0; i < 7; ++i) choosing.key(VirtualKey::Back);
+    choosing.types("/Loops/");
+    EXPECT_EQ(choosing.view->folder(), choosing.folder + "/Loops");
+    EXPECT_EQ(choosing.view->list().count(), 0);
+    choosing.types("none/");
+    EXPECT_EQ(choosing.view->folder(), choosing.folder + "/Loops") << "of what is not there the last folder";
+    choosing.key(VirtualKey::Escape);
+    EXPECT_EQ(choosing.view->folder(), choosing.folder) << "where the path was begun";
+    EXPECT_EQ(choosing.answers, 0);
+}
+
+TEST(FileChooser, ARelativePathGoesOnFromWhereItWasBegun) {
+    Choosing choosing;
+    choosing.types("/");
+    choosing.key(VirtualKey::Back);
+    choosing.types("Drums/");
+    EXPECT_EQ(choosing.view->folder(), choosing.folder + "/Drums");
+    choosing.types("hat.wav");
+    choosing.key(VirtualKey::Return);
+    EXPECT_EQ(choosing.path, choosing.folder + "/Drums/hat.wav");
+}
+
+TEST(FileChooser, TheLineForANewFolderHidesNoRow) {
+    Choosing choosing;
+    const auto first = choosing.view->rowRect(0);
+    auto makes = typedKey(U'n');
+    makes.modifiers.add(VSTGUI::ModifierKey::Control);
+    choosing.view->onKey(makes);
+    EXPECT_GE(choosing.view->rowRect(0).top, first.top + 20);
+    const auto snare = choosing.view->rowRect(choosing.view->list().rowOf("snare.wav")).getCenter();
+    click(*choosing.view, snare);
+    EXPECT_EQ(choosing.selectedName(), "snare.wav") << "what was under the pointer";
+    EXPECT_EQ(choosing.view->rowRect(0), first);
+}
+
 TEST(FileChooser, APathToNothingIsToldAndKept) {
     Choosing choosing;
     choosing.types("/no such place/x");

@@ -118,6 +118,11 @@ TEST(FrameDialogs, SavingOverAFileAsksFirst) {
         EXPECT_EQ(talking.dialogs.box()->box().text, "Are you sure that you want to overwrite this file?");
         talking.answer(answer);
         if (talking.dialogs.box() != nullptr) talking.answer();
+        if (answer == VirtualKey::Tab) break;
+        ASSERT_NE(talking.dialogs.chooser(), nullptr) << "another name may be chosen";
+        EXPECT_EQ(talking.dialogs.chooser()->folder() + "/", scratch / "");
+        talking.answer(VirtualKey::Escape);
+        EXPECT_EQ(talking.window.count(), 0);
     }
     EXPECT_EQ(chosen, (std::vector<std::optional<std::string>>{std::nullopt, scratch / "mine.fxp"}));
 }

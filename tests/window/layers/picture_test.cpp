@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "editor/backdrop.h"
+#include "editor/line_edit.h"
 #include "layer_picture.h"
 
 namespace vantoric {
@@ -44,6 +47,23 @@ TEST_F(KeptPictures, ShowWhatDrawingShows) {
         // Composing twice rounds once more.
         EXPECT_LE(difference(drawn, shown), 3) << "zoom " << zoom;
     }
+}
+
+TEST_F(KeptPictures, WhatIsSelectedInALineStaysWhileTheCaretBlinks) {
+    LineEdit line;
+    line.setText("0.5", true);
+    const auto pixels = [&](bool isActive, bool hasCaret) {
+        return pixelsOf(1, width, height, [&](VSTGUI::CDrawContext& context) {
+            Pen pen(context);
+            line.draw(pen, 20, 30, 60, style::Face::medium, 12, style::text, isActive, hasCaret);
+        });
+    };
+    const auto ground = pixelsOf(1, width, height, [](VSTGUI::CDrawContext&) {});
+    const auto besides = [&](const auto& picture) { return std::ranges::mismatch(picture, ground).in1 - picture.begin(); };
+    const auto shown = pixels(true, true), hidden = pixels(true, false), left = pixels(false, true);
+    EXPECT_NE(shown, hidden) << "the caret";
+    EXPECT_EQ(besides(shown), besides(hidden)) << "the corner of the selection's ground";
+    EXPECT_NE(besides(left), besides(hidden)) << "there is none in a line that is not typed in";
 }
 
 TEST_F(KeptPictures, AreDrawnOnceForAZoom) {

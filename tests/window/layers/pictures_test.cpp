@@ -178,6 +178,13 @@ TEST(Pictures, FileChooser) {
         chooser->finishReading();
         return chooser;
     });
+    keepInAllSizes("chooser_folder", [&](const VSTGUI::CRect& area) {
+        auto* chooser = open(area, false);
+        auto makes = typedKey(U'n');
+        makes.modifiers.add(VSTGUI::ModifierKey::Control);
+        chooser->onKey(makes);
+        return chooser;
+    });
     compare("chooser_load_normal", 450, belowThePath);
     compare("chooser_save_normal", 450, belowThePath);
     keepInAllSizes("chooser_empty", [&](const VSTGUI::CRect& area) {

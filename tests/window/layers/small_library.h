@@ -33,6 +33,7 @@ public:
     }
 
     void open() override { ++opened; }
+    void close() override { done.emplace_back("close"); }
     unsigned revision() override { return changes; }
     std::vector<BrowserCategory> categories() override {
         std::vector<BrowserCategory> result;
@@ -71,7 +72,9 @@ public:
             }
         return found;
     }
-    std::string complete(const std::string& query) override { return query == "Glass" ? "Glass Harbour" : ""; }
+    std::string complete(const std::string& query, const BrowserFilters&) override {
+        return query == "Glass" ? "Glass Harbour" : "";
+    }
     bool isReading() override { return reads; }
     void playFound(const BrowserPatch& patch) override { play(patch); }
     void rateFound(const BrowserPatch& patch, int stars) override {
