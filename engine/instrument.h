@@ -179,8 +179,8 @@ public:
     const EngineState& state() const { return state_; }
     Layer& layer(int index) { return *layers_[index]; }
     const Layer& layer(int index) const { return *layers_[index]; }
-    // The layers' sources of chance, the frames of the internal rate until the next tick (0 or more), and the song position of the
-    // last tick in quarter notes: the audio thread, or any other while no block runs.
+    // The layers' sources of chance, the frames of the internal rate until the next tick (0 or more), and the song position of
+    // the last tick in quarter notes: the audio thread, or any other while no block runs.
     RandomSources& random() { return random_; }
     float samplesToTick() const { return clock_.samplesToTick(); }
     double lastPpqPos() const { return song_.lastPpqPos(); }
