@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "base/engine_state.h"
 #include "base/numbers.h"
 #include "base/parameters.h"
 #include "editor/model/menu_rows.h"
@@ -533,6 +534,7 @@ int controlIndexForName(const char* name) {
 
 bool isKnob(const ControlEntry& entry) { return entry.kind == Knob || entry.kind == LargeKnob; }
 bool isList(const ControlEntry& entry) { return entry.kind == LargeList || entry.kind == List || entry.kind == SmallList; }
+bool isWaveMenu(const ControlEntry& entry) { return isOneOf(entry.tag, tag::waveMenu1, oscillatorCount); }
 
 int parameterOfTag(int tag) {
     if (tag >= 0 && tag < layerParameterEnd) return tag;

@@ -134,6 +134,8 @@ int controlIndexForName(const char* name);
 bool isKnob(const ControlEntry& entry);
 // Whether it shows one of a list of labels.
 bool isList(const ControlEntry& entry);
+// The list of an oscillator's waves.
+bool isWaveMenu(const ControlEntry& entry);
 
 // The parameter number that controls of that tag write, 0 to 323; -1 for those that write none. The speed texts write the
 // speed that they show, the wheel on the screen the modulation wheel.

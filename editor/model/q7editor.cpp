@@ -436,7 +436,7 @@ Q7Editor::EffectField Q7Editor::effectField(int tag) const {
 }
 
 std::string Q7Editor::textOf(const ControlEntry& entry) const {
-    if (isOneOf(entry.tag, tag::waveMenu1, oscillatorCount)) return menus_.shownWave(entry.tag - tag::waveMenu1);
+    if (isWaveMenu(entry)) return menus_.shownWave(entry.tag - tag::waveMenu1);
     const int n = parameterOfTag(entry.tag);
     if (n < 0) return "";
     const float value = valueOf(entry.tag);
@@ -485,14 +485,14 @@ KnobState Q7Editor::knobState(const ControlEntry& entry) const {
 }
 
 std::vector<std::string> Q7Editor::rowsOf(const ControlEntry& entry) const {
-    if (isOneOf(entry.tag, tag::waveMenu1, oscillatorCount)) return menus_.waveRows();
+    if (isWaveMenu(entry)) return menus_.waveRows();
     return {entry.labels.begin(), entry.labels.end()};
 }
 
 int Q7Editor::shownRow(const ControlEntry& entry) const {
     if (isList(entry) && parameterOfTag(entry.tag) >= 0)
         return instrument_.parameters().getListIndex(hostIndexOfTag(entry.tag, onShow_.layer));
-    if (!isOneOf(entry.tag, tag::waveMenu1, oscillatorCount)) return -1;
+    if (!isWaveMenu(entry)) return -1;
     const std::string wave = menus_.shownWave(entry.tag - tag::waveMenu1);
     const std::vector<std::string> rows = menus_.waveRows();
     const auto found = std::find(rows.begin() + MenuCommands::firstWaveRow, rows.end(), wave);
@@ -500,7 +500,7 @@ int Q7Editor::shownRow(const ControlEntry& entry) const {
 }
 
 int Q7Editor::rowAfter(const ControlEntry& entry, int rows) const {
-    const bool isWaves = isOneOf(entry.tag, tag::waveMenu1, oscillatorCount);
+    const bool isWaves = isWaveMenu(entry);
     const std::vector<std::string> labels = rowsOf(entry);
     const int first = isWaves ? MenuCommands::firstWaveRow : 0, count = static_cast<int>(labels.size());
     const int direction = rows > 0 ? 1 : -1;

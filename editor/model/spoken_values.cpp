@@ -12,16 +12,14 @@
 namespace vantoric {
 namespace {
 
-bool isFamilyMember(int tag, int first, int count) { return tag >= first && tag < first + count; }
-
 // 0 to 2; -1 for what belongs to none, or to several.
 int oscillatorOf(const ControlEntry& entry) {
     if (entry.section != Section::Oscillators) return -1;
-    if (isFamilyMember(entry.tag, parameter::Oct1, parameter::Sync1 - parameter::Oct1)) return (entry.tag - parameter::Oct1) % 3;
-    if (isFamilyMember(entry.tag, parameter::AnaWave1, 3)) return entry.tag - parameter::AnaWave1;
-    if (isFamilyMember(entry.tag, tag::waveView1, 3)) return entry.tag - tag::waveView1;
-    if (isFamilyMember(entry.tag, tag::sampleLoad1, 6)) return (entry.tag - tag::sampleLoad1) / 2;
-    if (isFamilyMember(entry.tag, tag::waveMenu1, 3)) return entry.tag - tag::waveMenu1;
+    if (isOneOf(entry.tag, parameter::Oct1, parameter::Sync1 - parameter::Oct1)) return (entry.tag - parameter::Oct1) % 3;
+    if (isOneOf(entry.tag, parameter::AnaWave1, 3)) return entry.tag - parameter::AnaWave1;
+    if (isOneOf(entry.tag, tag::waveView1, 3)) return entry.tag - tag::waveView1;
+    if (isOneOf(entry.tag, tag::sampleLoad1, 6)) return (entry.tag - tag::sampleLoad1) / 2;
+    if (isOneOf(entry.tag, tag::waveMenu1, 3)) return entry.tag - tag::waveMenu1;
     return -1;
 }
 
@@ -61,12 +59,10 @@ std::string holeText(const Q7Editor& editor, const ControlEntry& entry) {
     return shortText(std::abs(amount) >= 9950 ? std::round(amount / 1000) : std::round(amount / 100) / 10, digits) + "k";
 }
 
-bool isWaveMenu(const ControlEntry& entry) { return isFamilyMember(entry.tag, tag::waveMenu1, oscillatorCount); }
-
 std::string faceText(Q7Editor& editor, const ControlEntry& entry) {
     if (entry.kind == WidgetKind::LargeKnob) return holeText(editor, entry);
     if (entry.kind == WidgetKind::EffectValue && editor.effectField(entry.tag).type == 0) return "";  // the slot is off
-    if (entry.kind == WidgetKind::SmallList && isFamilyMember(entry.tag, tag::sampleEdit1, 6)) return "Edit";
+    if (entry.kind == WidgetKind::SmallList && isOneOf(entry.tag, tag::sampleEdit1, 6)) return "Edit";
     if (!isWaveMenu(entry)) return editor.textOf(entry);
     const std::string wave = editor.commands().shownWave(entry.tag - tag::waveMenu1);
     return wave.empty() ? "Custom wave" : wave;

@@ -13,9 +13,6 @@ std::string holeText(const Q7Editor& editor, const ControlEntry& entry);
 // What stands on the control itself; empty where it shows no words.
 std::string faceText(Q7Editor& editor, const ControlEntry& entry);
 
-// Whether it is the list of an oscillator's waves.
-bool isWaveMenu(const ControlEntry& entry);
-
 // The value with its unit, "783.0 Hz", "on"; empty for a control without a value.
 std::string spokenValue(const Q7Editor& editor, const ControlEntry& entry);
 
