@@ -13,7 +13,7 @@ using style::Face;
 using VSTGUI::CPoint;
 using VSTGUI::CRect;
 
-constexpr double stripSize = 9, stripLine = 12, tooltipSize = 9.5, tooltipLine = 13, tooltipWidth = 300;
+constexpr double stripSize = 9, stripLine = 12;
 
 }  // namespace
 
@@ -67,14 +67,10 @@ void Overlay::setStrip(const std::optional<Strip>& strip) {
 }
 
 void Overlay::setTooltip(const std::string& text, const CRect& control) {
-    if (!tooltip_.empty()) invalidRect(CRect(tooltipArea_).inset(-4, -4));
-    tooltip_.clear();
-    if (text.empty()) return;
-    tooltip_ = wrapped(text, Face::medium, tooltipSize, tooltipWidth);
-    double width = 0;
-    for (const std::string& line : tooltip_) width = std::max(width, measured(line, Face::medium, tooltipSize));
-    width += 18;
-    const double height = 12 + tooltipLine * static_cast<double>(tooltip_.size());
+    if (!tooltip_.isEmpty()) invalidRect(CRect(tooltipArea_).inset(-4, -4));
+    tooltip_ = TooltipText(text);
+    if (tooltip_.isEmpty()) return;
+    const auto [width, height] = tooltip_.size();
     const CRect& all = getViewSize();
     double y = control.bottom + 8;
     if (strip_) y = std::max(y, stripArea(strip_->at, strip_->lines).bottom + 6);
@@ -115,7 +111,7 @@ void Overlay::draw(VSTGUI::CDrawContext* context) {
         pen.roundLine(focus_->left - 3, focus_->top - 3, focus_->getWidth() + 6, focus_->getHeight() + 6, 6, style::white, 1.4);
     if (strip_) drawStrip(pen, stripArea(strip_->at, strip_->lines), strip_->lines, strip_->outline);
     if (cable_) drawCable(pen, *cable_);
-    if (!tooltip_.empty()) drawTooltip(pen);
+    if (!tooltip_.isEmpty()) drawTooltip(pen);
     setDirty(false);
 }
 
@@ -134,11 +130,7 @@ void Overlay::drawTooltip(Pen& pen) const {
     pen.round(r.left - 2, r.top + 1, r.getWidth() + 4, r.getHeight() + 3, 6, fade(style::black, 0.3));
     pen.round(r.left, r.top, r.getWidth(), r.getHeight(), 5, style::menu);
     pen.roundLine(r.left, r.top, r.getWidth(), r.getHeight(), 5, style::menuEdge);
-    double y = r.top + 16;
-    for (const std::string& line : tooltip_) {
-        pen.text(r.left + 9, y, line, Face::medium, tooltipSize, style::text2);
-        y += tooltipLine;
-    }
+    tooltip_.draw(pen, r.getTopLeft());
 }
 
 void Overlay::drawCable(Pen& pen, const Cable& cable) const {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "editor/pen.h"
+#include "editor/tooltip_text.h"
 #include "vstgui/lib/cview.h"
 
 namespace vantoric {
@@ -49,7 +50,7 @@ private:
 
     std::optional<Strip> strip_;
     std::optional<Cable> cable_;
-    std::vector<std::string> tooltip_;
+    TooltipText tooltip_;
     VSTGUI::CRect tooltipArea_;
     std::optional<VSTGUI::CRect> focus_;
 };

@@ -2,9 +2,8 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "editor/pen.h"
+#include "editor/tooltip_text.h"
 #include "vstgui/lib/cview.h"
 
 namespace vantoric::standalone {
@@ -19,7 +18,7 @@ public:
     CLASS_METHODS_NOCOPY(BarTip, VSTGUI::CView)
 
 private:
-    std::vector<std::string> lines_;
+    TooltipText text_;
 };
 
 }  // namespace vantoric::standalone
