@@ -34,7 +34,7 @@ public:
 
 private:
     static constexpr int lookEvery = 100;  // milliseconds
-    static constexpr int looksAfterAFailure = 50;
+    static constexpr int looksAfterAFailure = 10;
 
     bool loadListed(const std::string& category, const std::string& name) override;
     void run();

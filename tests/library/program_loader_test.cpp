@@ -26,6 +26,21 @@ struct Programs : ::testing::Test, test::MenuBench {
         for (int i = 0; i < 2000 && name() != expected; ++i) platform::sleepMilliseconds(10);
         return name();
     }
+    // A controller moves the cutoff from now on.
+    void learnCutoff() {
+        audio.midi().setLearnPending(parameter::Cutoff1);
+        rig.send({{0xb0, learnt, 64}});
+    }
+    // Its parameter in the file once it is this one, or after ten seconds whatever it is then.
+    static int writtenOnce(int expected) {
+        ControllerMap written;
+        for (int i = 0; i < 1000 && written.get(learnt) != expected; ++i) {
+            platform::sleepMilliseconds(10);
+            written.load(controllerMapPath());
+        }
+        return written.get(learnt);
+    }
+    static constexpr int learnt = 20;
     // For what should not come.
     std::string nameAfterAWhile() {
         platform::sleepMilliseconds(500);
@@ -59,17 +74,21 @@ TEST_F(Programs, StepThroughThePatchesFromTheOneInForce) {
 }
 
 TEST_F(Programs, ALearnIsWrittenThoughTheWindowThatArmedItIsClosed) {
-    constexpr int controller = 20;
     std::filesystem::create_directories(platform::bankFolder());
     const ProgramLoader loader(audio, dialogs);
-    audio.midi().setLearnPending(parameter::Cutoff1);
-    rig.send({{0xb0, controller, 64}});
-    ControllerMap written;
-    for (int i = 0; i < 500 && written.get(controller) != parameter::Cutoff1; ++i) {
-        platform::sleepMilliseconds(10);
-        written.load(controllerMapPath());
-    }
-    EXPECT_EQ(written.get(controller), parameter::Cutoff1);
+    learnCutoff();
+    EXPECT_EQ(writtenOnce(parameter::Cutoff1), parameter::Cutoff1);
+    std::filesystem::remove(controllerMapPath());
+}
+
+TEST_F(Programs, ALearnThatCouldNotBeWrittenIsTriedAgain) {
+    std::filesystem::remove_all(platform::bankFolder());
+    const ProgramLoader loader(audio, dialogs);
+    learnCutoff();
+    platform::sleepMilliseconds(500);
+    EXPECT_FALSE(std::filesystem::exists(controllerMapPath()));
+    std::filesystem::create_directories(platform::bankFolder());
+    EXPECT_EQ(writtenOnce(parameter::Cutoff1), parameter::Cutoff1);
     std::filesystem::remove(controllerMapPath());
 }
 
